@@ -1,0 +1,27 @@
+# Installs the driver, the header that a host includes, a CMake package and a pkg-config file.
+
+set(KAKB_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/quorvane_ka_kb_plc)
+
+install(TARGETS driver EXPORT quorvane_ka_kb_plc_targets
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(FILES include/quorvane_ka_kb_plc.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(EXPORT quorvane_ka_kb_plc_targets
+    NAMESPACE quorvane_ka_kb_plc::
+    FILE quorvane_ka_kb_plc-targets.cmake
+    DESTINATION ${KAKB_PACKAGE_DIR})
+
+configure_package_config_file(cmake/quorvane_ka_kb_plc-config.cmake.in
+    ${CMAKE_CURRENT_BINARY_DIR}/quorvane_ka_kb_plc-config.cmake
+    INSTALL_DESTINATION ${KAKB_PACKAGE_DIR})
+write_basic_package_version_file(
+    ${CMAKE_CURRENT_BINARY_DIR}/quorvane_ka_kb_plc-config-version.cmake
+    COMPATIBILITY SameMajorVersion)
+install(FILES
+    ${CMAKE_CURRENT_BINARY_DIR}/quorvane_ka_kb_plc-config.cmake
+    ${CMAKE_CURRENT_BINARY_DIR}/quorvane_ka_kb_plc-config-version.cmake
+    DESTINATION ${KAKB_PACKAGE_DIR})
+
+configure_file(cmake/quorvane_ka_kb_plc.pc.in
+    ${CMAKE_CURRENT_BINARY_DIR}/quorvane_ka_kb_plc.pc @ONLY)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/quorvane_ka_kb_plc.pc
+    DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -1,0 +1,188 @@
+#include "requestFrames.h"
+
+#include "areaClass.h"
+#include "areaRow.h"
+#include "checksum.h"
+#include "driverState.h"
+#include "wrapAround.h"
+
+#include <cstring>
+
+// Requests on the wire (MODBUS Application Protocol V1.1b3, 6.3 to 6.12; RTU framing by MODBUS over
+// Serial Line V1.02, 2.5.1). Fields are big-endian but for the checksum.
+//
+//   read            | station | 3 or 4 | first register | registers          | crc lo | crc hi |
+//   one bit         | station | 5      | bit            | FF 00 or 00 00     | crc lo | crc hi |
+//   one word        | station | 6      | register       | value              | crc lo | crc hi |
+//   several bits    | station | 15     | first bit      | bits  | n | n bytes  | crc lo | crc hi |
+//   several words   | station | 16     | first register | words | n | n bytes  | crc lo | crc hi |
+//
+// The device has no functions 1 and 2: bits are read as the 16-bit registers that hold them, yet
+// written by their own number. Nothing is validated here: addresses and counts are the planner's,
+// and counts below zero come from a host's slip, so only the buffers are guarded.
+
+enum FunctionCode {
+    READ_HOLDING_REGISTERS = 3,
+    READ_INPUT_REGISTERS = 4,
+    WRITE_SINGLE_COIL = 5,
+    WRITE_SINGLE_REGISTER = 6,
+    WRITE_MULTIPLE_COILS = 15,
+    WRITE_MULTIPLE_REGISTERS = 16
+};
+
+enum {
+    SINGLE_REQUEST_BYTES = 8,   ///< functions 3 to 6
+    MULTIPLE_REQUEST_BYTES = 9, ///< functions 15 and 16 without their data
+    WRITE_DATA_START = 7,       ///< functions 15 and 16
+    WRITE_REPLY_BYTES = 8,      ///< the echo of functions 5, 6, 15 and 16
+    READ_REPLY_BYTES = 5,       ///< a read reply without its data
+    READ_DATA_START = 3,
+    UNMATCHABLE_REPLY_BYTES = 1, ///< shorter than a checksum, so never accepted
+    REGISTER_BITS = 16,
+    BYTE_BITS = 8
+};
+
+static void putBigEndian(unsigned char* at, int value)
+{
+    at[0] = static_cast<unsigned char>((quint32(value) >> 8) & 0xFFu);
+    at[1] = static_cast<unsigned char>(quint32(value) & 0xFFu);
+}
+
+static void putHeader(FRAME_PRO& frame, FunctionCode function, int address, int quantity)
+{
+    frame.sendBuf[0] = static_cast<unsigned char>(quint32(frame.var.station) & 0xFFu);
+    frame.sendBuf[1] = static_cast<unsigned char>(function);
+    putBigEndian(frame.sendBuf + 2, address);
+    putBigEndian(frame.sendBuf + 4, quantity);
+}
+
+static void closeRequest(FRAME_PRO& frame, int length)
+{
+    const int crcAt = length - CHECKSUM_BYTES;
+    const unsigned crc = computate_check(frame.sendBuf, static_cast<unsigned short>(crcAt));
+    frame.sendBuf[crcAt] = static_cast<unsigned char>(crc & 0xFFu);
+    frame.sendBuf[crcAt + 1] = static_cast<unsigned char>(crc >> 8);
+    frame.sendLen = length;
+}
+
+/// Registers that hold `bits` bits from the start of the first one on.
+static int registersOfBits(int bits)
+{
+    return bits / REGISTER_BITS + (bits % REGISTER_BITS != 0 ? 1 : 0);
+}
+
+/// Bytes that hold `bits` packed bits, rounded up.
+static int packedBytes(int bits)
+{
+    return bits > 0 ? (bits - 1) / BYTE_BITS + 1 : bits / BYTE_BITS;
+}
+
+void handShakeFrame()
+{
+    driver.frameQueue.append(FRAME_PRO());
+}
+
+void unsendableFrame(const VARIABLE& var)
+{
+    FRAME_PRO frame;
+    frame.var = var;
+    frame.recvLen = UNMATCHABLE_REPLY_BYTES;
+    driver.frameQueue.append(frame);
+}
+
+int getReadFrame(const QList<VARIABLE>& variables)
+{
+    if (variables.isEmpty()) return 1;
+    FRAME_PRO frame;
+    frame.var = variables.at(0);
+    const VARIABLE& var = frame.var;
+
+    int firstRegister = var.addr;
+    int registers = var.count;
+    if (!isWordArea(var.regName)) {
+        const int base = var.regName == QLatin1String("MX") ? MARKER_BASE : 0;
+        const int bit = wrapSub(var.addr, base);
+        firstRegister = bit / REGISTER_BITS + base;
+        registers = registersOfBits(wrapAdd(bit % REGISTER_BITS, var.count));
+    }
+    const bool inputs = var.regName == QLatin1String("IW") || var.regName == QLatin1String("IX");
+    putHeader(frame, inputs ? READ_INPUT_REGISTERS : READ_HOLDING_REGISTERS, firstRegister,
+              registers);
+    closeRequest(frame, SINGLE_REQUEST_BYTES);
+
+    if (var.station != 0) {
+        frame.recvLen = wrapAdd(wrapMul(registers, 2), READ_REPLY_BYTES);
+        frame.dataStart = READ_DATA_START;
+        frame.itemCount = var.count;
+    }
+    driver.frameQueue.append(frame);
+    return 1;
+}
+
+static void putSingleWrite(FRAME_PRO& frame, bool words)
+{
+    const unsigned char* value = frame.var.value;
+    if (words) {
+        putHeader(frame, WRITE_SINGLE_REGISTER, frame.var.addr, value[1] * 256 + value[0]);
+    } else {
+        putHeader(frame, WRITE_SINGLE_COIL, frame.var.addr, value[0] == 1 ? 0xFF00 : 0x0000);
+    }
+    closeRequest(frame, SINGLE_REQUEST_BYTES);
+}
+
+static void putWords(unsigned char* at, const VARIABLE& var)
+{
+    for (int i = 0; i < var.count; ++i) {
+        at[2 * i] = var.value[2 * i + 1];
+        at[2 * i + 1] = var.value[2 * i];
+    }
+}
+
+/// Packs eight value bytes into one. They are added, so a byte other than 0 or 1 spills over.
+static void putBits(unsigned char* at, const VARIABLE& var)
+{
+    const int bytes = packedBytes(var.count);
+    for (int k = 0; k < bytes; ++k) {
+        unsigned packed = 0;
+        for (int j = 0; j < BYTE_BITS && BYTE_BITS * k + j < var.count; ++j)
+            packed += unsigned(var.value[BYTE_BITS * k + j]) << j;
+        at[k] = static_cast<unsigned char>(packed & 0xFFu);
+    }
+}
+
+static void putMultipleWrite(FRAME_PRO& frame, bool words, int dataBytes)
+{
+    const VARIABLE& var = frame.var;
+    putHeader(frame, words ? WRITE_MULTIPLE_REGISTERS : WRITE_MULTIPLE_COILS, var.addr, var.count);
+    frame.sendBuf[WRITE_DATA_START - 1] = static_cast<unsigned char>(quint32(dataBytes) & 0xFFu);
+    if (words)
+        putWords(frame.sendBuf + WRITE_DATA_START, var);
+    else
+        putBits(frame.sendBuf + WRITE_DATA_START, var);
+    closeRequest(frame, dataBytes + MULTIPLE_REQUEST_BYTES);
+}
+
+void getWriteFrame(const VARIABLE& var)
+{
+    const bool words = isWordArea(var.regName);
+    const int most = words ? VALUE_BYTES / 2 : int(VALUE_BYTES);
+    if (var.count < -most || var.count > most) {
+        unsendableFrame(var);
+        return;
+    }
+    const int dataBytes = words ? 2 * var.count : packedBytes(var.count);
+    const int length = dataBytes + MULTIPLE_REQUEST_BYTES;
+    if (length < CHECKSUM_BYTES || length > FRAME_BYTES) {
+        unsendableFrame(var);
+        return;
+    }
+
+    FRAME_PRO frame;
+    frame.var = var;
+    if (var.count == 1)
+        putSingleWrite(frame, words);
+    else
+        putMultipleWrite(frame, words, dataBytes);
+    frame.recvLen = var.station != 0 ? WRITE_REPLY_BYTES : 0;
+    driver.frameQueue.append(frame);
+}

@@ -1,0 +1,310 @@
+#ifndef QUORVANE_KA_KB_PLC_H
+#define QUORVANE_KA_KB_PLC_H
+
+// Host interface of the quorvane ka_kb communication driver (Modbus RTU).
+//
+// A host loads the library by file name, resolves these functions by their plain names, and calls
+// them in this order:
+//
+//   intf_initProperty, intf_setAddrValueChangeCallBack     once, before any traffic
+//   intf_addrMerge                                          which variables to poll
+//   loop: intf_getSendFrame -> send sendLen bytes -> collect up to recvLen bytes, with the host's
+//         own time-out -> intf_dealRcvFrame
+//
+// The driver owns no port, timer or thread. It asks one request at a time and takes a reply by
+// length and checksum alone: the host makes sure that the bytes answer this very request.
+//
+// Threading. The driver takes no lock around its lists and its cache, so the host serialises all
+// calls, best by making them from one communication thread. The host's mutex is taken only around
+// the recipe flags. The callback runs inside intf_dealRcvFrame and intf_setData, on their thread.
+// It may call intf_getData; it must not call any other function of the driver.
+//
+// Address numbers. A 32-bit integer names an address within an area:
+//
+//   area    text           number            range
+//   IW QW   n, even        n / 2             0 to 255
+//   MW      n, even        n / 2 + 3000      3000 to 7095
+//   IX QX   b.k            8 b + k           0 to 4095
+//   MX      b.k            8 b + k + 3000    3000 to 65535
+//
+// Nothing but intf_checkAddr and intf_checkAddrValidity checks ranges. Time and memory grow with
+// the counts a host hands in; the PLC itself answers at most 125 words in one read.
+//
+// Values are words of two bytes, low byte first, or bits of one byte each, 0 or 1.
+
+#include <QByteArray>
+#include <QList>
+#include <QMutex>
+#include <QString>
+#include <QStringList>
+#include <QVector>
+
+#ifdef QUORVANE_KA_KB_PLC_BUILD
+#define QUORVANE_KA_KB_PLC_API Q_DECL_EXPORT
+#else
+#define QUORVANE_KA_KB_PLC_API Q_DECL_IMPORT
+#endif
+
+enum {
+    VALUE_BYTES = 1024, ///< value bytes carried by a VARIABLE or a KEY_ADDRESS
+    FRAME_BYTES = 1024  ///< longest request
+};
+
+/// One PLC variable, or a block of PLC memory.
+struct VARIABLE
+{
+    qint32 varId;   ///< a write carries the host's own value; a merged read block carries 4
+    qint32 station; ///< 0 is a broadcast: no station answers
+    QString regName;
+    qint32 addr;                      ///< address number of the first unit
+    qint32 count;                     ///< words or bits
+    unsigned char value[VALUE_BYTES]; ///< words low byte first, bits one byte each
+
+    VARIABLE();
+};
+
+/// One request frame and what its reply must look like.
+struct FRAME_PRO
+{
+    unsigned char sendBuf[FRAME_BYTES];
+    qint32 sendLen;   ///< bytes of sendBuf to send; 0: send nothing
+    qint32 recvLen;   ///< exact length of the reply; 0 or less: none can come
+    qint32 dataStart; ///< offset of the first data byte in a read reply, else 0
+    qint32 itemCount; ///< words or bits that a read asked for; 0 for a write
+    qint32 spare;     ///< not used
+    VARIABLE var;     ///< what the frame reads or writes
+
+    FRAME_PRO();
+};
+
+/// One address key of the host: what to poll, or what to read once.
+struct KEY_ADDRESS
+{
+    QString label;    ///< the host's
+    qint32 param1;    ///< the host's
+    qint32 param2;    ///< the host's
+    qint32 station;   ///< only keys of one station share a request
+    QString regName;  ///< MW, IW, QW, MX, IX or QX
+    QString typeText; ///< the host's
+    qint32 addr;      ///< address number
+    qint32 unitMode;  ///< -1: a bit area; anything else: a word area
+    qint32 count;     ///< units from addr on
+    unsigned char data[VALUE_BYTES];
+
+    KEY_ADDRESS();
+};
+
+/// One recipe variable.
+struct _RCP_VAR_PRO
+{
+    qint32 linkNo; ///< the driver keeps records whose linkNo is the first number of its properties
+    qint32 station;
+    QString regName;
+    qint32 addr;
+    qint32 count;
+    qint32 bufOffset; ///< place of the first value in the recipe buffer, in 16-bit words
+    qint32 spare;     ///< the host's
+
+    _RCP_VAR_PRO();
+};
+
+Q_DECLARE_TYPEINFO(VARIABLE, Q_MOVABLE_TYPE);
+Q_DECLARE_TYPEINFO(FRAME_PRO, Q_MOVABLE_TYPE);
+Q_DECLARE_TYPEINFO(KEY_ADDRESS, Q_MOVABLE_TYPE);
+Q_DECLARE_TYPEINFO(_RCP_VAR_PRO, Q_MOVABLE_TYPE);
+
+/// Told for each monitored variable whose value changed: the property text's context number, the
+/// station, the area name and the address number. The text is the callee's to change.
+/// - (0, -1, "RWI", n): an upload filled word n of the recipe buffer.
+/// - (-1, -1, "-1", 0 or -1): the conditional read queued last has ended, well or given up.
+/// While a read reply is taken in, the cache still holds the old value of the reported unit: note
+/// the address, and call intf_getData after intf_dealRcvFrame has returned.
+typedef void (*ValueChangeCallBack)(int context, int station, QString& regName, int addr);
+
+/// Results of intf_checkAddr and intf_checkAddrValidity.
+enum AddressCheckResult {
+    ADDRESS_VALID = 0,
+    ADDRESS_KIND_MISMATCH = 1, ///< a bit variable on a word area, or the reverse
+    ADDRESS_OUT_OF_RANGE = 2,  ///< malformed, odd, below the minimum or past the maximum
+    ADDRESS_UNKNOWN_AREA = 3,
+    ADDRESS_TYPE_NOT_ALLOWED = 5, ///< on an area of 32-bit units, which this device has none of
+    ADDRESS_READ_ONLY = 6
+};
+
+/// Results of intf_dealRcvFrame.
+enum ReplyResult {
+    REPLY_NOTHING_PENDING = 0, ///< there was no request in flight; the bytes were ignored
+    REPLY_ACCEPTED = 1,
+    REPLY_GIVEN_UP = 2, ///< rejected for the last time; the request is dropped
+    REPLY_RETRY = 8     ///< rejected; the next intf_getSendFrame offers the same request again
+};
+
+/// Results of intf_multiCopy.
+enum SeriesResult {
+    SERIES_UNKNOWN_AREA = 0,
+    SERIES_COMPLETE = 1,
+    SERIES_CLIPPED = 2 ///< at least one entry lay past the area's end
+};
+
+/// Offsets in the host's shared block, which must reach to the second one at least. The host sets a
+/// flag to 1 under its mutex to start a transfer; the driver sets it to 0 when the transfer is
+/// over. Raise one only after intf_setRcpAddress has kept a variable: with no recipe the engine
+/// repeats its last request for as long as the flag stands.
+enum RecipeFlag {
+    RECIPE_DOWNLOAD_FLAG = 60115, ///< recipe buffer to PLC; comes before an upload
+    RECIPE_UPLOAD_FLAG = 60116    ///< PLC to recipe buffer
+};
+
+// Every pointer may be null, in which case the call leaves it alone. No function throws or logs.
+extern "C" {
+
+/// @name Identity and set-up
+/// @{
+
+/// Sets *type to 0.
+QUORVANE_KA_KB_PLC_API void intf_getProtocolType(int* type);
+
+/// The driver's version, "2.0.0.0".
+QUORVANE_KA_KB_PLC_API void intf_getVersion(QString* version);
+
+/// Comma-separated, by position: 0; baud rate, data bits, parity, stop bits; 0; 51; network
+/// address, port; protocol name; then the six area names. Always the same text.
+QUORVANE_KA_KB_PLC_API void intf_getDriverParameter(QString* parameter);
+
+/// The driver's settings page for the host's editor, "0_0".
+QUORVANE_KA_KB_PLC_API void intf_getDriverPropertyPage(QString* page);
+
+/// Stores the host's settings page; nothing reads it back.
+QUORVANE_KA_KB_PLC_API void intf_SetDriverPropertyPage(const QString* page);
+
+/// Sets the callback; null: changes are not reported.
+QUORVANE_KA_KB_PLC_API void intf_setAddrValueChangeCallBack(ValueChangeCallBack callBack);
+
+/// Starts the driver, or starts it anew: read plan, pending writes, one-shot reads, queued frames
+/// and cache are dropped. The recipe set stays.
+/// @param shared     block with the recipe flags; without one, no recipe is ever started
+/// @param arg        stored only
+/// @param rcpBuffer  recipe values as words, low byte first. It must hold every word that the
+///                   recipe records name: the driver does not know its size.
+/// @param status     set to 0
+/// @param text       Latin-1 "context#localOnly#number#retryLimit#mergeLimit…", decimal; what is
+///                   not a number counts as 0. With fewer than five parts the previous five stay.
+///                   retryLimit: rejected replies after which a request is given up (1 or less: at
+///                   the first). mergeLimit: most words in one read block, 1 to 125; a block of
+///                   bits may take 8 times that.
+/// @param mutex      guards the flags in the shared block, for the host and for the driver
+/// @return 1
+/// The pointers are borrowed until the next call or until the library is unloaded.
+QUORVANE_KA_KB_PLC_API int intf_initProperty(unsigned char* shared, int arg,
+                                             unsigned char* rcpBuffer, int* status, char* text,
+                                             QMutex* mutex);
+
+/// @}
+/// @name Addresses
+/// @{
+
+/// Checks one variable of the host's editor.
+/// @param outAddr     receives the address number; after a failure, what conversion left there
+/// @param dataType    -1 for a bit variable; any other number for a word variable
+/// @param count       units that the variable takes
+/// @param accessMode  1 or 2 when the host will write it
+/// @return an AddressCheckResult. For an unknown area with outAddr + count past 1 it is
+///         ADDRESS_OUT_OF_RANGE.
+QUORVANE_KA_KB_PLC_API int intf_checkAddr(QString regName, QString addrText, int& outAddr,
+                                          int dataType, int count, int accessMode);
+
+/// The same without the tests of access and data type; isWord is 0 for a bit variable.
+QUORVANE_KA_KB_PLC_API int intf_checkAddrValidity(QString regName, QString addrText, int& outAddr,
+                                                  int count, int isWord);
+
+/// Appends an area's address format, lowest and highest address, width code ("0" bit, "1" up to 16
+/// bits, "2" 32 bits) and access code ("0" read, "1" read and write, "2" write). An unknown area
+/// appends nothing.
+/// @return 0
+QUORVANE_KA_KB_PLC_API int intf_getRegDiscription(QString regName, QStringList& out);
+
+/// Appends the names of the bit areas (kind 0) or of the word areas (any other kind).
+/// @return 1 for kind 0 or 1, else 0
+QUORVANE_KA_KB_PLC_API int intf_getRegListByType(int kind, QStringList& out);
+
+/// Appends count addresses from start on, every interval units, as texts and as address numbers.
+/// An entry past the area's end becomes the area's highest address.
+/// @return a SeriesResult
+QUORVANE_KA_KB_PLC_API int intf_multiCopy(QString regName, int start, int count, int interval,
+                                          QVector<QString>& outTexts, QVector<int>& outAddrs);
+
+/// @}
+/// @name What to transfer
+/// @{
+
+/// Replaces what is polled and what is reported through the callback. Keys of one station and area
+/// are merged into blocks: words only when they start at the same address, bits only within a group
+/// of 16. The host's list is left as it is; keys of unknown areas are dropped.
+/// A block of bits is decoded from the first bit of its group of 16 (markers: from 3000 + 16 k),
+/// and `count` bits from there: hand in whole groups to see every bit.
+/// @return the number of blocks
+QUORVANE_KA_KB_PLC_API int intf_addrMerge(QList<KEY_ADDRESS>& keys);
+
+/// Queues one read of key.count units, ahead of the cyclic reads, in blocks of the merge limit. For
+/// a bit area the count is in groups: key.count 1 reads 16 bits. Its end is reported through the
+/// callback. The queue holds 513 blocks; beyond that the newest replaces the last one. An unknown
+/// area queues nothing.
+/// @return 1
+QUORVANE_KA_KB_PLC_API int intf_addConditionRead(KEY_ADDRESS& key, int varId);
+
+/// Replaces the recipe set by those records that belong to this link. A set without any leaves the
+/// previous blocks in place, though an upload no longer stores into the buffer.
+/// A recipe that cannot be transferred as it stands (more than 507 words or 1024 bits in one
+/// variable to write, a count or buffer offset below 0, an unknown area, no recipe buffer) fails
+/// when it is started: the engine offers a frame with nothing to send which no reply can answer,
+/// until it is given up.
+/// @return the number of records kept
+QUORVANE_KA_KB_PLC_API int intf_setRcpAddress(QVector<_RCP_VAR_PRO>& records);
+
+/// @}
+/// @name Exchange
+/// @{
+
+/// The next request, or the pending one again until intf_dealRcvFrame has ended it. In order: a
+/// recipe transfer, at most 10 writes in a row, at most 3 priority frames in a row with a one-shot
+/// read, then the next cyclic block.
+/// @return 1 with *frame filled; 0 with nothing to send. A 0 may follow 10 writes or 3 one-shot
+///         reads while nothing is polled; the next call goes on with the rest.
+/// With sendLen 0 there is nothing to send: hand in an empty reply.
+QUORVANE_KA_KB_PLC_API int intf_getSendFrame(FRAME_PRO* frame);
+
+/// Takes in what came for the request in flight; an empty reply reports a time-out, or that a
+/// broadcast was sent.
+/// @param errorText  emptied; for REPLY_GIVEN_UP "length,station,address,area" with the length of
+///                   the rejected reply
+/// @return a ReplyResult
+/// When a write is given up the cache falls back to the last read value and the callback is called.
+QUORVANE_KA_KB_PLC_API int intf_dealRcvFrame(QByteArray& reply, QString& errorText);
+
+/// @}
+/// @name Values
+/// @{
+
+/// Copies `count` elements from the cache: two bytes a word, low byte first, or one byte a bit. A
+/// value that the host wrote and the PLC has not confirmed comes in place of the read one; a unit
+/// never read is 0. An unknown area or a count below 1 copies nothing.
+/// @param out  at least 2 x count bytes for words, count bytes for bits
+/// @return 1
+QUORVANE_KA_KB_PLC_API int intf_getData(int station, QString regName, int address, int count,
+                                        unsigned char* out);
+
+/// Writes `count` elements: shows them in the cache at once, reports what changed, and queues one
+/// request per element. A queued write of the same element is replaced, unless it is the oldest.
+/// The queue holds 513 writes; beyond that the newest replaces the last one. An unknown area does
+/// nothing.
+/// @param values  two bytes a word, low byte first, or one byte a bit
+/// @param varId   carried into the frames
+/// @return 1
+/// A second write of an element that is in flight is shown as confirmed when the first one is.
+QUORVANE_KA_KB_PLC_API int intf_setData(int station, QString regName, int addr, int count,
+                                        unsigned char* values, int varId);
+
+/// @}
+}
+
+#endif

@@ -1,0 +1,21 @@
+#ifndef ADDRESS_CHECKS_H
+#define ADDRESS_CHECKS_H
+
+#include "areaRow.h"
+
+#include <QString>
+
+/// What intf_checkAddr asks about one variable.
+struct ADDRESS_QUESTION
+{
+    QString regName;
+    QString addrText;
+    int dataType;
+    int count;
+    int accessMode;
+};
+
+/// intf_checkAddr's verdict for an area with the given row.
+int checkAddressInRow(AreaRow row, const ADDRESS_QUESTION& question, int& outAddr);
+
+#endif

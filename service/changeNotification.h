@@ -1,0 +1,27 @@
+#ifndef CHANGE_NOTIFICATION_H
+#define CHANGE_NOTIFICATION_H
+
+#include <QString>
+
+// Tell the host which of its variables changed when a cached unit gets a new value. The caller has
+// found the change; these functions compare only bit by bit, for "_bit" variables. A null old or
+// new value reports every monitored bit. Calls come in a fixed order: bits ascending, the unit
+// itself, then values made of several units.
+
+/// Calls the host's callback, if there is one, with a text of its own to change.
+void notifyHost(int context, int station, const QString& name, int addr);
+
+/// One bit a unit; reports it when it is monitored.
+void _bitDataChange(int index);
+
+/// The name of an 8-bit unit is reported with "_B", unlike those of wider ones.
+void _byteDataChange(const unsigned char* oldValue, const unsigned char* newValue, int index,
+                     int skipBits);
+void _wordDataChange(const int* oldValue, const int* newValue, int index, int skipBits);
+void _dwordDataChange(const int* oldValue, const int* newValue, int index, int skipBits);
+
+/// The change function for a unit of `bytes` bytes (1, 2 or 4), values low byte first.
+void unitDataChange(int bytes, const unsigned char* oldValue, const unsigned char* newValue,
+                    int index);
+
+#endif

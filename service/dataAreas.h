@@ -1,0 +1,41 @@
+#ifndef DATA_AREAS_H
+#define DATA_AREAS_H
+
+#include "areaRow.h"
+#include "driverState.h"
+
+#include <QList>
+#include <QString>
+
+// The cache: one flat list of units, found by linear search. An index is the handle of a unit: it
+// stays valid until the next initialisation, because units are only appended.
+
+/// Monitoring marks in _DATA_::monitorFlags.
+enum MonitorBit {
+    MONITOR_UNIT = 0,       ///< the unit is a variable
+    MONITOR_PAIR_FIRST = 1, ///< first unit of a two-unit value; the next bit is its second
+    MONITOR_QUAD_FIRST = 3  ///< byte 0 of a four-byte value; the next bits are bytes 1 to 3
+};
+
+/// Index of the unit with this key, appended with all else zero when it is missing.
+int getIndexOfDataArea(int station, const QString& regName, int address, QList<_DATA_>& list);
+
+/// The same for a caller that walks neighbouring units: tries the unit behind `previous` (-1: none)
+/// before it searches. Keys are unique, so a match there is the answer.
+int getIndexOfDataAreaAfter(int previous, int station, const QString& regName, int address,
+                            QList<_DATA_>& list);
+
+/// Marks the units of one variable that the host wants reported.
+void _setDataAreaMonitorFlag(int station, const QString& regName, int startAddress, int count);
+
+/// The same in an area with the given row.
+void setMonitorFlagsInRow(AreaRow row, int station, const QString& regName, int startAddress,
+                          int count);
+
+/// Takes every mark and every record of pending bit writes off all units.
+void clearMonitorFlags();
+
+/// The bytes that the host sees: its own unconfirmed write, else the value last read.
+const quint8* shownImage(const _DATA_& unit);
+
+#endif

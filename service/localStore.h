@@ -1,0 +1,17 @@
+#ifndef LOCAL_STORE_H
+#define LOCAL_STORE_H
+
+#include "areaRow.h"
+
+#include <QString>
+
+/// Stores the host's values in the cache as pending, so that the host reads back what it wrote, and
+/// reports those that differ from what it has seen.
+void write_saveDataToArea(int station, const QString& regName, int addr, int count,
+                          const unsigned char* values);
+
+/// The same in an area with the given row.
+void storeWritesInRow(AreaRow row, int station, const QString& regName, int addr, int count,
+                      const unsigned char* values);
+
+#endif

@@ -1,0 +1,127 @@
+#include "replyHandling.h"
+
+#include "cappedList.h"
+#include "changeNotification.h"
+#include "driverState.h"
+#include "replyCheck.h"
+#include "replyDecoding.h"
+#include "writeCompletion.h"
+
+#include <QMutexLocker>
+
+// What the callback is told when the conditional read queued last has ended.
+enum { CONDITIONAL_READ_DONE = 0, CONDITIONAL_READ_FAILED = -1, NO_CONTEXT = -1, NO_STATION = -1 };
+
+int dealReadFrameReturnSaveData(const QByteArray& reply)
+{
+    const FRAME_PRO& frame = driver.frameQueue.at(0);
+    analyzeFrameOfVal(reply, frame.itemCount, frame.dataStart, frame.var);
+    return 0;
+}
+
+static void finishWrite()
+{
+    if (driver.writeList.isEmpty()) return;
+    QMutexLocker locker(&driver.queueMutex);
+    driver.writeList.removeFirst();
+}
+
+static void finishConditionalRead()
+{
+    if (driver.condReadList.isEmpty()) return;
+    const bool failed = driver.commFailed != 0;
+    if (namesSameBlock(driver.condReadList.at(0), driver.condVar))
+        notifyHost(NO_CONTEXT, NO_STATION, QLatin1String("-1"),
+                   failed ? CONDITIONAL_READ_FAILED : CONDITIONAL_READ_DONE);
+    if (failed)
+        driver.condReadList.clear();
+    else
+        driver.condReadList.removeFirst();
+}
+
+/// A block that fails is rotated too, so that it does not hold up the others.
+static void finishCyclicRead()
+{
+    if (driver.readList.size() >= 2) driver.readList.append(driver.readList.takeFirst());
+}
+
+static void finishRecipeBlock(RecipeFlag flag)
+{
+    if (driver.commFailed == 0) {
+        ++driver.rcpIndex;
+        if (driver.rcpIndex < driver.rcpVars.size()) return;
+    }
+    driver.rcpIndex = 0;
+    if (driver.hostShared == 0) return;
+    QMutexLocker locker(driver.hostMutex);
+    driver.hostShared[flag] = 0;
+}
+
+void dealListWhenFinish()
+{
+    switch (driver.frameKind) {
+    case FRAME_WRITE:
+        return finishWrite();
+    case FRAME_CONDITIONAL_READ:
+        return finishConditionalRead();
+    case FRAME_CYCLIC_READ:
+        return finishCyclicRead();
+    case FRAME_RECIPE_DOWNLOAD:
+        return finishRecipeBlock(RECIPE_DOWNLOAD_FLAG);
+    case FRAME_RECIPE_UPLOAD:
+        return finishRecipeBlock(RECIPE_UPLOAD_FLAG);
+    default:
+        return;
+    }
+}
+
+/// Tells the write path how the write in flight has ended.
+static void completeWrite(const VARIABLE& var, int ok)
+{
+    if (driver.frameKind == FRAME_WRITE)
+        _write_FailOrSuc(var.station, var.regName, var.addr, var.count, ok);
+}
+
+static int rejectReply(int length, QString& errorText)
+{
+    ++driver.failCount;
+    if (driver.failCount < driver.retryLimit) return REPLY_RETRY;
+
+    const VARIABLE& var = driver.frameQueue.at(0).var;
+    driver.commFailed = 1;
+    completeWrite(var, 0);
+    errorText = QString(QLatin1String("%1,%2,%3,%4"))
+                    .arg(length)
+                    .arg(var.station)
+                    .arg(var.addr)
+                    .arg(var.regName);
+    driver.frameQueue.clear();
+    driver.failCount = 0;
+    dealListWhenFinish();
+    return REPLY_GIVEN_UP;
+}
+
+int intf_dealRcvFrame(QByteArray& reply, QString& errorText)
+{
+    errorText.clear();
+    if (driver.frameQueue.isEmpty()) return REPLY_NOTHING_PENDING;
+
+    const int length = int(reply.size());
+    const unsigned char* bytes = reinterpret_cast<const unsigned char*>(reply.constData());
+    switch (check_rcv_data(bytes, driver.curReadList, length)) {
+    case REPLY_TO_READ:
+        driver.commFailed = 0;
+        dealReadFrameReturnSaveData(reply);
+        break;
+    case REPLY_TO_WRITE:
+        completeWrite(driver.frameQueue.at(0).var, 1);
+        driver.commFailed = 0;
+        break;
+    default:
+        return rejectReply(length, errorText);
+    }
+    driver.frameQueue.removeFirst();
+    if (driver.frameQueue.isEmpty()) dealListWhenFinish();
+    driver.failCount = 0;
+    return REPLY_ACCEPTED;
+}

@@ -1,0 +1,13 @@
+#ifndef REPLY_HANDLING_H
+#define REPLY_HANDLING_H
+
+#include <QByteArray>
+
+/// Hands an accepted read reply to decoding, with what the frame at the head of the queue says.
+/// @return 0
+int dealReadFrameReturnSaveData(const QByteArray& reply);
+
+/// Bookkeeping once the exchange of the frame in flight is over, well or given up.
+void dealListWhenFinish();
+
+#endif

@@ -1,0 +1,130 @@
+#include "serviceForProtocol.h"
+
+#include "driverState.h"
+#include "registerTables.h"
+
+#include <cstring>
+
+// Holds the service unit's one copy of the register tables and identity texts, the driver state,
+// which is built after them because its constructor copies the area names, and the identity
+// exports.
+
+Protocol driver;
+
+VARIABLE::VARIABLE() : varId(0), station(0), addr(0), count(0)
+{
+    std::memset(value, 0, sizeof value);
+}
+
+FRAME_PRO::FRAME_PRO() : sendLen(0), recvLen(0), dataStart(0), itemCount(0), spare(0)
+{
+    std::memset(sendBuf, 0, sizeof sendBuf);
+}
+
+KEY_ADDRESS::KEY_ADDRESS() : param1(0), param2(0), station(0), addr(0), unitMode(0), count(0)
+{
+    std::memset(data, 0, sizeof data);
+}
+
+_RCP_VAR_PRO::_RCP_VAR_PRO() : linkNo(0), station(0), addr(0), count(0), bufOffset(0), spare(0) {}
+
+_DATA_::_DATA_()
+    : spare(0),
+      writePending(0),
+      pendingBitWrites(0),
+      monitorFlags(0),
+      bitMonitorMask(0),
+      station(0),
+      address(0),
+      readImage(),
+      writeImage()
+{
+}
+
+Protocol::Protocol()
+    : valueChangeCallBack(0),
+      callbackContext(0),
+      localOnly(0),
+      propC(0),
+      retryLimit(0),
+      mergeLimit(0),
+      hostShared(0),
+      hostArg1(0),
+      rcpBuffer(0),
+      hostMutex(0),
+      frameKind(FRAME_IDLE),
+      priorityCount(0),
+      handshakePending(0),
+      failCount(0),
+      maxBitBlockLen(0),
+      maxWordBlockLen(0),
+      commFailed(0),
+      frameIndex(0),
+      initFlag(0),
+      rcpIndex(0),
+      varsInFrame(0),
+      spareFlag(0)
+{
+    for (int i = 0; i < AREA_COUNT; ++i)
+        regNames.append(REG_LIST[i]);
+}
+
+Protocol::~Protocol() {}
+
+int areaIndex(const QString& regName)
+{
+    return indexInRegList(regName);
+}
+
+AreaRow areaRow(int index)
+{
+    return ADDRESS_RANGE_PRO[index];
+}
+
+AreaRow areaRow(const QString& regName)
+{
+    return areaRow(areaIndex(regName));
+}
+
+const QString& areaName(int index)
+{
+    return REG_LIST[index];
+}
+
+void intf_getProtocolType(int* type)
+{
+    if (type != 0) *type = 0;
+}
+
+void intf_getVersion(QString* version)
+{
+    if (version != 0) *version = PROCOTOL_VERSION;
+}
+
+void intf_getDriverParameter(QString* parameter)
+{
+    if (parameter == 0) return;
+    *parameter = QString(QLatin1String("%1,%2,%3,%4,%5,%6,%7"))
+                     .arg(0)
+                     .arg(PROCOTOL_DEFALT_COM_PAR)
+                     .arg(0)
+                     .arg(51)
+                     .arg(PROCOTOL_DEFALT_IP_PAR)
+                     .arg(PROCOTOL_NAME)
+                     .arg(driver.regNames.join(QLatin1String(",")));
+}
+
+void intf_getDriverPropertyPage(QString* page)
+{
+    if (page != 0) *page = PROCOTOL_PAR_HMI_SET_MODE;
+}
+
+void intf_SetDriverPropertyPage(const QString* page)
+{
+    if (page != 0) driver.propertyPage = *page;
+}
+
+void intf_setAddrValueChangeCallBack(ValueChangeCallBack callBack)
+{
+    driver.valueChangeCallBack = callBack;
+}

@@ -1,0 +1,30 @@
+#ifndef UNIT_LAYOUT_H
+#define UNIT_LAYOUT_H
+
+#include "areaRow.h"
+
+#include <QString>
+
+/// How the elements of a variable lie in the cached units of its area. Bits and words are this
+/// device's; the others serve register tables with 8-bit or 32-bit units or bits inside words.
+enum UnitLayout {
+    NO_UNITS,    ///< an unknown area: nothing is cached
+    BIT_UNIT,    ///< one bit, or one byte, a unit
+    BYTE_UNIT,   ///< one byte a unit
+    WORD_UNIT,   ///< one word a unit
+    DOUBLE_UNIT, ///< four bytes a unit
+    BYTE_PAIR,   ///< a word in two byte units
+    BYTE_QUAD,   ///< four bytes in four byte units
+    WORD_PAIR,   ///< four bytes in two word units
+    BIT_OF_BYTE, ///< "_bit" variable in a byte unit
+    BIT_OF_WORD  ///< "_bit" variable in a word unit
+};
+
+/// Layout for marking units and for reading values.
+UnitLayout layoutForReading(AreaRow row, const QString& regName);
+
+/// Layout for storing and completing writes. It differs from the one for reading in 8-bit areas,
+/// and takes a 32-bit area without word elements as whole units.
+UnitLayout layoutForWriting(AreaRow row, const QString& regName);
+
+#endif
