@@ -21,6 +21,9 @@ install(FILES
     ${CMAKE_CURRENT_BINARY_DIR}/quorvane_ka_kb_plc-config-version.cmake
     DESTINATION ${KAKB_PACKAGE_DIR})
 
+# Found from where the file lies, so that the tree can be moved.
+file(RELATIVE_PATH KAKB_PREFIX_FROM_PC
+    /root/${CMAKE_INSTALL_LIBDIR}/pkgconfig /root)
 configure_file(cmake/quorvane_ka_kb_plc.pc.in
     ${CMAKE_CURRENT_BINARY_DIR}/quorvane_ka_kb_plc.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/quorvane_ka_kb_plc.pc

@@ -26,7 +26,18 @@ struct _DATA_
     quint8 readImage[IMAGE_BYTES];  ///< last value read from the PLC
     quint8 writeImage[IMAGE_BYTES]; ///< last value written by the host
 
-    _DATA_();
+    _DATA_()
+        : spare(0),
+          writePending(0),
+          pendingBitWrites(0),
+          monitorFlags(0),
+          bitMonitorMask(0),
+          station(0),
+          address(0),
+          readImage(),
+          writeImage()
+    {
+    }
 };
 
 Q_DECLARE_TYPEINFO(_DATA_, Q_MOVABLE_TYPE);

@@ -60,7 +60,7 @@ struct VARIABLE
     qint32 count;                     ///< words or bits
     unsigned char value[VALUE_BYTES]; ///< words low byte first, bits one byte each
 
-    VARIABLE();
+    VARIABLE() : varId(0), station(0), addr(0), count(0), value() {}
 };
 
 /// One request frame and what its reply must look like.
@@ -74,7 +74,7 @@ struct FRAME_PRO
     qint32 spare;     ///< not used
     VARIABLE var;     ///< what the frame reads or writes
 
-    FRAME_PRO();
+    FRAME_PRO() : sendBuf(), sendLen(0), recvLen(0), dataStart(0), itemCount(0), spare(0) {}
 };
 
 /// One address key of the host: what to poll, or what to read once.
@@ -91,7 +91,7 @@ struct KEY_ADDRESS
     qint32 count;     ///< units from addr on
     unsigned char data[VALUE_BYTES];
 
-    KEY_ADDRESS();
+    KEY_ADDRESS() : param1(0), param2(0), station(0), addr(0), unitMode(0), count(0), data() {}
 };
 
 /// One recipe variable.
@@ -105,7 +105,7 @@ struct _RCP_VAR_PRO
     qint32 bufOffset; ///< place of the first value in the recipe buffer, in 16-bit words
     qint32 spare;     ///< the host's
 
-    _RCP_VAR_PRO();
+    _RCP_VAR_PRO() : linkNo(0), station(0), addr(0), count(0), bufOffset(0), spare(0) {}
 };
 
 Q_DECLARE_TYPEINFO(VARIABLE, Q_MOVABLE_TYPE);

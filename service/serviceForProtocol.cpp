@@ -3,43 +3,11 @@
 #include "driverState.h"
 #include "registerTables.h"
 
-#include <cstring>
-
 // Holds the service unit's one copy of the register tables and identity texts, the driver state,
 // which is built after them because its constructor copies the area names, and the identity
 // exports.
 
 Protocol driver;
-
-VARIABLE::VARIABLE() : varId(0), station(0), addr(0), count(0)
-{
-    std::memset(value, 0, sizeof value);
-}
-
-FRAME_PRO::FRAME_PRO() : sendLen(0), recvLen(0), dataStart(0), itemCount(0), spare(0)
-{
-    std::memset(sendBuf, 0, sizeof sendBuf);
-}
-
-KEY_ADDRESS::KEY_ADDRESS() : param1(0), param2(0), station(0), addr(0), unitMode(0), count(0)
-{
-    std::memset(data, 0, sizeof data);
-}
-
-_RCP_VAR_PRO::_RCP_VAR_PRO() : linkNo(0), station(0), addr(0), count(0), bufOffset(0), spare(0) {}
-
-_DATA_::_DATA_()
-    : spare(0),
-      writePending(0),
-      pendingBitWrites(0),
-      monitorFlags(0),
-      bitMonitorMask(0),
-      station(0),
-      address(0),
-      readImage(),
-      writeImage()
-{
-}
 
 Protocol::Protocol()
     : valueChangeCallBack(0),

@@ -1,0 +1,37 @@
+#!/usr/bin/env bash
+# Installs what is missing of the Debian packages that the project needs.
+# usage: scripts/install-dependencies.sh [demo|test|all]
+#   demo   build the driver, the host and the simulated PLC, with Qt 5 (default)
+#   test   and the tests
+#   all    and Qt 6, coverage and the format check
+# Exit status: 0 all is there, 1 usage, else apt's.
+set -euo pipefail
+
+packages=(g++ cmake ninja-build pkg-config qtbase5-dev libqt5serialport5-dev libmodbus-dev
+    libcli11-dev)
+test_packages=(binutils libgtest-dev)
+all_packages=(qt6-base-dev qt6-serialport-dev gcovr clang-format)
+
+case "${1:-demo}" in
+demo) ;;
+test) packages+=("${test_packages[@]}") ;;
+all) packages+=("${test_packages[@]}" "${all_packages[@]}") ;;
+*)
+    sed -n '2,7s/^# //p' "$0"
+    exit 1
+    ;;
+esac
+
+missing=()
+for package in "${packages[@]}"; do
+    dpkg-query -W -f '${Status}' "$package" 2>/dev/null | grep -q '^install ok installed$' ||
+        missing+=("$package")
+done
+[ ${#missing[@]} -gt 0 ] || exit 0
+
+as_root=()
+[ "$(id -u)" -eq 0 ] || as_root=(sudo)
+echo "installing: ${missing[*]}"
+export DEBIAN_FRONTEND=noninteractive
+"${as_root[@]}" apt-get update -q
+"${as_root[@]}" apt-get install -q -y --no-install-recommends "${missing[@]}"

@@ -1,0 +1,49 @@
+#ifndef PLC_MEMORY_H
+#define PLC_MEMORY_H
+
+#include <modbus/modbus.h>
+
+#include <cstdint>
+#include <memory>
+
+// The memory of one station as libmodbus serves it.
+//
+//   holding registers   QW from 0, MW from 3000
+//   input registers     IW
+//   coils               bits of the holding registers: coil n below 3000 is bit n of QW memory,
+//                       coil 3000 + m is bit m of MW memory; bit k of word w is bit 16 w + k
+//
+// libmodbus keeps coils and registers apart, so what a request wrote in one is copied to the other.
+
+class PlcMemory
+{
+public:
+    PlcMemory();
+
+    modbus_mapping_t* mapping() const
+    {
+        return m_mapping.get();
+    }
+
+    /// Carries what a served request wrote over to the other view of the same memory.
+    /// @param request  the request as received, from the station byte on
+    void reflectWrite(const uint8_t* request);
+
+    /// Moves the input signals on: IW 0 counts requests.
+    void tick();
+
+private:
+    void registersFromCoils(int firstCoil, int count);
+    void coilsFromRegisters(int firstRegister, int count);
+
+    struct FreeMapping
+    {
+        void operator()(modbus_mapping_t* mapping) const
+        {
+            modbus_mapping_free(mapping);
+        }
+    };
+    std::unique_ptr<modbus_mapping_t, FreeMapping> m_mapping;
+};
+
+#endif

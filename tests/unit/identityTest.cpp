@@ -1,0 +1,106 @@
+#include "driverFixture.h"
+
+class Identity : public DriverTest
+{
+};
+
+namespace {
+
+const char* const PARAMETER = "0,38400,8,NONE,1,0,51,192.168.1.100,8000,quorvane_ka_kb_plc,"
+                              "MW,IW,QW,MX,IX,QX";
+
+void firstCallBack(int, int, QString&, int) {}
+void secondCallBack(int, int, QString&, int) {}
+
+std::string parameter()
+{
+    QString out = text("old");
+    intf_getDriverParameter(&out);
+    return out.toStdString();
+}
+
+} // namespace
+
+TEST_F(Identity, ProtocolTypeIsZero)
+{
+    int type = 99;
+    intf_getProtocolType(&type);
+    EXPECT_EQ(0, type);
+}
+
+TEST_F(Identity, VersionReplacesTheText)
+{
+    QString version = text("old");
+    intf_getVersion(&version);
+    EXPECT_EQ("2.0.0.0", version.toStdString());
+}
+
+TEST_F(Identity, DriverParameterHasItsFixedSlots)
+{
+    EXPECT_EQ(PARAMETER, parameter());
+}
+
+TEST_F(Identity, DriverParameterDoesNotReflectInitialisation)
+{
+    initialise(9, 77, 1);
+    EXPECT_EQ(PARAMETER, parameter());
+}
+
+TEST_F(Identity, DriverParameterDoesNotReflectThePropertyPage)
+{
+    const QString page = text("%1,%2");
+    intf_SetDriverPropertyPage(&page);
+    EXPECT_EQ(PARAMETER, parameter());
+}
+
+TEST_F(Identity, PropertyPageReplacesTheText)
+{
+    QString page = text("old");
+    intf_getDriverPropertyPage(&page);
+    EXPECT_EQ("0_0", page.toStdString());
+}
+
+TEST_F(Identity, SetPropertyPageIsKept)
+{
+    const QString first = text("1_2");
+    const QString second = text("");
+    intf_SetDriverPropertyPage(&first);
+    EXPECT_EQ("1_2", driver.propertyPage.toStdString());
+    intf_SetDriverPropertyPage(&second);
+    EXPECT_EQ("", driver.propertyPage.toStdString());
+}
+
+TEST_F(Identity, SetPropertyPageIsNotReadBack)
+{
+    const QString set = text("1_2");
+    intf_SetDriverPropertyPage(&set);
+    QString page;
+    intf_getDriverPropertyPage(&page);
+    EXPECT_EQ("0_0", page.toStdString());
+}
+
+TEST_F(Identity, CallBackIsKeptAndReplaced)
+{
+    intf_setAddrValueChangeCallBack(firstCallBack);
+    EXPECT_TRUE(driver.valueChangeCallBack == firstCallBack);
+    intf_setAddrValueChangeCallBack(secondCallBack);
+    EXPECT_TRUE(driver.valueChangeCallBack == secondCallBack);
+}
+
+TEST_F(Identity, CallBackCanBeTakenAway)
+{
+    intf_setAddrValueChangeCallBack(nullptr);
+    EXPECT_TRUE(driver.valueChangeCallBack == nullptr);
+}
+
+TEST_F(Identity, NullPointersAreLeftAlone)
+{
+    const QString page = text("1_2");
+    intf_SetDriverPropertyPage(&page);
+    intf_getProtocolType(nullptr);
+    intf_getVersion(nullptr);
+    intf_getDriverParameter(nullptr);
+    intf_getDriverPropertyPage(nullptr);
+    intf_SetDriverPropertyPage(nullptr);
+    EXPECT_EQ("1_2", driver.propertyPage.toStdString());
+}
