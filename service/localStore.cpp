@@ -31,12 +31,12 @@ static void keepWritten(int index, int bytes, const quint8* written)
     unit.writePending = 1;
 }
 
-static void storeUnits(const WRITE_CALL& call, int units, int bytes)
+static void storeUnits(const WRITE_CALL& call, qint64 units, int bytes)
 {
     int index = -1;
-    for (int i = 0; i < units; ++i) {
-        const quint8* written = call.values + qint64(i) * bytes;
-        index = getIndexOfDataAreaAfter(index, call.station, call.area, wrapAdd(call.addr, i),
+    for (qint64 i = 0; i < units; ++i) {
+        const quint8* written = call.values + i * bytes;
+        index = getIndexOfDataAreaAfter(index, call.station, call.area, wrapAdd(call.addr, int(i)),
                                         driver.dataAreas);
         quint8 shown[IMAGE_BYTES];
         std::memcpy(shown, shownImage(driver.dataAreas.at(index)), size_t(bytes));
@@ -147,7 +147,7 @@ void storeWritesInRow(AreaRow row, int station, const QString& regName, int addr
     case DOUBLE_UNIT:
         return storeUnits(call, count, 4);
     case BYTE_PAIR:
-        return storeUnits(call, wrapMul(count, 2), 1);
+        return storeUnits(call, qint64(count) * 2, 1);
     case WORD_PAIR:
         return storeWordPairs(call);
     case BIT_OF_BYTE:

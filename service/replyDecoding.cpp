@@ -58,7 +58,7 @@ static void decodeUnits(const QByteArray& reply, int count, int dataStart, const
 static int groupStart(const QString& regName, int addr)
 {
     const int base = regName == QLatin1String("MX") ? MARKER_BASE : 0;
-    return wrapSub(addr, base) / GROUP_BITS * GROUP_BITS + base;
+    return wrapAdd(wrapSub(addr, base) / GROUP_BITS * GROUP_BITS, base);
 }
 
 static void storeFreshBit(int index, quint8 fresh)

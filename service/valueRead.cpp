@@ -10,7 +10,7 @@
 #include <cstring>
 
 /// Copies `units` neighbouring units of `bytes` bytes each, one behind the other.
-static void copyUnits(int station, const QString& name, int address, int units, int bytes,
+static void copyUnits(int station, const QString& name, int address, qint64 units, int bytes,
                       unsigned char* out)
 {
     int index = -1;
@@ -51,11 +51,11 @@ void readValuesInRow(AreaRow row, int station, const QString& regName, int addre
     case BIT_OF_WORD:
         return copyBitsOfUnits(station, area, address, count, 16, out);
     case BYTE_PAIR:
-        return copyUnits(station, area, address, wrapMul(count, 2), 1, out);
+        return copyUnits(station, area, address, qint64(count) * 2, 1, out);
     case BYTE_QUAD:
-        return copyUnits(station, area, address, wrapMul(count / 2, 4), 1, out);
+        return copyUnits(station, area, address, qint64(count / 2) * 4, 1, out);
     case WORD_PAIR:
-        return copyUnits(station, area, address, wrapMul(count / 2, 2), 2, out);
+        return copyUnits(station, area, address, qint64(count / 2) * 2, 2, out);
     case DOUBLE_UNIT:
         return copyUnits(station, area, address, count / 2, 4, out);
     default:

@@ -21,12 +21,13 @@ static void settleUnit(int index, int bytes, bool confirmed)
     if (confirmed) std::memcpy(unit.readImage, unit.writeImage, size_t(bytes));
 }
 
-static void completeUnits(int station, const QString& name, int addr, int units, int bytes,
+static void completeUnits(int station, const QString& name, int addr, qint64 units, int bytes,
                           bool confirmed)
 {
     int index = -1;
-    for (int i = 0; i < units; ++i) {
-        index = getIndexOfDataAreaAfter(index, station, name, wrapAdd(addr, i), driver.dataAreas);
+    for (qint64 i = 0; i < units; ++i) {
+        index =
+            getIndexOfDataAreaAfter(index, station, name, wrapAdd(addr, int(i)), driver.dataAreas);
         settleUnit(index, bytes, confirmed);
         const _DATA_& unit = driver.dataAreas.at(index);
         if (!confirmed) unitDataChange(bytes, unit.writeImage, unit.readImage, index);
@@ -119,7 +120,7 @@ void completeWritesInRow(AreaRow row, int station, const QString& regName, int a
     case DOUBLE_UNIT:
         return completeUnits(station, area, addr, count, 4, confirmed);
     case BYTE_PAIR:
-        return completeUnits(station, area, addr, wrapMul(count, 2), 1, confirmed);
+        return completeUnits(station, area, addr, qint64(count) * 2, 1, confirmed);
     case WORD_PAIR:
         return completeWordPairs(station, area, addr, count, confirmed);
     case BIT_OF_BYTE:
