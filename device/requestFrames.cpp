@@ -71,6 +71,13 @@ static int registersOfBits(int bits)
     return bits / REGISTER_BITS + (bits % REGISTER_BITS != 0 ? 1 : 0);
 }
 
+/// A count so far out that the length has no number must not end up as one that some reply has.
+static int readReplyBytes(int registers)
+{
+    const qint64 length = qint64(registers) * 2 + READ_REPLY_BYTES;
+    return int(length) == length ? int(length) : int(UNMATCHABLE_REPLY_BYTES);
+}
+
 /// Bytes that hold `bits` packed bits, rounded up.
 static int packedBytes(int bits)
 {
@@ -111,7 +118,7 @@ int getReadFrame(const QList<VARIABLE>& variables)
     closeRequest(frame, SINGLE_REQUEST_BYTES);
 
     if (var.station != 0) {
-        frame.recvLen = wrapAdd(wrapMul(registers, 2), READ_REPLY_BYTES);
+        frame.recvLen = readReplyBytes(registers);
         frame.dataStart = READ_DATA_START;
         frame.itemCount = var.count;
     }

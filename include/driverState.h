@@ -92,7 +92,7 @@ public:
     qint32 frameIndex;
     qint32 initFlag;
     QList<FRAME_PRO> frameQueue; ///< the head is the frame on the wire
-    QMutex queueMutex;           ///< guards writeList; never held together with hostMutex
+    QMutex queueMutex;           ///< held to remove or count writes; never with hostMutex
     qint32 rcpIndex;             ///< next block of rcpVars
     QString propertyPage;
     QList<qint32> spareList;

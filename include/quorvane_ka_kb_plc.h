@@ -113,12 +113,14 @@ Q_DECLARE_TYPEINFO(FRAME_PRO, Q_MOVABLE_TYPE);
 Q_DECLARE_TYPEINFO(KEY_ADDRESS, Q_MOVABLE_TYPE);
 Q_DECLARE_TYPEINFO(_RCP_VAR_PRO, Q_MOVABLE_TYPE);
 
-/// Told for each monitored variable whose value changed: the property text's context number, the
-/// station, the area name and the address number. The text is the callee's to change.
+/// Told with the property text's context number, station, area name and address number: of each
+/// monitored variable for which a read brought another value or a write was given up, of each
+/// monitored word and of every bit that the host writes with another value, and of every bit whose
+/// write was given up. The text is the callee's to change.
 /// - (0, -1, "RWI", n): an upload filled word n of the recipe buffer.
-/// - (-1, -1, "-1", 0 or -1): the conditional read queued last has ended, well or given up.
-/// While a read reply is taken in, the cache still holds the old value of the reported unit: note
-/// the address, and call intf_getData after intf_dealRcvFrame has returned.
+/// - (-1, -1, "-1", 0 or -1): the one-shot block queued last has been read, or was given up.
+/// The call comes before the new value is in the cache: note the address, and call intf_getData
+/// after intf_dealRcvFrame or intf_setData has returned.
 typedef void (*ValueChangeCallBack)(int context, int station, QString& regName, int addr);
 
 /// Results of intf_checkAddr and intf_checkAddrValidity.
@@ -148,14 +150,17 @@ enum SeriesResult {
 
 /// Offsets in the host's shared block, which must reach to the second one at least. The host sets a
 /// flag to 1 under its mutex to start a transfer; the driver sets it to 0 when the transfer is
-/// over. Raise one only after intf_setRcpAddress has kept a variable: with no recipe the engine
-/// repeats its last request for as long as the flag stands.
+/// over. Raise one only after intf_setRcpAddress has kept a variable. With no recipe to transfer
+/// the engine builds its last request again for as long as the flag stands, or none before the
+/// first one: polling stops, and a repeated write or one-shot read takes the next queued one with
+/// it.
 enum RecipeFlag {
     RECIPE_DOWNLOAD_FLAG = 60115, ///< recipe buffer to PLC; comes before an upload
     RECIPE_UPLOAD_FLAG = 60116    ///< PLC to recipe buffer
 };
 
-// Every pointer may be null, in which case the call leaves it alone. No function throws or logs.
+// Every pointer may be null, in which case the call leaves it alone. No function throws, unless a
+// count asks for more memory than there is, and none logs.
 extern "C" {
 
 /// @name Identity and set-up
@@ -181,17 +186,20 @@ QUORVANE_KA_KB_PLC_API void intf_SetDriverPropertyPage(const QString* page);
 QUORVANE_KA_KB_PLC_API void intf_setAddrValueChangeCallBack(ValueChangeCallBack callBack);
 
 /// Starts the driver, or starts it anew: read plan, pending writes, one-shot reads, queued frames
-/// and cache are dropped. The recipe set stays.
+/// and cache are dropped. The recipe set stays, and so does the place in a transfer under way, so
+/// restart between transfers: a flag raised afterwards would go on from that place.
 /// @param shared     block with the recipe flags; without one, no recipe is ever started
 /// @param arg        stored only
-/// @param rcpBuffer  recipe values as words, low byte first. It must hold every word that the
-///                   recipe records name: the driver does not know its size.
+/// @param rcpBuffer  recipe values as words, low byte first. The driver does not know its size: it
+///                   must hold `count` words from each record's offset on, and where records merge
+///                   into one block, the block's count from the first record's offset on.
 /// @param status     set to 0
 /// @param text       Latin-1 "context#localOnly#number#retryLimit#mergeLimit…", decimal; what is
 ///                   not a number counts as 0. With fewer than five parts the previous five stay.
 ///                   retryLimit: rejected replies after which a request is given up (1 or less: at
-///                   the first). mergeLimit: most words in one read block, 1 to 125; a block of
-///                   bits may take 8 times that.
+///                   the first). mergeLimit: most units that merging puts into one read block,
+///                   and most words in one block of a one-shot read, 1 to 125. A single key is
+///                   never cut by merging, however long.
 /// @param mutex      guards the flags in the shared block, for the host and for the driver
 /// @return 1
 /// The pointers are borrowed until the next call or until the library is unloaded.
@@ -209,7 +217,7 @@ QUORVANE_KA_KB_PLC_API int intf_initProperty(unsigned char* shared, int arg,
 /// @param count       units that the variable takes
 /// @param accessMode  1 or 2 when the host will write it
 /// @return an AddressCheckResult. For an unknown area with outAddr + count past 1 it is
-///         ADDRESS_OUT_OF_RANGE.
+///         ADDRESS_OUT_OF_RANGE, and for one with outAddr below 0.
 QUORVANE_KA_KB_PLC_API int intf_checkAddr(QString regName, QString addrText, int& outAddr,
                                           int dataType, int count, int accessMode);
 
@@ -245,19 +253,26 @@ QUORVANE_KA_KB_PLC_API int intf_multiCopy(QString regName, int start, int count,
 /// @return the number of blocks
 QUORVANE_KA_KB_PLC_API int intf_addrMerge(QList<KEY_ADDRESS>& keys);
 
-/// Queues one read of key.count units, ahead of the cyclic reads, in blocks of the merge limit. For
-/// a bit area the count is in groups: key.count 1 reads 16 bits. Its end is reported through the
-/// callback. The queue holds 513 blocks; beyond that the newest replaces the last one. An unknown
-/// area queues nothing.
+/// Queues one read of key.count units, ahead of the cyclic reads, in blocks of the merge limit for
+/// words and 8 times that for unitMode -1. For a bit area the count is in groups of 16 bits, and so
+/// are its blocks: ask for one group at a time, as no more than the first is decoded right.
+/// The callback is told of the end of the block queued last, so of several requests only the last
+/// one is reported; a block given up drops all the others, reported or not. A block that is queued
+/// already is not queued twice, unless it is the oldest. The queue holds 513 blocks; beyond that
+/// the newest replaces the last one. An unknown area queues nothing.
 /// @return 1
 QUORVANE_KA_KB_PLC_API int intf_addConditionRead(KEY_ADDRESS& key, int varId);
 
 /// Replaces the recipe set by those records that belong to this link. A set without any leaves the
 /// previous blocks in place, though an upload no longer stores into the buffer.
-/// A recipe that cannot be transferred as it stands (more than 507 words or 1024 bits in one
-/// variable to write, a count or buffer offset below 0, an unknown area, no recipe buffer) fails
-/// when it is started: the engine offers a frame with nothing to send which no reply can answer,
-/// until it is given up.
+/// Records are sorted, and words that start at the same address, or bits that touch, become one
+/// block. A download takes the block's values from the first record's offset on, one behind the
+/// other: two bytes a word; for bits one byte a bit, packed. An upload stores whole words, so
+/// recipes are meant for word areas.
+/// A block that cannot be transferred (more than 507 words or 1024 bits to write, a count or offset
+/// below 0, an unknown area, no recipe buffer) fails once it is reached, after the blocks before it
+/// went through: the engine offers a frame with nothing to send which no reply can answer, until it
+/// is given up.
 /// @return the number of records kept
 QUORVANE_KA_KB_PLC_API int intf_setRcpAddress(QVector<_RCP_VAR_PRO>& records);
 
@@ -278,7 +293,8 @@ QUORVANE_KA_KB_PLC_API int intf_getSendFrame(FRAME_PRO* frame);
 /// @param errorText  emptied; for REPLY_GIVEN_UP "length,station,address,area" with the length of
 ///                   the rejected reply
 /// @return a ReplyResult
-/// When a write is given up the cache falls back to the last read value and the callback is called.
+/// When a write is given up the cache falls back to the last read value, and the callback is told
+/// of a bit and of a monitored word.
 QUORVANE_KA_KB_PLC_API int intf_dealRcvFrame(QByteArray& reply, QString& errorText);
 
 /// @}
@@ -293,10 +309,10 @@ QUORVANE_KA_KB_PLC_API int intf_dealRcvFrame(QByteArray& reply, QString& errorTe
 QUORVANE_KA_KB_PLC_API int intf_getData(int station, QString regName, int address, int count,
                                         unsigned char* out);
 
-/// Writes `count` elements: shows them in the cache at once, reports what changed, and queues one
-/// request per element. A queued write of the same element is replaced, unless it is the oldest.
-/// The queue holds 513 writes; beyond that the newest replaces the last one. An unknown area does
-/// nothing.
+/// Writes `count` elements: queues one request per element, reports what changes, and shows the
+/// values in the cache at once. A queued write of the same element is replaced, unless it is the
+/// oldest. The queue holds 513 writes; beyond that the newest replaces the last one. An unknown
+/// area does nothing.
 /// @param values  two bytes a word, low byte first, or one byte a bit
 /// @param varId   carried into the frames
 /// @return 1

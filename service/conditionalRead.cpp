@@ -4,17 +4,12 @@
 #include "serviceForProtocol.h"
 #include "wrapAround.h"
 
-enum { WORD_BITS = 16, BIT_UNIT_MODE = -1 };
+enum { WORD_BITS = 16, BIT_UNIT_MODE = -1, BLOCKS_AT_ONCE = 64 };
 
-int intf_addConditionRead(KEY_ADDRESS& key, int varId)
+static void queueBlocks(const KEY_ADDRESS& key, int maxLen, int unitBits, int varId)
 {
-    // A "_bit" name is no area's either.
-    const int unitBits = areaRow(key.regName)[UNIT_BITS].toInt();
-    if (unitBits < 1) return 1;
-
     QList<KEY_ADDRESS> blocks;
-    groupingKey(key, key.unitMode == BIT_UNIT_MODE ? driver.maxBitBlockLen : driver.maxWordBlockLen,
-                blocks, 0);
+    groupingKey(key, maxLen, blocks, 0);
     for (int i = 0; i < int(blocks.size()); ++i) {
         const KEY_ADDRESS& block = blocks.at(i);
         VARIABLE var;
@@ -27,5 +22,25 @@ int intf_addConditionRead(KEY_ADDRESS& key, int varId)
         coalesceIntoCappedList(driver.condReadList, var);
         driver.condVar = var;
     }
+}
+
+int intf_addConditionRead(KEY_ADDRESS& key, int varId)
+{
+    // A "_bit" name is no area's either.
+    const int unitBits = areaRow(key.regName)[UNIT_BITS].toInt();
+    if (unitBits < 1) return 1;
+
+    const int maxLen =
+        key.unitMode == BIT_UNIT_MODE ? driver.maxBitBlockLen : driver.maxWordBlockLen;
+    // The queue is capped, so the blocks of a huge count need never be in memory all at once.
+    const qint64 partLen = maxLen < 1 ? qint64(key.count) : qint64(maxLen) * BLOCKS_AT_ONCE;
+    KEY_ADDRESS part = key;
+    qint64 first = 0;
+    do {
+        part.addr = wrapAdd(key.addr, int(first));
+        part.count = int(qMin(partLen, key.count - first));
+        queueBlocks(part, maxLen, unitBits, varId);
+        first += partLen;
+    } while (first < key.count);
     return 1;
 }

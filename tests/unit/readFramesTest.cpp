@@ -170,7 +170,15 @@ TEST_F(ReadFrames, HugeAddressesAndCountsWrapAround)
     // -2^31 - 3000 wraps to 2147480648; / 16 = 134217540, + 3000 = 0x8000AFC
     EXPECT_EQ("0A FC 00 01", registersOf("MX", INT_MIN, 1));
     EXPECT_EQ("00 00 00 00", registersOf("QW", INT_MIN, INT_MIN));
-    EXPECT_EQ(5, requestFor(variable(1, "QW", INT_MIN, INT_MIN)).recvLen);
+}
+
+TEST_F(ReadFrames, ReplyLengthThatHasNoNumberIsOneThatNoReplyHas)
+{
+    // 2 x (2^31 - 1) + 5 and 2 x -2^31 + 5 would wrap to 3 and 5, an empty and an exception
+    // reply's.
+    EXPECT_EQ(1, requestFor(variable(1, "QW", 0, INT_MAX)).recvLen);
+    EXPECT_EQ(1, requestFor(variable(1, "QW", 0, INT_MIN)).recvLen);
+    EXPECT_EQ(INT_MAX - 2, requestFor(variable(1, "QW", 0, (INT_MAX - 7) / 2)).recvLen);
 }
 
 TEST_F(ReadFrames, FrameCarriesTheVariableAsItWasHandedIn)
