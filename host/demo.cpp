@@ -2,6 +2,7 @@
 
 #include "driverLibrary.h"
 #include "exchange.h"
+#include "replyRecogniser.h"
 
 #include <QMutex>
 #include <QMutexLocker>
@@ -83,7 +84,12 @@ private:
     bool write(const char* area, int addr, int value);
     bool transferRecipe(RecipeFlag flag, const char* verb);
     bool recipeRoundTrip();
-    Exchange::Outcome exchangeOnce();
+    struct Ended
+    {
+        FRAME_PRO frame;
+        bool well = false;
+    };
+    Ended exchangeOnce();
     void printChanges();
     int valueOf(const QString& area, int addr);
     void printFigures();
@@ -135,13 +141,19 @@ void Demo::printChanges()
     changes.clear();
 }
 
-Exchange::Outcome Demo::exchangeOnce()
+/// The frame that was answered or given up; one without an area when a retry is due or the driver
+/// has nothing to do.
+Demo::Ended Demo::exchangeOnce()
 {
-    const Exchange::Outcome outcome = m_exchange.run();
+    const std::optional<FINISHED_EXCHANGE> finished = m_exchange.run();
     printChanges();
-    if (outcome == Exchange::GIVEN_UP)
-        std::printf("  given up: %s\n", qPrintable(m_exchange.errorText()));
-    return outcome;
+    if (!finished) return Ended();
+    if (finished->exceptionCode != 0)
+        std::printf("  refused: %s\n", exceptionText(finished->exceptionCode));
+    if (finished->result == REPLY_GIVEN_UP)
+        std::printf("  given up: %s\n", qPrintable(finished->errorText));
+    if (finished->result == REPLY_RETRY) return Ended();
+    return {finished->frame, finished->result == REPLY_ACCEPTED};
 }
 
 void Demo::poll()
@@ -163,15 +175,12 @@ bool Demo::write(const char* area, int addr, int value)
                               static_cast<unsigned char>(value >> 8)};
     m_driver.setData(STATION, name, addr, 1, bytes, 0);
     for (int i = 0; i < MOST_EXCHANGES; ++i) {
-        const Exchange::Outcome outcome = exchangeOnce();
-        const VARIABLE& var = m_exchange.frame().var;
-        const bool mine =
-            m_exchange.frame().itemCount == 0 && var.regName == name && var.addr == addr;
-        if (mine && outcome == Exchange::GIVEN_UP) break;
-        if (mine && outcome == Exchange::CONFIRMED) {
-            std::printf("  confirmed, %s %d = %d\n", area, addr, valueOf(name, addr));
-            return true;
-        }
+        const Ended ended = exchangeOnce();
+        const VARIABLE& var = ended.frame.var;
+        if (ended.frame.itemCount != 0 || var.regName != name || var.addr != addr) continue;
+        if (!ended.well) break;
+        std::printf("  confirmed, %s %d = %d\n", area, addr, valueOf(name, addr));
+        return true;
     }
     std::printf("  not confirmed\n");
     return false;
@@ -185,9 +194,9 @@ bool Demo::transferRecipe(RecipeFlag flag, const char* verb)
         m_shared[flag] = 1;
     }
     for (int i = 0; i < MOST_EXCHANGES; ++i) {
-        const Exchange::Outcome outcome = exchangeOnce();
+        const Ended ended = exchangeOnce();
         QMutexLocker locker(&m_mutex);
-        if (m_shared[flag] == 0) return outcome == Exchange::CONFIRMED;
+        if (m_shared[flag] == 0) return ended.well;
     }
     return false;
 }

@@ -1,71 +1,91 @@
 #include "exchange.h"
 
-#include <QElapsedTimer>
 #include <QThread>
+
+#include <algorithm>
 
 namespace {
 
-// Above 19200 baud the silence between two frames is fixed (MODBUS over Serial Line
-// V1.02, 2.5.1.1).
-const unsigned long SILENT_INTERVAL_MICROSECONDS = 1750;
+const int WRITE_TIMEOUT_MS = 5000;
 
 LinkError portError(const QSerialPort& port)
 {
     return LinkError((port.portName() + QLatin1String(": ") + port.errorString()).toStdString());
 }
 
+LineSettings lineSettings(const DriverLibrary& driver)
+{
+    QString parameter;
+    driver.getDriverParameter(&parameter);
+    return LineSettings::fromTexts(parameter.split(QLatin1Char(',')).mid(1, 4));
+}
+
 } // namespace
 
-Exchange::Exchange(const DriverLibrary& driver, const QString& port, int timeoutMs)
-    : m_driver(driver), m_port(port), m_timeoutMs(timeoutMs)
+Exchange::Exchange(const DriverLibrary& driver, const QString& port,
+                   const ExchangeMachine::Times& times)
+    : m_driver(driver), m_port(port), m_machine(*this, LineTiming(lineSettings(driver)), times)
 {
-    m_port.setBaudRate(QSerialPort::Baud38400);
+    m_port.setBaudRate(lineSettings(driver).baud);
     if (!m_port.open(QIODevice::ReadWrite)) throw portError(m_port);
+    m_clock.start();
 }
 
-void Exchange::send()
+int Exchange::getSendFrame(FRAME_PRO* frame)
 {
-    // What a late reply left behind must not be taken for the next one.
-    m_port.clear(QSerialPort::Input);
-    QThread::usleep(SILENT_INTERVAL_MICROSECONDS);
-    m_port.write(reinterpret_cast<const char*>(m_frame.sendBuf), m_frame.sendLen);
-    if (!m_port.waitForBytesWritten(m_timeoutMs)) throw portError(m_port);
+    return m_driver.getSendFrame(frame);
 }
 
-QByteArray Exchange::collectReply()
+int Exchange::dealRcvFrame(QByteArray& reply, QString& errorText)
 {
-    QByteArray reply;
-    QElapsedTimer clock;
-    clock.start();
-    while (reply.size() < m_frame.recvLen) {
-        const qint64 left = m_timeoutMs - clock.elapsed();
-        if (left <= 0) break;
-        if (m_port.waitForReadyRead(int(left)))
-            reply += m_port.read(m_frame.recvLen - reply.size());
-        else if (m_port.error() != QSerialPort::TimeoutError)
-            throw portError(m_port);
+    return m_driver.dealRcvFrame(reply, errorText);
+}
+
+qint64 Exchange::now() const
+{
+    return m_clock.nsecsElapsed() / 1000;
+}
+
+void Exchange::write(const QByteArray& request)
+{
+    m_port.write(request);
+    if (!m_port.waitForBytesWritten(WRITE_TIMEOUT_MS)) throw portError(m_port);
+}
+
+/// The port waits in whole milliseconds, silent intervals are shorter.
+void Exchange::waitForBytesUntil(qint64 time)
+{
+    const qint64 left = std::max<qint64>(time - now(), 0);
+    if (left < 1000) {
+        QThread::usleep(static_cast<unsigned long>(left));
+    } else if (!m_port.waitForReadyRead(int(left / 1000)) &&
+               m_port.error() != QSerialPort::TimeoutError) {
+        throw portError(m_port);
     }
-    return reply;
+    const QByteArray bytes = m_port.readAll();
+    if (!bytes.isEmpty()) m_machine.received(bytes, now());
 }
 
-Exchange::Outcome Exchange::run()
+void Exchange::count(const FINISHED_EXCHANGE& finished)
 {
-    if (m_driver.getSendFrame(&m_frame) == 0) return IDLE;
-    QByteArray reply;
-    if (m_frame.sendLen > 0) {
-        send();
-        reply = collectReply();
-    }
-    switch (m_driver.dealRcvFrame(reply, m_errorText)) {
-    case REPLY_RETRY:
+    if (finished.result == REPLY_RETRY) {
         ++m_figures.retries;
-        return RETRYING;
-    case REPLY_GIVEN_UP:
-        ++m_figures.exchanges;
-        ++m_figures.giveUps;
-        return GIVEN_UP;
-    default:
-        ++m_figures.exchanges;
-        return CONFIRMED;
+        return;
+    }
+    ++m_figures.exchanges;
+    if (finished.result == REPLY_GIVEN_UP) ++m_figures.giveUps;
+}
+
+std::optional<FINISHED_EXCHANGE> Exchange::run()
+{
+    for (;;) {
+        const ExchangeMachine::Step step = m_machine.advance(now());
+        if (!step.send.isEmpty()) write(step.send);
+        if (step.idle) return std::nullopt;
+        if (step.wakeAt > now()) waitForBytesUntil(step.wakeAt);
+        if (const std::optional<FINISHED_EXCHANGE> finished = m_machine.takeFinished()) {
+            count(*finished);
+            return finished;
+        }
     }
 }

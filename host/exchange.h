@@ -2,7 +2,9 @@
 #define EXCHANGE_H
 
 #include "driverLibrary.h"
+#include "exchangeMachine.h"
 
+#include <QElapsedTimer>
 #include <QSerialPort>
 
 #include <stdexcept>
@@ -12,18 +14,11 @@ struct LinkError : std::runtime_error
     using std::runtime_error::runtime_error;
 };
 
-/// Runs the driver's requests over a serial port, one at a time.
-class Exchange
+/// Runs the driver's requests over a serial port, with the line settings of the driver's own
+/// parameter string.
+class Exchange : private DriverCalls
 {
 public:
-    /// What became of one call of run().
-    enum Outcome {
-        IDLE,      ///< the driver had nothing to send
-        CONFIRMED, ///< the PLC answered
-        RETRYING,  ///< no usable answer; the same request is due again
-        GIVEN_UP   ///< no usable answer for the last time
-    };
-
     struct Figures
     {
         int exchanges = 0; ///< requests that were answered or given up
@@ -32,24 +27,11 @@ public:
     };
 
     /// Opens the port; throws LinkError when that fails.
-    /// @param timeoutMs  longest wait for a whole reply
-    Exchange(const DriverLibrary& driver, const QString& port, int timeoutMs);
+    Exchange(const DriverLibrary& driver, const QString& port, const ExchangeMachine::Times& times);
 
-    /// Sends the driver's next request and hands the reply back. Throws LinkError when the port
-    /// fails.
-    Outcome run();
-
-    /// The request that the last run() sent.
-    const FRAME_PRO& frame() const
-    {
-        return m_frame;
-    }
-
-    /// The driver's text for the last request that was given up.
-    const QString& errorText() const
-    {
-        return m_errorText;
-    }
+    /// Sends the driver's next request and hands the answer, or its absence, back. Empty when the
+    /// driver had nothing to send. Throws LinkError when the port fails.
+    std::optional<FINISHED_EXCHANGE> run();
 
     const Figures& figures() const
     {
@@ -57,14 +39,18 @@ public:
     }
 
 private:
-    void send();
-    QByteArray collectReply();
+    int getSendFrame(FRAME_PRO* frame) override;
+    int dealRcvFrame(QByteArray& reply, QString& errorText) override;
+
+    void write(const QByteArray& request);
+    void waitForBytesUntil(qint64 time);
+    qint64 now() const;
+    void count(const FINISHED_EXCHANGE& finished);
 
     const DriverLibrary& m_driver;
     QSerialPort m_port;
-    int m_timeoutMs;
-    FRAME_PRO m_frame;
-    QString m_errorText;
+    QElapsedTimer m_clock;
+    ExchangeMachine m_machine;
     Figures m_figures;
 };
 

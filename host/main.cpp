@@ -4,7 +4,7 @@
 // usage: kakb-host demo [--driver FILE] [--port DEVICE] [--timeout-ms N]
 //   --driver FILE    the driver library (default: the one built beside this program)
 //   --port DEVICE    serial port of the PLC (default: a simulated PLC is started)
-//   --timeout-ms N   longest wait for a reply, 10 to 60000 (default 500)
+//   --timeout-ms N   longest that the PLC takes to begin its reply, 10 to 60000 (default 500)
 // Exit status: 0 all was done, 1 usage, 2 the driver cannot be loaded, 3 the link failed,
 //              4 a write or a recipe was not confirmed.
 
@@ -53,7 +53,9 @@ int demo(const Options& options)
     QString port = QString::fromStdString(options.port);
     if (port.isEmpty()) port = plc.emplace(besideThisProgram("kakb-sim")).port();
     std::printf("port %s\n", qPrintable(port));
-    Exchange exchange(driver, port, options.timeoutMs);
+    ExchangeMachine::Times times;
+    times.answer = qint64(options.timeoutMs) * 1000;
+    Exchange exchange(driver, port, times);
     return runDemo(driver, exchange) ? EXIT_DONE : EXIT_NOT_CONFIRMED;
 }
 
@@ -68,7 +70,9 @@ int main(int argc, char** argv)
     CLI::App* demoVerb = app.add_subcommand("demo", "Poll, write and transfer a recipe");
     demoVerb->add_option("--driver", options.driver, "driver library");
     demoVerb->add_option("--port", options.port, "serial port of the PLC");
-    demoVerb->add_option("--timeout-ms", options.timeoutMs, "longest wait for a reply")
+    demoVerb
+        ->add_option("--timeout-ms", options.timeoutMs,
+                     "longest that the PLC takes to begin its reply")
         ->check(CLI::Range(10, 60000))
         ->capture_default_str();
     try {

@@ -39,7 +39,7 @@ static int checkRange(AreaRow row, const QString& regName, const QString& addrTe
     a2i(row[MAX_TEXT], maximum, row[FORMAT], regName);
     a2i(row[MIN_TEXT], minimum, row[FORMAT], regName);
     const int unitBits = bitVariable ? int(WORD_BITS) : row[UNIT_BITS].toInt();
-    if (!isInRange(outAddr, count, double(unitBits) / WORD_BITS, minimum, maximum))
+    if (!isInRange(outAddr, count, double(unitBits) / double(WORD_BITS), minimum, maximum))
         return ADDRESS_OUT_OF_RANGE;
     outAddr = addrOffset(regName, outAddr);
     return ADDRESS_VALID;

@@ -1,0 +1,140 @@
+#include "exchangeMachine.h"
+
+#include "replyRecogniser.h"
+
+#include <algorithm>
+#include <limits>
+#include <utility>
+
+ExchangeMachine::ExchangeMachine(DriverCalls& driver, const LineTiming& timing, const Times& times)
+    : m_driver(driver),
+      m_timing(timing),
+      m_times(times),
+      m_lineBusyUntil(std::numeric_limits<qint64>::min() / 2)
+{
+}
+
+std::optional<FINISHED_EXCHANGE> ExchangeMachine::takeFinished()
+{
+    return std::exchange(m_finished, std::nullopt);
+}
+
+void ExchangeMachine::received(const QByteArray& bytes, qint64 now)
+{
+    m_lineBusyUntil = std::max(m_lineBusyUntil, now);
+    if (m_state != WAITING_FOR_REPLY) return;
+    m_received += bytes;
+    takeReply(now);
+}
+
+void ExchangeMachine::takeReply(qint64 now)
+{
+    if (now >= m_deadline) return;
+    const RECOGNISED found = recogniseReply(m_received, m_request, m_frame.recvLen);
+    if (found.reply.isEmpty()) return;
+    forgetAnswered();
+    finish(found.reply, found.exceptionCode);
+}
+
+/// A station answers in order, so what came answers the oldest request of its kind.
+void ExchangeMachine::forgetAnswered()
+{
+    const auto oldest =
+        std::find_if(m_unanswered.begin(), m_unanswered.end(),
+                     [this](const UNANSWERED& u) { return u.signature == m_signature; });
+    if (oldest != m_unanswered.end()) m_unanswered.erase(oldest);
+}
+
+void ExchangeMachine::finish(QByteArray reply, int exceptionCode)
+{
+    FINISHED_EXCHANGE finished;
+    finished.frame = m_frame;
+    finished.exceptionCode = exceptionCode;
+    finished.result = m_driver.dealRcvFrame(reply, finished.errorText);
+    m_retrying = finished.result == REPLY_RETRY;
+    m_finished = finished;
+    m_state = CHOOSING;
+}
+
+/// The driver answers 0 once after ten writes or three one-shot reads without a cyclic block, and
+/// goes on when asked again.
+bool ExchangeMachine::chooseRequest(qint64 now)
+{
+    if (m_driver.getSendFrame(&m_frame) == 0 && m_driver.getSendFrame(&m_frame) == 0) return false;
+    m_request = QByteArray(reinterpret_cast<const char*>(m_frame.sendBuf), m_frame.sendLen);
+    if (m_request.isEmpty()) {
+        finish(QByteArray(), 0);
+        return true;
+    }
+    m_signature = replySignature(m_request, m_frame.recvLen);
+    m_unanswered.erase(std::remove_if(m_unanswered.begin(), m_unanswered.end(),
+                                      [now](const UNANSWERED& u) { return u.until <= now; }),
+                       m_unanswered.end());
+    m_state = WAITING_FOR_SILENCE;
+    return true;
+}
+
+/// The silent interval; and unless the very same request is repeated, the time in which an answer
+/// to an earlier request of the same shape may still come.
+qint64 ExchangeMachine::earliestSend() const
+{
+    qint64 earliest = m_lineBusyUntil + m_timing.silentInterval();
+    if (m_retrying) return earliest;
+    for (const UNANSWERED& unanswered : m_unanswered) {
+        if (unanswered.signature == m_signature) earliest = std::max(earliest, unanswered.until);
+    }
+    return earliest;
+}
+
+void ExchangeMachine::send(qint64 now)
+{
+    const qint64 sent = now + m_timing.frame(int(m_request.size()));
+    m_lineBusyUntil = sent;
+    m_received.clear();
+    if (m_frame.recvLen <= 0) {
+        m_deadline = sent + m_times.turnaround;
+        m_state = PAUSING;
+        return;
+    }
+    const qint64 wait = m_times.answer + m_timing.frame(m_frame.recvLen);
+    m_deadline = sent + wait;
+    m_unanswered.push_back({m_signature, m_deadline + wait});
+    m_state = WAITING_FOR_REPLY;
+}
+
+/// The time at which the present state is over.
+qint64 ExchangeMachine::dueTime() const
+{
+    switch (m_state) {
+    case WAITING_FOR_SILENCE:
+        return earliestSend();
+    case DRAINING:
+        return std::min(m_lineBusyUntil + m_timing.silentInterval(), m_deadline);
+    default:
+        return m_deadline;
+    }
+}
+
+ExchangeMachine::Step ExchangeMachine::advance(qint64 now)
+{
+    Step step;
+    step.wakeAt = now;
+    if (m_state == CHOOSING) {
+        step.idle = !chooseRequest(now);
+        if (m_state == CHOOSING) return step;
+    }
+    if (m_state == WAITING_FOR_REPLY && now >= m_deadline) {
+        m_state = DRAINING;
+        m_deadline = now + m_times.answer;
+    }
+    if (now < dueTime()) {
+        step.wakeAt = dueTime();
+    } else if (m_state == WAITING_FOR_SILENCE) {
+        send(now);
+        step.send = m_request;
+        step.wakeAt = m_deadline;
+    } else {
+        finish(QByteArray(), 0);
+    }
+    return step;
+}

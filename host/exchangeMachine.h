@@ -1,0 +1,94 @@
+#ifndef EXCHANGE_MACHINE_H
+#define EXCHANGE_MACHINE_H
+
+#include "lineTiming.h"
+#include "quorvane_ka_kb_plc.h"
+
+#include <optional>
+#include <vector>
+
+/// The two calls of the driver that an exchange is made of.
+class DriverCalls
+{
+public:
+    virtual ~DriverCalls() = default;
+    virtual int getSendFrame(FRAME_PRO* frame) = 0;
+    virtual int dealRcvFrame(QByteArray& reply, QString& errorText) = 0;
+};
+
+/// One exchange that is over.
+struct FINISHED_EXCHANGE
+{
+    FRAME_PRO frame;
+    int result = REPLY_NOTHING_PENDING; ///< what intf_dealRcvFrame said
+    int exceptionCode = 0;              ///< nonzero: the PLC refused the request
+    QString errorText;
+};
+
+/// The host's side of the exchange without any I/O: bytes and times go in, bytes and deadlines come
+/// out, so that a serial port, a socket and a test drive the same one. Times are microseconds of
+/// any clock that never goes back.
+///
+/// It keeps the silent intervals, picks the answer out of stray bytes, ends the wait at an
+/// exception, never lets chatter extend a time-out, drains the line after one, and holds a request
+/// back while a late answer to an earlier one could be taken for its own.
+class ExchangeMachine
+{
+public:
+    struct Times
+    {
+        qint64 answer = 500000;     ///< longest that a station takes to begin its answer
+        qint64 turnaround = 100000; ///< pause after a broadcast
+    };
+
+    struct Step
+    {
+        QByteArray send;   ///< to be sent now; empty: nothing
+        qint64 wakeAt = 0; ///< when to call advance() again, unless bytes come first
+        bool idle = false; ///< the driver has nothing to send; wakeAt means nothing
+    };
+
+    ExchangeMachine(DriverCalls& driver, const LineTiming& timing, const Times& times);
+
+    /// Does what is due, up to the next byte to send or the end of an exchange. Call it at wakeAt,
+    /// and at once after received() and after the driver got new work.
+    Step advance(qint64 now);
+
+    void received(const QByteArray& bytes, qint64 now);
+
+    /// The exchange that ended in the last call of advance() or received(), if one did.
+    std::optional<FINISHED_EXCHANGE> takeFinished();
+
+private:
+    enum State { CHOOSING, WAITING_FOR_SILENCE, WAITING_FOR_REPLY, DRAINING, PAUSING };
+
+    struct UNANSWERED
+    {
+        QByteArray signature;
+        qint64 until; ///< when its answer is no longer to be expected
+    };
+
+    bool chooseRequest(qint64 now);
+    qint64 earliestSend() const;
+    qint64 dueTime() const;
+    void send(qint64 now);
+    void takeReply(qint64 now);
+    void finish(QByteArray reply, int exceptionCode);
+    void forgetAnswered();
+
+    DriverCalls& m_driver;
+    const LineTiming m_timing;
+    const Times m_times;
+    State m_state = CHOOSING;
+    FRAME_PRO m_frame;
+    QByteArray m_request;
+    QByteArray m_signature;
+    QByteArray m_received;
+    qint64 m_lineBusyUntil;
+    qint64 m_deadline = 0;
+    bool m_retrying = false;
+    std::vector<UNANSWERED> m_unanswered;
+    std::optional<FINISHED_EXCHANGE> m_finished;
+};
+
+#endif
