@@ -1,0 +1,251 @@
+#include "exchangeTest.h"
+
+#include <cstring>
+
+namespace {
+
+class FrameSelection : public ExchangeTest
+{
+protected:
+    /// Runs exchanges with good replies and tells what each was: W a write, C a conditional read,
+    /// P a polled block, - nothing to send.
+    std::string run(int exchanges)
+    {
+        std::string kinds;
+        for (int i = 0; i < exchanges; ++i) {
+            if (request() == "none") {
+                kinds += '-';
+                continue;
+            }
+            const bool write = frame.var.regName == text("QW");
+            kinds += write ? 'W' : frame.var.regName == text("IW") ? 'C' : 'P';
+            EXPECT_EQ(REPLY_ACCEPTED, write ? echo() : answerWord(0));
+        }
+        return kinds;
+    }
+};
+
+} // namespace
+
+TEST_F(FrameSelection, WithEmptyListsThereIsNothingToSend)
+{
+    driver.frameKind = FRAME_CYCLIC_READ;
+    driver.priorityCount = 7;
+    EXPECT_EQ("none", request());
+    EXPECT_EQ(FRAME_IDLE, driver.frameKind);
+    EXPECT_EQ(0, driver.priorityCount);
+    EXPECT_EQ(0, int(driver.frameQueue.size()));
+}
+
+TEST_F(FrameSelection, ANullFrameIsLeftAlone)
+{
+    queueWrites(1);
+    EXPECT_EQ(0, intf_getSendFrame(nullptr));
+}
+
+TEST_F(FrameSelection, AWriteIsBuiltFromTheHeadOfItsList)
+{
+    queueWrites(2);
+    driver.varsInFrame = 9;
+    EXPECT_EQ(hex(withChecksum({1, 6, 0, 0, 0, 0})), request());
+    EXPECT_EQ(FRAME_WRITE, driver.frameKind);
+    EXPECT_EQ(1, driver.priorityCount);
+    EXPECT_EQ(1, driver.varsInFrame);
+    EXPECT_EQ(0, driver.curVar.addr);
+    EXPECT_EQ("QW", driver.curVar.regName.toStdString());
+    EXPECT_EQ("0 1", addresses(driver.writeList));
+}
+
+TEST_F(FrameSelection, AConditionalReadIsBuiltFromTheHeadOfItsList)
+{
+    queueConditionalReads(2);
+    driver.varsInFrame = 9;
+    EXPECT_EQ(hex(withChecksum({1, 4, 0, 0, 0, 1})), request());
+    EXPECT_EQ(FRAME_CONDITIONAL_READ, driver.frameKind);
+    EXPECT_EQ(1, driver.priorityCount);
+    EXPECT_EQ(1, driver.varsInFrame);
+    EXPECT_EQ("IW", driver.curVar.regName.toStdString());
+    EXPECT_EQ("0 1", addresses(driver.condReadList));
+}
+
+TEST_F(FrameSelection, APolledBlockIsBuiltFromTheHeadOfItsList)
+{
+    poll(2);
+    driver.varsInFrame = 9;
+    driver.priorityCount = 2;
+    EXPECT_EQ(hex(withChecksum({1, 3, 0x0B, 0xB8, 0, 1})), request());
+    EXPECT_EQ(FRAME_CYCLIC_READ, driver.frameKind);
+    EXPECT_EQ(0, driver.priorityCount);
+    EXPECT_EQ(1, driver.varsInFrame);
+    EXPECT_EQ("MW", driver.curVar.regName.toStdString());
+    EXPECT_EQ("3000 3001", addresses(driver.readList));
+}
+
+TEST_F(FrameSelection, AReadIsHandedToItsBuilderAsTheOnlyElement)
+{
+    driver.curReadList.append(variable(9, "QW", 1, 1));
+    driver.curReadList.append(variable(9, "QW", 2, 1));
+    poll(2);
+    request();
+    EXPECT_EQ("3000", addresses(driver.curReadList));
+}
+
+TEST_F(FrameSelection, TheHostGetsACopyOfTheWholeFrame)
+{
+    VARIABLE polled = variable(3, "MW", 3000, 4, {1, 2, 3});
+    polled.varId = 4;
+    driver.readList.append(polled);
+    request();
+    EXPECT_EQ(8, frame.sendLen);
+    EXPECT_EQ(13, frame.recvLen);
+    EXPECT_EQ(3, frame.dataStart);
+    EXPECT_EQ(4, frame.itemCount);
+    EXPECT_EQ(4, frame.var.varId);
+    EXPECT_EQ(3, frame.var.station);
+    EXPECT_EQ("MW", frame.var.regName.toStdString());
+    EXPECT_EQ(3000, frame.var.addr);
+    EXPECT_EQ(4, frame.var.count);
+    EXPECT_EQ(0, std::memcmp(polled.value, frame.var.value, sizeof polled.value));
+}
+
+TEST_F(FrameSelection, TheHostsCopyIsItsOwn)
+{
+    poll(1);
+    const std::string sent = request();
+    frame = FRAME_PRO();
+    EXPECT_EQ(sent, request());
+}
+
+TEST_F(FrameSelection, WritesComeBeforeConditionalReadsAndThoseBeforePolling)
+{
+    queueWrites(1);
+    queueConditionalReads(1);
+    poll(1);
+    EXPECT_EQ("WCPP", run(4));
+}
+
+TEST_F(FrameSelection, AfterTenWritesOnePolledBlockIsLetThrough)
+{
+    queueWrites(12);
+    poll(1);
+    EXPECT_EQ("WWWWWWWWWWPWWP", run(14));
+}
+
+TEST_F(FrameSelection, AfterThreeConditionalReadsOnePolledBlockIsLetThrough)
+{
+    queueConditionalReads(4);
+    poll(1);
+    EXPECT_EQ("CCCPCP", run(6));
+}
+
+TEST_F(FrameSelection, ConditionalReadsWaitWhenThreeWritesWentBefore)
+{
+    queueWrites(3);
+    queueConditionalReads(1);
+    poll(1);
+    EXPECT_EQ("WWWPCP", run(6));
+}
+
+TEST_F(FrameSelection, TwoWritesLeaveRoomForOneConditionalRead)
+{
+    queueWrites(2);
+    queueConditionalReads(2);
+    poll(1);
+    EXPECT_EQ("WWCPCP", run(6));
+}
+
+TEST_F(FrameSelection, WritesGoOnBehindConditionalReads)
+{
+    queueConditionalReads(3);
+    poll(1);
+    EXPECT_EQ("CCC", run(3));
+    queueWrites(8);
+    EXPECT_EQ("WWWWWWWPWP", run(10));
+}
+
+TEST_F(FrameSelection, TenWritesWithNothingPolledAreFollowedByOneEmptyTurn)
+{
+    queueWrites(11);
+    EXPECT_EQ("WWWWWWWWWW-W-", run(13));
+}
+
+TEST_F(FrameSelection, ThreeConditionalReadsWithNothingPolledAreFollowedByOneEmptyTurn)
+{
+    queueConditionalReads(4);
+    EXPECT_EQ("CCC-C-", run(6));
+}
+
+TEST_F(FrameSelection, AnEmptyTurnLeavesTheDriverIdle)
+{
+    queueConditionalReads(4);
+    run(3);
+    EXPECT_EQ("none", request());
+    EXPECT_EQ(FRAME_IDLE, driver.frameKind);
+    EXPECT_EQ(0, driver.priorityCount);
+    EXPECT_EQ(1, int(driver.condReadList.size()));
+}
+
+TEST_F(FrameSelection, APendingFrameIsOfferedAgain)
+{
+    poll(2);
+    const std::string first = request();
+    queueWrites(1);
+    raise(RECIPE_UPLOAD_FLAG);
+    driver.rcpVars.append(recipeVariable(CONTEXT, 1, "MW", 3000, 1, 0));
+    driver.handshakePending = 1;
+    EXPECT_EQ(first, request());
+    EXPECT_EQ(FRAME_CYCLIC_READ, driver.frameKind);
+    EXPECT_EQ(0, driver.priorityCount);
+    EXPECT_EQ(1, int(driver.frameQueue.size()));
+}
+
+TEST_F(FrameSelection, ARejectedFrameIsOfferedAgainUnchanged)
+{
+    queueWrites(2);
+    const std::string first = request();
+    EXPECT_EQ(REPLY_RETRY, silence());
+    EXPECT_EQ(first, request());
+    EXPECT_EQ(1, driver.priorityCount);
+}
+
+TEST_F(FrameSelection, AFrameGivenUpMakesRoomForTheNext)
+{
+    queueWrites(1);
+    poll(1);
+    request();
+    giveUp();
+    EXPECT_EQ("P", run(1));
+}
+
+TEST_F(FrameSelection, APendingHandshakeComesFirst)
+{
+    driver.handshakePending = 1;
+    queueWrites(1);
+    raise(RECIPE_DOWNLOAD_FLAG);
+    driver.rcpVars.append(recipeVariable(CONTEXT, 1, "MW", 3000, 1, 0));
+    EXPECT_EQ("", request());
+    EXPECT_EQ(FRAME_HANDSHAKE, driver.frameKind);
+    EXPECT_EQ(0, frame.recvLen);
+    EXPECT_EQ(0, frame.dataStart);
+    EXPECT_EQ(0, frame.itemCount);
+    EXPECT_EQ("", frame.var.regName.toStdString());
+    EXPECT_EQ(0, driver.priorityCount);
+}
+
+TEST_F(FrameSelection, AHandshakeTakesOneTurnOnly)
+{
+    driver.handshakePending = -1;
+    queueWrites(1);
+    EXPECT_EQ("", request());
+    driver.handshakePending = 0;
+    EXPECT_EQ(REPLY_ACCEPTED, silence());
+    EXPECT_EQ(1, int(driver.writeList.size()));
+    EXPECT_EQ("W-", run(2));
+}
+
+TEST_F(FrameSelection, AFreshDriverHasNothingToSend)
+{
+    driver.~Protocol();
+    new (&driver) Protocol();
+    EXPECT_EQ("none", request());
+}
