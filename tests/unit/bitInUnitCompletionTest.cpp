@@ -30,8 +30,7 @@ protected:
     void putWritten(unsigned readValue, unsigned writtenValue, unsigned pendingBitWrites)
     {
         driver.dataAreas.clear();
-        _DATA_& unit =
-            driver.dataAreas[putPendingWrite(STATION, "V", 0, readValue, writtenValue)];
+        _DATA_& unit = driver.dataAreas[putPendingWrite(STATION, "V", 0, readValue, writtenValue)];
         unit.pendingBitWrites = pendingBitWrites;
         unit.monitorFlags = 1;
         unit.bitMonitorMask = 0x8005;
@@ -139,9 +138,9 @@ TEST_F(BitInUnitCompletion, ASettledWordIsReportedAfreshWithEveryMonitoredBit)
     for (int ok : {CONFIRMED, FAILED}) {
         putWritten(5, 5, 0x10);
         complete("16", 2, 1, ok);
-        EXPECT_EQ((Notifications{told("V_bit", 0), told("V_bit", 2), told("V_bit", 15),
-                                 told("V", 0)}),
-                  takeNotifications());
+        EXPECT_EQ(
+            (Notifications{told("V_bit", 0), told("V_bit", 2), told("V_bit", 15), told("V", 0)}),
+            takeNotifications());
     }
 }
 

@@ -40,7 +40,7 @@ VARIABLE numbered(int varId, const char* regName, int addr)
 const VARIABLE AT_TEN = variable(1, "MW", 10, 1);
 
 const VARIABLE NEIGHBOURS_OF_AT_TEN[] = {
-    variable(2, "MW", 10, 1), variable(1, "QW", 10, 1),    variable(1, "mw", 10, 1),
+    variable(2, "MW", 10, 1), variable(1, "QW", 10, 1),   variable(1, "mw", 10, 1),
     variable(1, "MW", 11, 1), variable(1, "MW_W", 10, 1), variable(1, "MW", 10, 2),
 };
 

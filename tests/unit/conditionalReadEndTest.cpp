@@ -115,6 +115,7 @@ TEST_F(ConditionalReadEnd, AHeadThatDiffersFromTheLastRequestIsNotReported)
     };
     for (const VARIABLE& other : others) {
         for (bool good : {true, false}) {
+            driver.priorityCount = 0;
             ask(1);
             driver.condVar = other;
             request();

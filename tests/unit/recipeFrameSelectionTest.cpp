@@ -34,7 +34,7 @@ const QByteArray QW5_WRITE = withChecksum({1, 6, 0, 5, 0, 7});
 const QByteArray QW5_READ = withChecksum({1, 3, 0, 5, 0, 1});
 
 const REPEAT_CASE REPEATS[] = {
-    {FRAME_HANDSHAKE, QByteArray()},   {FRAME_WRITE, QW5_WRITE},
+    {FRAME_HANDSHAKE, QByteArray()},    {FRAME_WRITE, QW5_WRITE},
     {FRAME_CONDITIONAL_READ, QW5_READ}, {FRAME_CYCLIC_READ, QW5_READ},
     {FRAME_RECIPE_DOWNLOAD, QW5_WRITE}, {FRAME_RECIPE_UPLOAD, QW5_READ},
 };

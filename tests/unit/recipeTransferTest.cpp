@@ -46,7 +46,6 @@ protected:
 
 TEST_F(RecipeTransfer, ADownloadWritesEveryBlockFromTheBuffer)
 {
-    setWords();
     setRecipe({recipeVariable(CONTEXT, 2, "QX", 5, 2, 8),
                recipeVariable(CONTEXT, 1, "MW", 3010, 2, 1),
                recipeVariable(CONTEXT, 1, "MW", 3000, 1, 0)});
@@ -269,7 +268,6 @@ TEST_F(RecipeTransfer, ASetReplacedDuringADownloadIsTakenUpAtTheSamePosition)
 
 TEST_F(RecipeTransfer, ASetShortenedDuringATransferEndsIt)
 {
-    setWords();
     for (RecipeFlag flag : {RECIPE_DOWNLOAD_FLAG, RECIPE_UPLOAD_FLAG}) {
         SCOPED_TRACE(flag);
         setWords();
@@ -279,9 +277,8 @@ TEST_F(RecipeTransfer, ASetShortenedDuringATransferEndsIt)
         request();
         setRecipe({recipeVariable(CONTEXT, 1, "MW", 3000, 1, 0)});
         takeNotifications();
-        EXPECT_EQ(REPLY_ACCEPTED, flag == RECIPE_DOWNLOAD_FLAG
-                                      ? echo()
-                                      : answer("01 03 04 33 44 55 66 0A 18"));
+        EXPECT_EQ(REPLY_ACCEPTED,
+                  flag == RECIPE_DOWNLOAD_FLAG ? echo() : answer("01 03 04 33 44 55 66 0A 18"));
         EXPECT_EQ(0, shared[flag]);
         EXPECT_EQ(0, driver.rcpIndex);
         EXPECT_EQ(Notifications(), takeNotifications());

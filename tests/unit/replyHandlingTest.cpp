@@ -174,8 +174,8 @@ TEST_F(ReplyHandling, AnExceptionReplyIsABadReply)
 TEST_F(ReplyHandling, NoiseDoesNotStopTheExchange)
 {
     const QByteArray garbage[] = {
-        QByteArray(),          QByteArray(1, '\0'),     QByteArray(2, '\xFF'),
-        QByteArray(9, '\0'),   QByteArray(9, '\xFF'),   twoWords(1, 2) + '\0',
+        QByteArray(),          QByteArray(1, '\0'),    QByteArray(2, '\xFF'),
+        QByteArray(9, '\0'),   QByteArray(9, '\xFF'),  twoWords(1, 2) + '\0',
         QByteArray(5000, 'x'), QByteArray(70000, 'x'), twoWords(1, 2) + twoWords(1, 2),
     };
     for (const QByteArray& noise : garbage) {

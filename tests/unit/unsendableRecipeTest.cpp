@@ -24,8 +24,8 @@ protected:
     void start(int station)
     {
         const UNSENDABLE_CASE& tested = GetParam();
-        driver.rcpVars.append(recipeVariable(CONTEXT, station, tested.regName, 3000, tested.count,
-                                             tested.bufOffset));
+        driver.rcpVars.append(
+            recipeVariable(CONTEXT, station, tested.regName, 3000, tested.count, tested.bufOffset));
         if (!tested.hasBuffer) driver.rcpBuffer = nullptr;
         raise(tested.flag);
     }

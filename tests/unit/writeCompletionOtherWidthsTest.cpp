@@ -49,15 +49,19 @@ struct TAKEN_CASE
 {
     const char* dataWidth;
     const char* unitBits;
-    int units; ///< completed by two elements
+    int units;  ///< completed by two elements
     Bytes read; ///< of each
 };
 
 const TAKEN_CASE TAKEN[] = {
-    {"8", "8", 2, {0xA1, 2, 3, 4}},          {"8", "16", 2, {0xA1, 2, 3, 4}},
-    {"16", "8", 4, {0xA1, 2, 3, 4}},         {"16", "16", 2, {0xA1, 0xA2, 3, 4}},
-    {"16", "32", 2, {0xA1, 0xA2, 3, 4}},     {"32", "16", 4, {0xA1, 0xA2, 3, 4}},
-    {"32", "32", 2, {0xA1, 0xA2, 0xA3, 0xA4}}, {"32", "8", 2, {0xA1, 0xA2, 0xA3, 0xA4}},
+    {"8", "8", 2, {0xA1, 2, 3, 4}},
+    {"8", "16", 2, {0xA1, 2, 3, 4}},
+    {"16", "8", 4, {0xA1, 2, 3, 4}},
+    {"16", "16", 2, {0xA1, 0xA2, 3, 4}},
+    {"16", "32", 2, {0xA1, 0xA2, 3, 4}},
+    {"32", "16", 4, {0xA1, 0xA2, 3, 4}},
+    {"32", "32", 2, {0xA1, 0xA2, 0xA3, 0xA4}},
+    {"32", "8", 2, {0xA1, 0xA2, 0xA3, 0xA4}},
     {"1", "1", 2, {0xA1, 2, 3, 4}},
 };
 

@@ -50,18 +50,15 @@ TEST_P(WriteQueueOtherWidths, AnEntryTakesOneUnit)
 // Entries are 16 / unit bits to an element, whatever the element's own width.
 INSTANTIATE_TEST_SUITE_P(
     Widths, WriteQueueOtherWidths,
-    testing::Values(WIDTH_CASE{"16", "16", 2, {{1, 2}, {3, 4}}},
-                    WIDTH_CASE{"16", "8", 2, {{1}, {2}, {3}, {4}}},
-                    WIDTH_CASE{"8", "8", 2, {{1}, {2}, {3}, {4}}},
-                    WIDTH_CASE{"8", "16", 2, {{1, 2}, {3, 4}}},
-                    WIDTH_CASE{"32", "16", 2, {{1, 2}, {3, 4}}},
-                    WIDTH_CASE{"32", "32", 4, {{1, 2, 3, 4}, {5, 6, 7, 8}}},
-                    WIDTH_CASE{"32", "32", 3, {{1, 2, 3, 4}}}, WIDTH_CASE{"32", "32", 1, {}},
-                    WIDTH_CASE{"32", "32", 0, {}}, WIDTH_CASE{"32", "32", -4, {}},
-                    WIDTH_CASE{"32", "8", 1, {{1}, {2}}}, WIDTH_CASE{"16", "4", 1, {{}, {}, {}, {}}},
-                    WIDTH_CASE{"16", "12", 3, {{1}, {2}, {3}, {4}}},
-                    WIDTH_CASE{"1", "1", 3, {{1}, {2}, {3}}},
-                    WIDTH_CASE{"1", "8", 3, {{1}, {2}, {3}}},
-                    WIDTH_CASE{"1", "16", 3, {{1}, {2}, {3}}}, WIDTH_CASE{"1", "16", -1, {}},
-                    WIDTH_CASE{"16", "", 2, {}}, WIDTH_CASE{"16", "0", 2, {}},
-                    WIDTH_CASE{"16", "-16", 2, {}}, WIDTH_CASE{"", "", 2, {}}));
+    testing::Values(
+        WIDTH_CASE{"16", "16", 2, {{1, 2}, {3, 4}}}, WIDTH_CASE{"16", "8", 2, {{1}, {2}, {3}, {4}}},
+        WIDTH_CASE{"8", "8", 2, {{1}, {2}, {3}, {4}}}, WIDTH_CASE{"8", "16", 2, {{1, 2}, {3, 4}}},
+        WIDTH_CASE{"32", "16", 2, {{1, 2}, {3, 4}}},
+        WIDTH_CASE{"32", "32", 4, {{1, 2, 3, 4}, {5, 6, 7, 8}}},
+        WIDTH_CASE{"32", "32", 3, {{1, 2, 3, 4}}}, WIDTH_CASE{"32", "32", 1, {}},
+        WIDTH_CASE{"32", "32", 0, {}}, WIDTH_CASE{"32", "32", -4, {}},
+        WIDTH_CASE{"32", "8", 1, {{1}, {2}}}, WIDTH_CASE{"16", "4", 1, {{}, {}, {}, {}}},
+        WIDTH_CASE{"16", "12", 3, {{1}, {2}, {3}, {4}}}, WIDTH_CASE{"1", "1", 3, {{1}, {2}, {3}}},
+        WIDTH_CASE{"1", "8", 3, {{1}, {2}, {3}}}, WIDTH_CASE{"1", "16", 3, {{1}, {2}, {3}}},
+        WIDTH_CASE{"1", "16", -1, {}}, WIDTH_CASE{"16", "", 2, {}}, WIDTH_CASE{"16", "0", 2, {}},
+        WIDTH_CASE{"16", "-16", 2, {}}, WIDTH_CASE{"", "", 2, {}}));
