@@ -6,8 +6,6 @@
 #include "driverState.h"
 #include "wrapAround.h"
 
-#include <cstring>
-
 // Requests on the wire (MODBUS Application Protocol V1.1b3, 6.3 to 6.12; RTU framing by MODBUS over
 // Serial Line V1.02, 2.5.1). Fields are big-endian but for the checksum.
 //

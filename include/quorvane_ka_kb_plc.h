@@ -194,12 +194,12 @@ QUORVANE_KA_KB_PLC_API void intf_setAddrValueChangeCallBack(ValueChangeCallBack 
 ///                   must hold `count` words from each record's offset on, and where records merge
 ///                   into one block, the block's count from the first record's offset on.
 /// @param status     set to 0
-/// @param text       Latin-1 "context#localOnly#number#retryLimit#mergeLimit…", decimal; what is
+/// @param text       Latin-1 "context#localOnly#number#retryLimit#mergeLimit", decimal; what is
 ///                   not a number counts as 0. With fewer than five parts the previous five stay.
 ///                   retryLimit: rejected replies after which a request is given up (1 or less: at
 ///                   the first). mergeLimit: most units that merging puts into one read block,
 ///                   and most words in one block of a one-shot read, 1 to 125. A single key is
-///                   never cut by merging, however long.
+///                   never cut by merging, however long; below 1 no one-shot read is cut either.
 /// @param mutex      guards the flags in the shared block, for the host and for the driver
 /// @return 1
 /// The pointers are borrowed until the next call or until the library is unloaded.
@@ -249,7 +249,8 @@ QUORVANE_KA_KB_PLC_API int intf_multiCopy(QString regName, int start, int count,
 /// are merged into blocks: words only when they start at the same address, bits only within a group
 /// of 16. The host's list is left as it is; keys of unknown areas are dropped.
 /// A block of bits is decoded from the first bit of its group of 16 (markers: from 3000 + 16 k),
-/// and `count` bits from there: hand in whole groups to see every bit.
+/// `count` bits from there: hand in whole groups to see every bit. Of a longer block only the first
+/// 16 bits are decoded right; from the 47th on they read as 0.
 /// @return the number of blocks
 QUORVANE_KA_KB_PLC_API int intf_addrMerge(QList<KEY_ADDRESS>& keys);
 

@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <ostream>
 #include <random>
+#include <string>
 
 // Frames of the MODBUS Application Protocol V1.1b3 (6.3, 6.6, 7); checksums by pymodbus'
 // computeCRC.
@@ -90,6 +92,11 @@ struct OtherAnswer
     const char* what;
     const char* frame;
 };
+
+std::ostream& operator<<(std::ostream& out, const OtherAnswer& answer)
+{
+    return out << answer.what;
+}
 
 class ReplyRecogniserOtherAnswers : public testing::TestWithParam<OtherAnswer>
 {
