@@ -56,7 +56,7 @@ void ExchangeMachine::finish(QByteArray reply, int exceptionCode)
     m_state = CHOOSING;
 }
 
-/// The driver answers 0 once after ten writes or three one-shot reads without a cyclic block, and
+/// With nothing polled, the driver answers 0 once after some writes or one-shot reads in a row, and
 /// goes on when asked again.
 bool ExchangeMachine::chooseRequest(qint64 now)
 {

@@ -27,8 +27,9 @@
 //   IX QX   b.k            8 b + k           0 to 4095
 //   MX      b.k            8 b + k + 3000    3000 to 65535
 //
-// Nothing but intf_checkAddr and intf_checkAddrValidity checks ranges. Time and memory grow with
-// the counts a host hands in; the PLC itself answers at most 125 words in one read.
+// intf_checkAddr and intf_checkAddrValidity check ranges, and intf_multiCopy keeps to an area's
+// end; nothing else does. Time and memory grow with the counts a host hands in; the PLC itself
+// answers at most 125 words in one read.
 //
 // Values are words of two bytes, low byte first, or bits of one byte each, 0 or 1.
 
@@ -118,9 +119,10 @@ Q_DECLARE_TYPEINFO(_RCP_VAR_PRO, Q_MOVABLE_TYPE);
 /// monitored word and of every bit that the host writes with another value, and of every bit whose
 /// write was given up. The text is the callee's to change.
 /// - (0, -1, "RWI", n): an upload filled word n of the recipe buffer.
-/// - (-1, -1, "-1", 0 or -1): the one-shot block queued last has been read, or was given up.
-/// The call comes before the new value is in the cache: note the address, and call intf_getData
-/// after intf_dealRcvFrame or intf_setData has returned.
+/// - (-1, -1, "-1", 0 or -1): a one-shot block equal to the one queued last has been read, or was
+///   given up.
+/// Of a read and of a write just made, the call comes before the new value is in the cache: note
+/// the address, and call intf_getData after intf_dealRcvFrame or intf_setData has returned.
 typedef void (*ValueChangeCallBack)(int context, int station, QString& regName, int addr);
 
 /// Results of intf_checkAddr and intf_checkAddrValidity.
@@ -150,10 +152,13 @@ enum SeriesResult {
 
 /// Offsets in the host's shared block, which must reach to the second one at least. The host sets a
 /// flag to 1 under its mutex to start a transfer; the driver sets it to 0 when the transfer is
-/// over. Raise one only after intf_setRcpAddress has kept a variable. With no recipe to transfer
-/// the engine builds its last request again for as long as the flag stands, or none before the
-/// first one: polling stops, and a repeated write or one-shot read takes the next queued one with
-/// it.
+/// over. Raise one only after intf_setRcpAddress has kept a variable, and leave flags and set alone
+/// until the transfer is over: the driver keeps its place in it, whatever the host does meanwhile.
+/// A flag lowered and raised again, even with another set, goes on from that place, and a reply in
+/// flight is spread over the new records. Where no block is left at that place, or there never was
+/// a recipe, the engine builds its last request again for as long as the flag stands, or none when
+/// there was none since the start: polling stops, and a repeated write or one-shot read takes the
+/// next queued one with it.
 enum RecipeFlag {
     RECIPE_DOWNLOAD_FLAG = 60115, ///< recipe buffer to PLC; comes before an upload
     RECIPE_UPLOAD_FLAG = 60116    ///< PLC to recipe buffer
@@ -196,6 +201,8 @@ QUORVANE_KA_KB_PLC_API void intf_setAddrValueChangeCallBack(ValueChangeCallBack 
 /// @param status     set to 0
 /// @param text       Latin-1 "context#localOnly#number#retryLimit#mergeLimit", decimal; what is
 ///                   not a number counts as 0. With fewer than five parts the previous five stay.
+///                   context: the callback's first argument, and the link whose recipe records
+///                   are kept. localOnly: nonzero keeps every write in the cache and sends none.
 ///                   retryLimit: rejected replies after which a request is given up (1 or less: at
 ///                   the first). mergeLimit: most units that merging puts into one read block,
 ///                   and most words in one block of a one-shot read, 1 to 125. A single key is
@@ -250,17 +257,18 @@ QUORVANE_KA_KB_PLC_API int intf_multiCopy(QString regName, int start, int count,
 /// of 16. The host's list is left as it is; keys of unknown areas are dropped.
 /// A block of bits is decoded from the first bit of its group of 16 (markers: from 3000 + 16 k),
 /// `count` bits from there: hand in whole groups to see every bit. Of a longer block only the first
-/// 16 bits are decoded right; from the 47th on they read as 0.
+/// 16 bits are decoded right; from the 48th on they read as 0.
 /// @return the number of blocks
 QUORVANE_KA_KB_PLC_API int intf_addrMerge(QList<KEY_ADDRESS>& keys);
 
 /// Queues one read of key.count units, ahead of the cyclic reads, in blocks of the merge limit for
 /// words and 8 times that for unitMode -1. For a bit area the count is in groups of 16 bits, and so
 /// are its blocks: ask for one group at a time, as no more than the first is decoded right.
-/// The callback is told of the end of the block queued last, so of several requests only the last
-/// one is reported; a block given up drops all the others, reported or not. A block that is queued
-/// already is not queued twice, unless it is the oldest. The queue holds 513 blocks; beyond that
-/// the newest replaces the last one. An unknown area queues nothing.
+/// The callback is told of the end of a block that is equal to the one queued last, so of several
+/// different requests only the last one is reported, and one that was asked for twice maybe twice;
+/// a block given up drops all the others, reported or not. A block that is queued already is not
+/// queued twice, unless it is the oldest. The queue holds 513 blocks; beyond that the newest
+/// replaces the last one. An unknown area queues nothing.
 /// @return 1
 QUORVANE_KA_KB_PLC_API int intf_addConditionRead(KEY_ADDRESS& key, int varId);
 
@@ -284,8 +292,9 @@ QUORVANE_KA_KB_PLC_API int intf_setRcpAddress(QVector<_RCP_VAR_PRO>& records);
 /// The next request, or the pending one again until intf_dealRcvFrame has ended it. In order: a
 /// recipe transfer, at most 10 writes in a row, at most 3 priority frames in a row with a one-shot
 /// read, then the next cyclic block.
-/// @return 1 with *frame filled; 0 with nothing to send. A 0 may follow 10 writes or 3 one-shot
-///         reads while nothing is polled; the next call goes on with the rest.
+/// @return 1 with *frame filled; 0 with nothing to send. While nothing is polled, a 0 may come with
+///         work still queued: after 10 writes, and after 3 or more writes and one-shot reads ahead
+///         of a one-shot read. The next call goes on with the rest.
 /// With sendLen 0 there is nothing to send: hand in an empty reply.
 QUORVANE_KA_KB_PLC_API int intf_getSendFrame(FRAME_PRO* frame);
 
@@ -310,10 +319,10 @@ QUORVANE_KA_KB_PLC_API int intf_dealRcvFrame(QByteArray& reply, QString& errorTe
 QUORVANE_KA_KB_PLC_API int intf_getData(int station, QString regName, int address, int count,
                                         unsigned char* out);
 
-/// Writes `count` elements: queues one request per element, reports what changes, and shows the
-/// values in the cache at once. A queued write of the same element is replaced, unless it is the
-/// oldest. The queue holds 513 writes; beyond that the newest replaces the last one. An unknown
-/// area does nothing.
+/// Writes `count` elements: queues one request per element, unless localOnly is set, reports what
+/// changes, and shows the values in the cache at once. A queued write of the same element is
+/// replaced, unless it is the oldest. The queue holds 513 writes; beyond that the newest replaces
+/// the last one. An unknown area does nothing.
 /// @param values  two bytes a word, low byte first, or one byte a bit
 /// @param varId   carried into the frames
 /// @return 1

@@ -71,7 +71,7 @@ static void storeFreshBit(int index, quint8 fresh)
 }
 
 /// A group comes as one word, high byte first. Only the first 16 units have a byte of their own;
-/// those behind run backwards over the reply's head, and from the 47th on read as 0.
+/// those behind run backwards over the reply's head, and from the 48th on read as 0.
 static void decodeBits(const QByteArray& reply, int count, int dataStart, const VARIABLE& var)
 {
     const QString regName = var.regName;

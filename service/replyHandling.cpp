@@ -12,7 +12,7 @@
 // What the callback is told when the conditional read queued last has ended.
 enum { CONDITIONAL_READ_DONE = 0, CONDITIONAL_READ_FAILED = -1, NO_CONTEXT = -1, NO_STATION = -1 };
 
-int dealReadFrameReturnSaveData(const QByteArray& reply)
+int dealReadFrameReturnSaveData(QByteArray reply)
 {
     const FRAME_PRO& frame = driver.frameQueue.at(0);
     analyzeFrameOfVal(reply, frame.itemCount, frame.dataStart, frame.var);

@@ -166,3 +166,25 @@ TEST_F(CyclicRead, TheHostSeesTheOldValueWhileItIsTold)
     EXPECT_EQ(0x11, seen);
     EXPECT_EQ((Bytes{0x22, 0}), shown("MW", 3000, 1, 2));
 }
+
+namespace {
+
+QByteArray* hostBuffer = nullptr;
+
+void clearHostBuffer(int, int, QString&, int)
+{
+    hostBuffer->clear();
+}
+
+} // namespace
+
+TEST_F(CyclicRead, ACallbackThatClearsTheHostsBufferLosesNoWord)
+{
+    plan({key(1, "MW", 3000, 2)});
+    request();
+    QByteArray reply = QByteArray::fromHex("010304010203045B3C");
+    hostBuffer = &reply;
+    intf_setAddrValueChangeCallBack(clearHostBuffer);
+    EXPECT_EQ(REPLY_ACCEPTED, intf_dealRcvFrame(reply, errorText));
+    EXPECT_EQ((Bytes{2, 1, 4, 3}), shown("MW", 3000, 2, 2));
+}
