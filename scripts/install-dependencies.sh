@@ -8,7 +8,7 @@
 set -euo pipefail
 
 packages=(g++ cmake ninja-build pkg-config qtbase5-dev libqt5serialport5-dev libmodbus-dev
-    libcli11-dev)
+    libcli11-dev libpcap-dev)
 test_packages=(binutils libgtest-dev)
 all_packages=(qt6-base-dev qt6-serialport-dev gcovr clang-format)
 

@@ -1,4 +1,4 @@
-#include "exchangeMachine.h"
+#include "exchange/exchangeMachine.h"
 
 #include <gtest/gtest.h>
 

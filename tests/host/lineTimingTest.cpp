@@ -1,4 +1,4 @@
-#include "lineTiming.h"
+#include "exchange/lineTiming.h"
 
 #include <gtest/gtest.h>
 

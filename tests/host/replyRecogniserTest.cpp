@@ -1,4 +1,4 @@
-#include "replyRecogniser.h"
+#include "exchange/replyRecogniser.h"
 
 #include <gtest/gtest.h>
 

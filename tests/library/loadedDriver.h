@@ -1,7 +1,7 @@
 #ifndef LOADED_DRIVER_H
 #define LOADED_DRIVER_H
 
-#include "driverLibrary.h"
+#include "driver/driverLibrary.h"
 
 #include <gtest/gtest.h>
 

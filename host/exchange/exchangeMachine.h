@@ -1,7 +1,7 @@
 #ifndef EXCHANGE_MACHINE_H
 #define EXCHANGE_MACHINE_H
 
-#include "lineTiming.h"
+#include "exchange/lineTiming.h"
 #include "quorvane_ka_kb_plc.h"
 
 #include <optional>

@@ -1,4 +1,4 @@
-#include "exchange.h"
+#include "links/exchange.h"
 
 #include <QThread>
 

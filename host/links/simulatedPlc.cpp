@@ -1,6 +1,6 @@
-#include "simulatedPlc.h"
+#include "links/simulatedPlc.h"
 
-#include "exchange.h"
+#include "links/exchange.h"
 
 namespace {
 

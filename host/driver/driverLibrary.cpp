@@ -1,4 +1,4 @@
-#include "driverLibrary.h"
+#include "driver/driverLibrary.h"
 
 #include <string>
 

@@ -1,8 +1,8 @@
-#include "demo.h"
+#include "verbs/demo.h"
 
-#include "driverLibrary.h"
-#include "exchange.h"
-#include "replyRecogniser.h"
+#include "driver/driverLibrary.h"
+#include "links/exchange.h"
+#include "exchange/replyRecogniser.h"
 
 #include <QMutex>
 #include <QMutexLocker>

@@ -1,8 +1,8 @@
 #ifndef EXCHANGE_H
 #define EXCHANGE_H
 
-#include "driverLibrary.h"
-#include "exchangeMachine.h"
+#include "driver/driverLibrary.h"
+#include "exchange/exchangeMachine.h"
 
 #include <QElapsedTimer>
 #include <QSerialPort>

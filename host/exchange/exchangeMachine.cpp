@@ -1,6 +1,6 @@
-#include "exchangeMachine.h"
+#include "exchange/exchangeMachine.h"
 
-#include "replyRecogniser.h"
+#include "exchange/replyRecogniser.h"
 
 #include <algorithm>
 #include <limits>

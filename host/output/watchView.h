@@ -1,0 +1,35 @@
+#ifndef WATCH_VIEW_H
+#define WATCH_VIEW_H
+
+#include <QString>
+
+#include <vector>
+
+/// One tag as a watch shows it.
+struct WatchRow
+{
+    QString name;
+    QString address; ///< with its area, "MW100"; with its station when that is not 1, "2:MW100"
+    QString value;   ///< empty: never read
+    qint64 ageMs = -1; ///< since the value was last read from the PLC; -1: never
+    qint64 changes = 0;
+    bool good = false;
+    QString trouble; ///< why it is not good, in words
+};
+
+/// The link's figures since the watch began.
+struct LinkFigures
+{
+    double exchangesPerSecond = 0;
+    qint64 exchanges = 0;
+    qint64 retries = 0;
+    qint64 giveUps = 0;
+    qint64 refusals = 0; ///< exception replies
+    qint64 losses = 0;   ///< of the link
+    qint64 replyMedian = 0; ///< microseconds from the request's end to the reply's
+    qint64 reply99 = 0;     ///< 99 % came within
+    double wireShare = 0;   ///< of the time in which bytes or silent intervals took the wire, 0 to 1
+    bool connected = false;
+};
+
+#endif

@@ -1,0 +1,34 @@
+#ifndef TAG_H
+#define TAG_H
+
+#include <QMetaType>
+#include <QString>
+
+/// One variable of the PLC under the name that a screen shows.
+struct Tag
+{
+    enum Type { BOOL, INT16, UINT16, INT32, UINT32, FLOAT32 };
+    enum WordOrder { LOW_WORD_FIRST, HIGH_WORD_FIRST }; ///< matters to the 32-bit types
+
+    QString name;
+    int station = 1; ///< 1 to 247
+    QString area;    ///< MW, IW, QW, MX, IX or QX
+    QString address; ///< as the user wrote it, "100" or "12.3"
+    int number = 0;  ///< address number of the first unit
+    Type type = UINT16;
+    WordOrder wordOrder = LOW_WORD_FIRST;
+    QString comment;
+
+    bool isBit() const
+    {
+        return type == BOOL;
+    }
+
+    /// Units that it takes: bits for BOOL, else words.
+    int units() const
+    {
+        return type == INT32 || type == UINT32 || type == FLOAT32 ? 2 : 1;
+    }
+};
+
+#endif
