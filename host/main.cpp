@@ -8,10 +8,10 @@
 // Exit status: 0 all was done, 1 usage, 2 the driver cannot be loaded, 3 the link failed,
 //              4 a write or a recipe was not confirmed.
 
-#include "verbs/demo.h"
 #include "driver/driverLibrary.h"
 #include "links/exchange.h"
 #include "links/simulatedPlc.h"
+#include "verbs/demo.h"
 
 #include <CLI/CLI.hpp>
 #include <QCoreApplication>

@@ -9,8 +9,8 @@
 struct WatchRow
 {
     QString name;
-    QString address; ///< with its area, "MW100"; with its station when that is not 1, "2:MW100"
-    QString value;   ///< empty: never read
+    QString address;   ///< with its area, "MW100"; with its station when that is not 1, "2:MW100"
+    QString value;     ///< empty: never read
     qint64 ageMs = -1; ///< since the value was last read from the PLC; -1: never
     qint64 changes = 0;
     bool good = false;
@@ -24,11 +24,11 @@ struct LinkFigures
     qint64 exchanges = 0;
     qint64 retries = 0;
     qint64 giveUps = 0;
-    qint64 refusals = 0; ///< exception replies
-    qint64 losses = 0;   ///< of the link
+    qint64 refusals = 0;    ///< exception replies
+    qint64 losses = 0;      ///< of the link
     qint64 replyMedian = 0; ///< microseconds from the request's end to the reply's
     qint64 reply99 = 0;     ///< 99 % came within
-    double wireShare = 0;   ///< of the time in which bytes or silent intervals took the wire, 0 to 1
+    double wireShare = 0; ///< of the time in which bytes or silent intervals took the wire, 0 to 1
     bool connected = false;
 };
 

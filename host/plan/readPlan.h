@@ -11,17 +11,17 @@ struct ReadBlock
 {
     int station = 0;
     QString area;
-    int number = 0; ///< address number of the first unit
-    int count = 0;  ///< words, or the bits of one group of 16
+    int number = 0;        ///< address number of the first unit
+    int count = 0;         ///< words, or the bits of one group of 16
     std::vector<int> tags; ///< indices of the tags that it brings, ascending
 };
 
 /// The blocks that read all tags in the least time on the wire.
 ///
 /// Words of one station and area are taken together across gaps wherever reading the gap costs less
-/// than another request; a tag of two words is never torn. Bits come as whole groups of 16, from the
-/// group's first bit, because the driver decodes a reply to bits from there.
-/// Blocks are sorted by station, area and number.
+/// than another request; a tag of two words is never torn. Bits come as whole groups of 16, from
+/// the group's first bit, because the driver decodes a reply to bits from there. Blocks are sorted
+/// by station, area and number.
 /// @param mostWords  longest block of words, 2 to 125
 std::vector<ReadBlock> planReads(const std::vector<Tag>& tags, const WireCost& cost, int mostWords);
 

@@ -1,8 +1,8 @@
 #include "verbs/demo.h"
 
 #include "driver/driverLibrary.h"
-#include "links/exchange.h"
 #include "exchange/replyRecogniser.h"
+#include "links/exchange.h"
 
 #include <QMutex>
 #include <QMutexLocker>
