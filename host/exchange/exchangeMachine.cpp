@@ -6,6 +6,14 @@
 #include <limits>
 #include <utility>
 
+namespace {
+
+const qint64 NO_ANSWER = -1;
+
+const int MOST_KEPT = 1024; // four times the longest frame, so that chatter takes no memory
+
+} // namespace
+
 ExchangeMachine::ExchangeMachine(DriverCalls& driver, const LineTiming& timing, const Times& times)
     : m_driver(driver),
       m_timing(timing),
@@ -22,9 +30,17 @@ std::optional<FINISHED_EXCHANGE> ExchangeMachine::takeFinished()
 void ExchangeMachine::received(const QByteArray& bytes, qint64 now)
 {
     m_lineBusyUntil = std::max(m_lineBusyUntil, now);
+    m_heard = true;
     if (m_state != WAITING_FOR_REPLY) return;
-    m_received += bytes;
+    m_received = (m_received + bytes).right(MOST_KEPT);
     takeReply(now);
+}
+
+void ExchangeMachine::linkLost()
+{
+    if (m_state != CHOOSING) m_retrying = true;
+    m_state = CHOOSING;
+    m_received.clear();
 }
 
 void ExchangeMachine::takeReply(qint64 now)
@@ -33,7 +49,7 @@ void ExchangeMachine::takeReply(qint64 now)
     const RECOGNISED found = recogniseReply(m_received, m_request, m_frame.recvLen);
     if (found.reply.isEmpty()) return;
     forgetAnswered();
-    finish(found.reply, found.exceptionCode);
+    finish(found.reply, found.exceptionCode, now - m_sentAt);
 }
 
 /// A station answers in order, so what came answers the oldest request of its kind.
@@ -45,11 +61,13 @@ void ExchangeMachine::forgetAnswered()
     if (oldest != m_unanswered.end()) m_unanswered.erase(oldest);
 }
 
-void ExchangeMachine::finish(QByteArray reply, int exceptionCode)
+void ExchangeMachine::finish(QByteArray reply, int exceptionCode, qint64 replyTime)
 {
     FINISHED_EXCHANGE finished;
     finished.frame = m_frame;
     finished.exceptionCode = exceptionCode;
+    finished.heard = m_heard;
+    finished.replyTime = replyTime;
     finished.result = m_driver.dealRcvFrame(reply, finished.errorText);
     m_retrying = finished.result == REPLY_RETRY;
     m_finished = finished;
@@ -62,14 +80,17 @@ bool ExchangeMachine::chooseRequest(qint64 now)
 {
     if (m_driver.getSendFrame(&m_frame) == 0 && m_driver.getSendFrame(&m_frame) == 0) return false;
     m_request = QByteArray(reinterpret_cast<const char*>(m_frame.sendBuf), m_frame.sendLen);
+    m_received.clear();
+    m_heard = false;
     if (m_request.isEmpty()) {
-        finish(QByteArray(), 0);
+        finish(QByteArray(), 0, NO_ANSWER);
         return true;
     }
     m_signature = replySignature(m_request, m_frame.recvLen);
     m_unanswered.erase(std::remove_if(m_unanswered.begin(), m_unanswered.end(),
                                       [now](const UNANSWERED& u) { return u.until <= now; }),
                        m_unanswered.end());
+    m_deadline = std::max(now, earliestSend()) + m_times.answer;
     m_state = WAITING_FOR_SILENCE;
     return true;
 }
@@ -90,7 +111,7 @@ void ExchangeMachine::send(qint64 now)
 {
     const qint64 sent = now + m_timing.frame(int(m_request.size()));
     m_lineBusyUntil = sent;
-    m_received.clear();
+    m_sentAt = sent;
     if (m_frame.recvLen <= 0) {
         m_deadline = sent + m_times.turnaround;
         m_state = PAUSING;
@@ -107,7 +128,7 @@ qint64 ExchangeMachine::dueTime() const
 {
     switch (m_state) {
     case WAITING_FOR_SILENCE:
-        return earliestSend();
+        return std::min(earliestSend(), m_deadline);
     case DRAINING:
         return std::min(m_lineBusyUntil + m_timing.silentInterval(), m_deadline);
     default:
@@ -129,12 +150,12 @@ ExchangeMachine::Step ExchangeMachine::advance(qint64 now)
     }
     if (now < dueTime()) {
         step.wakeAt = dueTime();
-    } else if (m_state == WAITING_FOR_SILENCE) {
+    } else if (m_state == WAITING_FOR_SILENCE && now >= earliestSend()) {
         send(now);
         step.send = m_request;
         step.wakeAt = m_deadline;
     } else {
-        finish(QByteArray(), 0);
+        finish(QByteArray(), 0, NO_ANSWER);
     }
     return step;
 }

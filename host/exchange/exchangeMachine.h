@@ -22,6 +22,8 @@ struct FINISHED_EXCHANGE
     FRAME_PRO frame;
     int result = REPLY_NOTHING_PENDING; ///< what intf_dealRcvFrame said
     int exceptionCode = 0;              ///< nonzero: the PLC refused the request
+    bool heard = false;                 ///< bytes came, be it an answer or not
+    qint64 replyTime = -1;              ///< from the request's end to its answer; -1: none came
     QString errorText;
 };
 
@@ -31,7 +33,8 @@ struct FINISHED_EXCHANGE
 ///
 /// It keeps the silent intervals, picks the answer out of stray bytes, ends the wait at an
 /// exception, never lets chatter extend a time-out, drains the line after one, and holds a request
-/// back while a late answer to an earlier one could be taken for its own.
+/// back while a late answer to an earlier one could be taken for its own. A line that is never
+/// silent counts as one that does not answer.
 class ExchangeMachine
 {
 public:
@@ -56,6 +59,16 @@ public:
 
     void received(const QByteArray& bytes, qint64 now);
 
+    /// The link is gone. The driver still has the request in flight and offers it again; nothing of
+    /// it was answered or given up.
+    void linkLost();
+
+    /// The driver has no request under way, so it chooses afresh next.
+    bool isBetweenRequests() const
+    {
+        return m_state == CHOOSING && !m_retrying;
+    }
+
     /// The exchange that ended in the last call of advance() or received(), if one did.
     std::optional<FINISHED_EXCHANGE> takeFinished();
 
@@ -73,7 +86,7 @@ private:
     qint64 dueTime() const;
     void send(qint64 now);
     void takeReply(qint64 now);
-    void finish(QByteArray reply, int exceptionCode);
+    void finish(QByteArray reply, int exceptionCode, qint64 replyTime);
     void forgetAnswered();
 
     DriverCalls& m_driver;
@@ -86,7 +99,9 @@ private:
     QByteArray m_received;
     qint64 m_lineBusyUntil;
     qint64 m_deadline = 0;
+    qint64 m_sentAt = 0;
     bool m_retrying = false;
+    bool m_heard = false; ///< bytes came since the request was chosen
     std::vector<UNANSWERED> m_unanswered;
     std::optional<FINISHED_EXCHANGE> m_finished;
 };

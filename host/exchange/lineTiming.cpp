@@ -23,16 +23,36 @@ LineSettings LineSettings::fromTexts(const QStringList& texts)
     LineSettings settings;
     take(settings.baud, texts, 0);
     take(settings.dataBits, texts, 1);
-    settings.parity = texts.size() > 2 && texts.at(2) != QLatin1String("NONE");
+    settings.parity = parityFromText(texts.value(2)).value_or(settings.parity);
     take(settings.stopBits, texts, 3);
     return settings;
 }
 
-LineTiming::LineTiming(const LineSettings& settings)
-    : m_baud(settings.baud),
-      m_bitsPerCharacter(START_BITS + settings.dataBits + (settings.parity ? 1 : 0) +
-                         settings.stopBits)
+std::optional<LineSettings::Parity> LineSettings::parityFromText(const QString& text)
 {
+    const QString upper = text.toUpper();
+    if (upper == QLatin1String("NONE")) return NO_PARITY;
+    if (upper == QLatin1String("EVEN")) return EVEN_PARITY;
+    if (upper == QLatin1String("ODD")) return ODD_PARITY;
+    return std::nullopt;
+}
+
+LineTiming::LineTiming(const LineSettings& settings)
+    : LineTiming(settings.baud, START_BITS + settings.dataBits +
+                                    (settings.parity == LineSettings::NO_PARITY ? 0 : 1) +
+                                    settings.stopBits)
+{
+}
+
+LineTiming::LineTiming(int baud, int bitsPerCharacter)
+    : m_baud(baud), m_bitsPerCharacter(bitsPerCharacter)
+{
+}
+
+/// Characters of no bits take no time at any speed whose silent interval is counted in characters.
+LineTiming LineTiming::network()
+{
+    return LineTiming(FASTEST_COUNTED_BAUD, 0);
 }
 
 qint64 LineTiming::frame(int bytes) const

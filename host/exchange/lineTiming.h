@@ -3,17 +3,23 @@
 
 #include <QStringList>
 
+#include <optional>
+
 /// A serial line's settings, as the driver's parameter string gives them.
 struct LineSettings
 {
+    enum Parity { NO_PARITY, EVEN_PARITY, ODD_PARITY };
+
     int baud = 38400;
     int dataBits = 8;
-    bool parity = false;
+    Parity parity = NO_PARITY;
     int stopBits = 1;
 
-    /// From baud rate, data bits, parity ("NONE" or another) and stop bits. A text that is not a
-    /// number leaves the default.
+    /// From baud rate, data bits, parity and stop bits. A text that is none leaves the default.
     static LineSettings fromTexts(const QStringList& texts);
+
+    /// From "NONE", "EVEN" or "ODD" in either case; empty for any other text.
+    static std::optional<Parity> parityFromText(const QString& text);
 };
 
 /// How long things take on the line, in microseconds (MODBUS over Serial Line V1.02, 2.5.1.1).
@@ -22,6 +28,9 @@ class LineTiming
 public:
     explicit LineTiming(const LineSettings& settings);
 
+    /// Of a link that has none: everything takes 0.
+    static LineTiming network();
+
     /// `bytes` bytes on the wire.
     qint64 frame(int bytes) const;
 
@@ -29,6 +38,8 @@ public:
     qint64 silentInterval() const;
 
 private:
+    LineTiming(int baud, int bitsPerCharacter);
+
     int m_baud;
     int m_bitsPerCharacter;
 };

@@ -1,45 +1,21 @@
 #include "exchange/replyRecogniser.h"
 
+#include "exchange/frameShape.h"
+
 namespace {
 
-enum {
-    CHECKSUM_BYTES = 2,
-    EXCEPTION_BYTES = 5,
-    READ_OVERHEAD = 5,
-    ECHOED_BYTES = 6,
-    LAST_READ_FUNCTION = 4,
-    EXCEPTION_FLAG = 0x80
-};
-
-int byteAt(const QByteArray& bytes, int at)
-{
-    return static_cast<unsigned char>(bytes.at(at));
-}
-
-/// MODBUS over Serial Line V1.02, 6.2.2. The host's own, as it never links to the driver.
-bool endsInItsChecksum(const QByteArray& frame)
-{
-    unsigned remainder = 0xFFFF;
-    for (int i = 0; i < frame.size() - CHECKSUM_BYTES; ++i) {
-        remainder ^= unsigned(byteAt(frame, i));
-        for (int bit = 0; bit < 8; ++bit)
-            remainder = (remainder & 1u) != 0 ? (remainder >> 1) ^ 0xA001u : remainder >> 1;
-    }
-    const int low = byteAt(frame, int(frame.size()) - 2);
-    const int high = byteAt(frame, int(frame.size()) - 1);
-    return unsigned(low + 256 * high) == remainder;
-}
+enum { EXCEPTION_BYTES = 5, READ_OVERHEAD = 5, ECHOED_BYTES = 6 };
 
 bool isFrameAt(const QByteArray& received, int at, const QByteArray& start, int length)
 {
     return received.size() - at >= length && received.mid(at, start.size()) == start &&
-           endsInItsChecksum(received.mid(at, length));
+           hasRightChecksum(received.mid(at, length));
 }
 
 QByteArray exceptionStart(const QByteArray& request)
 {
     QByteArray start = request.left(2);
-    start[1] = static_cast<char>(byteAt(request, 1) | EXCEPTION_FLAG);
+    start[1] = static_cast<char>(frameByte(request, 1) | EXCEPTION_BIT);
     return start;
 }
 
@@ -47,7 +23,7 @@ QByteArray exceptionStart(const QByteArray& request)
 
 QByteArray replySignature(const QByteArray& request, int replyLength)
 {
-    if (byteAt(request, 1) > LAST_READ_FUNCTION) return request.left(ECHOED_BYTES);
+    if (frameByte(request, 1) > READ_INPUT) return request.left(ECHOED_BYTES);
     return request.left(2) + static_cast<char>((replyLength - READ_OVERHEAD) & 0xFF);
 }
 
@@ -63,7 +39,7 @@ RECOGNISED recogniseReply(const QByteArray& received, const QByteArray& request,
         }
         if (isFrameAt(received, at, refusal, EXCEPTION_BYTES)) {
             found.reply = received.mid(at, EXCEPTION_BYTES);
-            found.exceptionCode = byteAt(found.reply, 2);
+            found.exceptionCode = frameByte(found.reply, 2);
             return found;
         }
     }

@@ -19,26 +19,61 @@ TEST(LineTiming, ADriversParameterGivesTheSettings)
     const LineSettings read = LineSettings::fromTexts(texts);
     EXPECT_EQ(9600, read.baud);
     EXPECT_EQ(7, read.dataBits);
-    EXPECT_TRUE(read.parity);
+    EXPECT_EQ(LineSettings::EVEN_PARITY, read.parity);
     EXPECT_EQ(2, read.stopBits);
 }
 
-TEST(LineTiming, WhatIsNoNumberLeavesTheDefault)
+TEST(LineTiming, WhatIsNoSettingLeavesTheDefault)
 {
-    const LineSettings read = LineSettings::fromTexts(QStringList(QString::fromLatin1("fast")));
+    const QStringList texts = QString::fromLatin1("fast,,MAYBE,-1").split(QLatin1Char(','));
+    const LineSettings read = LineSettings::fromTexts(texts);
     EXPECT_EQ(38400, read.baud);
     EXPECT_EQ(8, read.dataBits);
-    EXPECT_FALSE(read.parity);
+    EXPECT_EQ(LineSettings::NO_PARITY, read.parity);
     EXPECT_EQ(1, read.stopBits);
 }
 
-TEST(LineTiming, ACharacterIsStartDataParityAndStopBits)
+TEST(LineTiming, ParityIsNamedInEitherCase)
 {
-    // 8 bytes of 10 bits at 9600 baud are 8333.3 microseconds; with parity 11 bits, 9166.7.
+    const struct
+    {
+        const char* text;
+        std::optional<LineSettings::Parity> parity;
+    } rows[] = {{"NONE", LineSettings::NO_PARITY},
+                {"EVEN", LineSettings::EVEN_PARITY},
+                {"ODD", LineSettings::ODD_PARITY},
+                {"odd", LineSettings::ODD_PARITY},
+                {"MARK", std::nullopt},
+                {"", std::nullopt}};
+    for (const auto& row : rows) {
+        EXPECT_EQ(row.parity, LineSettings::parityFromText(QString::fromLatin1(row.text)))
+            << row.text;
+    }
+}
+
+TEST(LineTiming, ACharacterIsStartDataAndStopBits)
+{
+    // 8 bytes of 10 bits at 9600 baud are 8333.3 microseconds; of 9 bits, 7500.
     EXPECT_EQ(8334, LineTiming(settings(9600)).frame(8));
-    LineSettings withParity = settings(9600);
-    withParity.parity = true;
-    EXPECT_EQ(9167, LineTiming(withParity).frame(8));
+    LineSettings shorter = settings(9600);
+    shorter.dataBits = 7;
+    EXPECT_EQ(7500, LineTiming(shorter).frame(8));
+}
+
+TEST(LineTiming, EitherParityAddsABitToEachCharacter)
+{
+    // 8 bytes of 11 bits at 9600 baud are 9166.7 microseconds.
+    for (LineSettings::Parity parity : {LineSettings::EVEN_PARITY, LineSettings::ODD_PARITY}) {
+        LineSettings withParity = settings(9600);
+        withParity.parity = parity;
+        EXPECT_EQ(9167, LineTiming(withParity).frame(8)) << parity;
+    }
+}
+
+TEST(LineTiming, NothingTakesTimeOnANetworkLink)
+{
+    EXPECT_EQ(0, LineTiming::network().frame(256));
+    EXPECT_EQ(0, LineTiming::network().silentInterval());
 }
 
 TEST(LineTiming, SilenceIsThreeAndAHalfCharactersUpTo19200Baud)
