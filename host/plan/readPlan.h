@@ -25,7 +25,8 @@ struct ReadBlock
 /// @param mostWords  longest block of words, 2 to 125
 std::vector<ReadBlock> planReads(const std::vector<Tag>& tags, const WireCost& cost, int mostWords);
 
-/// One block a tag (bits: their group of 16), for comparison.
+/// One block a tag (bits: their group of 16), for comparison. Tags whose blocks start at the same
+/// unit share one, because the driver joins them by itself.
 std::vector<ReadBlock> planSingleReads(const std::vector<Tag>& tags);
 
 /// Time on the wire for one cycle over the blocks, in microseconds.

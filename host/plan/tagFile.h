@@ -4,6 +4,7 @@
 #include "driver/driverLibrary.h"
 #include "plan/tag.h"
 
+#include <functional>
 #include <stdexcept>
 #include <vector>
 
@@ -27,9 +28,24 @@ struct TagFileError : std::runtime_error
 /// @throws TagFileError naming all bad lines at once
 std::vector<Tag> readTags(const QByteArray& csv, const DriverLibrary& driver);
 
+/// Judges the text in one more column, `value`, of a good line.
+/// @return what is wrong with it; empty: nothing
+using ValueJudge = std::function<QString(const Tag& tag, const QString& value)>;
+
+/// The same from CSV text with a column `value` besides.
+std::vector<Tag> readTags(const QByteArray& csv, const DriverLibrary& driver,
+                          const ValueJudge& judge);
+
+/// The bytes of a file.
+/// @throws TagFileError when it cannot be read
+QByteArray fileBytes(const QString& fileName);
+
 /// The same from a file.
 /// @throws TagFileError also when the file cannot be read
 std::vector<Tag> readTagFile(const QString& fileName, const DriverLibrary& driver);
+
+/// The type as a tag file has it, "float32:high".
+QString tagTypeText(const Tag& tag);
 
 /// A tag from text such as "MW100", "MX12.3" or "2:QW8" (station 2); words are uint16.
 /// @throws TagFileError when it is no valid address

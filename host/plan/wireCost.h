@@ -3,6 +3,8 @@
 
 #include <QtGlobal>
 
+class LineTiming;
+
 /// What reading costs on one link, in microseconds.
 struct WireCost
 {
@@ -10,5 +12,10 @@ struct WireCost
                         ///< intervals and the time that the station takes to begin its answer
     qint64 word = 0;    ///< each word of data
 };
+
+/// The cost on a line, exact to half a microsecond a word. A network's line takes no time at all;
+/// with no turnaround either, a request counts as 1 ms, so that the fewest requests are the best.
+/// @param turnaround  microseconds that the station takes to begin its answer
+WireCost wireCost(const LineTiming& timing, qint64 turnaround);
 
 #endif

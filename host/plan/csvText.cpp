@@ -1,0 +1,139 @@
+#include "plan/csvText.h"
+
+namespace {
+
+const char BYTE_ORDER_MARK[] = "\xEF\xBB\xBF";
+
+class CsvReader
+{
+public:
+    explicit CsvReader(const QByteArray& text) : m_text(text) {}
+
+    std::vector<CsvRecord> read();
+
+private:
+    char at(int position) const
+    {
+        return position < m_text.size() ? m_text.at(position) : '\n';
+    }
+    bool atEnd() const
+    {
+        return m_at >= m_text.size();
+    }
+    bool atFieldEnd() const
+    {
+        return at(m_at) == ',' || at(m_at) == '\n';
+    }
+
+    void skipBlanks();
+    bool skipLineWithoutRecord();
+    void skipLine();
+    CsvRecord readRecord();
+    QByteArray readField(QString& problem);
+    QByteArray readQuoted(QString& problem);
+    QByteArray readPlain(QString& problem);
+
+    const QByteArray& m_text;
+    int m_at = 0;
+    int m_line = 1;
+};
+
+std::vector<CsvRecord> CsvReader::read()
+{
+    if (m_text.startsWith(BYTE_ORDER_MARK)) m_at = int(qstrlen(BYTE_ORDER_MARK));
+    std::vector<CsvRecord> records;
+    while (!atEnd()) {
+        if (skipLineWithoutRecord()) continue;
+        const int start = m_at;
+        const int line = m_line;
+        records.push_back(readRecord());
+        if (records.back().problem.isEmpty()) continue;
+        // A quote left open swallows the lines behind it, and they may have faults of their own.
+        m_at = start;
+        m_line = line;
+        skipLine();
+    }
+    return records;
+}
+
+void CsvReader::skipLine()
+{
+    while (at(m_at) != '\n')
+        ++m_at;
+    ++m_at;
+    ++m_line;
+}
+
+void CsvReader::skipBlanks()
+{
+    while (at(m_at) == ' ' || at(m_at) == '\t' || at(m_at) == '\r')
+        ++m_at;
+}
+
+bool CsvReader::skipLineWithoutRecord()
+{
+    const int start = m_at;
+    skipBlanks();
+    const bool none = at(m_at) == '\n' || at(start) == '#';
+    if (none)
+        skipLine();
+    else
+        m_at = start;
+    return none;
+}
+
+CsvRecord CsvReader::readRecord()
+{
+    CsvRecord record;
+    record.line = m_line;
+    for (bool last = false; !last; ++m_at) {
+        const QByteArray bytes = readField(record.problem);
+        if (!record.problem.isEmpty()) return record;
+        record.fields << QString::fromUtf8(bytes);
+        if (record.fields.last().toUtf8() != bytes) {
+            record.problem = QLatin1String("the text is not UTF-8");
+            return record;
+        }
+        last = at(m_at) == '\n';
+    }
+    ++m_line;
+    return record;
+}
+
+QByteArray CsvReader::readField(QString& problem)
+{
+    skipBlanks();
+    return at(m_at) == '"' ? readQuoted(problem) : readPlain(problem);
+}
+
+QByteArray CsvReader::readPlain(QString& problem)
+{
+    const int start = m_at;
+    for (; !atFieldEnd(); ++m_at)
+        if (at(m_at) == '"')
+            problem = QLatin1String("a field with a double quote is not in quotes");
+    return m_text.mid(start, m_at - start).trimmed();
+}
+
+QByteArray CsvReader::readQuoted(QString& problem)
+{
+    QByteArray field;
+    for (++m_at; !atEnd(); ++m_at) {
+        if (at(m_at) == '\n') ++m_line;
+        if (at(m_at) == '"' && at(++m_at) != '"') {
+            skipBlanks();
+            if (!atFieldEnd()) problem = QLatin1String("there is text behind a closing quote");
+            return field;
+        }
+        field += at(m_at);
+    }
+    problem = QLatin1String("a quoted field has no closing quote");
+    return field;
+}
+
+} // namespace
+
+std::vector<CsvRecord> csvRecords(const QByteArray& text)
+{
+    return CsvReader(text).read();
+}

@@ -1,0 +1,322 @@
+#include "plan/tagFile.h"
+
+#include "plan/csvText.h"
+
+#include <QFile>
+#include <QHash>
+
+#include <algorithm>
+
+namespace {
+
+enum { BIT_VARIABLE = -1, WORD_VARIABLE = 0, READING = 0, LAST_STATION = 247 };
+
+enum Column { NAME, STATION, AREA, ADDRESS, TYPE, COMMENT, VALUE, COLUMN_COUNT };
+
+const char* const COLUMN_NAMES[COLUMN_COUNT] = {"name", "station", "area", "address",
+                                                "type", "comment", "value"};
+
+const char* const TYPE_NAMES[] = {"bool", "int16", "uint16", "int32", "uint32", "float32"};
+
+QString quoted(const QString& text)
+{
+    return QLatin1Char('"') + text + QLatin1Char('"');
+}
+
+QString columnName(int column)
+{
+    return QLatin1String(COLUMN_NAMES[column]);
+}
+
+QString atLine(int line, const QString& problem)
+{
+    return QString(QLatin1String("line %1: %2")).arg(QString::number(line), problem);
+}
+
+[[noreturn]] void fail(const QString& problem)
+{
+    throw TagFileError(problem.toStdString());
+}
+
+/// What stands in which field of the file's records.
+class Columns
+{
+public:
+    /// @throws TagFileError
+    Columns(const CsvRecord& header, bool withValues);
+
+    int count() const
+    {
+        return m_count;
+    }
+    QString field(const CsvRecord& record, Column column) const
+    {
+        return record.fields.value(m_positions[column]);
+    }
+
+private:
+    int m_positions[COLUMN_COUNT] = {};
+    int m_count;
+};
+
+Columns::Columns(const CsvRecord& header, bool withValues) : m_count(int(header.fields.size()))
+{
+    const int columns = withValues ? int(COLUMN_COUNT) : int(VALUE);
+    QStringList problems;
+    if (!header.problem.isEmpty()) fail(atLine(header.line, header.problem));
+    QStringList known;
+    for (int i = 0; i < columns; ++i) {
+        known << columnName(i);
+        m_positions[i] = int(header.fields.indexOf(columnName(i)));
+        if (m_positions[i] < 0 && i != COMMENT)
+            problems << QLatin1String("there is no column ") + columnName(i);
+        if (header.fields.count(columnName(i)) > 1)
+            problems << QLatin1String("there are several columns ") + columnName(i);
+    }
+    for (const QString& field : header.fields)
+        if (!known.contains(field)) problems << quoted(field) + QLatin1String(" is no column");
+    if (problems.isEmpty()) return;
+    fail(atLine(header.line,
+                problems.join(QLatin1String("; ")) +
+                    QLatin1String(withValues ? "; the columns are name, station, area, address, "
+                                               "type, value and, if wanted, comment"
+                                             : "; the columns are name, station, area, address, "
+                                               "type and, if wanted, comment")));
+}
+
+QStringList areas(const DriverLibrary& driver)
+{
+    QStringList names;
+    driver.getRegListByType(1, names);
+    driver.getRegListByType(0, names);
+    return names;
+}
+
+bool isBitArea(const DriverLibrary& driver, const QString& area)
+{
+    QStringList names;
+    driver.getRegListByType(0, names);
+    return names.contains(area);
+}
+
+QString rangeProblem(const Tag& tag, const DriverLibrary& driver)
+{
+    QStringList description; // format, lowest address, highest address
+    driver.getRegDiscription(tag.area, description);
+    const QString fault =
+        QLatin1String(tag.isBit() ? "malformed or out of range" : "odd, malformed or out of range");
+    const QString range = description.value(1) + QLatin1String(" to ") + description.value(2);
+    const QString reach = QLatin1String(tag.units() == 2 ? " with its two words" : "");
+    return QString(QLatin1String("address %1 of %2 is %3 %4%5"))
+        .arg(tag.address.isEmpty() ? quoted(tag.address) : tag.address, tag.area, fault, range,
+             reach);
+}
+
+/// Empty for an area that the driver has.
+QString areaProblem(const Tag& tag, const DriverLibrary& driver)
+{
+    const QStringList names = areas(driver);
+    if (names.contains(tag.area)) return QString();
+    return QString(QLatin1String("area %1 is unknown; there are %2"))
+        .arg(quoted(tag.area), names.join(QLatin1String(", ")));
+}
+
+/// Judges the address in a known area and notes its number.
+QString addressProblem(Tag& tag, const DriverLibrary& driver)
+{
+    const int result =
+        driver.checkAddr(tag.area, tag.address, tag.number,
+                         tag.isBit() ? BIT_VARIABLE : WORD_VARIABLE, tag.units(), READING);
+    switch (result) {
+    case ADDRESS_VALID:
+        return QString();
+    case ADDRESS_OUT_OF_RANGE:
+        return rangeProblem(tag, driver);
+    case ADDRESS_KIND_MISMATCH:
+        return QString(QLatin1String(tag.isBit() ? "%1 holds words, which are not of type %2"
+                                                 : "%1 holds bits, which are not of type %2"))
+            .arg(tag.area, QLatin1String(TYPE_NAMES[tag.type]));
+    default:
+        return QString(QLatin1String("the driver does not take address %1 of %2, result %3"))
+            .arg(tag.address, tag.area, QString::number(result));
+    }
+}
+
+/// "float32:high" and the like.
+bool takeType(const QString& text, Tag& tag)
+{
+    const QString name = text.section(QLatin1Char(':'), 0, 0);
+    const auto* const found =
+        std::find_if(std::begin(TYPE_NAMES), std::end(TYPE_NAMES),
+                     [&name](const char* known) { return name == QLatin1String(known); });
+    if (found == std::end(TYPE_NAMES)) return false;
+    tag.type = static_cast<Tag::Type>(found - std::begin(TYPE_NAMES));
+    if (name == text) return true;
+    const QString order = text.mid(name.size() + 1);
+    tag.wordOrder = order == QLatin1String("high") ? Tag::HIGH_WORD_FIRST : Tag::LOW_WORD_FIRST;
+    return tag.units() == 2 && (order == QLatin1String("high") || order == QLatin1String("low"));
+}
+
+bool takeStation(const QString& text, Tag& tag)
+{
+    bool ok = false;
+    tag.station = text.toInt(&ok);
+    return ok && tag.station >= 1 && tag.station <= LAST_STATION;
+}
+
+QString stationProblem(const QString& text)
+{
+    return QString(QLatin1String("station %1 is no number from 1 to %2"))
+        .arg(quoted(text), QString::number(LAST_STATION));
+}
+
+class TagReader
+{
+public:
+    TagReader(const Columns& columns, const DriverLibrary& driver, const ValueJudge& judge)
+        : m_columns(columns), m_driver(driver), m_judge(judge)
+    {
+    }
+
+    void read(const CsvRecord& record);
+    std::vector<Tag> tags() const;
+
+private:
+    QStringList take(const CsvRecord& record, Tag& tag);
+    QString nameProblem(const QString& name, int line);
+
+    const Columns& m_columns;
+    const DriverLibrary& m_driver;
+    const ValueJudge& m_judge;
+    std::vector<Tag> m_tags;
+    QHash<QString, int> m_lineOfName;
+    QStringList m_badLines;
+};
+
+void TagReader::read(const CsvRecord& record)
+{
+    Tag tag;
+    QStringList problems;
+    if (!record.problem.isEmpty())
+        problems << record.problem;
+    else if (record.fields.size() != m_columns.count())
+        problems << QString(QLatin1String("%1 fields, but the first line names %2 columns"))
+                        .arg(record.fields.size())
+                        .arg(m_columns.count());
+    else
+        problems = take(record, tag);
+    if (problems.isEmpty())
+        m_tags.push_back(tag);
+    else
+        m_badLines << atLine(record.line, problems.join(QLatin1String("; ")));
+}
+
+QStringList TagReader::take(const CsvRecord& record, Tag& tag)
+{
+    tag.name = m_columns.field(record, NAME);
+    tag.area = m_columns.field(record, AREA);
+    tag.address = m_columns.field(record, ADDRESS);
+    tag.comment = m_columns.field(record, COMMENT);
+    const QString station = m_columns.field(record, STATION);
+    const QString type = m_columns.field(record, TYPE);
+
+    QStringList problems;
+    problems << nameProblem(tag.name, record.line);
+    if (!takeStation(station, tag)) problems << stationProblem(station);
+    const bool typeKnown = takeType(type, tag);
+    if (!typeKnown)
+        problems << QString(QLatin1String("type %1 is unknown; there are bool, int16, uint16, "
+                                          "int32, uint32 and float32, the last three also with "
+                                          ":low or :high"))
+                        .arg(quoted(type));
+    problems << areaProblem(tag, m_driver);
+    if (typeKnown && problems.last().isEmpty()) problems << addressProblem(tag, m_driver);
+    problems.removeAll(QString());
+    if (problems.isEmpty() && m_judge) problems << m_judge(tag, m_columns.field(record, VALUE));
+    problems.removeAll(QString());
+    return problems;
+}
+
+QString TagReader::nameProblem(const QString& name, int line)
+{
+    if (name.isEmpty()) return QLatin1String("the name is missing");
+    for (const QChar character : name)
+        if (character.category() == QChar::Other_Control)
+            return QLatin1String("the name has a control character");
+    const int first = m_lineOfName.value(name, line);
+    m_lineOfName.insert(name, first);
+    if (first == line) return QString();
+    return QString(QLatin1String("name %1 stands on line %2 already"))
+        .arg(quoted(name), QString::number(first));
+}
+
+std::vector<Tag> TagReader::tags() const
+{
+    if (!m_badLines.isEmpty()) fail(m_badLines.join(QLatin1Char('\n')));
+    return m_tags;
+}
+
+} // namespace
+
+std::vector<Tag> readTags(const QByteArray& csv, const DriverLibrary& driver)
+{
+    return readTags(csv, driver, ValueJudge());
+}
+
+std::vector<Tag> readTags(const QByteArray& csv, const DriverLibrary& driver,
+                          const ValueJudge& judge)
+{
+    const std::vector<CsvRecord> records = csvRecords(csv);
+    if (records.empty()) fail(atLine(1, QLatin1String("there is no line with the column names")));
+    const Columns columns(records.front(), bool(judge));
+    TagReader reader(columns, driver, judge);
+    std::for_each(records.begin() + 1, records.end(),
+                  [&reader](const CsvRecord& record) { reader.read(record); });
+    return reader.tags();
+}
+
+QByteArray fileBytes(const QString& fileName)
+{
+    QFile file(fileName);
+    QByteArray bytes;
+    if (file.open(QIODevice::ReadOnly)) bytes = file.readAll();
+    if (file.error() != QFileDevice::NoError)
+        fail(QString(QLatin1String("cannot read %1: %2")).arg(fileName, file.errorString()));
+    return bytes;
+}
+
+std::vector<Tag> readTagFile(const QString& fileName, const DriverLibrary& driver)
+{
+    return readTags(fileBytes(fileName), driver);
+}
+
+QString tagTypeText(const Tag& tag)
+{
+    const QString name = QLatin1String(TYPE_NAMES[tag.type]);
+    const bool highFirst = tag.units() == 2 && tag.wordOrder == Tag::HIGH_WORD_FIRST;
+    return highFirst ? name + QLatin1String(":high") : name;
+}
+
+Tag tagFromAddress(const QString& text, const DriverLibrary& driver)
+{
+    const auto failOf = [&text](const QString& problem) {
+        fail(text + QLatin1String(": ") + problem);
+    };
+    Tag tag;
+    tag.name = text;
+    const int colon = int(text.indexOf(QLatin1Char(':')));
+    const QString place = text.mid(colon + 1);
+    const QString station = text.left(std::max(colon, 0));
+    if (colon >= 0 && !takeStation(station, tag)) failOf(stationProblem(station));
+
+    const auto* const addressStart = std::find_if(
+        place.begin(), place.end(), [](QChar character) { return !character.isLetter(); });
+    tag.area = place.left(int(addressStart - place.begin()));
+    tag.address = place.mid(tag.area.size());
+    tag.type = isBitArea(driver, tag.area) ? Tag::BOOL : Tag::UINT16;
+    const QString unknownArea = areaProblem(tag, driver);
+    if (!unknownArea.isEmpty()) failOf(unknownArea);
+    const QString badAddress = addressProblem(tag, driver);
+    if (!badAddress.isEmpty()) failOf(badAddress);
+    return tag;
+}
