@@ -1,0 +1,62 @@
+#include "output/figuresText.h"
+
+#include <QStringList>
+
+namespace {
+
+enum { MILLISECOND = 1000, SECOND = 1000000 };
+
+QString timeText(qint64 microseconds)
+{
+    if (microseconds <= 0) return QString::fromLatin1("-");
+    if (microseconds >= SECOND) {
+        return QString::number(double(microseconds) / SECOND, 'f', 1) + QLatin1String(" s");
+    }
+    const int decimals = microseconds < MILLISECOND ? 2 : 1;
+    return QString::number(double(microseconds) / MILLISECOND, 'f', decimals) +
+           QLatin1String(" ms");
+}
+
+QString counted(const char* what, qint64 count)
+{
+    return QLatin1String(what) + QLatin1Char(' ') + QString::number(count);
+}
+
+QJsonValue jsonTime(qint64 microseconds)
+{
+    return microseconds > 0 ? QJsonValue(microseconds) : QJsonValue();
+}
+
+} // namespace
+
+QString figuresText(const LinkFigures& figures)
+{
+    QStringList parts;
+    if (!figures.connected) parts << QString::fromLatin1("link lost");
+    parts << QString::number(figures.exchangesPerSecond, 'f', 1) + QLatin1String(" exchanges/s");
+    parts << counted("retries", figures.retries);
+    parts << counted("give-ups", figures.giveUps);
+    parts << counted("refused", figures.refusals);
+    parts << QLatin1String("reply p50 ") + timeText(figures.replyMedian);
+    parts << QLatin1String("p99 ") + timeText(figures.reply99);
+    parts << QLatin1String("wire ") + QString::number(figures.wireShare * 100, 'f', 0) +
+                 QLatin1String(" %");
+    parts << counted("losses", figures.losses);
+    return parts.join(QLatin1String("  "));
+}
+
+QJsonObject figuresJson(const LinkFigures& figures)
+{
+    QJsonObject json;
+    json.insert(QLatin1String("connected"), figures.connected);
+    json.insert(QLatin1String("exchangesPerSecond"), figures.exchangesPerSecond);
+    json.insert(QLatin1String("exchanges"), figures.exchanges);
+    json.insert(QLatin1String("retries"), figures.retries);
+    json.insert(QLatin1String("giveUps"), figures.giveUps);
+    json.insert(QLatin1String("refusals"), figures.refusals);
+    json.insert(QLatin1String("losses"), figures.losses);
+    json.insert(QLatin1String("replyMedian"), jsonTime(figures.replyMedian));
+    json.insert(QLatin1String("reply99"), jsonTime(figures.reply99));
+    json.insert(QLatin1String("wireShare"), figures.wireShare);
+    return json;
+}

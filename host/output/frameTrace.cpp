@@ -1,0 +1,40 @@
+#include "output/frameTrace.h"
+
+#include "output/frameMeaning.h"
+
+namespace {
+
+enum { MICROSECONDS = 1000000 };
+
+QString meaning(const GatheredFrame& frame)
+{
+    if (frame.kind == GatheredFrame::REQUEST) return requestMeaning(frame.bytes);
+    const QString words = replyMeaning(frame.bytes, frame.request);
+    return frame.kind == GatheredFrame::STRAY ? QLatin1String("stray: ") + words : words;
+}
+
+} // namespace
+
+FrameTrace::FrameTrace(std::FILE* out) : m_out(out) {}
+
+void FrameTrace::write(const std::vector<GatheredFrame>& frames)
+{
+    for (const GatheredFrame& frame : frames) {
+        std::fprintf(
+            m_out, "%5lld.%06lld %c %s  %s\n", static_cast<long long>(frame.time / MICROSECONDS),
+            static_cast<long long>(frame.time % MICROSECONDS),
+            frame.kind == GatheredFrame::REQUEST ? '>' : '<',
+            frame.bytes.toHex(' ').toUpper().constData(), meaning(frame).toUtf8().constData());
+        std::fflush(m_out);
+    }
+}
+
+void FrameTrace::add(const FrameRecord& record)
+{
+    write(m_gatherer.add(record));
+}
+
+void FrameTrace::flush()
+{
+    write(m_gatherer.flush());
+}

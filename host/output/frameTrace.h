@@ -1,0 +1,34 @@
+#ifndef FRAME_TRACE_H
+#define FRAME_TRACE_H
+
+#include "output/frameGatherer.h"
+
+#include <cstdio>
+
+/// Writes what goes over the link, a line a frame: seconds since the host started, ">" for sent and
+/// "<" for received, the bytes, and what they say.
+///
+///      1.250000 > 01 03 0B B8 00 02 46 0A  station 1: read 2 holding registers from 3000
+///      1.256120 < 01 03 04 12 34 56 78 81 07  station 1: 2 registers 0x1234 0x5678
+///      1.257003 < FF  stray: 1 byte that is no frame
+///
+/// A line is written when its frame is complete, so stray bytes show with the next request only.
+class FrameTrace
+{
+public:
+    /// @param out  borrowed; UTF-8, flushed after each line
+    explicit FrameTrace(std::FILE* out);
+
+    void add(const FrameRecord& record);
+
+    /// Writes what is still held; call it at the end.
+    void flush();
+
+private:
+    void write(const std::vector<GatheredFrame>& frames);
+
+    std::FILE* m_out;
+    FrameGatherer m_gatherer;
+};
+
+#endif

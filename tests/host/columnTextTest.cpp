@@ -1,0 +1,71 @@
+#include "output/columnText.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+QString utf8(const char* text)
+{
+    return QString::fromUtf8(text);
+}
+
+} // namespace
+
+TEST(ColumnText, WhatMovesTheCursorOrBreaksTheLineBecomesAQuestionMark)
+{
+    const struct
+    {
+        const char* text;
+        const char* printable;
+    } rows[] = {{"tank 1, \xc3\xbc", "tank 1, \xc3\xbc"},
+                {"a\x1b[2Jb", "a?[2Jb"},
+                {"a\r\n\tb\x7f", "a???b?"},
+                {"\xc2\x9b", "?"},     // control sequence introducer in one byte
+                {"\xe2\x80\xae", "?"}, // right-to-left override
+                {"\xe2\x80\xa8", "?"}, // line separator
+                {"\xe2\x80\xa9", "?"}, // paragraph separator
+                {"\xf0\x9f\x94\xa5", "\xf0\x9f\x94\xa5"}}; // beyond 16 bits
+    for (const auto& row : rows) {
+        EXPECT_EQ(row.printable, printableText(utf8(row.text)).toStdString()) << row.text;
+    }
+}
+
+TEST(ColumnText, HalfACodePointIsNotPrinted)
+{
+    const QString text = QString(QChar(0xd83d)) + QLatin1Char('a');
+    const QString printable = printableText(text);
+    EXPECT_EQ(2, printable.size());
+    EXPECT_FALSE(printable.at(0).isSurrogate());
+    EXPECT_EQ(QLatin1Char('a'), printable.at(1));
+}
+
+TEST(ColumnText, ACodePointBeyond16BitsIsOneColumn)
+{
+    EXPECT_EQ(2, columnsOf(utf8("\xf0\x9f\x94\xa5!")));
+}
+
+TEST(ColumnText, ATextThatFitsIsNotCut)
+{
+    EXPECT_EQ("level", cutText(utf8("level"), 5).toStdString());
+}
+
+TEST(ColumnText, ALongerTextEndsInAnEllipsis)
+{
+    EXPECT_EQ("lev\xe2\x80\xa6", cutText(utf8("level"), 4).toStdString());
+    EXPECT_EQ("\xf0\x9f\x94\xa5\xe2\x80\xa6",
+              cutText(utf8("\xf0\x9f\x94\xa5level"), 2).toStdString());
+    EXPECT_EQ("\xe2\x80\xa6", cutText(utf8("level"), 1).toStdString());
+}
+
+TEST(ColumnText, WithoutRoomThereIsNothing)
+{
+    EXPECT_EQ("", cutText(utf8("level"), 0).toStdString());
+    EXPECT_EQ("", cutText(utf8("level"), -3).toStdString());
+}
+
+TEST(ColumnText, AColumnHasExactlyItsWidth)
+{
+    EXPECT_EQ("17   ", columnText(utf8("17"), 5, LEFT_ALIGNED).toStdString());
+    EXPECT_EQ("   17", columnText(utf8("17"), 5, RIGHT_ALIGNED).toStdString());
+    EXPECT_EQ("1234\xe2\x80\xa6", columnText(utf8("123456"), 5, RIGHT_ALIGNED).toStdString());
+}

@@ -1,0 +1,91 @@
+#include "output/figuresText.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+LinkFigures busyLink()
+{
+    LinkFigures figures;
+    figures.exchangesPerSecond = 47.34;
+    figures.exchanges = 1234;
+    figures.retries = 1;
+    figures.giveUps = 2;
+    figures.refusals = 3;
+    figures.losses = 4;
+    figures.replyMedian = 1230;
+    figures.reply99 = 3390;
+    figures.wireShare = 0.634;
+    figures.connected = true;
+    return figures;
+}
+
+bool shows(const LinkFigures& figures, const char* text)
+{
+    return figuresText(figures).contains(QLatin1String(text));
+}
+
+QJsonValue jsonOf(const LinkFigures& figures, const char* key)
+{
+    return figuresJson(figures).value(QLatin1String(key));
+}
+
+} // namespace
+
+TEST(FiguresText, ShowsAllFiguresInOneLine)
+{
+    EXPECT_EQ("47.3 exchanges/s  retries 1  give-ups 2  refused 3  reply p50 1.2 ms  p99 3.4 ms  "
+              "wire 63 %  losses 4",
+              figuresText(busyLink()).toStdString());
+}
+
+TEST(FiguresText, ALostLinkComesFirst)
+{
+    LinkFigures figures = busyLink();
+    figures.connected = false;
+    EXPECT_EQ("link lost  47.3 exchanges/s", figuresText(figures).left(27).toStdString());
+}
+
+TEST(FiguresText, ReplyTimesHaveTheUnitThatSuitsThem)
+{
+    const struct
+    {
+        qint64 time;
+        const char* text;
+    } rows[] = {{87, "p50 0.09 ms  "},
+                {640, "p50 0.64 ms  "},
+                {1000, "p50 1.0 ms  "},
+                {512000, "p50 512.0 ms  "},
+                {1520000, "p50 1.5 s  "}};
+    for (const auto& row : rows) {
+        LinkFigures figures = busyLink();
+        figures.replyMedian = row.time;
+        EXPECT_TRUE(shows(figures, row.text)) << figuresText(figures).toStdString();
+    }
+}
+
+TEST(FiguresText, WithoutAReplyThereIsNoReplyTime)
+{
+    EXPECT_TRUE(shows(LinkFigures(), "reply p50 -  p99 -  "));
+}
+
+TEST(FiguresJson, HasEachFigureUnderItsName)
+{
+    const LinkFigures figures = busyLink();
+    EXPECT_EQ(QJsonValue(true), jsonOf(figures, "connected"));
+    EXPECT_EQ(QJsonValue(47.34), jsonOf(figures, "exchangesPerSecond"));
+    EXPECT_EQ(QJsonValue(1234), jsonOf(figures, "exchanges"));
+    EXPECT_EQ(QJsonValue(1), jsonOf(figures, "retries"));
+    EXPECT_EQ(QJsonValue(2), jsonOf(figures, "giveUps"));
+    EXPECT_EQ(QJsonValue(3), jsonOf(figures, "refusals"));
+    EXPECT_EQ(QJsonValue(4), jsonOf(figures, "losses"));
+    EXPECT_EQ(QJsonValue(1230), jsonOf(figures, "replyMedian"));
+    EXPECT_EQ(QJsonValue(3390), jsonOf(figures, "reply99"));
+    EXPECT_EQ(QJsonValue(0.634), jsonOf(figures, "wireShare"));
+}
+
+TEST(FiguresJson, WithoutAReplyTheReplyTimesAreNull)
+{
+    EXPECT_TRUE(jsonOf(LinkFigures(), "replyMedian").isNull());
+    EXPECT_TRUE(jsonOf(LinkFigures(), "reply99").isNull());
+}
