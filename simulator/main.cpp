@@ -1,29 +1,68 @@
 // kakb-sim: a simulated PLC. Its Modbus side is libmodbus, so it shares no framing code with the
 // driver that it is used to test.
 //
-// usage: kakb-sim [--station N]
-//   --station N   station number, 1 to 247 (default 1)
-// Prints the path of its pseudo-terminal on the first line, then serves until it is terminated.
-// Exit status: 0 terminated, 1 usage, 2 the link failed.
+// usage: kakb-sim [options]
+//
+// Stations
+//   --station N           1 to 247, several times or as a list N,N (default 1)
+//   --stations A-B        all from A to B, 1 to 247
+// Link (default: a pseudo-terminal)
+//   --link-path FILE      symbolic link to the pseudo-terminal for as long as it is there
+//   --serial DEVICE       a serial port, 8N1, at --baud (default 38400)
+//   --tcp PORT            a TCP port with RTU frames, 0 to 65535, 0: any free one
+//   --bind ADDRESS        of the TCP port, IPv4 or IPv6 in digits (default 127.0.0.1)
+//   --baud N              300 to 4000000: a pseudo-terminal or TCP port takes as long as the wire
+//                         would, 10 bits a byte; each reply comes whole when its last byte would
+//                         (default: no time)
+//   --trickle             each byte at its time instead; needs --baud
+//   --turnaround-us N     from request end to reply start, 0 to 10000000 (default 0)
+// Signals
+//   --signal STATION:AREA:NUMBER:KIND[:PERIOD_MS[:AMPLITUDE]]
+//                         several times. AREA IW QW MW IX QX MX; NUMBER as on the wire, MW and MX
+//                         from 3000; KIND ramp (default 10000 ms, 1000), sine (10000 ms, 1000),
+//                         toggle (1000 ms, 1) or counter (1000 ms, 65535), for bits toggle only;
+//                         PERIOD_MS 1 to 86400000; AMPLITUDE 1 to 65535, of a sine 32767
+//   --demo-signals        on each station: IW 0 ramp, IW 1 sine, IW 2 counter, IX 64 to 67 toggles,
+//                         MW 3000 counter, MX 3160 toggle
+//   --seed N              signal phases and faults, 0 to 4294967295 (default 1)
+// Faults, each a share of the exchanges, 0 to 1 (default 0), 1 at most together
+//   --drop --drop-request --corrupt --truncate --duplicate --delay --stray-before --stray-after
+//   --wrong-station --exception
+//   --delay-ms N          how late --delay is, 0 to 60000 (default 700); later replies queue behind
+//   --exception-code N    1 to 255 (default 6)
+//   --silent STATION      never answers and executes nothing, 1 to 247, several times
+//   --fault-exchanges N   only the first N exchanges have faults, 0 to 2000000000 (default 0: all)
+// End
+//   --report FILE         counts, silent intervals and own lateness, as lines "key value"
+//   --dump FILE           memory that is not 0, as lines "STATION AREA NUMBER VALUE"
+//   --until-stdin-ends    end when standard input does
+//
+// Prints what a host opens on the first line, a path or "tcp:ADDRESS,PORT", then serves until it is
+// terminated or interrupted.
+// Exit status: 0 ended on request, 1 usage, 2 the link failed or a file could not be written.
 
-#include "plcMemory.h"
 #include "pseudoTerminal.h"
+#include "report.h"
+#include "serialPort.h"
+#include "serverLoop.h"
+#include "simulatorOptions.h"
+#include "tcpPort.h"
 
-#include <CLI/CLI.hpp>
-
-#include <poll.h>
+#include <sys/prctl.h>
 
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
+#include <cstring>
 #include <exception>
+#include <fstream>
 #include <memory>
 
 namespace {
 
-enum ExitStatus { EXIT_TERMINATED = 0, EXIT_USAGE = 1, EXIT_LINK = 2 };
+enum ExitStatus { EXIT_ENDED = 0, EXIT_USAGE = 1, EXIT_LINK = 2 };
 
-const int POLL_INTERVAL_MS = 500; // a signal between the test and the wait is seen after it
+const unsigned long FINEST_TIMER_SLACK_NS = 1;
 
 volatile std::sig_atomic_t stopRequested = 0;
 
@@ -32,76 +71,76 @@ void requestStop(int)
     stopRequested = 1;
 }
 
-/// Without SA_RESTART, so that a signal ends the wait for a request. libmodbus starts its own wait
-/// anew, so the wait for the first byte is not left to it.
-void stopOnSignals()
+/// @return the mask to wait with: elsewhere the signals stay blocked, so that none comes between
+/// the
+///         test and the wait
+sigset_t stopOnSignals()
 {
     struct sigaction action = {};
     action.sa_handler = requestStop;
     sigaction(SIGTERM, &action, nullptr);
     sigaction(SIGINT, &action, nullptr);
+    std::signal(SIGPIPE, SIG_IGN);
+    sigset_t blocked;
+    sigset_t before;
+    sigemptyset(&blocked);
+    sigaddset(&blocked, SIGTERM);
+    sigaddset(&blocked, SIGINT);
+    sigprocmask(SIG_BLOCK, &blocked, &before);
+    sigdelset(&before, SIGTERM);
+    sigdelset(&before, SIGINT);
+    return before;
 }
 
-struct FreeContext
+std::unique_ptr<LineEnd> openLine(const SimulatorOptions& options)
 {
-    void operator()(modbus_t* context) const
-    {
-        modbus_free(context);
-    }
-};
-
-bool waitForByte(int descriptor)
-{
-    pollfd wanted = {descriptor, POLLIN, 0};
-    return poll(&wanted, 1, POLL_INTERVAL_MS) > 0;
+    if (!options.serialDevice.empty())
+        return std::make_unique<SerialPort>(options.serialDevice, options.line.baud);
+    if (options.tcpPort >= 0)
+        return std::make_unique<TcpPort>(options.bindAddress, options.tcpPort);
+    return std::make_unique<PseudoTerminal>(options.linkPath);
 }
 
-void serve(modbus_t* context)
+/// Opened ahead of the run, so that a file that can't be written is known before and not after it.
+std::unique_ptr<std::ofstream> openOutput(const std::string& path)
 {
-    PlcMemory memory;
-    uint8_t request[MODBUS_RTU_MAX_ADU_LENGTH];
-    while (!stopRequested) {
-        if (!waitForByte(modbus_get_socket(context))) continue;
-        const int length = modbus_receive(context, request);
-        if (length <= 0) continue;
-        memory.tick();
-        if (modbus_reply(context, request, length, memory.mapping()) >= 0)
-            memory.reflectWrite(request);
-    }
+    if (path.empty()) return nullptr;
+    auto file = std::make_unique<std::ofstream>(path);
+    if (!*file) throw LinkError(path + ": " + std::strerror(errno));
+    return file;
 }
 
-int runOnPseudoTerminal(int station)
+int serve(const SimulatorOptions& options, const sigset_t& waitingMask)
 {
-    const PseudoTerminal terminal;
-    // The line settings are the pseudo-terminal's own: libmodbus only gets its open end.
-    const std::unique_ptr<modbus_t, FreeContext> context(
-        modbus_new_rtu(terminal.path().c_str(), 38400, 'N', 8, 1));
-    if (!context || modbus_set_slave(context.get(), station) != 0 ||
-        modbus_set_socket(context.get(), terminal.descriptor()) != 0) {
-        std::fprintf(stderr, "kakb-sim: libmodbus: %s\n", modbus_strerror(errno));
-        return EXIT_LINK;
-    }
-    std::printf("%s\n", terminal.path().c_str());
+    const std::unique_ptr<std::ofstream> report = openOutput(options.reportFile);
+    const std::unique_ptr<std::ofstream> dump = openOutput(options.dumpFile);
+    const std::unique_ptr<LineEnd> line = openLine(options);
+    PlcStations stations(options.stations);
+    SignalSet signals(options.signals, options.seed);
+    const LinePacing pacing(options.line);
+    RequestHandler handler(stations, pacing, options.faults, options.seed);
+    ServerLoop loop(*line, handler, stations, signals, pacing);
+    std::printf("%s\n", line->address().c_str());
     std::fflush(stdout);
-    serve(context.get());
-    return EXIT_TERMINATED;
+    loop.run(stopRequested, waitingMask, options.untilStdinEnds);
+    if (report)
+        writeReport(*report, handler.counts(), loop.badFrames(), handler.silences(),
+                    loop.lateness());
+    if (dump) stations.dump(*dump);
+    return EXIT_ENDED;
 }
 
 } // namespace
 
 int main(int argc, char** argv)
 {
-    CLI::App app("Simulated PLC on a pseudo-terminal", "kakb-sim");
-    int station = 1;
-    app.add_option("--station", station, "station number")
-        ->check(CLI::Range(1, 247))
-        ->capture_default_str();
+    CLI::App app("Simulated PLC on a pseudo-terminal, a serial port or a TCP port", "kakb-sim");
     try {
-        app.parse(argc, argv);
-        stopOnSignals();
-        return runOnPseudoTerminal(station);
+        const SimulatorOptions options = parseOptions(app, argc, argv);
+        prctl(PR_SET_TIMERSLACK, FINEST_TIMER_SLACK_NS);
+        return serve(options, stopOnSignals());
     } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? EXIT_TERMINATED : EXIT_USAGE;
+        return app.exit(error) == 0 ? EXIT_ENDED : EXIT_USAGE;
     } catch (const std::exception& error) {
         std::fprintf(stderr, "kakb-sim: %s\n", error.what());
         return EXIT_LINK;

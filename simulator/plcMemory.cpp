@@ -4,7 +4,7 @@
 
 namespace {
 
-enum { UNITS = 65536, MARKER_BASE = 3000, WORD_BITS = 16 };
+enum { WORD_BITS = 16 };
 
 struct BitPlace
 {
@@ -14,8 +14,14 @@ struct BitPlace
 
 BitPlace placeOfCoil(int coil)
 {
-    const int base = coil < MARKER_BASE ? 0 : MARKER_BASE;
+    const int base = coil < PlcMemory::MARKER_BASE ? 0 : PlcMemory::MARKER_BASE;
     return {base + (coil - base) / WORD_BITS, (coil - base) % WORD_BITS};
+}
+
+uint16_t withBit(uint16_t word, int bit, bool on)
+{
+    const int mask = 1 << bit;
+    return static_cast<uint16_t>(on ? word | mask : word & ~mask);
 }
 
 int bigEndian(const uint8_t* at)
@@ -34,9 +40,8 @@ void PlcMemory::registersFromCoils(int firstCoil, int count)
 {
     for (int coil = firstCoil; coil < firstCoil + count && coil < UNITS; ++coil) {
         const BitPlace place = placeOfCoil(coil);
-        const int mask = 1 << place.bit;
         uint16_t& word = m_mapping->tab_registers[place.word];
-        word = static_cast<uint16_t>(m_mapping->tab_bits[coil] ? word | mask : word & ~mask);
+        word = withBit(word, place.bit, m_mapping->tab_bits[coil] != 0);
     }
 }
 
@@ -71,7 +76,40 @@ void PlcMemory::reflectWrite(const uint8_t* request)
     }
 }
 
-void PlcMemory::tick()
+uint16_t PlcMemory::holdingRegister(int number) const
 {
-    ++m_mapping->tab_input_registers[0];
+    return m_mapping->tab_registers[number];
+}
+
+void PlcMemory::setHoldingRegister(int number, uint16_t value)
+{
+    m_mapping->tab_registers[number] = value;
+    coilsFromRegisters(number, 1);
+}
+
+bool PlcMemory::coil(int number) const
+{
+    return m_mapping->tab_bits[number] != 0;
+}
+
+void PlcMemory::setCoil(int number, bool on)
+{
+    m_mapping->tab_bits[number] = on ? 1 : 0;
+    registersFromCoils(number, 1);
+}
+
+uint16_t PlcMemory::inputRegister(int number) const
+{
+    return m_mapping->tab_input_registers[number];
+}
+
+void PlcMemory::setInputRegister(int number, uint16_t value)
+{
+    m_mapping->tab_input_registers[number] = value;
+}
+
+void PlcMemory::setInputBit(int number, bool on)
+{
+    uint16_t& word = m_mapping->tab_input_registers[number / WORD_BITS];
+    word = withBit(word, number % WORD_BITS, on);
 }

@@ -9,7 +9,7 @@
 // The memory of one station as libmodbus serves it.
 //
 //   holding registers   QW from 0, MW from 3000
-//   input registers     IW
+//   input registers     IW; their bits are IX: bit k of word w is IX 16 w + k
 //   coils               bits of the holding registers: coil n below 3000 is bit n of QW memory,
 //                       coil 3000 + m is bit m of MW memory; bit k of word w is bit 16 w + k
 //
@@ -18,6 +18,8 @@
 class PlcMemory
 {
 public:
+    enum { UNITS = 65536, MARKER_BASE = 3000 }; // of each of the three kinds above
+
     PlcMemory();
 
     modbus_mapping_t* mapping() const
@@ -29,8 +31,16 @@ public:
     /// @param request  the request as received, from the station byte on
     void reflectWrite(const uint8_t* request);
 
-    /// Moves the input signals on: IW 0 counts requests.
-    void tick();
+    /// @name The PLC's own program; numbers as on the wire, 0 to UNITS - 1
+    /// @{
+    uint16_t holdingRegister(int number) const;
+    void setHoldingRegister(int number, uint16_t value);
+    bool coil(int number) const;
+    void setCoil(int number, bool on);
+    uint16_t inputRegister(int number) const;
+    void setInputRegister(int number, uint16_t value);
+    void setInputBit(int number, bool on);
+    /// @}
 
 private:
     void registersFromCoils(int firstCoil, int count);

@@ -1,24 +1,47 @@
 #include "pseudoTerminal.h"
 
+#include <fcntl.h>
+#include <limits.h>
 #include <pty.h>
+#include <sys/stat.h>
 #include <termios.h>
-#include <unistd.h>
 
 #include <cerrno>
-#include <system_error>
 
-PseudoTerminal::PseudoTerminal() : m_master(-1), m_slave(-1)
+PseudoTerminal::PseudoTerminal(const std::string& linkPath)
 {
-    char path[256] = {};
+    char path[PATH_MAX] = {};
     termios raw = {};
     cfmakeraw(&raw);
-    if (openpty(&m_master, &m_slave, path, &raw, nullptr) != 0)
-        throw std::system_error(errno, std::generic_category(), "no pseudo-terminal");
+    int master = -1;
+    int slave = -1;
+    if (openpty(&master, &slave, path, &raw, nullptr) != 0) failLink("pseudo-terminal");
+    m_descriptor.reset(master);
+    m_hostSide.reset(slave);
     m_path = path;
+    if (fcntl(master, F_SETFL, O_NONBLOCK) != 0) failLink(m_path);
+    if (!linkPath.empty()) makeLink(linkPath);
 }
 
 PseudoTerminal::~PseudoTerminal()
 {
-    close(m_slave);
-    close(m_master);
+    char target[PATH_MAX] = {};
+    if (m_linkPath.empty()) return;
+    // Another simulated PLC may have taken the link over.
+    if (readlink(m_linkPath.c_str(), target, sizeof target - 1) > 0 && m_path == target)
+        unlink(m_linkPath.c_str());
+}
+
+void PseudoTerminal::makeLink(const std::string& linkPath)
+{
+    struct stat found = {};
+    if (lstat(linkPath.c_str(), &found) == 0) {
+        if (!S_ISLNK(found.st_mode)) {
+            errno = EEXIST;
+            failLink(linkPath);
+        }
+        unlink(linkPath.c_str());
+    }
+    if (symlink(m_path.c_str(), linkPath.c_str()) != 0) failLink(linkPath);
+    m_linkPath = linkPath;
 }

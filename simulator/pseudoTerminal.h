@@ -1,31 +1,28 @@
 #ifndef PSEUDO_TERMINAL_H
 #define PSEUDO_TERMINAL_H
 
-#include <string>
+#include "terminalLine.h"
 
-/// A pseudo-terminal in raw mode. A host opens path() like a serial port; the bytes come and go at
-/// descriptor(). Throws std::system_error when the system has none left.
-class PseudoTerminal
+/// A pseudo-terminal in raw mode. A host opens address() like a serial port.
+class PseudoTerminal : public TerminalLine
 {
 public:
-    PseudoTerminal();
-    ~PseudoTerminal();
-    PseudoTerminal(const PseudoTerminal&) = delete;
-    PseudoTerminal& operator=(const PseudoTerminal&) = delete;
+    /// @param linkPath  a symbolic link to make for as long as this lives; empty: none. One that is
+    ///                  there already is replaced.
+    explicit PseudoTerminal(const std::string& linkPath);
+    ~PseudoTerminal() override;
 
-    int descriptor() const
-    {
-        return m_master;
-    }
-    const std::string& path() const
+    std::string address() const override
     {
         return m_path;
     }
 
 private:
-    int m_master;
-    int m_slave; // held open, so that the line does not hang up between two hosts
+    void makeLink(const std::string& linkPath);
+
+    UniqueDescriptor m_hostSide; // held open, so that the line does not hang up between two hosts
     std::string m_path;
+    std::string m_linkPath;
 };
 
 #endif

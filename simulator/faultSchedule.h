@@ -1,0 +1,45 @@
+#ifndef FAULT_SCHEDULE_H
+#define FAULT_SCHEDULE_H
+
+#include <array>
+#include <cstdint>
+#include <random>
+
+enum Fault {
+    FAULT_DROP,          ///< executed, reply not sent
+    FAULT_DROP_REQUEST,  ///< never seen
+    FAULT_CORRUPT,       ///< one bit of the reply flipped
+    FAULT_TRUNCATE,      ///< the reply's end is missing
+    FAULT_DUPLICATE,     ///< the reply twice
+    FAULT_DELAY,         ///< the reply late
+    FAULT_STRAY_BEFORE,  ///< 1 to 3 random bytes ahead of the reply
+    FAULT_STRAY_AFTER,   ///< 1 to 3 random bytes behind it
+    FAULT_WRONG_STATION, ///< the reply names another station, with the checksum that goes with it
+    FAULT_EXCEPTION,     ///< refused, not executed
+    FAULT_KINDS,
+    NO_FAULT = FAULT_KINDS
+};
+
+using FaultRates = std::array<double, FAULT_KINDS>;
+
+/// "drop", "drop-request", and so on.
+const char* faultName(Fault fault);
+
+/// Which fault each exchange has, at most one: the same for the same seed.
+class FaultSchedule
+{
+public:
+    /// @param rates      0 to 1 each, 1 at most together
+    /// @param exchanges  faults come in the first so many exchanges only; 0: always
+    FaultSchedule(const FaultRates& rates, unsigned seed, std::int64_t exchanges);
+
+    Fault next();
+
+private:
+    FaultRates m_rates;
+    std::mt19937 m_random;
+    std::int64_t m_exchanges;
+    std::int64_t m_drawn = 0;
+};
+
+#endif

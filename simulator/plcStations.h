@@ -1,0 +1,36 @@
+#ifndef PLC_STATIONS_H
+#define PLC_STATIONS_H
+
+#include "plcMemory.h"
+#include "signals.h"
+
+#include <map>
+#include <ostream>
+#include <vector>
+
+/// The stations on the line, each with its own memory.
+class PlcStations
+{
+public:
+    explicit PlcStations(const std::vector<int>& numbers);
+
+    /// Null when there is no such station.
+    PlcMemory* find(int station);
+
+    std::map<int, PlcMemory>& all()
+    {
+        return m_memories;
+    }
+
+    /// Puts a signal's value where the signal is; that of a station which is not there, nowhere.
+    void apply(const SignalValue& value);
+
+    /// A line "STATION AREA NUMBER VALUE" for every word that is not 0: QW, MW and IW, numbered as
+    /// on the wire.
+    void dump(std::ostream& out) const;
+
+private:
+    std::map<int, PlcMemory> m_memories;
+};
+
+#endif

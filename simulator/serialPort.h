@@ -1,0 +1,23 @@
+#ifndef SERIAL_PORT_H
+#define SERIAL_PORT_H
+
+#include "terminalLine.h"
+
+/// A serial port with 8 data bits, no parity and 1 stop bit.
+class SerialPort : public TerminalLine
+{
+public:
+    SerialPort(const std::string& device, int baud);
+
+    std::string address() const override
+    {
+        return m_device;
+    }
+
+private:
+    void configure(int baud);
+
+    std::string m_device;
+};
+
+#endif

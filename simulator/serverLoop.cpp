@@ -1,0 +1,147 @@
+#include "serverLoop.h"
+
+#include <poll.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <ctime>
+#include <limits>
+
+namespace {
+
+const std::int64_t SECOND_NS = 1000000000;
+const std::int64_t MILLISECOND_NS = 1000000;
+const std::int64_t NEVER = std::numeric_limits<std::int64_t>::max();
+
+// Waking up takes the system tens of microseconds, so the last ones are spent awake.
+const std::int64_t AWAKE_AHEAD_NS = 80000;
+
+std::int64_t monotonicNow()
+{
+    timespec now = {};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return std::int64_t(now.tv_sec) * SECOND_NS + now.tv_nsec;
+}
+
+timespec timeUntil(std::int64_t deadline)
+{
+    const std::int64_t left = std::max<std::int64_t>(0, deadline - monotonicNow());
+    timespec time = {};
+    time.tv_sec = static_cast<time_t>(left / SECOND_NS);
+    time.tv_nsec = static_cast<long>(left % SECOND_NS);
+    return time;
+}
+
+bool standardInputEnded()
+{
+    char ignored[256];
+    return read(STDIN_FILENO, ignored, sizeof ignored) <= 0;
+}
+
+} // namespace
+
+ServerLoop::ServerLoop(LineEnd& line, RequestHandler& handler, PlcStations& stations,
+                       SignalSet& signals, const LinePacing& pacing)
+    : m_line(line),
+      m_handler(handler),
+      m_stations(stations),
+      m_signals(signals),
+      m_pacing(pacing),
+      m_startedAt(monotonicNow())
+{
+}
+
+void ServerLoop::run(const volatile std::sig_atomic_t& stop, const sigset_t& waitingMask,
+                     bool untilStdinEnds)
+{
+    while (!stop) {
+        bool ready[WAITED_FOR] = {};
+        if (!waitForEvent(waitingMask, ready, untilStdinEnds)) continue;
+        const std::int64_t now = monotonicNow();
+        if (ready[STANDARD_INPUT] && standardInputEnded()) return;
+        if (ready[LISTENER]) {
+            acceptHost();
+        } else if (ready[LINE]) {
+            receive(now);
+        } else {
+            endSilentFrame(now);
+        }
+        sendDue();
+    }
+}
+
+/// False when a signal came in between.
+bool ServerLoop::waitForEvent(const sigset_t& waitingMask, bool (&ready)[WAITED_FOR],
+                              bool withInput)
+{
+    pollfd wanted[WAITED_FOR] = {};
+    wanted[LINE] = {m_line.descriptor(), POLLIN, 0};
+    wanted[LISTENER] = {m_line.listener(), POLLIN, 0};
+    wanted[STANDARD_INPUT] = {withInput ? STDIN_FILENO : -1, POLLIN, 0};
+    const std::int64_t deadline = nextDeadline();
+    const timespec left = timeUntil(deadline);
+    if (ppoll(wanted, WAITED_FOR, deadline == NEVER ? nullptr : &left, &waitingMask) < 0)
+        return false;
+    for (int i = 0; i < WAITED_FOR; ++i)
+        ready[i] = wanted[i].revents != 0;
+    return true;
+}
+
+std::int64_t ServerLoop::nextDeadline() const
+{
+    std::int64_t deadline = NEVER;
+    if (!m_outgoing.empty()) deadline = m_outgoing.front().dueAt - AWAKE_AHEAD_NS;
+    if (m_cutter.holdsBytes())
+        deadline = std::min(deadline, m_cutter.lastByteAt() + m_pacing.endOfFrameSilence());
+    return deadline;
+}
+
+void ServerLoop::acceptHost()
+{
+    m_line.acceptHost();
+    m_outgoing.clear();
+    m_cutter.reset();
+    m_handler.lineReset();
+}
+
+void ServerLoop::receive(std::int64_t at)
+{
+    m_cutter.add(m_line.receive(), at);
+    handleRequests();
+}
+
+/// Only when nothing was there to read: bytes that wait for us have not been silent.
+void ServerLoop::endSilentFrame(std::int64_t now)
+{
+    if (!m_cutter.holdsBytes()) return;
+    if (now < m_cutter.lastByteAt() + m_pacing.endOfFrameSilence()) return;
+    m_cutter.lineFellSilent();
+    handleRequests();
+}
+
+void ServerLoop::handleRequests()
+{
+    while (const std::optional<Request> request = m_cutter.take()) {
+        const std::int64_t sinceStart = request->lastByteAt - m_startedAt;
+        for (const SignalValue& value : m_signals.changes(sinceStart / MILLISECOND_NS))
+            m_stations.apply(value);
+        for (OutgoingPiece& piece : m_handler.handle(*request))
+            m_outgoing.push_back(std::move(piece));
+    }
+}
+
+/// One piece a turn, so that a host that talks in between is seen at its time.
+void ServerLoop::sendDue()
+{
+    if (m_outgoing.empty()) return;
+    const OutgoingPiece piece = m_outgoing.front();
+    std::int64_t now = monotonicNow();
+    if (piece.dueAt - now > AWAKE_AHEAD_NS) return;
+    while (now < piece.dueAt)
+        now = monotonicNow();
+    m_outgoing.pop_front();
+    m_line.send(piece.bytes);
+    if (!piece.endsFrame) return;
+    m_lateness.add(now - piece.dueAt);
+    m_handler.replyEnded(now + m_pacing.timeAfterWrite(piece.bytes.size()));
+}

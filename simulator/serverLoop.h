@@ -1,0 +1,56 @@
+#ifndef SERVER_LOOP_H
+#define SERVER_LOOP_H
+
+#include "lineEnd.h"
+#include "requestHandler.h"
+
+#include <csignal>
+#include <deque>
+
+/// Carries bytes between a line and the request handler, each at its time, in one thread.
+class ServerLoop
+{
+public:
+    /// @param signals  moved on before each request
+    ServerLoop(LineEnd& line, RequestHandler& handler, PlcStations& stations, SignalSet& signals,
+               const LinePacing& pacing);
+
+    /// Until `stop` is set by a signal, or standard input ends where that counts.
+    /// @param waitingMask  the signals blocked while waiting; those that end the loop are blocked
+    /// at
+    ///                     all other times, so that none is missed
+    void run(const volatile std::sig_atomic_t& stop, const sigset_t& waitingMask,
+             bool untilStdinEnds);
+
+    std::int64_t badFrames() const
+    {
+        return m_cutter.badFrames();
+    }
+    const Durations& lateness() const
+    {
+        return m_lateness;
+    }
+
+private:
+    enum { LINE, LISTENER, STANDARD_INPUT, WAITED_FOR };
+
+    bool waitForEvent(const sigset_t& waitingMask, bool (&ready)[WAITED_FOR], bool withInput);
+    std::int64_t nextDeadline() const;
+    void acceptHost();
+    void receive(std::int64_t at);
+    void endSilentFrame(std::int64_t now);
+    void handleRequests();
+    void sendDue();
+
+    LineEnd& m_line;
+    RequestHandler& m_handler;
+    PlcStations& m_stations;
+    SignalSet& m_signals;
+    LinePacing m_pacing;
+    RequestCutter m_cutter;
+    std::deque<OutgoingPiece> m_outgoing;
+    Durations m_lateness;
+    std::int64_t m_startedAt;
+};
+
+#endif

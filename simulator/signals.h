@@ -1,0 +1,68 @@
+#ifndef SIGNALS_H
+#define SIGNALS_H
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+enum Area { AREA_IW, AREA_QW, AREA_MW, AREA_IX, AREA_QX, AREA_MX };
+
+enum SignalKind {
+    SIGNAL_RAMP,    ///< from 0 to the amplitude within a period, then from 0 again
+    SIGNAL_SINE,    ///< from minus to plus amplitude, in two's complement
+    SIGNAL_TOGGLE,  ///< 0 for half a period, the amplitude for the other half
+    SIGNAL_COUNTER, ///< one up each period, from 0 again beyond the amplitude
+    SIGNAL_KINDS
+};
+
+struct SignalPlace
+{
+    int station = 1;
+    Area area = AREA_IW;
+    int number = 0; ///< as on the wire: MW and MX from 3000
+};
+
+struct Signal
+{
+    SignalPlace place;
+    SignalKind kind = SIGNAL_RAMP;
+    std::int64_t periodMs = 1000; ///< 1 to 86,400,000
+    int amplitude = 1;            ///< 1 to 65535, of a sine 32767
+};
+
+struct SignalValue
+{
+    SignalPlace place;
+    std::uint16_t value = 0; ///< of a bit 0 or 1
+};
+
+/// A signal from "STATION:AREA:NUMBER:KIND[:PERIOD_MS[:AMPLITUDE]]".
+/// @return what is wrong with the text; empty: nothing, and `signal` is set
+std::string parseSignal(const std::string& text, Signal& signal);
+
+/// A set that shows every kind, for each of the stations.
+std::vector<Signal> demoSignals(const std::vector<int>& stations);
+
+/// Moves signals on with the time that it is told.
+class SignalSet
+{
+public:
+    /// @param seed  decides where in its period each signal starts
+    SignalSet(const std::vector<Signal>& moving, unsigned seed);
+
+    /// Those that have another value than when last asked. A value that stays is not repeated, so
+    /// that what a host wrote there stands until the signal moves.
+    std::vector<SignalValue> changes(std::int64_t timeMs);
+
+private:
+    struct Moving
+    {
+        Signal signal;
+        std::int64_t phaseMs;
+        std::optional<std::uint16_t> last;
+    };
+    std::vector<Moving> m_moving;
+};
+
+#endif

@@ -1,0 +1,178 @@
+#include "simulatorOptions.h"
+
+#include <cstdio>
+#include <set>
+
+namespace {
+
+const int LAST_STATION = 247;
+const int SERIAL_BAUD = 38400; // the controllers' own
+const int SLOWEST_BAUD = 300;
+const int FASTEST_BAUD = 4000000;
+const int LONGEST_TURNAROUND_US = 10000000;
+const int LONGEST_DELAY_MS = 60000;
+const std::int64_t MICROSECOND_NS = 1000;
+const std::int64_t MILLISECOND_NS = 1000000;
+
+/// As they come from the command line, to be turned into SimulatorOptions.
+struct RawOptions
+{
+    std::vector<int> stations;
+    std::vector<std::string> ranges;
+    std::vector<std::string> signals;
+    std::vector<int> silentStations;
+    bool demoSignals = false;
+    int turnaroundUs = 0;
+    int delayMs = 700;
+};
+
+void addStations(CLI::App& app, RawOptions& raw)
+{
+    app.add_option("--station", raw.stations, "station, several times or as a list (default 1)")
+        ->check(CLI::Range(1, LAST_STATION))
+        ->delimiter(',');
+    app.add_option("--stations", raw.ranges, "stations from A to B, 1 to 247")->type_name("A-B");
+}
+
+void addLink(CLI::App& app, SimulatorOptions& options, RawOptions& raw)
+{
+    auto* const linkPath = app.add_option("--link-path", options.linkPath,
+                                          "symbolic link to the pseudo-terminal (default: none)");
+    auto* const serial = app.add_option("--serial", options.serialDevice,
+                                        "serve a serial port, 8N1, 38400 baud unless --baud is "
+                                        "given (default: a pseudo-terminal)");
+    auto* const tcp = app.add_option("--tcp", options.tcpPort,
+                                     "serve a TCP port, 0 for any free one (default: none)");
+    auto* const bind = app.add_option("--bind", options.bindAddress, "address of the TCP port");
+    auto* const baud = app.add_option("--baud", options.line.baud,
+                                      "let frames take as long as on the wire (default: no time)");
+    auto* const turnaround =
+        app.add_option("--turnaround-us", raw.turnaroundUs, "from request end to reply start");
+    app.add_flag("--trickle", options.line.byteByByte,
+                 "deliver each byte at its time, not each reply at its end")
+        ->needs(baud);
+    linkPath->type_name("FILE")->excludes(serial)->excludes(tcp);
+    serial->type_name("DEVICE")->excludes(tcp);
+    tcp->type_name("PORT")->check(CLI::Range(0, 65535));
+    bind->type_name("ADDRESS")->needs(tcp)->capture_default_str();
+    baud->check(CLI::Range(SLOWEST_BAUD, FASTEST_BAUD));
+    turnaround->check(CLI::Range(0, LONGEST_TURNAROUND_US))->capture_default_str();
+}
+
+void addSignals(CLI::App& app, SimulatorOptions& options, RawOptions& raw)
+{
+    app.add_option("--signal", raw.signals,
+                   "a memory place that moves by itself, several times (default: none)")
+        ->type_name("STATION:AREA:NUMBER:KIND[:PERIOD_MS[:AMPLITUDE]]");
+    app.add_flag("--demo-signals", raw.demoSignals, "a set of signals on every station");
+    app.add_option("--seed", options.seed, "decides signal phases and faults, 0 to 4294967295")
+        ->capture_default_str();
+}
+
+void addFaults(CLI::App& app, FaultSettings& faults, RawOptions& raw)
+{
+    static const char* const MEANINGS[FAULT_KINDS] = {
+        "reply not sent",           "request never seen",        "one bit of the reply flipped",
+        "end of the reply missing", "reply sent twice",          "reply late",
+        "1 to 3 stray bytes ahead", "1 to 3 stray bytes behind", "reply of another station",
+        "refused, not executed"};
+    for (std::size_t kind = 0; kind < FAULT_KINDS; ++kind)
+        app.add_option(std::string("--") + faultName(static_cast<Fault>(kind)), faults.rates[kind],
+                       std::string("share of exchanges: ") + MEANINGS[kind])
+            ->check(CLI::Range(0.0, 1.0))
+            ->capture_default_str();
+    app.add_option("--delay-ms", raw.delayMs, "how late --delay is")
+        ->check(CLI::Range(0, LONGEST_DELAY_MS))
+        ->capture_default_str();
+    app.add_option("--exception-code", faults.exceptionCode, "code of --exception")
+        ->check(CLI::Range(1, 255))
+        ->capture_default_str();
+    app.add_option("--silent", raw.silentStations,
+                   "station that never answers, several times (default: none)")
+        ->check(CLI::Range(1, LAST_STATION))
+        ->delimiter(',');
+    app.add_option("--fault-exchanges", faults.exchanges, "only the first N have faults; 0: all")
+        ->check(CLI::Range(0, 2000000000))
+        ->capture_default_str();
+}
+
+void addEnd(CLI::App& app, SimulatorOptions& options)
+{
+    app.add_option("--report", options.reportFile, "counts and times at the end (default: none)")
+        ->type_name("FILE");
+    app.add_option("--dump", options.dumpFile, "memory at the end (default: none)")
+        ->type_name("FILE");
+    app.add_flag("--until-stdin-ends", options.untilStdinEnds, "end when standard input does");
+}
+
+[[noreturn]] void refuse(const char* option, const std::string& why)
+{
+    throw CLI::ValidationError(option, why);
+}
+
+std::vector<int> stationsOf(const RawOptions& raw)
+{
+    std::set<int> all(raw.stations.begin(), raw.stations.end());
+    for (const std::string& range : raw.ranges) {
+        int first = 0;
+        int last = 0;
+        char rest = 0;
+        if (std::sscanf(range.c_str(), "%d-%d%c", &first, &last, &rest) != 2 || first < 1 ||
+            last > LAST_STATION || first > last)
+            refuse("--stations", "'" + range + "' is not A-B with 1 <= A <= B <= 247");
+        for (int station = first; station <= last; ++station)
+            all.insert(station);
+    }
+    if (all.empty()) all.insert(1);
+    return std::vector<int>(all.begin(), all.end());
+}
+
+std::vector<Signal> signalsOf(const RawOptions& raw, const std::vector<int>& stations)
+{
+    std::vector<Signal> all;
+    if (raw.demoSignals) all = demoSignals(stations);
+    const std::set<int> known(stations.begin(), stations.end());
+    for (const std::string& text : raw.signals) {
+        Signal signal;
+        const std::string trouble = parseSignal(text, signal);
+        if (!trouble.empty()) refuse("--signal", trouble);
+        if (known.count(signal.place.station) == 0)
+            refuse("--signal", "there is no station " + std::to_string(signal.place.station));
+        all.push_back(signal);
+    }
+    return all;
+}
+
+void checkFaults(const FaultRates& rates)
+{
+    const double rounding = 1e-9; // ten rates of 0.1 are meant to fit
+    double together = 0;
+    for (const double rate : rates)
+        together += rate;
+    if (together > 1 + rounding)
+        throw CLI::ValidationError("the fault rates are more than 1 together");
+}
+
+} // namespace
+
+SimulatorOptions parseOptions(CLI::App& app, int argc, char** argv)
+{
+    SimulatorOptions options;
+    RawOptions raw;
+    addStations(app, raw);
+    addLink(app, options, raw);
+    addSignals(app, options, raw);
+    addFaults(app, options.faults, raw);
+    addEnd(app, options);
+    app.parse(argc, argv);
+
+    checkFaults(options.faults.rates);
+    options.stations = stationsOf(raw);
+    options.signals = signalsOf(raw, options.stations);
+    options.faults.silentStations.insert(raw.silentStations.begin(), raw.silentStations.end());
+    options.faults.delayNs = raw.delayMs * MILLISECOND_NS;
+    options.line.turnaroundNs = raw.turnaroundUs * MICROSECOND_NS;
+    options.line.isSerialPort = !options.serialDevice.empty();
+    if (options.line.isSerialPort && options.line.baud == 0) options.line.baud = SERIAL_BAUD;
+    return options;
+}

@@ -1,0 +1,33 @@
+#ifndef SIMULATOR_OPTIONS_H
+#define SIMULATOR_OPTIONS_H
+
+#include "linePacing.h"
+#include "requestHandler.h"
+#include "signals.h"
+
+#include <CLI/CLI.hpp>
+
+#include <string>
+#include <vector>
+
+/// What the command line asks for.
+struct SimulatorOptions
+{
+    std::vector<int> stations; ///< in order, each once
+    std::string linkPath;
+    std::string serialDevice; ///< empty: none
+    int tcpPort = -1;         ///< -1: none; 0: any that is free
+    std::string bindAddress = "127.0.0.1";
+    LineSettings line;
+    std::vector<Signal> signals;
+    unsigned seed = 1;
+    FaultSettings faults;
+    std::string reportFile;
+    std::string dumpFile;
+    bool untilStdinEnds = false;
+};
+
+/// Throws CLI::ParseError, also for --help.
+SimulatorOptions parseOptions(CLI::App& app, int argc, char** argv);
+
+#endif

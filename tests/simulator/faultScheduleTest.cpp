@@ -1,0 +1,82 @@
+#include "faultSchedule.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+#include <string>
+
+namespace {
+
+const int DRAWS = 100000;
+
+std::array<int, FAULT_KINDS + 1> counted(const FaultRates& rates, unsigned seed)
+{
+    FaultSchedule schedule(rates, seed, 0);
+    std::array<int, FAULT_KINDS + 1> counts = {};
+    for (int i = 0; i < DRAWS; ++i)
+        ++counts[schedule.next()];
+    return counts;
+}
+
+} // namespace
+
+TEST(FaultSchedule, WithoutRatesThereIsNoFault)
+{
+    EXPECT_EQ(DRAWS, counted({}, 1)[NO_FAULT]);
+}
+
+TEST(FaultSchedule, ARateOfOneHitsEveryExchange)
+{
+    for (std::size_t kind = 0; kind < FAULT_KINDS; ++kind) {
+        FaultRates rates = {};
+        rates[kind] = 1;
+        EXPECT_EQ(DRAWS, counted(rates, 1)[kind]) << kind;
+    }
+}
+
+TEST(FaultSchedule, EachKindComesAsOftenAsItsRate)
+{
+    FaultRates rates = {};
+    for (std::size_t kind = 0; kind < FAULT_KINDS; ++kind)
+        rates[kind] = 0.01 * double(kind + 1); // 0.55 together
+    const std::array<int, FAULT_KINDS + 1> counts = counted(rates, 7);
+    // Five standard deviations of the widest binomial, sqrt(100000 * 0.1 * 0.9) = 95
+    for (std::size_t kind = 0; kind < FAULT_KINDS; ++kind)
+        EXPECT_NEAR(rates[kind] * DRAWS, counts[kind], 475) << kind;
+    EXPECT_NEAR(0.45 * DRAWS, counts[NO_FAULT], 787); // sqrt(100000 * 0.45 * 0.55) = 157
+}
+
+TEST(FaultSchedule, ASeedDecidesTheOrder)
+{
+    FaultRates rates = {};
+    rates.fill(0.1);
+    FaultSchedule first(rates, 3, 0);
+    FaultSchedule same(rates, 3, 0);
+    FaultSchedule other(rates, 4, 0);
+    int differences = 0;
+    for (int i = 0; i < 1000; ++i) {
+        const Fault fault = first.next();
+        EXPECT_EQ(fault, same.next()) << i;
+        if (fault != other.next()) ++differences;
+    }
+    EXPECT_GT(differences, 500);
+}
+
+TEST(FaultSchedule, StopsAfterItsExchanges)
+{
+    FaultRates rates = {};
+    rates[FAULT_CORRUPT] = 1;
+    FaultSchedule schedule(rates, 1, 3);
+    for (int i = 0; i < 3; ++i)
+        EXPECT_EQ(FAULT_CORRUPT, schedule.next()) << i;
+    for (int i = 0; i < 100; ++i)
+        EXPECT_EQ(NO_FAULT, schedule.next()) << i;
+}
+
+TEST(FaultSchedule, EveryKindHasItsOwnName)
+{
+    std::set<std::string> names;
+    for (int kind = 0; kind <= FAULT_KINDS; ++kind)
+        names.insert(faultName(static_cast<Fault>(kind)));
+    EXPECT_EQ(std::size_t(FAULT_KINDS) + 1, names.size());
+}

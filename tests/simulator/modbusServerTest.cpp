@@ -1,0 +1,104 @@
+#include "modbusServer.h"
+
+#include "hexText.h"
+
+#include <gtest/gtest.h>
+
+// Requests and replies are as pymodbus 3.0's RTU framer builds them.
+
+namespace {
+
+class Served : public ::testing::Test
+{
+protected:
+    std::string reply(const std::string& request)
+    {
+        return hexOf(m_server.serve(bytesOf(request), m_stations));
+    }
+    PlcMemory& memory(int station)
+    {
+        return *m_stations.find(station);
+    }
+
+    PlcStations m_stations{{1, 2}};
+    ModbusServer m_server;
+};
+
+} // namespace
+
+TEST_F(Served, RegistersWrittenAreRead)
+{
+    EXPECT_EQ("01 06 0B B9 04 D2 D8 96", reply("01 06 0B B9 04 D2 D8 96"));
+    EXPECT_EQ(1234, memory(1).holdingRegister(3001));
+    EXPECT_EQ("01 10 00 0A 00 03 A0 0A", reply("01 10 00 0A 00 03 06 00 01 00 02 FF FF 5B 10"));
+    EXPECT_EQ("01 03 06 00 01 00 02 FF FF BC C5", reply("01 03 00 0A 00 03 25 C9"));
+}
+
+TEST_F(Served, AWrittenBitIsSeenByARegisterRead)
+{
+    EXPECT_EQ("01 05 0B C9 FF 00 5E 20", reply("01 05 0B C9 FF 00 5E 20")); // MX 3017 on
+    EXPECT_EQ("01 03 02 00 02 39 85", reply("01 03 0B B9 00 01 57 CB"));    // MW 3001
+    EXPECT_EQ("01 05 0B C9 00 00 1F D0", reply("01 05 0B C9 00 00 1F D0")); // MX 3017 off
+    EXPECT_EQ(0, memory(1).holdingRegister(3001));
+}
+
+TEST_F(Served, SeveralWrittenBitsAreSeenByARegisterRead)
+{
+    EXPECT_EQ("01 0F 00 00 00 10 54 07", reply("01 0F 00 00 00 10 02 1F 80 EB B0"));
+    EXPECT_EQ("01 03 02 80 1F 98 4C", reply("01 03 00 00 00 01 84 0A"));
+}
+
+TEST_F(Served, WrittenRegistersAreSeenAsCoils)
+{
+    reply("01 06 0B B9 04 D2 D8 96"); // MW 3001 = 1234 = 0x04D2
+    for (int bit = 0; bit < 16; ++bit)
+        EXPECT_EQ((1234 >> bit & 1) != 0, memory(1).coil(3016 + bit)) << bit;
+    reply("01 10 00 0A 00 03 06 00 01 00 02 FF FF 5B 10"); // QW 10 to 12 = 1, 2, 65535
+    EXPECT_TRUE(memory(1).coil(160));
+    EXPECT_TRUE(memory(1).coil(177));
+    EXPECT_TRUE(memory(1).coil(207));
+}
+
+TEST_F(Served, InputRegistersAreReadByFunctionFour)
+{
+    memory(1).setInputBit(0, true);
+    memory(1).setInputBit(15, true);
+    EXPECT_EQ("01 04 02 80 01 19 30", reply("01 04 00 00 00 01 31 CA"));
+}
+
+TEST_F(Served, EachStationHasItsOwnMemory)
+{
+    reply("02 0F 00 00 00 10 02 1F 80 FF 40");
+    EXPECT_EQ(0x801F, memory(2).holdingRegister(0));
+    EXPECT_EQ(0, memory(1).holdingRegister(0));
+}
+
+TEST_F(Served, ABroadcastIsExecutedByAllAndAnsweredByNone)
+{
+    EXPECT_EQ("", reply("00 06 00 C8 00 4D C9 D0"));
+    EXPECT_EQ("", reply("00 10 00 0A 00 03 06 00 01 00 02 FF FF 59 91"));
+    for (const int station : {1, 2}) {
+        EXPECT_EQ(77, memory(station).holdingRegister(200)) << station;
+        EXPECT_EQ(0xFFFF, memory(station).holdingRegister(12)) << station;
+    }
+    EXPECT_EQ("01 03 06 00 01 00 02 FF FF BC C5", reply("01 03 00 0A 00 03 25 C9"));
+}
+
+TEST_F(Served, AStationThatIsNotThereDoesNotAnswer)
+{
+    EXPECT_EQ("", reply("03 03 00 00 00 01 85 E8"));
+    EXPECT_EQ("01 03 02 00 00 B8 44", reply("01 03 00 00 00 01 84 0A"));
+}
+
+TEST_F(Served, WhatTheDeviceCannotDoIsRefused)
+{
+    EXPECT_EQ("01 81 01 81 90", reply("01 01 00 00 00 08 3D CC")); // reads coils
+    EXPECT_EQ("01 83 02 C0 F1", reply("01 03 FF FF 00 02 C4 2F")); // past the last register
+    EXPECT_EQ("01 83 03 01 31", reply("01 03 00 00 00 7E C5 EA")); // 126 registers
+}
+
+TEST_F(Served, ARequestThatIsRefusedLeavesNothingBehind)
+{
+    reply("01 03 00 00 00 7E C5 EA");
+    EXPECT_EQ("01 06 0B B9 04 D2 D8 96", reply("01 06 0B B9 04 D2 D8 96"));
+}

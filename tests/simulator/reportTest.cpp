@@ -1,0 +1,57 @@
+#include "report.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <sstream>
+
+namespace {
+
+std::map<std::string, long> reported(const ExchangeCounts& counts, const Durations& silences)
+{
+    std::stringstream text;
+    writeReport(text, counts, 9, silences, Durations());
+    std::map<std::string, long> lines;
+    std::string key;
+    for (long value = 0; text >> key >> value;)
+        lines[key] = value;
+    return lines;
+}
+
+} // namespace
+
+TEST(Report, HasALineForEachCount)
+{
+    ExchangeCounts counts;
+    counts.requests = 1;
+    counts.replies = 2;
+    counts.broadcasts = 3;
+    counts.foreign = 4;
+    counts.silent = 5;
+    const char* const keys[FAULT_KINDS] = {
+        "drop",  "drop_request", "corrupt",     "truncate",      "duplicate",
+        "delay", "stray_before", "stray_after", "wrong_station", "exception"};
+    for (std::size_t kind = 0; kind < FAULT_KINDS; ++kind)
+        counts.faults[kind] = 100 + std::int64_t(kind);
+    std::map<std::string, long> lines = reported(counts, Durations());
+    EXPECT_EQ(1, lines["requests"]);
+    EXPECT_EQ(2, lines["replies"]);
+    EXPECT_EQ(3, lines["broadcasts"]);
+    EXPECT_EQ(4, lines["foreign"]);
+    EXPECT_EQ(5, lines["silent"]);
+    EXPECT_EQ(9, lines["bad_frames"]);
+    for (std::size_t kind = 0; kind < FAULT_KINDS; ++kind)
+        EXPECT_EQ(100 + long(kind), lines[keys[kind]]) << keys[kind];
+}
+
+TEST(Report, SilencesAreRoundedDownToMicroseconds)
+{
+    Durations silences;
+    for (const std::int64_t ns : {1749999, 2000500, -1})
+        silences.add(ns);
+    std::map<std::string, long> lines = reported(ExchangeCounts(), silences);
+    EXPECT_EQ(3, lines["silence_count"]);
+    EXPECT_EQ(-1, lines["silence_min_us"]);
+    EXPECT_EQ(1749, lines["silence_median_us"]);
+    EXPECT_EQ(2000, lines["silence_p99_us"]);
+}

@@ -1,0 +1,163 @@
+#include "requestHandler.h"
+
+#include "hexText.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+const std::int64_t MS = 1000000;
+
+// pymodbus 3.0's RTU framer
+const char* const WRITE = "01 06 0B B9 04 D2 D8 96";     // MW 3001 = 1234; the reply is the same
+const char* const READ = "01 03 00 00 00 01 84 0A";      // the reply has 7 bytes
+const char* const BROADCAST = "00 06 00 C8 00 4D C9 D0"; // QW 200 = 77
+const char* const BUSY = "01 83 06 C1 32";
+
+class HandledRequests : public ::testing::Test
+{
+protected:
+    RequestHandler& handler()
+    {
+        if (!m_handler)
+            m_handler =
+                std::make_unique<RequestHandler>(m_stations, LinePacing(m_line), m_faults, 1);
+        return *m_handler;
+    }
+    std::vector<OutgoingPiece> handle(const char* hex, std::int64_t at)
+    {
+        Request request;
+        request.bytes = bytesOf(hex);
+        request.firstByteAt = at;
+        request.lastByteAt = at;
+        return handler().handle(request);
+    }
+    void expectOne(const std::vector<OutgoingPiece>& pieces, const char* hex, std::int64_t dueAt)
+    {
+        ASSERT_EQ(1u, pieces.size());
+        EXPECT_EQ(hex, hexOf(pieces[0].bytes));
+        EXPECT_EQ(dueAt, pieces[0].dueAt);
+    }
+    void always(Fault fault)
+    {
+        m_faults.rates[fault] = 1;
+    }
+    int marker()
+    {
+        return m_stations.find(1)->holdingRegister(3001);
+    }
+
+    PlcStations m_stations{{1, 2}};
+    LineSettings m_line;
+    FaultSettings m_faults;
+
+private:
+    std::unique_ptr<RequestHandler> m_handler;
+};
+
+} // namespace
+
+TEST_F(HandledRequests, AnUnpacedReplyIsDueAtOnce)
+{
+    expectOne(handle(WRITE, 5 * MS), WRITE, 5 * MS);
+    EXPECT_EQ(1, handler().counts().requests);
+    EXPECT_EQ(1, handler().counts().replies);
+}
+
+TEST_F(HandledRequests, APacedReplyIsDueAfterRequestTurnaroundAndReply)
+{
+    m_line.baud = 10000; // a byte takes 1 ms
+    m_line.turnaroundNs = 3 * MS;
+    expectOne(handle(WRITE, 100 * MS), WRITE, (100 + 8 + 3 + 8) * MS);
+}
+
+TEST_F(HandledRequests, AReplyQueuesBehindTheOneBefore)
+{
+    m_line.baud = 10000;
+    m_faults.exchanges = 1;
+    m_faults.delayNs = 700 * MS;
+    always(FAULT_DELAY);
+    expectOne(handle(WRITE, 0), WRITE, (8 + 700 + 8) * MS);
+    expectOne(handle(WRITE, 500 * MS), WRITE, (8 + 700 + 8 + 8) * MS);
+    expectOne(handle(WRITE, 900 * MS), WRITE, (900 + 8 + 8) * MS);
+    EXPECT_EQ(1, handler().counts().faults[FAULT_DELAY]);
+}
+
+TEST_F(HandledRequests, ABroadcastIsExecutedWithoutAReply)
+{
+    EXPECT_TRUE(handle(BROADCAST, 0).empty());
+    EXPECT_EQ(77, m_stations.find(1)->holdingRegister(200));
+    EXPECT_EQ(77, m_stations.find(2)->holdingRegister(200));
+    EXPECT_EQ(1, handler().counts().broadcasts);
+    EXPECT_EQ(0, handler().counts().replies);
+}
+
+TEST_F(HandledRequests, ADroppedReplysRequestIsExecuted)
+{
+    always(FAULT_DROP);
+    EXPECT_TRUE(handle(WRITE, 0).empty());
+    EXPECT_EQ(1234, marker());
+    EXPECT_EQ(1, handler().counts().faults[FAULT_DROP]);
+    EXPECT_EQ(0, handler().counts().replies);
+}
+
+TEST_F(HandledRequests, ADroppedRequestIsNotExecuted)
+{
+    always(FAULT_DROP_REQUEST);
+    EXPECT_TRUE(handle(WRITE, 0).empty());
+    EXPECT_EQ(0, marker());
+    EXPECT_EQ(1, handler().counts().faults[FAULT_DROP_REQUEST]);
+}
+
+TEST_F(HandledRequests, ARefusedRequestIsNotExecuted)
+{
+    always(FAULT_EXCEPTION);
+    expectOne(handle(READ, 0), BUSY, 0);
+    EXPECT_EQ(1u, handle(WRITE, 0).size());
+    EXPECT_EQ(0, marker());
+}
+
+TEST_F(HandledRequests, ASilentStationExecutesNothing)
+{
+    m_faults.silentStations = {1};
+    EXPECT_TRUE(handle(WRITE, 0).empty());
+    EXPECT_EQ(0, marker());
+    EXPECT_EQ(1, handler().counts().silent);
+}
+
+TEST_F(HandledRequests, AStationThatIsNotHereIsCountedAsForeign)
+{
+    EXPECT_TRUE(handle("03 03 00 00 00 01 85 E8", 0).empty());
+    EXPECT_EQ(1, handler().counts().foreign);
+    EXPECT_EQ(0, handler().counts().replies);
+}
+
+TEST_F(HandledRequests, TheSilenceRunsFromTheReplysEndToTheNextRequest)
+{
+    m_line.baud = 10000;
+    handle(READ, 100 * MS);
+    handler().replyEnded(116 * MS);
+    handle(READ, 120 * MS);
+    ASSERT_EQ(1u, handler().silences().count());
+    EXPECT_EQ(4 * MS, handler().silences().quantile(0));
+}
+
+TEST_F(HandledRequests, AfterABroadcastTheSilenceRunsFromItsEndOnTheWire)
+{
+    m_line.baud = 10000;
+    handle(BROADCAST, 0);
+    handle(READ, 108 * MS);
+    EXPECT_EQ(100 * MS, handler().silences().quantile(0));
+}
+
+TEST_F(HandledRequests, ANewHostFindsAFreeLine)
+{
+    m_line.baud = 10000;
+    m_faults.delayNs = 60000 * MS;
+    m_faults.exchanges = 1;
+    always(FAULT_DELAY);
+    handle(WRITE, 0);
+    handler().lineReset();
+    expectOne(handle(WRITE, 20 * MS), WRITE, (20 + 8 + 8) * MS);
+    EXPECT_EQ(0u, handler().silences().count());
+}

@@ -1,0 +1,93 @@
+#include "simulatorOptions.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+SimulatorOptions parsed(std::vector<std::string> words)
+{
+    words.insert(words.begin(), "kakb-sim");
+    std::vector<char*> arguments;
+    for (std::string& word : words)
+        arguments.push_back(&word[0]);
+    CLI::App app("", "kakb-sim");
+    return parseOptions(app, int(arguments.size()), arguments.data());
+}
+
+} // namespace
+
+TEST(SimulatorOptions, WithoutAnyThereIsOneStationWithoutPacingOrFaults)
+{
+    const SimulatorOptions options = parsed({});
+    EXPECT_EQ(std::vector<int>{1}, options.stations);
+    EXPECT_EQ(0, options.line.baud);
+    EXPECT_EQ(-1, options.tcpPort);
+    EXPECT_EQ(FaultRates{}, options.faults.rates);
+    EXPECT_TRUE(options.signals.empty());
+}
+
+TEST(SimulatorOptions, StationsAreGivenSinglyAsAListOrAsARange)
+{
+    const SimulatorOptions options =
+        parsed({"--station", "9", "--station", "247,3", "--stations", "2-4"});
+    EXPECT_EQ((std::vector<int>{2, 3, 4, 9, 247}), options.stations);
+}
+
+TEST(SimulatorOptions, EachFaultHasItsRate)
+{
+    for (int kind = 0; kind < FAULT_KINDS; ++kind) {
+        const std::string option = std::string("--") + faultName(static_cast<Fault>(kind));
+        EXPECT_EQ(0.25, parsed({option, "0.25"}).faults.rates[std::size_t(kind)]) << option;
+    }
+}
+
+TEST(SimulatorOptions, TimesAreTurnedIntoNanoseconds)
+{
+    const SimulatorOptions options = parsed({"--turnaround-us", "10000000", "--delay-ms", "60000"});
+    EXPECT_EQ(10000000000, options.line.turnaroundNs);
+    EXPECT_EQ(60000000000, options.faults.delayNs);
+}
+
+TEST(SimulatorOptions, ASerialPortHasABaudRateOfItsOwn)
+{
+    EXPECT_EQ(38400, parsed({"--serial", "/dev/ttyS0"}).line.baud);
+    EXPECT_EQ(9600, parsed({"--serial", "/dev/ttyS0", "--baud", "9600"}).line.baud);
+}
+
+TEST(SimulatorOptions, RatesMayAddUpToOne)
+{
+    std::vector<std::string> words;
+    for (int kind = 0; kind < FAULT_KINDS; ++kind) {
+        words.push_back(std::string("--") + faultName(static_cast<Fault>(kind)));
+        words.push_back("0.1");
+    }
+    EXPECT_NO_THROW(parsed(words));
+}
+
+TEST(SimulatorOptions, WhatCannotBeIsAUsageError)
+{
+    const std::vector<std::string> rows[] = {
+        {"--station", "0"},
+        {"--station", "248"},
+        {"--stations", "4-2"},
+        {"--stations", "1-248"},
+        {"--stations", "1-2x"},
+        {"--tcp", "65536"},
+        {"--tcp", "0", "--serial", "/dev/ttyS0"},
+        {"--tcp", "0", "--link-path", "x"},
+        {"--bind", "127.0.0.1"},
+        {"--baud", "299"},
+        {"--trickle"},
+        {"--turnaround-us", "10000001"},
+        {"--signal", "1:IW:0:wave"},
+        {"--signal", "2:IW:0:ramp"},
+        {"--drop", "1.1"},
+        {"--drop", "0.6", "--delay", "0.6"},
+        {"--exception-code", "0"},
+        {"--silent", "0"},
+        {"--fault-exchanges", "-1"},
+        {"--no-such-option"},
+    };
+    for (const std::vector<std::string>& row : rows)
+        EXPECT_THROW(parsed(row), CLI::ParseError) << row[0] << ' ' << row.back();
+}
