@@ -1,9 +1,20 @@
 #!/usr/bin/env bash
-# Installs what is missing, builds, and runs the driver against a simulated PLC: polling, writing
-# and a recipe round trip. Ends by itself.
-# usage: ./demo.sh [options of kakb-host demo]
+# Installs what is missing, builds, and shows the driver at work on a simulated PLC: watching every
+# area and type, writing, and a recipe round trip. On a terminal the watch is a table; it ends by
+# itself.
+# usage: ./demo.sh [SECONDS]
+#   SECONDS   how long to watch, 1 or more (default: 10 on a terminal, else 3)
+# Exit status: 0 all went well, 1 usage, else the status of the kakb-host call that failed.
 set -euo pipefail
 cd "$(dirname "$0")"
+
+seconds=3
+[ ! -t 1 ] || seconds=10
+case "${1:-}" in
+"") ;;
+*[!0-9]* | 0*) sed -n '2,7s/^# //p' "$0"; exit 1 ;;
+*) seconds=$1 ;;
+esac
 
 scripts/install-dependencies.sh demo
 # The tests are configured by test.sh, which also installs what they need.
@@ -11,4 +22,4 @@ if [ ! -f build/qt5/build.ninja ]; then
     cmake --preset qt5 -DKAKB_BUILD_TESTS=OFF
 fi
 cmake --build --preset qt5 --target kakb-host kakb-sim driver
-build/qt5/bin/kakb-host demo "$@"
+exec demo/session.sh build/qt5/bin "$seconds"

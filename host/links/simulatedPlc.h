@@ -5,11 +5,11 @@
 #include <QString>
 
 /// The simulated PLC as a process beside the host. The constructor throws LinkError when it does
-/// not start; the destructor ends it.
+/// not start; the destructor ends it, and so does the end of this process, however it comes.
 class SimulatedPlc
 {
 public:
-    explicit SimulatedPlc(const QString& program);
+    SimulatedPlc(const QString& program, const QStringList& arguments);
     ~SimulatedPlc();
 
     /// The pseudo-terminal that it serves.

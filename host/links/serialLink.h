@@ -1,0 +1,25 @@
+#ifndef SERIAL_LINK_H
+#define SERIAL_LINK_H
+
+#include "exchange/lineTiming.h"
+#include "links/link.h"
+
+#include <QSerialPort>
+
+/// A serial port, or a pseudo-terminal that stands for one.
+class SerialLink : public Link
+{
+public:
+    SerialLink(const QString& device, const LineSettings& settings);
+
+    void write(const QByteArray& bytes) override;
+    QByteArray read() override;
+    int descriptor() const override;
+
+private:
+    LinkError error() const;
+
+    QSerialPort m_port;
+};
+
+#endif

@@ -1,0 +1,152 @@
+#include "session/communication.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace {
+
+enum { LONGEST_PAUSE_MS = 30000, MICROSECONDS_PER_MS = 1000 };
+
+const qint64 FOR_EVER = -1;
+
+} // namespace
+
+Communication::Communication(const DriverLibrary& driver, const Settings& settings,
+                             HostBoard& board)
+    : m_driver(driver), m_settings(settings), m_board(board), m_pauseMs(settings.firstPauseMs)
+{
+    m_clock.start();
+}
+
+Communication::~Communication()
+{
+    m_stop = true;
+    m_wait.wake();
+    wait();
+}
+
+void Communication::start()
+{
+    QThread::start();
+}
+
+qint64 Communication::now() const
+{
+    return m_clock.nsecsElapsed() / 1000;
+}
+
+void Communication::poll(const std::vector<Tag>& tags, const std::vector<ReadBlock>& blocks)
+{
+    post([tags, blocks](HostSession& session) { session.poll(tags, blocks); });
+}
+
+void Communication::know(const std::vector<Tag>& tags, const std::vector<ReadBlock>& blocks)
+{
+    post([tags, blocks](HostSession& session) { session.know(tags, blocks); });
+}
+
+void Communication::write(int job, const std::vector<ElementWrite>& elements)
+{
+    post([job, elements](HostSession& session) { session.write(job, elements); });
+}
+
+void Communication::readOnce(int job, const std::vector<ReadBlock>& blocks)
+{
+    post([job, blocks](HostSession& session) { session.readOnce(job, blocks); });
+}
+
+void Communication::transfer(const RecipeJob& recipe)
+{
+    post([recipe](HostSession& session) { session.transfer(recipe); });
+}
+
+void Communication::post(Work work)
+{
+    {
+        const std::lock_guard<std::mutex> lock(m_workMutex);
+        m_work.push_back(std::move(work));
+    }
+    m_wait.wake();
+}
+
+void Communication::takeWork(HostSession& session)
+{
+    std::vector<Work> work;
+    {
+        const std::lock_guard<std::mutex> lock(m_workMutex);
+        std::swap(work, m_work);
+    }
+    for (const Work& one : work)
+        one(session);
+}
+
+void Communication::run()
+{
+    WakeableWait::makePunctual();
+    DriverSession driver(m_driver, m_settings.attempts);
+    HostSession session(driver, m_settings.timing, m_settings.times, m_board);
+    while (!m_stop)
+        runOnce(session);
+}
+
+/// From one opening of the link to its loss.
+void Communication::runOnce(HostSession& session)
+{
+    try {
+        const std::unique_ptr<Link> link = m_settings.openLink();
+        m_lossTold = false;
+        m_board.linkChanged(true, QString(), now());
+        session.linkBack(now());
+        exchange(session, *link);
+    } catch (const LinkError& error) {
+        if (!std::exchange(m_lossTold, true)) {
+            const QString trouble = QString::fromUtf8(error.what());
+            session.linkLost(QLatin1String("link lost: ") + trouble, now());
+            m_board.linkChanged(false, trouble, now());
+        }
+        pauseAfterLoss(session);
+    }
+}
+
+/// Jobs that come meanwhile only queue up.
+void Communication::pauseAfterLoss(HostSession& session)
+{
+    const qint64 end = now() + qint64(m_pauseMs) * MICROSECONDS_PER_MS;
+    m_pauseMs = std::min(2 * m_pauseMs, int(LONGEST_PAUSE_MS));
+    while (!m_stop && now() < end) {
+        takeWork(session);
+        m_wait.wait(-1, end - now());
+    }
+}
+
+void Communication::exchange(HostSession& session, Link& link)
+{
+    while (!m_stop) {
+        takeWork(session);
+        const ExchangeMachine::Step step = session.advance(now());
+        if (!step.send.isEmpty()) send(link, step.send);
+        const qint64 left = step.idle ? FOR_EVER : std::max<qint64>(step.wakeAt - now(), 0);
+        if (m_wait.wait(link.descriptor(), left)) receive(session, link);
+    }
+}
+
+void Communication::send(Link& link, const QByteArray& request)
+{
+    const qint64 start = now();
+    link.write(request);
+    m_board.frame(FrameRecord::SENT, request, start);
+    m_board.wireTaken(start - m_settings.timing.silentInterval(),
+                      start + m_settings.timing.frame(int(request.size())));
+}
+
+void Communication::receive(HostSession& session, Link& link)
+{
+    const QByteArray bytes = link.read();
+    if (bytes.isEmpty()) return;
+    const qint64 end = now();
+    m_pauseMs = m_settings.firstPauseMs;
+    m_board.frame(FrameRecord::RECEIVED, bytes, end);
+    m_board.wireTaken(
+        end - m_settings.timing.frame(int(bytes.size())) - m_settings.timing.silentInterval(), end);
+    session.received(bytes, end);
+}

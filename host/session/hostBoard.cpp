@@ -1,0 +1,160 @@
+#include "session/hostBoard.h"
+
+#include <algorithm>
+#include <chrono>
+#include <utility>
+
+HostBoard::HostBoard(size_t tags, bool keepFrames)
+    : m_keepFrames(keepFrames), m_tags(tags), m_wire(0)
+{
+}
+
+/// With the mutex held.
+void HostBoard::news()
+{
+    m_hasNews = true;
+    m_somethingNew.notify_one();
+}
+
+void HostBoard::noteChange(int tag, qint64 now)
+{
+    if (m_news.changes.size() < MOST_CHANGES)
+        m_news.changes.push_back({tag, now, m_tags[size_t(tag)]});
+    else
+        ++m_news.changesMissed;
+    news();
+}
+
+void HostBoard::tagRead(int tag, const QByteArray& bytes, qint64 now)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    TagState& state = m_tags[size_t(tag)];
+    const bool changed = state.bytes != bytes;
+    const bool wasGood = state.good;
+    if (changed && !state.bytes.isEmpty()) ++state.changes;
+    state.bytes = bytes;
+    state.readAt = now;
+    state.good = true;
+    state.trouble.clear();
+    if (changed || !wasGood) noteChange(tag, now);
+}
+
+void HostBoard::tagValue(int tag, const QByteArray& bytes, qint64 now)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    TagState& state = m_tags[size_t(tag)];
+    if (state.bytes == bytes) return;
+    if (!state.bytes.isEmpty()) ++state.changes;
+    state.bytes = bytes;
+    noteChange(tag, now);
+}
+
+void HostBoard::tagsBad(const std::vector<int>& tags, const QString& trouble, qint64 now)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    for (const int tag : tags) {
+        TagState& state = m_tags[size_t(tag)];
+        if (!state.good && state.trouble == trouble) continue;
+        state.good = false;
+        state.trouble = trouble;
+        noteChange(tag, now);
+    }
+}
+
+void HostBoard::jobEnded(const JobEnd& end)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_news.jobEnds.push_back(end);
+    news();
+}
+
+void HostBoard::recipeProgress(int, int done)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_news.recipeBlocksDone = done;
+    news();
+}
+
+void HostBoard::exchanged(const FINISHED_EXCHANGE& finished, qint64)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (finished.result == REPLY_RETRY) {
+        ++m_figures.retries;
+        return;
+    }
+    ++m_figures.exchanges;
+    m_replyTimes.add(finished.replyTime);
+    if (finished.exceptionCode != 0)
+        ++m_figures.refusals;
+    else if (finished.result == REPLY_GIVEN_UP)
+        ++m_figures.giveUps;
+}
+
+void HostBoard::linkChanged(bool connected, const QString& trouble, qint64 now)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (m_figures.connected && !connected) ++m_figures.losses;
+    m_figures.connected = connected;
+    m_news.linkEvents.push_back({now, connected, trouble});
+    news();
+}
+
+void HostBoard::frame(FrameRecord::Direction direction, const QByteArray& bytes, qint64 now)
+{
+    if (!m_keepFrames) return;
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (m_news.frames.size() >= MOST_FRAMES) {
+        ++m_news.framesMissed;
+        return;
+    }
+    FrameRecord record;
+    record.time = now;
+    record.direction = direction;
+    record.bytes = bytes;
+    m_news.frames.push_back(record);
+    news();
+}
+
+void HostBoard::wireTaken(qint64 from, qint64 until)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_wire.add(from, until);
+}
+
+void HostBoard::waitForNews(int ms)
+{
+    std::unique_lock<std::mutex> lock(m_mutex);
+    m_somethingNew.wait_for(lock, std::chrono::milliseconds(ms), [this] { return m_hasNews; });
+}
+
+News HostBoard::takeNews()
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    News taken;
+    taken.recipeBlocksDone = m_news.recipeBlocksDone;
+    taken.changesMissed = m_news.changesMissed;
+    taken.framesMissed = m_news.framesMissed;
+    std::swap(taken.changes, m_news.changes);
+    std::swap(taken.linkEvents, m_news.linkEvents);
+    std::swap(taken.jobEnds, m_news.jobEnds);
+    std::swap(taken.frames, m_news.frames);
+    m_hasNews = false;
+    return taken;
+}
+
+std::vector<TagState> HostBoard::tags() const
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return m_tags;
+}
+
+LinkFigures HostBoard::figures(qint64 now) const
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    LinkFigures figures = m_figures;
+    if (now > 0) figures.exchangesPerSecond = double(m_figures.exchanges) * 1e6 / double(now);
+    figures.replyMedian = m_replyTimes.percentile(50);
+    figures.reply99 = m_replyTimes.percentile(99);
+    figures.wireShare = m_wire.share(now);
+    return figures;
+}

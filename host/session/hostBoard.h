@@ -1,0 +1,93 @@
+#ifndef HOST_BOARD_H
+#define HOST_BOARD_H
+
+#include "output/frameRecord.h"
+#include "output/replyTimes.h"
+#include "output/watchView.h"
+#include "output/wireUse.h"
+#include "session/sessionSink.h"
+
+#include <condition_variable>
+#include <mutex>
+#include <vector>
+
+/// What is known of one tag.
+struct TagState
+{
+    QByteArray bytes;   ///< its value, as intf_getData gives it; empty: never read
+    qint64 readAt = -1; ///< when it was last read from the PLC; -1: never
+    qint64 changes = 0;
+    bool good = false;
+    QString trouble; ///< why it is not good
+};
+
+/// Something that the user's side is told of once.
+struct News
+{
+    struct Change
+    {
+        int tag;
+        qint64 time;
+        TagState state;
+    };
+
+    struct LinkEvent
+    {
+        qint64 time;
+        bool connected;
+        QString trouble; ///< of a lost link
+    };
+
+    std::vector<Change> changes;
+    std::vector<LinkEvent> linkEvents;
+    std::vector<JobEnd> jobEnds;
+    std::vector<FrameRecord> frames;
+    int recipeBlocksDone = 0; ///< of the transfer under way
+    qint64 changesMissed = 0; ///< since the start, because nobody took them
+    qint64 framesMissed = 0;  ///< since the start
+};
+
+/// Where the communication thread leaves what it finds out and the user's side picks it up. Nobody
+/// waits for the other: what is not picked up in time is dropped and counted, but for the end of a
+/// job, of which there are never more than jobs.
+class HostBoard : public SessionSink
+{
+public:
+    enum { MOST_CHANGES = 100000, MOST_FRAMES = 20000 };
+
+    /// @param keepFrames  frames are wanted
+    HostBoard(size_t tags, bool keepFrames);
+
+    void tagRead(int tag, const QByteArray& bytes, qint64 now) override;
+    void tagValue(int tag, const QByteArray& bytes, qint64 now) override;
+    void tagsBad(const std::vector<int>& tags, const QString& trouble, qint64 now) override;
+    void jobEnded(const JobEnd& end) override;
+    void recipeProgress(int job, int done) override;
+    void exchanged(const FINISHED_EXCHANGE& finished, qint64 now) override;
+    void linkChanged(bool connected, const QString& trouble, qint64 now);
+    void frame(FrameRecord::Direction direction, const QByteArray& bytes, qint64 now);
+    void wireTaken(qint64 from, qint64 until);
+
+    /// Waits until there is news, `ms` at most.
+    void waitForNews(int ms);
+
+    News takeNews();
+    std::vector<TagState> tags() const;
+    LinkFigures figures(qint64 now) const;
+
+private:
+    void noteChange(int tag, qint64 now);
+    void news();
+
+    mutable std::mutex m_mutex;
+    std::condition_variable m_somethingNew;
+    bool m_hasNews = false;
+    const bool m_keepFrames;
+    std::vector<TagState> m_tags;
+    News m_news;
+    LinkFigures m_figures;
+    ReplyTimes m_replyTimes;
+    WireUse m_wire;
+};
+
+#endif

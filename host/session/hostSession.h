@@ -1,0 +1,102 @@
+#ifndef HOST_SESSION_H
+#define HOST_SESSION_H
+
+#include "exchange/exchangeMachine.h"
+#include "session/driverSession.h"
+#include "session/oneShotReads.h"
+#include "session/polledTags.h"
+#include "session/sessionSink.h"
+#include "session/stationWatch.h"
+#include "session/writeJobs.h"
+
+#include <deque>
+#include <optional>
+#include <set>
+
+/// A recipe to transfer.
+struct RecipeJob
+{
+    int job = 0;
+    RecipeFlag flag = RECIPE_DOWNLOAD_FLAG;
+    QVector<_RCP_VAR_PRO> records; ///< none of which the driver merges with another
+    QByteArray values;             ///< as the driver's recipe buffer holds them
+};
+
+/// One host on one link, without any I/O: it feeds the driver, runs its exchanges, finds out what
+/// became of every write, read and recipe, and leaves silent stations alone. Times are microseconds
+/// of any clock that never goes back. One thread calls it, and its sink is called back from there.
+class HostSession : private DriverCalls
+{
+public:
+    HostSession(DriverSession& driver, const LineTiming& timing,
+                const ExchangeMachine::Times& times, SessionSink& sink);
+
+    /// Polls the blocks from the next request on; or only knows which tags they bring, for
+    /// readOnce(). One of the two, before anything else.
+    void poll(std::vector<Tag> tags, std::vector<ReadBlock> blocks);
+    void know(std::vector<Tag> tags, std::vector<ReadBlock> blocks);
+
+    /// Hands in the user's jobs. Job numbers are the caller's and unique.
+    void write(int job, const std::vector<ElementWrite>& elements);
+    void readOnce(int job, const std::vector<ReadBlock>& blocks);
+    void transfer(const RecipeJob& recipe);
+
+    /// Does what is due. Call it at wakeAt of the step, after received() and after a new job.
+    /// A step that is idle has no wakeAt: nothing happens before a new job.
+    ExchangeMachine::Step advance(qint64 now);
+
+    void received(const QByteArray& bytes, qint64 now);
+
+    /// The link is gone. Jobs are kept, and go on when it is back.
+    void linkLost(const QString& trouble, qint64 now);
+    void linkBack(qint64 now);
+
+    /// A value from the driver's cache, as intf_getData gives it.
+    QByteArray value(int station, const QString& area, int number, int units) const
+    {
+        return m_driver.value(station, area, number, units);
+    }
+
+private:
+    int getSendFrame(FRAME_PRO* frame) override;
+    int dealRcvFrame(QByteArray& reply, QString& errorText) override;
+
+    void feed(qint64 now);
+    void feedProbes(qint64 now);
+    void feedReads();
+    void feedWrites();
+    void feedRecipe();
+    void plan();
+    void takeFinished(qint64 now);
+    void exchangeOver(const FINISHED_EXCHANGE& finished, qint64 now);
+    void noteStation(const FINISHED_EXCHANGE& finished, qint64 now);
+    void stationWentSilent(int station, qint64 now);
+    void writeOver(const FINISHED_EXCHANGE& finished);
+    void readOver(const FINISHED_EXCHANGE& finished, qint64 now);
+    void blockOver(const FINISHED_EXCHANGE& finished, qint64 now);
+    void recipeFrameOver(const FINISHED_EXCHANGE& finished);
+    void blockRead(int block, qint64 now);
+    std::set<int> takeChangedTags();
+    void fetch(int tag);
+    void reportEnded();
+    QString troubleOf(const FINISHED_EXCHANGE& finished) const;
+
+    DriverSession& m_driver;
+    SessionSink& m_sink;
+    ExchangeMachine m_machine;
+    StationWatch m_stations;
+    PolledTags m_polled;
+    WriteJobs m_writes;
+    OneShotReads m_reads;
+    std::deque<RecipeJob> m_recipes;
+    std::optional<RecipeJob> m_recipe; ///< under way
+    int m_recipeBlocksDone = 0;
+    bool m_isPolling = false;
+    bool m_planDue = false;
+    bool m_isProbe = false;     ///< the frame in flight asks whether a silent station is back
+    bool m_isPointless = false; ///< it would go to a station known to be silent
+    std::set<int> m_blocksSeen;
+    std::vector<QByteArray> m_shown; ///< by tag, its value in the driver's cache
+};
+
+#endif

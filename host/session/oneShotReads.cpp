@@ -1,0 +1,52 @@
+#include "session/oneShotReads.h"
+
+#include <algorithm>
+#include <utility>
+
+void OneShotReads::add(int job, const std::vector<ReadBlock>& blocks)
+{
+    m_blocksLeft[job] = int(blocks.size());
+    for (const ReadBlock& block : blocks)
+        m_waiting.push_back({block, job, false});
+}
+
+void OneShotReads::addProbe(const ReadBlock& block)
+{
+    m_waiting.push_front({block, 0, true});
+}
+
+std::optional<OneShotReads::Read> OneShotReads::start()
+{
+    if (m_underWay || m_waiting.empty()) return std::nullopt;
+    m_underWay = m_waiting.front();
+    m_waiting.pop_front();
+    return m_underWay;
+}
+
+void OneShotReads::ended(JobEnd::Outcome outcome, const QString& trouble)
+{
+    if (!m_underWay) return;
+    const Read read = *std::exchange(m_underWay, std::nullopt);
+    if (read.probe) return;
+    if (outcome == JobEnd::DONE && --m_blocksLeft[read.job] > 0) return;
+    dropRest(read.job);
+    JobEnd end;
+    end.job = read.job;
+    end.outcome = outcome;
+    end.trouble = trouble;
+    m_ended.push_back(end);
+}
+
+void OneShotReads::dropRest(int job)
+{
+    m_blocksLeft.erase(job);
+    m_waiting.erase(
+        std::remove_if(m_waiting.begin(), m_waiting.end(),
+                       [job](const Read& read) { return !read.probe && read.job == job; }),
+        m_waiting.end());
+}
+
+std::vector<JobEnd> OneShotReads::takeEnded()
+{
+    return std::exchange(m_ended, {});
+}

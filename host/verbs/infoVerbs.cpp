@@ -1,0 +1,284 @@
+#include "verbs/infoVerbs.h"
+
+#include "verbs/addressVerdict.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <initializer_list>
+
+namespace {
+
+/// Parts of the driver's parameter text.
+enum {
+    BAUD_PART = 1,
+    DATA_BITS_PART = 2,
+    PARITY_PART = 3,
+    STOP_BITS_PART = 4,
+    NETWORK_ADDRESS_PART = 7,
+    PORT_PART = 8,
+    PROTOCOL_PART = 9
+};
+
+struct CodeMeaning
+{
+    const char* code;
+    const char* meaning;
+};
+
+QString text(const char* latin1)
+{
+    return QString::fromLatin1(latin1);
+}
+
+void printLine(std::FILE* out, const QString& line)
+{
+    std::fprintf(out, "%s\n", line.toUtf8().constData());
+}
+
+void printObject(std::FILE* out, const QJsonObject& object)
+{
+    printLine(out, QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact)));
+}
+
+QString meaningOf(const QString& code, std::initializer_list<CodeMeaning> meanings)
+{
+    for (const CodeMeaning& known : meanings) {
+        if (code == text(known.code)) return text(known.meaning);
+    }
+    return text("code ") + code;
+}
+
+QString widthWords(const QString& code)
+{
+    return meaningOf(code, {{"0", "1 bit"}, {"1", "16 bits"}, {"2", "32 bits"}});
+}
+
+QString accessWords(const QString& code)
+{
+    return meaningOf(code, {{"0", "read"}, {"1", "read and write"}, {"2", "write"}});
+}
+
+QString kindWords(const AreaDescription& area)
+{
+    return text(area.bits ? "bits" : "words");
+}
+
+struct Identity
+{
+    int type = 0;
+    QString version;
+    QString page;
+    QStringList parameters;
+};
+
+Identity identityOf(const DriverLibrary& driver)
+{
+    Identity identity;
+    QString parameter;
+    driver.getProtocolType(&identity.type);
+    driver.getVersion(&identity.version);
+    driver.getDriverPropertyPage(&identity.page);
+    driver.getDriverParameter(&parameter);
+    identity.parameters = parameter.split(QLatin1Char(','));
+    return identity;
+}
+
+void printInfoObject(std::FILE* out, const Identity& identity,
+                     const std::vector<AreaDescription>& areas)
+{
+    const QStringList& parts = identity.parameters;
+    QJsonArray list;
+    for (const AreaDescription& area : areas) {
+        list.append(QJsonObject{{text("name"), area.name},
+                                {text("kind"), kindWords(area)},
+                                {text("format"), area.format},
+                                {text("lowest"), area.lowest},
+                                {text("highest"), area.highest},
+                                {text("width"), widthWords(area.widthCode)},
+                                {text("access"), accessWords(area.accessCode)}});
+    }
+    printObject(out, {{text("protocol"), parts.value(PROTOCOL_PART)},
+                      {text("type"), identity.type},
+                      {text("version"), identity.version},
+                      {text("propertyPage"), identity.page},
+                      {text("baud"), parts.value(BAUD_PART).toInt()},
+                      {text("dataBits"), parts.value(DATA_BITS_PART).toInt()},
+                      {text("parity"), parts.value(PARITY_PART)},
+                      {text("stopBits"), parts.value(STOP_BITS_PART).toInt()},
+                      {text("networkAddress"), parts.value(NETWORK_ADDRESS_PART)},
+                      {text("port"), parts.value(PORT_PART).toInt()},
+                      {text("areas"), list}});
+}
+
+void printInfoText(std::FILE* out, const Identity& identity,
+                   const std::vector<AreaDescription>& areas)
+{
+    const QStringList& parts = identity.parameters;
+    printLine(
+        out, text("protocol       %1, type %2").arg(parts.value(PROTOCOL_PART)).arg(identity.type));
+    printLine(out, text("version        ") + identity.version);
+    printLine(out, text("property page  ") + identity.page);
+    printLine(out, text("serial line    %1 baud, %2 data bits, parity %3, stop bits %4")
+                       .arg(parts.value(BAUD_PART), parts.value(DATA_BITS_PART),
+                            parts.value(PARITY_PART), parts.value(STOP_BITS_PART)));
+    printLine(out, text("network        %1, port %2")
+                       .arg(parts.value(NETWORK_ADDRESS_PART), parts.value(PORT_PART)));
+    std::fprintf(out, "%-5s %-6s %-7s %-7s %-8s %-8s %s\n", "area", "kind", "format", "lowest",
+                 "highest", "width", "access");
+    for (const AreaDescription& area : areas) {
+        std::fprintf(out, "%-5s %-6s %-7s %-7s %-8s %-8s %s\n", qUtf8Printable(area.name),
+                     qUtf8Printable(kindWords(area)), qUtf8Printable(area.format),
+                     qUtf8Printable(area.lowest), qUtf8Printable(area.highest),
+                     qUtf8Printable(widthWords(area.widthCode)),
+                     qUtf8Printable(accessWords(area.accessCode)));
+    }
+}
+
+/// "holding registers 3050 to 3053", "bit 3 of input register 0 to bit 2 of input register 1".
+QString placeWords(const WirePlace& place, int count)
+{
+    const QString table = text(place.input ? "input register" : "holding register");
+    const bool several = place.firstRegister != place.lastRegister;
+    QString words =
+        several ? text("%1s %2 to %3").arg(table).arg(place.firstRegister).arg(place.lastRegister)
+                : text("%1 %2").arg(table).arg(place.firstRegister);
+    if (place.bit < 0) return words;
+    if (count == 1) return text("bit %1 of %2").arg(place.bit).arg(words);
+    return text("%1 bits from bit %2 on in %3").arg(count).arg(place.bit).arg(words);
+}
+
+QString placeText(const AreaDescription& area, const AddressVerdict& verdict,
+                  const WirePlace& place, int count)
+{
+    QString words = placeWords(place, count) + text(place.input ? " (function 4" : " (function 3");
+    if (area.accessCode == QLatin1String("0")) return words + QLatin1Char(')');
+    if (!area.bits) return words + text(count == 1 ? ", written by 6)" : ", written by 6 or 16)");
+    return words + text("), written as coil %1 (function %2)")
+                       .arg(verdict.number)
+                       .arg(text(count == 1 ? "5" : "5 or 15"));
+}
+
+QJsonObject verdictObject(const QString& area, const QString& address,
+                          const AddressVerdict& verdict)
+{
+    QJsonObject object{{text("area"), area},
+                       {text("address"), verdict.isValid() ? verdict.address : address},
+                       {text("valid"), verdict.isValid()},
+                       {text("result"), verdict.result}};
+    if (verdict.isValid())
+        object.insert(text("number"), verdict.number);
+    else
+        object.insert(text("reason"), verdict.reason);
+    return object;
+}
+
+void printRefusal(std::FILE* out, const QString& area, const QString& address,
+                  const AddressVerdict& verdict)
+{
+    printLine(out, text("%1 %2: not valid: %3").arg(area, address, verdict.reason));
+}
+
+void printCheckObject(std::FILE* out, QJsonObject object, const AreaDescription& area,
+                      const AddressVerdict& verdict, const WirePlace& place)
+{
+    object.insert(text("table"), text(place.input ? "input registers" : "holding registers"));
+    object.insert(text("firstRegister"), place.firstRegister);
+    object.insert(text("lastRegister"), place.lastRegister);
+    if (area.bits) object.insert(text("bit"), place.bit);
+    if (area.bits && !place.input) object.insert(text("coil"), verdict.number);
+    printObject(out, object);
+}
+
+int entriesPastTheEnd(const QVector<int>& numbers, int start, int interval)
+{
+    int past = 0;
+    for (int i = 0; i < int(numbers.size()); ++i)
+        past += numbers.at(i) != start + qint64(i) * interval;
+    return past;
+}
+
+void printSeriesObject(std::FILE* out, QJsonObject object, const QVector<QString>& texts,
+                       const QVector<int>& numbers, int clipped)
+{
+    QJsonArray entries;
+    for (int i = 0; i < int(texts.size()); ++i)
+        entries.append(
+            QJsonObject{{text("address"), texts.at(i)}, {text("number"), numbers.at(i)}});
+    object.insert(text("clipped"), clipped);
+    object.insert(text("entries"), entries);
+    printObject(out, object);
+}
+
+void printSeriesText(std::FILE* out, const QString& area, const QVector<QString>& texts,
+                     const QVector<int>& numbers, int clipped)
+{
+    for (int i = 0; i < int(texts.size()); ++i)
+        printLine(out, text("%1 %2 = %3").arg(area, texts.at(i)).arg(numbers.at(i)));
+    if (clipped == 0) return;
+    printLine(out, text("clipped: the last %1 lay past the end of %2 and became %3")
+                       .arg(clipped)
+                       .arg(area, texts.last()));
+}
+
+} // namespace
+
+void printInfo(std::FILE* out, const DriverLibrary& driver, bool json)
+{
+    const Identity identity = identityOf(driver);
+    const std::vector<AreaDescription> areas = describeAreas(driver);
+    if (json)
+        printInfoObject(out, identity, areas);
+    else
+        printInfoText(out, identity, areas);
+}
+
+bool printCheck(std::FILE* out, const DriverLibrary& driver, const QString& area,
+                const QString& address, int count, bool write, bool json)
+{
+    const AddressVerdict verdict = judgeAddress(driver, area, address, count, write);
+    QJsonObject object = verdictObject(area, address, verdict);
+    object.insert(text("count"), count);
+    if (!verdict.isValid()) {
+        if (json)
+            printObject(out, object);
+        else
+            printRefusal(out, area, address, verdict);
+        return false;
+    }
+    const AreaDescription description = describeArea(driver, area).value();
+    const WirePlace place = wirePlace(driver, description, verdict.number, count);
+    if (json) {
+        printCheckObject(out, object, description, verdict, place);
+        return true;
+    }
+    printLine(out, text("%1 %2: valid, address number %3, %4")
+                       .arg(area, verdict.address)
+                       .arg(verdict.number)
+                       .arg(placeText(description, verdict, place, count)));
+    return true;
+}
+
+bool printSeries(std::FILE* out, const DriverLibrary& driver, const QString& area,
+                 const QString& address, int count, int interval, bool json)
+{
+    const AddressVerdict verdict = judgeAddress(driver, area, address, 1, false);
+    if (!verdict.isValid()) {
+        if (json)
+            printObject(out, verdictObject(area, address, verdict));
+        else
+            printRefusal(out, area, address, verdict);
+        return false;
+    }
+    QVector<QString> texts;
+    QVector<int> numbers;
+    const int result = driver.multiCopy(area, verdict.number, count, interval, texts, numbers);
+    const int clipped =
+        result == SERIES_CLIPPED ? entriesPastTheEnd(numbers, verdict.number, interval) : 0;
+    if (json)
+        printSeriesObject(out, verdictObject(area, address, verdict), texts, numbers, clipped);
+    else
+        printSeriesText(out, area, texts, numbers, clipped);
+    return true;
+}

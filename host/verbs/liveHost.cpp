@@ -1,0 +1,166 @@
+#include "verbs/liveHost.h"
+
+#include "links/serialLink.h"
+#include "links/tcpLink.h"
+#include "plan/wireCost.h"
+#include "verbs/interrupt.h"
+
+#include <QCoreApplication>
+#include <QDateTime>
+#include <QDir>
+
+#include <set>
+
+namespace {
+
+enum { NEWS_MS = 100, MICROSECONDS_PER_MS = 1000 };
+
+QString simulatorProgram(const LinkOptions& options)
+{
+    if (!options.simulator.empty()) return QString::fromStdString(options.simulator);
+    return QDir(QCoreApplication::applicationDirPath()).absoluteFilePath(QLatin1String("kakb-sim"));
+}
+
+/// It serves the stations that the tags are of, at the speed of the line.
+QStringList simulatorArguments(const LinkOptions& options, const LinkAddress& address,
+                               const std::vector<Tag>& tags)
+{
+    std::set<int> stations;
+    for (const Tag& tag : tags)
+        stations.insert(tag.station);
+    QStringList arguments;
+    for (const int station : stations)
+        arguments << QLatin1String("--station") << QString::number(station);
+    arguments << QLatin1String("--demo-signals") << QLatin1String("--baud")
+              << QString::number(address.line.baud);
+    const QString more = QString::fromStdString(options.simulatorArguments).simplified();
+    if (!more.isEmpty()) arguments << more.split(QLatin1Char(' '));
+    return arguments;
+}
+
+ExitStatus statusOf(JobEnd::Outcome outcome)
+{
+    switch (outcome) {
+    case JobEnd::REFUSED:
+        return EXIT_REFUSED;
+    case JobEnd::TIMED_OUT:
+        return EXIT_TIME_OUT;
+    default:
+        return EXIT_LINK;
+    }
+}
+
+} // namespace
+
+LinkAddress addressOf(const DriverLibrary& driver, const LinkOptions& options)
+{
+    QString parameter;
+    driver.getDriverParameter(&parameter);
+    return linkAddress(QString::fromStdString(options.link), linkDefaults(parameter));
+}
+
+LineTiming timingOf(const LinkAddress& address)
+{
+    return address.kind == LinkAddress::NETWORK ? LineTiming::network() : LineTiming(address.line);
+}
+
+LiveHost::LiveHost(const DriverLibrary& driver, const LinkOptions& options,
+                   const std::vector<Tag>& tags, bool cyclic)
+    : m_driver(driver),
+      m_options(options),
+      m_address(addressOf(driver, options)),
+      m_blocks(planReads(tags, wireCost(timingOf(m_address), options.turnaroundUs),
+                         DriverSession::MOST_READ_WORDS)),
+      m_board(tags.size(), options.trace || !options.pcap.empty())
+{
+    m_communication.emplace(driver, settings(tags), m_board);
+    if (options.trace) m_trace.emplace(stderr);
+    if (!options.pcap.empty())
+        m_capture.emplace(QString::fromStdString(options.pcap),
+                          QDateTime::currentMSecsSinceEpoch() * MICROSECONDS_PER_MS);
+    if (cyclic)
+        m_communication->poll(tags, m_blocks);
+    else
+        m_communication->know(tags, m_blocks);
+}
+
+LiveHost::~LiveHost()
+{
+    m_communication.reset();
+    try {
+        record(m_board.takeNews().frames);
+    } catch (const PcapError&) {
+        // Told when it first could not be written.
+    }
+    if (m_trace) m_trace->flush();
+}
+
+Communication::Settings LiveHost::settings(const std::vector<Tag>& tags)
+{
+    Communication::Settings settings;
+    settings.timing = timingOf(m_address);
+    settings.times.answer = qint64(m_options.timeoutMs) * MICROSECONDS_PER_MS;
+    settings.attempts = m_options.attempts;
+    settings.firstPauseMs = m_options.pauseMs;
+    const LinkAddress address = m_address;
+    if (address.kind == LinkAddress::NETWORK) {
+        settings.openLink = [address] {
+            return std::unique_ptr<Link>(new TcpLink(address.host, address.port));
+        };
+        return settings;
+    }
+    QString device = address.device;
+    if (address.kind == LinkAddress::SIMULATED)
+        device =
+            m_simulator
+                .emplace(simulatorProgram(m_options), simulatorArguments(m_options, address, tags))
+                .port();
+    settings.openLink = [device, address] {
+        return std::unique_ptr<Link>(new SerialLink(device, address.line));
+    };
+    return settings;
+}
+
+void LiveHost::connect()
+{
+    m_communication->start();
+    while (!stopRequested()) {
+        for (const News::LinkEvent& event : next(NEWS_MS).linkEvents) {
+            if (event.connected) return;
+            throw VerbFailure(EXIT_LINK, event.trouble);
+        }
+    }
+}
+
+News LiveHost::next(int ms)
+{
+    m_board.waitForNews(ms);
+    News news = m_board.takeNews();
+    record(news.frames);
+    return news;
+}
+
+void LiveHost::record(const std::vector<FrameRecord>& frames)
+{
+    for (const FrameRecord& frame : frames) {
+        if (m_trace) m_trace->add(frame);
+        if (m_capture) m_capture->add(frame);
+    }
+}
+
+JobEnd LiveHost::await(int job, const Progress& progress)
+{
+    while (!stopRequested()) {
+        const News news = next(NEWS_MS);
+        if (progress) progress(news.recipeBlocksDone);
+        for (const JobEnd& end : news.jobEnds) {
+            if (end.job != job) continue;
+            if (end.outcome == JobEnd::DONE) return end;
+            throw VerbFailure(statusOf(end.outcome), end.trouble);
+        }
+        for (const News::LinkEvent& event : news.linkEvents) {
+            if (!event.connected) throw VerbFailure(EXIT_LINK, event.trouble);
+        }
+    }
+    throw VerbFailure(EXIT_LINK, QLatin1String("interrupted; what became of it is not known"));
+}

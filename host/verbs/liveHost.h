@@ -1,0 +1,92 @@
+#ifndef LIVE_HOST_H
+#define LIVE_HOST_H
+
+#include "links/linkText.h"
+#include "links/simulatedPlc.h"
+#include "output/frameTrace.h"
+#include "output/pcapFile.h"
+#include "session/communication.h"
+#include "verbs/exitStatus.h"
+
+#include <functional>
+#include <optional>
+
+/// What every verb with a link is told.
+struct LinkOptions
+{
+    std::string link = "sim";
+    std::string simulator; ///< program; empty: the one beside this one
+    std::string simulatorArguments;
+    int timeoutMs = 500;
+    int attempts = 3;
+    int pauseMs = 500;
+    int turnaroundUs = 1000;
+    bool trace = false;
+    std::string pcap;
+    bool json = false;
+};
+
+/// The host of one verb: driver, link, communication thread and what is recorded of it.
+class LiveHost
+{
+public:
+    /// @param tags      those that the verb knows
+    /// @param cyclic    they are polled; else they are read when asked for
+    /// Throws LinkTextError, LinkError, PcapError.
+    LiveHost(const DriverLibrary& driver, const LinkOptions& options, const std::vector<Tag>& tags,
+             bool cyclic);
+    ~LiveHost();
+
+    /// Starts the communication and waits until the link is open.
+    /// Throws VerbFailure when it cannot be opened.
+    void connect();
+
+    /// What happened, after a wait of `ms` at most. Frames are recorded on the way.
+    News next(int ms);
+
+    using Progress = std::function<void(int blocks)>;
+
+    /// Waits for the end of a job. Throws VerbFailure unless it was done, when the link is lost
+    /// and when the user wants to stop.
+    JobEnd await(int job, const Progress& progress = nullptr);
+
+    Communication& communication()
+    {
+        return *m_communication;
+    }
+    const HostBoard& board() const
+    {
+        return m_board;
+    }
+    const std::vector<ReadBlock>& blocks() const
+    {
+        return m_blocks;
+    }
+    int newJob()
+    {
+        return ++m_lastJob;
+    }
+
+private:
+    Communication::Settings settings(const std::vector<Tag>& tags);
+    void record(const std::vector<FrameRecord>& frames);
+
+    const DriverLibrary& m_driver;
+    const LinkOptions m_options;
+    LinkAddress m_address;
+    std::optional<SimulatedPlc> m_simulator;
+    std::vector<ReadBlock> m_blocks;
+    HostBoard m_board;
+    std::optional<FrameTrace> m_trace;
+    std::optional<PcapFile> m_capture;
+    std::optional<Communication> m_communication;
+    int m_lastJob = 0;
+};
+
+/// The link that the options name, on top of the driver's own defaults. Throws LinkTextError.
+LinkAddress addressOf(const DriverLibrary& driver, const LinkOptions& options);
+
+/// The line's timing; a network has none.
+LineTiming timingOf(const LinkAddress& address);
+
+#endif

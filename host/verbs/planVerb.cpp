@@ -1,0 +1,163 @@
+#include "verbs/planVerb.h"
+
+#include "output/columnText.h"
+#include "plan/readPlan.h"
+#include "session/driverSession.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <map>
+#include <tuple>
+
+namespace {
+
+enum { ATTEMPTS = 1, SHOWN_NAMES = 3 };
+
+/// What the driver sends for one block.
+struct Request
+{
+    QByteArray bytes;
+    int replyLength = 0;
+};
+
+struct CycleView
+{
+    std::vector<ReadBlock> blocks;
+    std::vector<Request> requests; ///< of the blocks, in their order
+    qint64 time = 0;
+    size_t singleReads = 0;
+    qint64 singleTime = 0;
+};
+
+using Place = std::tuple<int, QString, int>;
+
+KEY_ADDRESS keyOf(const ReadBlock& block)
+{
+    KEY_ADDRESS key;
+    key.station = block.station;
+    key.regName = block.area;
+    key.addr = block.number;
+    key.count = block.count;
+    key.unitMode = DriverSession::isBitArea(block.area) ? -1 : 0;
+    return key;
+}
+
+/// Lets the driver go once round its plan, each request given up at its first silence. It polls in
+/// an order of its own, so the requests are found by the place that they read.
+std::vector<Request> requestsFor(const std::vector<ReadBlock>& blocks, const DriverLibrary& driver)
+{
+    DriverSession session(driver, ATTEMPTS);
+    QList<KEY_ADDRESS> keys;
+    for (const ReadBlock& block : blocks)
+        keys << keyOf(block);
+
+    std::map<Place, Request> byPlace;
+    for (int left = session.poll(keys); left > 0; --left) {
+        FRAME_PRO frame;
+        if (session.getSendFrame(&frame) == 0) break;
+        const char* const bytes = reinterpret_cast<const char*>(frame.sendBuf);
+        byPlace[Place(frame.var.station, frame.var.regName, frame.var.addr)] = {
+            QByteArray(bytes, frame.sendLen), frame.recvLen};
+        QByteArray silence;
+        QString errorText;
+        session.dealRcvFrame(silence, errorText);
+    }
+
+    std::vector<Request> requests;
+    for (const ReadBlock& block : blocks)
+        requests.push_back(byPlace[Place(block.station, block.area, block.number)]);
+    return requests;
+}
+
+QStringList namesIn(const ReadBlock& block, const std::vector<Tag>& tags)
+{
+    QStringList names;
+    for (const int index : block.tags)
+        names << tags[static_cast<size_t>(index)].name;
+    return names;
+}
+
+QString shortList(const QStringList& names)
+{
+    QString list = QStringList(names.mid(0, SHOWN_NAMES)).join(QLatin1String(", "));
+    const int more = int(names.size()) - SHOWN_NAMES;
+    if (more > 0) list += QString(QLatin1String(" and %1 more")).arg(more);
+    return list;
+}
+
+QJsonObject cycleObject(size_t requests, qint64 time)
+{
+    QJsonObject object;
+    object[QLatin1String("requests")] = int(requests);
+    object[QLatin1String("cycleTime")] = double(time);
+    return object;
+}
+
+QJsonObject blockObject(const ReadBlock& block, const Request& request,
+                        const std::vector<Tag>& tags)
+{
+    QJsonObject object;
+    object[QLatin1String("station")] = block.station;
+    object[QLatin1String("area")] = block.area;
+    object[QLatin1String("number")] = block.number;
+    object[QLatin1String("count")] = block.count;
+    object[QLatin1String("tags")] = QJsonArray::fromStringList(namesIn(block, tags));
+    object[QLatin1String("request")] = QString::fromLatin1(request.bytes.toHex());
+    object[QLatin1String("replyLength")] = request.replyLength;
+    return object;
+}
+
+void printJson(std::FILE* out, const CycleView& view, const std::vector<Tag>& tags)
+{
+    QJsonArray blocks;
+    for (size_t i = 0; i < view.blocks.size(); ++i)
+        blocks.append(blockObject(view.blocks[i], view.requests[i], tags));
+    QJsonObject object;
+    object[QLatin1String("blocks")] = blocks;
+    object[QLatin1String("grouped")] = cycleObject(view.blocks.size(), view.time);
+    object[QLatin1String("single")] = cycleObject(view.singleReads, view.singleTime);
+    const QByteArray line = QJsonDocument(object).toJson(QJsonDocument::Compact);
+    std::fprintf(out, "%s\n", line.constData());
+}
+
+double milliseconds(qint64 time)
+{
+    return double(time) / 1000;
+}
+
+void printTable(std::FILE* out, const CycleView& view, const std::vector<Tag>& tags)
+{
+    std::fprintf(out, "station area number count  tags  %-23s  reply  names\n", "request");
+    for (size_t i = 0; i < view.blocks.size(); ++i) {
+        const ReadBlock& block = view.blocks[i];
+        const Request& request = view.requests[i];
+        std::fprintf(out, "%7d %-4s %6d %5d %5d  %-23s  %5d  %s\n", block.station,
+                     qUtf8Printable(block.area), block.number, block.count, int(block.tags.size()),
+                     request.bytes.toHex(' ').constData(), request.replyLength,
+                     qUtf8Printable(printableText(shortList(namesIn(block, tags)))));
+    }
+    std::fprintf(out,
+                 "grouped:          %5d requests, %.1f ms a cycle\n"
+                 "without grouping: %5d requests, %.1f ms a cycle\n",
+                 int(view.blocks.size()), milliseconds(view.time), int(view.singleReads),
+                 milliseconds(view.singleTime));
+}
+
+} // namespace
+
+int printPlan(std::FILE* out, const std::vector<Tag>& tags, const LineTiming& timing,
+              qint64 turnaround, const DriverLibrary& driver, bool json)
+{
+    const WireCost cost = wireCost(timing, turnaround);
+    CycleView view;
+    view.blocks = planReads(tags, cost, DriverSession::MOST_READ_WORDS);
+    view.requests = requestsFor(view.blocks, driver);
+    view.time = cycleTime(view.blocks, cost);
+    const std::vector<ReadBlock> single = planSingleReads(tags);
+    view.singleReads = single.size();
+    view.singleTime = cycleTime(single, cost);
+    (json ? printJson : printTable)(out, view, tags);
+    return std::fflush(out) == 0 && std::ferror(out) == 0 ? 0 : 1;
+}

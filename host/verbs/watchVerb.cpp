@@ -1,0 +1,149 @@
+#include "verbs/watchVerb.h"
+
+#include "output/changeLines.h"
+#include "output/figuresText.h"
+#include "output/watchScreen.h"
+#include "verbs/interrupt.h"
+#include "verbs/watchRows.h"
+
+#include <QJsonDocument>
+
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+
+namespace {
+
+enum { REFRESH_MS = 250, DEFAULT_COLUMNS = 80, DEFAULT_ROWS = 24 };
+
+const double MICROSECONDS = 1e6;
+
+void printLine(const QByteArray& line)
+{
+    std::fwrite(line.constData(), 1, size_t(line.size()), stdout);
+    std::fputc('\n', stdout);
+}
+
+/// Where a watch shows what it finds.
+class WatchOutput
+{
+public:
+    virtual ~WatchOutput() = default;
+    virtual void show(const News& news, LiveHost& host) = 0;
+    virtual void end(const LinkFigures& figures) = 0;
+};
+
+class TableOutput : public WatchOutput
+{
+public:
+    explicit TableOutput(const std::vector<Tag>& tags) : m_tags(tags)
+    {
+        put(WatchScreen::enter());
+    }
+    ~TableOutput() override
+    {
+        put(WatchScreen::leave());
+    }
+
+    void show(const News&, LiveHost& host) override
+    {
+        const qint64 now = host.communication().now();
+        if (now < m_nextFrame) return;
+        m_nextFrame = now + REFRESH_MS * 1000;
+        const std::vector<TagState> states = host.board().tags();
+        std::vector<WatchRow> rows;
+        for (size_t i = 0; i < m_tags.size(); ++i)
+            rows.push_back(watchRow(m_tags[i], states[i], now));
+        winsize size = {};
+        ioctl(STDOUT_FILENO, TIOCGWINSZ, &size);
+        put(m_screen.frame(rows, host.board().figures(now),
+                           size.ws_col > 0 ? size.ws_col : int(DEFAULT_COLUMNS),
+                           size.ws_row > 0 ? size.ws_row : int(DEFAULT_ROWS)));
+    }
+
+    void end(const LinkFigures& figures) override
+    {
+        put(WatchScreen::leave());
+        printLine(figuresText(figures).toUtf8());
+    }
+
+private:
+    static void put(const QByteArray& bytes)
+    {
+        std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stdout);
+        std::fflush(stdout);
+    }
+
+    const std::vector<Tag>& m_tags;
+    WatchScreen m_screen;
+    qint64 m_nextFrame = 0;
+};
+
+class LineOutput : public WatchOutput
+{
+public:
+    LineOutput(const std::vector<Tag>& tags, bool json) : m_tags(tags), m_json(json) {}
+
+    void show(const News& news, LiveHost&) override
+    {
+        for (const News::LinkEvent& event : news.linkEvents)
+            showEvent(event);
+        for (const News::Change& change : news.changes) {
+            const WatchRow row = watchRow(m_tags[size_t(change.tag)], change.state, change.time);
+            printLine(m_json ? changeJson(row, change.time)
+                             : changeLine(row, change.time).toUtf8());
+        }
+        if (news.changesMissed > m_missed)
+            std::fprintf(stderr, "kakb-host: %lld changes were not shown\n",
+                         static_cast<long long>(news.changesMissed - m_missed));
+        m_missed = news.changesMissed;
+        std::fflush(stdout);
+    }
+
+    void end(const LinkFigures& figures) override
+    {
+        printLine(m_json ? QJsonDocument(figuresJson(figures)).toJson(QJsonDocument::Compact)
+                         : figuresText(figures).toUtf8());
+    }
+
+private:
+    void showEvent(const News::LinkEvent& event)
+    {
+        const QString text = event.connected ? QString(QLatin1String("link is back"))
+                                             : QLatin1String("link lost: ") + event.trouble;
+        printLine(m_json ? eventJson(text, event.time) : eventLine(text, event.time).toUtf8());
+    }
+
+    const std::vector<Tag>& m_tags;
+    const bool m_json;
+    qint64 m_missed = 0;
+};
+
+std::unique_ptr<WatchOutput> chooseOutput(const LinkOptions& options, const std::vector<Tag>& tags)
+{
+    if (isatty(STDOUT_FILENO) && !options.json && !options.trace)
+        return std::unique_ptr<WatchOutput>(new TableOutput(tags));
+    return std::unique_ptr<WatchOutput>(new LineOutput(tags, options.json));
+}
+
+} // namespace
+
+ExitStatus watch(const DriverLibrary& driver, const LinkOptions& options,
+                 const std::vector<Tag>& tags, double seconds)
+{
+    LiveHost host(driver, options, tags, true);
+    host.connect();
+    const std::unique_ptr<WatchOutput> output = chooseOutput(options, tags);
+    const qint64 end = qint64(seconds * MICROSECONDS);
+    while (!stopRequested() && !std::ferror(stdout)) {
+        const qint64 left = end - host.communication().now();
+        if (seconds > 0 && left <= 0) break;
+        const int wait =
+            seconds > 0 ? int(std::min<qint64>(left / 1000 + 1, REFRESH_MS)) : int(REFRESH_MS);
+        output->show(host.next(wait), host);
+    }
+    output->end(host.board().figures(host.communication().now()));
+    return EXIT_DONE;
+}

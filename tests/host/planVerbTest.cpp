@@ -1,0 +1,141 @@
+#include "verbs/planVerb.h"
+
+#include "plan/tagFile.h"
+
+#include <gtest/gtest.h>
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+// Requests by pymodbus 3.0's RTU framer; bits are read as the register that holds them. Times at
+// 9600 baud and a turnaround of 1 ms: 13542 + 2 * 3646 + 1000 a request, 2083 a word.
+
+namespace {
+
+const DriverLibrary& driver()
+{
+    static const DriverLibrary library(QString::fromLatin1(KAKB_DRIVER_FILE));
+    return library;
+}
+
+QString text(const char* latin1)
+{
+    return QString::fromLatin1(latin1);
+}
+
+std::vector<Tag> someTags()
+{
+    return readTags("name,station,area,address,type\n"
+                    "level,1,MW,100,int32\n"
+                    "speed,1,MW,106,int16\n"
+                    "alarm,1,MX,12.3,bool\n"
+                    "last,1,MX,7816.7,bool\n"
+                    "input,2,IW,0,uint16\n",
+                    driver());
+}
+
+QByteArray printed(const std::vector<Tag>& tags, bool json)
+{
+    LineSettings settings;
+    settings.baud = 9600;
+    std::FILE* const file = std::tmpfile();
+    EXPECT_EQ(0, printPlan(file, tags, LineTiming(settings), 1000, driver(), json));
+    QByteArray bytes(int(std::ftell(file)), '\0');
+    std::rewind(file);
+    EXPECT_EQ(size_t(bytes.size()), std::fread(bytes.data(), 1, size_t(bytes.size()), file));
+    std::fclose(file);
+    return bytes;
+}
+
+QJsonObject blockOf(const QJsonObject& plan, int index)
+{
+    return plan[text("blocks")].toArray().at(index).toObject();
+}
+
+} // namespace
+
+TEST(PlanVerb, TheTableHasEachBlockWithItsRequest)
+{
+    EXPECT_EQ("station area number count  tags  request                  reply  names\n"
+              "      1 MW     3050     4     2  01 03 0b ea 00 04 67 d9     13  level, speed\n"
+              "      1 MX     3096    16     1  01 03 0b be 00 01 e6 0a      7  alarm\n"
+              "      1 MX    65528     8     1  01 03 1a fc 00 01 43 22      7  last\n"
+              "      2 IW        0     1     1  02 04 00 00 00 01 31 f9      7  input\n"
+              "grouped:              4 requests, 101.9 ms a cycle\n"
+              "without grouping:     5 requests, 121.7 ms a cycle\n",
+              printed(someTags(), false).toStdString());
+}
+
+TEST(PlanVerb, ATableNamesThreeTagsOfABlock)
+{
+    const std::vector<Tag> tags = readTags("name,station,area,address,type\n"
+                                           "a,1,QW,0,int16\nb,1,QW,2,int16\nc,1,QW,4,int16\n"
+                                           "d,1,QW,6,int16\ne,1,QW,8,int16\n",
+                                           driver());
+    EXPECT_TRUE(printed(tags, false).contains("  a, b, c and 2 more\n"));
+}
+
+TEST(PlanVerb, NoTagsNeedNoRequest)
+{
+    EXPECT_EQ("station area number count  tags  request                  reply  names\n"
+              "grouped:              0 requests, 0.0 ms a cycle\n"
+              "without grouping:     0 requests, 0.0 ms a cycle\n",
+              printed({}, false).toStdString());
+}
+
+TEST(PlanVerb, AsJsonItIsOneObjectOnOneLine)
+{
+    const QByteArray line = printed(someTags(), true);
+    EXPECT_EQ(line.size() - 1, line.indexOf('\n'));
+    const QJsonObject plan = QJsonDocument::fromJson(line).object();
+    ASSERT_EQ(4, plan[text("blocks")].toArray().size());
+    const QJsonObject block = blockOf(plan, 0);
+    EXPECT_EQ(1, block[text("station")].toInt());
+    EXPECT_EQ(text("MW"), block[text("area")].toString());
+    EXPECT_EQ(3050, block[text("number")].toInt());
+    EXPECT_EQ(4, block[text("count")].toInt());
+    EXPECT_EQ(QJsonArray({text("level"), text("speed")}), block[text("tags")].toArray());
+    EXPECT_EQ(text("01030bea000467d9"), block[text("request")].toString());
+    EXPECT_EQ(13, block[text("replyLength")].toInt());
+}
+
+TEST(PlanVerb, AsJsonTimesAreMicroseconds)
+{
+    const QJsonObject plan = QJsonDocument::fromJson(printed(someTags(), true)).object();
+    const QJsonObject grouped = plan[text("grouped")].toObject();
+    EXPECT_EQ(4, grouped[text("requests")].toInt());
+    EXPECT_EQ(4 * 21834 + 7 * 2083, grouped[text("cycleTime")].toInt());
+    const QJsonObject single = plan[text("single")].toObject();
+    EXPECT_EQ(5, single[text("requests")].toInt());
+    EXPECT_EQ(5 * 21834 + 6 * 2083, single[text("cycleTime")].toInt());
+}
+
+TEST(PlanVerb, EveryBlockOfABigPlanHasItsRequest)
+{
+    QByteArray csv("name,station,area,address,type\n");
+    for (int i = 0; i < 600; ++i)
+        csv += 't' + QByteArray::number(i) + ',' + QByteArray::number(i % 8 + 1) + ",MW," +
+               QByteArray::number(i * 12) + ",int16\n";
+    const QJsonObject plan =
+        QJsonDocument::fromJson(printed(readTags(csv, driver()), true)).object();
+    const QJsonArray blocks = plan[text("blocks")].toArray();
+    EXPECT_EQ(600, blocks.size());
+    for (int i = 0; i < int(blocks.size()); ++i) {
+        const QJsonObject block = blockOf(plan, i);
+        const QByteArray request =
+            QByteArray::fromHex(block[text("request")].toString().toLatin1());
+        ASSERT_EQ(8, request.size());
+        ASSERT_EQ(block[text("station")].toInt(), request.at(0));
+        ASSERT_EQ(block[text("number")].toInt(), static_cast<unsigned char>(request.at(2)) * 256 +
+                                                     static_cast<unsigned char>(request.at(3)));
+    }
+}
+
+TEST(PlanVerb, APlanThatCannotBeWrittenIsTold)
+{
+    std::FILE* const full = std::fopen("/dev/full", "w");
+    ASSERT_NE(nullptr, full);
+    EXPECT_EQ(1, printPlan(full, someTags(), LineTiming::network(), 0, driver(), true));
+    std::fclose(full);
+}
