@@ -1,5 +1,6 @@
 #include "plan/recipeFile.h"
 
+#include "plan/tagText.h"
 #include "plan/tagValue.h"
 
 #include <QSaveFile>

@@ -44,9 +44,6 @@ QByteArray fileBytes(const QString& fileName);
 /// @throws TagFileError also when the file cannot be read
 std::vector<Tag> readTagFile(const QString& fileName, const DriverLibrary& driver);
 
-/// The type as a tag file has it, "float32:high".
-QString tagTypeText(const Tag& tag);
-
 /// A tag from text such as "MW100", "MX12.3" or "2:QW8" (station 2); words are uint16.
 /// @throws TagFileError when it is no valid address
 Tag tagFromAddress(const QString& text, const DriverLibrary& driver);

@@ -1,0 +1,260 @@
+#include "verbs/commandLine.h"
+
+#include "verbs/infoVerbs.h"
+#include "verbs/planVerb.h"
+#include "verbs/readVerb.h"
+#include "verbs/recipeVerb.h"
+#include "verbs/watchVerb.h"
+#include "verbs/writeVerb.h"
+
+#include <CLI/CLI.hpp>
+
+#include <cstdio>
+#include <memory>
+#include <vector>
+
+namespace {
+
+struct Options
+{
+    std::string area;
+    std::string address;
+    int count = 1;
+    int interval = 1;
+    bool write = false;
+    std::string tagFile;
+    std::vector<std::string> names;
+    double seconds = 0;
+    std::string recipeFile;
+    std::string recipeOutput;
+    bool verify = false;
+    LinkOptions link;
+};
+
+using Verb = std::function<ExitStatus(const DriverLibrary&)>;
+
+QString text(const std::string& utf8)
+{
+    return QString::fromStdString(utf8);
+}
+
+void addJson(CLI::App* verb, Options& options)
+{
+    verb->add_flag("--json", options.link.json, "one JSON object a line");
+}
+
+void addTags(CLI::App* verb, Options& options, bool required)
+{
+    verb->add_option("--tags", options.tagFile, "tag file (CSV)")->required(required);
+}
+
+void addTiming(CLI::App* verb, Options& options)
+{
+    LinkOptions& link = options.link;
+    verb->add_option("--link", link.link,
+                     "sim, serial:DEVICE,BAUD,DATA BITS,PARITY,STOP BITS or tcp:HOST,PORT; what "
+                     "is left out comes from the driver")
+        ->capture_default_str();
+    verb->add_option("--turnaround-us", link.turnaroundUs,
+                     "how long a station takes to begin its answer, for the plan")
+        ->check(CLI::Range(0, 1000000))
+        ->capture_default_str();
+    addJson(verb, options);
+}
+
+void addLink(CLI::App* verb, Options& options)
+{
+    LinkOptions& link = options.link;
+    addTiming(verb, options);
+    verb->add_option("--timeout-ms", link.timeoutMs,
+                     "longest that a station takes to begin its answer")
+        ->check(CLI::Range(10, 60000))
+        ->capture_default_str();
+    verb->add_option("--attempts", link.attempts, "how often a request is sent")
+        ->check(CLI::Range(1, 20))
+        ->capture_default_str();
+    verb->add_option("--pause-ms", link.pauseMs,
+                     "before a lost link is tried again; doubles up to 30 s")
+        ->check(CLI::Range(10, 30000))
+        ->capture_default_str();
+    verb->add_flag("--trace", link.trace, "print every frame to standard error");
+    verb->add_option("--pcap", link.pcap, "write every frame to a capture file");
+    verb->add_option("--simulator", link.simulator,
+                     "program of the simulated PLC (default: the one beside this one)");
+    verb->add_option("--simulator-arguments", link.simulatorArguments,
+                     "more arguments for it, separated by blanks");
+}
+
+void addAddress(CLI::App* verb, Options& options)
+{
+    verb->add_option("AREA", options.area, "MW, IW, QW, MX, IX or QX")->required();
+    verb->add_option("ADDRESS", options.address, "such as 100 or 12.3")->required();
+    verb->add_option("--count", options.count, "words or bits")
+        ->check(CLI::Range(1, 65536))
+        ->capture_default_str();
+    addJson(verb, options);
+}
+
+std::vector<Tag> chosenTags(const Options& options, const DriverLibrary& driver)
+{
+    const TagChoice choice(driver, text(options.tagFile));
+    if (options.names.empty()) return choice.inFile();
+    std::vector<Tag> tags;
+    for (const std::string& name : options.names)
+        tags.push_back(choice.named(text(name)));
+    return tags;
+}
+
+std::vector<Tag> someTags(const Options& options, const DriverLibrary& driver)
+{
+    const std::vector<Tag> tags = chosenTags(options, driver);
+    if (tags.empty()) throw VerbFailure(EXIT_USAGE, QLatin1String("there is no tag to work on"));
+    return tags;
+}
+
+ExitStatus plan(const Options& options, const DriverLibrary& driver)
+{
+    const std::vector<Tag> tags = someTags(options, driver);
+    const LineTiming timing = timingOf(addressOf(driver, options.link));
+    return printPlan(stdout, tags, timing, options.link.turnaroundUs, driver, options.link.json) ==
+                   0
+               ? EXIT_DONE
+               : EXIT_USAGE;
+}
+
+ExitStatus write(const Options& options, const DriverLibrary& driver)
+{
+    const TagChoice choice(driver, text(options.tagFile));
+    std::vector<Assignment> assignments;
+    for (const std::string& name : options.names)
+        assignments.push_back(assignment(text(name), choice, driver));
+    return writeOnce(driver, options.link, assignments);
+}
+
+RecipeOptions recipeOptions(const Options& options)
+{
+    RecipeOptions recipe;
+    recipe.file = text(options.recipeFile);
+    recipe.output = text(options.recipeOutput);
+    recipe.verify = options.verify;
+    return recipe;
+}
+
+void addQuestions(CLI::App& app, Options& o, Verb& chosen)
+{
+    CLI::App* info = app.add_subcommand("info", "Identity, default settings, areas");
+    addJson(info, o);
+    info->callback([&] {
+        chosen = [&](const DriverLibrary& driver) {
+            printInfo(stdout, driver, o.link.json);
+            return EXIT_DONE;
+        };
+    });
+    CLI::App* check = app.add_subcommand("check", "Whether an address is valid, or why not");
+    addAddress(check, o);
+    check->add_flag("--write", o.write, "it is to be written as well");
+    check->callback([&] {
+        chosen = [&](const DriverLibrary& driver) {
+            return printCheck(stdout, driver, text(o.area), text(o.address), o.count, o.write,
+                              o.link.json)
+                       ? EXIT_DONE
+                       : EXIT_INVALID;
+        };
+    });
+    CLI::App* series = app.add_subcommand("series", "Addresses at an interval");
+    addAddress(series, o);
+    series->add_option("--interval", o.interval, "words or bits from one to the next")
+        ->check(CLI::Range(1, 65536))
+        ->capture_default_str();
+    series->callback([&] {
+        chosen = [&](const DriverLibrary& driver) {
+            return printSeries(stdout, driver, text(o.area), text(o.address), o.count, o.interval,
+                               o.link.json)
+                       ? EXIT_DONE
+                       : EXIT_INVALID;
+        };
+    });
+    CLI::App* planVerb = app.add_subcommand("plan", "The requests that read the tags");
+    addTags(planVerb, o, true);
+    addTiming(planVerb, o);
+    planVerb->callback(
+        [&] { chosen = [&](const DriverLibrary& driver) { return plan(o, driver); }; });
+}
+
+void addTransfers(CLI::App& app, Options& o, Verb& chosen)
+{
+    CLI::App* watchVerb = app.add_subcommand("watch", "Polls the tags and shows changes");
+    addTags(watchVerb, o, true);
+    addLink(watchVerb, o);
+    watchVerb->add_option("--seconds", o.seconds, "then ends by itself; 0: when stopped")
+        ->check(CLI::Range(0.0, 1e7))
+        ->capture_default_str();
+    watchVerb->callback([&] {
+        chosen = [&](const DriverLibrary& driver) {
+            return watch(driver, o.link, someTags(o, driver), o.seconds);
+        };
+    });
+    CLI::App* readVerb = app.add_subcommand("read", "Reads tags or addresses once");
+    readVerb->add_option("NAME", o.names, "names of the tag file, or MW100, MX12.3, 2:QW8");
+    addTags(readVerb, o, false);
+    addLink(readVerb, o);
+    readVerb->callback([&] {
+        chosen = [&](const DriverLibrary& driver) {
+            return readOnce(driver, o.link, someTags(o, driver));
+        };
+    });
+    CLI::App* writeVerb = app.add_subcommand("write", "Writes values; the PLC confirms them");
+    writeVerb->add_option("NAME=VALUE", o.names, "such as level=3.5, MW100=7 or MX12.3=1")
+        ->required();
+    addTags(writeVerb, o, false);
+    addLink(writeVerb, o);
+    writeVerb->callback(
+        [&] { chosen = [&](const DriverLibrary& driver) { return write(o, driver); }; });
+}
+
+void addRecipe(CLI::App& app, Options& o, Verb& chosen)
+{
+    CLI::App* recipe = app.add_subcommand("recipe", "Transfers a recipe");
+    recipe->require_subcommand(1);
+    CLI::App* download = recipe->add_subcommand("download", "Writes its values into the PLC");
+    CLI::App* upload = recipe->add_subcommand("upload", "Reads its values from the PLC");
+    for (CLI::App* verb : {download, upload}) {
+        verb->add_option("FILE", o.recipeFile, "recipe (CSV)")->required();
+        verb->add_flag("--verify", o.verify, "reads back, and names every value that differs");
+        addLink(verb, o);
+    }
+    upload->add_option("--output", o.recipeOutput, "file to write (default: FILE itself)");
+    download->callback([&] {
+        chosen = [&](const DriverLibrary& driver) {
+            return downloadRecipe(driver, o.link, recipeOptions(o));
+        };
+    });
+    upload->callback([&] {
+        chosen = [&](const DriverLibrary& driver) {
+            return uploadRecipe(driver, o.link, recipeOptions(o));
+        };
+    });
+}
+
+} // namespace
+
+std::optional<ExitStatus> parseCommandLine(int argc, char** argv, Command& command)
+{
+    CLI::App app("Host for the quorvane ka_kb driver", "kakb-host");
+    app.require_subcommand(1);
+    const auto options = std::make_shared<Options>();
+    app.add_option("--driver", command.driver,
+                   "driver library (default: the one built beside this program)");
+    addQuestions(app, *options, command.verb);
+    addTransfers(app, *options, command.verb);
+    addRecipe(app, *options, command.verb);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? EXIT_DONE : EXIT_USAGE;
+    }
+    command.verb = [options, verb = command.verb](const DriverLibrary& driver) {
+        return verb(driver);
+    };
+    return std::nullopt;
+}
