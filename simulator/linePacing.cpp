@@ -6,6 +6,7 @@ namespace {
 
 const std::int64_t SECOND_NS = 1000000000;
 const std::int64_t SHORTEST_SILENCE_NS = 5000000;
+const std::int64_t NETWORK_SILENCE_NS = 100000000;
 
 enum { CHARACTER_BITS = 10, SILENCE_HALF_CHARACTERS = 7 };
 
@@ -46,7 +47,8 @@ std::vector<OutgoingPiece> LinePacing::pieces(std::int64_t start, const Bytes& r
 
 std::int64_t LinePacing::endOfFrameSilence() const
 {
-    return std::max(SHORTEST_SILENCE_NS, wireTime(SILENCE_HALF_CHARACTERS) / 2);
+    const std::int64_t shortest = m_settings.isNetwork ? NETWORK_SILENCE_NS : SHORTEST_SILENCE_NS;
+    return std::max(shortest, wireTime(SILENCE_HALF_CHARACTERS) / 2);
 }
 
 /// Rounded up, so that no frame is faster than the wire.

@@ -10,6 +10,7 @@
 struct LineSettings
 {
     int baud = 0;                  ///< 0: as fast as the bytes come
+    bool isNetwork = false;        ///< pauses between bytes mean nothing
     bool isSerialPort = false;     ///< the port itself takes the time that `baud` asks for
     std::int64_t turnaroundNs = 0; ///< from a request's end to its reply's start
     bool byteByByte = false;       ///< each byte at its time, not the whole reply at its end
@@ -46,8 +47,9 @@ public:
     /// A reply that starts at `start`, as pieces in the order of their times.
     std::vector<OutgoingPiece> pieces(std::int64_t start, const Bytes& reply) const;
 
-    /// Silence that ends a frame, but never under 5 ms: the system may hold the rest of a request
-    /// back for longer than 3.5 characters.
+    /// Silence that ends a frame: 3.5 characters, but never under 5 ms, as the system may hold the
+    /// rest of a request back for longer than that. On a network 100 ms, because a sender may wait
+    /// for the acknowledgement of the first part, and that is commonly 40 ms late.
     std::int64_t endOfFrameSilence() const;
 
 private:

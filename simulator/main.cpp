@@ -110,6 +110,11 @@ std::unique_ptr<std::ofstream> openOutput(const std::string& path)
     return file;
 }
 
+void finishOutput(std::ofstream* file, const std::string& path)
+{
+    if (file && !file->flush()) throw LinkError(path + ": could not be written");
+}
+
 int serve(const SimulatorOptions& options, const sigset_t& waitingMask)
 {
     const std::unique_ptr<std::ofstream> report = openOutput(options.reportFile);
@@ -122,12 +127,21 @@ int serve(const SimulatorOptions& options, const sigset_t& waitingMask)
     ServerLoop loop(*line, handler, stations, signals, pacing);
     std::printf("%s\n", line->address().c_str());
     std::fflush(stdout);
-    loop.run(stopRequested, waitingMask, options.untilStdinEnds);
+    // What was measured until the link was lost is reported all the same.
+    int status = EXIT_ENDED;
+    try {
+        loop.run(stopRequested, waitingMask, options.untilStdinEnds);
+    } catch (const LinkError& error) {
+        std::fprintf(stderr, "kakb-sim: %s\n", error.what());
+        status = EXIT_LINK;
+    }
     if (report)
         writeReport(*report, handler.counts(), loop.badFrames(), handler.silences(),
                     loop.lateness());
     if (dump) stations.dump(*dump);
-    return EXIT_ENDED;
+    finishOutput(report.get(), options.reportFile);
+    finishOutput(dump.get(), options.dumpFile);
+    return status;
 }
 
 } // namespace

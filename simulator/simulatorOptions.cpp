@@ -172,6 +172,7 @@ SimulatorOptions parseOptions(CLI::App& app, int argc, char** argv)
     options.faults.silentStations.insert(raw.silentStations.begin(), raw.silentStations.end());
     options.faults.delayNs = raw.delayMs * MILLISECOND_NS;
     options.line.turnaroundNs = raw.turnaroundUs * MICROSECOND_NS;
+    options.line.isNetwork = options.tcpPort >= 0;
     options.line.isSerialPort = !options.serialDevice.empty();
     if (options.line.isSerialPort && options.line.baud == 0) options.line.baud = SERIAL_BAUD;
     return options;

@@ -91,6 +91,13 @@ TEST(LinePacing, ASerialPortTakesItsTimeByItself)
     EXPECT_EQ(0, LinePacing(at(9600)).timeAfterWrite(8));
 }
 
+TEST(LinePacing, ANetworkMayHoldTheRestOfAFrameBack)
+{
+    LineSettings settings = at(38400);
+    settings.isNetwork = true;
+    EXPECT_EQ(100 * MS, LinePacing(settings).endOfFrameSilence());
+}
+
 TEST(LinePacing, AFrameIsOverAfterThreeAndAHalfCharactersOrFiveMilliseconds)
 {
     EXPECT_EQ(5 * MS, LinePacing(at(0)).endOfFrameSilence());
