@@ -18,7 +18,8 @@ QSerialPort::Parity parityOf(const LineSettings& settings)
 
 } // namespace
 
-SerialLink::SerialLink(const QString& device, const LineSettings& settings) : m_port(device)
+SerialLink::SerialLink(const QString& device, const LineSettings& settings)
+    : m_device(device), m_port(device)
 {
     m_port.setBaudRate(settings.baud);
     m_port.setDataBits(static_cast<QSerialPort::DataBits>(settings.dataBits));
@@ -29,8 +30,7 @@ SerialLink::SerialLink(const QString& device, const LineSettings& settings) : m_
 
 LinkError SerialLink::error() const
 {
-    return LinkError(
-        (m_port.portName() + QLatin1String(": ") + m_port.errorString()).toStdString());
+    return LinkError((m_device + QLatin1String(": ") + m_port.errorString()).toStdString());
 }
 
 void SerialLink::write(const QByteArray& bytes)

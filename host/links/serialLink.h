@@ -19,6 +19,7 @@ public:
 private:
     LinkError error() const;
 
+    const QString m_device;
     QSerialPort m_port;
 };
 

@@ -9,11 +9,6 @@ namespace {
 
 enum { BUFFER_WORDS = 65536, BYTES_PER_WORD = 2 };
 
-bool isBitArea(const QString& area)
-{
-    return area.endsWith(QLatin1Char('X'));
-}
-
 } // namespace
 
 RecipePlan::RecipePlan(const std::vector<Tag>& tags, int linkNumber)

@@ -4,6 +4,12 @@
 #include <QMetaType>
 #include <QString>
 
+/// A bit area's name ends in X, a word area's in W.
+inline bool isBitArea(const QString& area)
+{
+    return area.endsWith(QLatin1Char('X'));
+}
+
 /// One variable of the PLC under the name that a screen shows.
 struct Tag
 {

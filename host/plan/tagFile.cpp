@@ -208,7 +208,7 @@ Tag tagFromAddress(const QString& text, const DriverLibrary& driver)
         place.begin(), place.end(), [](QChar character) { return !character.isLetter(); });
     tag.area = place.left(int(addressStart - place.begin()));
     tag.address = place.mid(tag.area.size());
-    tag.type = isBitArea(driver, tag.area) ? Tag::BOOL : Tag::UINT16;
+    tag.type = isBitArea(tag.area) ? Tag::BOOL : Tag::UINT16;
     const QString unknownArea = areaProblem(tag, driver);
     if (!unknownArea.isEmpty()) failOf(unknownArea);
     const QString badAddress = addressProblem(tag, driver);

@@ -31,13 +31,6 @@ QString rangeProblem(const Tag& tag, const DriverLibrary& driver)
 
 } // namespace
 
-bool isBitArea(const DriverLibrary& driver, const QString& area)
-{
-    QStringList names;
-    driver.getRegListByType(0, names);
-    return names.contains(area);
-}
-
 QString areaProblem(const Tag& tag, const DriverLibrary& driver)
 {
     const QStringList names = areas(driver);

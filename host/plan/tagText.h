@@ -26,8 +26,6 @@ QString areaProblem(const Tag& tag, const DriverLibrary& driver);
 /// is noted.
 QString addressProblem(Tag& tag, const DriverLibrary& driver);
 
-bool isBitArea(const DriverLibrary& driver, const QString& area);
-
 QString quoted(const QString& text);
 
 #endif

@@ -1,5 +1,7 @@
 #include "session/driverSession.h"
 
+#include "plan/tag.h"
+
 #include <QMutexLocker>
 
 #include <algorithm>
@@ -104,7 +106,18 @@ QByteArray DriverSession::recipeBytes(int count) const
                       std::min(count, 2 * RECIPE_WORDS));
 }
 
-bool DriverSession::isBitArea(const QString& area)
+QString DriverSession::addressText(const QString& area, int number) const
 {
-    return area.endsWith(QLatin1Char('X'));
+    QVector<QString> texts;
+    QVector<int> numbers;
+    m_driver.multiCopy(area, number, 1, 1, texts, numbers);
+    return area + texts.value(0);
+}
+
+QString DriverSession::placesText(const VARIABLE& var) const
+{
+    QString text = addressText(var.regName, var.addr);
+    if (var.count > 1)
+        text += QLatin1String(" to ") + addressText(var.regName, var.addr + var.count - 1);
+    return text + QString(QLatin1String(" of station %1")).arg(var.station);
 }

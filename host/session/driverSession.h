@@ -66,10 +66,11 @@ public:
     /// The first bytes of the recipe's values.
     QByteArray recipeBytes(int count) const;
 
-    /// A bit area's name ends in X, a word area's in W.
-    static bool isBitArea(const QString& area);
+    /// What a frame reads or writes as the user knows it, "MW100 to MW118 of station 1".
+    QString placesText(const VARIABLE& var) const;
 
 private:
+    QString addressText(const QString& area, int number) const;
     static void noteChange(int context, int station, QString& area, int number);
 
     const DriverLibrary& m_driver;

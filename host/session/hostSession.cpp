@@ -24,15 +24,6 @@ JobEnd::Outcome outcomeOf(const FINISHED_EXCHANGE& finished)
     return finished.exceptionCode != 0 ? JobEnd::REFUSED : JobEnd::TIMED_OUT;
 }
 
-QString unitsText(const VARIABLE& var)
-{
-    return QString(QLatin1String("%1 %2 of station %3, %4 from there"))
-        .arg(var.regName)
-        .arg(var.addr)
-        .arg(var.station)
-        .arg(var.count);
-}
-
 } // namespace
 
 HostSession::HostSession(DriverSession& driver, const LineTiming& timing,
@@ -144,7 +135,7 @@ void HostSession::feedReads()
     const std::optional<OneShotReads::Read> read = m_reads.start();
     if (!read) return;
     KEY_ADDRESS key = PolledTags::keyOf(read->block);
-    if (DriverSession::isBitArea(key.regName)) key.count = 1; // in groups of 16
+    if (isBitArea(key.regName)) key.count = 1; // in groups of 16
     m_driver.readOnce(key);
 }
 
@@ -235,6 +226,11 @@ QString HostSession::troubleOf(const FINISHED_EXCHANGE& finished) const
     return text.arg(finished.frame.var.station);
 }
 
+QString HostSession::blockTroubleOf(const FINISHED_EXCHANGE& finished) const
+{
+    return m_driver.placesText(finished.frame.var) + QLatin1String(": ") + troubleOf(finished);
+}
+
 void HostSession::writeOver(const FINISHED_EXCHANGE& finished)
 {
     const VARIABLE& var = finished.frame.var;
@@ -246,7 +242,7 @@ void HostSession::writeOver(const FINISHED_EXCHANGE& finished)
 void HostSession::readOver(const FINISHED_EXCHANGE& finished, qint64 now)
 {
     const bool done = finished.result == REPLY_ACCEPTED;
-    m_reads.ended(outcomeOf(finished), done ? QString() : troubleOf(finished));
+    m_reads.ended(outcomeOf(finished), done ? QString() : blockTroubleOf(finished));
     const int block = m_polled.blockOf(finished.frame.var);
     if (done && block >= 0) blockRead(block, now);
 }
@@ -270,8 +266,7 @@ void HostSession::recipeFrameOver(const FINISHED_EXCHANGE& finished)
     JobEnd end;
     end.job = m_recipe->job;
     end.outcome = outcomeOf(finished);
-    if (end.outcome != JobEnd::DONE)
-        end.trouble = unitsText(finished.frame.var) + QLatin1String(": ") + troubleOf(finished);
+    if (end.outcome != JobEnd::DONE) end.trouble = blockTroubleOf(finished);
     end.values = m_driver.recipeBytes(int(m_recipe->values.size()));
     m_recipe.reset();
     m_sink.jobEnded(end);

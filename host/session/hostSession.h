@@ -80,6 +80,7 @@ private:
     void fetch(int tag);
     void reportEnded();
     QString troubleOf(const FINISHED_EXCHANGE& finished) const;
+    QString blockTroubleOf(const FINISHED_EXCHANGE& finished) const;
 
     DriverSession& m_driver;
     SessionSink& m_sink;

@@ -5,6 +5,10 @@
 
 void OneShotReads::add(int job, const std::vector<ReadBlock>& blocks)
 {
+    if (blocks.empty()) {
+        m_ended.emplace_back().job = job;
+        return;
+    }
     m_blocksLeft[job] = int(blocks.size());
     for (const ReadBlock& block : blocks)
         m_waiting.push_back({block, job, false});

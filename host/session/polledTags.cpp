@@ -1,7 +1,5 @@
 #include "session/polledTags.h"
 
-#include "session/driverSession.h"
-
 #include <utility>
 
 namespace {
@@ -77,6 +75,6 @@ KEY_ADDRESS PolledTags::keyOf(const ReadBlock& block)
     key.regName = block.area;
     key.addr = block.number;
     key.count = block.count;
-    key.unitMode = DriverSession::isBitArea(block.area) ? int(BIT_AREA) : 0;
+    key.unitMode = isBitArea(block.area) ? int(BIT_AREA) : 0;
     return key;
 }

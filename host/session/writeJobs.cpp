@@ -4,6 +4,10 @@
 
 void WriteJobs::add(int job, const std::vector<ElementWrite>& elements)
 {
+    if (elements.empty()) {
+        m_ended.emplace_back().job = job;
+        return;
+    }
     m_jobs[job].end.job = job;
     m_jobs[job].elementsLeft += int(elements.size());
     for (const ElementWrite& write : elements) {

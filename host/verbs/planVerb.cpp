@@ -3,6 +3,7 @@
 #include "output/columnText.h"
 #include "plan/readPlan.h"
 #include "session/driverSession.h"
+#include "session/polledTags.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -33,17 +34,6 @@ struct CycleView
 
 using Place = std::tuple<int, QString, int>;
 
-KEY_ADDRESS keyOf(const ReadBlock& block)
-{
-    KEY_ADDRESS key;
-    key.station = block.station;
-    key.regName = block.area;
-    key.addr = block.number;
-    key.count = block.count;
-    key.unitMode = DriverSession::isBitArea(block.area) ? -1 : 0;
-    return key;
-}
-
 /// Lets the driver go once round its plan, each request given up at its first silence. It polls in
 /// an order of its own, so the requests are found by the place that they read.
 std::vector<Request> requestsFor(const std::vector<ReadBlock>& blocks, const DriverLibrary& driver)
@@ -51,7 +41,7 @@ std::vector<Request> requestsFor(const std::vector<ReadBlock>& blocks, const Dri
     DriverSession session(driver, ATTEMPTS);
     QList<KEY_ADDRESS> keys;
     for (const ReadBlock& block : blocks)
-        keys << keyOf(block);
+        keys << PolledTags::keyOf(block);
 
     std::map<Place, Request> byPlace;
     for (int left = session.poll(keys); left > 0; --left) {
