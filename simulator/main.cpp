@@ -35,7 +35,7 @@
 // End
 //   --report FILE         counts, silent intervals and own lateness, as lines "key value"
 //   --dump FILE           memory that is not 0, as lines "STATION AREA NUMBER VALUE"
-//   --until-stdin-ends    end when standard input does
+//   --until-stdin-ends    end when standard input does, and not when interrupted
 //
 // Prints what a host opens on the first line, a path or "tcp:ADDRESS,PORT", then serves until it is
 // terminated or interrupted.
@@ -72,13 +72,14 @@ void requestStop(int)
 }
 
 /// @return the mask to wait with: elsewhere the signals stay blocked, so that none comes between
-/// the
-///         test and the wait
-sigset_t stopOnSignals()
+///         the test and the wait
+sigset_t stopOnSignals(bool untilStdinEnds)
 {
     struct sigaction action = {};
     action.sa_handler = requestStop;
     sigaction(SIGTERM, &action, nullptr);
+    // Ctrl-C reaches both a host and the PLC that it started; the host is to end the PLC.
+    if (untilStdinEnds) action.sa_handler = SIG_IGN;
     sigaction(SIGINT, &action, nullptr);
     std::signal(SIGPIPE, SIG_IGN);
     sigset_t blocked;
@@ -152,7 +153,7 @@ int main(int argc, char** argv)
     try {
         const SimulatorOptions options = parseOptions(app, argc, argv);
         prctl(PR_SET_TIMERSLACK, FINEST_TIMER_SLACK_NS);
-        return serve(options, stopOnSignals());
+        return serve(options, stopOnSignals(options.untilStdinEnds));
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? EXIT_ENDED : EXIT_USAGE;
     } catch (const std::exception& error) {

@@ -36,9 +36,11 @@ void ExchangeMachine::received(const QByteArray& bytes, qint64 now)
     takeReply(now);
 }
 
-void ExchangeMachine::linkLost()
+void ExchangeMachine::linkLost(bool answersMayFollow)
 {
-    if (m_state != CHOOSING) m_retrying = true;
+    if (!answersMayFollow) m_unanswered.clear();
+    if (m_state == WAITING_FOR_REPLY || m_state == DRAINING) m_retrying = true;
+    m_isPending = m_isPending || m_state != CHOOSING;
     m_state = CHOOSING;
     m_received.clear();
 }
@@ -46,10 +48,25 @@ void ExchangeMachine::linkLost()
 void ExchangeMachine::takeReply(qint64 now)
 {
     if (now >= m_deadline) return;
-    const RECOGNISED found = recogniseReply(m_received, m_request, m_frame.recvLen);
+    RECOGNISED found = recogniseReply(m_received, m_request, m_frame.recvLen);
+    while (found.exceptionCode != 0 && mayRefuseAnother(now)) {
+        m_received.replace(found.reply, QByteArray());
+        found = recogniseReply(m_received, m_request, m_frame.recvLen);
+    }
     if (found.reply.isEmpty()) return;
     forgetAnswered();
-    finish(found.reply, found.exceptionCode, now - m_sentAt);
+    // What has no line of its own may answer sooner than a wire could carry the request.
+    finish(found.reply, found.exceptionCode, std::max<qint64>(now - m_sentAt, 0));
+}
+
+/// A refusal names only station and function, so a late one could be taken for this request's. When
+/// it is this one's after all, the next attempt tells.
+bool ExchangeMachine::mayRefuseAnother(qint64 now) const
+{
+    return std::any_of(m_unanswered.begin(), m_unanswered.end(), [this, now](const UNANSWERED& u) {
+        return u.until > now && u.signature != m_signature &&
+               u.signature.left(2) == m_signature.left(2);
+    });
 }
 
 /// A station answers in order, so what came answers the oldest request of its kind.
@@ -59,6 +76,15 @@ void ExchangeMachine::forgetAnswered()
         std::find_if(m_unanswered.begin(), m_unanswered.end(),
                      [this](const UNANSWERED& u) { return u.signature == m_signature; });
     if (oldest != m_unanswered.end()) m_unanswered.erase(oldest);
+}
+
+/// What was waited for in vain must not be left to be taken for answered instead of a new request,
+/// which then would hold back the next one, and so on for ever.
+void ExchangeMachine::forgetExpired(qint64 now)
+{
+    m_unanswered.erase(std::remove_if(m_unanswered.begin(), m_unanswered.end(),
+                                      [now](const UNANSWERED& u) { return u.until <= now; }),
+                       m_unanswered.end());
 }
 
 void ExchangeMachine::finish(QByteArray reply, int exceptionCode, qint64 replyTime)
@@ -82,14 +108,12 @@ bool ExchangeMachine::chooseRequest(qint64 now)
     m_request = QByteArray(reinterpret_cast<const char*>(m_frame.sendBuf), m_frame.sendLen);
     m_received.clear();
     m_heard = false;
+    m_isPending = false;
     if (m_request.isEmpty()) {
         finish(QByteArray(), 0, NO_ANSWER);
         return true;
     }
     m_signature = replySignature(m_request, m_frame.recvLen);
-    m_unanswered.erase(std::remove_if(m_unanswered.begin(), m_unanswered.end(),
-                                      [now](const UNANSWERED& u) { return u.until <= now; }),
-                       m_unanswered.end());
     m_deadline = std::max(now, earliestSend()) + m_times.answer;
     m_state = WAITING_FOR_SILENCE;
     return true;
@@ -119,6 +143,7 @@ void ExchangeMachine::send(qint64 now)
     }
     const qint64 wait = m_times.answer + m_timing.frame(m_frame.recvLen);
     m_deadline = sent + wait;
+    forgetExpired(now);
     m_unanswered.push_back({m_signature, m_deadline + wait});
     m_state = WAITING_FOR_REPLY;
 }

@@ -61,12 +61,13 @@ public:
 
     /// The link is gone. The driver still has the request in flight and offers it again; nothing of
     /// it was answered or given up.
-    void linkLost();
+    /// @param answersMayFollow  late answers may still come over the next link, as on a wire
+    void linkLost(bool answersMayFollow = true);
 
     /// The driver has no request under way, so it chooses afresh next.
     bool isBetweenRequests() const
     {
-        return m_state == CHOOSING && !m_retrying;
+        return m_state == CHOOSING && !m_retrying && !m_isPending;
     }
 
     /// The exchange that ended in the last call of advance() or received(), if one did.
@@ -86,8 +87,10 @@ private:
     qint64 dueTime() const;
     void send(qint64 now);
     void takeReply(qint64 now);
+    bool mayRefuseAnother(qint64 now) const;
     void finish(QByteArray reply, int exceptionCode, qint64 replyTime);
     void forgetAnswered();
+    void forgetExpired(qint64 now);
 
     DriverCalls& m_driver;
     const LineTiming m_timing;
@@ -101,7 +104,8 @@ private:
     qint64 m_deadline = 0;
     qint64 m_sentAt = 0;
     bool m_retrying = false;
-    bool m_heard = false; ///< bytes came since the request was chosen
+    bool m_isPending = false; ///< the driver has a request that a lost link cut short
+    bool m_heard = false;     ///< bytes came since the request was chosen
     std::vector<UNANSWERED> m_unanswered;
     std::optional<FINISHED_EXCHANGE> m_finished;
 };

@@ -28,8 +28,12 @@ SerialLink::SerialLink(const QString& device, const LineSettings& settings)
     if (!m_port.open(QIODevice::ReadWrite)) throw error();
 }
 
+/// What an unplugged device gives has no words of its own in every version of Qt.
 LinkError SerialLink::error() const
 {
+    const bool isGone = m_port.isOpen() && (m_port.error() == QSerialPort::ResourceError ||
+                                            m_port.error() == QSerialPort::UnknownError);
+    if (isGone) return LinkError((m_device + QLatin1String(": the device is gone")).toStdString());
     return LinkError((m_device + QLatin1String(": ") + m_port.errorString()).toStdString());
 }
 

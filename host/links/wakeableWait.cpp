@@ -5,8 +5,29 @@
 #include <sys/prctl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <system_error>
+
+namespace {
+
+// Waking up takes the system tens of microseconds, so the last ones are spent awake.
+const qint64 AWAKE = 80;
+
+const timespec AT_ONCE = {0, 0};
+
+using Clock = std::chrono::steady_clock;
+
+timespec timeOf(qint64 microseconds)
+{
+    timespec time = {};
+    time.tv_sec = time_t(microseconds / 1000000);
+    time.tv_nsec = long(microseconds % 1000000) * 1000;
+    return time;
+}
+
+} // namespace
 
 WakeableWait::WakeableWait() : m_wakeUp(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC))
 {
@@ -24,16 +45,24 @@ void WakeableWait::wake()
     eventfd_write(m_wakeUp, 1);
 }
 
-bool WakeableWait::wait(int descriptor, qint64 microseconds)
+WakeableWait::Outcome WakeableWait::poll(int descriptor, const timespec* longest)
 {
     pollfd awaited[] = {{m_wakeUp, POLLIN, 0}, {descriptor, POLLIN, 0}};
-    timespec longest = {};
-    longest.tv_sec = time_t(microseconds / 1000000);
-    longest.tv_nsec = long(microseconds % 1000000) * 1000;
-    if (ppoll(awaited, 2, microseconds < 0 ? nullptr : &longest, nullptr) <= 0) return false;
+    if (ppoll(awaited, 2, longest, nullptr) <= 0) return NOTHING;
     eventfd_t count = 0;
     if (awaited[0].revents != 0) eventfd_read(m_wakeUp, &count);
-    return awaited[1].revents != 0;
+    return awaited[1].revents != 0 ? READABLE : WOKEN;
+}
+
+bool WakeableWait::wait(int descriptor, qint64 microseconds)
+{
+    if (microseconds < 0) return poll(descriptor, nullptr) == READABLE;
+    const auto end = Clock::now() + std::chrono::microseconds(microseconds);
+    const timespec asleep = timeOf(std::max<qint64>(microseconds - AWAKE, 0));
+    Outcome outcome = poll(descriptor, &asleep);
+    while (outcome == NOTHING && Clock::now() < end)
+        outcome = poll(descriptor, &AT_ONCE);
+    return outcome == READABLE;
 }
 
 void WakeableWait::makePunctual()

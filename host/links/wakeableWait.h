@@ -3,6 +3,8 @@
 
 #include <QtGlobal>
 
+#include <ctime>
+
 /// Waits for bytes, for a time and for a wake-up from another thread at once, to the microsecond
 /// where the system allows it: silent intervals are shorter than the milliseconds that Qt waits in.
 class WakeableWait
@@ -26,6 +28,10 @@ public:
     static void makePunctual();
 
 private:
+    enum Outcome { NOTHING, WOKEN, READABLE };
+
+    Outcome poll(int descriptor, const timespec* longest);
+
     int m_wakeUp;
 };
 

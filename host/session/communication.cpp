@@ -101,8 +101,9 @@ void Communication::runOnce(HostSession& session)
     } catch (const LinkError& error) {
         if (!std::exchange(m_lossTold, true)) {
             const QString trouble = QString::fromUtf8(error.what());
-            session.linkLost(QLatin1String("link lost: ") + trouble, now());
             m_board.linkChanged(false, trouble, now());
+            session.linkLost(QLatin1String("link lost: ") + trouble, now(),
+                             m_settings.answersOutliveLink);
         }
         pauseAfterLoss(session);
     }
@@ -135,8 +136,7 @@ void Communication::send(Link& link, const QByteArray& request)
     const qint64 start = now();
     link.write(request);
     m_board.frame(FrameRecord::SENT, request, start);
-    m_board.wireTaken(start - m_settings.timing.silentInterval(),
-                      start + m_settings.timing.frame(int(request.size())));
+    takeWire(start, start + m_settings.timing.frame(int(request.size())));
 }
 
 void Communication::receive(HostSession& session, Link& link)
@@ -146,7 +146,13 @@ void Communication::receive(HostSession& session, Link& link)
     const qint64 end = now();
     m_pauseMs = m_settings.firstPauseMs;
     m_board.frame(FrameRecord::RECEIVED, bytes, end);
-    m_board.wireTaken(
-        end - m_settings.timing.frame(int(bytes.size())) - m_settings.timing.silentInterval(), end);
+    takeWire(end - m_settings.timing.frame(int(bytes.size())), end);
     session.received(bytes, end);
+}
+
+/// A frame on a wire, with the silence ahead of it. A network has no wire of its own.
+void Communication::takeWire(qint64 from, qint64 until)
+{
+    const qint64 silence = m_settings.timing.silentInterval();
+    if (silence > 0) m_board.wireTaken(from - silence, until);
 }

@@ -30,7 +30,8 @@ public:
         LineTiming timing = LineTiming(LineSettings());
         ExchangeMachine::Times times;
         int attempts = 3;
-        int firstPauseMs = 500; ///< before a lost link is tried again; doubles up to 30 s
+        int firstPauseMs = 500;         ///< before a lost link is tried again; doubles up to 30 s
+        bool answersOutliveLink = true; ///< late answers may come over the next link, as on a wire
     };
 
     Communication(const DriverLibrary& driver, const Settings& settings, HostBoard& board);
@@ -62,6 +63,7 @@ private:
     void exchange(HostSession& session, Link& link);
     void send(Link& link, const QByteArray& request);
     void receive(HostSession& session, Link& link);
+    void takeWire(qint64 from, qint64 until);
     void runOnce(HostSession& session);
     void pauseAfterLoss(HostSession& session);
 

@@ -118,6 +118,7 @@ void HostBoard::frame(FrameRecord::Direction direction, const QByteArray& bytes,
 void HostBoard::wireTaken(qint64 from, qint64 until)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
+    m_hasWire = true;
     m_wire.add(from, until);
 }
 
@@ -153,8 +154,10 @@ LinkFigures HostBoard::figures(qint64 now) const
     const std::lock_guard<std::mutex> lock(m_mutex);
     LinkFigures figures = m_figures;
     if (now > 0) figures.exchangesPerSecond = double(m_figures.exchanges) * 1e6 / double(now);
-    figures.replyMedian = m_replyTimes.percentile(50);
-    figures.reply99 = m_replyTimes.percentile(99);
-    figures.wireShare = m_wire.share(now);
+    if (m_replyTimes.count() > 0) {
+        figures.replyMedian = m_replyTimes.percentile(50);
+        figures.reply99 = m_replyTimes.percentile(99);
+    }
+    if (m_hasWire) figures.wireShare = m_wire.share(now);
     return figures;
 }

@@ -80,9 +80,9 @@ void HostSession::received(const QByteArray& bytes, qint64 now)
     takeFinished(now);
 }
 
-void HostSession::linkLost(const QString& trouble, qint64 now)
+void HostSession::linkLost(const QString& trouble, qint64 now, bool answersMayFollow)
 {
-    m_machine.linkLost();
+    m_machine.linkLost(answersMayFollow);
     m_sink.tagsBad(m_polled.allTags(), trouble, now);
 }
 
@@ -147,10 +147,13 @@ void HostSession::feedWrites()
         m_driver.write(write->station, write->area, write->number, write->bytes);
 }
 
+/// What was not polled until now changed without a word of the driver, so all tags are looked at
+/// again.
 void HostSession::plan()
 {
     m_planDue = false;
     if (!m_isPolling) return;
+    m_blocksSeen.clear();
     m_driver.poll(m_polled.keys([this](int station) { return !m_stations.isSilent(station); }));
 }
 
@@ -190,7 +193,7 @@ void HostSession::exchangeOver(const FINISHED_EXCHANGE& finished, qint64 now)
     if (m_recipe)
         recipeFrameOver(finished);
     else if (finished.frame.itemCount == 0)
-        writeOver(finished);
+        writeOver(finished, now);
     else if (finished.frame.var.varId == DriverSession::ONE_SHOT)
         readOver(finished, now);
     else
@@ -205,6 +208,8 @@ void HostSession::noteStation(const FINISHED_EXCHANGE& finished, qint64 now)
         if (m_stations.answered(station)) m_planDue = true;
     } else if (m_stations.gaveUp(station, finished.heard, now)) {
         stationWentSilent(station, now);
+    } else if (m_stations.isSilent(station)) { // its tags may have been told of a lost link since
+        m_sink.tagsBad(m_polled.tagsOfStation(station), troubleOf(finished), now);
     }
 }
 
@@ -219,8 +224,9 @@ void HostSession::stationWentSilent(int station, qint64 now)
 QString HostSession::troubleOf(const FINISHED_EXCHANGE& finished) const
 {
     if (finished.exceptionCode != 0)
-        return QString(QLatin1String("refused by the PLC: %1"))
-            .arg(QLatin1String(exceptionText(finished.exceptionCode)));
+        return QString(QLatin1String("refused by the PLC: %1 (exception %2)"))
+            .arg(QLatin1String(exceptionText(finished.exceptionCode)))
+            .arg(finished.exceptionCode);
     const QString text = finished.heard ? QLatin1String("station %1 gave no usable answer")
                                         : QLatin1String("station %1 does not answer");
     return text.arg(finished.frame.var.station);
@@ -231,12 +237,19 @@ QString HostSession::blockTroubleOf(const FINISHED_EXCHANGE& finished) const
     return m_driver.placesText(finished.frame.var) + QLatin1String(": ") + troubleOf(finished);
 }
 
-void HostSession::writeOver(const FINISHED_EXCHANGE& finished)
+/// When a read has brought another value since the host wrote, the driver shows that one and does
+/// not tell that the written value takes its place.
+void HostSession::writeOver(const FINISHED_EXCHANGE& finished, qint64 now)
 {
     const VARIABLE& var = finished.frame.var;
     const bool done = finished.result == REPLY_ACCEPTED;
     m_writes.ended(var.station, var.regName, var.addr, outcomeOf(finished),
                    done ? QString() : troubleOf(finished));
+    for (const int tag : m_polled.tagsAt(var.station, var.regName, var.addr)) {
+        const QByteArray shown = m_shown[size_t(tag)];
+        fetch(tag);
+        if (m_shown[size_t(tag)] != shown) m_sink.tagValue(tag, m_shown[size_t(tag)], now);
+    }
 }
 
 void HostSession::readOver(const FINISHED_EXCHANGE& finished, qint64 now)

@@ -48,7 +48,8 @@ public:
     void received(const QByteArray& bytes, qint64 now);
 
     /// The link is gone. Jobs are kept, and go on when it is back.
-    void linkLost(const QString& trouble, qint64 now);
+    /// @param answersMayFollow  late answers may still come over the next link, as on a wire
+    void linkLost(const QString& trouble, qint64 now, bool answersMayFollow = true);
     void linkBack(qint64 now);
 
     /// A value from the driver's cache, as intf_getData gives it.
@@ -71,7 +72,7 @@ private:
     void exchangeOver(const FINISHED_EXCHANGE& finished, qint64 now);
     void noteStation(const FINISHED_EXCHANGE& finished, qint64 now);
     void stationWentSilent(int station, qint64 now);
-    void writeOver(const FINISHED_EXCHANGE& finished);
+    void writeOver(const FINISHED_EXCHANGE& finished, qint64 now);
     void readOver(const FINISHED_EXCHANGE& finished, qint64 now);
     void blockOver(const FINISHED_EXCHANGE& finished, qint64 now);
     void recipeFrameOver(const FINISHED_EXCHANGE& finished);

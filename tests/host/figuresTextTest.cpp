@@ -69,6 +69,21 @@ TEST(FiguresText, WithoutAReplyThereIsNoReplyTime)
     EXPECT_TRUE(shows(LinkFigures(), "reply p50 -  p99 -  "));
 }
 
+TEST(FiguresText, AReplyInNoTimeIsAReply)
+{
+    LinkFigures figures = busyLink();
+    figures.replyMedian = 0;
+    EXPECT_TRUE(shows(figures, "p50 0.00 ms  "));
+}
+
+TEST(FiguresText, ALinkWithoutAWireHasNoShareOfIt)
+{
+    LinkFigures figures = busyLink();
+    figures.wireShare = -1;
+    EXPECT_FALSE(shows(figures, "wire")) << figuresText(figures).toStdString();
+    EXPECT_TRUE(jsonOf(figures, "wireShare").isNull());
+}
+
 TEST(FiguresJson, HasEachFigureUnderItsName)
 {
     const LinkFigures figures = busyLink();

@@ -145,6 +145,7 @@ LinkFigures connected()
 {
     LinkFigures figures;
     figures.connected = true;
+    figures.wireShare = 0;
     return figures;
 }
 

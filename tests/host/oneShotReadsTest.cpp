@@ -1,0 +1,143 @@
+#include "session/oneShotReads.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+enum { FIRST_JOB = 10, SECOND_JOB = 11 };
+
+ReadBlock blockAt(int number)
+{
+    ReadBlock block;
+    block.station = 1;
+    block.area = QLatin1String("MW");
+    block.number = number;
+    block.count = 1;
+    return block;
+}
+
+} // namespace
+
+class OneShotReadsTest : public testing::Test
+{
+protected:
+    /// @return the number of the block that is started, -1: none
+    int start()
+    {
+        const std::optional<OneShotReads::Read> read = reads.start();
+        return read ? read->block.number : -1;
+    }
+
+    void endsWell()
+    {
+        reads.ended(JobEnd::DONE, QString());
+    }
+
+    void failsWith(const char* trouble)
+    {
+        reads.ended(JobEnd::TIMED_OUT, QLatin1String(trouble));
+    }
+
+    OneShotReads reads;
+};
+
+TEST_F(OneShotReadsTest, NothingToReadStartsNothing)
+{
+    EXPECT_EQ(-1, start());
+    EXPECT_FALSE(reads.isUnderWay());
+}
+
+TEST_F(OneShotReadsTest, BlocksAreStartedOneAtATimeInTheirOrder)
+{
+    reads.add(FIRST_JOB, {blockAt(1), blockAt(2)});
+    EXPECT_EQ(1, start());
+    EXPECT_EQ(-1, start());
+    EXPECT_TRUE(reads.isUnderWay());
+    endsWell();
+    EXPECT_EQ(2, start());
+}
+
+TEST_F(OneShotReadsTest, AJobEndsWithItsLastBlock)
+{
+    reads.add(FIRST_JOB, {blockAt(1), blockAt(2)});
+    start();
+    endsWell();
+    EXPECT_TRUE(reads.takeEnded().empty());
+    start();
+    endsWell();
+    const std::vector<JobEnd> ends = reads.takeEnded();
+    ASSERT_EQ(1u, ends.size());
+    EXPECT_EQ(int(FIRST_JOB), ends[0].job);
+    EXPECT_EQ(JobEnd::DONE, ends[0].outcome);
+    EXPECT_TRUE(reads.takeEnded().empty());
+}
+
+TEST_F(OneShotReadsTest, AJobWithoutBlocksEndsAtOnce)
+{
+    reads.add(FIRST_JOB, {});
+    const std::vector<JobEnd> ends = reads.takeEnded();
+    ASSERT_EQ(1u, ends.size());
+    EXPECT_EQ(int(FIRST_JOB), ends[0].job);
+    EXPECT_EQ(JobEnd::DONE, ends[0].outcome);
+}
+
+TEST_F(OneShotReadsTest, AJobEndsWithTheFirstBlockThatFailsAndDropsTheRest)
+{
+    reads.add(FIRST_JOB, {blockAt(1), blockAt(2)});
+    reads.add(SECOND_JOB, {blockAt(3)});
+    start();
+    failsWith("silent");
+    const std::vector<JobEnd> ends = reads.takeEnded();
+    ASSERT_EQ(1u, ends.size());
+    EXPECT_EQ(int(FIRST_JOB), ends[0].job);
+    EXPECT_EQ(JobEnd::TIMED_OUT, ends[0].outcome);
+    EXPECT_EQ(QLatin1String("silent"), ends[0].trouble);
+    EXPECT_EQ(3, start());
+}
+
+TEST_F(OneShotReadsTest, AProbeGoesAheadOfTheJobs)
+{
+    reads.add(FIRST_JOB, {blockAt(1)});
+    reads.addProbe(blockAt(9));
+    EXPECT_EQ(9, start());
+    EXPECT_TRUE(reads.isProbeUnderWay());
+    endsWell();
+    EXPECT_EQ(1, start());
+    EXPECT_FALSE(reads.isProbeUnderWay());
+}
+
+TEST_F(OneShotReadsTest, AProbeDoesNotOvertakeTheBlockUnderWay)
+{
+    reads.add(FIRST_JOB, {blockAt(1)});
+    start();
+    reads.addProbe(blockAt(9));
+    EXPECT_EQ(-1, start());
+    EXPECT_FALSE(reads.isProbeUnderWay());
+}
+
+TEST_F(OneShotReadsTest, AProbeEndsNoJob)
+{
+    reads.add(FIRST_JOB, {blockAt(1)});
+    reads.addProbe(blockAt(9));
+    start();
+    failsWith("silent");
+    EXPECT_TRUE(reads.takeEnded().empty());
+    EXPECT_EQ(1, start());
+}
+
+TEST_F(OneShotReadsTest, AFailingJobDropsNoProbe)
+{
+    reads.add(FIRST_JOB, {blockAt(1)});
+    start();
+    reads.addProbe(blockAt(9));
+    failsWith("silent");
+    EXPECT_EQ(9, start());
+}
+
+TEST_F(OneShotReadsTest, AnEndWithNothingUnderWayEndsNothing)
+{
+    reads.add(FIRST_JOB, {blockAt(1)});
+    endsWell();
+    EXPECT_TRUE(reads.takeEnded().empty());
+    EXPECT_EQ(1, start());
+}

@@ -1,0 +1,136 @@
+#include "session/polledTags.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+const QString MW = QLatin1String("MW");
+const QString MX = QLatin1String("MX");
+
+Tag tagAt(int station, const QString& area, int number, Tag::Type type)
+{
+    Tag tag;
+    tag.station = station;
+    tag.area = area;
+    tag.number = number;
+    tag.type = type;
+    return tag;
+}
+
+ReadBlock block(int station, const QString& area, int number, int count, std::vector<int> tags)
+{
+    ReadBlock made;
+    made.station = station;
+    made.area = area;
+    made.number = number;
+    made.count = count;
+    made.tags = std::move(tags);
+    return made;
+}
+
+VARIABLE variableAt(int station, const QString& area, int number)
+{
+    VARIABLE variable;
+    variable.station = station;
+    variable.regName = area;
+    variable.addr = number;
+    return variable;
+}
+
+} // namespace
+
+class PolledTagsTest : public testing::Test
+{
+protected:
+    PolledTagsTest()
+    {
+        polled.set({tagAt(1, MW, 3010, Tag::UINT16), tagAt(1, MW, 3011, Tag::FLOAT32),
+                    tagAt(2, MX, 3016, Tag::BOOL), tagAt(1, MW, 3010, Tag::INT16)},
+                   {block(1, MW, 3010, 3, {0, 1, 3}), block(2, MX, 3016, 16, {2})});
+    }
+
+    PolledTags polled;
+};
+
+TEST_F(PolledTagsTest, AFramesBlockIsFoundByItsFirstUnit)
+{
+    EXPECT_EQ(0, polled.blockOf(variableAt(1, MW, 3010)));
+    EXPECT_EQ(1, polled.blockOf(variableAt(2, MX, 3016)));
+}
+
+TEST_F(PolledTagsTest, AFrameOfAnotherStationAreaOrNumberHasNoBlock)
+{
+    EXPECT_EQ(-1, polled.blockOf(variableAt(2, MW, 3010)));
+    EXPECT_EQ(-1, polled.blockOf(variableAt(2, MW, 3016)));
+    EXPECT_EQ(-1, polled.blockOf(variableAt(1, MW, 3011)));
+}
+
+TEST_F(PolledTagsTest, AllTagsThatShowAUnitAreFound)
+{
+    EXPECT_EQ((std::vector<int>{0, 3}), polled.tagsAt(1, MW, 3010));
+}
+
+TEST_F(PolledTagsTest, ATagOfTwoWordsIsFoundByEither)
+{
+    EXPECT_EQ(std::vector<int>{1}, polled.tagsAt(1, MW, 3011));
+    EXPECT_EQ(std::vector<int>{1}, polled.tagsAt(1, MW, 3012));
+}
+
+TEST_F(PolledTagsTest, AUnitThatNoTagShowsHasNoTags)
+{
+    EXPECT_TRUE(polled.tagsAt(1, MW, 3013).empty());
+    EXPECT_TRUE(polled.tagsAt(2, MX, 3017).empty());
+}
+
+TEST_F(PolledTagsTest, TheTagsOfAStationAreItsOwn)
+{
+    EXPECT_EQ((std::vector<int>{0, 1, 3}), polled.tagsOfStation(1));
+    EXPECT_EQ(std::vector<int>{2}, polled.tagsOfStation(2));
+    EXPECT_TRUE(polled.tagsOfStation(3).empty());
+}
+
+TEST_F(PolledTagsTest, AllTagsAreAllOfThem)
+{
+    EXPECT_EQ((std::vector<int>{0, 1, 2, 3}), polled.allTags());
+}
+
+TEST_F(PolledTagsTest, AStationIsProbedWithItsFirstBlock)
+{
+    const ReadBlock probe = polled.probeOf(2);
+    EXPECT_EQ(2, probe.station);
+    EXPECT_EQ(MX, probe.area);
+    EXPECT_EQ(3016, probe.number);
+}
+
+TEST_F(PolledTagsTest, AStationWithoutBlocksIsProbedWithOneMarkerWord)
+{
+    const ReadBlock probe = polled.probeOf(9);
+    EXPECT_EQ(9, probe.station);
+    EXPECT_EQ(MW, probe.area);
+    EXPECT_EQ(3000, probe.number);
+    EXPECT_EQ(1, probe.count);
+}
+
+TEST_F(PolledTagsTest, KeysAreThoseOfTheAcceptedStations)
+{
+    const QList<KEY_ADDRESS> keys = polled.keys([](int station) { return station == 2; });
+    ASSERT_EQ(1, int(keys.size()));
+    EXPECT_EQ(2, keys.at(0).station);
+    EXPECT_EQ(MX, keys.at(0).regName);
+    EXPECT_EQ(3016, keys.at(0).addr);
+    EXPECT_EQ(16, keys.at(0).count);
+}
+
+TEST_F(PolledTagsTest, OnlyKeysOfBitAreasHaveTheBitUnitMode)
+{
+    EXPECT_EQ(-1, PolledTags::keyOf(polled.block(1)).unitMode);
+    EXPECT_NE(-1, PolledTags::keyOf(polled.block(0)).unitMode);
+}
+
+TEST_F(PolledTagsTest, ANewSetForgetsTheOldOne)
+{
+    polled.set({tagAt(5, MW, 3000, Tag::UINT16)}, {block(5, MW, 3000, 1, {0})});
+    EXPECT_EQ(-1, polled.blockOf(variableAt(1, MW, 3010)));
+    EXPECT_TRUE(polled.tagsAt(1, MW, 3010).empty());
+    EXPECT_EQ(std::vector<int>{0}, polled.tagsAt(5, MW, 3000));
+}

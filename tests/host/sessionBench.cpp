@@ -1,0 +1,252 @@
+#include "sessionBench.h"
+
+#include "plan/wireCost.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <limits>
+
+namespace {
+
+enum { LOW_BYTES = 2 };
+
+// The driver has no way to ask how long its queue is, so what goes in and comes out is counted. Its
+// functions have no argument for the host's own data, so the counts lie here.
+decltype(&intf_setData) realSetData = nullptr;
+int outstandingWrites = 0;
+int mostOutstandingWrites = 0;
+
+int countedSetData(int station, QString area, int number, int count, unsigned char* values, int id)
+{
+    outstandingWrites += count;
+    mostOutstandingWrites = std::max(mostOutstandingWrites, outstandingWrites);
+    return realSetData(station, area, number, count, values, id);
+}
+
+} // namespace
+
+void RecordingSink::tagRead(int tag, const QByteArray& bytes, qint64)
+{
+    TagNote& note = tags[tag];
+    note.bytes = bytes;
+    if (onValue) onValue(tag, bytes);
+    note.good = true;
+    note.trouble.clear();
+    ++note.reads;
+}
+
+void RecordingSink::tagValue(int tag, const QByteArray& bytes, qint64)
+{
+    tags[tag].bytes = bytes;
+    if (onValue) onValue(tag, bytes);
+    ++tags[tag].changes;
+}
+
+void RecordingSink::tagsBad(const std::vector<int>& bad, const QString& trouble, qint64)
+{
+    for (const int tag : bad) {
+        tags[tag].good = false;
+        tags[tag].trouble = trouble;
+    }
+}
+
+void RecordingSink::jobEnded(const JobEnd& end)
+{
+    if (!ends.emplace(end.job, end).second) ++endedTwice;
+}
+
+void RecordingSink::recipeProgress(int, int done)
+{
+    progress.push_back(done);
+}
+
+void RecordingSink::exchanged(const FINISHED_EXCHANGE& finished, qint64 now)
+{
+    const bool isWrite = finished.frame.itemCount == 0;
+    exchanges.push_back(
+        {now, finished.frame.var.station, finished.result, finished.exceptionCode, isWrite});
+    if (isWrite && finished.result != REPLY_RETRY) --outstandingWrites;
+}
+
+JobEnd::Outcome RecordingSink::outcome(int job) const
+{
+    const auto found = ends.find(job);
+    EXPECT_NE(ends.end(), found) << "job " << job << " has not ended";
+    return found == ends.end() ? JobEnd::LOST : found->second.outcome;
+}
+
+int RecordingSink::changes() const
+{
+    int sum = 0;
+    for (const auto& [tag, note] : tags)
+        sum += note.changes;
+    return sum;
+}
+
+static ExchangeMachine::Times timesOf(qint64 answer)
+{
+    ExchangeMachine::Times times;
+    times.answer = answer;
+    return times;
+}
+
+DriverLibrary& SessionBench::library()
+{
+    static DriverLibrary loaded(QString::fromLatin1(KAKB_DRIVER_FILE));
+    if (realSetData == nullptr) realSetData = loaded.setData;
+    loaded.setData = countedSetData;
+    return loaded;
+}
+
+SessionBench::SessionBench(qint64 answer)
+    : m_timing(LineSettings()),
+      m_driver(library(), ATTEMPTS),
+      session(m_driver, m_timing, timesOf(answer), sink)
+{
+    outstandingWrites = 0;
+    mostOutstandingWrites = 0;
+    plc.station(1);
+}
+
+int SessionBench::mostOutstanding()
+{
+    return mostOutstandingWrites;
+}
+
+void SessionBench::poll(const std::vector<Tag>& tags)
+{
+    blocks = planReads(tags, wireCost(m_timing, TURNAROUND), DriverSession::MOST_READ_WORDS);
+    session.poll(tags, blocks);
+}
+
+void SessionBench::know(const std::vector<Tag>& tags)
+{
+    blocks = planReads(tags, wireCost(m_timing, TURNAROUND), DriverSession::MOST_READ_WORDS);
+    session.know(tags, blocks);
+}
+
+void SessionBench::takeRequest(const QByteArray& request)
+{
+    sent.push_back(request);
+    const bool lost = losesRequest && losesRequest();
+    Coming coming = {TURNAROUND, lost ? QByteArray() : plc.answer(request)};
+    if (disturb) disturb(request, coming);
+    if (coming.bytes.isEmpty()) return;
+    const qint64 end = now + m_timing.frame(int(request.size())) + coming.delay +
+                       m_timing.frame(int(coming.bytes.size()));
+    // A station answers one request after the other.
+    qint64& lastAnswer = m_lastAnswers[request.at(0)];
+    lastAnswer = std::max(lastAnswer + 1, end);
+    m_onTheWay.emplace(lastAnswer, coming.bytes);
+}
+
+/// Does what is next.
+/// @return false when that is not before `end`; it is `end` then
+bool SessionBench::stepUntil(qint64 end)
+{
+    qint64 next = std::numeric_limits<qint64>::max();
+    if (m_linkIsUp) {
+        const ExchangeMachine::Step step = session.advance(now);
+        if (!step.send.isEmpty()) {
+            takeRequest(step.send);
+            return true;
+        }
+        if (!step.idle) next = std::max(step.wakeAt, now);
+    }
+    if (!m_onTheWay.empty() && m_onTheWay.begin()->first <= std::min(next, end)) {
+        now = std::max(now, m_onTheWay.begin()->first);
+        const QByteArray bytes = m_onTheWay.begin()->second;
+        m_onTheWay.erase(m_onTheWay.begin());
+        session.received(bytes, now);
+        return true;
+    }
+    now = std::min(next, end);
+    return next < end;
+}
+
+void SessionBench::run(qint64 duration)
+{
+    const qint64 end = now + duration;
+    while (stepUntil(end)) {
+    }
+}
+
+bool SessionBench::runUntil(const std::function<bool()>& isSo, qint64 most)
+{
+    const qint64 end = now + most;
+    while (!isSo()) {
+        if (!stepUntil(end)) return isSo();
+    }
+    return true;
+}
+
+void SessionBench::loseLink(const QString& trouble)
+{
+    m_linkIsUp = false;
+    m_onTheWay.clear();
+    session.linkLost(trouble, now);
+}
+
+void SessionBench::bringLinkBack()
+{
+    m_linkIsUp = true;
+    session.linkBack(now);
+}
+
+void SessionBench::writeWord(int job, int number, int value, int station)
+{
+    session.write(job, {wordWriteOf(number, value, station)});
+}
+
+qint64 SessionBench::shown(int tag) const
+{
+    const auto found = sink.tags.find(tag);
+    if (found == sink.tags.end() || found->second.bytes.isEmpty()) return -1;
+    qint64 value = 0;
+    for (int i = int(found->second.bytes.size()); i-- > 0;)
+        value = value << 8 | static_cast<unsigned char>(found->second.bytes.at(i));
+    return value;
+}
+
+int SessionBench::sentWith(int station, int function) const
+{
+    return int(std::count_if(sent.begin(), sent.end(), [=](const QByteArray& request) {
+        return request.at(0) == static_cast<char>(station) &&
+               request.at(1) == static_cast<char>(function);
+    }));
+}
+
+Tag tagOf(const char* area, int number, Tag::Type type, int station)
+{
+    Tag tag;
+    tag.area = QLatin1String(area);
+    tag.number = number;
+    tag.type = type;
+    tag.station = station;
+    return tag;
+}
+
+ElementWrite wordWriteOf(int number, int value, int station)
+{
+    ElementWrite write;
+    write.station = station;
+    write.area = QLatin1String(number < 3000 ? "QW" : "MW");
+    write.number = number;
+    write.bytes = QByteArray(LOW_BYTES, '\0');
+    write.bytes[0] = static_cast<char>(value & 255);
+    write.bytes[1] = static_cast<char>(value >> 8);
+    write.label = write.area + QString::number(number);
+    return write;
+}
+
+ElementWrite bitWriteOf(const char* area, int number, bool on, int station)
+{
+    ElementWrite write;
+    write.station = station;
+    write.area = QLatin1String(area);
+    write.number = number;
+    write.bytes = QByteArray(1, on ? 1 : 0);
+    write.label = write.area + QString::number(number);
+    return write;
+}

@@ -1,0 +1,133 @@
+#ifndef SESSION_BENCH_H
+#define SESSION_BENCH_H
+
+#include "modelPlc.h"
+#include "plan/readPlan.h"
+#include "session/hostSession.h"
+
+#include <functional>
+#include <map>
+#include <vector>
+
+/// Notes what a session tells.
+class RecordingSink : public SessionSink
+{
+public:
+    struct TagNote
+    {
+        QByteArray bytes;
+        QString trouble;
+        bool good = false;
+        int reads = 0;
+        int changes = 0; ///< calls of tagValue()
+    };
+
+    struct ExchangeNote
+    {
+        qint64 time;
+        int station;
+        int result;
+        int exceptionCode;
+        bool isWrite;
+    };
+
+    void tagRead(int tag, const QByteArray& bytes, qint64 now) override;
+    void tagValue(int tag, const QByteArray& bytes, qint64 now) override;
+    void tagsBad(const std::vector<int>& tags, const QString& trouble, qint64 now) override;
+    void jobEnded(const JobEnd& end) override;
+    void recipeProgress(int job, int done) override;
+    void exchanged(const FINISHED_EXCHANGE& finished, qint64 now) override;
+
+    bool hasEnded(int job) const
+    {
+        return ends.count(job) != 0;
+    }
+
+    /// The outcome of a job; fails the test when it has not ended.
+    JobEnd::Outcome outcome(int job) const;
+
+    int changes() const;
+
+    std::function<void(int tag, const QByteArray& bytes)> onValue; ///< called with every value
+    std::map<int, TagNote> tags;
+    std::map<int, JobEnd> ends;
+    std::vector<int> progress;
+    std::vector<ExchangeNote> exchanges;
+    int endedTwice = 0;
+};
+
+/// A session with the real driver on a virtual clock, at the other end of a line of 38400 baud from
+/// a model PLC. A station begins its answer after 2 ms.
+class SessionBench
+{
+public:
+    enum { ANSWER = 100000, TURNAROUND = 2000, ATTEMPTS = 3, MS = 1000, SECOND = 1000000 };
+
+    /// What comes back for one request.
+    struct Coming
+    {
+        qint64 delay;     ///< from the request's end to the answer's begin
+        QByteArray bytes; ///< empty: nothing
+    };
+    using Disturb = std::function<void(const QByteArray& request, Coming& coming)>;
+
+    explicit SessionBench(qint64 answer = ANSWER);
+
+    /// Plans the reads of the tags and polls them; or only knows them.
+    void poll(const std::vector<Tag>& tags);
+    void know(const std::vector<Tag>& tags);
+
+    /// Lets so much time pass.
+    void run(qint64 duration);
+
+    /// Until it is so, `most` at most.
+    /// @return whether it is
+    bool runUntil(const std::function<bool()>& isSo, qint64 most = 600LL * SECOND);
+    bool runUntilEnded(int job)
+    {
+        return runUntil([this, job] { return sink.hasEnded(job); });
+    }
+
+    void loseLink(const QString& trouble);
+    void bringLinkBack();
+
+    void writeWord(int job, int number, int value, int station = 1);
+
+    /// Value of a tag as one number, its words in the order of their addresses; -1: never told.
+    qint64 shown(int tag) const;
+
+    /// Requests sent to a station with a function.
+    int sentWith(int station, int function) const;
+
+    /// Most writes that the driver had at a time.
+    static int mostOutstanding();
+
+    qint64 now = 0;
+    ModelPlc plc;
+    RecordingSink sink;
+    std::function<bool()> losesRequest; ///< one that the PLC is not to hear of
+    Disturb disturb;                    ///< may change what comes
+    std::vector<QByteArray> sent;
+    std::vector<ReadBlock> blocks;
+
+private:
+    static DriverLibrary& library();
+    bool stepUntil(qint64 end);
+    void takeRequest(const QByteArray& request);
+
+    const LineTiming m_timing;
+    DriverSession m_driver;
+    std::multimap<qint64, QByteArray> m_onTheWay;
+    std::map<char, qint64> m_lastAnswers; ///< by station
+    bool m_linkIsUp = true;
+
+public:
+    HostSession session;
+};
+
+Tag tagOf(const char* area, int number, Tag::Type type = Tag::UINT16, int station = 1);
+
+ElementWrite wordWriteOf(int number, int value, int station = 1);
+ElementWrite bitWriteOf(const char* area, int number, bool on, int station = 1);
+
+#endif
