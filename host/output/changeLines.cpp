@@ -25,15 +25,6 @@ QString stateText(const WatchRow& row)
     return QLatin1String(" bad: ") + row.trouble;
 }
 
-/// JSON has no number for what a float tag reads when it is infinite or not a number.
-QJsonValue jsonValue(const QString& value)
-{
-    if (value.isEmpty()) return QJsonValue();
-    bool ok = false;
-    const double number = value.toDouble(&ok);
-    return ok && std::isfinite(number) ? QJsonValue(number) : QJsonValue(value);
-}
-
 QByteArray jsonLine(QJsonObject object, qint64 time)
 {
     object.insert(QLatin1String("time"), double(time) / SECOND);
@@ -41,6 +32,14 @@ QByteArray jsonLine(QJsonObject object, qint64 time)
 }
 
 } // namespace
+
+QJsonValue jsonValue(const QString& value)
+{
+    if (value.isEmpty()) return QJsonValue();
+    bool ok = false;
+    const double number = value.toDouble(&ok);
+    return ok && std::isfinite(number) ? QJsonValue(number) : QJsonValue(value);
+}
 
 QString changeLine(const WatchRow& row, qint64 time)
 {

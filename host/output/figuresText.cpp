@@ -8,7 +8,7 @@ enum { MILLISECOND = 1000, SECOND = 1000000 };
 
 QString timeText(qint64 microseconds)
 {
-    if (microseconds <= 0) return QString::fromLatin1("-");
+    if (microseconds < 0) return QString::fromLatin1("-");
     if (microseconds >= SECOND) {
         return QString::number(double(microseconds) / SECOND, 'f', 1) + QLatin1String(" s");
     }
@@ -24,7 +24,7 @@ QString counted(const char* what, qint64 count)
 
 QJsonValue jsonTime(qint64 microseconds)
 {
-    return microseconds > 0 ? QJsonValue(microseconds) : QJsonValue();
+    return microseconds >= 0 ? QJsonValue(microseconds) : QJsonValue();
 }
 
 } // namespace
@@ -39,8 +39,9 @@ QString figuresText(const LinkFigures& figures)
     parts << counted("refused", figures.refusals);
     parts << QLatin1String("reply p50 ") + timeText(figures.replyMedian);
     parts << QLatin1String("p99 ") + timeText(figures.reply99);
-    parts << QLatin1String("wire ") + QString::number(figures.wireShare * 100, 'f', 0) +
-                 QLatin1String(" %");
+    if (figures.wireShare >= 0)
+        parts << QLatin1String("wire ") + QString::number(figures.wireShare * 100, 'f', 0) +
+                     QLatin1String(" %");
     parts << counted("losses", figures.losses);
     return parts.join(QLatin1String("  "));
 }
@@ -57,6 +58,7 @@ QJsonObject figuresJson(const LinkFigures& figures)
     json.insert(QLatin1String("losses"), figures.losses);
     json.insert(QLatin1String("replyMedian"), jsonTime(figures.replyMedian));
     json.insert(QLatin1String("reply99"), jsonTime(figures.reply99));
-    json.insert(QLatin1String("wireShare"), figures.wireShare);
+    json.insert(QLatin1String("wireShare"),
+                figures.wireShare >= 0 ? QJsonValue(figures.wireShare) : QJsonValue());
     return json;
 }

@@ -24,11 +24,12 @@ struct LinkFigures
     qint64 exchanges = 0;
     qint64 retries = 0;
     qint64 giveUps = 0;
-    qint64 refusals = 0;    ///< exception replies
-    qint64 losses = 0;      ///< of the link
-    qint64 replyMedian = 0; ///< microseconds from the request's end to the reply's
-    qint64 reply99 = 0;     ///< 99 % came within
-    double wireShare = 0; ///< of the time in which bytes or silent intervals took the wire, 0 to 1
+    qint64 refusals = 0;     ///< exception replies
+    qint64 losses = 0;       ///< of the link
+    qint64 replyMedian = -1; ///< microseconds from the request's end to the reply's; -1: none came
+    qint64 reply99 = -1;     ///< 99 % came within
+    double wireShare = -1;   ///< of the time in which bytes or silent intervals took the wire, 0 to
+                             ///< 1; -1: the link has no wire of its own
     bool connected = false;
 };
 

@@ -174,7 +174,7 @@ qint64 cycleTime(const std::vector<ReadBlock>& blocks, const WireCost& cost)
     qint64 time = 0;
     for (const ReadBlock& block : blocks) {
         // Bits come as the register that holds their group.
-        const bool bits = block.area.endsWith(QLatin1Char('X'));
+        const bool bits = isBitArea(block.area);
         const int words = bits ? (block.count + GROUP_BITS - 1) / GROUP_BITS : block.count;
         time += cost.request + cost.word * words;
     }

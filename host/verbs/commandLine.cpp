@@ -108,7 +108,9 @@ std::vector<Tag> chosenTags(const Options& options, const DriverLibrary& driver)
 std::vector<Tag> someTags(const Options& options, const DriverLibrary& driver)
 {
     const std::vector<Tag> tags = chosenTags(options, driver);
-    if (tags.empty()) throw VerbFailure(EXIT_USAGE, QLatin1String("there is no tag to work on"));
+    if (tags.empty())
+        throw VerbFailure(EXIT_USAGE,
+                          QLatin1String("name tags or addresses, or a tag file that has some"));
     return tags;
 }
 

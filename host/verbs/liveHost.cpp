@@ -104,6 +104,7 @@ Communication::Settings LiveHost::settings(const std::vector<Tag>& tags)
     settings.firstPauseMs = m_options.pauseMs;
     const LinkAddress address = m_address;
     if (address.kind == LinkAddress::NETWORK) {
+        settings.answersOutliveLink = false;
         settings.openLink = [address] {
             return std::unique_ptr<Link>(new TcpLink(address.host, address.port));
         };
@@ -125,7 +126,9 @@ void LiveHost::connect()
 {
     m_communication->start();
     while (!stopRequested()) {
-        for (const News::LinkEvent& event : next(NEWS_MS).linkEvents) {
+        News news = next(NEWS_MS);
+        m_earlyChanges.insert(m_earlyChanges.end(), news.changes.begin(), news.changes.end());
+        for (const News::LinkEvent& event : news.linkEvents) {
             if (event.connected) return;
             throw VerbFailure(EXIT_LINK, event.trouble);
         }
@@ -134,8 +137,10 @@ void LiveHost::connect()
 
 News LiveHost::next(int ms)
 {
-    m_board.waitForNews(ms);
+    if (m_earlyChanges.empty()) m_board.waitForNews(ms);
     News news = m_board.takeNews();
+    news.changes.insert(news.changes.begin(), m_earlyChanges.begin(), m_earlyChanges.end());
+    m_earlyChanges.clear();
     record(news.frames);
     return news;
 }
@@ -148,19 +153,31 @@ void LiveHost::record(const std::vector<FrameRecord>& frames)
     }
 }
 
-JobEnd LiveHost::await(int job, const Progress& progress)
+JobEnd LiveHost::endOf(int job, const Progress& progress)
 {
     while (!stopRequested()) {
+        const auto found = m_ends.find(job);
+        if (found != m_ends.end()) return found->second;
         const News news = next(NEWS_MS);
         if (progress) progress(news.recipeBlocksDone);
-        for (const JobEnd& end : news.jobEnds) {
-            if (end.job != job) continue;
-            if (end.outcome == JobEnd::DONE) return end;
-            throw VerbFailure(statusOf(end.outcome), end.trouble);
-        }
+        for (const JobEnd& end : news.jobEnds)
+            m_ends[end.job] = end;
         for (const News::LinkEvent& event : news.linkEvents) {
-            if (!event.connected) throw VerbFailure(EXIT_LINK, event.trouble);
+            if (!event.connected && m_ends.count(job) == 0)
+                throw VerbFailure(EXIT_LINK, event.trouble);
         }
     }
     throw VerbFailure(EXIT_LINK, QLatin1String("interrupted; what became of it is not known"));
+}
+
+JobEnd LiveHost::await(int job, const Progress& progress)
+{
+    const JobEnd end = endOf(job, progress);
+    mustBeDone(end);
+    return end;
+}
+
+void mustBeDone(const JobEnd& end)
+{
+    if (end.outcome != JobEnd::DONE) throw VerbFailure(statusOf(end.outcome), end.trouble);
 }

@@ -9,6 +9,7 @@
 #include "verbs/exitStatus.h"
 
 #include <functional>
+#include <map>
 #include <optional>
 
 /// What every verb with a link is told.
@@ -46,8 +47,11 @@ public:
 
     using Progress = std::function<void(int blocks)>;
 
-    /// Waits for the end of a job. Throws VerbFailure unless it was done, when the link is lost
-    /// and when the user wants to stop.
+    /// Waits for the end of a job, however it is. Throws VerbFailure when the link is lost and when
+    /// the user wants to stop.
+    JobEnd endOf(int job, const Progress& progress = nullptr);
+
+    /// The same, and throws VerbFailure unless it was done.
     JobEnd await(int job, const Progress& progress = nullptr);
 
     Communication& communication()
@@ -81,7 +85,12 @@ private:
     std::optional<PcapFile> m_capture;
     std::optional<Communication> m_communication;
     int m_lastJob = 0;
+    std::vector<News::Change> m_earlyChanges; ///< that came with the news of the open link
+    std::map<int, JobEnd> m_ends;             ///< of jobs that nobody has asked for yet
 };
+
+/// Throws VerbFailure unless the job was done.
+void mustBeDone(const JobEnd& end);
 
 /// The link that the options name, on top of the driver's own defaults. Throws LinkTextError.
 LinkAddress addressOf(const DriverLibrary& driver, const LinkOptions& options);

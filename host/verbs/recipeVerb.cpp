@@ -1,5 +1,6 @@
 #include "verbs/recipeVerb.h"
 
+#include "output/changeLines.h"
 #include "plan/recipeFile.h"
 #include "plan/recipePlan.h"
 #include "plan/tagValue.h"
@@ -10,18 +11,33 @@
 
 #include <unistd.h>
 
-#include <algorithm>
 #include <cstdio>
 
 namespace {
 
-std::vector<Tag> bitTags(const std::vector<Tag>& tags)
+/// Progress in one line of a terminal, ended however the transfer ends.
+class ProgressLine
 {
-    std::vector<Tag> bits;
-    std::copy_if(tags.begin(), tags.end(), std::back_inserter(bits),
-                 [](const Tag& tag) { return tag.isBit(); });
-    return bits;
-}
+public:
+    ProgressLine(const char* what, int blocks, bool isShown)
+        : m_what(what), m_blocks(blocks), m_isShown(isShown)
+    {
+    }
+    ~ProgressLine()
+    {
+        if (m_isShown) std::fputc('\n', stderr);
+    }
+
+    void show(int done) const
+    {
+        if (m_isShown) std::fprintf(stderr, "\r%s %d of %d blocks", m_what, done, m_blocks);
+    }
+
+private:
+    const char* const m_what;
+    const int m_blocks;
+    const bool m_isShown;
+};
 
 /// Carries one recipe over one link, in both directions.
 class RecipeTransfer
@@ -31,7 +47,7 @@ public:
                    const std::vector<Tag>& tags)
         : m_tags(tags),
           m_plan(tags, DriverSession::LINK_NUMBER),
-          m_host(driver, options, bitTags(tags), false),
+          m_host(driver, options, tags, false),
           m_showsProgress(isatty(STDERR_FILENO) && !options.json && !options.trace)
     {
         m_host.connect();
@@ -39,24 +55,24 @@ public:
 
     void download(const std::vector<QByteArray>& values)
     {
-        transfer(RECIPE_DOWNLOAD_FLAG, m_plan.downloadRecords(), m_plan.buffer(values));
+        transfer("writing", RECIPE_DOWNLOAD_FLAG, m_plan.downloadRecords(), m_plan.buffer(values));
     }
 
     /// The values in the PLC, by tag.
-    std::vector<QByteArray> upload()
+    /// @param what  the progress calls it
+    std::vector<QByteArray> upload(const char* what)
     {
         std::vector<QByteArray> values(m_tags.size());
         const QByteArray zeros(m_plan.bufferBytes(), '\0');
-        const QByteArray words = transfer(RECIPE_UPLOAD_FLAG, m_plan.uploadRecords(), zeros);
-        const std::vector<TagState> bits = readBits();
-        size_t bit = 0;
+        const QByteArray words = transfer(what, RECIPE_UPLOAD_FLAG, m_plan.uploadRecords(), zeros);
+        const std::vector<TagState> states = readBits();
         for (size_t tag = 0; tag < m_tags.size(); ++tag)
-            values[tag] = m_tags[tag].isBit() ? bits[bit++].bytes : m_plan.value(tag, words);
+            values[tag] = m_tags[tag].isBit() ? states[tag].bytes : m_plan.value(tag, words);
         return values;
     }
 
 private:
-    QByteArray transfer(RecipeFlag flag, const QVector<_RCP_VAR_PRO>& records,
+    QByteArray transfer(const char* what, RecipeFlag flag, const QVector<_RCP_VAR_PRO>& records,
                         const QByteArray& values)
     {
         if (records.isEmpty()) return values;
@@ -65,28 +81,23 @@ private:
         job.flag = flag;
         job.records = records;
         job.values = values;
+        const ProgressLine progress(what, int(records.size()), m_showsProgress);
         m_host.communication().transfer(job);
-        const JobEnd end = m_host.await(
-            job.job, [this, flag, &records](int done) { show(flag, done, int(records.size())); });
-        if (m_showsProgress) std::fputc('\n', stderr);
-        return end.values;
+        return m_host.await(job.job, [&progress](int done) { progress.show(done); }).values;
     }
 
     std::vector<TagState> readBits()
     {
-        if (!m_host.blocks().empty()) {
+        std::vector<ReadBlock> blocks;
+        for (const ReadBlock& block : m_host.blocks()) {
+            if (isBitArea(block.area)) blocks.push_back(block);
+        }
+        if (!blocks.empty()) {
             const int job = m_host.newJob();
-            m_host.communication().readOnce(job, m_host.blocks());
+            m_host.communication().readOnce(job, blocks);
             m_host.await(job);
         }
         return m_host.board().tags();
-    }
-
-    void show(RecipeFlag flag, int done, int blocks) const
-    {
-        if (!m_showsProgress) return;
-        std::fprintf(stderr, "\r%s %d of %d blocks",
-                     flag == RECIPE_DOWNLOAD_FLAG ? "writing" : "reading", done, blocks);
     }
 
     const std::vector<Tag> m_tags;
@@ -107,8 +118,8 @@ void printMismatch(const Tag& tag, const QByteArray& expected, const QByteArray&
     QJsonObject object;
     object.insert(QLatin1String("name"), tag.name);
     object.insert(QLatin1String("address"), placeText(tag));
-    object.insert(QLatin1String("expected"), expectedText);
-    object.insert(QLatin1String("found"), foundText);
+    object.insert(QLatin1String("expected"), jsonValue(expectedText));
+    object.insert(QLatin1String("found"), jsonValue(foundText));
     std::printf("%s\n", QJsonDocument(object).toJson(QJsonDocument::Compact).constData());
 }
 
@@ -148,7 +159,8 @@ ExitStatus downloadRecipe(const DriverLibrary& driver, const LinkOptions& option
     const Recipe recipe = readRecipeFile(recipeOptions.file, driver, true);
     RecipeTransfer transfer(driver, options, recipe.tags);
     transfer.download(recipe.values);
-    if (recipeOptions.verify) verify(recipe.tags, recipe.values, transfer.upload(), options.json);
+    if (recipeOptions.verify)
+        verify(recipe.tags, recipe.values, transfer.upload("reading back"), options.json);
     printDone("downloaded", recipe.tags.size(), recipeOptions.verify, options.json);
     return EXIT_DONE;
 }
@@ -158,8 +170,9 @@ ExitStatus uploadRecipe(const DriverLibrary& driver, const LinkOptions& options,
 {
     Recipe recipe = readRecipeFile(recipeOptions.file, driver, false);
     RecipeTransfer transfer(driver, options, recipe.tags);
-    recipe.values = transfer.upload();
-    if (recipeOptions.verify) verify(recipe.tags, recipe.values, transfer.upload(), options.json);
+    recipe.values = transfer.upload("reading");
+    if (recipeOptions.verify)
+        verify(recipe.tags, recipe.values, transfer.upload("reading back"), options.json);
     writeRecipeFile(recipeOptions.output.isEmpty() ? recipeOptions.file : recipeOptions.output,
                     recipe);
     printDone("uploaded", recipe.tags.size(), recipeOptions.verify, options.json);

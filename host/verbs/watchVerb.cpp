@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <utility>
 
 namespace {
 
@@ -44,7 +45,7 @@ public:
     }
     ~TableOutput() override
     {
-        put(WatchScreen::leave());
+        leave();
     }
 
     void show(const News&, LiveHost& host) override
@@ -65,11 +66,17 @@ public:
 
     void end(const LinkFigures& figures) override
     {
-        put(WatchScreen::leave());
+        leave();
         printLine(figuresText(figures).toUtf8());
     }
 
 private:
+    /// Once: a second time would put the cursor back to where it was before the figures.
+    void leave()
+    {
+        if (!std::exchange(m_left, true)) put(WatchScreen::leave());
+    }
+
     static void put(const QByteArray& bytes)
     {
         std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stdout);
@@ -79,6 +86,7 @@ private:
     const std::vector<Tag>& m_tags;
     WatchScreen m_screen;
     qint64 m_nextFrame = 0;
+    bool m_left = false;
 };
 
 class LineOutput : public WatchOutput

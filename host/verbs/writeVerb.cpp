@@ -1,11 +1,14 @@
 #include "verbs/writeVerb.h"
 
+#include "output/changeLines.h"
 #include "plan/tagValue.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
 
 #include <cstdio>
+#include <set>
+#include <tuple>
 
 namespace {
 
@@ -16,8 +19,9 @@ VerbFailure usageError(const QString& text, const QString& problem)
     return VerbFailure(EXIT_USAGE, text + QLatin1String(": ") + problem);
 }
 
-void addElements(const Assignment& assigned, std::vector<ElementWrite>& elements)
+std::vector<ElementWrite> elementsOf(const Assignment& assigned)
 {
+    std::vector<ElementWrite> elements;
     const Tag& tag = assigned.tag;
     const int bytes = tag.isBit() ? 1 : int(BYTES_PER_WORD);
     for (int unit = 0; unit < tag.units(); ++unit) {
@@ -28,6 +32,19 @@ void addElements(const Assignment& assigned, std::vector<ElementWrite>& elements
         write.bytes = assigned.bytes.mid(unit * bytes, bytes);
         write.label = labelText(tag);
         elements.push_back(write);
+    }
+    return elements;
+}
+
+/// Of two values for one place only the last would be left, and nothing would say so.
+void mustNotShare(const std::vector<Assignment>& assignments)
+{
+    std::set<std::tuple<int, QString, int>> places;
+    for (const Assignment& assigned : assignments) {
+        for (const ElementWrite& element : elementsOf(assigned)) {
+            if (!places.emplace(element.station, element.area, element.number).second)
+                throw usageError(labelText(assigned.tag), QLatin1String("is written twice"));
+        }
     }
 }
 
@@ -41,7 +58,7 @@ void print(const Assignment& assigned, bool json)
     QJsonObject object;
     object.insert(QLatin1String("name"), assigned.tag.name);
     object.insert(QLatin1String("address"), placeText(assigned.tag));
-    object.insert(QLatin1String("value"), tagValueText(assigned.tag, assigned.bytes));
+    object.insert(QLatin1String("value"), jsonValue(tagValueText(assigned.tag, assigned.bytes)));
     object.insert(QLatin1String("confirmed"), true);
     std::printf("%s\n", QJsonDocument(object).toJson(QJsonDocument::Compact).constData());
 }
@@ -74,18 +91,27 @@ Assignment assignment(const QString& text, const TagChoice& tags, const DriverLi
 ExitStatus writeOnce(const DriverLibrary& driver, const LinkOptions& options,
                      const std::vector<Assignment>& assignments)
 {
+    mustNotShare(assignments);
     std::vector<Tag> tags;
-    std::vector<ElementWrite> elements;
-    for (const Assignment& assigned : assignments) {
+    for (const Assignment& assigned : assignments)
         tags.push_back(assigned.tag);
-        addElements(assigned, elements);
-    }
     LiveHost host(driver, options, tags, false);
     host.connect();
-    const int job = host.newJob();
-    host.communication().write(job, elements);
-    host.await(job);
-    for (const Assignment& assigned : assignments)
-        print(assigned, options.json);
+    std::vector<int> jobs;
+    for (const Assignment& assigned : assignments) {
+        jobs.push_back(host.newJob());
+        host.communication().write(jobs.back(), elementsOf(assigned));
+    }
+    std::vector<JobEnd> failures;
+    for (size_t i = 0; i < jobs.size(); ++i) {
+        const JobEnd end = host.endOf(jobs[i]);
+        if (end.outcome == JobEnd::DONE)
+            print(assignments[i], options.json);
+        else
+            failures.push_back(end);
+    }
+    for (size_t i = 1; i < failures.size(); ++i)
+        std::fprintf(stderr, "kakb-host: %s\n", qUtf8Printable(failures[i].trouble));
+    if (!failures.empty()) mustBeDone(failures.front());
     return EXIT_DONE;
 }
