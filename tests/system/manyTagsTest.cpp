@@ -1,0 +1,159 @@
+// Two thousand tags that all move, on eight stations of a 38400 baud line, watched by kakb-host as
+// a program.
+
+#include "childProcess.h"
+#include "processFigures.h"
+#include "simulatorProcess.h"
+
+#include <gtest/gtest.h>
+
+#include <QFile>
+
+#include <poll.h>
+#include <sys/ioctl.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+enum {
+    STATIONS = 8,
+    TAGS_PER_STATION = 250,
+    FIRST_MARKER = 3000,
+    MEASURED_S = 10,
+    START_MS = 60000,
+    MOST_KB = 64 * 1024,
+    MUCH_UNREAD = 32768, // half of a pipe
+    MOST_TRIES = 3,
+    LEAST_LINES = 2000
+};
+
+const double MOST_OF_A_CORE = 0.05;
+const double RATES_ALIKE = 0.02;
+
+QByteArray tagFile()
+{
+    QByteArray csv = "name,station,area,address,type\n";
+    for (int station = 1; station <= STATIONS; ++station) {
+        for (int word = 0; word < TAGS_PER_STATION; ++word)
+            csv += QString::fromLatin1("tag %1 of %2,%2,MW,%3,uint16\n")
+                       .arg(word)
+                       .arg(station)
+                       .arg(2 * word)
+                       .toUtf8();
+    }
+    return csv;
+}
+
+/// Every tag counts, so that each cycle changes each of them.
+std::vector<std::string> simulatorArguments()
+{
+    std::vector<std::string> all = {"--stations", "1-" + std::to_string(STATIONS), "--baud",
+                                    "38400"};
+    for (int station = 1; station <= STATIONS; ++station) {
+        for (int word = 0; word < TAGS_PER_STATION; ++word)
+            all.insert(all.end(), {"--signal", std::to_string(station) +
+                                                   ":MW:" + std::to_string(FIRST_MARKER + word) +
+                                                   ":counter:20"});
+    }
+    return all;
+}
+
+struct Measured
+{
+    double requestsPerSecond = 0;
+    double shareOfACore = 0; ///< of the communication thread
+    long kilobytes = 0;      ///< the most that was resident
+    int unreadBytes = 0;     ///< in the pipe at the end
+    long lines = 0;          ///< read of the output
+};
+
+double secondsSince(Clock::time_point start)
+{
+    return std::chrono::duration<double>(Clock::now() - start).count();
+}
+
+/// Counts the lines of the output for the time that is measured.
+long readOutput(ChildProcess& host, Clock::time_point start)
+{
+    long lines = 0;
+    while (secondsSince(start) < MEASURED_S)
+        lines += host.readLine(MEASURED_S * 1000) ? 1 : 0;
+    return lines;
+}
+
+void leaveOutput(Clock::time_point start)
+{
+    while (secondsSince(start) < MEASURED_S)
+        poll(nullptr, 0, int(std::ceil((MEASURED_S - secondsSince(start)) * 1000)));
+}
+
+Measured measure(const std::string& tags, bool isRead)
+{
+    Measured measured;
+    SimulatorProcess plc(simulatorArguments());
+    ChildProcess host(KAKB_HOST_FILE,
+                      {"watch", "--json", "--tags", tags, "--link", "serial:" + plc.address()});
+    EXPECT_TRUE(host.readLine(START_MS)) << "the host shows nothing";
+    const Clock::time_point start = Clock::now();
+    const double before = busiestThreadSeconds(host.id());
+    if (isRead)
+        measured.lines = readOutput(host, start);
+    else
+        leaveOutput(start);
+    const double elapsed = secondsSince(start);
+    measured.shareOfACore = (busiestThreadSeconds(host.id()) - before) / elapsed;
+    measured.kilobytes = kilobytes(host.id(), "VmHWM");
+    ioctl(host.outputDescriptor(), FIONREAD, &measured.unreadBytes);
+    host.kill();
+    plc.end();
+    measured.requestsPerSecond = double(plc.reported("requests")) / elapsed;
+    std::printf("%s: %.2f requests/s, communication thread %.2f %% of a core, %ld kB\n",
+                isRead ? "output read" : "output left", measured.requestsPerSecond,
+                100 * measured.shareOfACore, measured.kilobytes);
+    return measured;
+}
+
+void expectLittle(const Measured& one)
+{
+    EXPECT_GT(one.requestsPerSecond, 0);
+    EXPECT_GT(one.kilobytes, 0);
+    EXPECT_LT(one.kilobytes, MOST_KB);
+    EXPECT_LT(one.shareOfACore, MOST_OF_A_CORE);
+}
+
+bool alike(const Measured& one, const Measured& other)
+{
+    return std::abs(one.requestsPerSecond / other.requestsPerSecond - 1) <= RATES_ALIKE;
+}
+
+} // namespace
+
+/// Other work on the machine may slow down one half of a try, but not that of every try.
+TEST(ManyTags, TakeLittleAndAReaderThatStopsDoesNotDelayTheExchange)
+{
+    if (KAKB_SANITIZED) GTEST_SKIP() << "a sanitizer's memory and time are not the host's";
+    QTemporaryDir folder;
+    const QString name = folder.filePath(QLatin1String("tags.csv"));
+    QFile file(name);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(tagFile());
+    file.close();
+
+    bool ratesAreAlike = false;
+    for (int tries = 0; tries < MOST_TRIES && !ratesAreAlike; ++tries) {
+        const Measured read = measure(name.toStdString(), true);
+        const Measured left = measure(name.toStdString(), false);
+        EXPECT_GT(read.lines, LEAST_LINES) << "too little came for the output to matter";
+        EXPECT_GT(left.unreadBytes, MUCH_UNREAD) << "the host was not held up by its output";
+        expectLittle(read);
+        expectLittle(left);
+        ratesAreAlike = alike(left, read);
+    }
+    EXPECT_TRUE(ratesAreAlike) << "the rates differ by more than 2 %, each time";
+}

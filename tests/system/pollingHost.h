@@ -1,0 +1,83 @@
+#ifndef POLLING_HOST_H
+#define POLLING_HOST_H
+
+#include "plan/tagFile.h"
+#include "session/communication.h"
+#include "writeLedger.h"
+
+#include <chrono>
+
+/// The built driver, loaded once: there is one in a process.
+const DriverLibrary& builtDriver();
+
+/// From texts such as "MW100" or "2:QX3.1".
+std::vector<Tag> tagsFrom(const std::vector<std::string>& addresses);
+
+/// One element of a write, of a tag that is a word or a bit.
+ElementWrite elementOf(const Tag& tag, int value);
+
+/// The host in the test's own process, polling. The test takes the part of the user's side.
+class PollingHost
+{
+public:
+    enum { ANSWER_MS = 200, ATTEMPTS = 3, PAUSE_MS = 5 };
+
+    static Communication::Settings settings(Communication::OpenLink openLink,
+                                            int answerMs = ANSWER_MS, int attempts = ATTEMPTS);
+
+    PollingHost(const Communication::Settings& settings, const std::vector<Tag>& tags);
+
+    int write(const std::vector<ElementWrite>& elements);
+
+    /// Takes what is new, after a wait of `ms` at most.
+    void takeNews(int ms);
+
+    /// Takes news until the condition holds; `seconds` are a bound, not a wait.
+    /// @return false when it did not hold in time
+    template <typename Condition> bool await(Condition condition, int seconds = 60)
+    {
+        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
+        while (!condition()) {
+            if (std::chrono::steady_clock::now() > end) return false;
+            takeNews(NEWS_MS);
+        }
+        return true;
+    }
+
+    /// Every tag is good and was read after the time.
+    bool allReadSince(qint64 time) const;
+
+    /// Names the tags that are not good, for the message of a failed test.
+    std::string badTags() const;
+
+    qint64 now() const
+    {
+        return m_communication.now();
+    }
+    std::vector<TagState> states() const
+    {
+        return m_board.tags();
+    }
+    LinkFigures figures() const
+    {
+        return m_board.figures(now());
+    }
+    Communication& communication()
+    {
+        return m_communication;
+    }
+
+    WriteLedger ledger;
+    std::vector<News::LinkEvent> linkEvents; ///< all since the start
+    std::vector<News::Change> changes;       ///< since the test last cleared it
+
+private:
+    enum { NEWS_MS = 20 };
+
+    const std::vector<Tag> m_tags;
+    HostBoard m_board;
+    Communication m_communication;
+    int m_lastJob = 0;
+};
+
+#endif

@@ -1,0 +1,144 @@
+// The user's side in two threads: one writes all the time, the other takes the news.
+
+#include "pollingHost.h"
+#include "simulatorProcess.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <thread>
+
+namespace {
+
+enum {
+    WRITES = 5000,
+    MOST_OPEN = 12, // so that some are replaced by newer ones, and most are not
+    MANY_READS = 300,
+    PATIENCE_MS = 1000, // the machine's stalls are not what is tested
+    BIT_EVERY = 7
+};
+
+const std::vector<std::string> TAGS = {"MW100", "MW102",  "2:MW100",  "QW40", "2:QW42",
+                                       "QX4.1", "MX20.0", "2:MX20.1", "IW0"};
+
+const size_t WRITABLE = 8;
+
+ElementWrite nthWrite(const std::vector<Tag>& tags, int n)
+{
+    const Tag& tag = tags[size_t(n) % WRITABLE];
+    return elementOf(tag, tag.isBit() ? n / BIT_EVERY & 1 : n);
+}
+
+/// The last value that was handed in for each of the writable tags.
+std::vector<QByteArray> lastValues(const std::vector<Tag>& tags)
+{
+    std::vector<QByteArray> last(WRITABLE);
+    for (int n = 1; n <= WRITES; ++n)
+        last[size_t(n) % WRITABLE] = nthWrite(tags, n).bytes;
+    return last;
+}
+
+Communication::Settings patientSettings(const SimulatorProcess& plc)
+{
+    Communication::Settings settings = PollingHost::settings(plc.opener(), PATIENCE_MS);
+    settings.timing = LineTiming::network();
+    return settings;
+}
+
+/// Hands in all writes as fast as the other thread sees ends, whose count it is told.
+class WritingThread
+{
+public:
+    WritingThread(Communication& communication, const std::vector<Tag>& tags)
+        : m_thread([this, &communication, tags] { write(communication, tags); })
+    {
+    }
+    ~WritingThread()
+    {
+        m_ended = WRITES;
+        m_thread.join();
+    }
+
+    void jobsEnded(int count)
+    {
+        m_ended = count;
+    }
+    int handedIn() const
+    {
+        return m_handedIn;
+    }
+
+private:
+    void write(Communication& communication, const std::vector<Tag>& tags)
+    {
+        for (int n = 1; n <= WRITES; ++n) {
+            while (n - m_ended > MOST_OPEN)
+                std::this_thread::yield();
+            communication.write(n, {nthWrite(tags, n)});
+            m_handedIn = n;
+        }
+    }
+
+    std::atomic<int> m_ended{0};
+    std::atomic<int> m_handedIn{0};
+    std::thread m_thread;
+};
+
+} // namespace
+
+TEST(TwoThreads, LeaveTheLastValueOfEveryElementInThePlcAndEndEveryJobOnce)
+{
+    SimulatorProcess plc({"--station", "1,2", "--signal", "1:IW:0:counter:5"});
+    const std::vector<Tag> tags = tagsFrom(TAGS);
+    std::vector<TagState> states;
+    {
+        PollingHost host(patientSettings(plc), tags);
+        for (int n = 1; n <= WRITES; ++n)
+            host.ledger.handedIn(n, {nthWrite(tags, n)});
+        WritingThread writer(host.communication(), tags);
+        ASSERT_TRUE(host.await([&] {
+            writer.jobsEnded(WRITES - host.ledger.open());
+            return host.ledger.open() == 0;
+        }));
+        EXPECT_EQ(WRITES, writer.handedIn());
+        EXPECT_EQ(0, host.ledger.surplusEnds());
+        EXPECT_EQ(0, host.ledger.count(JobEnd::TIMED_OUT));
+        EXPECT_EQ(0, host.ledger.count(JobEnd::REFUSED));
+        EXPECT_GT(host.ledger.count(JobEnd::DONE), WRITES / 4);
+        const qint64 written = host.now();
+        ASSERT_TRUE(host.await([&] { return host.allReadSince(written); })) << host.badTags();
+        states = host.states();
+    }
+    plc.end();
+    const std::vector<QByteArray> last = lastValues(tags);
+    for (size_t tag = 0; tag < WRITABLE; ++tag) {
+        EXPECT_EQ(last[tag], plc.bytesOf(tags[tag])) << TAGS[tag];
+        EXPECT_EQ(last[tag], states[tag].bytes) << TAGS[tag];
+    }
+}
+
+TEST(TwoThreads, CanEndTheHostWithMostOfTheOthersReadsStillToBeMade)
+{
+    SimulatorProcess plc({"--station", "1,2"});
+    const std::vector<Tag> tags = tagsFrom(TAGS);
+    std::atomic<int> handedIn{0};
+    std::atomic<bool> stop{false};
+    auto host = std::make_unique<PollingHost>(patientSettings(plc), tags);
+    ASSERT_TRUE(host->await([&] { return host->allReadSince(0); }));
+    {
+        const std::vector<ReadBlock> blocks = {{1, QLatin1String("MW"), tags[0].number, 1, {0}}};
+        PollingHost& shared = *host;
+        std::thread reader([&] {
+            while (!stop) {
+                shared.communication().readOnce(++handedIn, blocks);
+                std::this_thread::yield();
+            }
+        });
+        EXPECT_TRUE(host->await([&] { return handedIn > MANY_READS; }));
+        stop = true;
+        reader.join();
+    }
+    host.reset();
+    auto next = std::make_unique<PollingHost>(patientSettings(plc), tags);
+    EXPECT_TRUE(next->await([&] { return next->allReadSince(0); })) << next->badTags();
+}
