@@ -1,5 +1,12 @@
 #include "links/serialLink.h"
 
+#include <poll.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <system_error>
+
 namespace {
 
 const int WRITE_TIMEOUT_MS = 5000;
@@ -25,35 +32,52 @@ SerialLink::SerialLink(const QString& device, const LineSettings& settings)
     m_port.setDataBits(static_cast<QSerialPort::DataBits>(settings.dataBits));
     m_port.setParity(parityOf(settings));
     m_port.setStopBits(settings.stopBits == 2 ? QSerialPort::TwoStop : QSerialPort::OneStop);
-    if (!m_port.open(QIODevice::ReadWrite)) throw error();
+    if (!m_port.open(QIODevice::ReadWrite)) throw error(m_port.errorString());
 }
 
-/// What an unplugged device gives has no words of its own in every version of Qt.
-LinkError SerialLink::error() const
+LinkError SerialLink::error(const QString& reason) const
 {
-    const bool isGone = m_port.isOpen() && (m_port.error() == QSerialPort::ResourceError ||
-                                            m_port.error() == QSerialPort::UnknownError);
-    if (isGone) return LinkError((m_device + QLatin1String(": the device is gone")).toStdString());
-    return LinkError((m_device + QLatin1String(": ") + m_port.errorString()).toStdString());
+    return LinkError((m_device + QLatin1String(": ") + reason).toStdString());
+}
+
+LinkError SerialLink::systemError() const
+{
+    if (errno == EIO || errno == ENXIO || errno == ENODEV)
+        return error(QLatin1String("the device is gone"));
+    return error(QString::fromStdString(std::generic_category().message(errno)));
+}
+
+void SerialLink::waitUntilWritable() const
+{
+    pollfd awaited = {descriptor(), POLLOUT, 0};
+    if (poll(&awaited, 1, WRITE_TIMEOUT_MS) == 0)
+        throw error(QLatin1String("the device takes no bytes"));
 }
 
 void SerialLink::write(const QByteArray& bytes)
 {
-    if (m_port.write(bytes) != bytes.size()) throw error();
-    m_port.flush();
-    if (m_port.bytesToWrite() > 0 && !m_port.waitForBytesWritten(WRITE_TIMEOUT_MS)) throw error();
+    int written = 0;
+    while (written < bytes.size()) {
+        const ssize_t count =
+            ::write(descriptor(), bytes.constData() + written, size_t(bytes.size() - written));
+        if (count >= 0)
+            written += int(count);
+        else if (errno == EAGAIN)
+            waitUntilWritable();
+        else if (errno != EINTR)
+            throw systemError();
+    }
 }
 
 /// An unplugged adapter stays readable for ever and has nothing to read.
 QByteArray SerialLink::read()
 {
-    m_port.waitForReadyRead(0);
-    QByteArray bytes = m_port.readAll();
-    if (bytes.isEmpty() && m_port.error() != QSerialPort::NoError &&
-        m_port.error() != QSerialPort::TimeoutError)
-        throw error();
-    m_port.clearError();
-    return bytes;
+    std::array<char, 4096> bytes;
+    const ssize_t count = ::read(descriptor(), bytes.data(), bytes.size());
+    if (count > 0) return QByteArray(bytes.data(), int(count));
+    if (count < 0 && (errno == EAGAIN || errno == EINTR)) return QByteArray();
+    if (count == 0) errno = EIO;
+    throw systemError();
 }
 
 int SerialLink::descriptor() const

@@ -95,6 +95,7 @@ void HostBoard::linkChanged(bool connected, const QString& trouble, qint64 now)
     const std::lock_guard<std::mutex> lock(m_mutex);
     if (m_figures.connected && !connected) ++m_figures.losses;
     m_figures.connected = connected;
+    if (connected && m_firstConnected < 0) m_firstConnected = now;
     m_news.linkEvents.push_back({now, connected, trouble});
     news();
 }
@@ -153,7 +154,8 @@ LinkFigures HostBoard::figures(qint64 now) const
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
     LinkFigures figures = m_figures;
-    if (now > 0) figures.exchangesPerSecond = double(m_figures.exchanges) * 1e6 / double(now);
+    const qint64 taken = now - std::max<qint64>(m_firstConnected, 0);
+    if (taken > 0) figures.exchangesPerSecond = double(m_figures.exchanges) * 1e6 / double(taken);
     if (m_replyTimes.count() > 0) {
         figures.replyMedian = m_replyTimes.percentile(50);
         figures.reply99 = m_replyTimes.percentile(99);

@@ -87,6 +87,7 @@ private:
     News m_news;
     LinkFigures m_figures;
     ReplyTimes m_replyTimes;
+    qint64 m_firstConnected = -1;
     bool m_hasWire = false;
     WireUse m_wire;
 };

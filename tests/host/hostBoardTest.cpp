@@ -241,6 +241,15 @@ TEST_F(HostBoardTest, FiguresCountEachExchangeByItsEnd)
     EXPECT_DOUBLE_EQ(1.5, figures.exchangesPerSecond);
 }
 
+TEST_F(HostBoardTest, TheRateCountsFromTheFirstOpeningOfTheLink)
+{
+    board.linkChanged(true, QString(), 1000000);
+    board.exchanged(exchangeOf(REPLY_ACCEPTED, 1000), 0);
+    board.linkChanged(false, QString(), 2000000);
+    board.linkChanged(true, QString(), 2500000);
+    EXPECT_DOUBLE_EQ(0.5, board.figures(3000000).exchangesPerSecond);
+}
+
 TEST_F(HostBoardTest, ReplyTimesAreThoseOfAnswersOnly)
 {
     for (int i = 0; i < 98; ++i)
