@@ -1,10 +1,11 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds, and runs the tests.
-# usage: ./test.sh [--qt6 | --sanitize | --coverage | --format | --all]
+# usage: ./test.sh [--qt6 | --sanitize | --threads | --coverage | --format | --all]
 #   (none)       with Qt 5
 #   --qt6        with Qt 6
 #   --sanitize   with the address and undefined-behaviour sanitizers
-#   --coverage   with line and branch counts; fails below 100 % of lines or 95 % of branches
+#   --threads    what runs on several threads, with the thread sanitizer
+#   --coverage   the driver with line and branch counts; fails below 100 % of lines or 95 % of branches
 #   --format     only checks the sources' format
 #   --all        all of these
 # Exit status: 0 all passed, 1 usage or a failure.
@@ -46,6 +47,10 @@ case "${1:-}" in
     scripts/install-dependencies.sh test
     run_tests sanitize
     ;;
+--threads)
+    scripts/install-dependencies.sh test
+    run_tests threads
+    ;;
 --coverage)
     scripts/install-dependencies.sh all
     run_coverage
@@ -59,11 +64,12 @@ case "${1:-}" in
     check_format
     run_coverage
     run_tests sanitize
+    run_tests threads
     run_tests qt6
     run_tests qt5
     ;;
 *)
-    sed -n '2,10s/^# //p' "$0"
+    sed -n '2,12s/^# //p' "$0"
     exit 1
     ;;
 esac

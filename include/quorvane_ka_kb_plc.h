@@ -69,7 +69,7 @@ struct FRAME_PRO
 {
     unsigned char sendBuf[FRAME_BYTES];
     qint32 sendLen;   ///< bytes of sendBuf to send; 0: send nothing
-    qint32 recvLen;   ///< exact length of the reply; 0 or less: none can come
+    qint32 recvLen;   ///< exact length of the reply; 0 or less, or with sendLen 0: none can come
     qint32 dataStart; ///< offset of the first data byte in a read reply, else 0
     qint32 itemCount; ///< words or bits that a read asked for; 0 for a write
     qint32 spare;     ///< not used
@@ -295,7 +295,8 @@ QUORVANE_KA_KB_PLC_API int intf_setRcpAddress(QVector<_RCP_VAR_PRO>& records);
 /// @return 1 with *frame filled; 0 with nothing to send. While nothing is polled, a 0 may come with
 ///         work still queued: after 10 writes, and after 3 or more writes and one-shot reads ahead
 ///         of a one-shot read. The next call goes on with the rest.
-/// With sendLen 0 there is nothing to send: hand in an empty reply.
+/// With sendLen 0 there is nothing to send: hand in an empty reply. A null frame chooses nothing
+/// and gives 0.
 QUORVANE_KA_KB_PLC_API int intf_getSendFrame(FRAME_PRO* frame);
 
 /// Takes in what came for the request in flight; an empty reply reports a time-out, or that a

@@ -101,9 +101,10 @@ void Communication::runOnce(HostSession& session)
     } catch (const LinkError& error) {
         if (!std::exchange(m_lossTold, true)) {
             const QString trouble = QString::fromUtf8(error.what());
-            m_board.linkChanged(false, trouble, now());
-            session.linkLost(QLatin1String("link lost: ") + trouble, now(),
+            const qint64 lostAt = now();
+            session.linkLost(QLatin1String("link lost: ") + trouble, lostAt,
                              m_settings.answersOutliveLink);
+            m_board.linkChanged(false, trouble, lostAt);
         }
         pauseAfterLoss(session);
     }
