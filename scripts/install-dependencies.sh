@@ -9,7 +9,7 @@ set -euo pipefail
 
 packages=(g++ cmake ninja-build pkg-config qtbase5-dev libqt5serialport5-dev libmodbus-dev
     libcli11-dev libpcap-dev)
-test_packages=(binutils libgtest-dev python3-pymodbus python3-serial python3-serial-asyncio
+test_packages=(binutils libgtest-dev librapidcheck-dev python3-pymodbus python3-serial python3-serial-asyncio
     tmux tshark wireshark-common procps)
 all_packages=(qt6-base-dev qt6-serialport-dev gcovr clang-format)
 

@@ -1,0 +1,64 @@
+#include "carefulHost.h"
+
+#include "exchange/frameShape.h"
+#include "exchange/replyRecogniser.h"
+
+#include <algorithm>
+
+namespace {
+
+QByteArray arrayOf(const Bytes& bytes)
+{
+    return QByteArray(reinterpret_cast<const char*>(bytes.data()), static_cast<int>(bytes.size()));
+}
+
+Bytes bytesOf(const FRAME_PRO& frame)
+{
+    return Bytes(frame.sendBuf, frame.sendBuf + frame.sendLen);
+}
+
+/// A frame with a good checksum that the recogniser did not take is someone else's answer.
+bool isWholeFrame(const QByteArray& received)
+{
+    return hasRightChecksum(received);
+}
+
+} // namespace
+
+QByteArray CarefulHost::exchange(const FRAME_PRO& frame)
+{
+    ++m_exchange;
+    const Bytes request = bytesOf(frame);
+    const QByteArray asked = arrayOf(request);
+    const QByteArray signature = replySignature(asked, frame.recvLen);
+    holdBack(signature);
+    bool answered = false;
+    const QByteArray reply =
+        handedIn(arrayOf(m_line.exchange(request)), asked, frame.recvLen, answered);
+    if (!answered) m_awaited.push_back({signature, m_exchange + FaultyLine::LATEST});
+    return reply;
+}
+
+void CarefulHost::holdBack(const QByteArray& signature)
+{
+    while (!m_awaited.empty() && m_awaited.front().until < m_exchange)
+        m_awaited.pop_front();
+    const bool mayStillCome =
+        std::any_of(m_awaited.begin(), m_awaited.end(),
+                    [&](const Awaited& awaited) { return awaited.signature == signature; });
+    if (!mayStillCome) return;
+    m_line.waitUntilQuiet();
+    m_awaited.clear();
+    ++m_heldBack;
+}
+
+QByteArray CarefulHost::handedIn(const QByteArray& received, const QByteArray& request, int length,
+                                 bool& answered)
+{
+    const RECOGNISED found = recogniseReply(received, request, length);
+    answered = !found.reply.isEmpty();
+    if (answered) return found.reply;
+    if (!isWholeFrame(received)) return received.left(length);
+    ++m_dropped;
+    return QByteArray();
+}

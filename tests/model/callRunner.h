@@ -1,0 +1,27 @@
+#ifndef CALL_RUNNER_H
+#define CALL_RUNNER_H
+
+#include "calls.h"
+
+#include <string>
+#include <vector>
+
+class DriverLibrary;
+
+namespace model {
+
+/// The first call that the driver and the model do not agree on.
+struct Disagreement
+{
+    bool found = false;
+    size_t callIndex = 0;
+    std::string text;
+};
+
+/// Makes the calls of the driver and of the model, in a child process of its own: the driver keeps
+/// state that only a new process is without. A driver that crashes disagrees.
+Disagreement runApart(const DriverLibrary& library, const std::vector<Call>& calls);
+
+} // namespace model
+
+#endif
