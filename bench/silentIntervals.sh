@@ -22,7 +22,7 @@ for baud in "$@"; do
     required=$(awk -v b="$baud" 'BEGIN { print (b > 19200 ? 1750 : 3.5 * 10 * 1e6 / b) }')
     # An exchange is 15 bytes and two silences.
     seconds=$(awk -v f="$frames" -v b="$baud" -v r="$required" \
-        'BEGIN { print int(f / 2 * (150 / b + 2 * r / 1e6) * 1.2) + 1 }')
+        'BEGIN { print int(f / 2 * (150 / b + 2 * r / 1e6) * 1.4) + 1 }')
     start_plc --baud "$baud" --turnaround-us "${required%.*}"
     "$programs/kakb-host" watch --link "serial:$work/plc,$baud" --tags "$work/tags.csv" \
         --seconds "$seconds" >/dev/null

@@ -24,11 +24,12 @@
 
 #include "links/link.h"
 #include "verbs/commandLine.h"
-#include "verbs/interrupt.h"
 
 #include <QCoreApplication>
 #include <QDir>
 
+#include <cerrno>
+#include <csignal>
 #include <cstdio>
 
 namespace {
@@ -47,11 +48,22 @@ ExitStatus failed(ExitStatus status, const std::exception& error)
     return status;
 }
 
+/// Nothing was done for a user who does not get to see it; one who stopped reading saw enough.
+ExitStatus outputStatus()
+{
+    errno = 0;
+    const bool failed = std::fflush(stdout) != 0 || std::ferror(stdout);
+    if (!failed || errno == EPIPE) return EXIT_DONE;
+    std::fprintf(stderr, "kakb-host: cannot write the output\n");
+    return EXIT_USAGE;
+}
+
 ExitStatus run(const Command& command)
 {
     try {
         const DriverLibrary driver(driverFile(command.driver));
-        return command.verb(driver);
+        const ExitStatus status = command.verb(driver);
+        return status == EXIT_DONE ? outputStatus() : status;
     } catch (const VerbFailure& error) {
         return failed(error.status, error);
     } catch (const DriverError& error) {
@@ -71,6 +83,6 @@ int main(int argc, char** argv)
     Command command;
     if (const std::optional<ExitStatus> status = parseCommandLine(argc, argv, command))
         return *status;
-    stopOnSignals();
+    std::signal(SIGPIPE, SIG_IGN); // a reader that went away only makes writing fail
     return run(command);
 }

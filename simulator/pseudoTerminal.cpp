@@ -1,7 +1,7 @@
 #include "pseudoTerminal.h"
 
+#include <climits>
 #include <fcntl.h>
-#include <limits.h>
 #include <pty.h>
 #include <sys/stat.h>
 #include <termios.h>

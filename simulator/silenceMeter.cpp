@@ -5,7 +5,12 @@
 
 void Durations::add(std::int64_t duration)
 {
-    m_all.push_back(duration);
+    if (m_all.size() < MOST_KEPT) {
+        m_all.push_back(duration);
+        return;
+    }
+    m_all[m_oldest] = duration;
+    m_oldest = (m_oldest + 1) % MOST_KEPT;
 }
 
 std::int64_t Durations::quantile(double share) const

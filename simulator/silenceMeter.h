@@ -5,10 +5,13 @@
 #include <optional>
 #include <vector>
 
-/// Durations in nanoseconds and their order.
+/// Durations in nanoseconds and their order: the latest ones, so that a simulator that runs for
+/// months takes no more memory.
 class Durations
 {
 public:
+    enum { MOST_KEPT = 1000000 };
+
     void add(std::int64_t duration);
     std::size_t count() const
     {
@@ -21,6 +24,7 @@ public:
 
 private:
     std::vector<std::int64_t> m_all;
+    std::size_t m_oldest = 0;
 };
 
 /// Measures how long the line was silent ahead of each request. Times are nanoseconds.

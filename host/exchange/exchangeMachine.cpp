@@ -45,6 +45,11 @@ void ExchangeMachine::linkLost(bool answersMayFollow)
     m_received.clear();
 }
 
+void ExchangeMachine::linkOpened(qint64 now)
+{
+    m_lineBusyUntil = std::max(m_lineBusyUntil, now);
+}
+
 void ExchangeMachine::takeReply(qint64 now)
 {
     if (now >= m_deadline) return;

@@ -64,6 +64,10 @@ public:
     /// @param answersMayFollow  late answers may still come over the next link, as on a wire
     void linkLost(bool answersMayFollow = true);
 
+    /// A link was opened. What went over it until now is not known, so a silent interval comes
+    /// first.
+    void linkOpened(qint64 now);
+
     /// The driver has no request under way, so it chooses afresh next.
     bool isBetweenRequests() const
     {

@@ -33,6 +33,7 @@ SerialLink::SerialLink(const QString& device, const LineSettings& settings)
     m_port.setParity(parityOf(settings));
     m_port.setStopBits(settings.stopBits == 2 ? QSerialPort::TwoStop : QSerialPort::OneStop);
     if (!m_port.open(QIODevice::ReadWrite)) throw error(m_port.errorString());
+    m_port.clear(); // what came for an earlier host
 }
 
 LinkError SerialLink::error(const QString& reason) const

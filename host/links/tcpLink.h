@@ -8,7 +8,7 @@
 /// RTU frames over a socket, as a serial device server passes them on. A peer that is gone without
 /// a word is noticed within seconds: by its missing acknowledgements while there is traffic, by
 /// keep-alives otherwise.
-class TcpLink : public Link
+class TcpLink final : public Link
 {
 public:
     TcpLink(const QString& host, int port);

@@ -62,7 +62,7 @@ private:
     std::unique_ptr<pcap, CloseHandle> m_handle;
     std::unique_ptr<pcap_dumper, CloseDump> m_dump;
     FrameGatherer m_gatherer;
-    int m_packets = 0;
+    quint16 m_packets = 0; ///< starts again at 0, as IPv4 has it
 };
 
 #endif

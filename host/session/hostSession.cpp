@@ -88,6 +88,7 @@ void HostSession::linkLost(const QString& trouble, qint64 now, bool answersMayFo
 
 void HostSession::linkBack(qint64 now)
 {
+    m_machine.linkOpened(now);
     m_stations.probeAllAt(now);
 }
 
@@ -117,8 +118,8 @@ int HostSession::dealRcvFrame(QByteArray& reply, QString& errorText)
 void HostSession::feed(qint64 now)
 {
     feedProbes(now);
-    feedReads();
     feedWrites();
+    feedReads();
     if (!m_machine.isBetweenRequests()) return;
     if (m_planDue) plan();
     feedRecipe();
@@ -139,7 +140,8 @@ void HostSession::feedReads()
     m_driver.readOnce(key);
 }
 
-/// The driver serves one-shot reads after its queued writes, so writes are held back meanwhile.
+/// The driver serves one-shot reads after its queued writes, so writes are held back meanwhile. The
+/// two take turns: between two reads the writes that wait go first.
 void HostSession::feedWrites()
 {
     if (m_reads.isUnderWay()) return;

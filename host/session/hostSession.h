@@ -78,7 +78,7 @@ private:
     void recipeFrameOver(const FINISHED_EXCHANGE& finished);
     void blockRead(int block, qint64 now);
     std::set<int> takeChangedTags();
-    void fetch(int tag);
+    void fetch(int index);
     void reportEnded();
     QString troubleOf(const FINISHED_EXCHANGE& finished) const;
     QString blockTroubleOf(const FINISHED_EXCHANGE& finished) const;

@@ -65,8 +65,6 @@ std::optional<qint64> StationWatch::nextProbe() const
 
 void StationWatch::probeAllAt(qint64 now)
 {
-    for (auto& [station, state] : m_stations) {
-        state.probeAt = now;
-        state.probing = false;
-    }
+    for (auto& [station, state] : m_stations)
+        state.probeAt = now; // a probe that is under way survives the loss of the link
 }

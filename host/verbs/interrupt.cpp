@@ -17,7 +17,6 @@ void stopOnSignals()
 {
     std::signal(SIGINT, requestStop);
     std::signal(SIGTERM, requestStop);
-    std::signal(SIGPIPE, SIG_IGN);
 }
 
 bool stopRequested()

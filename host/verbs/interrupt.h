@@ -1,8 +1,7 @@
 #ifndef INTERRUPT_H
 #define INTERRUPT_H
 
-/// From now on Ctrl-C and SIGTERM only ask to stop, and a reader that went away only makes writing
-/// fail.
+/// From now on Ctrl-C and SIGTERM only ask to stop.
 void stopOnSignals();
 
 bool stopRequested();

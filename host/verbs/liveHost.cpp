@@ -122,26 +122,33 @@ Communication::Settings LiveHost::settings(const std::vector<Tag>& tags)
     return settings;
 }
 
+/// Whatever came with the news of the open link is left for the next one who asks.
 void LiveHost::connect()
 {
+    stopOnSignals();
     m_communication->start();
-    while (!stopRequested()) {
+    bool wasOpen = false;
+    while (!stopRequested() && !wasOpen) {
         News news = next(NEWS_MS);
-        m_earlyChanges.insert(m_earlyChanges.end(), news.changes.begin(), news.changes.end());
-        for (const News::LinkEvent& event : news.linkEvents) {
-            if (event.connected) return;
-            throw VerbFailure(EXIT_LINK, event.trouble);
-        }
+        wasOpen = !news.linkEvents.empty() && news.linkEvents.front().connected;
+        if (m_linkTrouble && !wasOpen) throw VerbFailure(EXIT_LINK, *m_linkTrouble);
+        if (wasOpen) news.linkEvents.erase(news.linkEvents.begin());
+        m_early = std::move(news);
     }
 }
 
 News LiveHost::next(int ms)
 {
-    if (m_earlyChanges.empty()) m_board.waitForNews(ms);
+    const bool hasEarly = !m_early.changes.empty() || !m_early.linkEvents.empty();
+    if (!hasEarly) m_board.waitForNews(ms);
     News news = m_board.takeNews();
-    news.changes.insert(news.changes.begin(), m_earlyChanges.begin(), m_earlyChanges.end());
-    m_earlyChanges.clear();
     record(news.frames);
+    for (const News::LinkEvent& event : news.linkEvents)
+        m_linkTrouble = event.connected ? std::nullopt : std::make_optional(event.trouble);
+    news.changes.insert(news.changes.begin(), m_early.changes.begin(), m_early.changes.end());
+    news.linkEvents.insert(news.linkEvents.begin(), m_early.linkEvents.begin(),
+                           m_early.linkEvents.end());
+    m_early = News();
     return news;
 }
 
@@ -158,14 +165,11 @@ JobEnd LiveHost::endOf(int job, const Progress& progress)
     while (!stopRequested()) {
         const auto found = m_ends.find(job);
         if (found != m_ends.end()) return found->second;
+        if (m_linkTrouble) throw VerbFailure(EXIT_LINK, *m_linkTrouble);
         const News news = next(NEWS_MS);
         if (progress) progress(news.recipeBlocksDone);
         for (const JobEnd& end : news.jobEnds)
             m_ends[end.job] = end;
-        for (const News::LinkEvent& event : news.linkEvents) {
-            if (!event.connected && m_ends.count(job) == 0)
-                throw VerbFailure(EXIT_LINK, event.trouble);
-        }
     }
     throw VerbFailure(EXIT_LINK, QLatin1String("interrupted; what became of it is not known"));
 }

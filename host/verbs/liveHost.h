@@ -85,8 +85,9 @@ private:
     std::optional<PcapFile> m_capture;
     std::optional<Communication> m_communication;
     int m_lastJob = 0;
-    std::vector<News::Change> m_earlyChanges; ///< that came with the news of the open link
-    std::map<int, JobEnd> m_ends;             ///< of jobs that nobody has asked for yet
+    News m_early;                         ///< what came with the news of the open link
+    std::optional<QString> m_linkTrouble; ///< while the link is lost
+    std::map<int, JobEnd> m_ends;         ///< of jobs that nobody has asked for yet
 };
 
 /// Throws VerbFailure unless the job was done.

@@ -89,13 +89,13 @@ saysOneSentence
 startPlc pty --silent 1
 for verb in "read MW100" "read IX0.0" "write MW100=1" "write MX0.0=1"; do
     # shellcheck disable=SC2086 # a verb with its argument
-    expect 4 host $verb --link "$link" --timeout-ms 50
+    expect 4 host $verb --link "$link" --timeout-ms 300
     saysOneSentence
     errorHas 'station 1 does not answer$'
     tookLessThan 2000
 done
 stopPlc
 startPlc pty --corrupt 1
-expect 4 host read MW100 --link "$link" --timeout-ms 50
+expect 4 host read MW100 --link "$link" --timeout-ms 300
 errorHas 'station 1 gave no usable answer$'
 saysOneSentence

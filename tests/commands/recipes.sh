@@ -80,14 +80,14 @@ for kind in pty tcp; do
     stopPlc
 
     startPlc "$kind" --stations 1-2 --exception 1 --exception-code 2 --fault-exchanges 1
-    expect 5 host recipe download "$work/recipe.csv" --link "$link" --timeout-ms 5000
+    expect 5 host recipe download "$work/recipe.csv" --link "$link" --timeout-ms 30000
     saysOneSentence
     errorHas 'MW ?(100|3050)\b.*refused by the PLC: illegal address'
     tookLessThan 2000
     stopPlc
 
     startPlc "$kind" --stations 1-2 --silent 2
-    expect 4 host recipe download "$work/recipe.csv" --link "$link" --timeout-ms 50
+    expect 4 host recipe download "$work/recipe.csv" --link "$link" --timeout-ms 300
     saysOneSentence
     errorHas 'QW ?(40|20)\b.*station 2 does not answer'
     stopPlc

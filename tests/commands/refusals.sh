@@ -12,7 +12,7 @@ refused() {
     for verb in "read MW100" "read IX0.0" "write MW100=1" "write MX0.0=1" \
         "recipe download $work/recipe.csv" "recipe upload $work/recipe.csv"; do
         # shellcheck disable=SC2086 # a verb with its argument
-        expect 5 host $verb --link "$link" --timeout-ms 5000
+        expect 5 host $verb --link "$link" --timeout-ms 30000
         saysOneSentence
         errorHas "refused by the PLC: $2"
         tookLessThan 1000
@@ -29,7 +29,7 @@ for kind in pty tcp; do
     refused 4 'device failure'
 
     startPlc "$kind" --exception 1 --exception-code 6 --fault-exchanges 2
-    expect 0 host read MW100 --link "$link" --timeout-ms 5000
+    expect 0 host read MW100 --link "$link" --timeout-ms 30000
     tookLessThan 1000
     stopPlc
 done

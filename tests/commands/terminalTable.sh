@@ -88,7 +88,7 @@ awaitsEnd 0
 stopPlc
 
 startPlc pty --stations 1-2 --silent 2
-types "kakb-host recipe download $demo/recipe.csv --timeout-ms 50 --link $link"
+types "kakb-host recipe download $demo/recipe.csv --timeout-ms 300 --link $link"
 awaits '^kakb-host: .*station 2 does not answer$'
 awaitsEnd 4
 stopPlc

@@ -59,7 +59,7 @@ errorHas "^$time < ${frame[4]}  station 1: .*illegal address"
 stopPlc
 # Requests without an answer are in both as well.
 startPlc pty --silent 1
-expect 4 host read MW100 --trace --link "$link" --timeout-ms 50 --attempts 2 \
+expect 4 host read MW100 --trace --link "$link" --timeout-ms 300 --attempts 2 \
     --pcap "$work/silent.pcap"
 [ "$(grep -c " > ${frame[0]}" "$work/err")" = 2 ] || { show; fail "not two requests"; }
 stopPlc

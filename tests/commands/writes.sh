@@ -37,14 +37,14 @@ QW510 = 65535 confirmed'
         '2 QW 0 256' '2 QW 4 10241' '2 QW 5 61035'
 
     startPlc "$kind" --exception 1 --exception-code 2
-    expect 5 host write --link "$link" --timeout-ms 5000 MW100=7
+    expect 5 host write --link "$link" --timeout-ms 30000 MW100=7
     saysOneSentence
     errorHas 'MW100: .*illegal address'
     stopPlc
     dumpIs ''
 
     startPlc "$kind" --silent 1
-    expect 4 host write --link "$link" --timeout-ms 50 MW100=7
+    expect 4 host write --link "$link" --timeout-ms 300 MW100=7
     saysOneSentence
     errorHas 'MW100: station 1 does not answer'
     stopPlc
@@ -52,7 +52,7 @@ QW510 = 65535 confirmed'
 
     # Only the value of the station that answers arrives, and this is no success.
     startPlc "$kind" --stations 1-2 --silent 2
-    expect 4 host write --link "$link" --timeout-ms 50 2:MW100=7 MW100=8
+    expect 4 host write --link "$link" --timeout-ms 300 2:MW100=7 MW100=8
     errorHas '2:MW100: station 2 does not answer'
     stopPlc
     dumpIs '1 MW 3050 8'
@@ -60,7 +60,7 @@ done
 
 # A request that is lost twice is sent again.
 startPlc pty --drop-request 1 --fault-exchanges 2
-expect 0 host write --link "$link" --timeout-ms 50 MW100=7
+expect 0 host write --link "$link" --timeout-ms 300 MW100=7
 stopPlc
 dumpIs '1 MW 3050 7'
 

@@ -190,3 +190,10 @@ TEST_F(ExchangeMachineLinkTest, ARequestThatWasHeldBackIsStillHeldBackAfterALoss
     EXPECT_EQ(sentAt + REQUEST_TIME + 2 * WAIT, runUntilSent(now + 4 * WAIT));
     EXPECT_EQ(READ_B, sent);
 }
+
+TEST_F(ExchangeMachineLinkTest, TheFirstRequestOverAnOpenedLinkWaitsForSilence)
+{
+    driver.queue.push_back(frameOf(READ_A, 9));
+    machine.linkOpened(1000);
+    EXPECT_EQ(1000 + SILENCE, runUntilSent(1000 + WAIT));
+}
