@@ -10,8 +10,10 @@ count,1,IW,0,uint16,
 still,1,MW,100,uint16,
 CSV
 
+# What is killed leaves its link behind, and the number of its terminal may go to another program.
 killPlc() {
     killQuietly "$plc"
+    rm -f "$work/plc"
     plc=
 }
 
