@@ -42,13 +42,13 @@ for kind in pty tcp; do
     # A station that is silent does not keep the others from being shown.
     startPlc "$kind" --stations 1-2 --silent 2
     { cat "$work/tags.csv"; echo 'gone,2,MW,0,uint16,'; } >"$work/two.csv"
-    expect 0 host watch --tags "$work/two.csv" --link "$link" --seconds 0.5 --timeout-ms 300
+    expect 0 host watch --tags "$work/two.csv" --link "$link" --seconds 0.5 --timeout-ms 50
     outputHas "^$number  still  MW100 = 0$" \
         "^$number  gone  2:MW0 bad: station 2 does not answer$" '  give-ups [1-9]'
     stopPlc
 
     startPlc "$kind" --exception 1 --exception-code 2
-    expect 0 host watch --tags "$work/tags.csv" --link "$link" --seconds 0.3 --timeout-ms 30000
+    expect 0 host watch --tags "$work/tags.csv" --link "$link" --seconds 0.3 --timeout-ms 5000
     outputHas "^$number  still  MW100 bad: refused by the PLC: illegal address \(exception 2\)$" '  refused [1-9]'
     stopPlc
 done
