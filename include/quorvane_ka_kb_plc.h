@@ -14,10 +14,15 @@
 // The driver owns no port, timer or thread. It asks one request at a time and takes a reply by
 // length and checksum alone: the host makes sure that the bytes answer this very request.
 //
-// Threading. The driver takes no lock around its lists and its cache, so the host serialises all
-// calls, best by making them from one communication thread. The host's mutex is taken only around
-// the recipe flags. The callback runs inside intf_dealRcvFrame and intf_setData, on their thread.
-// It may call intf_getData; it must not call any other function of the driver.
+// Threading. The driver takes no lock around its lists and its cache, so the host serialises the
+// calls, intf_getData included (it adds what it does not find to the cache), best by making them
+// from one communication thread. Only these read nothing but constants, and any thread may call
+// them at any time: intf_getProtocolType, intf_getVersion, intf_getDriverParameter,
+// intf_getDriverPropertyPage, intf_checkAddr, intf_checkAddrValidity, intf_getRegDiscription,
+// intf_getRegListByType, intf_multiCopy. Another thread may raise a recipe flag under the host's
+// mutex, which the driver takes around the flags alone. The callback runs inside intf_dealRcvFrame
+// and intf_setData, on their thread; of the driver's functions it may call intf_getData and those
+// that any thread may call, and no others.
 //
 // Address numbers. A 32-bit integer names an address within an area:
 //

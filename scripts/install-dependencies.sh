@@ -3,7 +3,7 @@
 # usage: scripts/install-dependencies.sh [demo|test|all]
 #   demo   build the driver, the host and the simulated PLC, with Qt 5 (default)
 #   test   and the tests
-#   all    and Qt 6, coverage and the format check
+#   all    and Qt 6, coverage, clang with its checks and fuzzer, cppcheck, valgrind
 # Exit status: 0 all is there, 1 usage, else apt's.
 set -euo pipefail
 
@@ -11,7 +11,8 @@ packages=(g++ cmake ninja-build pkg-config qtbase5-dev libqt5serialport5-dev lib
     libcli11-dev libpcap-dev)
 test_packages=(binutils libgtest-dev librapidcheck-dev python3-pymodbus python3-serial python3-serial-asyncio
     tmux tshark wireshark-common procps)
-all_packages=(qt6-base-dev qt6-serialport-dev gcovr clang-format)
+all_packages=(qt6-base-dev qt6-serialport-dev gcovr clang clang-format clang-tidy libclang-rt-14-dev llvm
+    cppcheck valgrind)
 
 case "${1:-demo}" in
 demo) ;;

@@ -1,0 +1,42 @@
+#!/usr/bin/env bash
+# Runs the unit tests under valgrind's memcheck; builds them into build/memcheck first.
+# usage: scripts/memcheck.sh [GTEST_FILTER]
+#   GTEST_FILTER   which tests (default: all)
+# Exit status: 0 no error and no leak, 1 usage, build failure or a failing test, 2 an error or a
+# leak, which valgrind has printed.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+build=build/memcheck
+most_seconds=300
+error_status=99
+
+[ $# -le 1 ] && [[ ${1:-} != -* ]] || {
+    sed -n '2,7s/^# //p' "$0"
+    exit 1
+}
+filter=${1:-*}
+
+mkdir -p "$build"
+{
+    cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS_DEBUG="-O1 -g" \
+        -DQT_MAJOR=5 -DKAKB_BUILD_TESTS=ON -DKAKB_BUILD_KIT=OFF &&
+        cmake --build "$build" --target unit_tests
+} >"$build/build.log" || {
+    cat "$build/build.log"
+    exit 1
+}
+
+start=$SECONDS
+status=0
+timeout "$most_seconds" valgrind --quiet --leak-check=full --num-callers=25 \
+    --errors-for-leak-kinds=definite,indirect,possible --show-leak-kinds=definite,indirect,possible \
+    --error-exitcode=$error_status \
+    "$build/tests/unit_tests" --gtest_brief=1 --gtest_filter="$filter" || status=$?
+echo "memcheck: $((SECONDS - start)) s"
+case "$status" in
+0) exit 0 ;;
+"$error_status") exit 2 ;;
+124) echo "not done in $most_seconds s" ;;
+esac
+exit 1

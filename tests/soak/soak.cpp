@@ -1,0 +1,131 @@
+// Runs the built driver for millions of exchanges and watches the memory of the process.
+//
+//   soak [--exchanges N] [--driver FILE]
+//
+// --exchanges  how many (default 10000000)
+// --driver     the library to load (default: the one that was built)
+//
+// Prints exchanges, seconds and resident memory at each tenth. Exit status: 0 the memory stayed
+// flat after the first tenth and the cache ended as PLC memory, 1 it did not, 2 usage or no driver.
+
+#include "soakHost.h"
+
+#include <CLI/CLI.hpp>
+
+#include <malloc.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <iostream>
+
+namespace {
+
+enum ExitStatus { FLAT, GROWN, UNUSABLE };
+enum { TENTHS = 10, MOST_GROWTH_KIB = 256, MOST_ALLOCATED_BYTES = 16 * 1024 };
+
+struct Memory
+{
+    long residentKib;
+    long allocatedBytes; ///< pages that the allocator keeps do not blur this one
+};
+
+long residentKib()
+{
+    long total = 0;
+    long resident = 0;
+    std::ifstream("/proc/self/statm") >> total >> resident;
+    return resident * (sysconf(_SC_PAGESIZE) / 1024);
+}
+
+Memory memoryNow()
+{
+    const struct mallinfo2 blocks = mallinfo2();
+    return {residentKib(), long(blocks.uordblks + blocks.hblkhd)};
+}
+
+double secondsSince(std::chrono::steady_clock::time_point start)
+{
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+/// Most that any later tenth had more than the first.
+Memory runTenths(SoakHost& host, long long exchanges)
+{
+    const auto start = std::chrono::steady_clock::now();
+    Memory warm = {0, 0};
+    Memory growth = {0, 0};
+    for (int tenth = 1; tenth <= TENTHS; ++tenth) {
+        for (long long i = 0; i < exchanges / TENTHS; ++i)
+            host.exchange();
+        host.restart();
+        const Memory now = memoryNow();
+        if (tenth == 1) warm = now;
+        growth.residentKib = std::max(growth.residentKib, now.residentKib - warm.residentKib);
+        growth.allocatedBytes =
+            std::max(growth.allocatedBytes, now.allocatedBytes - warm.allocatedBytes);
+        std::printf("%3d %%  %10lld exchanges  %7.1f s  %6ld KiB resident  %8ld bytes allocated\n",
+                    10 * tenth, exchanges / TENTHS * tenth, secondsSince(start), now.residentKib,
+                    now.allocatedBytes);
+        std::fflush(stdout);
+    }
+    return growth;
+}
+
+ExitStatus run(const std::string& driverFile, long long exchanges)
+{
+    const DriverLibrary driver(QString::fromStdString(driverFile));
+    SoakHost host(driver);
+    // What measuring itself loads is loaded before it counts.
+    std::printf("at the start  %6ld KiB resident\n", memoryNow().residentKib);
+    const Memory growth = runTenths(host, exchanges);
+    host.settle();
+    const int wrong = host.wrongUnits();
+    const SoakHost::Figures& figures = host.figures();
+    std::printf("accepted %lld, rejected %lld, given up %lld, writes %lld, one-shot reads %lld, "
+                "transfers %lld, starts %lld\n",
+                figures.accepted, figures.rejected, figures.givenUp, figures.writes,
+                figures.oneShotReads, figures.transfers, figures.starts);
+    std::printf("growth after the first tenth: %ld KiB resident (below %d), %ld bytes allocated "
+                "(below %d); wrong units at the end: %d\n",
+                growth.residentKib, int(MOST_GROWTH_KIB), growth.allocatedBytes,
+                int(MOST_ALLOCATED_BYTES), wrong);
+    const bool flat =
+        growth.residentKib < MOST_GROWTH_KIB && growth.allocatedBytes < MOST_ALLOCATED_BYTES;
+    return flat && wrong == 0 ? FLAT : GROWN;
+}
+
+/// The allocator's cache of a thread counts as allocated and fills over hours; starts the program
+/// again without it.
+void runWithoutAllocatorCache(char** argv)
+{
+    if (std::getenv("GLIBC_TUNABLES") != nullptr) return;
+    setenv("GLIBC_TUNABLES", "glibc.malloc.tcache_count=0", 1);
+    execv("/proc/self/exe", argv);
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    runWithoutAllocatorCache(argv);
+    long long exchanges = 10000000;
+    std::string driverFile = KAKB_DRIVER_FILE;
+    CLI::App app("exchanges of the driver, and the memory that they keep");
+    app.add_option("--exchanges", exchanges, "how many")
+        ->check(CLI::Range(100000LL, 1000000000000LL))
+        ->capture_default_str();
+    app.add_option("--driver", driverFile, "library to load")->capture_default_str();
+    try {
+        app.parse(argc, argv);
+        return run(driverFile, exchanges);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? int(FLAT) : int(UNUSABLE);
+    } catch (const DriverError& error) {
+        std::cerr << error.what() << "\n";
+        return UNUSABLE;
+    }
+}
