@@ -82,24 +82,31 @@ static int packedBytes(int bits)
     return bits > 0 ? (bits - 1) / BYTE_BITS + 1 : bits / BYTE_BITS;
 }
 
+static const FRAME_PRO EMPTY_FRAME;
+
+/// Frames are filled where they lie in the queue, because they are large to copy.
+static FRAME_PRO& queueFrame(const VARIABLE& var)
+{
+    driver.frameQueue.append(EMPTY_FRAME);
+    FRAME_PRO& frame = driver.frameQueue[int(driver.frameQueue.size()) - 1];
+    frame.var = var;
+    return frame;
+}
+
 void handShakeFrame()
 {
-    driver.frameQueue.append(FRAME_PRO());
+    driver.frameQueue.append(EMPTY_FRAME);
 }
 
 void unsendableFrame(const VARIABLE& var)
 {
-    FRAME_PRO frame;
-    frame.var = var;
-    frame.recvLen = UNMATCHABLE_REPLY_BYTES;
-    driver.frameQueue.append(frame);
+    queueFrame(var).recvLen = UNMATCHABLE_REPLY_BYTES;
 }
 
 int getReadFrame(const QList<VARIABLE>& variables)
 {
     if (variables.isEmpty()) return 1;
-    FRAME_PRO frame;
-    frame.var = variables.at(0);
+    FRAME_PRO& frame = queueFrame(variables.at(0));
     const VARIABLE& var = frame.var;
 
     int firstRegister = var.addr;
@@ -120,7 +127,6 @@ int getReadFrame(const QList<VARIABLE>& variables)
         frame.dataStart = READ_DATA_START;
         frame.itemCount = var.count;
     }
-    driver.frameQueue.append(frame);
     return 1;
 }
 
@@ -182,12 +188,10 @@ void getWriteFrame(const VARIABLE& var)
         return;
     }
 
-    FRAME_PRO frame;
-    frame.var = var;
+    FRAME_PRO& frame = queueFrame(var);
     if (var.count == 1)
         putSingleWrite(frame, words);
     else
         putMultipleWrite(frame, words, dataBytes);
     frame.recvLen = var.station != 0 ? WRITE_REPLY_BYTES : 0;
-    driver.frameQueue.append(frame);
 }

@@ -33,38 +33,41 @@ void normaliseKey(AreaRow row, KEY_ADDRESS& key)
     }
 }
 
-static QList<KEY_ADDRESS> keysOfKnownAreas(const QList<KEY_ADDRESS>& keys)
+/// The keys of known areas in register order. The large records are copied this once; merging works
+/// in place.
+static QList<KEY_ADDRESS> orderedKeys(const QList<KEY_ADDRESS>& keys)
 {
-    QList<KEY_ADDRESS> kept;
-    for (int i = 0; i < int(keys.size()); ++i) {
-        const int area = areaIndex(keys.at(i).regName);
+    const std::vector<std::pair<qint32, int>> order = orderByRegAddressWeight<qint32>(keys);
+    QList<KEY_ADDRESS> ordered;
+    for (size_t i = 0; i < order.size(); ++i) {
+        const KEY_ADDRESS& key = keys.at(order[i].second);
+        const int area = areaIndex(key.regName);
         if (area == AREA_COUNT) continue;
-        kept.append(keys.at(i));
-        normaliseKey(areaRow(area), kept[int(kept.size()) - 1]);
+        ordered.append(key);
+        normaliseKey(areaRow(area), ordered[int(ordered.size()) - 1]);
     }
-    return kept;
+    return ordered;
 }
 
 /// Lets each key join the block before it where the rule and the merge limit allow. blockStarts, if
 /// there is one, receives the index of every key but the first that opens a block.
-static QList<KEY_ADDRESS> mergePass(const QList<KEY_ADDRESS>& keys, int rule,
-                                    QList<qint32>* blockStarts)
+static void mergePass(QList<KEY_ADDRESS>& keys, int rule, QList<qint32>* blockStarts)
 {
-    QList<KEY_ADDRESS> blocks;
-    for (int i = 0; i < int(keys.size()); ++i) {
+    int last = 0;
+    for (int i = 1; i < int(keys.size()); ++i) {
         const KEY_ADDRESS& next = keys.at(i);
-        if (i > 0) {
-            KEY_ADDRESS& block = blocks[int(blocks.size()) - 1];
-            const int span = wrapSub(wrapAdd(next.addr, next.count), block.addr);
-            if (judgeAddrMerge(block, next, rule) == 0 && span <= driver.mergeLimit) {
-                block.count = qMax(block.count, span);
-                continue;
-            }
-            if (blockStarts != 0) blockStarts->append(i);
+        KEY_ADDRESS& block = keys[last];
+        const int span = wrapSub(wrapAdd(next.addr, next.count), block.addr);
+        if (judgeAddrMerge(block, next, rule) == 0 && span <= driver.mergeLimit) {
+            block.count = qMax(block.count, span);
+            continue;
         }
-        blocks.append(next);
+        if (blockStarts != 0) blockStarts->append(i);
+        ++last;
+        if (last != i) keys[last] = next;
     }
-    return blocks;
+    while (keys.size() > last + 1)
+        keys.removeLast();
 }
 
 void addrMerge(QList<KEY_ADDRESS>& keys, int mode)
@@ -72,13 +75,12 @@ void addrMerge(QList<KEY_ADDRESS>& keys, int mode)
     if (mode == MERGE_FOR_RECIPE) {
         driver.blockStartIndex.clear();
         driver.blockStartIndex.append(0);
-        keys = mergePass(keys, MERGE_ADJACENT, &driver.blockStartIndex);
+        mergePass(keys, MERGE_ADJACENT, &driver.blockStartIndex);
         return;
     }
-    keys = keysOfKnownAreas(keys);
-    sortByRegAddressWeight<qint32>(keys);
-    keys = mergePass(keys, MERGE_ADJACENT, 0);
-    keys = mergePass(keys, MERGE_WITH_GAP, 0);
+    keys = orderedKeys(keys);
+    mergePass(keys, MERGE_ADJACENT, 0);
+    mergePass(keys, MERGE_WITH_GAP, 0);
 }
 
 int intf_addrMerge(QList<KEY_ADDRESS>& keys)
@@ -98,7 +100,7 @@ int intf_addrMerge(QList<KEY_ADDRESS>& keys)
         VARIABLE var;
         var.varId = MERGED_BLOCK_ID;
         var.station = block.station;
-        var.regName = block.regName;
+        var.regName = sharedName(block.regName);
         var.addr = block.addr;
         var.count = block.count;
         driver.readList.append(var);

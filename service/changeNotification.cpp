@@ -2,7 +2,6 @@
 
 #include "dataAreas.h"
 #include "driverState.h"
-#include "unitValues.h"
 #include "wrapAround.h"
 
 void notifyHost(int context, int station, const QString& name, int addr)
@@ -12,12 +11,13 @@ void notifyHost(int context, int station, const QString& name, int addr)
     driver.valueChangeCallBack(context, station, text, addr);
 }
 
-/// What a report needs of a unit, copied because the callback may make the cache grow.
+/// What a report needs of a unit. The numbers are copied because the callback may make the cache
+/// grow; the name, which is shared with others, is looked up when there is something to report.
 struct REPORTED_UNIT
 {
+    int index;
     int station;
     int address;
-    QString regName;
     quint32 monitorFlags;
     quint32 bitMonitorMask;
 };
@@ -25,13 +25,14 @@ struct REPORTED_UNIT
 static REPORTED_UNIT reportedUnit(int index)
 {
     const _DATA_& unit = driver.dataAreas.at(index);
-    const REPORTED_UNIT reported = {unit.station, unit.address, unit.regName, unit.monitorFlags,
+    const REPORTED_UNIT reported = {index, unit.station, unit.address, unit.monitorFlags,
                                     unit.bitMonitorMask};
     return reported;
 }
 
-static void report(const REPORTED_UNIT& unit, const QString& name, int address)
+static void report(const REPORTED_UNIT& unit, const char* suffix, int address)
 {
+    const QString name = driver.dataAreas.at(unit.index).regName + QLatin1String(suffix);
     notifyHost(driver.callbackContext, unit.station, name, address);
 }
 
@@ -40,17 +41,19 @@ static bool isMonitored(const REPORTED_UNIT& unit, int mark)
     return (unit.monitorFlags >> mark & 1u) != 0;
 }
 
-static void reportUnit(const REPORTED_UNIT& unit, const QString& name)
+static void reportUnit(const REPORTED_UNIT& unit)
 {
-    if (isMonitored(unit, MONITOR_UNIT)) report(unit, name, unit.address);
+    if (isMonitored(unit, MONITOR_UNIT))
+        notifyHost(driver.callbackContext, unit.station, driver.dataAreas.at(unit.index).regName,
+                   unit.address);
 }
 
 static void reportBits(const REPORTED_UNIT& unit, int bits, bool compare, quint32 changed)
 {
-    for (int b = 0; b < bits; ++b) {
+    for (int b = 0; b < bits && unit.bitMonitorMask >> b != 0; ++b) {
         if ((unit.bitMonitorMask >> b & 1u) == 0) continue;
         if (compare && (changed >> b & 1u) == 0) continue;
-        report(unit, unit.regName + QLatin1String("_bit"), wrapAdd(wrapMul(unit.address, bits), b));
+        report(unit, "_bit", wrapAdd(wrapMul(unit.address, bits), b));
     }
 }
 
@@ -61,15 +64,19 @@ static void reportValuesAround(const REPORTED_UNIT& unit, int firstMark, int uni
 {
     for (int u = 0; u < units; ++u) {
         if (unit.address < u) return;
-        if (isMonitored(unit, firstMark + u))
-            report(unit, unit.regName + QLatin1String(suffix), unit.address - u);
+        if (isMonitored(unit, firstMark + u)) report(unit, suffix, unit.address - u);
     }
+}
+
+/// A variable of its own and no part of others, as all are on this device.
+static bool isPlainVariable(const _DATA_& unit)
+{
+    return unit.monitorFlags == 1u << MONITOR_UNIT && unit.bitMonitorMask == 0;
 }
 
 void _bitDataChange(int index)
 {
-    const REPORTED_UNIT unit = reportedUnit(index);
-    reportUnit(unit, unit.regName);
+    reportUnit(reportedUnit(index));
 }
 
 void _byteDataChange(const unsigned char* oldValue, const unsigned char* newValue, int index,
@@ -79,7 +86,7 @@ void _byteDataChange(const unsigned char* oldValue, const unsigned char* newValu
     const bool compare = oldValue != 0 && newValue != 0;
     const quint32 changed = compare ? quint32(*oldValue ^ *newValue) : 0u;
     if (skipBits == 0) reportBits(unit, 8, compare, changed);
-    reportUnit(unit, unit.regName + QLatin1String("_B"));
+    if (isMonitored(unit, MONITOR_UNIT)) report(unit, "_B", unit.address);
     reportValuesAround(unit, MONITOR_PAIR_FIRST, 2, "_W");
     reportValuesAround(unit, MONITOR_QUAD_FIRST, 4, "_D");
 }
@@ -91,10 +98,15 @@ static quint32 changedBits(const int* oldValue, const int* newValue)
 
 void _wordDataChange(const int* oldValue, const int* newValue, int index, int skipBits)
 {
+    // Spares every changed word the tests below.
+    const _DATA_& word = driver.dataAreas.at(index);
+    if (isPlainVariable(word))
+        return notifyHost(driver.callbackContext, word.station, word.regName, word.address);
+
     const REPORTED_UNIT unit = reportedUnit(index);
     const bool compare = oldValue != 0 && newValue != 0;
     if (skipBits == 0) reportBits(unit, 16, compare, changedBits(oldValue, newValue));
-    reportUnit(unit, unit.regName);
+    reportUnit(unit);
     reportValuesAround(unit, MONITOR_PAIR_FIRST, 2, "_D");
 }
 
@@ -103,19 +115,5 @@ void _dwordDataChange(const int* oldValue, const int* newValue, int index, int s
     const REPORTED_UNIT unit = reportedUnit(index);
     const bool compare = oldValue != 0 && newValue != 0;
     if (skipBits == 0) reportBits(unit, 32, compare, changedBits(oldValue, newValue));
-    reportUnit(unit, unit.regName);
-}
-
-void unitDataChange(int bytes, const unsigned char* oldValue, const unsigned char* newValue,
-                    int index)
-{
-    if (bytes == 1) return _byteDataChange(oldValue, newValue, index, 0);
-    if (bytes == 2) {
-        const int before = uchar2int16(oldValue[0], oldValue[1]);
-        const int after = uchar2int16(newValue[0], newValue[1]);
-        return _wordDataChange(&before, &after, index, 0);
-    }
-    const int before = uchar2int32(oldValue[0], oldValue[1], oldValue[2], oldValue[3]);
-    const int after = uchar2int32(newValue[0], newValue[1], newValue[2], newValue[3]);
-    _dwordDataChange(&before, &after, index, 0);
+    reportUnit(unit);
 }

@@ -1,6 +1,8 @@
 #ifndef CHANGE_NOTIFICATION_H
 #define CHANGE_NOTIFICATION_H
 
+#include "unitValues.h"
+
 #include <QString>
 
 // Tell the host which of its variables changed when a cached unit gets a new value. The caller has
@@ -21,7 +23,18 @@ void _wordDataChange(const int* oldValue, const int* newValue, int index, int sk
 void _dwordDataChange(const int* oldValue, const int* newValue, int index, int skipBits);
 
 /// The change function for a unit of `bytes` bytes (1, 2 or 4), values low byte first.
-void unitDataChange(int bytes, const unsigned char* oldValue, const unsigned char* newValue,
-                    int index);
+inline void unitDataChange(int bytes, const unsigned char* oldValue, const unsigned char* newValue,
+                           int index)
+{
+    if (bytes == 1) return _byteDataChange(oldValue, newValue, index, 0);
+    if (bytes == 2) {
+        const int before = uchar2int16(oldValue[0], oldValue[1]);
+        const int after = uchar2int16(newValue[0], newValue[1]);
+        return _wordDataChange(&before, &after, index, 0);
+    }
+    const int before = uchar2int32(oldValue[0], oldValue[1], oldValue[2], oldValue[3]);
+    const int after = uchar2int32(newValue[0], newValue[1], newValue[2], newValue[3]);
+    _dwordDataChange(&before, &after, index, 0);
+}
 
 #endif

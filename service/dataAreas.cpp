@@ -6,12 +6,6 @@
 #include "variableName.h"
 #include "wrapAround.h"
 
-/// Integers first: they tell most units apart without looking at the text.
-static bool hasKey(const _DATA_& unit, int station, const QString& regName, int address)
-{
-    return unit.address == address && unit.station == station && unit.regName == regName;
-}
-
 int getIndexOfDataArea(int station, const QString& regName, int address, QList<_DATA_>& list)
 {
     const QList<_DATA_>& units = list;
@@ -21,18 +15,10 @@ int getIndexOfDataArea(int station, const QString& regName, int address, QList<_
     }
     _DATA_ unit;
     unit.station = station;
-    unit.regName = regName;
+    unit.regName = sharedName(regName);
     unit.address = address;
     list.append(unit);
     return size;
-}
-
-int getIndexOfDataAreaAfter(int previous, int station, const QString& regName, int address,
-                            QList<_DATA_>& list)
-{
-    const int next = previous + 1;
-    if (next < int(list.size()) && hasKey(list.at(next), station, regName, address)) return next;
-    return getIndexOfDataArea(station, regName, address, list);
 }
 
 const quint8* shownImage(const _DATA_& unit)

@@ -17,13 +17,26 @@ enum MonitorBit {
     MONITOR_QUAD_FIRST = 3  ///< byte 0 of a four-byte value; the next bits are bytes 1 to 3
 };
 
+/// Integers first: they tell most units apart without looking at the text, and most texts share
+/// their characters with the table's.
+inline bool hasKey(const _DATA_& unit, int station, const QString& regName, int address)
+{
+    return unit.address == address && unit.station == station &&
+           (unit.regName.isSharedWith(regName) || unit.regName == regName);
+}
+
 /// Index of the unit with this key, appended with all else zero when it is missing.
 int getIndexOfDataArea(int station, const QString& regName, int address, QList<_DATA_>& list);
 
 /// The same for a caller that walks neighbouring units: tries the unit behind `previous` (-1: none)
 /// before it searches. Keys are unique, so a match there is the answer.
-int getIndexOfDataAreaAfter(int previous, int station, const QString& regName, int address,
-                            QList<_DATA_>& list);
+inline int getIndexOfDataAreaAfter(int previous, int station, const QString& regName, int address,
+                                   QList<_DATA_>& list)
+{
+    const int next = previous + 1;
+    if (next < int(list.size()) && hasKey(list.at(next), station, regName, address)) return next;
+    return getIndexOfDataArea(station, regName, address, list);
+}
 
 /// Marks the units of one variable that the host wants reported.
 void _setDataAreaMonitorFlag(int station, const QString& regName, int startAddress, int count);

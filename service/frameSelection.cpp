@@ -27,8 +27,13 @@ static RECIPE_REQUESTS readRecipeFlags()
 
 static void buildReadFrame()
 {
-    driver.curReadList.clear();
-    driver.curReadList.append(driver.curVar);
+    // The one place of the list is used again, not freed and made anew for every read.
+    while (driver.curReadList.size() > 1)
+        driver.curReadList.removeLast();
+    if (driver.curReadList.isEmpty())
+        driver.curReadList.append(driver.curVar);
+    else
+        driver.curReadList[0] = driver.curVar;
     driver.varsInFrame = 1;
     const int variables = getReadFrame(driver.curReadList);
     if (driver.frameKind == FRAME_RECIPE_UPLOAD) driver.varsInFrame = variables;

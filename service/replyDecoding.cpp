@@ -14,7 +14,7 @@ enum { GROUP_BITS = 16, BYTE_BITS = 8 };
 
 quint8 replyByte(const QByteArray& reply, qint64 at)
 {
-    return at >= 0 && at < reply.size() ? quint8(reply.at(int(at))) : quint8(0);
+    return quint64(at) < quint64(reply.size()) ? quint8(reply.at(int(at))) : quint8(0);
 }
 
 /// A read that brings a changed value ends the pending state of a write, unless bits of the unit
@@ -25,32 +25,42 @@ static void clearPending(_DATA_& unit)
     unit.writePending = 0;
 }
 
-/// Reports before it stores: inside the callback the host still reads the old value.
-static void storeFreshUnit(int index, int bytes, const quint8* fresh)
+/// Byte by byte: compared as a whole, the bytes would have to be in memory first.
+template <int BYTES> static bool isSameImage(const quint8* image, const quint8* fresh)
 {
-    _DATA_& unit = driver.dataAreas[index];
-    if (std::memcmp(unit.readImage, fresh, size_t(bytes)) == 0) return;
-    clearPending(unit);
-    unitDataChange(bytes, unit.readImage, fresh, index);
-    std::memcpy(driver.dataAreas[index].readImage, fresh, size_t(bytes));
+    for (int k = 0; k < BYTES; ++k) {
+        if (image[k] != fresh[k]) return false;
+    }
+    return true;
 }
 
-static void decodeUnits(const QByteArray& reply, int count, int dataStart, const VARIABLE& var,
-                        int bytes)
+/// Reports before it stores: inside the callback the host still reads the old value.
+template <int BYTES> static void storeFreshUnit(int index, const quint8* fresh)
 {
-    const QString area = areaPart(var.regName);
+    if (isSameImage<BYTES>(driver.dataAreas.at(index).readImage, fresh)) return;
+    _DATA_& unit = driver.dataAreas[index];
+    clearPending(unit);
+    unitDataChange(BYTES, unit.readImage, fresh, index);
+    std::memcpy(driver.dataAreas[index].readImage, fresh, BYTES);
+}
+
+/// A template, so that the width is a constant where every unit of every reply passes.
+template <int BYTES>
+static void decodeUnits(const QByteArray& reply, int count, int dataStart, const VARIABLE& var)
+{
+    const QString area = sharedName(areaPart(var.regName));
     const int station = var.station;
     const int start = var.addr;
     int index = -1;
     for (int i = 0; i < count; ++i) {
-        const qint64 p = qint64(dataStart) + qint64(i) * bytes;
-        quint8 fresh[IMAGE_BYTES];
-        for (int k = 0; k < bytes; ++k)
+        const qint64 p = qint64(dataStart) + qint64(i) * BYTES;
+        quint8 fresh[BYTES];
+        for (int k = 0; k < BYTES; ++k)
             fresh[k] = replyByte(reply, p + k);
         // Only words are turned round; wider units are taken in the order of the wire.
-        if (bytes == 2) std::swap(fresh[0], fresh[1]);
+        if (BYTES == 2) std::swap(fresh[0], fresh[BYTES - 1]);
         index = getIndexOfDataAreaAfter(index, station, area, wrapAdd(start, i), driver.dataAreas);
-        storeFreshUnit(index, bytes, fresh);
+        storeFreshUnit<BYTES>(index, fresh);
     }
 }
 
@@ -74,7 +84,7 @@ static void storeFreshBit(int index, quint8 fresh)
 /// those behind run backwards over the reply's head, and from the 48th on read as 0.
 static void decodeBits(const QByteArray& reply, int count, int dataStart, const VARIABLE& var)
 {
-    const QString regName = var.regName;
+    const QString regName = sharedName(var.regName);
     const int station = var.station;
     const int start = groupStart(regName, var.addr);
     int index = -1;
@@ -95,13 +105,13 @@ void decodeReplyInRow(AreaRow row, const QByteArray& reply, int count, int dataS
         decodeBits(reply, count, dataStart, var);
         break;
     case 8:
-        decodeUnits(reply, count, dataStart, var, 1);
+        decodeUnits<1>(reply, count, dataStart, var);
         break;
     case 16:
-        decodeUnits(reply, count, dataStart, var, 2);
+        decodeUnits<2>(reply, count, dataStart, var);
         break;
     case 32:
-        decodeUnits(reply, count, dataStart, var, 4);
+        decodeUnits<4>(reply, count, dataStart, var);
         break;
     default:
         return;

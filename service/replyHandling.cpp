@@ -42,7 +42,9 @@ static void finishConditionalRead()
 /// A block that fails is rotated too, so that it does not hold up the others.
 static void finishCyclicRead()
 {
-    if (driver.readList.size() >= 2) driver.readList.append(driver.readList.takeFirst());
+    if (driver.readList.size() < 2) return;
+    driver.readList.append(driver.readList.at(0));
+    driver.readList.removeFirst();
 }
 
 static void finishRecipeBlock(RecipeFlag flag)

@@ -54,6 +54,12 @@ AreaRow areaRow(const QString& regName)
     return areaRow(areaIndex(regName));
 }
 
+QString sharedName(const QString& name)
+{
+    const int index = areaIndex(name);
+    return index < AREA_COUNT ? REG_LIST[index] : name;
+}
+
 const QString& areaName(int index)
 {
     return REG_LIST[index];
