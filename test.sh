@@ -1,27 +1,36 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds, and runs the tests.
-# usage: ./test.sh [--qt6 | --sanitize | --threads | --coverage | --format | --all]
+# usage: ./test.sh [--qt6 | --sanitize | --threads | --coverage | --memory | --fuzz | --static | --all]
 #   (none)       with Qt 5
 #   --qt6        with Qt 6
 #   --sanitize   with the address and undefined-behaviour sanitizers
 #   --threads    what runs on several threads, with the thread sanitizer
 #   --coverage   the driver with line and branch counts; fails below 100 % of lines or 95 % of branches
-#   --format     only checks the sources' format
+#   --memory     the driver's unit tests under valgrind's memcheck
+#   --fuzz       each fuzz target for a minute, with sanitizers
+#   --static     clang-format, clang-tidy and cppcheck
 #   --all        all of these
 # Exit status: 0 all passed, 1 usage or a failure.
 set -euo pipefail
 cd "$(dirname "$0")"
 
+FUZZ_SECONDS=60
+
 run_tests() {
     echo "== $1 =="
+    local began=$SECONDS
     cmake --preset "$1" -DKAKB_BUILD_TESTS=ON
     cmake --build --preset "$1"
+    local built=$SECONDS
     ctest --preset "$1"
+    echo "$1: built in $((built - began)) s, tested in $((SECONDS - built)) s"
 }
 
-check_format() {
-    echo "== format =="
-    git ls-files '*.h' '*.cpp' | xargs clang-format --dry-run -Werror
+run_script() {
+    echo "== $* =="
+    local began=$SECONDS
+    "scripts/$@"
+    echo "$1: $((SECONDS - began)) s"
 }
 
 run_coverage() {
@@ -55,21 +64,34 @@ case "${1:-}" in
     scripts/install-dependencies.sh all
     run_coverage
     ;;
---format)
+--memory)
     scripts/install-dependencies.sh all
-    check_format
+    run_script memcheck.sh
+    ;;
+--fuzz)
+    scripts/install-dependencies.sh all
+    run_script fuzz.sh all "$FUZZ_SECONDS"
+    ;;
+--static)
+    scripts/install-dependencies.sh all
+    run_script static-checks.sh
     ;;
 --all)
     scripts/install-dependencies.sh all
-    check_format
+    run_script static-checks.sh
     run_coverage
+    # The fuzzers take their time whatever else runs.
+    run_script memcheck.sh &
+    memcheck=$!
+    run_script fuzz.sh all "$FUZZ_SECONDS"
+    wait "$memcheck"
     run_tests sanitize
     run_tests threads
     run_tests qt6
     run_tests qt5
     ;;
 *)
-    sed -n '2,12s/^# //p' "$0"
+    sed -n '2,14s/^# //p' "$0"
     exit 1
     ;;
 esac

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Runs the unit tests under valgrind's memcheck; builds them into build/memcheck first.
+# Runs the unit tests under valgrind's memcheck, built without optimisation by the preset coverage.
 # usage: scripts/memcheck.sh [GTEST_FILTER]
 #   GTEST_FILTER   which tests (default: all)
 # Exit status: 0 no error and no leak, 1 usage, build failure or a failing test, 2 an error or a
@@ -7,7 +7,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-build=build/memcheck
+build=build/coverage
 most_seconds=300
 error_status=99
 
@@ -19,11 +19,10 @@ filter=${1:-*}
 
 mkdir -p "$build"
 {
-    cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS_DEBUG="-O1 -g" \
-        -DQT_MAJOR=5 -DKAKB_BUILD_TESTS=ON -DKAKB_BUILD_KIT=OFF &&
-        cmake --build "$build" --target unit_tests
-} >"$build/build.log" || {
-    cat "$build/build.log"
+    cmake --preset coverage -DKAKB_BUILD_TESTS=ON &&
+        cmake --build --preset coverage --target unit_tests
+} >"$build/memcheck.log" || {
+    cat "$build/memcheck.log"
     exit 1
 }
 

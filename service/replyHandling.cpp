@@ -110,18 +110,13 @@ int intf_dealRcvFrame(QByteArray& reply, QString& errorText)
 
     const int length = int(reply.size());
     const unsigned char* bytes = reinterpret_cast<const unsigned char*>(reply.constData());
-    switch (check_rcv_data(bytes, driver.curReadList, length)) {
-    case REPLY_TO_READ:
-        driver.commFailed = 0;
+    const int kind = check_rcv_data(bytes, driver.curReadList, length);
+    if (kind == REPLY_REJECTED) return rejectReply(length, errorText);
+    driver.commFailed = 0;
+    if (kind == REPLY_TO_READ)
         dealReadFrameReturnSaveData(reply);
-        break;
-    case REPLY_TO_WRITE:
+    else
         completeWrite(driver.frameQueue.at(0).var, 1);
-        driver.commFailed = 0;
-        break;
-    default:
-        return rejectReply(length, errorText);
-    }
     driver.frameQueue.removeFirst();
     if (driver.frameQueue.isEmpty()) dealListWhenFinish();
     driver.failCount = 0;

@@ -114,7 +114,7 @@ Bytes PlcModel::obey(Station& station, const Bytes& request)
         return echo(request);
     case 16:
         for (int i = 0; i < field; ++i)
-            station.holding.at(static_cast<size_t>(first + i)) =
+            station.holding.at(static_cast<size_t>(first) + static_cast<size_t>(i)) =
                 static_cast<std::uint16_t>(wordAt(request, 7 + 2 * static_cast<size_t>(i)));
         return echo(request);
     default:

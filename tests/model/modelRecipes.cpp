@@ -108,7 +108,7 @@ void Recipes::spreadRecord(const Key& record, int position, const Bytes& data, B
 {
     for (int k = 0; k < record.count; ++k) {
         const size_t source = 2 * static_cast<size_t>(position + k);
-        const auto word = static_cast<size_t>(record.offset + k);
+        const auto word = static_cast<size_t>(record.offset) + static_cast<size_t>(k);
         const bool inside = source + 1 < data.size();
         reach(inside ? Branch::UPLOAD_WORD_STORED : Branch::UPLOAD_WORD_BEYOND_REPLY);
         buffer[2 * word] = inside ? data[source + 1] : 0;

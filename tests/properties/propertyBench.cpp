@@ -118,7 +118,7 @@ KEY_ADDRESS PropertyBench::key(int station, const QString& area, int addr, int c
     return made;
 }
 
-int PropertyBench::poll(std::vector<KEY_ADDRESS> keys)
+int PropertyBench::poll(const std::vector<KEY_ADDRESS>& keys)
 {
     QList<KEY_ADDRESS> list;
     for (const KEY_ADDRESS& one : keys)

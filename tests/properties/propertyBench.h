@@ -40,7 +40,7 @@ public:
     PropertyBench& operator=(const PropertyBench&) = delete;
 
     static KEY_ADDRESS key(int station, const QString& area, int addr, int count);
-    int poll(std::vector<KEY_ADDRESS> keys);
+    int poll(const std::vector<KEY_ADDRESS>& keys);
 
     /// One element, whose two value bytes are the low ones of `value`.
     void write(int station, const char* area, int addr, int value, int varId);

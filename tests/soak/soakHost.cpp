@@ -230,7 +230,7 @@ int SoakHost::wrongUnits() const
             m_driver.getData(station, QLatin1String(polled.area), polled.addr, polled.count,
                              values.data());
             for (int i = 0; i < polled.count; ++i) {
-                const size_t at = size_t(bytes * i);
+                const size_t at = size_t(bytes) * size_t(i);
                 const int shown = values[at] + (bytes == 2 ? values[at + 1] * 256 : 0);
                 if (shown != m_plc.element(station, polled.area, polled.addr + i)) ++wrong;
             }

@@ -103,6 +103,15 @@ TEST_F(BitNotification, WithoutValuesOnlyMonitoredBitsAreReported)
     EXPECT_EQ(Notifications({told("V_bit", 33), told("V", 2)}), takeNotifications());
 }
 
+TEST_F(BitNotification, AWordThatIsAVariableTooIsReportedAfterItsBits)
+{
+    putV(5, 1, 0x0001);
+    EXPECT_EQ(Notifications({told("V_bit", 80), told("V", 5)}), wordChange(0, 1));
+    putV(5, 1, 0xFFFFFFFFu);
+    EXPECT_EQ(Notifications({told("V_bit", 80), told("V_bit", 95), told("V", 5)}),
+              wordChange(0, 0x8001));
+}
+
 TEST_F(BitNotification, SkippingBitsSuppressesBitReportsAndNoOthers)
 {
     putV(8, 0x7F, 0xFFFFFFFFu);

@@ -2,6 +2,7 @@
 #include "cacheHelpers.h"
 
 #include <functional>
+#include <utility>
 
 namespace {
 
@@ -34,7 +35,7 @@ protected:
 
     void tellTo(std::function<void()> action)
     {
-        whenTold = action;
+        whenTold = std::move(action);
         intf_setAddrValueChangeCallBack(runWhenTold);
     }
 

@@ -12,12 +12,12 @@ namespace {
 
 struct ReadRow
 {
-    int station;
     const char* area;
+    int station;
     int addr;
     int count;
-    const char* request;
     int replyBytes;
+    const char* request;
 };
 
 FRAME_PRO requestFor(const VARIABLE& wanted)
@@ -53,13 +53,13 @@ TEST_F(ReadFrames, WordsAreReadByTheirOwnNumberAndCount)
     const ReadRow rows[] = {
         // MODBUS Application Protocol V1.1b3, 6.3 and 6.4, for station 17 and closed by pymodbus
         // 3.0's RTU framer; the others by that framer
-        {17, "QW", 107, 3, "11 03 00 6B 00 03 76 87", 11},
-        {17, "IW", 8, 1, "11 04 00 08 00 01 B2 98", 7},
-        {1, "MW", 3000, 1, "01 03 0B B8 00 01 06 0B", 7},
-        {247, "MW", 7095, 125, "F7 03 1B B7 00 7D 27 BF", 255},
-        {3, "QW", 255, 2, "03 03 00 FF 00 02 F5 D9", 9},
-        {2, "IW", 255, 4, "02 04 00 FF 00 04 C1 CA", 13},
-        {1, "QW", 65535, 1, "01 03 FF FF 00 01 84 2E", 7},
+        {"QW", 17, 107, 3, 11, "11 03 00 6B 00 03 76 87"},
+        {"IW", 17, 8, 1, 7, "11 04 00 08 00 01 B2 98"},
+        {"MW", 1, 3000, 1, 7, "01 03 0B B8 00 01 06 0B"},
+        {"MW", 247, 7095, 125, 255, "F7 03 1B B7 00 7D 27 BF"},
+        {"QW", 3, 255, 2, 9, "03 03 00 FF 00 02 F5 D9"},
+        {"IW", 2, 255, 4, 13, "02 04 00 FF 00 04 C1 CA"},
+        {"QW", 1, 65535, 1, 7, "01 03 FF FF 00 01 84 2E"},
     };
     for (const ReadRow& row : rows)
         expectRead(row);
@@ -69,12 +69,12 @@ TEST_F(ReadFrames, BitsAreReadAsTheRegistersThatHoldThem)
 {
     const ReadRow rows[] = {
         // pymodbus 3.0's RTU framer: functions 3 and 4 with the registers worked out by hand
-        {5, "MX", 3020, 20, "05 03 0B B9 00 02 16 4E", 9},
-        {1, "QX", 15, 2, "01 03 00 00 00 02 C4 0B", 9},
-        {1, "QX", 0, 16, "01 03 00 00 00 01 84 0A", 7},
-        {9, "QX", 16, 17, "09 03 00 01 00 02 94 83", 9},
-        {1, "IX", 3, 1, "01 04 00 00 00 01 31 CA", 7},
-        {8, "IX", 4095, 1, "08 04 00 FF 00 01 01 63", 7},
+        {"MX", 5, 3020, 20, 9, "05 03 0B B9 00 02 16 4E"},
+        {"QX", 1, 15, 2, 9, "01 03 00 00 00 02 C4 0B"},
+        {"QX", 1, 0, 16, 7, "01 03 00 00 00 01 84 0A"},
+        {"QX", 9, 16, 17, 9, "09 03 00 01 00 02 94 83"},
+        {"IX", 1, 3, 1, 7, "01 04 00 00 00 01 31 CA"},
+        {"IX", 8, 4095, 1, 7, "08 04 00 FF 00 01 01 63"},
     };
     for (const ReadRow& row : rows)
         expectRead(row);
@@ -91,7 +91,7 @@ TEST_F(ReadFrames, FunctionIsFourForInputsAndThreeForAllElse)
 TEST_F(ReadFrames, BitBelowTheMarkerBaseIsTruncatedTowardZero)
 {
     // (2990 - 3000) / 16 = 0 and remainder -10; (-10 + 4) / 16 = 0 and not whole: one register
-    expectRead({5, "MX", 2990, 4, "05 03 0B B8 00 01 07 8F", 7}); // pymodbus 3.0's RTU framer
+    expectRead({"MX", 5, 2990, 4, 7, "05 03 0B B8 00 01 07 8F"}); // pymodbus 3.0's RTU framer
 }
 
 TEST_F(ReadFrames, RegistersOfBitsAreCountedByTruncatingDivision)
@@ -112,9 +112,9 @@ TEST_F(ReadFrames, RegistersOfBitsAreCountedByTruncatingDivision)
 
 TEST_F(ReadFrames, UnknownAreaIsReadAsBitsWithoutABase)
 {
-    expectRead({1, "XX", 20, 16, hex(withChecksum({1, 3, 0, 1, 0, 2})).c_str(), 9});
-    expectRead({1, "", 3020, 16, hex(withChecksum({1, 3, 0, 188, 0, 2})).c_str(), 9});
-    expectRead({1, "mw", 32, 1, hex(withChecksum({1, 3, 0, 2, 0, 1})).c_str(), 7});
+    expectRead({"XX", 1, 20, 16, 9, hex(withChecksum({1, 3, 0, 1, 0, 2})).c_str()});
+    expectRead({"", 1, 3020, 16, 9, hex(withChecksum({1, 3, 0, 188, 0, 2})).c_str()});
+    expectRead({"mw", 1, 32, 1, 7, hex(withChecksum({1, 3, 0, 2, 0, 1})).c_str()});
 }
 
 TEST_F(ReadFrames, BroadcastIsBuiltNormallyAndExpectsNoReply)
@@ -146,21 +146,21 @@ TEST_F(ReadFrames, StationWhoseLowByteIsZeroStillExpectsAReply)
 
 TEST_F(ReadFrames, AddressAndCountAreCutToTwoBytes)
 {
-    expectRead({1, "QW", 65536 + 0x1234, 65536 + 2,
-                hex(withChecksum({1, 3, 0x12, 0x34, 0, 2})).c_str(), 2 * (65536 + 2) + 5});
-    expectRead({1, "QW", -1, 1, "01 03 FF FF 00 01 84 2E", 7});
+    expectRead({"QW", 1, 65536 + 0x1234, 65536 + 2, 2 * (65536 + 2) + 5,
+                hex(withChecksum({1, 3, 0x12, 0x34, 0, 2})).c_str()});
+    expectRead({"QW", 1, -1, 1, 7, "01 03 FF FF 00 01 84 2E"});
 }
 
 TEST_F(ReadFrames, CountZeroAsksForNothing)
 {
-    expectRead({1, "MW", 3000, 0, hex(withChecksum({1, 3, 0x0B, 0xB8, 0, 0})).c_str(), 5});
-    expectRead({1, "QX", 16, 0, hex(withChecksum({1, 3, 0, 1, 0, 0})).c_str(), 5});
-    expectRead({1, "QX", 20, 0, hex(withChecksum({1, 3, 0, 1, 0, 1})).c_str(), 7});
+    expectRead({"MW", 1, 3000, 0, 5, hex(withChecksum({1, 3, 0x0B, 0xB8, 0, 0})).c_str()});
+    expectRead({"QX", 1, 16, 0, 5, hex(withChecksum({1, 3, 0, 1, 0, 0})).c_str()});
+    expectRead({"QX", 1, 20, 0, 7, hex(withChecksum({1, 3, 0, 1, 0, 1})).c_str()});
 }
 
 TEST_F(ReadFrames, CountBelowZeroIsSentAsItIs)
 {
-    expectRead({1, "QW", 0, -1, hex(withChecksum({1, 3, 0, 0, 0xFF, 0xFF})).c_str(), 3});
+    expectRead({"QW", 1, 0, -1, 3, hex(withChecksum({1, 3, 0, 0, 0xFF, 0xFF})).c_str()});
 }
 
 TEST_F(ReadFrames, HugeAddressesAndCountsWrapAround)

@@ -32,7 +32,7 @@ protected:
     /// Expects `values` in the buffer from word `word` on, low byte first.
     void expectWords(int word, std::initializer_list<int> values)
     {
-        size_t at = size_t(GUARD + 2 * word);
+        size_t at = size_t(GUARD) + 2 * size_t(word);
         for (int value : values) {
             expected[at++] = static_cast<unsigned char>(value & 0xFF);
             expected[at++] = static_cast<unsigned char>(value >> 8);

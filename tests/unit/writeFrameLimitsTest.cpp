@@ -44,7 +44,7 @@ VARIABLE everyThirdBit(int count)
 std::string ends(const FRAME_PRO& frame, int first, int last)
 {
     const std::string all = hex(frame);
-    return all.substr(0, size_t(3 * first)) + "… " + all.substr(all.size() - size_t(3 * last - 1));
+    return all.substr(0, 3 * size_t(first)) + "… " + all.substr(all.size() + 1 - 3 * size_t(last));
 }
 
 void expectUnsendable(const FRAME_PRO& frame)

@@ -1,0 +1,189 @@
+"""The mutation run; scripts/mutate.sh says how to use it."""
+
+import argparse
+import queue
+import random
+import sys
+import time
+from concurrent.futures import ThreadPoolExecutor
+from pathlib import Path
+
+from equivalentList import ListError, check_entries, read_equivalents
+from mutants import mutants_of
+from unitTestBuild import BaseBuild, BuildError, Workshop
+
+ROOT = Path(__file__).resolve().parents[2]
+WORK = ROOT / "build" / "mutate"
+RESULTS = WORK / "results.tsv"
+EQUIVALENTS = ROOT / "tests" / "mutants" / "equivalent.txt"
+PROGRESS_STEP = 100
+
+USAGE_ERROR, BUILD_FAILED, TOO_FEW_KILLED, LIST_WRONG = 1, 2, 3, 4
+
+
+class Arguments(argparse.ArgumentParser):
+    def error(self, message):
+        self.print_usage(sys.stderr)
+        print(f"mutate.sh: {message}", file=sys.stderr)
+        sys.exit(USAGE_ERROR)
+
+
+def between(least, most):
+    def number(text):
+        if not text.isdigit() or not least <= int(text) <= most:
+            raise argparse.ArgumentTypeError(f"{text} is not a number from {least} to {most}")
+        return int(text)
+
+    return number
+
+
+def read_arguments():
+    parser = Arguments(prog="mutate.sh")
+    parser.add_argument("--list", action="store_true")
+    parser.add_argument("--file", action="append", default=[])
+    parser.add_argument("--again", action="store_true")
+    parser.add_argument("--sample", type=between(1, 10**9))
+    parser.add_argument("--seed", type=between(0, 10**9), default=1)
+    parser.add_argument("--workers", type=between(1, 64), default=2)
+    parser.add_argument("--timeout", type=between(1, 600), default=4)
+    parser.add_argument("--least", type=between(0, 100), default=95)
+    arguments = parser.parse_args()
+    known = driver_files()
+    for file in arguments.file:
+        if file not in known:
+            parser.error(f"{file} is no file of the driver")
+    return arguments
+
+
+def driver_files():
+    """Sources first, as a header's mutant takes much longer."""
+    found = []
+    for pattern in ("device/*.cpp", "service/*.cpp", "device/*.h", "service/*.h", "include/*.h"):
+        found += sorted(str(path.relative_to(ROOT)) for path in ROOT.glob(pattern))
+    return found
+
+
+def chosen_mutants(mutants, arguments):
+    if arguments.file:
+        mutants = [mutant for mutant in mutants if mutant.file in arguments.file]
+    if arguments.again:
+        survivors = last_survivors()
+        mutants = [mutant for mutant in mutants if mutant.key() in survivors]
+    if arguments.sample and arguments.sample < len(mutants):
+        places = random.Random(arguments.seed).sample(range(len(mutants)), arguments.sample)
+        mutants = [mutants[place] for place in sorted(places)]
+    return mutants
+
+
+def last_survivors():
+    survivors = set()
+    if RESULTS.exists():
+        for line in RESULTS.read_text().splitlines():
+            status, _, place, function, before, after, _ = line.split("\t")
+            if status == "survived":
+                survivors.add((place.split(":")[0], function, before, after))
+    return survivors
+
+
+def describe(mutant):
+    function = f" {mutant.function}" if mutant.function else ""
+    return f"{mutant.file}:{mutant.line}:{function}\n- {mutant.before}\n+ {mutant.after}"
+
+
+def run_all(mutants, base, arguments, reasons):
+    """The results in the order of the mutants; results.tsv grows along."""
+    free = queue.Queue()
+    for number in range(arguments.workers):
+        free.put(Workshop(base, number, arguments.timeout))
+
+    def result_of(mutant):
+        workshop = free.get()
+        try:
+            return workshop.result_of(mutant)
+        finally:
+            free.put(workshop)
+
+    results = []
+    with ThreadPoolExecutor(arguments.workers) as pool, open(RESULTS, "w") as out:
+        for mutant, result in zip(mutants, pool.map(result_of, mutants)):
+            results.append(result)
+            print(*row_of(mutant, result, reasons), sep="\t", file=out, flush=True)
+            if len(results) % PROGRESS_STEP == 0:
+                print(f"{len(results)} of {len(mutants)}", file=sys.stderr, flush=True)
+    return results
+
+
+def row_of(mutant, result, reasons):
+    status, noticed = result
+    listed = "equivalent" if mutant.key() in reasons else ""
+    place = f"{mutant.file}:{mutant.line}"
+    return status, listed, place, mutant.function, mutant.before, mutant.after, noticed
+
+
+def prove_tests_pass(base, arguments):
+    workshop = Workshop(base, "Base", arguments.timeout)
+    for sanitized in (False, True):
+        if not workshop.link({}, sanitized):
+            raise BuildError("the unit tests do not link")
+        status, failure = workshop.run_tests(sanitized)
+        if status != "survived":
+            raise BuildError(f"the unit tests fail without any change: {status} {failure}")
+
+
+def judge(mutants, results, reasons, arguments):
+    """Prints the survivors and the figures; returns the exit status."""
+    counted = {"killed": 0, "timed out": 0, "survived": 0, "not compiled": 0}
+    listed = 0
+    wrong = []
+    for mutant, (status, noticed) in zip(mutants, results):
+        if mutant.key() in reasons and status != "not compiled":
+            listed += 1
+            if status != "survived":
+                wrong.append((mutant, noticed or status))
+            continue
+        counted[status] += 1
+        if status == "survived":
+            print(f"survived: {describe(mutant)}\n")
+    for mutant, noticed in wrong:
+        print(f"listed as equivalent, but killed by {noticed}: {describe(mutant)}\n")
+
+    killed = counted["killed"] + counted["timed out"]
+    total = killed + counted["survived"]
+    print(f"{len(mutants)} mutants, {counted['not compiled']} not compiled, {listed} equivalent")
+    print(f"{total} counted: {killed} killed ({counted['timed out']} of them timed out), "
+          f"{counted['survived']} survived")
+    print(f"killed {100 * killed / max(total, 1):.1f} %, at least {arguments.least} % expected")
+    if wrong:
+        return LIST_WRONG
+    return TOO_FEW_KILLED if 100 * killed < arguments.least * total else 0
+
+
+def main():
+    arguments = read_arguments()
+    every = [m for file in driver_files() for m in mutants_of(file, (ROOT / file).read_text())]
+    mutants = chosen_mutants(every, arguments)
+    if arguments.list:
+        for mutant in mutants:
+            print(describe(mutant), end="\n\n")
+        print(f"{len(mutants)} mutants")
+        return 0
+    try:
+        reasons = read_equivalents(EQUIVALENTS)
+        check_entries(reasons, every)
+        WORK.mkdir(parents=True, exist_ok=True)
+        base = BaseBuild(ROOT, WORK, arguments.workers)
+        prove_tests_pass(base, arguments)
+    except ListError as error:
+        print(f"equivalent.txt: {error}", file=sys.stderr)
+        return LIST_WRONG
+    except BuildError as error:
+        print(error, file=sys.stderr)
+        return BUILD_FAILED
+    began = time.monotonic()
+    results = run_all(mutants, base, arguments, reasons)
+    print(f"{time.monotonic() - began:.0f} s with {arguments.workers} workers")
+    return judge(mutants, results, reasons, arguments)
+
+
+if __name__ == "__main__":
+    sys.exit(main())
