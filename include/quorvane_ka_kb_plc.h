@@ -45,6 +45,8 @@
 #include <QStringList>
 #include <QVector>
 
+#include <cstring>
+
 #ifdef QUORVANE_KA_KB_PLC_BUILD
 #define QUORVANE_KA_KB_PLC_API Q_DECL_EXPORT
 #else
@@ -56,24 +58,40 @@ enum {
     FRAME_BYTES = 1024  ///< longest request
 };
 
+// The records assign their bytes as a whole: an assignment that the compiler makes up goes byte by
+// byte.
+
 /// One PLC variable, or a block of PLC memory.
 struct VARIABLE
 {
-    qint32 varId;   ///< a write carries the host's own value; a merged read block carries 4
-    qint32 station; ///< 0 is a broadcast: no station answers
-    QString regName;
-    qint32 addr;                      ///< address number of the first unit
-    qint32 count;                     ///< words or bits
+    qint32 varId;    ///< a write carries the host's own value; a merged read block carries 4
+    qint32 station;  ///< 0 is a broadcast: no station answers
+    QString regName; ///< MW, IW, QW, MX, IX or QX
+    qint32 addr;     ///< address number of the first unit
+    qint32 count;    ///< words or bits
     unsigned char value[VALUE_BYTES]; ///< words low byte first, bits one byte each
 
     VARIABLE() : varId(0), station(0), addr(0), count(0), value() {}
+    /// Copies every field.
+    VARIABLE(const VARIABLE&) = default;
+    /// Copies every field.
+    VARIABLE& operator=(const VARIABLE& other)
+    {
+        varId = other.varId;
+        station = other.station;
+        regName = other.regName;
+        addr = other.addr;
+        count = other.count;
+        std::memmove(value, other.value, sizeof value);
+        return *this;
+    }
 };
 
 /// One request frame and what its reply must look like.
 struct FRAME_PRO
 {
-    unsigned char sendBuf[FRAME_BYTES];
-    qint32 sendLen;   ///< bytes of sendBuf to send; 0: send nothing
+    unsigned char sendBuf[FRAME_BYTES]; ///< the request, checksum included
+    qint32 sendLen;                     ///< bytes of sendBuf to send; 0: send nothing
     qint32 recvLen;   ///< exact length of the reply; 0 or less, or with sendLen 0: none can come
     qint32 dataStart; ///< offset of the first data byte in a read reply, else 0
     qint32 itemCount; ///< words or bits that a read asked for; 0 for a write
@@ -81,33 +99,64 @@ struct FRAME_PRO
     VARIABLE var;     ///< what the frame reads or writes
 
     FRAME_PRO() : sendBuf(), sendLen(0), recvLen(0), dataStart(0), itemCount(0), spare(0) {}
+    /// Copies every field.
+    FRAME_PRO(const FRAME_PRO&) = default;
+    /// Copies every field.
+    FRAME_PRO& operator=(const FRAME_PRO& other)
+    {
+        std::memmove(sendBuf, other.sendBuf, sizeof sendBuf);
+        sendLen = other.sendLen;
+        recvLen = other.recvLen;
+        dataStart = other.dataStart;
+        itemCount = other.itemCount;
+        spare = other.spare;
+        var = other.var;
+        return *this;
+    }
 };
 
 /// One address key of the host: what to poll, or what to read once.
 struct KEY_ADDRESS
 {
-    QString label;    ///< the host's
-    qint32 param1;    ///< the host's
-    qint32 param2;    ///< the host's
-    qint32 station;   ///< only keys of one station share a request
-    QString regName;  ///< MW, IW, QW, MX, IX or QX
-    QString typeText; ///< the host's
-    qint32 addr;      ///< address number
-    qint32 unitMode;  ///< -1: a bit area; anything else: a word area
-    qint32 count;     ///< units from addr on
-    unsigned char data[VALUE_BYTES];
+    QString label;                   ///< the host's
+    qint32 param1;                   ///< the host's
+    qint32 param2;                   ///< the host's
+    qint32 station;                  ///< only keys of one station share a request
+    QString regName;                 ///< MW, IW, QW, MX, IX or QX
+    QString typeText;                ///< the host's
+    qint32 addr;                     ///< address number
+    qint32 unitMode;                 ///< -1: a bit area; anything else: a word area
+    qint32 count;                    ///< units from addr on
+    unsigned char data[VALUE_BYTES]; ///< the host's; the driver reads it nowhere
 
     KEY_ADDRESS() : param1(0), param2(0), station(0), addr(0), unitMode(0), count(0), data() {}
+    /// Copies every field.
+    KEY_ADDRESS(const KEY_ADDRESS&) = default;
+    /// Copies every field.
+    KEY_ADDRESS& operator=(const KEY_ADDRESS& other)
+    {
+        label = other.label;
+        param1 = other.param1;
+        param2 = other.param2;
+        station = other.station;
+        regName = other.regName;
+        typeText = other.typeText;
+        addr = other.addr;
+        unitMode = other.unitMode;
+        count = other.count;
+        std::memmove(data, other.data, sizeof data);
+        return *this;
+    }
 };
 
 /// One recipe variable.
 struct _RCP_VAR_PRO
 {
-    qint32 linkNo; ///< the driver keeps records whose linkNo is the first number of its properties
-    qint32 station;
-    QString regName;
-    qint32 addr;
-    qint32 count;
+    qint32 linkNo;  ///< the driver keeps records whose linkNo is the first number of its properties
+    qint32 station; ///< 0 is a broadcast: a download to all, and no upload
+    QString regName;  ///< MW, IW, QW, MX, IX or QX
+    qint32 addr;      ///< address number of the first unit
+    qint32 count;     ///< words or bits
     qint32 bufOffset; ///< place of the first value in the recipe buffer, in 16-bit words
     qint32 spare;     ///< the host's
 
@@ -132,27 +181,27 @@ typedef void (*ValueChangeCallBack)(int context, int station, QString& regName, 
 
 /// Results of intf_checkAddr and intf_checkAddrValidity.
 enum AddressCheckResult {
-    ADDRESS_VALID = 0,
-    ADDRESS_KIND_MISMATCH = 1, ///< a bit variable on a word area, or the reverse
-    ADDRESS_OUT_OF_RANGE = 2,  ///< malformed, odd, below the minimum or past the maximum
-    ADDRESS_UNKNOWN_AREA = 3,
+    ADDRESS_VALID = 0,            ///< outAddr holds the address number
+    ADDRESS_KIND_MISMATCH = 1,    ///< a bit variable on a word area, or the reverse
+    ADDRESS_OUT_OF_RANGE = 2,     ///< malformed, odd, below the minimum or past the maximum
+    ADDRESS_UNKNOWN_AREA = 3,     ///< none of the six names
     ADDRESS_TYPE_NOT_ALLOWED = 5, ///< on an area of 32-bit units, which this device has none of
-    ADDRESS_READ_ONLY = 6
+    ADDRESS_READ_ONLY = 6         ///< it is to be written, in IW or IX
 };
 
 /// Results of intf_dealRcvFrame.
 enum ReplyResult {
     REPLY_NOTHING_PENDING = 0, ///< there was no request in flight; the bytes were ignored
-    REPLY_ACCEPTED = 1,
-    REPLY_GIVEN_UP = 2, ///< rejected for the last time; the request is dropped
-    REPLY_RETRY = 8     ///< rejected; the next intf_getSendFrame offers the same request again
+    REPLY_ACCEPTED = 1,        ///< the request is over, and what it brought is in the cache
+    REPLY_GIVEN_UP = 2,        ///< rejected for the last time; the request is dropped
+    REPLY_RETRY = 8 ///< rejected; the next intf_getSendFrame offers the same request again
 };
 
 /// Results of intf_multiCopy.
 enum SeriesResult {
-    SERIES_UNKNOWN_AREA = 0,
-    SERIES_COMPLETE = 1,
-    SERIES_CLIPPED = 2 ///< at least one entry lay past the area's end
+    SERIES_UNKNOWN_AREA = 0, ///< nothing was appended
+    SERIES_COMPLETE = 1,     ///< every entry lies in the area
+    SERIES_CLIPPED = 2       ///< at least one entry lay past the area's end
 };
 
 /// Offsets in the host's shared block, which must reach to the second one at least. The host sets a
