@@ -68,12 +68,6 @@ static void reportValuesAround(const REPORTED_UNIT& unit, int firstMark, int uni
     }
 }
 
-/// A variable of its own and no part of others, as all are on this device.
-static bool isPlainVariable(const _DATA_& unit)
-{
-    return unit.monitorFlags == 1u << MONITOR_UNIT && unit.bitMonitorMask == 0;
-}
-
 void _bitDataChange(int index)
 {
     reportUnit(reportedUnit(index));
@@ -98,11 +92,6 @@ static quint32 changedBits(const int* oldValue, const int* newValue)
 
 void _wordDataChange(const int* oldValue, const int* newValue, int index, int skipBits)
 {
-    // Spares every changed word the tests below.
-    const _DATA_& word = driver.dataAreas.at(index);
-    if (isPlainVariable(word))
-        return notifyHost(driver.callbackContext, word.station, word.regName, word.address);
-
     const REPORTED_UNIT unit = reportedUnit(index);
     const bool compare = oldValue != 0 && newValue != 0;
     if (skipBits == 0) reportBits(unit, 16, compare, changedBits(oldValue, newValue));

@@ -1,6 +1,8 @@
 #ifndef CHANGE_NOTIFICATION_H
 #define CHANGE_NOTIFICATION_H
 
+#include "dataAreas.h"
+#include "driverState.h"
 #include "unitValues.h"
 
 #include <QString>
@@ -22,11 +24,21 @@ void _byteDataChange(const unsigned char* oldValue, const unsigned char* newValu
 void _wordDataChange(const int* oldValue, const int* newValue, int index, int skipBits);
 void _dwordDataChange(const int* oldValue, const int* newValue, int index, int skipBits);
 
+/// A variable of its own and no part of others, as all are on this device.
+inline bool isPlainVariable(const _DATA_& unit)
+{
+    return unit.monitorFlags == 1u << MONITOR_UNIT && unit.bitMonitorMask == 0;
+}
+
 /// The change function for a unit of `bytes` bytes (1, 2 or 4), values low byte first.
 inline void unitDataChange(int bytes, const unsigned char* oldValue, const unsigned char* newValue,
                            int index)
 {
     if (bytes == 1) return _byteDataChange(oldValue, newValue, index, 0);
+    // All that the change functions would find to tell of it, found at once.
+    const _DATA_& unit = driver.dataAreas.at(index);
+    if (isPlainVariable(unit))
+        return notifyHost(driver.callbackContext, unit.station, unit.regName, unit.address);
     if (bytes == 2) {
         const int before = uchar2int16(oldValue[0], oldValue[1]);
         const int after = uchar2int16(newValue[0], newValue[1]);

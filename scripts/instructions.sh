@@ -1,0 +1,61 @@
+#!/usr/bin/env bash
+# Counts the instructions of the driver's exchanges with valgrind and compares them with
+# bench/instructions.txt. The counts depend on the compiler and on Qt, hardly on the machine.
+# usage: scripts/instructions.sh [--keep]
+#   --keep   write what was counted to bench/instructions.txt
+# Works in build/instructions. Exit status: 0 none is more than 5 % above what is kept, 1 usage or
+# build failure, 2 one is, or nothing is kept for it.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+build=build/instructions
+kept=bench/instructions.txt
+room=5
+kinds=(word block write merge)
+declare -A times=([word]=2000 [block]=500 [write]=1000 [merge]=5)
+
+[[ $# -eq 0 || ($# -eq 1 && $1 == --keep) ]] || {
+    sed -n '2,7s/^# //p' "$0"
+    exit 1
+}
+mkdir -p "$build"
+{
+    cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE= -DCMAKE_CXX_FLAGS="-O2 -DNDEBUG" \
+        -DQT_MAJOR=5 -DKAKB_BUILD_BENCH=ON &&
+        cmake --build "$build" --target instructionCount
+} >"$build/build.log" 2>&1 || {
+    cat "$build/build.log"
+    exit 1
+}
+
+# instructions KIND TIMES: of a whole run. The C library copies with the plainest instructions, so
+# that the processor's abilities do not count.
+instructions() {
+    env -i GLIBC_TUNABLES=glibc.cpu.hwcaps=-AVX512F,-AVX512VL,-AVX2,-AVX,-ERMS,-FSRM \
+        setarch -R valgrind --tool=callgrind --callgrind-out-file=/dev/null \
+        "$build/bin/instructionCount" "$1" "$2" 2>&1 | sed -n 's/.*Collected : \([0-9]*\).*/\1/p'
+}
+
+for kind in "${kinds[@]}"; do
+    n=${times[$kind]}
+    echo "$kind $((($(instructions "$kind" $((2 * n))) - $(instructions "$kind" "$n")) / n))"
+done >"$build/counted.txt"
+
+if [ "${1:-}" = --keep ]; then
+    {
+        echo "# Instructions of one exchange, or of one merge of 1,000 keys; scripts/instructions.sh --keep"
+        cat "$build/counted.txt"
+    } >"$kept"
+    cat "$kept"
+    exit 0
+fi
+awk -v room=$room '
+    FNR == NR { if ($1 != "#") before[$1] = $2; next }
+    !($1 in before) { printf "%-6s %10d, nothing kept\n", $1, $2; bad = 1; next }
+    {
+        change = 100 * ($2 - before[$1]) / before[$1]
+        verdict = change > room ? "SLOWER" : change < -room ? "faster: renew with --keep" : "ok"
+        printf "%-6s %10d, kept %10d, %+.1f %%  %s\n", $1, $2, before[$1], change, verdict
+        if (change > room) bad = 2
+    }
+    END { exit bad ? 2 : 0 }' "$kept" "$build/counted.txt"
