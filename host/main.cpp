@@ -17,12 +17,9 @@
 //   --timeout-ms --attempts --pause-ms --turnaround-us --trace --pcap FILE --json
 //   --simulator FILE --simulator-arguments TEXT
 //
-// Exit status: 0 done                       4 a station did not answer
-//              1 usage, or an unusable file 5 the PLC refused
-//              2 the driver cannot be loaded 6 what was read back differs
-//              3 the link failed            7 check, series: the address is not valid
+// Exit statuses: kakb-host --help, from verbs/exitStatus.h
 
-#include "links/link.h"
+#include "links/tcpLink.h"
 #include "verbs/commandLine.h"
 
 #include <QCoreApplication>
@@ -31,6 +28,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 
 namespace {
 
@@ -38,13 +36,19 @@ QString driverFile(const std::string& chosen)
 {
     if (!chosen.empty()) return QString::fromStdString(chosen);
     const QDir programs(QCoreApplication::applicationDirPath());
-    const QString built = programs.absoluteFilePath(QLatin1String("../libquorvane_ka_kb_plc.so"));
-    return QFile::exists(built) ? built : QString(QLatin1String("quorvane_ka_kb_plc"));
+    for (const char* folder : {"..", "../" KAKB_LIBRARY_FOLDER}) {
+        const QString file = programs.absoluteFilePath(QLatin1String(folder) +
+                                                       QLatin1String("/libquorvane_ka_kb_plc.so"));
+        if (QFile::exists(file)) return file;
+    }
+    return QString(QLatin1String("quorvane_ka_kb_plc"));
 }
 
 ExitStatus failed(ExitStatus status, const std::exception& error)
 {
-    std::fprintf(stderr, "kakb-host: %s\n", error.what());
+    // Of a file all bad lines are told.
+    for (const QString& line : QString::fromUtf8(error.what()).split(QLatin1Char('\n')))
+        std::fprintf(stderr, "kakb-host: %s\n", qUtf8Printable(line));
     return status;
 }
 
@@ -84,5 +88,8 @@ int main(int argc, char** argv)
     if (const std::optional<ExitStatus> status = parseCommandLine(argc, argv, command))
         return *status;
     std::signal(SIGPIPE, SIG_IGN); // a reader that went away only makes writing fail
-    return run(command);
+    const ExitStatus status = run(command);
+    if (!TcpLink::hasLeftLookupBehind()) return status;
+    std::fflush(nullptr);
+    std::_Exit(status); // Qt would wait for a name server that may never answer
 }

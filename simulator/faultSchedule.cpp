@@ -8,6 +8,12 @@ const char* const NAMES[FAULT_KINDS] = {
     "drop",  "drop-request", "corrupt",     "truncate",      "duplicate",
     "delay", "stray-before", "stray-after", "wrong-station", "exception"};
 
+/// 0 to 1. Not a standard distribution: those differ from one library to the next.
+double drawnFrom(std::mt19937& random)
+{
+    return double(random()) / RANDOM_VALUES;
+}
+
 } // namespace
 
 const char* faultName(Fault fault)
@@ -16,16 +22,20 @@ const char* faultName(Fault fault)
 }
 
 FaultSchedule::FaultSchedule(const FaultRates& rates, unsigned seed, std::int64_t exchanges)
-    : m_rates(rates), m_random(seed), m_exchanges(exchanges)
+    : m_rates(rates), m_random(seed), m_silences(~seed), m_exchanges(exchanges)
 {
+}
+
+bool FaultSchedule::isSilent(double share)
+{
+    return !isOver() && drawnFrom(m_silences) < share;
 }
 
 Fault FaultSchedule::next()
 {
-    if (m_exchanges > 0 && m_drawn >= m_exchanges) return NO_FAULT;
+    if (isOver()) return NO_FAULT;
     ++m_drawn;
-    // Not a standard distribution: those differ from one library to the next.
-    const double drawn = double(m_random()) / RANDOM_VALUES;
+    const double drawn = drawnFrom(m_random);
     double reached = 0;
     for (int kind = 0; kind < FAULT_KINDS; ++kind) {
         reached += m_rates[std::size_t(kind)];

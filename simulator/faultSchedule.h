@@ -35,9 +35,19 @@ public:
 
     Fault next();
 
+    /// The exchanges that may have faults have all been.
+    bool isOver() const
+    {
+        return m_exchanges > 0 && m_drawn >= m_exchanges;
+    }
+
+    /// @return true for a share of the exchanges, whatever fault they would have
+    bool isSilent(double share);
+
 private:
     FaultRates m_rates;
     std::mt19937 m_random;
+    std::mt19937 m_silences; // apart, so that they leave the other faults where they are
     std::int64_t m_exchanges;
     std::int64_t m_drawn = 0;
 };

@@ -30,7 +30,9 @@
 //   --wrong-station --exception
 //   --delay-ms N          how late --delay is, 0 to 60000 (default 700); later replies queue behind
 //   --exception-code N    1 to 255 (default 6)
-//   --silent STATION      never answers and executes nothing, 1 to 247, several times
+//   --silent STATION[:SHARE]
+//                         executes nothing and never answers, or only in that share of the
+//                         exchanges, 0 to 1; several times
 //   --fault-exchanges N   only the first N exchanges have faults, 0 to 2000000000 (default 0: all)
 // End
 //   --report FILE         counts, silent intervals and own lateness, as lines "key value"

@@ -51,20 +51,22 @@ ModbusServer::ModbusServer() : m_context(modbus_new_rtu("socket pair", ANY_BAUD,
         fail("libmodbus");
 }
 
-Bytes ModbusServer::serve(const Bytes& request, PlcStations& stations)
+Bytes ModbusServer::serve(const Bytes& request, PlcStations& stations, const std::set<int>& deaf)
 {
     const int station = request[STATION_AT];
     if (station != BROADCAST_STATION && !stations.find(station)) return {};
     std::uint8_t received[MODBUS_RTU_MAX_ADU_LENGTH];
     int length = 0;
     modbus_set_slave(m_context.get(), station);
+    if (!isServed(request[FUNCTION_AT])) return refuse(request);
     if (!receive(request, received, length)) return {};
     if (station != BROADCAST_STATION) {
         execute(received, length, *stations.find(station));
         return takeReply();
     }
-    for (auto& entry : stations.all())
-        execute(received, length, entry.second);
+    for (auto& entry : stations.all()) {
+        if (deaf.count(entry.first) == 0) execute(received, length, entry.second);
+    }
     takeReply();
     return {};
 }
@@ -84,13 +86,16 @@ bool ModbusServer::receive(const Bytes& request, std::uint8_t* received, int& le
     return false;
 }
 
+/// libmodbus could not receive it: of the functions that it does not know it knows no lengths.
+Bytes ModbusServer::refuse(const Bytes& request)
+{
+    if (request[STATION_AT] == BROADCAST_STATION) return {};
+    modbus_reply_exception(m_context.get(), request.data(), MODBUS_EXCEPTION_ILLEGAL_FUNCTION);
+    return takeReply();
+}
+
 void ModbusServer::execute(const std::uint8_t* received, int length, PlcMemory& memory)
 {
-    if (!isServed(received[FUNCTION_AT])) {
-        if (received[STATION_AT] != BROADCAST_STATION)
-            modbus_reply_exception(m_context.get(), received, MODBUS_EXCEPTION_ILLEGAL_FUNCTION);
-        return;
-    }
     if (modbus_reply(m_context.get(), received, length, memory.mapping()) >= 0)
         memory.reflectWrite(received);
 }

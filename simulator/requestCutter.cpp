@@ -5,10 +5,13 @@ namespace {
 enum {
     SINGLE_REQUEST_BYTES = 8,
     MULTIPLE_REQUEST_BYTES = 9, // without the data
-    BYTE_COUNT_AT = 6
+    BYTE_COUNT_AT = 6,
+    SHORTEST_REQUEST_BYTES = 4,  // station, function, checksum
+    LONGEST_REQUEST_BYTES = 256, // MODBUS over Serial Line V1.02, 2.5.1
+    LAST_FUNCTION = 127
 };
 
-enum LengthKind { LENGTH_KNOWN, LENGTH_NEEDS_MORE_BYTES, NO_REQUEST };
+enum LengthKind { LENGTH_KNOWN, LENGTH_NEEDS_MORE_BYTES, LENGTH_UNKNOWN, NO_REQUEST };
 
 struct ExpectedLength
 {
@@ -32,7 +35,44 @@ ExpectedLength expectedLength(const Bytes& held)
         if (held.size() <= BYTE_COUNT_AT) return {LENGTH_NEEDS_MORE_BYTES, 0};
         return {LENGTH_KNOWN, std::size_t(MULTIPLE_REQUEST_BYTES) + held[BYTE_COUNT_AT]};
     default:
-        return {NO_REQUEST, 0};
+        const int function = held[FUNCTION_AT];
+        return {function >= 1 && function <= LAST_FUNCTION ? LENGTH_UNKNOWN : NO_REQUEST, 0};
+    }
+}
+
+/// Of the request that the bytes start with; 0: none, or not all of it.
+/// @param silent  the bytes are all that came ahead of a silence
+std::size_t requestLength(const Bytes& held, bool silent)
+{
+    const ExpectedLength expected = expectedLength(held);
+    std::size_t length = expected.bytes;
+    if (expected.kind == LENGTH_UNKNOWN && silent) length = held.size();
+    if (length < SHORTEST_REQUEST_BYTES || length > held.size()) return 0;
+    return endsWithItsCrc(held.data(), length) ? length : 0;
+}
+
+bool holdsRequestBehindItsStart(const Bytes& held)
+{
+    for (std::size_t at = 1; at < held.size(); ++at) {
+        const Bytes rest(held.begin() + std::ptrdiff_t(at), held.end());
+        if (requestLength(rest, false) > 0) return true;
+    }
+    return false;
+}
+
+/// More bytes, or a silence, may make a request of them.
+bool mayBecomeRequest(const Bytes& held)
+{
+    const ExpectedLength expected = expectedLength(held);
+    switch (expected.kind) {
+    case LENGTH_KNOWN:
+        return held.size() < expected.bytes;
+    case LENGTH_NEEDS_MORE_BYTES:
+        return true;
+    case LENGTH_UNKNOWN:
+        return held.size() <= LONGEST_REQUEST_BYTES && !holdsRequestBehindItsStart(held);
+    default:
+        return false;
     }
 }
 
@@ -53,10 +93,9 @@ std::optional<Request> RequestCutter::take()
         Bytes held;
         for (const Byte& byte : m_held)
             held.push_back(byte.value);
-        const ExpectedLength expected = expectedLength(held);
-        const bool whole = expected.kind == LENGTH_KNOWN && held.size() >= expected.bytes;
-        if (whole && endsWithItsCrc(held.data(), expected.bytes)) return takeFront(expected.bytes);
-        if (!whole && expected.kind != NO_REQUEST && !m_silent) return std::nullopt;
+        const std::size_t length = requestLength(held, m_silent);
+        if (length > 0) return takeFront(length);
+        if (!m_silent && mayBecomeRequest(held)) return std::nullopt;
         dropOne();
     }
     if (m_silent) m_inBadFrame = false;

@@ -15,7 +15,8 @@ struct Request
 };
 
 /// Cuts requests out of the bytes that a line brings. It knows a request's length by its function
-/// (1 to 6, 15, 16) and takes it by its checksum; bytes that make none are dropped and counted.
+/// (1 to 6, 15, 16) and takes it by its checksum; one of another function ends where the line falls
+/// silent. Bytes that make no request are dropped and counted.
 class RequestCutter
 {
 public:

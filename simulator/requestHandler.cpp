@@ -26,12 +26,14 @@ std::vector<OutgoingPiece> RequestHandler::handle(const Request& request)
         executeBroadcast(request);
         return {};
     }
-    if (m_settings.silentStations.count(station) != 0) {
-        ++m_counts.silent;
-        return {};
-    }
     if (!m_stations.find(station)) {
         ++m_counts.foreign;
+        return {};
+    }
+    const auto silent = m_settings.silentStations.find(station);
+    if (silent != m_settings.silentStations.end() && m_schedule.isSilent(silent->second)) {
+        m_schedule.next(); // an exchange like any other, of the fault exchanges that there are
+        ++m_counts.silent;
         return {};
     }
     return exchange(request);
@@ -62,7 +64,16 @@ Bytes RequestHandler::replyTo(const Request& request, Fault fault)
 void RequestHandler::executeBroadcast(const Request& request)
 {
     ++m_counts.broadcasts;
-    m_server.serve(request.bytes, m_stations);
+    m_server.serve(request.bytes, m_stations, stationsThatAreSilentNow());
+}
+
+std::set<int> RequestHandler::stationsThatAreSilentNow()
+{
+    std::set<int> silent;
+    for (const auto& [station, share] : m_settings.silentStations) {
+        if (m_schedule.isSilent(share)) silent.insert(station);
+    }
+    return silent;
 }
 
 std::vector<OutgoingPiece> RequestHandler::scheduled(const Bytes& reply, Fault fault)

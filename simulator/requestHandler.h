@@ -7,6 +7,7 @@
 #include "silenceMeter.h"
 
 #include <array>
+#include <map>
 #include <set>
 
 struct FaultSettings
@@ -15,7 +16,7 @@ struct FaultSettings
     std::int64_t exchanges = 0; ///< 0: always
     std::int64_t delayNs = 0;
     int exceptionCode = 6;
-    std::set<int> silentStations;
+    std::map<int, double> silentStations; ///< each with its share of the exchanges
 };
 
 /// What happened, for the report.
@@ -25,7 +26,7 @@ struct ExchangeCounts
     std::int64_t replies = 0;  ///< sent, whatever a fault made of them
     std::int64_t broadcasts = 0;
     std::int64_t foreign = 0; ///< requests to stations that are not here
-    std::int64_t silent = 0;  ///< requests to silent stations
+    std::int64_t silent = 0;  ///< requests to stations that were silent
     std::array<std::int64_t, FAULT_KINDS> faults = {};
 };
 
@@ -61,6 +62,7 @@ private:
     std::vector<OutgoingPiece> exchange(const Request& request);
     Bytes replyTo(const Request& request, Fault fault);
     void executeBroadcast(const Request& request);
+    std::set<int> stationsThatAreSilentNow();
     std::vector<OutgoingPiece> scheduled(const Bytes& reply, Fault fault);
     Fault nextFault();
 

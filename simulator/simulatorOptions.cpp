@@ -1,6 +1,7 @@
 #include "simulatorOptions.h"
 
 #include <cstdio>
+#include <map>
 #include <set>
 
 namespace {
@@ -20,7 +21,7 @@ struct RawOptions
     std::vector<int> stations;
     std::vector<std::string> ranges;
     std::vector<std::string> signals;
-    std::vector<int> silentStations;
+    std::vector<std::string> silentStations;
     bool demoSignals = false;
     int turnaroundUs = 0;
     int delayMs = 700;
@@ -88,8 +89,9 @@ void addFaults(CLI::App& app, FaultSettings& faults, RawOptions& raw)
         ->check(CLI::Range(1, 255))
         ->capture_default_str();
     app.add_option("--silent", raw.silentStations,
-                   "station that never answers, several times (default: none)")
-        ->check(CLI::Range(1, LAST_STATION))
+                   "station that never answers and executes nothing, or only in a share of the "
+                   "exchanges, 0 to 1; several times (default: none)")
+        ->type_name("STATION[:SHARE]")
         ->delimiter(',');
     app.add_option("--fault-exchanges", faults.exchanges, "only the first N have faults; 0: all")
         ->check(CLI::Range(0, 2000000000))
@@ -143,6 +145,28 @@ std::vector<Signal> signalsOf(const RawOptions& raw, const std::vector<int>& sta
     return all;
 }
 
+/// "3", or "3:0.1".
+std::map<int, double> silentStationsOf(const RawOptions& raw, const std::vector<int>& stations)
+{
+    const std::set<int> known(stations.begin(), stations.end());
+    std::map<int, double> silent;
+    for (const std::string& text : raw.silentStations) {
+        int station = 0;
+        double share = 1;
+        char rest = 0;
+        const bool hasShare = text.find(':') != std::string::npos;
+        const int found = std::sscanf(text.c_str(), "%d:%lf%c", &station, &share, &rest);
+        if (found != (hasShare ? 2 : 1) ||
+            std::to_string(station) != text.substr(0, text.find(':')))
+            refuse("--silent", "'" + text + "' is not STATION or STATION:SHARE");
+        if (!(share >= 0 && share <= 1)) refuse("--silent", "'" + text + "': the share is 0 to 1");
+        if (known.count(station) == 0)
+            refuse("--silent", "there is no station " + std::to_string(station));
+        silent[station] = share;
+    }
+    return silent;
+}
+
 void checkFaults(const FaultRates& rates)
 {
     const double rounding = 1e-9; // ten rates of 0.1 are meant to fit
@@ -169,7 +193,7 @@ SimulatorOptions parseOptions(CLI::App& app, int argc, char** argv)
     checkFaults(options.faults.rates);
     options.stations = stationsOf(raw);
     options.signals = signalsOf(raw, options.stations);
-    options.faults.silentStations.insert(raw.silentStations.begin(), raw.silentStations.end());
+    options.faults.silentStations = silentStationsOf(raw, options.stations);
     options.faults.delayNs = raw.delayMs * MILLISECOND_NS;
     options.line.turnaroundNs = raw.turnaroundUs * MICROSECOND_NS;
     options.line.isNetwork = options.tcpPort >= 0;

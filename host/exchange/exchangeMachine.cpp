@@ -1,7 +1,5 @@
 #include "exchange/exchangeMachine.h"
 
-#include "exchange/replyRecogniser.h"
-
 #include <algorithm>
 #include <limits>
 #include <utility>
@@ -55,23 +53,45 @@ void ExchangeMachine::takeReply(qint64 now)
     if (now >= m_deadline) return;
     RECOGNISED found = recogniseReply(m_received, m_request, m_frame.recvLen);
     while (found.exceptionCode != 0 && mayRefuseAnother(now)) {
+        noteDoubtful(found, now);
         m_received.replace(found.reply, QByteArray());
         found = recogniseReply(m_received, m_request, m_frame.recvLen);
     }
     if (found.reply.isEmpty()) return;
     forgetAnswered();
+    if (found.exceptionCode == 0) settle();
     // What has no line of its own may answer sooner than a wire could carry the request.
     finish(found.reply, found.exceptionCode, std::max<qint64>(now - m_sentAt, 0));
 }
 
-/// A refusal names only station and function, so a late one could be taken for this request's. When
-/// it is this one's after all, the next attempt tells.
+/// A refusal names only station and function. What the station has granted once, it hardly refuses
+/// at another attempt: that is reckoned with for no longer than that attempt's time-out.
+bool ExchangeMachine::mayBeRefused(const UNANSWERED& other, qint64 now) const
+{
+    return now < (other.settled ? other.timeOut : other.until) && other.signature != m_signature &&
+           other.signature.left(2) == m_signature.left(2);
+}
+
 bool ExchangeMachine::mayRefuseAnother(qint64 now) const
 {
-    return std::any_of(m_unanswered.begin(), m_unanswered.end(), [this, now](const UNANSWERED& u) {
-        return u.until > now && u.signature != m_signature &&
-               u.signature.left(2) == m_signature.left(2);
-    });
+    return std::any_of(m_unanswered.begin(), m_unanswered.end(),
+                       [this, now](const UNANSWERED& u) { return mayBeRefused(u, now); });
+}
+
+/// A station that left an earlier request without any answer may be slow, and this one's answer
+/// late as well. Otherwise an answer to both would have come by the time-out of the earlier
+/// attempt.
+void ExchangeMachine::noteDoubtful(const RECOGNISED& refusal, qint64 now)
+{
+    m_doubtful = refusal;
+    m_isWorthAsking = false;
+    qint64 latest = now;
+    for (const UNANSWERED& other : m_unanswered) {
+        if (!mayBeRefused(other, now)) continue;
+        if (!other.settled) m_isWorthAsking = true;
+        latest = std::max(latest, other.timeOut);
+    }
+    if (!m_isWorthAsking) m_deadline = std::min(m_deadline, latest);
 }
 
 /// A station answers in order, so what came answers the oldest request of its kind.
@@ -81,6 +101,13 @@ void ExchangeMachine::forgetAnswered()
         std::find_if(m_unanswered.begin(), m_unanswered.end(),
                      [this](const UNANSWERED& u) { return u.signature == m_signature; });
     if (oldest != m_unanswered.end()) m_unanswered.erase(oldest);
+}
+
+void ExchangeMachine::settle()
+{
+    for (UNANSWERED& attempt : m_unanswered) {
+        if (attempt.signature == m_signature) attempt.settled = true;
+    }
 }
 
 /// What was waited for in vain must not be left to be taken for answered instead of a new request,
@@ -105,6 +132,27 @@ void ExchangeMachine::finish(QByteArray reply, int exceptionCode, qint64 replyTi
     m_state = CHOOSING;
 }
 
+/// A doubtful refusal leaves open which attempts were answered, so all are still reckoned with.
+void ExchangeMachine::finishWithoutAnswer()
+{
+    const RECOGNISED refusal = std::exchange(m_doubtful, RECOGNISED());
+    if (m_isWorthAsking)
+        finish(QByteArray(), 0, NO_ANSWER);
+    else
+        finish(refusal.reply, refusal.exceptionCode, NO_ANSWER);
+    if (refusal.exceptionCode == 0 || m_retrying) return;
+    m_finished->exceptionCode = refusal.exceptionCode;
+    settle();
+}
+
+qint64 ExchangeMachine::answersUntil() const
+{
+    qint64 latest = std::numeric_limits<qint64>::min() / 2;
+    for (const UNANSWERED& unanswered : m_unanswered)
+        latest = std::max(latest, unanswered.until);
+    return latest;
+}
+
 /// With nothing polled, the driver answers 0 once after some writes or one-shot reads in a row, and
 /// goes on when asked again.
 bool ExchangeMachine::chooseRequest(qint64 now)
@@ -112,6 +160,8 @@ bool ExchangeMachine::chooseRequest(qint64 now)
     if (m_driver.getSendFrame(&m_frame) == 0 && m_driver.getSendFrame(&m_frame) == 0) return false;
     m_request = QByteArray(reinterpret_cast<const char*>(m_frame.sendBuf), m_frame.sendLen);
     m_received.clear();
+    m_doubtful = RECOGNISED();
+    m_isWorthAsking = false;
     m_heard = false;
     m_isPending = false;
     if (m_request.isEmpty()) {
@@ -149,7 +199,7 @@ void ExchangeMachine::send(qint64 now)
     const qint64 wait = m_times.answer + m_timing.frame(m_frame.recvLen);
     m_deadline = sent + wait;
     forgetExpired(now);
-    m_unanswered.push_back({m_signature, m_deadline + wait});
+    m_unanswered.push_back({m_signature, m_deadline, m_deadline + wait, false});
     m_state = WAITING_FOR_REPLY;
 }
 
@@ -185,7 +235,7 @@ ExchangeMachine::Step ExchangeMachine::advance(qint64 now)
         step.send = m_request;
         step.wakeAt = m_deadline;
     } else {
-        finish(QByteArray(), 0, NO_ANSWER);
+        finishWithoutAnswer();
     }
     return step;
 }

@@ -2,6 +2,7 @@
 #define EXCHANGE_MACHINE_H
 
 #include "exchange/lineTiming.h"
+#include "exchange/replyRecogniser.h"
 #include "quorvane_ka_kb_plc.h"
 
 #include <optional>
@@ -23,7 +24,7 @@ struct FINISHED_EXCHANGE
     int result = REPLY_NOTHING_PENDING; ///< what intf_dealRcvFrame said
     int exceptionCode = 0;              ///< nonzero: the PLC refused the request
     bool heard = false;                 ///< bytes came, be it an answer or not
-    qint64 replyTime = -1;              ///< from the request's end to its answer; -1: none came
+    qint64 replyTime = -1; ///< from the request's end to its answer; -1: none is surely its own
     QString errorText;
 };
 
@@ -33,8 +34,9 @@ struct FINISHED_EXCHANGE
 ///
 /// It keeps the silent intervals, picks the answer out of stray bytes, ends the wait at an
 /// exception, never lets chatter extend a time-out, drains the line after one, and holds a request
-/// back while a late answer to an earlier one could be taken for its own. A line that is never
-/// silent counts as one that does not answer.
+/// back while a late answer to an earlier one could be taken for its own. A refusal that could be a
+/// late one ends the wait only when nothing better comes. A line that is never silent counts as one
+/// that does not answer.
 class ExchangeMachine
 {
 public:
@@ -68,6 +70,9 @@ public:
     /// first.
     void linkOpened(qint64 now);
 
+    /// When the last answer to what was sent so far may still come. Before now: none can.
+    qint64 answersUntil() const;
+
     /// The driver has no request under way, so it chooses afresh next.
     bool isBetweenRequests() const
     {
@@ -83,7 +88,9 @@ private:
     struct UNANSWERED
     {
         QByteArray signature;
-        qint64 until; ///< when its answer is no longer to be expected
+        qint64 timeOut; ///< of the attempt
+        qint64 until;   ///< when its answer is no longer to be expected
+        bool settled;   ///< its request was granted, or doubtfully refused
     };
 
     bool chooseRequest(qint64 now);
@@ -91,9 +98,13 @@ private:
     qint64 dueTime() const;
     void send(qint64 now);
     void takeReply(qint64 now);
+    bool mayBeRefused(const UNANSWERED& other, qint64 now) const;
     bool mayRefuseAnother(qint64 now) const;
+    void noteDoubtful(const RECOGNISED& refusal, qint64 now);
     void finish(QByteArray reply, int exceptionCode, qint64 replyTime);
+    void finishWithoutAnswer();
     void forgetAnswered();
+    void settle();
     void forgetExpired(qint64 now);
 
     DriverCalls& m_driver;
@@ -104,6 +115,8 @@ private:
     QByteArray m_request;
     QByteArray m_signature;
     QByteArray m_received;
+    RECOGNISED m_doubtful;        ///< a refusal of this attempt, or a late one of another request
+    bool m_isWorthAsking = false; ///< the next attempt tells whose it was
     qint64 m_lineBusyUntil;
     qint64 m_deadline = 0;
     qint64 m_sentAt = 0;

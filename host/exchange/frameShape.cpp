@@ -2,13 +2,7 @@
 
 namespace {
 
-enum {
-    SHORTEST_FRAME = 4, ///< station, function, checksum
-    SHORTEST_REQUEST = 8,
-    READ_OVERHEAD = 5,
-    ECHO_BYTES = 8,
-    QUANTITY_AT = 4
-};
+enum { QUANTITY_AT = 4 };
 
 } // namespace
 
@@ -39,7 +33,7 @@ bool hasRightChecksum(const QByteArray& frame)
 
 int dueReplyLength(const QByteArray& request)
 {
-    if (request.size() < SHORTEST_REQUEST || frameByte(request, 0) == 0) return 0;
+    if (request.size() < FIXED_REQUEST_BYTES || frameByte(request, 0) == 0) return 0;
     switch (frameByte(request, 1)) {
     case READ_HOLDING:
     case READ_INPUT:
@@ -48,7 +42,7 @@ int dueReplyLength(const QByteArray& request)
     case WRITE_REGISTER:
     case WRITE_COILS:
     case WRITE_REGISTERS:
-        return ECHO_BYTES;
+        return FIXED_REQUEST_BYTES;
     default:
         return 0;
     }

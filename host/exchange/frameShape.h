@@ -15,6 +15,14 @@ enum ModbusFunction {
     EXCEPTION_BIT = 0x80 ///< set in the function of a refusal
 };
 
+/// Lengths in bytes, checksum and all.
+enum FrameLength {
+    SHORTEST_FRAME = 4, ///< station, function, checksum
+    EXCEPTION_BYTES = 5,
+    READ_OVERHEAD = 5,      ///< of the reply to a read, around its data
+    FIXED_REQUEST_BYTES = 8 ///< functions 3 to 6, and the echo of every write
+};
+
 /// The byte at an offset within the frame, 0 to 255.
 int frameByte(const QByteArray& frame, int at);
 

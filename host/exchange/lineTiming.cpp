@@ -1,8 +1,10 @@
 #include "exchange/lineTiming.h"
 
+#include "exchange/timeUnits.h"
+
 namespace {
 
-enum { MICROSECONDS = 1000000, START_BITS = 1, FASTEST_COUNTED_BAUD = 19200, FIXED_SILENCE = 1750 };
+enum { START_BITS = 1, FASTEST_COUNTED_BAUD = 19200, FIXED_SILENCE = 1750 };
 
 void take(int& setting, const QStringList& texts, int index)
 {
@@ -57,11 +59,11 @@ LineTiming LineTiming::network()
 
 qint64 LineTiming::frame(int bytes) const
 {
-    return roundedUp(qint64(bytes) * m_bitsPerCharacter * MICROSECONDS, m_baud);
+    return roundedUp(qint64(bytes) * m_bitsPerCharacter * SECOND, m_baud);
 }
 
 qint64 LineTiming::silentInterval() const
 {
     if (m_baud > FASTEST_COUNTED_BAUD) return FIXED_SILENCE;
-    return roundedUp(qint64(7) * m_bitsPerCharacter * MICROSECONDS, qint64(2) * m_baud);
+    return roundedUp(qint64(7) * m_bitsPerCharacter * SECOND, qint64(2) * m_baud);
 }

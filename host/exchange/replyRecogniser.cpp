@@ -4,7 +4,7 @@
 
 namespace {
 
-enum { EXCEPTION_BYTES = 5, READ_OVERHEAD = 5, ECHOED_BYTES = 6 };
+enum { ECHOED_BYTES = 6 };
 
 bool isFrameAt(const QByteArray& received, int at, const QByteArray& start, int length)
 {

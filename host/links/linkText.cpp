@@ -1,8 +1,8 @@
 #include "links/linkText.h"
 
-namespace {
+#include "links/driverParameter.h"
 
-enum ParameterPosition { LINE_POSITION = 1, LINE_PARTS = 4, HOST_POSITION = 7, PORT_POSITION = 8 };
+namespace {
 
 enum {
     LOWEST_BAUD = 300,
@@ -11,6 +11,7 @@ enum {
     MOST_DATA_BITS = 8,
     MOST_STOP_BITS = 2,
     HIGHEST_PORT = 65535,
+    LINE_PARTS = STOP_BITS_PART - BAUD_PART + 1,
     SERIAL_PARTS = 1 + LINE_PARTS,
     NETWORK_PARTS = 2
 };
@@ -100,9 +101,9 @@ LinkDefaults linkDefaults(const QString& parameter)
 {
     const QStringList texts = parameter.split(QLatin1Char(','));
     LinkDefaults defaults;
-    defaults.line = LineSettings::fromTexts(texts.mid(LINE_POSITION, LINE_PARTS));
-    defaults.host = texts.value(HOST_POSITION);
-    defaults.port = texts.value(PORT_POSITION).toInt();
+    defaults.line = LineSettings::fromTexts(texts.mid(BAUD_PART, LINE_PARTS));
+    defaults.host = texts.value(NETWORK_ADDRESS_PART);
+    defaults.port = texts.value(PORT_PART).toInt();
     return defaults;
 }
 

@@ -1,15 +1,18 @@
 #include "links/serialLink.h"
 
-#include <poll.h>
+#include "links/descriptor.h"
+#include "links/descriptorBytes.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+#include <fcntl.h>
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
 #include <system_error>
 
 namespace {
-
-const int WRITE_TIMEOUT_MS = 5000;
 
 QSerialPort::Parity parityOf(const LineSettings& settings)
 {
@@ -23,16 +26,22 @@ QSerialPort::Parity parityOf(const LineSettings& settings)
     }
 }
 
+/// Qt looks below /dev for what does not begin with a slash or a dot.
+QString pathOf(const QString& device)
+{
+    return QFile::exists(device) ? QFileInfo(device).absoluteFilePath() : device;
+}
+
 } // namespace
 
 SerialLink::SerialLink(const QString& device, const LineSettings& settings)
-    : m_device(device), m_port(device)
+    : m_device(device), m_port(pathOf(device))
 {
     m_port.setBaudRate(settings.baud);
     m_port.setDataBits(static_cast<QSerialPort::DataBits>(settings.dataBits));
     m_port.setParity(parityOf(settings));
     m_port.setStopBits(settings.stopBits == 2 ? QSerialPort::TwoStop : QSerialPort::OneStop);
-    if (!m_port.open(QIODevice::ReadWrite)) throw error(m_port.errorString());
+    if (!m_port.open(QIODevice::ReadWrite)) throw openingError();
     m_port.clear(); // what came for an earlier host
 }
 
@@ -41,44 +50,42 @@ LinkError SerialLink::error(const QString& reason) const
     return LinkError((m_device + QLatin1String(": ") + reason).toStdString());
 }
 
-LinkError SerialLink::systemError() const
+/// What can be opened but has no line settings is refused by the system in words of its own.
+LinkError SerialLink::openingError() const
 {
-    if (errno == EIO || errno == ENXIO || errno == ENODEV)
-        return error(QLatin1String("the device is gone"));
-    return error(QString::fromStdString(std::generic_category().message(errno)));
+    const QByteArray name = QFile::encodeName(m_device);
+    const Descriptor opened(open(name.constData(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
+    if (opened.number() >= 0 && !isatty(opened.number()))
+        return LinkError((m_device + QLatin1String(" is not a serial port")).toStdString());
+    return error(m_port.errorString());
 }
 
-void SerialLink::waitUntilWritable() const
+/// An unplugged adapter stays readable for ever and has nothing to read.
+LinkError SerialLink::systemError(int number) const
 {
-    pollfd awaited = {descriptor(), POLLOUT, 0};
-    if (poll(&awaited, 1, WRITE_TIMEOUT_MS) == 0)
-        throw error(QLatin1String("the device takes no bytes"));
+    switch (number) {
+    case EIO:
+    case ENXIO:
+    case ENODEV:
+    case ENODATA:
+        return error(QLatin1String("the device is gone"));
+    case ETIMEDOUT:
+        return error(QLatin1String("the device takes no bytes"));
+    default:
+        return error(QString::fromStdString(std::generic_category().message(number)));
+    }
 }
 
 void SerialLink::write(const QByteArray& bytes)
 {
-    int written = 0;
-    while (written < bytes.size()) {
-        const ssize_t count =
-            ::write(descriptor(), bytes.constData() + written, size_t(bytes.size() - written));
-        if (count >= 0)
-            written += int(count);
-        else if (errno == EAGAIN)
-            waitUntilWritable();
-        else if (errno != EINTR)
-            throw systemError();
-    }
+    if (const int failure = writeAll(descriptor(), bytes, ::write)) throw systemError(failure);
 }
 
-/// An unplugged adapter stays readable for ever and has nothing to read.
 QByteArray SerialLink::read()
 {
-    std::array<char, 4096> bytes;
-    const ssize_t count = ::read(descriptor(), bytes.data(), bytes.size());
-    if (count > 0) return QByteArray(bytes.data(), int(count));
-    if (count < 0 && (errno == EAGAIN || errno == EINTR)) return QByteArray();
-    if (count == 0) errno = EIO;
-    throw systemError();
+    QByteArray bytes;
+    if (const int failure = readAvailable(descriptor(), bytes)) throw systemError(failure);
+    return bytes;
 }
 
 int SerialLink::descriptor() const

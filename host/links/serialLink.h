@@ -20,8 +20,8 @@ public:
 
 private:
     LinkError error(const QString& reason) const;
-    LinkError systemError() const;
-    void waitUntilWritable() const;
+    LinkError openingError() const;
+    LinkError systemError(int number) const;
 
     const QString m_device;
     QSerialPort m_port;

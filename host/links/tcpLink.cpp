@@ -1,63 +1,129 @@
 #include "links/tcpLink.h"
 
+#include "links/descriptorBytes.h"
+
+#include <QEventLoop>
+#include <QNetworkProxy>
+#include <QSocketNotifier>
+#include <QTimer>
+
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <sys/socket.h>
+
+#include <atomic>
+#include <cerrno>
+#include <memory>
+#include <system_error>
 
 namespace {
 
 enum {
     CONNECT_TIMEOUT_MS = 3000,
-    WRITE_TIMEOUT_MS = 5000,
     UNACKNOWLEDGED_MS = 5000,
     KEEPALIVE_AFTER_S = 2,
     KEEPALIVE_EVERY_S = 1,
     KEEPALIVE_COUNT = 3
 };
 
-void setTcpOption(int socket, int option, int value)
+void noticeDeadPeers(int socket)
 {
-    setsockopt(socket, IPPROTO_TCP, option, &value, sizeof value);
+    const struct
+    {
+        int level;
+        int option;
+        int value;
+    } options[] = {{IPPROTO_TCP, TCP_NODELAY, 1},
+                   {SOL_SOCKET, SO_KEEPALIVE, 1},
+                   {IPPROTO_TCP, TCP_KEEPIDLE, KEEPALIVE_AFTER_S},
+                   {IPPROTO_TCP, TCP_KEEPINTVL, KEEPALIVE_EVERY_S},
+                   {IPPROTO_TCP, TCP_KEEPCNT, KEEPALIVE_COUNT},
+                   {IPPROTO_TCP, TCP_USER_TIMEOUT, UNACKNOWLEDGED_MS}};
+    for (const auto& one : options)
+        setsockopt(socket, one.level, one.option, &one.value, sizeof one.value);
 }
+
+bool isOver(QAbstractSocket::SocketState connecting)
+{
+    return connecting == QAbstractSocket::ConnectedState ||
+           connecting == QAbstractSocket::UnconnectedState;
+}
+
+std::atomic<bool> lookupLeftBehind{false};
 
 } // namespace
 
 TcpLink::TcpLink(const QString& host, int port)
+    : TcpLink(host, port, *std::make_unique<Cancellation>())
+{
+}
+
+TcpLink::TcpLink(const QString& host, int port, Cancellation& cancellation)
     : m_name(QString(QLatin1String("%1, port %2")).arg(host).arg(port))
 {
+    connectTo(host, port, cancellation);
+    if (m_socket.state() != QAbstractSocket::ConnectedState) throw error(reasonFor(cancellation));
+    noticeDeadPeers(descriptor());
+}
+
+bool TcpLink::hasLeftLookupBehind()
+{
+    return lookupLeftBehind;
+}
+
+/// Events are handled only in here; afterwards Qt's notifiers are silent and read nothing ahead.
+void TcpLink::connectTo(const QString& host, int port, const Cancellation& cancellation)
+{
+    QEventLoop loop;
+    const auto quitWhenOver = [&loop](QAbstractSocket::SocketState state) {
+        if (isOver(state)) loop.quit();
+    };
+    QObject::connect(&m_socket, &QTcpSocket::stateChanged, &loop, quitWhenOver);
+    QTimer::singleShot(int(CONNECT_TIMEOUT_MS), Qt::PreciseTimer, &loop, &QEventLoop::quit);
+    // Qt 5.15 and 6 have no other spelling of this signal in common.
+    const QSocketNotifier asked(cancellation.descriptor(), QSocketNotifier::Read);
+    QObject::connect(&asked, SIGNAL(activated(int)), &loop, SLOT(quit()));
+
+    m_socket.setProxy(QNetworkProxy::NoProxy); // those of the desktop are for the web
     m_socket.connectToHost(host, static_cast<quint16>(port));
-    if (!m_socket.waitForConnected(CONNECT_TIMEOUT_MS)) throw error();
-    noticeDeadPeers();
+    if (!isOver(m_socket.state())) loop.exec();
+    if (m_socket.state() == QAbstractSocket::HostLookupState) lookupLeftBehind = true;
 }
 
-void TcpLink::noticeDeadPeers()
+/// Why it is not connected.
+QString TcpLink::reasonFor(const Cancellation& cancellation) const
 {
-    m_socket.setSocketOption(QAbstractSocket::LowDelayOption, 1);
-    m_socket.setSocketOption(QAbstractSocket::KeepAliveOption, 1);
-    setTcpOption(descriptor(), TCP_KEEPIDLE, KEEPALIVE_AFTER_S);
-    setTcpOption(descriptor(), TCP_KEEPINTVL, KEEPALIVE_EVERY_S);
-    setTcpOption(descriptor(), TCP_KEEPCNT, KEEPALIVE_COUNT);
-    setTcpOption(descriptor(), TCP_USER_TIMEOUT, UNACKNOWLEDGED_MS);
+    if (isOver(m_socket.state())) return m_socket.errorString();
+    if (cancellation.isAsked()) return QLatin1String("interrupted");
+    if (m_socket.state() == QAbstractSocket::HostLookupState)
+        return QLatin1String("the name lookup takes too long");
+    return QLatin1String("Connection timed out");
 }
 
-LinkError TcpLink::error() const
+LinkError TcpLink::error(const QString& reason) const
 {
-    return LinkError((m_name + QLatin1String(": ") + m_socket.errorString()).toStdString());
+    return LinkError((m_name + QLatin1String(": ") + reason).toStdString());
 }
 
+LinkError TcpLink::systemError(int number) const
+{
+    if (number == ENODATA) return error(QLatin1String("the peer closed the connection"));
+    return error(QString::fromStdString(std::generic_category().message(number)));
+}
+
+/// A peer that has hung up is no reason for a signal.
 void TcpLink::write(const QByteArray& bytes)
 {
-    if (m_socket.write(bytes) != bytes.size()) throw error();
-    m_socket.flush();
-    if (m_socket.bytesToWrite() > 0 && !m_socket.waitForBytesWritten(WRITE_TIMEOUT_MS))
-        throw error();
+    const WriteSome sendSome = [](int socket, const void* some, size_t count) {
+        return send(socket, some, count, MSG_NOSIGNAL);
+    };
+    if (const int failure = writeAll(descriptor(), bytes, sendSome)) throw systemError(failure);
 }
 
 QByteArray TcpLink::read()
 {
-    m_socket.waitForReadyRead(0);
-    QByteArray bytes = m_socket.readAll();
-    if (bytes.isEmpty() && m_socket.state() != QAbstractSocket::ConnectedState) throw error();
+    QByteArray bytes;
+    if (const int failure = readAvailable(descriptor(), bytes)) throw systemError(failure);
     return bytes;
 }
 

@@ -1,5 +1,7 @@
 #include "links/wakeableWait.h"
 
+#include "exchange/timeUnits.h"
+
 #include <poll.h>
 #include <sys/eventfd.h>
 #include <sys/prctl.h>
@@ -15,15 +17,13 @@ namespace {
 // Waking up takes the system tens of microseconds, so the last ones are spent awake.
 const qint64 AWAKE = 80;
 
-const timespec AT_ONCE = {0, 0};
-
 using Clock = std::chrono::steady_clock;
 
 timespec timeOf(qint64 microseconds)
 {
     timespec time = {};
-    time.tv_sec = time_t(microseconds / 1000000);
-    time.tv_nsec = long(microseconds % 1000000) * 1000;
+    time.tv_sec = time_t(microseconds / SECOND);
+    time.tv_nsec = long(microseconds % SECOND) * NANOSECONDS_PER_MICROSECOND;
     return time;
 }
 
@@ -58,10 +58,14 @@ bool WakeableWait::wait(int descriptor, qint64 microseconds)
 {
     if (microseconds < 0) return poll(descriptor, nullptr) == READABLE;
     const auto end = Clock::now() + std::chrono::microseconds(microseconds);
-    const timespec asleep = timeOf(std::max<qint64>(microseconds - AWAKE, 0));
-    Outcome outcome = poll(descriptor, &asleep);
-    while (outcome == NOTHING && Clock::now() < end)
-        outcome = poll(descriptor, &AT_ONCE);
+    Outcome outcome = NOTHING;
+    do {
+        // Not only once: a signal ends a sleep early.
+        const qint64 left =
+            std::chrono::duration_cast<std::chrono::microseconds>(end - Clock::now()).count();
+        const timespec asleep = timeOf(std::max<qint64>(left - AWAKE, 0));
+        outcome = poll(descriptor, &asleep);
+    } while (outcome == NOTHING && Clock::now() < end);
     return outcome == READABLE;
 }
 

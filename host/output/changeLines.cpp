@@ -1,5 +1,6 @@
 #include "output/changeLines.h"
 
+#include "exchange/timeUnits.h"
 #include "output/columnText.h"
 
 #include <QJsonDocument>
@@ -9,7 +10,7 @@
 
 namespace {
 
-enum { SECOND = 1000000, SECOND_DIGITS = 6 };
+enum { SECOND_DIGITS = 6 };
 
 QString secondsText(qint64 time)
 {

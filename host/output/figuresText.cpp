@@ -1,10 +1,10 @@
 #include "output/figuresText.h"
 
+#include "exchange/timeUnits.h"
+
 #include <QStringList>
 
 namespace {
-
-enum { MILLISECOND = 1000, SECOND = 1000000 };
 
 QString timeText(qint64 microseconds)
 {
@@ -27,38 +27,49 @@ QJsonValue jsonTime(qint64 microseconds)
     return microseconds >= 0 ? QJsonValue(microseconds) : QJsonValue();
 }
 
-} // namespace
-
-QString figuresText(const LinkFigures& figures)
+QString textOf(const LinkFigures& figures, const LinkRates& rates)
 {
     QStringList parts;
     if (!figures.connected) parts << QString::fromLatin1("link lost");
-    parts << QString::number(figures.exchangesPerSecond, 'f', 1) + QLatin1String(" exchanges/s");
+    parts << QString::number(rates.exchangesPerSecond, 'f', 1) + QLatin1String(" exchanges/s");
     parts << counted("retries", figures.retries);
     parts << counted("give-ups", figures.giveUps);
     parts << counted("refused", figures.refusals);
-    parts << QLatin1String("reply p50 ") + timeText(figures.replyMedian);
-    parts << QLatin1String("p99 ") + timeText(figures.reply99);
-    if (figures.wireShare >= 0)
-        parts << QLatin1String("wire ") + QString::number(figures.wireShare * 100, 'f', 0) +
+    parts << QLatin1String("reply p50 ") + timeText(rates.replyMedian);
+    parts << QLatin1String("p99 ") + timeText(rates.reply99);
+    if (rates.wireShare >= 0)
+        parts << QLatin1String("wire ") + QString::number(rates.wireShare * 100, 'f', 0) +
                      QLatin1String(" %");
     parts << counted("losses", figures.losses);
     return parts.join(QLatin1String("  "));
 }
 
+} // namespace
+
+QString figuresText(const LinkFigures& figures)
+{
+    return textOf(figures, figures.wholeRun);
+}
+
+QString liveFiguresText(const LinkFigures& figures)
+{
+    return textOf(figures, figures.lately);
+}
+
 QJsonObject figuresJson(const LinkFigures& figures)
 {
+    const LinkRates& rates = figures.wholeRun;
     QJsonObject json;
     json.insert(QLatin1String("connected"), figures.connected);
-    json.insert(QLatin1String("exchangesPerSecond"), figures.exchangesPerSecond);
+    json.insert(QLatin1String("exchangesPerSecond"), rates.exchangesPerSecond);
     json.insert(QLatin1String("exchanges"), figures.exchanges);
     json.insert(QLatin1String("retries"), figures.retries);
     json.insert(QLatin1String("giveUps"), figures.giveUps);
     json.insert(QLatin1String("refusals"), figures.refusals);
     json.insert(QLatin1String("losses"), figures.losses);
-    json.insert(QLatin1String("replyMedian"), jsonTime(figures.replyMedian));
-    json.insert(QLatin1String("reply99"), jsonTime(figures.reply99));
+    json.insert(QLatin1String("replyMedian"), jsonTime(rates.replyMedian));
+    json.insert(QLatin1String("reply99"), jsonTime(rates.reply99));
     json.insert(QLatin1String("wireShare"),
-                figures.wireShare >= 0 ? QJsonValue(figures.wireShare) : QJsonValue());
+                rates.wireShare >= 0 ? QJsonValue(rates.wireShare) : QJsonValue());
     return json;
 }

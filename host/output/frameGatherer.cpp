@@ -59,3 +59,11 @@ std::vector<GatheredFrame> FrameGatherer::flush()
     if (m_received.isEmpty()) return {};
     return {takeFirst(int(m_received.size()), GatheredFrame::STRAY)};
 }
+
+std::vector<GatheredFrame> FrameGatherer::flushAtHole()
+{
+    std::vector<GatheredFrame> frames = flush();
+    m_request.clear();
+    m_replyDue = 0;
+    return frames;
+}

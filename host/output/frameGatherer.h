@@ -33,6 +33,9 @@ public:
     /// Gives out what is still held. What comes behind it is not joined to it.
     std::vector<GatheredFrame> flush();
 
+    /// The same ahead of a hole in the records: what comes behind it answers no request known.
+    std::vector<GatheredFrame> flushAtHole();
+
 private:
     void takeAnswer(std::vector<GatheredFrame>& frames);
     GatheredFrame takeFirst(int bytes, GatheredFrame::Kind kind);

@@ -10,11 +10,7 @@
 namespace {
 
 enum {
-    SHORTEST_FRAME = 4,
-    SHORT_REQUEST_BYTES = 8, ///< functions 3 to 6, and the echo of every write
     LONG_REQUEST_OVERHEAD = 9,
-    READ_OVERHEAD = 5,
-    EXCEPTION_BYTES = 5,
     NUMBER_AT = 2,
     QUANTITY_AT = 4,
     WRITE_DATA_AT = 7,
@@ -103,7 +99,7 @@ QString registersRequest(const QByteArray& frame)
 int promisedRequestLength(const QByteArray& frame)
 {
     const int function = frameByte(frame, 1);
-    if (function >= READ_HOLDING && function <= WRITE_REGISTER) return SHORT_REQUEST_BYTES;
+    if (function >= READ_HOLDING && function <= WRITE_REGISTER) return FIXED_REQUEST_BYTES;
     if (frame.size() < LONG_REQUEST_OVERHEAD) return LONG_REQUEST_OVERHEAD;
     const int quantity = frameWord(frame, QUANTITY_AT);
     if (function == WRITE_COILS) return LONG_REQUEST_OVERHEAD + (quantity + 7) / 8;
@@ -158,7 +154,7 @@ bool isEcho(const QByteArray& frame)
     const int function = frameByte(frame, 1);
     const bool writes = function == WRITE_COIL || function == WRITE_REGISTER ||
                         function == WRITE_COILS || function == WRITE_REGISTERS;
-    return writes && frame.size() == SHORT_REQUEST_BYTES;
+    return writes && frame.size() == FIXED_REQUEST_BYTES;
 }
 
 QString replyWords(const QByteArray& frame)

@@ -1,10 +1,9 @@
 #include "output/frameTrace.h"
 
+#include "exchange/timeUnits.h"
 #include "output/frameMeaning.h"
 
 namespace {
-
-enum { MICROSECONDS = 1000000 };
 
 QString meaning(const GatheredFrame& frame)
 {
@@ -20,11 +19,11 @@ FrameTrace::FrameTrace(std::FILE* out) : m_out(out) {}
 void FrameTrace::write(const std::vector<GatheredFrame>& frames)
 {
     for (const GatheredFrame& frame : frames) {
-        std::fprintf(
-            m_out, "%5lld.%06lld %c %s  %s\n", static_cast<long long>(frame.time / MICROSECONDS),
-            static_cast<long long>(frame.time % MICROSECONDS),
-            frame.kind == GatheredFrame::REQUEST ? '>' : '<',
-            frame.bytes.toHex(' ').toUpper().constData(), meaning(frame).toUtf8().constData());
+        std::fprintf(m_out, "%5lld.%06lld %c %s  %s\n", static_cast<long long>(frame.time / SECOND),
+                     static_cast<long long>(frame.time % SECOND),
+                     frame.kind == GatheredFrame::REQUEST ? '>' : '<',
+                     frame.bytes.toHex(' ').toUpper().constData(),
+                     meaning(frame).toUtf8().constData());
         std::fflush(m_out);
     }
 }
@@ -32,6 +31,14 @@ void FrameTrace::write(const std::vector<GatheredFrame>& frames)
 void FrameTrace::add(const FrameRecord& record)
 {
     write(m_gatherer.add(record));
+}
+
+void FrameTrace::addHole(qint64 count)
+{
+    write(m_gatherer.flushAtHole());
+    std::fprintf(m_out, "%lld frames missed: the output was blocked\n",
+                 static_cast<long long>(count));
+    std::fflush(m_out);
 }
 
 void FrameTrace::flush()

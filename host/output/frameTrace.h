@@ -13,6 +13,7 @@
 ///      1.257003 < FF  stray: 1 byte that is no frame
 ///
 /// A line is written when its frame is complete, so stray bytes show with the next request only.
+/// Where records are missing, a line says how many.
 class FrameTrace
 {
 public:
@@ -20,6 +21,9 @@ public:
     explicit FrameTrace(std::FILE* out);
 
     void add(const FrameRecord& record);
+
+    /// `count` records that belong here were not kept, because nobody took them in time.
+    void addHole(qint64 count);
 
     /// Writes what is still held; call it at the end.
     void flush();

@@ -1,5 +1,7 @@
 #include "output/pcapFile.h"
 
+#include "exchange/timeUnits.h"
+
 #include <QFile>
 
 #include <pcap/pcap.h>
@@ -10,7 +12,6 @@
 namespace {
 
 enum {
-    MICROSECONDS = 1000000,
     LONGEST_PACKET = 65535,
     HOST_PORT = 50000,
     IP_BYTES = 20,
@@ -115,13 +116,18 @@ void PcapFile::write(const GatheredFrame& frame)
     const QByteArray bytes = packet(frame, ++m_packets);
     const qint64 clock = m_startClock + frame.time;
     pcap_pkthdr header = {};
-    header.ts.tv_sec = decltype(header.ts.tv_sec)(clock / MICROSECONDS);
-    header.ts.tv_usec = decltype(header.ts.tv_usec)(clock % MICROSECONDS);
+    header.ts.tv_sec = decltype(header.ts.tv_sec)(clock / SECOND);
+    header.ts.tv_usec = decltype(header.ts.tv_usec)(clock % SECOND);
     header.caplen = bpf_u_int32(bytes.size());
     header.len = header.caplen;
     pcap_dump(reinterpret_cast<u_char*>(m_dump.get()), &header,
               reinterpret_cast<const u_char*>(bytes.constData()));
     flush();
+}
+
+void PcapFile::addHole()
+{
+    m_gatherer.flushAtHole();
 }
 
 void PcapFile::add(const FrameRecord& record)

@@ -27,8 +27,9 @@ struct PcapError : std::runtime_error
 /// 10502 of 192.0.2.2 (the PLC), whatever the link is. "Decode As" sets no port for the dissector:
 /// with it alone, functions 5 and 6 cannot be told from their echoes.
 ///
-/// Every sent frame is written, and of what was received the recognised answers. Stray bytes and
-/// damaged replies are not: they would only show as malformed packets. They are in the trace.
+/// Every sent frame is written, and of what was received the recognised answers. Stray bytes,
+/// damaged replies and frames that answer nothing, such as another station's, are not: they would
+/// only show as malformed packets or as answers. They are in the trace.
 class PcapFile
 {
 public:
@@ -43,6 +44,9 @@ public:
     /// Writes the frames that are complete by now through to the file.
     /// @throws PcapError when they cannot be written
     void add(const FrameRecord& record);
+
+    /// Records that belong here were not kept.
+    void addHole();
 
 private:
     struct CloseHandle

@@ -10,6 +10,13 @@ void ReplyTimes::add(qint64 time)
     ++m_count;
 }
 
+void ReplyTimes::remove(qint64 time)
+{
+    if (time < 0) return;
+    --m_counts[std::size_t(bucketOf(time))];
+    --m_count;
+}
+
 qint64 ReplyTimes::percentile(double percent) const
 {
     if (m_count == 0) return 0;

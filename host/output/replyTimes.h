@@ -12,6 +12,9 @@ public:
     /// One reply's time. A negative one means that none came, and does not count.
     void add(qint64 time);
 
+    /// Takes back a time that was added.
+    void remove(qint64 time);
+
     qint64 count() const
     {
         return m_count;

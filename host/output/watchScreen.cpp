@@ -171,7 +171,7 @@ QByteArray WatchScreen::frame(const std::vector<WatchRow>& table, const LinkFigu
     if (rows < 1) return QByteArray();
     const int width = columns - 1;
     FrameBytes bytes(width, rows);
-    for (const QString& line : figureLines(figuresText(figures), width)) {
+    for (const QString& line : figureLines(liveFiguresText(figures), width)) {
         bytes.addLine(line, figures.connected ? "" : BOLD);
     }
     addTable(bytes, table, width);

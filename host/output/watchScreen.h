@@ -12,8 +12,8 @@
 class WatchScreen
 {
 public:
-    /// The link's figures, the headings and as many rows as the terminal has lines for; the rest
-    /// is counted in the last line. The last column stays empty.
+    /// The link's figures of late, the headings and as many rows as the terminal has lines for; the
+    /// rest is counted in the last line. The last column stays empty.
     /// @param columns  the terminal's width
     /// @param rows     its height
     QByteArray frame(const std::vector<WatchRow>& table, const LinkFigures& figures, int columns,

@@ -4,6 +4,11 @@ namespace {
 
 const char BYTE_ORDER_MARK[] = "\xEF\xBB\xBF";
 
+bool isBlank(char character)
+{
+    return character == ' ' || character == '\t' || character == '\r';
+}
+
 class CsvReader
 {
 public:
@@ -29,7 +34,8 @@ private:
     bool skipLineWithoutRecord();
     void skipLine();
     CsvRecord readRecord();
-    QByteArray readField(QString& problem);
+    QByteArray readField(CsvRecord& record);
+    CsvCell cellSince(int blanks, int start) const;
     QByteArray readQuoted(QString& problem);
     QByteArray readPlain(QString& problem);
 
@@ -66,7 +72,7 @@ void CsvReader::skipLine()
 
 void CsvReader::skipBlanks()
 {
-    while (at(m_at) == ' ' || at(m_at) == '\t' || at(m_at) == '\r')
+    while (isBlank(at(m_at)))
         ++m_at;
 }
 
@@ -87,7 +93,7 @@ CsvRecord CsvReader::readRecord()
     CsvRecord record;
     record.line = m_line;
     for (bool last = false; !last; ++m_at) {
-        const QByteArray bytes = readField(record.problem);
+        const QByteArray bytes = readField(record);
         if (!record.problem.isEmpty()) return record;
         record.fields << QString::fromUtf8(bytes);
         if (record.fields.last().toUtf8() != bytes) {
@@ -100,10 +106,26 @@ CsvRecord CsvReader::readRecord()
     return record;
 }
 
-QByteArray CsvReader::readField(QString& problem)
+QByteArray CsvReader::readField(CsvRecord& record)
 {
+    const int blanks = m_at;
     skipBlanks();
-    return at(m_at) == '"' ? readQuoted(problem) : readPlain(problem);
+    const int start = m_at;
+    const QByteArray field =
+        at(start) == '"' ? readQuoted(record.problem) : readPlain(record.problem);
+    record.cells.push_back(cellSince(blanks, start));
+    return field;
+}
+
+CsvCell CsvReader::cellSince(int blanks, int start) const
+{
+    int end = m_at;
+    while (end > start && isBlank(at(end - 1)))
+        --end;
+    CsvCell cell;
+    cell.start = end > start ? start : blanks; // the blanks may be the line's end on Windows
+    cell.size = end - start;
+    return cell;
 }
 
 QByteArray CsvReader::readPlain(QString& problem)

@@ -6,11 +6,7 @@
 
 namespace {
 
-enum {
-    GROUP_BITS = 16,
-    MARKER_BITS_START = 3000, // address number of MX 0.0
-    LAST_NUMBER = 65535
-};
+enum { GROUP_BITS = 16, LAST_NUMBER = 65535 };
 
 /// Words that are read together or not at all.
 struct Span
@@ -119,7 +115,7 @@ void appendWordBlocks(const AreaOfStation& area, const std::vector<Span>& spans,
 /// The group of 16 bits that a bit belongs to; the last one of the markers is cut short.
 ReadBlock groupOf(const AreaOfStation& area, int number)
 {
-    const int base = area.second == QLatin1String("MX") ? int(MARKER_BITS_START) : 0;
+    const int base = area.second == QLatin1String("MX") ? int(FIRST_MARKER_NUMBER) : 0;
     const int first = base + (number - base) / GROUP_BITS * GROUP_BITS;
     return blockOf(area, first, std::min(int(GROUP_BITS), LAST_NUMBER + 1 - first));
 }

@@ -16,7 +16,7 @@ struct ReadBlock
     std::vector<int> tags; ///< indices of the tags that it brings, ascending
 };
 
-/// The blocks that read all tags in the least time on the wire.
+/// The blocks that read all tags in the least time on the wire, and of those the fewest.
 ///
 /// Words of one station and area are taken together across gaps wherever reading the gap costs less
 /// than another request; a tag of two words is never torn. Bits come as whole groups of 16, from

@@ -11,6 +11,7 @@ struct Recipe
 {
     std::vector<Tag> tags;
     std::vector<QByteArray> values; ///< by tag, as intf_setData takes them; empty: none given
+    QByteArray text;                ///< of the file that it was read from
 };
 
 /// Reads a recipe: a tag file with one more column, value, which may be empty when the recipe is
@@ -23,8 +24,8 @@ struct Recipe
 /// @throws TagFileError naming all bad lines at once, also when the file cannot be read
 Recipe readRecipeFile(const QString& fileName, const DriverLibrary& driver, bool valuesNeeded);
 
-/// Writes a recipe so that readRecipeFile() reads it back. The file is replaced as a whole or not
-/// at all.
+/// Writes a recipe that readRecipeFile() has read: its text with the values that it has now, and
+/// all else as it was. The file is replaced as a whole or not at all.
 /// @throws TagFileError when it cannot be written
 void writeRecipeFile(const QString& fileName, const Recipe& recipe);
 

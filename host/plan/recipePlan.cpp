@@ -1,5 +1,7 @@
 #include "plan/recipePlan.h"
 
+#include "plan/sharedMemory.h"
+
 #include <QStringList>
 
 #include <algorithm>
@@ -36,16 +38,14 @@ void RecipePlan::sortUnits()
 void RecipePlan::checkShared() const
 {
     QStringList problems;
-    for (size_t i = 1; i < m_units.size(); ++i) {
-        const Unit& a = m_units[i - 1];
-        const Unit& b = m_units[i];
-        if (a.station != b.station || a.area != b.area || a.number != b.number) continue;
+    for (const auto& [first, second] : sharingTags(m_tags)) {
+        const Tag& a = m_tags[first];
+        const Tag& b = m_tags[second];
         problems << QString(QLatin1String("%1 and %2 share %3 of station %4"))
-                        .arg(m_tags[a.tag].name, m_tags[b.tag].name,
-                             QLatin1String(isBitArea(a.area) ? "a bit" : "a word"))
+                        .arg(a.name, b.name,
+                             QLatin1String(a.isBit() || b.isBit() ? "a bit" : "a word"))
                         .arg(a.station);
     }
-    problems.removeDuplicates();
     if (!problems.isEmpty()) throw RecipeError(problems.join(QLatin1Char('\n')).toStdString());
 }
 

@@ -32,7 +32,7 @@ public:
     };
 
     /// @param linkNumber  of the records
-    /// @throws RecipeError when two tags share a unit, or all do not fit into the buffer
+    /// @throws RecipeError when two tags share memory, or all do not fit into the buffer
     RecipePlan(const std::vector<Tag>& tags, int linkNumber);
 
     QVector<_RCP_VAR_PRO> downloadRecords() const;

@@ -4,6 +4,9 @@
 #include <QMetaType>
 #include <QString>
 
+/// Address number of the first marker, MW 0 as well as MX 0.0; the other areas begin at 0.
+enum { FIRST_MARKER_NUMBER = 3000 };
+
 /// A bit area's name ends in X, a word area's in W.
 inline bool isBitArea(const QString& area)
 {

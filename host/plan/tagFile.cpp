@@ -177,6 +177,20 @@ std::vector<Tag> readTags(const QByteArray& csv, const DriverLibrary& driver,
     return reader.tags();
 }
 
+QByteArray withValues(const QByteArray& csv, const QStringList& values)
+{
+    const std::vector<CsvRecord> records = csvRecords(csv);
+    const int column = int(records.front().fields.indexOf(columnName(VALUE)));
+    QByteArray text;
+    int copied = 0;
+    for (int tag = 0; tag < int(values.size()); ++tag) {
+        const CsvCell& cell = records[size_t(tag) + 1].cells[size_t(column)];
+        text += csv.mid(copied, cell.start - copied) + values.at(tag).toUtf8();
+        copied = cell.start + cell.size;
+    }
+    return text + csv.mid(copied);
+}
+
 QByteArray fileBytes(const QString& fileName)
 {
     QFile file(fileName);

@@ -36,6 +36,11 @@ using ValueJudge = std::function<QString(const Tag& tag, const QString& value)>;
 std::vector<Tag> readTags(const QByteArray& csv, const DriverLibrary& driver,
                           const ValueJudge& judge);
 
+/// CSV text that was read with a judge, with other texts in its column `value`; comment lines, the
+/// order of the columns, quotes and blanks stay as they are.
+/// @param values  by tag, texts that need no quotes
+QByteArray withValues(const QByteArray& csv, const QStringList& values);
+
 /// The bytes of a file.
 /// @throws TagFileError when it cannot be read
 QByteArray fileBytes(const QString& fileName);

@@ -1,10 +1,13 @@
 #include "plan/tagText.h"
 
+#include "driver/addressing.h"
+#include "plan/sharedMemory.h"
+
 #include <algorithm>
 
 namespace {
 
-enum { BIT_VARIABLE = -1, WORD_VARIABLE = 0, READING = 0, LAST_STATION = 247 };
+enum { LAST_STATION = 247 };
 
 const char* const TYPE_NAMES[] = {"bool", "int16", "uint16", "int32", "uint32", "float32"};
 
@@ -14,6 +17,12 @@ QStringList areas(const DriverLibrary& driver)
     driver.getRegListByType(1, names);
     driver.getRegListByType(0, names);
     return names;
+}
+
+int checkAddress(const Tag& tag, AddressUse use, int& number, const DriverLibrary& driver)
+{
+    return driver.checkAddr(tag.area, tag.address, number,
+                            tag.isBit() ? BIT_VARIABLE : WORD_VARIABLE, tag.units(), use);
 }
 
 QString rangeProblem(const Tag& tag, const DriverLibrary& driver)
@@ -41,9 +50,7 @@ QString areaProblem(const Tag& tag, const DriverLibrary& driver)
 
 QString addressProblem(Tag& tag, const DriverLibrary& driver)
 {
-    const int result =
-        driver.checkAddr(tag.area, tag.address, tag.number,
-                         tag.isBit() ? BIT_VARIABLE : WORD_VARIABLE, tag.units(), READING);
+    const int result = checkAddress(tag, FOR_READING, tag.number, driver);
     switch (result) {
     case ADDRESS_VALID:
         return QString();
@@ -57,6 +64,14 @@ QString addressProblem(Tag& tag, const DriverLibrary& driver)
         return QString(QLatin1String("the driver does not take address %1 of %2, result %3"))
             .arg(tag.address, tag.area, QString::number(result));
     }
+}
+
+QString writeProblem(const Tag& tag, const DriverLibrary& driver)
+{
+    int number = 0;
+    if (checkAddress(tag, FOR_WRITING, number, driver) == ADDRESS_READ_ONLY)
+        return QString(QLatin1String("area %1 is read-only")).arg(tag.area);
+    return coilProblem(tag.area, tag.number, tag.units());
 }
 
 bool takeType(const QString& text, Tag& tag)

@@ -26,6 +26,9 @@ QString areaProblem(const Tag& tag, const DriverLibrary& driver);
 /// is noted.
 QString addressProblem(Tag& tag, const DriverLibrary& driver);
 
+/// Why a tag, whose address the driver has judged good, cannot be written; empty when it can.
+QString writeProblem(const Tag& tag, const DriverLibrary& driver);
+
 QString quoted(const QString& text);
 
 #endif

@@ -13,8 +13,8 @@ struct WireCost
     qint64 word = 0;    ///< each word of data
 };
 
-/// The cost on a line, exact to half a microsecond a word. A network's line takes no time at all;
-/// with no turnaround either, a request counts as 1 ms, so that the fewest requests are the best.
+/// The cost on a line, exact to half a microsecond a word. A network's line takes no time at all:
+/// there a request costs the turnaround alone, and a word nothing.
 /// @param turnaround  microseconds that the station takes to begin its answer
 WireCost wireCost(const LineTiming& timing, qint64 turnaround);
 

@@ -1,13 +1,18 @@
 #include "session/communication.h"
 
+#include "exchange/timeUnits.h"
+
 #include <algorithm>
 #include <utility>
 
 namespace {
 
-enum { LONGEST_PAUSE_MS = 30000, MICROSECONDS_PER_MS = 1000 };
+enum { LONGEST_PAUSE_MS = 30000 };
 
 const qint64 FOR_EVER = -1;
+
+const qint64 LONGEST_STAY_WHEN_INTERRUPTED = 200 * MILLISECOND;
+const qint64 INTERRUPT_GLANCE = 50 * MILLISECOND; // how often it is looked for
 
 } // namespace
 
@@ -32,7 +37,7 @@ void Communication::start()
 
 qint64 Communication::now() const
 {
-    return m_clock.nsecsElapsed() / 1000;
+    return m_clock.nsecsElapsed() / NANOSECONDS_PER_MICROSECOND;
 }
 
 void Communication::poll(const std::vector<Tag>& tags, const std::vector<ReadBlock>& blocks)
@@ -113,7 +118,7 @@ void Communication::runOnce(HostSession& session)
 /// Jobs that come meanwhile only queue up.
 void Communication::pauseAfterLoss(HostSession& session)
 {
-    const qint64 end = now() + qint64(m_pauseMs) * MICROSECONDS_PER_MS;
+    const qint64 end = now() + qint64(m_pauseMs) * MILLISECOND;
     m_pauseMs = std::min(2 * m_pauseMs, int(LONGEST_PAUSE_MS));
     while (!m_stop && now() < end) {
         takeWork(session);
@@ -128,6 +133,21 @@ void Communication::exchange(HostSession& session, Link& link)
         const ExchangeMachine::Step step = session.advance(now());
         if (!step.send.isEmpty()) send(link, step.send);
         const qint64 left = step.idle ? FOR_EVER : std::max<qint64>(step.wakeAt - now(), 0);
+        if (m_wait.wait(link.descriptor(), left)) receive(session, link);
+    }
+    if (m_settings.answersOutliveLink) awaitLateAnswers(session, link);
+}
+
+/// The next program on the line would take them for its own.
+void Communication::awaitLateAnswers(HostSession& session, Link& link)
+{
+    const qint64 stopped = now();
+    while (true) {
+        qint64 end = session.answersUntil();
+        if (m_settings.isInterrupted())
+            end = std::min(end, stopped + LONGEST_STAY_WHEN_INTERRUPTED);
+        const qint64 left = std::min(end - now(), INTERRUPT_GLANCE);
+        if (left <= 0) return;
         if (m_wait.wait(link.descriptor(), left)) receive(session, link);
     }
 }

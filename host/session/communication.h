@@ -32,11 +32,13 @@ public:
         int attempts = 3;
         int firstPauseMs = 500;         ///< before a lost link is tried again; doubles up to 30 s
         bool answersOutliveLink = true; ///< late answers may come over the next link, as on a wire
+        std::function<bool()> isInterrupted = [] { return false; }; ///< the program is to end now
     };
 
     Communication(const DriverLibrary& driver, const Settings& settings, HostBoard& board);
 
-    /// Stops the thread; what is under way is dropped.
+    /// Stops the thread; jobs under way are dropped. Where answers outlive the link, it stays until
+    /// none can come any more, but for 0.2 s at most when the program is interrupted.
     ~Communication() override;
 
     /// Polls the tags; or only knows them, so that reading their blocks once shows their values.
@@ -63,6 +65,7 @@ private:
     void exchange(HostSession& session, Link& link);
     void send(Link& link, const QByteArray& request);
     void receive(HostSession& session, Link& link);
+    void awaitLateAnswers(HostSession& session, Link& link);
     void takeWire(qint64 from, qint64 until);
     void runOnce(HostSession& session);
     void pauseAfterLoss(HostSession& session);

@@ -1,5 +1,6 @@
 #include "session/driverSession.h"
 
+#include "driver/addressing.h"
 #include "plan/tag.h"
 
 #include <QMutexLocker>
@@ -106,18 +107,12 @@ QByteArray DriverSession::recipeBytes(int count) const
                       std::min(count, 2 * RECIPE_WORDS));
 }
 
-QString DriverSession::addressText(const QString& area, int number) const
-{
-    QVector<QString> texts;
-    QVector<int> numbers;
-    m_driver.multiCopy(area, number, 1, 1, texts, numbers);
-    return area + texts.value(0);
-}
-
 QString DriverSession::placesText(const VARIABLE& var) const
 {
-    QString text = addressText(var.regName, var.addr);
-    if (var.count > 1)
-        text += QLatin1String(" to ") + addressText(var.regName, var.addr + var.count - 1);
+    const auto placeOf = [&](int number) {
+        return var.regName + addressText(m_driver, var.regName, number);
+    };
+    QString text = placeOf(var.addr);
+    if (var.count > 1) text += QLatin1String(" to ") + placeOf(var.addr + var.count - 1);
     return text + QString(QLatin1String(" of station %1")).arg(var.station);
 }

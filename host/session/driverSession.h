@@ -70,7 +70,6 @@ public:
     QString placesText(const VARIABLE& var) const;
 
 private:
-    QString addressText(const QString& area, int number) const;
     static void noteChange(int context, int station, QString& area, int number);
 
     const DriverLibrary& m_driver;

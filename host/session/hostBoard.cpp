@@ -1,13 +1,9 @@
 #include "session/hostBoard.h"
 
-#include <algorithm>
 #include <chrono>
 #include <utility>
 
-HostBoard::HostBoard(size_t tags, bool keepFrames)
-    : m_keepFrames(keepFrames), m_tags(tags), m_wire(0)
-{
-}
+HostBoard::HostBoard(size_t tags, bool keepFrames) : m_keepFrames(keepFrames), m_tags(tags) {}
 
 /// With the mutex held.
 void HostBoard::news()
@@ -75,7 +71,7 @@ void HostBoard::recipeProgress(int, int done)
     news();
 }
 
-void HostBoard::exchanged(const FINISHED_EXCHANGE& finished, qint64)
+void HostBoard::exchanged(const FINISHED_EXCHANGE& finished, qint64 now)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
     if (finished.result == REPLY_RETRY) {
@@ -83,11 +79,14 @@ void HostBoard::exchanged(const FINISHED_EXCHANGE& finished, qint64)
         return;
     }
     ++m_figures.exchanges;
-    m_replyTimes.add(finished.replyTime);
-    if (finished.exceptionCode != 0)
+    if (finished.exceptionCode != 0) {
         ++m_figures.refusals;
-    else if (finished.result == REPLY_GIVEN_UP)
+    } else if (finished.result == REPLY_GIVEN_UP) {
         ++m_figures.giveUps;
+        return;
+    }
+    m_wholeRun.exchanged(finished.replyTime);
+    m_lately.exchanged(finished.replyTime, now);
 }
 
 void HostBoard::linkChanged(bool connected, const QString& trouble, qint64 now)
@@ -95,7 +94,10 @@ void HostBoard::linkChanged(bool connected, const QString& trouble, qint64 now)
     const std::lock_guard<std::mutex> lock(m_mutex);
     if (m_figures.connected && !connected) ++m_figures.losses;
     m_figures.connected = connected;
-    if (connected && m_firstConnected < 0) m_firstConnected = now;
+    if (connected && !std::exchange(m_wasConnected, true)) {
+        m_wholeRun.start(now);
+        m_lately.start(now);
+    }
     m_news.linkEvents.push_back({now, connected, trouble});
     news();
 }
@@ -119,8 +121,8 @@ void HostBoard::frame(FrameRecord::Direction direction, const QByteArray& bytes,
 void HostBoard::wireTaken(qint64 from, qint64 until)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    m_hasWire = true;
-    m_wire.add(from, until);
+    m_wholeRun.wireTaken(from, until);
+    m_lately.wireTaken(from, until);
 }
 
 void HostBoard::waitForNews(int ms)
@@ -154,12 +156,7 @@ LinkFigures HostBoard::figures(qint64 now) const
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
     LinkFigures figures = m_figures;
-    const qint64 taken = now - std::max<qint64>(m_firstConnected, 0);
-    if (taken > 0) figures.exchangesPerSecond = double(m_figures.exchanges) * 1e6 / double(taken);
-    if (m_replyTimes.count() > 0) {
-        figures.replyMedian = m_replyTimes.percentile(50);
-        figures.reply99 = m_replyTimes.percentile(99);
-    }
-    if (m_hasWire) figures.wireShare = m_wire.share(now);
+    figures.wholeRun = m_wholeRun.at(now);
+    figures.lately = m_lately.at(now);
     return figures;
 }

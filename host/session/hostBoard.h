@@ -2,9 +2,9 @@
 #define HOST_BOARD_H
 
 #include "output/frameRecord.h"
-#include "output/replyTimes.h"
+#include "output/recentRates.h"
+#include "output/runRates.h"
 #include "output/watchView.h"
-#include "output/wireUse.h"
 #include "session/sessionSink.h"
 
 #include <condition_variable>
@@ -85,11 +85,10 @@ private:
     const bool m_keepFrames;
     std::vector<TagState> m_tags;
     News m_news;
-    LinkFigures m_figures;
-    ReplyTimes m_replyTimes;
-    qint64 m_firstConnected = -1;
-    bool m_hasWire = false;
-    WireUse m_wire;
+    LinkFigures m_figures; ///< without the rates
+    bool m_wasConnected = false;
+    RunRates m_wholeRun;
+    mutable RecentRates m_lately; ///< forgets when it is asked
 };
 
 #endif

@@ -1,34 +1,18 @@
 #include "session/hostSession.h"
 
-#include "exchange/replyRecogniser.h"
+#include "session/exchangeVerdict.h"
 
 #include <algorithm>
 #include <utility>
 
-namespace {
-
-enum { EXCEPTION_BYTES = 5, EXCEPTION_FLAG = 0x80, STILL_WORKING = 5, BUSY = 6 };
-
-/// Asking again changes nothing: the station understood the request and refused it.
-bool isFinalRefusal(const QByteArray& reply)
-{
-    if (reply.size() != EXCEPTION_BYTES) return false;
-    const int function = static_cast<unsigned char>(reply.at(1));
-    const int code = static_cast<unsigned char>(reply.at(2));
-    return (function & EXCEPTION_FLAG) != 0 && code != STILL_WORKING && code != BUSY;
-}
-
-JobEnd::Outcome outcomeOf(const FINISHED_EXCHANGE& finished)
-{
-    if (finished.result == REPLY_ACCEPTED) return JobEnd::DONE;
-    return finished.exceptionCode != 0 ? JobEnd::REFUSED : JobEnd::TIMED_OUT;
-}
-
-} // namespace
-
 HostSession::HostSession(DriverSession& driver, const LineTiming& timing,
                          const ExchangeMachine::Times& times, SessionSink& sink)
-    : m_driver(driver), m_sink(sink), m_machine(*this, timing, times), m_stations(times.answer)
+    : m_driver(driver),
+      m_sink(sink),
+      m_machine(*this, timing, times),
+      m_stations(times.answer),
+      m_values(driver, m_polled, sink),
+      m_recipes(driver, sink)
 {
 }
 
@@ -41,8 +25,7 @@ void HostSession::poll(std::vector<Tag> tags, std::vector<ReadBlock> blocks)
 
 void HostSession::know(std::vector<Tag> tags, std::vector<ReadBlock> blocks)
 {
-    m_shown.assign(tags.size(), QByteArray());
-    m_blocksSeen.clear();
+    m_values.reset(tags.size());
     m_polled.set(std::move(tags), std::move(blocks));
 }
 
@@ -58,7 +41,7 @@ void HostSession::readOnce(int job, const std::vector<ReadBlock>& blocks)
 
 void HostSession::transfer(const RecipeJob& recipe)
 {
-    m_recipes.push_back(recipe);
+    m_recipes.add(recipe);
 }
 
 ExchangeMachine::Step HostSession::advance(qint64 now)
@@ -95,10 +78,11 @@ void HostSession::linkBack(qint64 now)
 int HostSession::getSendFrame(FRAME_PRO* frame)
 {
     const int result = m_driver.getSendFrame(frame);
-    m_isProbe = result != 0 && !m_recipe && m_reads.isProbeUnderWay() && frame->itemCount != 0 &&
+    const bool isRecipe = m_recipes.isUnderWay();
+    m_isProbe = result != 0 && !isRecipe && m_reads.isProbeUnderWay() && frame->itemCount != 0 &&
                 frame->var.varId == DriverSession::ONE_SHOT;
     m_isPointless =
-        result != 0 && !m_recipe && !m_isProbe && m_stations.isSilent(frame->var.station);
+        result != 0 && !isRecipe && !m_isProbe && m_stations.isSilent(frame->var.station);
     if (m_isPointless) frame->sendLen = 0;
     return result;
 }
@@ -122,7 +106,7 @@ void HostSession::feed(qint64 now)
     feedReads();
     if (!m_machine.isBetweenRequests()) return;
     if (m_planDue) plan();
-    feedRecipe();
+    m_recipes.feed();
 }
 
 void HostSession::feedProbes(qint64 now)
@@ -149,41 +133,21 @@ void HostSession::feedWrites()
         m_driver.write(write->station, write->area, write->number, write->bytes);
 }
 
-/// What was not polled until now changed without a word of the driver, so all tags are looked at
-/// again.
+/// What was not polled until now changed without a word of the driver.
 void HostSession::plan()
 {
     m_planDue = false;
     if (!m_isPolling) return;
-    m_blocksSeen.clear();
+    m_values.distrust();
     m_driver.poll(m_polled.keys([this](int station) { return !m_stations.isSilent(station); }));
-}
-
-void HostSession::feedRecipe()
-{
-    if (m_recipe || m_recipes.empty()) return;
-    m_recipe = m_recipes.front();
-    m_recipes.pop_front();
-    m_recipeBlocksDone = 0;
-    if (m_driver.setRecipe(m_recipe->records, m_recipe->values) > 0) {
-        m_driver.raise(m_recipe->flag);
-        return;
-    }
-    JobEnd end;
-    end.job = m_recipe->job;
-    end.outcome = JobEnd::LOST;
-    end.trouble = QLatin1String("the driver took none of the recipe's variables");
-    m_recipe.reset();
-    m_sink.jobEnded(end);
 }
 
 void HostSession::takeFinished(qint64 now)
 {
-    const std::set<int> changed = takeChangedTags();
+    const std::set<int> changed = m_values.takeChanged();
     if (const std::optional<FINISHED_EXCHANGE> finished = m_machine.takeFinished())
         exchangeOver(*finished, now);
-    for (const int tag : changed)
-        m_sink.tagValue(tag, m_shown[size_t(tag)], now);
+    m_values.tell(changed, now);
     reportEnded();
 }
 
@@ -192,8 +156,8 @@ void HostSession::exchangeOver(const FINISHED_EXCHANGE& finished, qint64 now)
     if (!m_isPointless) m_sink.exchanged(finished, now);
     if (finished.result == REPLY_RETRY) return;
     noteStation(finished, now);
-    if (m_recipe)
-        recipeFrameOver(finished);
+    if (m_recipes.isUnderWay())
+        m_recipes.frameOver(finished);
     else if (finished.frame.itemCount == 0)
         writeOver(finished, now);
     else if (finished.frame.var.varId == DriverSession::ONE_SHOT)
@@ -223,35 +187,18 @@ void HostSession::stationWentSilent(int station, qint64 now)
     m_writes.failWaiting(station, trouble);
 }
 
-QString HostSession::troubleOf(const FINISHED_EXCHANGE& finished) const
-{
-    if (finished.exceptionCode != 0)
-        return QString(QLatin1String("refused by the PLC: %1 (exception %2)"))
-            .arg(QLatin1String(exceptionText(finished.exceptionCode)))
-            .arg(finished.exceptionCode);
-    const QString text = finished.heard ? QLatin1String("station %1 gave no usable answer")
-                                        : QLatin1String("station %1 does not answer");
-    return text.arg(finished.frame.var.station);
-}
-
 QString HostSession::blockTroubleOf(const FINISHED_EXCHANGE& finished) const
 {
     return m_driver.placesText(finished.frame.var) + QLatin1String(": ") + troubleOf(finished);
 }
 
-/// When a read has brought another value since the host wrote, the driver shows that one and does
-/// not tell that the written value takes its place.
 void HostSession::writeOver(const FINISHED_EXCHANGE& finished, qint64 now)
 {
     const VARIABLE& var = finished.frame.var;
     const bool done = finished.result == REPLY_ACCEPTED;
     m_writes.ended(var.station, var.regName, var.addr, outcomeOf(finished),
                    done ? QString() : troubleOf(finished));
-    for (const int tag : m_polled.tagsAt(var.station, var.regName, var.addr)) {
-        const QByteArray shown = m_shown[size_t(tag)];
-        fetch(tag);
-        if (m_shown[size_t(tag)] != shown) m_sink.tagValue(tag, m_shown[size_t(tag)], now);
-    }
+    m_values.written(var, now);
 }
 
 void HostSession::readOver(const FINISHED_EXCHANGE& finished, qint64 now)
@@ -259,7 +206,7 @@ void HostSession::readOver(const FINISHED_EXCHANGE& finished, qint64 now)
     const bool done = finished.result == REPLY_ACCEPTED;
     m_reads.ended(outcomeOf(finished), done ? QString() : blockTroubleOf(finished));
     const int block = m_polled.blockOf(finished.frame.var);
-    if (done && block >= 0) blockRead(block, now);
+    if (done && block >= 0) m_values.blockRead(block, m_isPolling, now);
 }
 
 void HostSession::blockOver(const FINISHED_EXCHANGE& finished, qint64 now)
@@ -267,54 +214,9 @@ void HostSession::blockOver(const FINISHED_EXCHANGE& finished, qint64 now)
     const int block = m_polled.blockOf(finished.frame.var);
     if (block < 0) return;
     if (finished.result == REPLY_ACCEPTED)
-        blockRead(block, now);
+        m_values.blockRead(block, m_isPolling, now);
     else
         m_sink.tagsBad(m_polled.block(block).tags, troubleOf(finished), now);
-}
-
-/// A transfer is over when the driver has cleared its flag; the block that it ended with tells how.
-void HostSession::recipeFrameOver(const FINISHED_EXCHANGE& finished)
-{
-    if (finished.result == REPLY_ACCEPTED)
-        m_sink.recipeProgress(m_recipe->job, ++m_recipeBlocksDone);
-    if (m_driver.isRaised(m_recipe->flag)) return;
-    JobEnd end;
-    end.job = m_recipe->job;
-    end.outcome = outcomeOf(finished);
-    if (end.outcome != JobEnd::DONE) end.trouble = blockTroubleOf(finished);
-    end.values = m_driver.recipeBytes(int(m_recipe->values.size()));
-    m_recipe.reset();
-    m_sink.jobEnded(end);
-}
-
-/// The driver does not report a first value of 0, so the first time every tag is looked at; and
-/// each time when it reports nothing, because nothing is polled.
-void HostSession::blockRead(int block, qint64 now)
-{
-    const bool first = m_blocksSeen.insert(block).second;
-    for (const int tag : m_polled.block(block).tags) {
-        if (first || !m_isPolling) fetch(tag);
-        m_sink.tagRead(tag, m_shown[size_t(tag)], now);
-    }
-}
-
-/// Of a block with gaps the driver reports units that no tag shows as well.
-std::set<int> HostSession::takeChangedTags()
-{
-    std::set<int> tags;
-    for (const NotedChange& change : m_driver.takeChanges()) {
-        const std::vector<int>& at = m_polled.tagsAt(change.station, change.area, change.number);
-        tags.insert(at.begin(), at.end());
-    }
-    for (const int tag : tags)
-        fetch(tag);
-    return tags;
-}
-
-void HostSession::fetch(int index)
-{
-    const Tag& tag = m_polled.tag(index);
-    m_shown[size_t(index)] = m_driver.value(tag.station, tag.area, tag.number, tag.units());
 }
 
 void HostSession::reportEnded()

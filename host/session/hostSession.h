@@ -5,22 +5,11 @@
 #include "session/driverSession.h"
 #include "session/oneShotReads.h"
 #include "session/polledTags.h"
+#include "session/recipeTransfers.h"
 #include "session/sessionSink.h"
+#include "session/shownValues.h"
 #include "session/stationWatch.h"
 #include "session/writeJobs.h"
-
-#include <deque>
-#include <optional>
-#include <set>
-
-/// A recipe to transfer.
-struct RecipeJob
-{
-    int job = 0;
-    RecipeFlag flag = RECIPE_DOWNLOAD_FLAG;
-    QVector<_RCP_VAR_PRO> records; ///< none of which the driver merges with another
-    QByteArray values;             ///< as the driver's recipe buffer holds them
-};
 
 /// One host on one link, without any I/O: it feeds the driver, runs its exchanges, finds out what
 /// became of every write, read and recipe, and leaves silent stations alone. Times are microseconds
@@ -52,6 +41,12 @@ public:
     void linkLost(const QString& trouble, qint64 now, bool answersMayFollow = true);
     void linkBack(qint64 now);
 
+    /// When the last answer to what was sent so far may still come. Before now: none can.
+    qint64 answersUntil() const
+    {
+        return m_machine.answersUntil();
+    }
+
     /// A value from the driver's cache, as intf_getData gives it.
     QByteArray value(int station, const QString& area, int number, int units) const
     {
@@ -66,7 +61,6 @@ private:
     void feedProbes(qint64 now);
     void feedReads();
     void feedWrites();
-    void feedRecipe();
     void plan();
     void takeFinished(qint64 now);
     void exchangeOver(const FINISHED_EXCHANGE& finished, qint64 now);
@@ -75,12 +69,7 @@ private:
     void writeOver(const FINISHED_EXCHANGE& finished, qint64 now);
     void readOver(const FINISHED_EXCHANGE& finished, qint64 now);
     void blockOver(const FINISHED_EXCHANGE& finished, qint64 now);
-    void recipeFrameOver(const FINISHED_EXCHANGE& finished);
-    void blockRead(int block, qint64 now);
-    std::set<int> takeChangedTags();
-    void fetch(int index);
     void reportEnded();
-    QString troubleOf(const FINISHED_EXCHANGE& finished) const;
     QString blockTroubleOf(const FINISHED_EXCHANGE& finished) const;
 
     DriverSession& m_driver;
@@ -90,15 +79,12 @@ private:
     PolledTags m_polled;
     WriteJobs m_writes;
     OneShotReads m_reads;
-    std::deque<RecipeJob> m_recipes;
-    std::optional<RecipeJob> m_recipe; ///< under way
-    int m_recipeBlocksDone = 0;
+    ShownValues m_values;
+    RecipeTransfers m_recipes;
     bool m_isPolling = false;
     bool m_planDue = false;
     bool m_isProbe = false;     ///< the frame in flight asks whether a silent station is back
     bool m_isPointless = false; ///< it would go to a station known to be silent
-    std::set<int> m_blocksSeen;
-    std::vector<QByteArray> m_shown; ///< by tag, its value in the driver's cache
 };
 
 #endif

@@ -4,7 +4,7 @@
 
 namespace {
 
-enum { FIRST_MARKER_WORD = 3000, NO_BLOCK = -1, BIT_AREA = -1 };
+enum { NO_BLOCK = -1, BIT_AREA = -1 };
 
 } // namespace
 
@@ -39,7 +39,7 @@ ReadBlock PolledTags::probeOf(int station) const
     ReadBlock probe;
     probe.station = station;
     probe.area = QLatin1String("MW");
-    probe.number = FIRST_MARKER_WORD;
+    probe.number = FIRST_MARKER_NUMBER;
     probe.count = 1;
     return probe;
 }

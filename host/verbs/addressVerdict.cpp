@@ -1,18 +1,13 @@
 #include "verbs/addressVerdict.h"
 
+#include "driver/addressing.h"
+#include "plan/sharedMemory.h"
+
 #include <QRegularExpression>
 
 namespace {
 
-enum {
-    BIT_VARIABLE = -1,
-    WORD_VARIABLE = 0,
-    WRITES = 1,
-    BITS_KIND = 0,
-    WORDS_KIND = 1,
-    DESCRIPTION_TEXTS = 5,
-    REGISTER_BITS = 16
-};
+enum { BITS_KIND = 0, WORDS_KIND = 1, DESCRIPTION_TEXTS = 5, REGISTER_BITS = 16 };
 
 QString text(const char* latin1)
 {
@@ -22,16 +17,9 @@ QString text(const char* latin1)
 int numberOf(const DriverLibrary& driver, const AreaDescription& area, const QString& address)
 {
     int number = 0;
-    driver.checkAddr(area.name, address, number, area.bits ? BIT_VARIABLE : WORD_VARIABLE, 1, 0);
+    driver.checkAddr(area.name, address, number, area.bits ? BIT_VARIABLE : WORD_VARIABLE, 1,
+                     FOR_READING);
     return number;
-}
-
-QString addressOf(const DriverLibrary& driver, const AreaDescription& area, int number)
-{
-    QVector<QString> texts;
-    QVector<int> numbers;
-    driver.multiCopy(area.name, number, 1, 1, texts, numbers);
-    return texts.value(0);
 }
 
 bool matches(const QString& address, const char* pattern)
@@ -52,7 +40,7 @@ QString pastTheEnd(const DriverLibrary& driver, const AreaDescription& area, int
     return text("past the end of %1: the last address that leaves room for %2 %3 is %4")
         .arg(area.name)
         .arg(count)
-        .arg(units, addressOf(driver, area, last));
+        .arg(units, addressText(driver, area.name, last));
 }
 
 QString outOfRange(const DriverLibrary& driver, const AreaDescription& area, const QString& address,
@@ -139,9 +127,10 @@ AddressVerdict judgeAddress(const DriverLibrary& driver, const QString& area,
     }
     verdict.result =
         driver.checkAddr(area, address, verdict.number, known->bits ? BIT_VARIABLE : WORD_VARIABLE,
-                         count, write ? WRITES : 0);
+                         count, write ? FOR_WRITING : FOR_READING);
     verdict.reason = reasonFor(verdict.result, driver, *known, address, count);
-    if (verdict.isValid()) verdict.address = addressOf(driver, *known, verdict.number);
+    if (write && verdict.isValid()) verdict.reason = coilProblem(area, verdict.number, count);
+    if (verdict.isValid()) verdict.address = addressText(driver, area, verdict.number);
     return verdict;
 }
 

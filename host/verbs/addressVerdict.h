@@ -6,17 +6,18 @@
 #include <optional>
 #include <vector>
 
-/// What the driver says of one address, and what a user wants to know about it.
+/// What the driver says of one address, and what a user wants to know about it. The driver calls a
+/// write valid that would end up in another area; the host does not.
 struct AddressVerdict
 {
-    int result = ADDRESS_VALID; ///< an AddressCheckResult
+    int result = ADDRESS_VALID; ///< an AddressCheckResult: the driver's own answer
     QString reason;             ///< why it is not valid, in words; empty when it is
     QString address;            ///< in the area's own form, "13.1" for "12.9"; valid ones only
     int number = 0;             ///< address number; valid ones only
 
     bool isValid() const
     {
-        return result == ADDRESS_VALID;
+        return reason.isEmpty();
     }
 };
 

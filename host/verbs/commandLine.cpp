@@ -1,9 +1,11 @@
 #include "verbs/commandLine.h"
 
-#include "verbs/infoVerbs.h"
+#include "verbs/addressVerbs.h"
+#include "verbs/infoVerb.h"
 #include "verbs/planVerb.h"
 #include "verbs/readVerb.h"
 #include "verbs/recipeVerb.h"
+#include "verbs/usageTexts.h"
 #include "verbs/watchVerb.h"
 #include "verbs/writeVerb.h"
 
@@ -78,7 +80,7 @@ void addLink(CLI::App* verb, Options& options)
         ->check(CLI::Range(10, 30000))
         ->capture_default_str();
     verb->add_flag("--trace", link.trace, "print every frame to standard error");
-    verb->add_option("--pcap", link.pcap, "write every frame to a capture file");
+    verb->add_option("--pcap", link.pcap, "write the requests and their answers to a capture file");
     verb->add_option("--simulator", link.simulator,
                      "program of the simulated PLC (default: the one beside this one)");
     verb->add_option("--simulator-arguments", link.simulatorArguments,
@@ -118,10 +120,8 @@ ExitStatus plan(const Options& options, const DriverLibrary& driver)
 {
     const std::vector<Tag> tags = someTags(options, driver);
     const LineTiming timing = timingOf(addressOf(driver, options.link));
-    return printPlan(stdout, tags, timing, options.link.turnaroundUs, driver, options.link.json) ==
-                   0
-               ? EXIT_DONE
-               : EXIT_USAGE;
+    printPlan(stdout, tags, timing, options.link.turnaroundUs, driver, options.link.json);
+    return EXIT_DONE;
 }
 
 ExitStatus write(const Options& options, const DriverLibrary& driver)
@@ -177,6 +177,8 @@ void addQuestions(CLI::App& app, Options& o, Verb& chosen)
         };
     });
     CLI::App* planVerb = app.add_subcommand("plan", "The requests that read the tags");
+    planVerb->footer("Without grouping, bits still come in groups of 16, in one request each.\n\n" +
+                     helpFooter());
     addTags(planVerb, o, true);
     addTiming(planVerb, o);
     planVerb->callback(
@@ -244,6 +246,7 @@ std::optional<ExitStatus> parseCommandLine(int argc, char** argv, Command& comma
 {
     CLI::App app("Host for the quorvane ka_kb driver", "kakb-host");
     app.require_subcommand(1);
+    app.footer(helpFooter());
     const auto options = std::make_shared<Options>();
     app.add_option("--driver", command.driver,
                    "driver library (default: the one built beside this program)");
@@ -253,7 +256,9 @@ std::optional<ExitStatus> parseCommandLine(int argc, char** argv, Command& comma
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? EXIT_DONE : EXIT_USAGE;
+        if (error.get_exit_code() == 0) return app.exit(error) == 0 ? EXIT_DONE : EXIT_USAGE;
+        std::fprintf(stderr, "kakb-host: %s\n", usageSentence(app, error).c_str());
+        return EXIT_USAGE;
     }
     command.verb = [options, verb = command.verb](const DriverLibrary& driver) {
         return verb(driver);

@@ -7,15 +7,27 @@
 
 /// What kakb-host ends with.
 enum ExitStatus {
-    EXIT_DONE = 0,
-    EXIT_USAGE = 1,    ///< bad arguments or a file that cannot be used
-    EXIT_DRIVER = 2,   ///< the driver cannot be loaded
-    EXIT_LINK = 3,     ///< the link cannot be opened, or was lost
-    EXIT_TIME_OUT = 4, ///< a station did not answer
-    EXIT_REFUSED = 5,  ///< the PLC refused
-    EXIT_VERIFY = 6,   ///< what was read back is not what was written
-    EXIT_INVALID = 7   ///< `check` and `series`: the address is not valid
+    EXIT_DONE,
+    EXIT_USAGE,
+    EXIT_DRIVER,
+    EXIT_LINK,
+    EXIT_TIME_OUT,
+    EXIT_REFUSED,
+    EXIT_VERIFY,
+    EXIT_INVALID,
+    EXIT_INTERRUPTED
 };
+
+/// By exit status.
+constexpr const char* EXIT_MEANINGS[] = {"done",
+                                         "usage, or a file that cannot be used or written",
+                                         "the driver cannot be loaded",
+                                         "the link cannot be opened, or was lost",
+                                         "a station did not answer",
+                                         "the PLC refused",
+                                         "what was read back is not what was written",
+                                         "check, series: the address is not valid",
+                                         "interrupted before it was done; a watch ends with 0"};
 
 /// A verb cannot do what it was asked. what() is one sentence in UTF-8.
 struct VerbFailure : std::runtime_error

@@ -1,5 +1,6 @@
 #include "verbs/liveHost.h"
 
+#include "exchange/timeUnits.h"
 #include "links/serialLink.h"
 #include "links/tcpLink.h"
 #include "plan/wireCost.h"
@@ -9,11 +10,12 @@
 #include <QDateTime>
 #include <QDir>
 
+#include <cstdio>
 #include <set>
 
 namespace {
 
-enum { NEWS_MS = 100, MICROSECONDS_PER_MS = 1000 };
+enum { NEWS_MS = 100 };
 
 QString simulatorProgram(const LinkOptions& options)
 {
@@ -38,16 +40,13 @@ QStringList simulatorArguments(const LinkOptions& options, const LinkAddress& ad
     return arguments;
 }
 
-ExitStatus statusOf(JobEnd::Outcome outcome)
+JobEnd lost(int job, const QString& trouble)
 {
-    switch (outcome) {
-    case JobEnd::REFUSED:
-        return EXIT_REFUSED;
-    case JobEnd::TIMED_OUT:
-        return EXIT_TIME_OUT;
-    default:
-        return EXIT_LINK;
-    }
+    JobEnd end;
+    end.job = job;
+    end.outcome = JobEnd::LOST;
+    end.trouble = trouble;
+    return end;
 }
 
 } // namespace
@@ -77,7 +76,7 @@ LiveHost::LiveHost(const DriverLibrary& driver, const LinkOptions& options,
     if (options.trace) m_trace.emplace(stderr);
     if (!options.pcap.empty())
         m_capture.emplace(QString::fromStdString(options.pcap),
-                          QDateTime::currentMSecsSinceEpoch() * MICROSECONDS_PER_MS);
+                          QDateTime::currentMSecsSinceEpoch() * MILLISECOND);
     if (cyclic)
         m_communication->poll(tags, m_blocks);
     else
@@ -86,40 +85,47 @@ LiveHost::LiveHost(const DriverLibrary& driver, const LinkOptions& options,
 
 LiveHost::~LiveHost()
 {
+    m_opening.ask();
     m_communication.reset();
     try {
-        record(m_board.takeNews().frames);
+        record(m_board.takeNews());
     } catch (const PcapError&) {
         // Told when it first could not be written.
     }
     if (m_trace) m_trace->flush();
+    tellMissedFrames();
 }
 
 Communication::Settings LiveHost::settings(const std::vector<Tag>& tags)
 {
     Communication::Settings settings;
     settings.timing = timingOf(m_address);
-    settings.times.answer = qint64(m_options.timeoutMs) * MICROSECONDS_PER_MS;
+    settings.times.answer = qint64(m_options.timeoutMs) * MILLISECOND;
     settings.attempts = m_options.attempts;
     settings.firstPauseMs = m_options.pauseMs;
-    const LinkAddress address = m_address;
-    if (address.kind == LinkAddress::NETWORK) {
-        settings.answersOutliveLink = false;
-        settings.openLink = [address] {
-            return std::unique_ptr<Link>(new TcpLink(address.host, address.port));
-        };
-        return settings;
-    }
-    QString device = address.device;
-    if (address.kind == LinkAddress::SIMULATED)
-        device =
-            m_simulator
-                .emplace(simulatorProgram(m_options), simulatorArguments(m_options, address, tags))
-                .port();
-    settings.openLink = [device, address] {
-        return std::unique_ptr<Link>(new SerialLink(device, address.line));
-    };
+    settings.answersOutliveLink = m_address.kind == LinkAddress::SERIAL;
+    settings.isInterrupted = stopRequested;
+    settings.openLink = opener(tags);
     return settings;
+}
+
+Communication::OpenLink LiveHost::opener(const std::vector<Tag>& tags)
+{
+    const LinkAddress address = m_address;
+    switch (address.kind) {
+    case LinkAddress::NETWORK:
+        return [this, address] {
+            return std::unique_ptr<Link>(new TcpLink(address.host, address.port, m_opening));
+        };
+    case LinkAddress::SERIAL:
+        return [address] {
+            return std::unique_ptr<Link>(new SerialLink(address.device, address.line));
+        };
+    default:
+        m_simulator.emplace(simulatorProgram(m_options),
+                            simulatorArguments(m_options, address, tags));
+        return [this, address] { return m_simulator->open(address.line); };
+    }
 }
 
 /// Whatever came with the news of the open link is left for the next one who asks.
@@ -142,9 +148,11 @@ News LiveHost::next(int ms)
     const bool hasEarly = !m_early.changes.empty() || !m_early.linkEvents.empty();
     if (!hasEarly) m_board.waitForNews(ms);
     News news = m_board.takeNews();
-    record(news.frames);
-    for (const News::LinkEvent& event : news.linkEvents)
+    record(news);
+    for (News::LinkEvent& event : news.linkEvents) {
+        if (!event.connected && m_simulator) event.trouble = QLatin1String(SIMULATED_PLC_HAS_ENDED);
         m_linkTrouble = event.connected ? std::nullopt : std::make_optional(event.trouble);
+    }
     news.changes.insert(news.changes.begin(), m_early.changes.begin(), m_early.changes.end());
     news.linkEvents.insert(news.linkEvents.begin(), m_early.linkEvents.begin(),
                            m_early.linkEvents.end());
@@ -152,26 +160,45 @@ News LiveHost::next(int ms)
     return news;
 }
 
-void LiveHost::record(const std::vector<FrameRecord>& frames)
+/// The capture first: a terminal or a pipe may take the trace only after a while. Frames are missed
+/// when the board is full, so a hole is behind those that it had.
+void LiveHost::record(const News& news)
 {
-    for (const FrameRecord& frame : frames) {
-        if (m_trace) m_trace->add(frame);
-        if (m_capture) m_capture->add(frame);
+    const qint64 missed = news.framesMissed - m_framesMissed;
+    m_framesMissed = news.framesMissed;
+    if (m_capture) {
+        for (const FrameRecord& frame : news.frames)
+            m_capture->add(frame);
+        if (missed > 0) m_capture->addHole();
     }
+    if (!m_trace) return;
+    for (const FrameRecord& frame : news.frames)
+        m_trace->add(frame);
+    if (missed > 0) m_trace->addHole(missed);
+}
+
+void LiveHost::tellMissedFrames() const
+{
+    if (!m_capture || m_framesMissed == 0) return;
+    std::fprintf(stderr, "kakb-host: the capture lacks %lld frames: the output was blocked\n",
+                 static_cast<long long>(m_framesMissed));
 }
 
 JobEnd LiveHost::endOf(int job, const Progress& progress)
 {
-    while (!stopRequested()) {
+    while (true) {
         const auto found = m_ends.find(job);
         if (found != m_ends.end()) return found->second;
-        if (m_linkTrouble) throw VerbFailure(EXIT_LINK, *m_linkTrouble);
+        if (m_linkTrouble) return lost(job, *m_linkTrouble);
+        if (stopRequested()) {
+            m_wasInterrupted = true;
+            return lost(job, QLatin1String("interrupted; what became of it is not known"));
+        }
         const News news = next(NEWS_MS);
         if (progress) progress(news.recipeBlocksDone);
         for (const JobEnd& end : news.jobEnds)
             m_ends[end.job] = end;
     }
-    throw VerbFailure(EXIT_LINK, QLatin1String("interrupted; what became of it is not known"));
 }
 
 JobEnd LiveHost::await(int job, const Progress& progress)
@@ -181,7 +208,19 @@ JobEnd LiveHost::await(int job, const Progress& progress)
     return end;
 }
 
-void mustBeDone(const JobEnd& end)
+ExitStatus LiveHost::statusOf(JobEnd::Outcome outcome) const
+{
+    switch (outcome) {
+    case JobEnd::REFUSED:
+        return EXIT_REFUSED;
+    case JobEnd::TIMED_OUT:
+        return EXIT_TIME_OUT;
+    default:
+        return m_wasInterrupted ? EXIT_INTERRUPTED : EXIT_LINK;
+    }
+}
+
+void LiveHost::mustBeDone(const JobEnd& end) const
 {
     if (end.outcome != JobEnd::DONE) throw VerbFailure(statusOf(end.outcome), end.trouble);
 }

@@ -1,6 +1,7 @@
 #ifndef LIVE_HOST_H
 #define LIVE_HOST_H
 
+#include "links/cancellation.h"
 #include "links/linkText.h"
 #include "links/simulatedPlc.h"
 #include "output/frameTrace.h"
@@ -47,12 +48,21 @@ public:
 
     using Progress = std::function<void(int blocks)>;
 
-    /// Waits for the end of a job, however it is. Throws VerbFailure when the link is lost and when
-    /// the user wants to stop.
+    /// Waits for the end of a job, however it is: LOST as soon as the link is, and when the user
+    /// wants to stop.
     JobEnd endOf(int job, const Progress& progress = nullptr);
 
     /// The same, and throws VerbFailure unless it was done.
     JobEnd await(int job, const Progress& progress = nullptr);
+
+    /// Throws VerbFailure unless the job was done.
+    void mustBeDone(const JobEnd& end) const;
+
+    /// The link is lost, and for good: a simulated PLC of the host's own does not come back.
+    bool isOver() const
+    {
+        return m_simulator && m_linkTrouble;
+    }
 
     Communication& communication()
     {
@@ -73,7 +83,10 @@ public:
 
 private:
     Communication::Settings settings(const std::vector<Tag>& tags);
-    void record(const std::vector<FrameRecord>& frames);
+    Communication::OpenLink opener(const std::vector<Tag>& tags);
+    void record(const News& news);
+    void tellMissedFrames() const;
+    ExitStatus statusOf(JobEnd::Outcome outcome) const;
 
     const DriverLibrary& m_driver;
     const LinkOptions m_options;
@@ -83,15 +96,15 @@ private:
     HostBoard m_board;
     std::optional<FrameTrace> m_trace;
     std::optional<PcapFile> m_capture;
+    Cancellation m_opening; ///< of the link, which the communication thread waits for
     std::optional<Communication> m_communication;
     int m_lastJob = 0;
     News m_early;                         ///< what came with the news of the open link
     std::optional<QString> m_linkTrouble; ///< while the link is lost
     std::map<int, JobEnd> m_ends;         ///< of jobs that nobody has asked for yet
+    bool m_wasInterrupted = false;        ///< while a job was waited for
+    qint64 m_framesMissed = 0;            ///< since the start
 };
-
-/// Throws VerbFailure unless the job was done.
-void mustBeDone(const JobEnd& end);
 
 /// The link that the options name, on top of the driver's own defaults. Throws LinkTextError.
 LinkAddress addressOf(const DriverLibrary& driver, const LinkOptions& options);

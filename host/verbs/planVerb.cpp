@@ -1,5 +1,6 @@
 #include "verbs/planVerb.h"
 
+#include "exchange/timeUnits.h"
 #include "output/columnText.h"
 #include "plan/readPlan.h"
 #include "session/driverSession.h"
@@ -10,6 +11,7 @@
 #include <QJsonObject>
 
 #include <map>
+#include <optional>
 #include <tuple>
 
 namespace {
@@ -27,9 +29,9 @@ struct CycleView
 {
     std::vector<ReadBlock> blocks;
     std::vector<Request> requests; ///< of the blocks, in their order
-    qint64 time = 0;
+    std::optional<qint64> time;    ///< microseconds; none where a request takes no time
     size_t singleReads = 0;
-    qint64 singleTime = 0;
+    std::optional<qint64> singleTime;
 };
 
 using Place = std::tuple<int, QString, int>;
@@ -77,11 +79,11 @@ QString shortList(const QStringList& names)
     return list;
 }
 
-QJsonObject cycleObject(size_t requests, qint64 time)
+QJsonObject cycleObject(size_t requests, std::optional<qint64> time)
 {
     QJsonObject object;
     object[QLatin1String("requests")] = int(requests);
-    object[QLatin1String("cycleTime")] = double(time);
+    object[QLatin1String("cycleTime")] = time ? QJsonValue(double(*time)) : QJsonValue();
     return object;
 }
 
@@ -112,9 +114,10 @@ void printJson(std::FILE* out, const CycleView& view, const std::vector<Tag>& ta
     std::fprintf(out, "%s\n", line.constData());
 }
 
-double milliseconds(qint64 time)
+QByteArray cycleText(std::optional<qint64> time)
 {
-    return double(time) / 1000;
+    if (!time) return "no wire time";
+    return QByteArray::number(double(*time) / MILLISECOND, 'f', 1) + " ms a cycle";
 }
 
 void printTable(std::FILE* out, const CycleView& view, const std::vector<Tag>& tags)
@@ -129,25 +132,26 @@ void printTable(std::FILE* out, const CycleView& view, const std::vector<Tag>& t
                      qUtf8Printable(printableText(shortList(namesIn(block, tags)))));
     }
     std::fprintf(out,
-                 "grouped:          %5d requests, %.1f ms a cycle\n"
-                 "without grouping: %5d requests, %.1f ms a cycle\n",
-                 int(view.blocks.size()), milliseconds(view.time), int(view.singleReads),
-                 milliseconds(view.singleTime));
+                 "grouped:          %5d requests, %s\n"
+                 "without grouping: %5d requests, %s\n",
+                 int(view.blocks.size()), cycleText(view.time).constData(), int(view.singleReads),
+                 cycleText(view.singleTime).constData());
 }
 
 } // namespace
 
-int printPlan(std::FILE* out, const std::vector<Tag>& tags, const LineTiming& timing,
-              qint64 turnaround, const DriverLibrary& driver, bool json)
+void printPlan(std::FILE* out, const std::vector<Tag>& tags, const LineTiming& timing,
+               qint64 turnaround, const DriverLibrary& driver, bool json)
 {
     const WireCost cost = wireCost(timing, turnaround);
     CycleView view;
     view.blocks = planReads(tags, cost, DriverSession::MOST_READ_WORDS);
     view.requests = requestsFor(view.blocks, driver);
-    view.time = cycleTime(view.blocks, cost);
     const std::vector<ReadBlock> single = planSingleReads(tags);
     view.singleReads = single.size();
-    view.singleTime = cycleTime(single, cost);
+    if (cost.request > 0) {
+        view.time = cycleTime(view.blocks, cost);
+        view.singleTime = cycleTime(single, cost);
+    }
     (json ? printJson : printTable)(out, view, tags);
-    return std::fflush(out) == 0 && std::ferror(out) == 0 ? 0 : 1;
 }

@@ -12,9 +12,9 @@
 /// the length of its reply, and the time of one cycle beside that without grouping. Starts the
 /// driver for itself, so no DriverSession may be alive.
 /// @param turnaround  microseconds that a station takes to begin its answer
-/// @param json        one JSON object on one line instead of a table; its times are microseconds
-/// @return 0, or 1 when it could not be written
-int printPlan(std::FILE* out, const std::vector<Tag>& tags, const LineTiming& timing,
-              qint64 turnaround, const DriverLibrary& driver, bool json);
+/// @param json        one JSON object on one line instead of a table; its times are microseconds,
+///                    null on a network without a turnaround, where requests take no time
+void printPlan(std::FILE* out, const std::vector<Tag>& tags, const LineTiming& timing,
+               qint64 turnaround, const DriverLibrary& driver, bool json);
 
 #endif

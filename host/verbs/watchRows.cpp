@@ -1,5 +1,6 @@
 #include "verbs/watchRows.h"
 
+#include "exchange/timeUnits.h"
 #include "plan/tagValue.h"
 #include "verbs/tagChoice.h"
 
@@ -9,7 +10,7 @@ WatchRow watchRow(const Tag& tag, const TagState& state, qint64 now)
     row.name = tag.name;
     row.address = placeText(tag);
     if (!state.bytes.isEmpty()) row.value = tagValueText(tag, state.bytes);
-    if (state.readAt >= 0) row.ageMs = (now - state.readAt) / 1000;
+    if (state.readAt >= 0) row.ageMs = (now - state.readAt) / MILLISECOND;
     row.changes = state.changes;
     row.good = state.good;
     row.trouble = state.trouble;

@@ -1,5 +1,6 @@
 #include "verbs/watchVerb.h"
 
+#include "exchange/timeUnits.h"
 #include "output/changeLines.h"
 #include "output/figuresText.h"
 #include "output/watchScreen.h"
@@ -18,8 +19,6 @@
 namespace {
 
 enum { REFRESH_MS = 250, DEFAULT_COLUMNS = 80, DEFAULT_ROWS = 24 };
-
-const double MICROSECONDS = 1e6;
 
 void printLine(const QByteArray& line)
 {
@@ -52,7 +51,7 @@ public:
     {
         const qint64 now = host.communication().now();
         if (now < m_nextFrame) return;
-        m_nextFrame = now + REFRESH_MS * 1000;
+        m_nextFrame = now + REFRESH_MS * MILLISECOND;
         const std::vector<TagState> states = host.board().tags();
         std::vector<WatchRow> rows;
         for (size_t i = 0; i < m_tags.size(); ++i)
@@ -144,14 +143,15 @@ ExitStatus watch(const DriverLibrary& driver, const LinkOptions& options,
     LiveHost host(driver, options, tags, true);
     host.connect();
     const std::unique_ptr<WatchOutput> output = chooseOutput(options, tags);
-    const qint64 end = qint64(seconds * MICROSECONDS);
-    while (!stopRequested() && !std::ferror(stdout)) {
+    const qint64 end = qint64(seconds * SECOND);
+    while (!stopRequested() && !host.isOver() && !std::ferror(stdout)) {
         const qint64 left = end - host.communication().now();
         if (seconds > 0 && left <= 0) break;
-        const int wait =
-            seconds > 0 ? int(std::min<qint64>(left / 1000 + 1, REFRESH_MS)) : int(REFRESH_MS);
+        const int wait = seconds > 0 ? int(std::min<qint64>(left / MILLISECOND + 1, REFRESH_MS))
+                                     : int(REFRESH_MS);
         output->show(host.next(wait), host);
     }
     output->end(host.board().figures(host.communication().now()));
+    if (host.isOver()) throw VerbFailure(EXIT_LINK, QLatin1String(SIMULATED_PLC_HAS_ENDED));
     return EXIT_DONE;
 }

@@ -1,18 +1,18 @@
 #include "verbs/writeVerb.h"
 
 #include "output/changeLines.h"
+#include "plan/sharedMemory.h"
+#include "plan/tagText.h"
 #include "plan/tagValue.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
 
 #include <cstdio>
-#include <set>
-#include <tuple>
 
 namespace {
 
-enum { BIT_VARIABLE = -1, WORD_VARIABLE = 0, WRITING = 1, BYTES_PER_WORD = 2 };
+enum { BYTES_PER_WORD = 2 };
 
 VerbFailure usageError(const QString& text, const QString& problem)
 {
@@ -37,15 +37,16 @@ std::vector<ElementWrite> elementsOf(const Assignment& assigned)
 }
 
 /// Of two values for one place only the last would be left, and nothing would say so.
-void mustNotShare(const std::vector<Assignment>& assignments)
+void mustNotShare(const std::vector<Tag>& tags)
 {
-    std::set<std::tuple<int, QString, int>> places;
-    for (const Assignment& assigned : assignments) {
-        for (const ElementWrite& element : elementsOf(assigned)) {
-            if (!places.emplace(element.station, element.area, element.number).second)
-                throw usageError(labelText(assigned.tag), QLatin1String("is written twice"));
-        }
-    }
+    const auto sharing = sharingTags(tags);
+    if (sharing.empty()) return;
+    const Tag& first = tags[sharing.front().first];
+    const Tag& second = tags[sharing.front().second];
+    if (first.area == second.area && first.number == second.number)
+        throw usageError(labelText(second), QLatin1String("is written twice"));
+    throw usageError(labelText(second), QLatin1String("shares memory with ") + labelText(first) +
+                                            QLatin1String(", which is written as well"));
 }
 
 void print(const Assignment& assigned, bool json)
@@ -63,15 +64,13 @@ void print(const Assignment& assigned, bool json)
     std::printf("%s\n", QJsonDocument(object).toJson(QJsonDocument::Compact).constData());
 }
 
-} // namespace
-
-bool isWritable(const Tag& tag, const DriverLibrary& driver)
+/// Nothing is known of it: the PLC may have taken it all the same.
+QString unconfirmed(const Assignment& assigned, const QString& trouble)
 {
-    int number = 0;
-    return driver.checkAddr(tag.area, tag.address, number,
-                            tag.isBit() ? BIT_VARIABLE : WORD_VARIABLE, tag.units(),
-                            WRITING) == ADDRESS_VALID;
+    return QString(QLatin1String("%1 is not confirmed: %2")).arg(labelText(assigned.tag), trouble);
 }
+
+} // namespace
 
 Assignment assignment(const QString& text, const TagChoice& tags, const DriverLibrary& driver)
 {
@@ -82,8 +81,8 @@ Assignment assignment(const QString& text, const TagChoice& tags, const DriverLi
     made.text = text.mid(equals + 1);
     const std::optional<QByteArray> bytes = tagValueBytes(made.tag, made.text);
     if (!bytes) throw usageError(text, QLatin1String("the value does not fit the tag's type"));
-    if (!isWritable(made.tag, driver))
-        throw usageError(text, QString(QLatin1String("area %1 is read-only")).arg(made.tag.area));
+    const QString problem = writeProblem(made.tag, driver);
+    if (!problem.isEmpty()) throw usageError(text, problem);
     made.bytes = *bytes;
     return made;
 }
@@ -91,10 +90,10 @@ Assignment assignment(const QString& text, const TagChoice& tags, const DriverLi
 ExitStatus writeOnce(const DriverLibrary& driver, const LinkOptions& options,
                      const std::vector<Assignment>& assignments)
 {
-    mustNotShare(assignments);
     std::vector<Tag> tags;
     for (const Assignment& assigned : assignments)
         tags.push_back(assigned.tag);
+    mustNotShare(tags);
     LiveHost host(driver, options, tags, false);
     host.connect();
     std::vector<int> jobs;
@@ -104,14 +103,16 @@ ExitStatus writeOnce(const DriverLibrary& driver, const LinkOptions& options,
     }
     std::vector<JobEnd> failures;
     for (size_t i = 0; i < jobs.size(); ++i) {
-        const JobEnd end = host.endOf(jobs[i]);
-        if (end.outcome == JobEnd::DONE)
+        JobEnd end = host.endOf(jobs[i]);
+        if (end.outcome == JobEnd::DONE) {
             print(assignments[i], options.json);
-        else
-            failures.push_back(end);
+            continue;
+        }
+        if (end.outcome == JobEnd::LOST) end.trouble = unconfirmed(assignments[i], end.trouble);
+        failures.push_back(end);
     }
     for (size_t i = 1; i < failures.size(); ++i)
         std::fprintf(stderr, "kakb-host: %s\n", qUtf8Printable(failures[i].trouble));
-    if (!failures.empty()) mustBeDone(failures.front());
+    if (!failures.empty()) host.mustBeDone(failures.front());
     return EXIT_DONE;
 }

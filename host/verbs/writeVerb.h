@@ -16,9 +16,6 @@ struct Assignment
 /// not fit the tag, and when the area cannot be written.
 Assignment assignment(const QString& text, const TagChoice& tags, const DriverLibrary& driver);
 
-/// Whether the PLC lets the tag be written.
-bool isWritable(const Tag& tag, const DriverLibrary& driver);
-
 /// Writes the values in order and waits until the PLC has confirmed all of them. Throws VerbFailure
 /// when one was not.
 ExitStatus writeOnce(const DriverLibrary& driver, const LinkOptions& options,

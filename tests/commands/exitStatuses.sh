@@ -3,33 +3,50 @@
 # Each kind of mistake has its own exit status and one sentence that says what it is.
 source "$(dirname "$0")/common.sh" "$1"
 
+# usage REGEX ARGUMENT...: one sentence that the regex describes, and where there is more to read
 usage() {
+    local regex=$1
+    shift
     expect 1 host "$@"
-    [ -s "$work/err" ] && [ ! -s "$work/out" ] || { show; fail "nothing on standard error alone"; }
+    saysOneSentence
+    errorHas "^kakb-host: $regex \(kakb-host .*--help says more\)$"
+    ! grep -qi subcommand "$work/err" || { show; fail "it is called a verb"; }
 }
 
-usage
-errorHas '[Ss]ubcommand|verb'
-usage nothing
-usage read --nothing MW100
-errorHas '--nothing'
-usage recipe
-usage recipe download
-usage check MW
-usage check MW 0 --count 0
-errorHas '--count'
-usage read MW0 --timeout-ms 5
-errorHas '--timeout-ms'
-usage read MW0 --attempts 0
-usage watch
-errorHas '--tags'
-usage watch --tags "$demo_tags" --seconds -1
-errorHas '--seconds'
+verbs='info, check, series, plan, watch, read, write, recipe'
+usage "a verb is missing: $verbs"
+usage "there is no verb \"bogus\"; the verbs are $verbs" bogus
+usage 'there is no verb "bogus"; .*' bogus --json
+usage 'there is no option "--bogus"' --bogus
+usage '.*--nothing.*' read --nothing MW100
+usage '.*extra.*' info extra
+usage 'a verb is missing: download, upload' recipe
+errorHas '\(kakb-host recipe --help'
+usage 'there is no verb "bogus"; the verbs are download, upload' recipe bogus
+usage '.*FILE.*' recipe download
+errorHas '\(kakb-host recipe download --help'
+usage '.*ADDRESS.*' check MW
+usage '.*--count.*' check MW 0 --count 0
+usage '.*--timeout-ms.*' read MW0 --timeout-ms 5
+usage '.*--attempts.*' read MW0 --attempts 0
+usage '.*--tags.*' watch
+usage '.*--seconds.*' watch --tags "$demo_tags" --seconds -1
+usage '.*--driver.*' --driver
+
 for verb in "" info check series plan watch read write recipe "recipe download" "recipe upload"; do
     # shellcheck disable=SC2086 # words of a verb
     expect 0 host $verb --help
-    outputHas '^Usage: kakb-host'
+    outputHas '^Usage: kakb-host' '^Exit status:$' '^  0  done$' '^  1  usage' \
+        '^  2  the driver' '^  3  the link' '^  4  a station did not answer$' '^  5  the PLC refused$' \
+        '^  6  what was read back' '^  7  check, series: the address is not valid$' \
+        '^  8  interrupted before it was done; a watch ends with 0$'
 done
+
+# Every bad line of a file, and each says whose complaint it is.
+printf 'name,station,area,address,type\na,1,ZZ,0,bool\nb,1,MW,1,uint16\n' >"$work/bad.csv"
+expect 1 host plan --tags "$work/bad.csv"
+errorHas '^kakb-host: line 2: ' '^kakb-host: line 3: '
+[ "$(wc -l <"$work/err")" = 2 ] || { show; fail "not a line for each bad one"; }
 
 # badLink TEXT REGEX
 badLink() {
@@ -67,11 +84,15 @@ noLink() {
 noLink "serial:$work/none" 'none: No such file or directory'
 noLink "serial:$work" 'Is a directory'
 touch "$work/file"
-noLink "serial:$work/file" 'file: .'
-if [ "$(id -u)" -ne 0 ]; then
-    chmod 0 "$work/file"
-    noLink "serial:$work/file" 'Permission denied'
-fi
+noLink "serial:$work/file" "^kakb-host: $work/file is not a serial port$"
+noLink serial:/dev/null '^kakb-host: /dev/null is not a serial port$'
+# Root without its power over files is refused like any other user.
+powerless=()
+[ "$(id -u)" -ne 0 ] || powerless=(setpriv --bounding-set "-dac_override,-dac_read_search")
+chmod 0 "$work/file"
+expect 3 "${powerless[@]}" "$programs/kakb-host" read MW100 --link "serial:$work/file"
+saysOneSentence
+errorHas "$work/file: Permission denied$"
 # A port that was free a moment ago.
 startPlc tcp
 closed=$link

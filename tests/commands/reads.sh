@@ -65,14 +65,14 @@ bit,1,MW,104,bool,
 end,1,MW,8190,float32,
 CSV
 expect 1 host read --tags "$work/bad.csv"
-errorHas 'line 3: address 101 of MW is odd' '^line 5: station "0"' '^line 6: area "ZZ"' \
-    '^line 7: type "int64"' '^line 9: name "good" stands on line 2' '^line 10: 3 fields' \
-    '^line 11: MW holds words' '^line 12: address 8190 of MW .* with its two words$'
+errorHas '^kakb-host: line 3: address 101 of MW is odd' '^kakb-host: line 5: station "0"' '^kakb-host: line 6: area "ZZ"' \
+    '^kakb-host: line 7: type "int64"' '^kakb-host: line 9: name "good" stands on line 2' '^kakb-host: line 10: 3 fields' \
+    '^kakb-host: line 11: MW holds words' '^kakb-host: line 12: address 8190 of MW .* with its two words$'
 [ "$(wc -l <"$work/err")" = 8 ] || { show; fail "not the eight bad lines"; }
 for verb in plan watch "write MW100=1"; do
     # shellcheck disable=SC2086 # a verb with its argument
     expect 1 host $verb --tags "$work/bad.csv"
-    errorHas 'line 3: ' '^line 12: '
+    errorHas '^kakb-host: line 3: ' '^kakb-host: line 12: '
 done
 
 expect 1 host read

@@ -107,15 +107,23 @@ large,1,MW,102,uint16,65536
 none,1,MW,104,uint16,
 CSV
 expect 1 host recipe download "$work/bad.csv"
-errorHas 'line 3: address 41 of QW is odd' '^line 4: area IX is read-only$' \
-    '^line 5: "2" is no value of type bool$' '^line 6: "65536" is no value of type uint16$' \
-    '^line 7: the value is missing$'
+errorHas '^kakb-host: line 3: address 41 of QW is odd' '^kakb-host: line 4: area IX is read-only$' \
+    '^kakb-host: line 5: "2" is no value of type bool$' '^kakb-host: line 6: "65536" is no value of type uint16$' \
+    '^kakb-host: line 7: the value is missing$'
 [ "$(wc -l <"$work/err")" = 5 ] || { show; fail "not the five bad lines"; }
 expect 1 host recipe download "$work/none.csv"
 saysOneSentence
 printf 'name,station,area,address,type,value\na,1,MW,0,uint32,1\nb,1,MW,2,uint16,1\n' >"$work/shared.csv"
 expect 1 host recipe download "$work/shared.csv"
 errorHas 'a and b share a word of station 1'
+printf 'name,station,area,address,type,value\nword,1,MW,0,uint16,1\nbit,1,MX,0.0,bool,0\n' >"$work/shared.csv"
+expect 1 host recipe download "$work/shared.csv"
+errorHas '^kakb-host: word and bit share a bit of station 1$'
+saysOneSentence
+printf 'name,station,area,address,type,value\nbit,1,QX,375.0,bool,1\n' >"$work/coils.csv"
+expect 1 host recipe download "$work/coils.csv"
+errorHas '^kakb-host: line 2: QX 375.0 and above can be read but not written: '
+saysOneSentence
 head -n 1 "$work/bad.csv" >"$work/header.csv"
 expect 1 host recipe download "$work/header.csv"
 saysOneSentence

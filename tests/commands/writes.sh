@@ -74,6 +74,12 @@ refused() {
 refused input=1 'area IW is read-only'
 refused IX0.0=1 'area IX is read-only'
 refused MW100=1 IW2=1 'IW2=1: area IW is read-only'
+coils='can be read but not written: their coils are those of the markers$'
+refused QX375.0=1 "QX375.0=1: QX 375.0 and above $coils"
+refused QX511.7=0 "QX511.7=0: QX 375.0 and above $coils"
+refused MW0=1 MX0.0=0 'MX0.0: shares memory with MW0, which is written as well$'
+refused lamp=1 MW12=7 'MW12: shares memory with lamp \(MX12.3\), which is written as well$'
+refused MW100=1 level=2 'level \(MW100\): is written twice$'
 for value in MW100=65536 MW100=-1 MW100=x MW100= MW100=1.5 lamp=2 offset=32768 level=warm \
     level=1e39 total=4294967296; do
     refused "$value" "$value: the value does not fit"

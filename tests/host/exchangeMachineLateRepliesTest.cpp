@@ -18,20 +18,28 @@ QByteArray closed(QByteArray frame)
     return frame;
 }
 
-/// Polls registers 0 to 9 one by one, all requests of one shape; register n holds n.
+/// Polls registers 0 to 9 one by one, in requests of one shape, or of two by turns; register n
+/// holds n.
 class PollingDriver : public DriverCalls
 {
 public:
+    explicit PollingDriver(int shapes) : m_shapes(shapes) {}
+
+    int words() const
+    {
+        return 1 + wanted % m_shapes;
+    }
+
     int getSendFrame(FRAME_PRO* frame) override
     {
-        const char body[] = {1, 3, 0, static_cast<char>(wanted), 0, 1};
-        *frame = frameOf(closed(QByteArray(body, sizeof body)), 7);
+        const char body[] = {1, 3, 0, static_cast<char>(wanted), 0, static_cast<char>(words())};
+        *frame = frameOf(closed(QByteArray(body, sizeof body)), 5 + 2 * words());
         return 1;
     }
 
     int dealRcvFrame(QByteArray& reply, QString&) override
     {
-        const bool good = reply.size() == 7;
+        const bool good = reply.size() == 5 + 2 * words();
         if (good && reply.at(4) != wanted) ++wrong;
         if (good) ++accepted;
         if (!good && ++failures < RETRY_LIMIT) return REPLY_RETRY;
@@ -44,7 +52,78 @@ public:
     int failures = 0;
     int wrong = 0;
     int accepted = 0;
+
+private:
+    const int m_shapes;
 };
+
+/// What a station answers.
+QByteArray answerTo(const QByteArray& request, int firstRefused)
+{
+    const char number = request.at(3);
+    if (number >= firstRefused) return closed(QByteArray("\x01\x83\x02", 3));
+    QByteArray body("\x01\x03", 2);
+    body.append(static_cast<char>(2 * request.at(5)));
+    for (int i = 0; i < request.at(5); ++i)
+        body.append('\0').append(static_cast<char>(number + i));
+    return closed(body);
+}
+
+struct LateRun
+{
+    int wrong = 0;
+    int accepted = 0;
+    int refused = 0;
+    int wronglyRefused = 0; ///< registers that the station does not refuse
+};
+
+/// One reply of twenty is lost, and a quarter of the others late by up to another time-out.
+LateRun runLate(int exchanges, int shapes, int firstRefused)
+{
+    ExchangeMachine::Times times;
+    times.answer = ANSWER;
+    const LineTiming timing((LineSettings()));
+    const qint64 timeout = ANSWER + timing.frame(7);
+    PollingDriver driver(shapes);
+    ExchangeMachine machine(driver, timing, times);
+    std::mt19937 random(4);
+    std::multimap<qint64, QByteArray> onTheWay;
+    qint64 now = 0;
+    qint64 lastAnswer = 0;
+    LateRun run;
+    int done = 0;
+    const auto takeFinished = [&] {
+        const auto finished = machine.takeFinished();
+        if (!finished) return;
+        ++done;
+        if (finished->exceptionCode == 0) return;
+        ++run.refused;
+        if (finished->frame.sendBuf[3] < firstRefused) ++run.wronglyRefused;
+    };
+    while (done < exchanges) {
+        const ExchangeMachine::Step step = machine.advance(now);
+        takeFinished();
+        if (!step.send.isEmpty() && random() % 20 != 0) {
+            const bool late = random() % 4 == 0;
+            const qint64 most = late ? timeout * 19 / 10 : timeout / 2;
+            const qint64 delay = 1000 + qint64(random()) % (most - 1000);
+            // A station answers in the order of the requests.
+            lastAnswer = std::max(lastAnswer + 1, now + timing.frame(8) + delay);
+            onTheWay.emplace(lastAnswer, answerTo(step.send, firstRefused));
+        }
+        if (!onTheWay.empty() && onTheWay.begin()->first <= step.wakeAt) {
+            now = std::max(now, onTheWay.begin()->first);
+            machine.received(onTheWay.begin()->second, now);
+            onTheWay.erase(onTheWay.begin());
+            takeFinished();
+        } else {
+            now = step.wakeAt;
+        }
+    }
+    run.wrong = driver.wrong;
+    run.accepted = driver.accepted;
+    return run;
+}
 
 } // namespace
 
@@ -93,38 +172,16 @@ TEST_F(ExchangeMachineLateRefusalTest, IsTakenAtTheNextAttemptWhenItWasThisReque
 
 TEST(ExchangeMachineLateReplies, NoneIsTakenForTheNextRequests)
 {
-    const int exchanges = 1000000;
-    ExchangeMachine::Times times;
-    times.answer = ANSWER;
-    const LineTiming timing((LineSettings()));
-    const qint64 timeout = ANSWER + timing.frame(7);
-    PollingDriver driver;
-    ExchangeMachine machine(driver, timing, times);
-    std::mt19937 random(4);
-    std::multimap<qint64, QByteArray> onTheWay;
-    qint64 now = 0;
-    qint64 lastAnswer = 0;
-    for (int done = 0; done < exchanges;) {
-        const ExchangeMachine::Step step = machine.advance(now);
-        if (machine.takeFinished()) ++done;
-        if (!step.send.isEmpty() && random() % 20 != 0) {
-            const bool late = random() % 4 == 0;
-            const qint64 most = late ? timeout * 19 / 10 : timeout / 2;
-            const qint64 delay = 1000 + qint64(random()) % (most - 1000);
-            const char body[] = {1, 3, 2, 0, step.send.at(3)};
-            // A station answers in the order of the requests.
-            lastAnswer = std::max(lastAnswer + 1, now + timing.frame(8) + delay);
-            onTheWay.emplace(lastAnswer, closed(QByteArray(body, sizeof body)));
-        }
-        if (!onTheWay.empty() && onTheWay.begin()->first <= step.wakeAt) {
-            now = std::max(now, onTheWay.begin()->first);
-            machine.received(onTheWay.begin()->second, now);
-            onTheWay.erase(onTheWay.begin());
-            if (machine.takeFinished()) ++done;
-        } else {
-            now = step.wakeAt;
-        }
-    }
-    EXPECT_EQ(0, driver.wrong);
-    EXPECT_GT(driver.accepted, exchanges / 2);
+    const LateRun run = runLate(1000000, 1, 10);
+    EXPECT_EQ(0, run.wrong);
+    EXPECT_GT(run.accepted, 500000);
+}
+
+TEST(ExchangeMachineLateReplies, NoneIsTakenForAnotherWhereSomeAreRefused)
+{
+    const LateRun run = runLate(200000, 2, 7);
+    EXPECT_EQ(0, run.wrong);
+    EXPECT_EQ(0, run.wronglyRefused);
+    EXPECT_GT(run.accepted, 80000);
+    EXPECT_GT(run.refused, 40000);
 }

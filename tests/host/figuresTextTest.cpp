@@ -7,15 +7,15 @@ namespace {
 LinkFigures busyLink()
 {
     LinkFigures figures;
-    figures.exchangesPerSecond = 47.34;
+    figures.wholeRun.exchangesPerSecond = 47.34;
     figures.exchanges = 1234;
     figures.retries = 1;
     figures.giveUps = 2;
     figures.refusals = 3;
     figures.losses = 4;
-    figures.replyMedian = 1230;
-    figures.reply99 = 3390;
-    figures.wireShare = 0.634;
+    figures.wholeRun.replyMedian = 1230;
+    figures.wholeRun.reply99 = 3390;
+    figures.wholeRun.wireShare = 0.634;
     figures.connected = true;
     return figures;
 }
@@ -39,6 +39,18 @@ TEST(FiguresText, ShowsAllFiguresInOneLine)
               figuresText(busyLink()).toStdString());
 }
 
+TEST(FiguresText, LiveItHasTheRatesOfLateAndTheTotals)
+{
+    LinkFigures figures = busyLink();
+    figures.lately.exchangesPerSecond = 12.04;
+    figures.lately.replyMedian = 2100;
+    figures.lately.reply99 = 7700;
+    figures.lately.wireShare = 0.221;
+    EXPECT_EQ("12.0 exchanges/s  retries 1  give-ups 2  refused 3  reply p50 2.1 ms  p99 7.7 ms  "
+              "wire 22 %  losses 4",
+              liveFiguresText(figures).toStdString());
+}
+
 TEST(FiguresText, ALostLinkComesFirst)
 {
     LinkFigures figures = busyLink();
@@ -59,7 +71,7 @@ TEST(FiguresText, ReplyTimesHaveTheUnitThatSuitsThem)
                 {1520000, "p50 1.5 s  "}};
     for (const auto& row : rows) {
         LinkFigures figures = busyLink();
-        figures.replyMedian = row.time;
+        figures.wholeRun.replyMedian = row.time;
         EXPECT_TRUE(shows(figures, row.text)) << figuresText(figures).toStdString();
     }
 }
@@ -72,14 +84,14 @@ TEST(FiguresText, WithoutAReplyThereIsNoReplyTime)
 TEST(FiguresText, AReplyInNoTimeIsAReply)
 {
     LinkFigures figures = busyLink();
-    figures.replyMedian = 0;
+    figures.wholeRun.replyMedian = 0;
     EXPECT_TRUE(shows(figures, "p50 0.00 ms  "));
 }
 
 TEST(FiguresText, ALinkWithoutAWireHasNoShareOfIt)
 {
     LinkFigures figures = busyLink();
-    figures.wireShare = -1;
+    figures.wholeRun.wireShare = -1;
     EXPECT_FALSE(shows(figures, "wire")) << figuresText(figures).toStdString();
     EXPECT_TRUE(jsonOf(figures, "wireShare").isNull());
 }
@@ -96,6 +108,15 @@ TEST(FiguresJson, HasEachFigureUnderItsName)
     EXPECT_EQ(QJsonValue(4), jsonOf(figures, "losses"));
     EXPECT_EQ(QJsonValue(1230), jsonOf(figures, "replyMedian"));
     EXPECT_EQ(QJsonValue(3390), jsonOf(figures, "reply99"));
+    EXPECT_EQ(QJsonValue(0.634), jsonOf(figures, "wireShare"));
+}
+
+TEST(FiguresJson, HasTheRatesOfTheWholeRun)
+{
+    LinkFigures figures = busyLink();
+    figures.lately.exchangesPerSecond = 12;
+    figures.lately.wireShare = 0.5;
+    EXPECT_EQ(QJsonValue(47.34), jsonOf(figures, "exchangesPerSecond"));
     EXPECT_EQ(QJsonValue(0.634), jsonOf(figures, "wireShare"));
 }
 

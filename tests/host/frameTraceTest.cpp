@@ -1,9 +1,9 @@
 #include "output/frameTrace.h"
 #include "output/frameGatherer.h"
+#include "verbOutput.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <string>
 
 // Frames of the MODBUS Application Protocol V1.1b3 (6.3, 6.6, 7); checksums by pymodbus'
@@ -27,19 +27,21 @@ FrameRecord received(qint64 time, const QByteArray& bytes)
     return {time, FrameRecord::RECEIVED, bytes};
 }
 
+std::string tracedTo(const std::function<void(FrameTrace&)>& add)
+{
+    return printed([&](std::FILE* out) {
+        FrameTrace trace(out);
+        add(trace);
+    });
+}
+
 std::string traced(const std::vector<FrameRecord>& records, bool flush = true)
 {
-    char* text = nullptr;
-    size_t length = 0;
-    std::FILE* const out = open_memstream(&text, &length);
-    FrameTrace trace(out);
-    for (const FrameRecord& record : records)
-        trace.add(record);
-    if (flush) trace.flush();
-    std::fclose(out);
-    const std::string lines(text, length);
-    std::free(text);
-    return lines;
+    return tracedTo([&](FrameTrace& trace) {
+        for (const FrameRecord& record : records)
+            trace.add(record);
+        if (flush) trace.flush();
+    });
 }
 
 std::vector<GatheredFrame> gathered(const std::vector<FrameRecord>& records)
@@ -103,6 +105,25 @@ TEST(FrameTrace, KeepsTheColumnsOverDays)
     const std::string line = traced({sent(86400000001LL, BROADCAST)});
     EXPECT_EQ("86400.000001 > 00 06 0B B9 04 D2 D9 47  broadcast: write register 3001 = 1234\n",
               line);
+}
+
+TEST(FrameTrace, TellsOfAHoleWhereItIs)
+{
+    const std::string lines = tracedTo([](FrameTrace& trace) {
+        trace.add(sent(1250000, READ_REQUEST));
+        trace.add(received(1256120, READ_REPLY.left(7)));
+        trace.addHole(42);
+        trace.add(received(2000000, REFUSAL)); // to a request that was missed
+        trace.add(sent(3250000, READ_REQUEST));
+    });
+    EXPECT_EQ(std::string(REQUEST_LINE) +
+                  "    1.256120 < 01 03 04 12 34 56 78  stray: 7 bytes of a reply of 9\n"
+                  "42 frames missed: the output was blocked\n"
+                  "    2.000000 < 01 83 02 C0 F1  stray: station 1: exception 2: illegal address, "
+                  "not the answer\n"
+                  "    3.250000 > 01 03 0B B8 00 02 46 0A  station 1: read 2 holding registers "
+                  "from 3000\n",
+              lines);
 }
 
 TEST(FrameGatherer, JoinsTheReplyFromPiecesOfAnySize)

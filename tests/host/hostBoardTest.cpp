@@ -12,15 +12,6 @@ const QByteArray ZERO = QByteArray::fromHex("0000");
 const QByteArray SEVEN = QByteArray::fromHex("0700");
 const QString SILENT = QLatin1String("station 1 does not answer");
 
-FINISHED_EXCHANGE exchangeOf(int result, qint64 replyTime, int exceptionCode = 0)
-{
-    FINISHED_EXCHANGE finished;
-    finished.result = result;
-    finished.replyTime = replyTime;
-    finished.exceptionCode = exceptionCode;
-    return finished;
-}
-
 } // namespace
 
 class HostBoardTest : public testing::Test
@@ -224,81 +215,6 @@ TEST(HostBoardWithoutFrames, KeepsNone)
     HostBoard board(0, false);
     board.frame(FrameRecord::SENT, SEVEN, 1);
     EXPECT_TRUE(board.takeNews().frames.empty());
-}
-
-TEST_F(HostBoardTest, FiguresCountEachExchangeByItsEnd)
-{
-    board.exchanged(exchangeOf(REPLY_ACCEPTED, 1000), 0);
-    board.exchanged(exchangeOf(REPLY_RETRY, -1), 0);
-    board.exchanged(exchangeOf(REPLY_RETRY, -1), 0);
-    board.exchanged(exchangeOf(REPLY_GIVEN_UP, -1), 0);
-    board.exchanged(exchangeOf(REPLY_GIVEN_UP, 1000, 2), 0);
-    const LinkFigures figures = board.figures(2000000);
-    EXPECT_EQ(3, figures.exchanges);
-    EXPECT_EQ(2, figures.retries);
-    EXPECT_EQ(1, figures.giveUps);
-    EXPECT_EQ(1, figures.refusals);
-    EXPECT_DOUBLE_EQ(1.5, figures.exchangesPerSecond);
-}
-
-TEST_F(HostBoardTest, TheRateCountsFromTheFirstOpeningOfTheLink)
-{
-    board.linkChanged(true, QString(), 1000000);
-    board.exchanged(exchangeOf(REPLY_ACCEPTED, 1000), 0);
-    board.linkChanged(false, QString(), 2000000);
-    board.linkChanged(true, QString(), 2500000);
-    EXPECT_DOUBLE_EQ(0.5, board.figures(3000000).exchangesPerSecond);
-}
-
-TEST_F(HostBoardTest, ReplyTimesAreThoseOfAnswersOnly)
-{
-    for (int i = 0; i < 98; ++i)
-        board.exchanged(exchangeOf(REPLY_ACCEPTED, 1000), 0);
-    board.exchanged(exchangeOf(REPLY_ACCEPTED, 50000), 0);
-    board.exchanged(exchangeOf(REPLY_ACCEPTED, 50000), 0);
-    for (int i = 0; i < 200; ++i)
-        board.exchanged(exchangeOf(REPLY_GIVEN_UP, -1), 0);
-    const LinkFigures figures = board.figures(1);
-    EXPECT_NEAR(1000, double(figures.replyMedian), 20);
-    EXPECT_NEAR(50000, double(figures.reply99), 1000);
-}
-
-TEST_F(HostBoardTest, FiguresAtTheStartAreZeroOrUnknown)
-{
-    const LinkFigures figures = board.figures(0);
-    EXPECT_EQ(0, figures.exchanges);
-    EXPECT_EQ(0.0, figures.exchangesPerSecond);
-    EXPECT_EQ(-1, figures.replyMedian);
-    EXPECT_EQ(-1.0, figures.wireShare);
-    EXPECT_FALSE(figures.connected);
-}
-
-TEST_F(HostBoardTest, TheWiresShareIsTheTimeThatItWasTaken)
-{
-    board.wireTaken(0, 100);
-    board.wireTaken(300, 450);
-    EXPECT_DOUBLE_EQ(0.25, board.figures(1000).wireShare);
-}
-
-TEST_F(HostBoardTest, ALinkThatWasNeverThereIsNotLost)
-{
-    board.linkChanged(false, QLatin1String("no device"), 1);
-    EXPECT_EQ(0, board.figures(1).losses);
-}
-
-TEST_F(HostBoardTest, LossesOfTheLinkAreCounted)
-{
-    for (int i = 0; i < 3; ++i) {
-        board.linkChanged(true, QString(), 10 * i);
-        board.linkChanged(false, QLatin1String("unplugged"), 10 * i + 5);
-    }
-    EXPECT_EQ(3, board.figures(100).losses);
-    EXPECT_FALSE(board.figures(100).connected);
-    const News news = board.takeNews();
-    ASSERT_EQ(6u, news.linkEvents.size());
-    EXPECT_TRUE(news.linkEvents[4].connected);
-    EXPECT_EQ(QLatin1String("unplugged"), news.linkEvents[5].trouble);
-    EXPECT_EQ(25, news.linkEvents[5].time);
 }
 
 TEST_F(HostBoardTest, WaitingWithNewsAlreadyThereEndsAtOnce)

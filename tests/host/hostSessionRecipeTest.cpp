@@ -152,9 +152,11 @@ TEST_F(HostSessionRecipeTest, ARecipeBehindOneThatFailedStartsAtItsFirstBlock)
     bench.session.transfer(download(JOB, scattered(5), valuesFor(5)));
     bench.runUntilEnded(JOB);
     bench.plc.station(1).refusals.clear();
+    bench.sink.progress.clear();
     bench.session.transfer(download(JOB + 1, scattered(5), valuesFor(5)));
     ASSERT_TRUE(bench.runUntilEnded(JOB + 1));
     EXPECT_EQ(JobEnd::DONE, bench.sink.outcome(JOB + 1));
+    EXPECT_EQ((std::vector<int>{1, 2, 3, 4, 5}), bench.sink.progress);
     expectInPlc(5);
 }
 

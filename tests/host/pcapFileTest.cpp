@@ -195,6 +195,18 @@ TEST_F(PcapFileInAFolder, JoinsPiecesAndLeavesOutWhatIsNoAnswer)
     EXPECT_EQ(QByteArray::fromHex("00060BB904D2D947"), packets[3].payload());
 }
 
+TEST_F(PcapFileInAFolder, TakesNoAnswerBehindAHoleForThatToARequestAheadOfIt)
+{
+    PcapFile file(fileName(), CLOCK);
+    file.add(record(0, FrameRecord::SENT, EXCHANGES[0].request));
+    file.addHole();
+    file.add(record(7, FrameRecord::RECEIVED, EXCHANGES[0].reply));
+    EXPECT_EQ(1u, packetsIn(fileName()).size());
+    file.add(record(1000, FrameRecord::SENT, EXCHANGES[1].request));
+    file.add(record(1007, FrameRecord::RECEIVED, EXCHANGES[1].reply));
+    EXPECT_EQ(3u, packetsIn(fileName()).size());
+}
+
 TEST_F(PcapFileInAFolder, CanBeReadWhileItIsWritten)
 {
     PcapFile file(fileName(), CLOCK);

@@ -5,6 +5,7 @@
 #include <QFile>
 #include <QTemporaryDir>
 
+#include <ostream>
 #include <string>
 
 // Values as bytes: floats by IEEE 754 (72.5 is 0x42910000), integers by hand.
@@ -149,22 +150,79 @@ TEST_F(RecipeFileTest, AWrittenRecipeReadsBackAsItWas)
     }
 }
 
-TEST_F(RecipeFileTest, AWrittenFileHasOneLineATagAndKeepsComments)
+TEST_F(RecipeFileTest, AWrittenFileKeepsItsCommentLinesAndItsOrderOfColumns)
 {
-    Recipe recipe = recipeOf("speed,1,QW,40,uint16,1450\n");
-    recipe.tags[0].comment = QLatin1String("rpm, nominal");
+    put("# line 3, \"summer\"\n"
+        "\n"
+        "value,type,comment,address,area,station,name\n"
+        "1450,uint16,\"rpm, nominal\",40,QW,1,speed\n"
+        "# valves\n"
+        "0,bool,\"two\nlines\",30.0,MX,1,valve\n"
+        "#\n");
+    Recipe recipe = readRecipeFile(path, driver(), true);
+    recipe.values = {QByteArray::fromHex("E703"), QByteArray::fromHex("01")}; // 999
     writeRecipeFile(path, recipe);
-    EXPECT_EQ("name,station,area,address,type,value,comment\n"
-              "speed,1,QW,40,uint16,1450,\"rpm, nominal\"\n",
+    EXPECT_EQ("# line 3, \"summer\"\n"
+              "\n"
+              "value,type,comment,address,area,station,name\n"
+              "999,uint16,\"rpm, nominal\",40,QW,1,speed\n"
+              "# valves\n"
+              "1,bool,\"two\nlines\",30.0,MX,1,valve\n"
+              "#\n",
               fileText().toStdString());
 }
 
-TEST_F(RecipeFileTest, ACommentOfTwoLinesComesBackWhole)
+/// A file's bytes before and after its one value, a uint16, became 999.
+struct WrittenCell
 {
-    Recipe recipe = recipeOf("speed,1,QW,40,uint16,1450\n");
-    recipe.tags[0].comment = QLatin1String("one\ntwo");
+    const char* before;
+    const char* after;
+};
+
+std::ostream& operator<<(std::ostream& out, const WrittenCell& cell)
+{
+    return out << cell.before;
+}
+
+class RecipeFileCells : public RecipeFileTest, public testing::WithParamInterface<WrittenCell>
+{
+};
+
+TEST_P(RecipeFileCells, AreWrittenInPlace)
+{
+    put(GetParam().before);
+    Recipe recipe = readRecipeFile(path, driver(), false);
+    recipe.values = {QByteArray::fromHex("E703")};
     writeRecipeFile(path, recipe);
-    EXPECT_EQ(recipe.tags[0].comment, readRecipeFile(path, driver(), true).tags[0].comment);
+    EXPECT_EQ(GetParam().after, fileText().toStdString());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    , RecipeFileCells,
+    testing::Values(
+        WrittenCell{"name,station,area,address,type,value\na,1,MW,0,uint16,",
+                    "name,station,area,address,type,value\na,1,MW,0,uint16,999"},
+        WrittenCell{"name,station,area,address,type,value\r\na,1,MW,0,uint16,\r\n\r\n",
+                    "name,station,area,address,type,value\r\na,1,MW,0,uint16,999\r\n\r\n"},
+        WrittenCell{"name,station,area,address,type,value\r\na,1,MW,0,uint16,1450 \r\n",
+                    "name,station,area,address,type,value\r\na,1,MW,0,uint16,999 \r\n"},
+        WrittenCell{"name ,value,station,area,address,type\na    ,\t\"1450\" ,1,MW,0,uint16\n",
+                    "name ,value,station,area,address,type\na    ,\t999 ,1,MW,0,uint16\n"},
+        WrittenCell{"\"value\",name,station,area,address,type\n  ,\"a \"\"b\"\"\",1,MW,0,uint16\n",
+                    "\"value\",name,station,area,address,type\n"
+                    "999  ,\"a \"\"b\"\"\",1,MW,0,uint16\n"},
+        WrittenCell{"\xEF\xBB\xBFvalue,name,station,area,address,type\n7,\xC3\xA4,1,MW,0,uint16\n",
+                    "\xEF\xBB\xBFvalue,name,station,area,address,type\n"
+                    "999,\xC3\xA4,1,MW,0,uint16\n"}));
+
+TEST_F(RecipeFileTest, ARecipeWrittenToAnotherFileHasTheTextOfItsOwn)
+{
+    Recipe recipe = recipeOf("# rpm\nspeed,1,QW,40,uint16,1450\n");
+    recipe.values[0] = QByteArray::fromHex("E703");
+    const QString other = folder.filePath(QLatin1String("other.csv"));
+    writeRecipeFile(other, recipe);
+    EXPECT_EQ(HEADER + QByteArray("# rpm\nspeed,1,QW,40,uint16,1450\n"), fileText());
+    EXPECT_EQ(HEADER + QByteArray("# rpm\nspeed,1,QW,40,uint16,999\n"), fileBytes(other));
 }
 
 TEST_F(RecipeFileTest, AValueThatIsNotKnownIsWrittenAsNone)
@@ -172,7 +230,7 @@ TEST_F(RecipeFileTest, AValueThatIsNotKnownIsWrittenAsNone)
     Recipe recipe = recipeOf("speed,1,QW,40,uint16,1450\n");
     recipe.values[0].clear();
     writeRecipeFile(path, recipe);
-    EXPECT_TRUE(readRecipeFile(path, driver(), false).values[0].isEmpty());
+    EXPECT_EQ(HEADER + QByteArray("speed,1,QW,40,uint16,\n"), fileText());
 }
 
 TEST_F(RecipeFileTest, AFileThatCannotBeWrittenIsNamed)

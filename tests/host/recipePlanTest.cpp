@@ -163,6 +163,14 @@ TEST(RecipePlan, TagsThatShareAUnitAreNamedAllAtOnce)
               complaint);
 }
 
+TEST(RecipePlan, AWordAndABitOfItShareMemory)
+{
+    EXPECT_EQ("MW3000 and MX3000 share a bit of station 1\n"
+              "QX31 and QW1 share a bit of station 1",
+              complaintOf({tagAt("MW", 3000, Tag::UINT16), tagAt("MX", 3000, Tag::BOOL),
+                           tagAt("QX", 31, Tag::BOOL), tagAt("QW", 1, Tag::UINT16)}));
+}
+
 TEST(RecipePlan, TheSameUnitOfTwoStationsIsNotShared)
 {
     EXPECT_EQ("",

@@ -77,3 +77,15 @@ TEST(ReplyTimes, OneSlowReplyInAHundredIsPastThe99thPercentile)
     EXPECT_EQ(20, times.percentile(99));
     EXPECT_NEAR(500000, double(times.percentile(99.5)), 10000);
 }
+
+TEST(ReplyTimes, ATimeTakenBackNoLongerCounts)
+{
+    ReplyTimes times;
+    for (const qint64 time : {20, 500000, 500000})
+        times.add(time);
+    times.remove(500000);
+    times.remove(500000);
+    times.remove(-1);
+    EXPECT_EQ(1, times.count());
+    EXPECT_EQ(20, times.percentile(100));
+}

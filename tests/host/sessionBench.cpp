@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 namespace {
 
@@ -21,7 +22,7 @@ int countedSetData(int station, QString area, int number, int count, unsigned ch
 {
     outstandingWrites += count;
     mostOutstandingWrites = std::max(mostOutstandingWrites, outstandingWrites);
-    return realSetData(station, area, number, count, values, id);
+    return realSetData(station, std::move(area), number, count, values, id);
 }
 
 } // namespace

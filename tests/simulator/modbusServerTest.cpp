@@ -97,6 +97,22 @@ TEST_F(Served, WhatTheDeviceCannotDoIsRefused)
     EXPECT_EQ("01 83 03 01 31", reply("01 03 00 00 00 7E C5 EA")); // 126 registers
 }
 
+// Requests by pymodbus' messages 43 (device identification), 7 and 22, answers by its
+// ExceptionResponse.
+TEST_F(Served, AFunctionThatTheDeviceDoesNotHaveIsRefusedWhateverItsDataAre)
+{
+    EXPECT_EQ("01 AB 01 9E F0", reply("01 2B 0E 01 00 70 77"));
+    EXPECT_EQ("01 87 01 82 30", reply("01 07 41 E2"));
+    EXPECT_EQ("01 96 01 8E 60", reply("01 16 00 04 00 F2 00 25 67 EE"));
+    EXPECT_EQ("01 06 0B B9 04 D2 D8 96", reply("01 06 0B B9 04 D2 D8 96"));
+}
+
+TEST_F(Served, ABroadcastOfAFunctionThatIsNotThereIsAnsweredByNone)
+{
+    EXPECT_EQ("", reply("00 2B 0E 01 00 4D B7"));
+    EXPECT_EQ("01 06 0B B9 04 D2 D8 96", reply("01 06 0B B9 04 D2 D8 96"));
+}
+
 TEST_F(Served, ARequestThatIsRefusedLeavesNothingBehind)
 {
     reply("01 03 00 00 00 7E C5 EA");

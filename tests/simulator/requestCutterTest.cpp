@@ -10,6 +10,9 @@ namespace {
 const char* const READ = "01 03 0B B8 00 01 06 0B";
 const char* const READ_INPUT = "11 04 00 08 00 01 B2 98";
 const char* const WRITE_WORDS = "01 10 00 0A 00 03 06 00 01 00 02 FF FF 5B 10";
+const char* const IDENTIFICATION = "01 2B 0E 01 00 70 77";        // function 43
+const char* const STATUS = "01 07 41 E2";                         // function 7
+const char* const MASKED_WRITE = "01 16 00 04 00 F2 00 25 67 EE"; // function 22
 const char* const WRITE_BITS = "02 0F 00 00 00 10 02 1F 80 FF 40";
 
 void add(RequestCutter& cutter, const std::string& hex, std::int64_t at = 0)
@@ -128,6 +131,49 @@ TEST(RequestCutter, SilenceEndsAPartialRequest)
     add(cutter, READ);
     EXPECT_EQ(READ, taken(cutter));
     EXPECT_EQ(1, cutter.badFrames());
+}
+
+TEST(RequestCutter, ARequestOfAnotherFunctionEndsWithTheSilence)
+{
+    for (const char* row : {IDENTIFICATION, STATUS, MASKED_WRITE}) {
+        RequestCutter cutter;
+        add(cutter, row);
+        EXPECT_EQ("none", taken(cutter));
+        cutter.lineFellSilent();
+        EXPECT_EQ(row, taken(cutter));
+        EXPECT_EQ("none", taken(cutter));
+        EXPECT_EQ(0, cutter.badFrames());
+    }
+}
+
+TEST(RequestCutter, ARequestOfAnotherFunctionNeedsItsChecksum)
+{
+    RequestCutter cutter;
+    std::string damaged = IDENTIFICATION;
+    damaged[0] = '1';
+    add(cutter, damaged);
+    cutter.lineFellSilent();
+    EXPECT_EQ("none", taken(cutter));
+    EXPECT_EQ(1, cutter.badFrames());
+}
+
+TEST(RequestCutter, AWholeRequestBehindOneOfAnotherFunctionDoesNotWait)
+{
+    RequestCutter cutter;
+    add(cutter, std::string(IDENTIFICATION) + " " + READ);
+    EXPECT_EQ(READ, taken(cutter));
+    EXPECT_EQ(1, cutter.badFrames());
+}
+
+TEST(RequestCutter, ChatterWithoutASilenceIsNotHeldForEver)
+{
+    RequestCutter cutter;
+    for (int i = 0; i < 1000; ++i)
+        cutter.add({0x55}, 0);
+    EXPECT_EQ("none", taken(cutter));
+    EXPECT_EQ(1, cutter.badFrames());
+    add(cutter, READ);
+    EXPECT_EQ(READ, taken(cutter));
 }
 
 TEST(RequestCutter, SilenceFreesARequestBehindAPretendedLongOne)

@@ -119,10 +119,48 @@ TEST_F(HandledRequests, ARefusedRequestIsNotExecuted)
 
 TEST_F(HandledRequests, ASilentStationExecutesNothing)
 {
-    m_faults.silentStations = {1};
+    m_faults.silentStations = {{1, 1.0}};
     EXPECT_TRUE(handle(WRITE, 0).empty());
     EXPECT_EQ(0, marker());
     EXPECT_EQ(1, handler().counts().silent);
+}
+
+TEST_F(HandledRequests, ASilentStationExecutesNoBroadcast)
+{
+    m_faults.silentStations = {{1, 1.0}};
+    handle(BROADCAST, 0);
+    EXPECT_EQ(0, m_stations.find(1)->holdingRegister(200));
+    EXPECT_EQ(77, m_stations.find(2)->holdingRegister(200));
+}
+
+TEST_F(HandledRequests, AStationIsSilentInItsShareOfTheExchanges)
+{
+    m_faults.silentStations = {{1, 0.25}};
+    int answered = 0;
+    for (int i = 0; i < 10000; ++i)
+        answered += handle(READ, 0).empty() ? 0 : 1;
+    EXPECT_NEAR(7500, answered, 250);
+    EXPECT_EQ(10000 - answered, handler().counts().silent);
+}
+
+TEST_F(HandledRequests, SilencesTakeTheirShareOfAnyOtherFault)
+{
+    m_faults.silentStations = {{1, 0.25}};
+    m_faults.rates[FAULT_DROP] = 0.25;
+    for (int i = 0; i < 10000; ++i)
+        handle(READ, 0);
+    EXPECT_NEAR(2500, double(handler().counts().silent), 250);
+    EXPECT_NEAR(1875, double(handler().counts().faults[FAULT_DROP]), 200);
+}
+
+TEST_F(HandledRequests, ASilenceIsOneOfTheFaultExchanges)
+{
+    m_faults.silentStations = {{1, 1.0}};
+    m_faults.exchanges = 2;
+    EXPECT_TRUE(handle(WRITE, 0).empty());
+    EXPECT_TRUE(handle(WRITE, 0).empty());
+    EXPECT_EQ(1u, handle(WRITE, 0).size());
+    EXPECT_EQ(2, handler().counts().silent);
 }
 
 TEST_F(HandledRequests, AStationThatIsNotHereIsCountedAsForeign)

@@ -41,6 +41,14 @@ TEST(SimulatorOptions, EachFaultHasItsRate)
     }
 }
 
+TEST(SimulatorOptions, AStationIsSilentAlwaysOrInAShareOfTheExchanges)
+{
+    const SimulatorOptions options =
+        parsed({"--stations", "1-5", "--silent", "2", "--silent", "3:0.25,5:0"});
+    EXPECT_EQ((std::map<int, double>{{2, 1.0}, {3, 0.25}, {5, 0.0}}),
+              options.faults.silentStations);
+}
+
 TEST(SimulatorOptions, TimesAreTurnedIntoNanoseconds)
 {
     const SimulatorOptions options = parsed({"--turnaround-us", "10000000", "--delay-ms", "60000"});
@@ -85,6 +93,15 @@ TEST(SimulatorOptions, WhatCannotBeIsAUsageError)
         {"--drop", "0.6", "--delay", "0.6"},
         {"--exception-code", "0"},
         {"--silent", "0"},
+        {"--silent", "2"}, // is not served
+        {"--station", "2", "--silent", "1"},
+        {"--silent", "1:1.1"},
+        {"--silent", "1:-0.1"},
+        {"--silent", "1:nan"},
+        {"--silent", "1:"},
+        {"--silent", "1:0.5x"},
+        {"--silent", "01"},
+        {"--silent", "x"},
         {"--fault-exchanges", "-1"},
         {"--no-such-option"},
     };

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <pty.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -19,11 +20,14 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
+enum NotOpened { NOT_OPENED };
+
 struct Pipe
 {
     int readEnd = -1;
     int writeEnd = -1;
 
+    explicit Pipe(NotOpened) {}
     Pipe()
     {
         int ends[2] = {-1, -1};
@@ -33,6 +37,18 @@ struct Pipe
         writeEnd = ends[1];
     }
 };
+
+/// A terminal of 24 lines of 80 characters: what is written to its own end is read at the other.
+Pipe terminal()
+{
+    Pipe ends(NOT_OPENED);
+    const winsize size = {24, 80, 0, 0};
+    if (openpty(&ends.readEnd, &ends.writeEnd, nullptr, nullptr, &size) != 0)
+        throw std::system_error(errno, std::generic_category(), "no pseudo-terminal");
+    fcntl(ends.readEnd, F_SETFD, FD_CLOEXEC);
+    fcntl(ends.writeEnd, F_SETFD, FD_CLOEXEC);
+    return ends;
+}
 
 void closeOnce(int& descriptor)
 {
@@ -47,10 +63,11 @@ int msUntil(Clock::time_point end)
 
 } // namespace
 
-ChildProcess::ChildProcess(const std::string& program, const std::vector<std::string>& arguments)
+ChildProcess::ChildProcess(const std::string& program, const std::vector<std::string>& arguments,
+                           Output kind)
 {
     Pipe input;
-    Pipe output;
+    Pipe output = kind == TERMINAL ? terminal() : Pipe();
     Pipe errors;
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
@@ -88,6 +105,14 @@ void ChildProcess::kill()
     if (m_id < 0) return;
     ::kill(m_id, SIGKILL);
     reap();
+}
+
+int ChildProcess::skipOutput(int ms)
+{
+    if (m_output < 0 || !readMore(ms)) return 0;
+    const int bytes = int(m_text.size());
+    m_text.clear();
+    return bytes;
 }
 
 void ChildProcess::closeInput()

@@ -7,15 +7,17 @@
 #include <string>
 #include <vector>
 
-/// A program beside the test, with pipes at its standard input, output and error. The destructor
-/// kills it.
+/// A program beside the test, with pipes at its standard input, output and error; its output may be
+/// a terminal instead. The destructor kills it.
 class ChildProcess
 {
 public:
     enum { KILLED = 1000 }; ///< status of a program that a signal ended
+    enum Output { PIPE, TERMINAL };
 
     /// Throws std::system_error when it does not start.
-    ChildProcess(const std::string& program, const std::vector<std::string>& arguments);
+    ChildProcess(const std::string& program, const std::vector<std::string>& arguments,
+                 Output output = PIPE);
     ~ChildProcess();
     ChildProcess(const ChildProcess&) = delete;
     ChildProcess& operator=(const ChildProcess&) = delete;
@@ -33,6 +35,10 @@ public:
 
     /// The next line of standard output without its end; none when it ended or `ms` are over.
     std::optional<std::string> readLine(int ms);
+
+    /// Drops what comes next of standard output.
+    /// @return bytes; 0 when it ended or `ms` are over
+    int skipOutput(int ms);
 
     void closeInput();
     void kill();

@@ -54,9 +54,10 @@ std::vector<std::string> signalArguments()
 
 std::vector<std::string> arguments(const std::string& kind)
 {
+    const std::string value = kind == "silent" ? "1:0.1,2:0.1" : "0.1";
     std::vector<std::string> all = {
         "--station",  "1,2",    "--fault-exchanges", std::to_string(FAULTY_EXCHANGES),
-        "--delay-ms", DELAY_MS, "--" + kind,         "0.1"};
+        "--delay-ms", DELAY_MS, "--" + kind,         value};
     const std::vector<std::string> moving = signalArguments();
     all.insert(all.end(), moving.begin(), moving.end());
     return all;
@@ -235,7 +236,12 @@ INSTANTIATE_TEST_SUITE_P(EachKind, Faults,
                                          FaultCase{"stray-after", false, JobEnd::DONE},
                                          FaultCase{"wrong-station", false, JobEnd::TIMED_OUT},
                                          FaultCase{"exception", false, JobEnd::REFUSED},
-                                         FaultCase{"delay", true, JobEnd::DONE}),
+                                         FaultCase{"silent", false, JobEnd::TIMED_OUT},
+                                         FaultCase{"delay", true, JobEnd::DONE},
+                                         FaultCase{"drop", true, JobEnd::TIMED_OUT},
+                                         FaultCase{"stray-before", true, JobEnd::DONE},
+                                         FaultCase{"wrong-station", true, JobEnd::TIMED_OUT},
+                                         FaultCase{"silent", true, JobEnd::TIMED_OUT}),
                          [](const testing::TestParamInfo<FaultCase>& named) {
                              std::string name = named.param.kind;
                              name.erase(std::remove(name.begin(), name.end(), '-'), name.end());

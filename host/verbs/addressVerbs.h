@@ -1,15 +1,13 @@
-#ifndef INFO_VERBS_H
-#define INFO_VERBS_H
+#ifndef ADDRESS_VERBS_H
+#define ADDRESS_VERBS_H
 
 #include "driver/driverLibrary.h"
 
 #include <cstdio>
 
-// The verbs that only ask the driver, without any link. Each prints to `out`, as text or as one
-// JSON object on a line, both UTF-8. The caller keeps counts and intervals within 1 to 65536.
-
-/// Identity, default link settings, and the areas with format, range, width and access.
-void printInfo(std::FILE* out, const DriverLibrary& driver, bool json);
+// The verbs that ask the driver about addresses, without any link. Each prints to `out`, as text or
+// as one JSON object on a line, both UTF-8. The caller keeps counts and intervals within 1 to
+// 65536.
 
 /// Whether `count` units fit at an address: its number and its place on the wire, or why not.
 /// @param write  it is to be written as well

@@ -1,140 +1,12 @@
-#include "verbs/infoVerbs.h"
+#include "verbs/addressVerbs.h"
 
+#include "plan/sharedMemory.h"
 #include "verbs/addressVerdict.h"
+#include "verbs/printing.h"
 
 #include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
-
-#include <initializer_list>
 
 namespace {
-
-/// Parts of the driver's parameter text.
-enum {
-    BAUD_PART = 1,
-    DATA_BITS_PART = 2,
-    PARITY_PART = 3,
-    STOP_BITS_PART = 4,
-    NETWORK_ADDRESS_PART = 7,
-    PORT_PART = 8,
-    PROTOCOL_PART = 9
-};
-
-struct CodeMeaning
-{
-    const char* code;
-    const char* meaning;
-};
-
-QString text(const char* latin1)
-{
-    return QString::fromLatin1(latin1);
-}
-
-void printLine(std::FILE* out, const QString& line)
-{
-    std::fprintf(out, "%s\n", line.toUtf8().constData());
-}
-
-void printObject(std::FILE* out, const QJsonObject& object)
-{
-    printLine(out, QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact)));
-}
-
-QString meaningOf(const QString& code, std::initializer_list<CodeMeaning> meanings)
-{
-    for (const CodeMeaning& known : meanings) {
-        if (code == text(known.code)) return text(known.meaning);
-    }
-    return text("code ") + code;
-}
-
-QString widthWords(const QString& code)
-{
-    return meaningOf(code, {{"0", "1 bit"}, {"1", "16 bits"}, {"2", "32 bits"}});
-}
-
-QString accessWords(const QString& code)
-{
-    return meaningOf(code, {{"0", "read"}, {"1", "read and write"}, {"2", "write"}});
-}
-
-QString kindWords(const AreaDescription& area)
-{
-    return text(area.bits ? "bits" : "words");
-}
-
-struct Identity
-{
-    int type = 0;
-    QString version;
-    QString page;
-    QStringList parameters;
-};
-
-Identity identityOf(const DriverLibrary& driver)
-{
-    Identity identity;
-    QString parameter;
-    driver.getProtocolType(&identity.type);
-    driver.getVersion(&identity.version);
-    driver.getDriverPropertyPage(&identity.page);
-    driver.getDriverParameter(&parameter);
-    identity.parameters = parameter.split(QLatin1Char(','));
-    return identity;
-}
-
-void printInfoObject(std::FILE* out, const Identity& identity,
-                     const std::vector<AreaDescription>& areas)
-{
-    const QStringList& parts = identity.parameters;
-    QJsonArray list;
-    for (const AreaDescription& area : areas) {
-        list.append(QJsonObject{{text("name"), area.name},
-                                {text("kind"), kindWords(area)},
-                                {text("format"), area.format},
-                                {text("lowest"), area.lowest},
-                                {text("highest"), area.highest},
-                                {text("width"), widthWords(area.widthCode)},
-                                {text("access"), accessWords(area.accessCode)}});
-    }
-    printObject(out, {{text("protocol"), parts.value(PROTOCOL_PART)},
-                      {text("type"), identity.type},
-                      {text("version"), identity.version},
-                      {text("propertyPage"), identity.page},
-                      {text("baud"), parts.value(BAUD_PART).toInt()},
-                      {text("dataBits"), parts.value(DATA_BITS_PART).toInt()},
-                      {text("parity"), parts.value(PARITY_PART)},
-                      {text("stopBits"), parts.value(STOP_BITS_PART).toInt()},
-                      {text("networkAddress"), parts.value(NETWORK_ADDRESS_PART)},
-                      {text("port"), parts.value(PORT_PART).toInt()},
-                      {text("areas"), list}});
-}
-
-void printInfoText(std::FILE* out, const Identity& identity,
-                   const std::vector<AreaDescription>& areas)
-{
-    const QStringList& parts = identity.parameters;
-    printLine(
-        out, text("protocol       %1, type %2").arg(parts.value(PROTOCOL_PART)).arg(identity.type));
-    printLine(out, text("version        ") + identity.version);
-    printLine(out, text("property page  ") + identity.page);
-    printLine(out, text("serial line    %1 baud, %2 data bits, parity %3, stop bits %4")
-                       .arg(parts.value(BAUD_PART), parts.value(DATA_BITS_PART),
-                            parts.value(PARITY_PART), parts.value(STOP_BITS_PART)));
-    printLine(out, text("network        %1, port %2")
-                       .arg(parts.value(NETWORK_ADDRESS_PART), parts.value(PORT_PART)));
-    std::fprintf(out, "%-5s %-6s %-7s %-7s %-8s %-8s %s\n", "area", "kind", "format", "lowest",
-                 "highest", "width", "access");
-    for (const AreaDescription& area : areas) {
-        std::fprintf(out, "%-5s %-6s %-7s %-7s %-8s %-8s %s\n", qUtf8Printable(area.name),
-                     qUtf8Printable(kindWords(area)), qUtf8Printable(area.format),
-                     qUtf8Printable(area.lowest), qUtf8Printable(area.highest),
-                     qUtf8Printable(widthWords(area.widthCode)),
-                     qUtf8Printable(accessWords(area.accessCode)));
-    }
-}
 
 /// "holding registers 3050 to 3053", "bit 3 of input register 0 to bit 2 of input register 1".
 QString placeWords(const WirePlace& place, int count)
@@ -155,6 +27,8 @@ QString placeText(const AreaDescription& area, const AddressVerdict& verdict,
     QString words = placeWords(place, count) + text(place.input ? " (function 4" : " (function 3");
     if (area.accessCode == QLatin1String("0")) return words + QLatin1Char(')');
     if (!area.bits) return words + text(count == 1 ? ", written by 6)" : ", written by 6 or 16)");
+    if (!coilProblem(area.name, verdict.number, count).isEmpty())
+        return words + text(", not to be written)");
     return words + text("), written as coil %1 (function %2)")
                        .arg(verdict.number)
                        .arg(text(count == 1 ? "5" : "5 or 15"));
@@ -187,7 +61,9 @@ void printCheckObject(std::FILE* out, QJsonObject object, const AreaDescription&
     object.insert(text("firstRegister"), place.firstRegister);
     object.insert(text("lastRegister"), place.lastRegister);
     if (area.bits) object.insert(text("bit"), place.bit);
-    if (area.bits && !place.input) object.insert(text("coil"), verdict.number);
+    const int count = object[text("count")].toInt();
+    if (area.bits && !place.input && coilProblem(area.name, verdict.number, count).isEmpty())
+        object.insert(text("coil"), verdict.number);
     printObject(out, object);
 }
 
@@ -223,16 +99,6 @@ void printSeriesText(std::FILE* out, const QString& area, const QVector<QString>
 }
 
 } // namespace
-
-void printInfo(std::FILE* out, const DriverLibrary& driver, bool json)
-{
-    const Identity identity = identityOf(driver);
-    const std::vector<AreaDescription> areas = describeAreas(driver);
-    if (json)
-        printInfoObject(out, identity, areas);
-    else
-        printInfoText(out, identity, areas);
-}
 
 bool printCheck(std::FILE* out, const DriverLibrary& driver, const QString& area,
                 const QString& address, int count, bool write, bool json)

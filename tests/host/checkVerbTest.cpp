@@ -1,15 +1,8 @@
-#include "verbs/infoVerbs.h"
-#include "verbs/addressVerdict.h"
+#include "verbs/addressVerbs.h"
 
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
+#include "verbOutput.h"
 
 #include <gtest/gtest.h>
-
-#include <cstdlib>
-#include <functional>
-#include <string>
 
 // Address numbers and ranges are those of the table in the driver's header.
 
@@ -18,27 +11,6 @@ namespace {
 QString text(const char* latin1)
 {
     return QString::fromLatin1(latin1);
-}
-
-std::string printed(const std::function<void(std::FILE*)>& print)
-{
-    char* bytes = nullptr;
-    size_t length = 0;
-    std::FILE* const out = open_memstream(&bytes, &length);
-    print(out);
-    std::fclose(out);
-    const std::string all(bytes, length);
-    std::free(bytes);
-    return all;
-}
-
-/// The one object on the one line.
-QJsonObject objectOf(const std::string& line)
-{
-    EXPECT_EQ(line.size() - 1, line.find('\n')) << line;
-    const QJsonDocument document = QJsonDocument::fromJson(QByteArray::fromStdString(line));
-    EXPECT_TRUE(document.isObject()) << line;
-    return document.object();
 }
 
 struct CheckRow
@@ -50,7 +22,7 @@ struct CheckRow
     const char* words;
 };
 
-class InfoVerbs : public testing::Test
+class CheckVerb : public testing::Test
 {
 protected:
     void expectChecked(bool valid, std::initializer_list<CheckRow> rows)
@@ -73,60 +45,12 @@ protected:
         }));
     }
 
-    std::string series(const char* area, const char* address, int count, int interval, bool json,
-                       bool valid = true)
-    {
-        return printed([&](std::FILE* out) {
-            EXPECT_EQ(valid,
-                      printSeries(out, m_driver, text(area), text(address), count, interval, json));
-        });
-    }
-
     const DriverLibrary m_driver{QString::fromLatin1(KAKB_DRIVER_FILE)};
 };
 
 } // namespace
 
-TEST_F(InfoVerbs, InfoShowsIdentityLinkAndEveryArea)
-{
-    const std::string info = printed([this](std::FILE* out) { printInfo(out, m_driver, false); });
-    EXPECT_EQ("protocol       quorvane_ka_kb_plc, type 0\n"
-              "version        2.0.0.0\n"
-              "property page  0_0\n"
-              "serial line    38400 baud, 8 data bits, parity NONE, stop bits 1\n"
-              "network        192.168.1.100, port 8000\n"
-              "area  kind   format  lowest  highest  width    access\n"
-              "MW    words  DDDD    0       8190     16 bits  read and write\n"
-              "IW    words  DDDD    0       510      16 bits  read\n"
-              "QW    words  DDDD    0       510      16 bits  read and write\n"
-              "MX    bits   DDDDO   0.0     7816.7   1 bit    read and write\n"
-              "IX    bits   DDDDO   0.0     511.7    1 bit    read\n"
-              "QX    bits   DDDDO   0.0     511.7    1 bit    read and write\n",
-              info);
-}
-
-TEST_F(InfoVerbs, InfoAsAnObjectHasTheSame)
-{
-    const QJsonObject info =
-        objectOf(printed([this](std::FILE* out) { printInfo(out, m_driver, true); }));
-    EXPECT_EQ(text("quorvane_ka_kb_plc"), info[text("protocol")].toString());
-    EXPECT_EQ(text("2.0.0.0"), info[text("version")].toString());
-    EXPECT_EQ(38400, info[text("baud")].toInt());
-    EXPECT_EQ(8, info[text("dataBits")].toInt());
-    EXPECT_EQ(text("NONE"), info[text("parity")].toString());
-    EXPECT_EQ(1, info[text("stopBits")].toInt());
-    EXPECT_EQ(text("192.168.1.100"), info[text("networkAddress")].toString());
-    EXPECT_EQ(8000, info[text("port")].toInt());
-    const QJsonArray areas = info[text("areas")].toArray();
-    ASSERT_EQ(6, areas.size());
-    const QJsonObject inputs = areas[4].toObject();
-    EXPECT_EQ(text("IX"), inputs[text("name")].toString());
-    EXPECT_EQ(text("bits"), inputs[text("kind")].toString());
-    EXPECT_EQ(text("511.7"), inputs[text("highest")].toString());
-    EXPECT_EQ(text("read"), inputs[text("access")].toString());
-}
-
-TEST_F(InfoVerbs, CheckTellsWhereAWordIs)
+TEST_F(CheckVerb, TellsWhereAWordIs)
 {
     expectChecked(
         true,
@@ -143,7 +67,7 @@ TEST_F(InfoVerbs, CheckTellsWhereAWordIs)
           "IW 510: valid, address number 255, input register 255 (function 4)"}});
 }
 
-TEST_F(InfoVerbs, CheckTellsWhereABitIs)
+TEST_F(CheckVerb, TellsWhereABitIs)
 {
     // Bit k of word w is bit 16 w + k of the same memory.
     expectChecked(
@@ -160,20 +84,38 @@ TEST_F(InfoVerbs, CheckTellsWhereABitIs)
                 "3), written as coil 65535 (function 5)"}});
 }
 
-TEST_F(InfoVerbs, CheckShowsAnAddressInTheAreasOwnForm)
+TEST_F(CheckVerb, ShowsAnAddressInTheAreasOwnForm)
 {
     expectChecked(true, {{"QX", "12.9", 1, false,
                           "QX 13.1: valid, address number 105, bit 9 of holding register 6 "
                           "(function 3), written as coil 105 (function 5)"}});
 }
 
-TEST_F(InfoVerbs, CheckSaysThatAnAreaIsReadOnly)
+TEST_F(CheckVerb, SaysThatAnAreaIsReadOnly)
 {
     expectChecked(false, {{"IW", "0", 1, true, "IW 0: not valid: IW is read-only"},
                           {"IX", "0.0", 1, true, "IX 0.0: not valid: IX is read-only"}});
 }
 
-TEST_F(InfoVerbs, CheckSaysThatAWordAddressIsOdd)
+TEST_F(CheckVerb, SaysThatABitWouldBeWrittenToTheMarkers)
+{
+    const char* const why =
+        ": not valid: QX 375.0 and above can be read but not written: their coils are those of "
+        "the markers";
+    expectChecked(false, {{"QX", "375.0", 1, true, ("QX 375.0" + std::string(why)).c_str()},
+                          {"QX", "511.7", 1, true, ("QX 511.7" + std::string(why)).c_str()},
+                          {"QX", "374.7", 2, true, ("QX 374.7" + std::string(why)).c_str()}});
+    expectChecked(true, {{"QX", "374.7", 1, true,
+                          "QX 374.7: valid, address number 2999, bit 7 of holding register 187 "
+                          "(function 3), written as coil 2999 (function 5)"},
+                         {"QX", "375.0", 1, false,
+                          "QX 375.0: valid, address number 3000, bit 8 of holding register 187 "
+                          "(function 3, not to be written)"}});
+    EXPECT_FALSE(checkedObject("QX", "375.0", 1, true)[text("valid")].toBool(true));
+    EXPECT_FALSE(checkedObject("QX", "375.0", 1, false).contains(text("coil")));
+}
+
+TEST_F(CheckVerb, SaysThatAWordAddressIsOdd)
 {
     expectChecked(
         false,
@@ -181,7 +123,7 @@ TEST_F(InfoVerbs, CheckSaysThatAWordAddressIsOdd)
          {"IW", "9999", 1, false, "IW 9999: not valid: odd: a word starts at an even number"}});
 }
 
-TEST_F(InfoVerbs, CheckSaysThatAnAddressIsMalformed)
+TEST_F(CheckVerb, SaysThatAnAddressIsMalformed)
 {
     const char* const words = ": not valid: malformed: MW takes an even number, from 0 to 8190";
     for (const char* address : {"", "x", "1.2", "0x10", "12 34"})
@@ -195,14 +137,14 @@ TEST_F(InfoVerbs, CheckSaysThatAnAddressIsMalformed)
                            "0.0 to 511.7"}});
 }
 
-TEST_F(InfoVerbs, CheckSaysThatAnAddressIsBelowTheLowest)
+TEST_F(CheckVerb, SaysThatAnAddressIsBelowTheLowest)
 {
     expectChecked(false,
                   {{"MW", "-2", 1, false, "MW -2: not valid: below 0, the lowest address"},
                    {"QX", "-1.0", 1, false, "QX -1.0: not valid: below 0.0, the lowest address"}});
 }
 
-TEST_F(InfoVerbs, CheckNamesTheLastAddressThatFits)
+TEST_F(CheckVerb, NamesTheLastAddressThatFits)
 {
     expectChecked(
         false,
@@ -219,7 +161,7 @@ TEST_F(InfoVerbs, CheckNamesTheLastAddressThatFits)
           "MX 99999999999.0: not valid: past the end of MX, whose last address is 7816.7"}});
 }
 
-TEST_F(InfoVerbs, TheLastAddressThatFitsIsValidWithThatCount)
+TEST_F(CheckVerb, TheLastAddressThatFitsIsValidWithThatCount)
 {
     for (const CheckRow& row :
          {CheckRow{"MW", "8188", 2, false, ""}, CheckRow{"QX", "510.0", 16, false, ""},
@@ -231,14 +173,14 @@ TEST_F(InfoVerbs, TheLastAddressThatFitsIsValidWithThatCount)
     }
 }
 
-TEST_F(InfoVerbs, CheckSaysThatAnAreaIsTooSmall)
+TEST_F(CheckVerb, SaysThatAnAreaIsTooSmall)
 {
     expectChecked(false, {{"MW", "0", 4097, false, "MW 0: not valid: MW has only 4096 words"},
                           {"IW", "0", 65536, false, "IW 0: not valid: IW has only 256 words"},
                           {"QX", "0.0", 4097, false, "QX 0.0: not valid: QX has only 4096 bits"}});
 }
 
-TEST_F(InfoVerbs, CheckNamesTheAreasThatThereAre)
+TEST_F(CheckVerb, NamesTheAreasThatThereAre)
 {
     for (int count : {1, 2, 65536}) // from two units on the driver would call it out of range
         expectChecked(false,
@@ -247,7 +189,7 @@ TEST_F(InfoVerbs, CheckNamesTheAreasThatThereAre)
                         "MX, IX, QX"}});
 }
 
-TEST_F(InfoVerbs, CheckAsAnObjectHasNumberAndPlace)
+TEST_F(CheckVerb, AsAnObjectHasNumberAndPlace)
 {
     const QJsonObject bit = checkedObject("MX", "12.3", 1, true);
     EXPECT_TRUE(bit[text("valid")].toBool());
@@ -266,42 +208,11 @@ TEST_F(InfoVerbs, CheckAsAnObjectHasNumberAndPlace)
     EXPECT_FALSE(words.contains(text("bit")));
 }
 
-TEST_F(InfoVerbs, CheckAsAnObjectHasTheReason)
+TEST_F(CheckVerb, AsAnObjectHasTheReason)
 {
     const QJsonObject object = checkedObject("IW", "0", 1, true);
     EXPECT_FALSE(object[text("valid")].toBool(true));
     EXPECT_EQ(ADDRESS_READ_ONLY, object[text("result")].toInt());
     EXPECT_EQ(text("IW is read-only"), object[text("reason")].toString());
     EXPECT_FALSE(object.contains(text("number")));
-}
-
-TEST_F(InfoVerbs, SeriesListsAddressesAtTheInterval)
-{
-    EXPECT_EQ("MW 100 = 3050\nMW 104 = 3052\nMW 108 = 3054\n", series("MW", "100", 3, 2, false));
-    EXPECT_EQ("QX 0.6 = 6\nQX 1.1 = 9\n", series("QX", "0.6", 2, 3, false));
-}
-
-TEST_F(InfoVerbs, SeriesSaysHowManyWereClipped)
-{
-    EXPECT_EQ("MW 8188 = 7094\nMW 8190 = 7095\nMW 8190 = 7095\nMW 8190 = 7095\n"
-              "clipped: the last 2 lay past the end of MW and became 8190\n",
-              series("MW", "8188", 4, 1, false));
-}
-
-TEST_F(InfoVerbs, SeriesAsAnObjectHasEntriesAndClipping)
-{
-    const QJsonObject object = objectOf(series("QX", "511.6", 3, 1, true));
-    EXPECT_TRUE(object[text("valid")].toBool());
-    EXPECT_EQ(1, object[text("clipped")].toInt());
-    const QJsonArray entries = object[text("entries")].toArray();
-    ASSERT_EQ(3, entries.size());
-    EXPECT_EQ(text("511.7"), entries[1].toObject()[text("address")].toString());
-    EXPECT_EQ(4095, entries[1].toObject()[text("number")].toInt());
-}
-
-TEST_F(InfoVerbs, SeriesExplainsABadStart)
-{
-    EXPECT_EQ("MW 101: not valid: odd: a word starts at an even number\n",
-              series("MW", "101", 3, 1, false, false));
-    EXPECT_FALSE(objectOf(series("XW", "0", 3, 1, true, false))[text("valid")].toBool(true));
 }

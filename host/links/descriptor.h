@@ -1,0 +1,33 @@
+#ifndef DESCRIPTOR_H
+#define DESCRIPTOR_H
+
+#include <unistd.h>
+
+#include <utility>
+
+/// A descriptor of the system's, closed with its owner; -1: none.
+class Descriptor
+{
+public:
+    explicit Descriptor(int number = -1) : m_number(number) {}
+    ~Descriptor()
+    {
+        if (m_number >= 0) close(m_number);
+    }
+    Descriptor(Descriptor&& other) noexcept : m_number(std::exchange(other.m_number, -1)) {}
+    Descriptor& operator=(Descriptor&& other) noexcept
+    {
+        std::swap(m_number, other.m_number);
+        return *this;
+    }
+
+    int number() const
+    {
+        return m_number;
+    }
+
+private:
+    int m_number;
+};
+
+#endif

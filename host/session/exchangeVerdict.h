@@ -1,0 +1,17 @@
+#ifndef EXCHANGE_VERDICT_H
+#define EXCHANGE_VERDICT_H
+
+#include "session/sessionSink.h"
+
+// What an exchange that is over means for the job that it belongs to.
+
+/// Asking again changes nothing: the station understood the request and refused it.
+/// @param reply  as the driver is handed it
+bool isFinalRefusal(const QByteArray& reply);
+
+JobEnd::Outcome outcomeOf(const FINISHED_EXCHANGE& finished);
+
+/// Why one that was not accepted failed, in words.
+QString troubleOf(const FINISHED_EXCHANGE& finished);
+
+#endif

@@ -1,0 +1,18 @@
+#include "verbs/printing.h"
+
+#include <QJsonDocument>
+
+QString text(const char* latin1)
+{
+    return QString::fromLatin1(latin1);
+}
+
+void printLine(std::FILE* out, const QString& line)
+{
+    std::fprintf(out, "%s\n", line.toUtf8().constData());
+}
+
+void printObject(std::FILE* out, const QJsonObject& object)
+{
+    printLine(out, QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact)));
+}

@@ -1,0 +1,15 @@
+#ifndef PRINTING_H
+#define PRINTING_H
+
+#include <QJsonObject>
+#include <QString>
+
+#include <cstdio>
+
+QString text(const char* latin1);
+
+/// Both in UTF-8, the object on one line.
+void printLine(std::FILE* out, const QString& line);
+void printObject(std::FILE* out, const QJsonObject& object);
+
+#endif

@@ -1,0 +1,79 @@
+#!/usr/bin/env bash
+# usage: lateAnswers.sh PROGRAM_FOLDER
+# Nothing in an answer says which program asked: on a serial line, one that came late for a run would
+# be good for the next. So a run that was not answered stays until its answer has come, or cannot.
+source "$(dirname "$0")/common.sh" "$1"
+
+recipe() { printf 'name,station,area,address,type,value\nspeed,1,MW,100,uint32,%s\n' "$1"; }
+recipe 7 >"$work/seven.csv"
+recipe 8 >"$work/eight.csv"
+
+# startLatePlc MS: the first answer comes so late; MW100 is 4711 and MW200 99 by themselves
+startLatePlc() {
+    startPlc pty --delay 1 --delay-ms "$1" --fault-exchanges 1 \
+        --signal 1:MW:3050:toggle:86400000:4711 --signal 1:MW:3100:toggle:86400000:99
+}
+
+# How many frames the run received, of a verb with --trace.
+frames() { grep -c ' < ' "$work/err" || true; }
+
+# The late answer is the first run's, though it gave up before.
+startLatePlc 150
+expect 4 host read MW100 --link "$link" --timeout-ms 100 --attempts 1 --trace
+errorHas 'kakb-host: .*does not answer' ' < 01 03 02 12 67 ' # 4711
+expect 0 host read MW200 --link "$link" --timeout-ms 100 --trace
+outputIs 'MW200 = 99'
+[ "$(frames)" = 1 ] || { show; fail "not one answer to one request"; }
+stopPlc
+
+# An attempt that is under way when another one's answer ends the run is one more to wait for.
+startLatePlc 150
+expect 0 host read MW100 --link "$link" --timeout-ms 100 --trace
+outputIs 'MW100 = 4711'
+[ "$(frames)" = 2 ] || { show; fail "not two answers to two attempts"; }
+expect 0 host read MW200 --link "$link" --timeout-ms 100
+outputIs 'MW200 = 99'
+stopPlc
+
+# The echo of function 16 holds no values: seven's would confirm eight.
+startPlc pty --delay 1 --delay-ms 150 --fault-exchanges 1
+expect 4 host recipe download "$work/seven.csv" --link "$link" --timeout-ms 100 --attempts 1 --trace
+errorHas ' < 01 10 0B EA 00 02 '
+expect 0 host recipe download "$work/eight.csv" --link "$link" --timeout-ms 100 --trace
+[ "$(frames)" = 1 ] || { show; fail "not one echo of one request"; }
+stopPlc
+dumpIs '1 MW 3050 8'
+
+# An answered run does not wait.
+startPlc pty
+expect 0 host read MW100 --link "$link" --timeout-ms 30000
+tookLessThan 1000
+stopPlc
+
+# A new connection brings nothing of an earlier one.
+startPlc tcp --silent 1
+expect 4 host read MW100 --link "$link" --timeout-ms 1000 --attempts 1
+tookLessThan 1900
+stopPlc
+
+# Whoever interrupts the wait itself, or the time-out before it, does not wait either.
+startPlc pty --silent 1
+hasRequest() { grep -q ' > ' "$work/err"; }
+isOver() { [ $(($(date +%s%N) - sent)) -gt $((1300 * 1000000)) ]; }
+for timeout in 1000 60000; do
+    "$programs/kakb-host" read MW100 --link "$link" --timeout-ms "$timeout" --attempts 1 --trace \
+        >"$work/out" 2>"$work/err" </dev/null &
+    watcher=$!
+    command_line="kakb-host read MW100, interrupted; time-out $timeout ms"
+    eventually 20 hasRequest || { show; fail "it does not get that far"; }
+    sent=$(date +%s%N)
+    eventually 20 isOver
+    isGone "$watcher" && { show; fail "it does not stay for a late answer"; }
+    start=$(date +%s%N)
+    kill -INT "$watcher"
+    wait "$watcher" || true
+    watcher=
+    elapsed_ms=$((($(date +%s%N) - start) / 1000000))
+    tookLessThan 500
+done
+stopPlc

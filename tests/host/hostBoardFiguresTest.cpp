@@ -1,0 +1,145 @@
+#include "session/hostBoard.h"
+
+#include <gtest/gtest.h>
+
+// What the board makes of a link's exchanges, losses and use of the wire.
+
+namespace {
+
+enum { SECOND = 1000000 };
+
+FINISHED_EXCHANGE exchangeOf(int result, qint64 replyTime, int exceptionCode = 0)
+{
+    FINISHED_EXCHANGE finished;
+    finished.result = result;
+    finished.replyTime = replyTime;
+    finished.exceptionCode = exceptionCode;
+    return finished;
+}
+
+} // namespace
+
+class HostBoardFiguresTest : public testing::Test
+{
+protected:
+    HostBoardFiguresTest() : board(0, false) {}
+
+    HostBoard board;
+};
+
+TEST_F(HostBoardFiguresTest, FiguresCountEachExchangeByItsEnd)
+{
+    board.exchanged(exchangeOf(REPLY_ACCEPTED, 1000), 0);
+    board.exchanged(exchangeOf(REPLY_RETRY, -1), 0);
+    board.exchanged(exchangeOf(REPLY_RETRY, -1), 0);
+    board.exchanged(exchangeOf(REPLY_GIVEN_UP, -1), 0);
+    board.exchanged(exchangeOf(REPLY_GIVEN_UP, 1000, 2), 0);
+    const LinkFigures figures = board.figures(2000000);
+    EXPECT_EQ(3, figures.exchanges);
+    EXPECT_EQ(2, figures.retries);
+    EXPECT_EQ(1, figures.giveUps);
+    EXPECT_EQ(1, figures.refusals);
+    EXPECT_DOUBLE_EQ(1, figures.wholeRun.exchangesPerSecond); // the accepted and the refused
+}
+
+TEST_F(HostBoardFiguresTest, TheRateCountsFromTheFirstOpeningOfTheLink)
+{
+    board.linkChanged(true, QString(), 1000000);
+    board.exchanged(exchangeOf(REPLY_ACCEPTED, 1000), 0);
+    board.linkChanged(false, QString(), 2000000);
+    board.linkChanged(true, QString(), 2500000);
+    EXPECT_DOUBLE_EQ(0.5, board.figures(3000000).wholeRun.exchangesPerSecond);
+}
+
+TEST_F(HostBoardFiguresTest, ReplyTimesAreThoseOfAnswersOnly)
+{
+    for (int i = 0; i < 98; ++i)
+        board.exchanged(exchangeOf(REPLY_ACCEPTED, 1000), 0);
+    board.exchanged(exchangeOf(REPLY_ACCEPTED, 50000), 0);
+    board.exchanged(exchangeOf(REPLY_ACCEPTED, 50000), 0);
+    for (int i = 0; i < 200; ++i)
+        board.exchanged(exchangeOf(REPLY_GIVEN_UP, -1), 0);
+    const LinkFigures figures = board.figures(1);
+    EXPECT_NEAR(1000, double(figures.wholeRun.replyMedian), 20);
+    EXPECT_NEAR(50000, double(figures.wholeRun.reply99), 1000);
+}
+
+TEST_F(HostBoardFiguresTest, FiguresAtTheStartAreZeroOrUnknown)
+{
+    const LinkFigures figures = board.figures(0);
+    EXPECT_EQ(0, figures.exchanges);
+    EXPECT_EQ(0.0, figures.wholeRun.exchangesPerSecond);
+    EXPECT_EQ(-1, figures.wholeRun.replyMedian);
+    EXPECT_EQ(-1.0, figures.wholeRun.wireShare);
+    EXPECT_FALSE(figures.connected);
+}
+
+TEST_F(HostBoardFiguresTest, TheWiresShareIsTheTimeThatItWasTaken)
+{
+    board.wireTaken(0, 100);
+    board.wireTaken(300, 450);
+    EXPECT_DOUBLE_EQ(0.25, board.figures(1000).wholeRun.wireShare);
+}
+
+TEST_F(HostBoardFiguresTest, ALinkThatWasNeverThereIsNotLost)
+{
+    board.linkChanged(false, QLatin1String("no device"), 1);
+    EXPECT_EQ(0, board.figures(1).losses);
+}
+
+TEST_F(HostBoardFiguresTest, LossesOfTheLinkAreCounted)
+{
+    for (int i = 0; i < 3; ++i) {
+        board.linkChanged(true, QString(), 10 * i);
+        board.linkChanged(false, QLatin1String("unplugged"), 10 * i + 5);
+    }
+    EXPECT_EQ(3, board.figures(100).losses);
+    EXPECT_FALSE(board.figures(100).connected);
+    const News news = board.takeNews();
+    ASSERT_EQ(6u, news.linkEvents.size());
+    EXPECT_TRUE(news.linkEvents[4].connected);
+    EXPECT_EQ(QLatin1String("unplugged"), news.linkEvents[5].trouble);
+    EXPECT_EQ(25, news.linkEvents[5].time);
+}
+
+TEST_F(HostBoardFiguresTest, RatesOfLateAreThoseOfTheLastTenSecondsAndTotalsAreOfTheRun)
+{
+    board.linkChanged(true, QString(), 0);
+    for (int i = 1; i <= 100; ++i) {
+        board.exchanged(exchangeOf(REPLY_ACCEPTED, 60), i * SECOND);
+        board.wireTaken(i * SECOND - SECOND / 2, i * SECOND);
+    }
+    board.exchanged(exchangeOf(REPLY_RETRY, -1), 100 * SECOND);
+    const LinkFigures figures = board.figures(105 * SECOND);
+    EXPECT_DOUBLE_EQ(0.5, figures.lately.exchangesPerSecond);
+    EXPECT_DOUBLE_EQ(0.25, figures.lately.wireShare);
+    EXPECT_EQ(60, figures.lately.replyMedian);
+    EXPECT_EQ(60, figures.lately.reply99);
+    EXPECT_DOUBLE_EQ(100.0 / 105, figures.wholeRun.exchangesPerSecond);
+    EXPECT_DOUBLE_EQ(50.0 / 105, figures.wholeRun.wireShare);
+    EXPECT_EQ(100, figures.exchanges);
+    EXPECT_EQ(1, figures.retries);
+}
+
+TEST_F(HostBoardFiguresTest, ASilentPlcsRateOfLateFallsToZeroThoughItIsAsked)
+{
+    board.linkChanged(true, QString(), 0);
+    for (int i = 1; i <= 10; ++i)
+        board.exchanged(exchangeOf(REPLY_ACCEPTED, 60), i * SECOND);
+    for (int i = 11; i <= 20; ++i)
+        board.exchanged(exchangeOf(REPLY_GIVEN_UP, -1), i * SECOND);
+    const LinkFigures figures = board.figures(20 * SECOND);
+    EXPECT_DOUBLE_EQ(0, figures.lately.exchangesPerSecond);
+    EXPECT_EQ(-1, figures.lately.replyMedian);
+    EXPECT_EQ(10, figures.giveUps);
+}
+
+TEST_F(HostBoardFiguresTest, RatesOfLateGoOnAcrossALostLink)
+{
+    board.linkChanged(true, QString(), 0);
+    for (int i = 1; i <= 20; ++i)
+        board.exchanged(exchangeOf(REPLY_ACCEPTED, 60), i * SECOND);
+    board.linkChanged(false, QLatin1String("unplugged"), 20 * SECOND);
+    board.linkChanged(true, QString(), 24 * SECOND);
+    EXPECT_DOUBLE_EQ(0.5, board.figures(25 * SECOND).lately.exchangesPerSecond);
+}

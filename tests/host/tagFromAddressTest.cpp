@@ -1,0 +1,95 @@
+#include "plan/tagFile.h"
+
+#include <gtest/gtest.h>
+
+#include <ostream>
+#include <string>
+
+namespace {
+
+const DriverLibrary& driver()
+{
+    static const DriverLibrary library(QString::fromLatin1(KAKB_DRIVER_FILE));
+    return library;
+}
+
+QString text(const char* latin1)
+{
+    return QString::fromLatin1(latin1);
+}
+
+struct AddressText
+{
+    const char* text;
+    int station;
+    const char* area;
+    const char* address;
+    int number;
+    Tag::Type type;
+};
+
+std::ostream& operator<<(std::ostream& out, const AddressText& address)
+{
+    return out << address.text;
+}
+
+struct BadLine
+{
+    const char* line;
+    const char* reason;
+};
+
+std::ostream& operator<<(std::ostream& out, const BadLine& bad)
+{
+    return out << bad.line;
+}
+
+} // namespace
+
+class TagFromAddress : public testing::TestWithParam<AddressText>
+{
+};
+
+TEST_P(TagFromAddress, IsNamedByItsText)
+{
+    const AddressText& expected = GetParam();
+    const Tag tag = tagFromAddress(text(expected.text), driver());
+    EXPECT_EQ(text(expected.text), tag.name);
+    EXPECT_EQ(expected.station, tag.station);
+    EXPECT_EQ(text(expected.area), tag.area);
+    EXPECT_EQ(text(expected.address), tag.address);
+    EXPECT_EQ(expected.number, tag.number);
+    EXPECT_EQ(expected.type, tag.type);
+}
+
+INSTANTIATE_TEST_SUITE_P(, TagFromAddress,
+                         testing::Values(AddressText{"MW100", 1, "MW", "100", 3050, Tag::UINT16},
+                                         AddressText{"MX12.3", 1, "MX", "12.3", 3099, Tag::BOOL},
+                                         AddressText{"2:QW8", 2, "QW", "8", 4, Tag::UINT16},
+                                         AddressText{"247:IX0.0", 247, "IX", "0.0", 0, Tag::BOOL}));
+
+class TagFromBadAddress : public testing::TestWithParam<BadLine>
+{
+};
+
+TEST_P(TagFromBadAddress, IsRefusedWithTheReason)
+{
+    try {
+        tagFromAddress(text(GetParam().line), driver());
+        FAIL() << "no error";
+    } catch (const TagFileError& error) {
+        EXPECT_EQ(std::string(GetParam().line) + ": " + GetParam().reason, error.what());
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    , TagFromBadAddress,
+    testing::Values(BadLine{"MW101",
+                            "address 101 of MW is odd, malformed or out of range 0 to 8190"},
+                    BadLine{"MX12", "address 12 of MX is malformed or out of range 0.0 to 7816.7"},
+                    BadLine{"", "area \"\" is unknown; there are MW, IW, QW, MX, IX, QX"},
+                    BadLine{"100", "area \"\" is unknown; there are MW, IW, QW, MX, IX, QX"},
+                    BadLine{"MW", "address \"\" of MW is odd, malformed or out of range 0 to 8190"},
+                    BadLine{"level", "area \"level\" is unknown; there are MW, IW, QW, MX, IX, QX"},
+                    BadLine{":MW0", "station \"\" is no number from 1 to 247"},
+                    BadLine{"0:MW0", "station \"0\" is no number from 1 to 247"}));
