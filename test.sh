@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds, and runs the tests.
-# usage: ./test.sh [--qt6 | --sanitize | --threads | --coverage | --memory | --fuzz | --static | --all]
+# usage: ./test.sh [--qt6 | --sanitize | --threads | --coverage | --memory | --fuzz | --static |
+#                  --speed | --all]
 #   (none)       with Qt 5
 #   --qt6        with Qt 6
 #   --sanitize   with the address and undefined-behaviour sanitizers
@@ -9,6 +10,7 @@
 #   --memory     the driver's unit tests under valgrind's memcheck
 #   --fuzz       each fuzz target for a minute, with sanitizers
 #   --static     clang-format, clang-tidy and cppcheck
+#   --speed      instructions an exchange, at most 5 % more than bench/instructions.txt says
 #   --all        all of these
 # Exit status: 0 all passed, 1 usage or a failure.
 set -euo pipefail
@@ -76,9 +78,15 @@ case "${1:-}" in
     scripts/install-dependencies.sh all
     run_script static-checks.sh
     ;;
+--speed)
+    scripts/install-dependencies.sh bench
+    run_script instructions.sh
+    ;;
 --all)
     scripts/install-dependencies.sh all
+    scripts/install-dependencies.sh bench
     run_script static-checks.sh
+    run_script instructions.sh
     run_coverage
     # The fuzzers take their time whatever else runs.
     run_script memcheck.sh &
@@ -91,7 +99,7 @@ case "${1:-}" in
     run_tests qt5
     ;;
 *)
-    sed -n '2,14s/^# //p' "$0"
+    sed -n '2,16s/^# //p' "$0"
     exit 1
     ;;
 esac

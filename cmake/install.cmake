@@ -1,14 +1,16 @@
-# Installs the driver, the header that a host includes, a CMake package and a pkg-config file.
+# Installs the driver, the header that a host includes, a CMake package and a pkg-config file. The
+# components are those of packages.cmake.
 
 set(KAKB_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/quorvane_ka_kb_plc)
 
 install(TARGETS driver EXPORT quorvane_ka_kb_plc_targets
-    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
-install(FILES include/quorvane_ka_kb_plc.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT driver)
+install(FILES include/quorvane_ka_kb_plc.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
+    COMPONENT development)
 install(EXPORT quorvane_ka_kb_plc_targets
     NAMESPACE quorvane_ka_kb_plc::
     FILE quorvane_ka_kb_plc-targets.cmake
-    DESTINATION ${KAKB_PACKAGE_DIR})
+    DESTINATION ${KAKB_PACKAGE_DIR} COMPONENT development)
 
 configure_package_config_file(cmake/quorvane_ka_kb_plc-config.cmake.in
     ${CMAKE_CURRENT_BINARY_DIR}/quorvane_ka_kb_plc-config.cmake
@@ -19,7 +21,7 @@ write_basic_package_version_file(
 install(FILES
     ${CMAKE_CURRENT_BINARY_DIR}/quorvane_ka_kb_plc-config.cmake
     ${CMAKE_CURRENT_BINARY_DIR}/quorvane_ka_kb_plc-config-version.cmake
-    DESTINATION ${KAKB_PACKAGE_DIR})
+    DESTINATION ${KAKB_PACKAGE_DIR} COMPONENT development)
 
 # Found from where the file lies, so that the tree can be moved.
 file(RELATIVE_PATH KAKB_PREFIX_FROM_PC
@@ -27,4 +29,4 @@ file(RELATIVE_PATH KAKB_PREFIX_FROM_PC
 configure_file(cmake/quorvane_ka_kb_plc.pc.in
     ${CMAKE_CURRENT_BINARY_DIR}/quorvane_ka_kb_plc.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/quorvane_ka_kb_plc.pc
-    DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+    DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)

@@ -1,25 +1,36 @@
 #!/usr/bin/env bash
 # Installs what is missing of the Debian packages that the project needs.
-# usage: scripts/install-dependencies.sh [demo|test|all]
+# usage: scripts/install-dependencies.sh [demo|test|all|bench|portability|packages]
 #   demo   build the driver, the host and the simulated PLC, with Qt 5 (default)
 #   test   and the tests
 #   all    and Qt 6, coverage, clang with its checks and fuzzer, cppcheck, valgrind
+#   bench  what test has, and what scripts/bench.sh, bench-plot.sh and instructions.sh need
+#   portability   what scripts/portability.sh needs
+#   packages      what demo has, and what scripts/packages.sh --check needs
 # Exit status: 0 all is there, 1 usage, else apt's.
 set -euo pipefail
 
 packages=(g++ cmake ninja-build pkg-config qtbase5-dev libqt5serialport5-dev libmodbus-dev
     libcli11-dev libpcap-dev)
-test_packages=(binutils libgtest-dev librapidcheck-dev python3-pymodbus python3-serial python3-serial-asyncio
-    tmux tshark wireshark-common procps)
-all_packages=(qt6-base-dev qt6-serialport-dev gcovr clang clang-format clang-tidy libclang-rt-14-dev llvm
+test_packages=(binutils libgtest-dev librapidcheck-dev python3-pymodbus python3-serial
+    python3-serial-asyncio tmux tshark wireshark-common procps iproute2 util-linux doxygen man-db
+    groff-base clang-format git patch)
+all_packages=(qt6-base-dev qt6-serialport-dev gcovr clang clang-tidy libclang-rt-14-dev llvm
     cppcheck valgrind)
+bench_packages=(libbenchmark-dev libqt5serialbus5-dev gnuplot-nox valgrind)
+portability_packages=(cmake ninja-build pkg-config debootstrap qemu-user g++-arm-linux-gnueabihf
+    g++-aarch64-linux-gnu g++-i686-linux-gnu g++-s390x-linux-gnu)
+package_packages=(dpkg-dev lintian debootstrap gzip util-linux)
 
 case "${1:-demo}" in
 demo) ;;
 test) packages+=("${test_packages[@]}") ;;
 all) packages+=("${test_packages[@]}" "${all_packages[@]}") ;;
+bench) packages+=("${test_packages[@]}" "${bench_packages[@]}") ;;
+portability) packages=("${portability_packages[@]}") ;;
+packages) packages+=("${package_packages[@]}") ;;
 *)
-    sed -n '2,7s/^# //p' "$0"
+    sed -n '2,10s/^# //p' "$0"
     exit 1
     ;;
 esac

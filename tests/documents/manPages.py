@@ -1,0 +1,118 @@
+#!/usr/bin/env python3
+"""Compares the man pages with what the programs print with --help, both ways.
+
+usage: manPages.py SOURCE PROGRAM_FOLDER
+"""
+
+import re
+import signal
+import subprocess
+import sys
+from pathlib import Path
+
+from helpTexts import help_of, options_in, statuses_in, verbs_of
+
+problems = []
+
+
+def expect(same, sentence):
+    """Notes what is wrong, and goes on."""
+    if not same:
+        problems.append(sentence)
+
+
+def plain(text):
+    """Text without roff's escapes."""
+    return text.replace("\\-", "-").replace('"', "")
+
+
+def sections(page):
+    """Heading and lines of each section and subsection."""
+    heading, lines = "", []
+    for line in page.read_text(encoding="utf-8").splitlines():
+        match = re.match(r"\.S[HS] (.*)", line)
+        if match:
+            yield heading, lines
+            heading, lines = plain(match.group(1)), []
+        else:
+            lines.append(line)
+    yield heading, lines
+
+
+def options_on(lines):
+    """The options that a section describes: the first line of each paragraph with a tag."""
+    found = set()
+    for before, line in zip(lines, lines[1:]):
+        if before == ".TP" and line.startswith(".B"):
+            found.update(re.findall(r"(?<![\w-])--?[a-z][a-z-]*", plain(line)))
+    return found
+
+
+def statuses_on(page):
+    """Exit status and meaning as the page has them."""
+    lines = dict(sections(page))["EXIT STATUS"]
+    return {int(tag.split()[1]): meaning
+            for tp, tag, meaning in zip(lines, lines[1:], lines[2:]) if tp == ".TP"}
+
+
+def check_host(program, page):
+    """Each verb has exactly the options that the sections with its name describe."""
+    described = dict(sections(page))
+    of_program = options_on(described["Of the program"])
+    expect(of_program == options_in(help_of(program)), f"{page.name}: options of the program")
+    verbs = [" ".join(verb) for verb in verbs_of(program)]
+    for verb in verbs:
+        options = options_on(described["Of all verbs"])
+        for heading, lines in described.items():
+            if heading.startswith("Of ") and verb in re.split(", ", heading[3:]):
+                options |= options_on(lines)
+        shown = options_in(help_of(program, *verb.split()))
+        expect(options == shown, f"{page.name}: {verb}: {sorted(options ^ shown)}")
+    named = [plain(line).split() for tp, line in zip(described["VERBS"], described["VERBS"][1:])
+             if tp == ".TP"]
+    listed = [" ".join(words[1:3] if words[1] == "recipe" else words[1:2]) for words in named]
+    expect(listed == verbs, f"{page.name}: verbs {listed}, not {verbs}")
+    expect(statuses_on(page) == statuses_in(help_of(program)), f"{page.name}: exit statuses")
+
+
+def check_simulator(program, page):
+    """The options, and each exit status seen once."""
+    options = set().union(*(options_on(lines) for _, lines in sections(page)))
+    shown = options_in(help_of(program))
+    expect(options == shown, f"{page.name}: {sorted(options ^ shown)}")
+    expect(sorted(statuses_on(page)) == [0, 1, 2], f"{page.name}: exit statuses")
+    quiet = {"stdout": subprocess.PIPE, "stderr": subprocess.DEVNULL, "check": False}
+    expect(subprocess.run([program, "--nothing"], **quiet).returncode == 1, "usage is not 1")
+    unopened = subprocess.run([program, "--serial", "/nowhere/tty"], **quiet).returncode
+    expect(unopened == 2, "a link that fails is not 2")
+    with subprocess.Popen([program], stdout=subprocess.PIPE, stdin=subprocess.DEVNULL) as running:
+        running.stdout.readline()
+        running.send_signal(signal.SIGTERM)
+        expect(running.wait() == 0, "an end on request is not 0")
+
+
+def check_roff(page):
+    """Formats without a warning."""
+    done = subprocess.run(
+        ["man", "--warnings", "-E", "UTF-8", "-l", "-Tutf8", "-Z", str(page)], text=True,
+        stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, check=False,
+        env={"LC_ALL": "C.UTF-8", "MANWIDTH": "80", "PATH": "/usr/bin:/bin"})
+    expect(done.returncode == 0 and not done.stderr, f"{page.name}: {done.stderr}")
+
+
+def main(source, programs):
+    """Both programs."""
+    pages = Path(source) / "docs" / "man"
+    check_host(Path(programs) / "kakb-host", pages / "kakb-host.1")
+    check_simulator(Path(programs) / "kakb-sim", pages / "kakb-sim.1")
+    for page in sorted(pages.glob("*.1")):
+        check_roff(page)
+    for problem in problems:
+        print("FAILED:", problem, file=sys.stderr)
+    return 1 if problems else 0
+
+
+if __name__ == "__main__":
+    if len(sys.argv) != 3:
+        sys.exit(__doc__)
+    sys.exit(main(*sys.argv[1:]))
