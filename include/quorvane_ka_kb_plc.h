@@ -77,12 +77,13 @@ struct VARIABLE
     /// Copies every field.
     VARIABLE& operator=(const VARIABLE& other)
     {
+        if (this == &other) return *this;
         varId = other.varId;
         station = other.station;
         regName = other.regName;
         addr = other.addr;
         count = other.count;
-        std::memmove(value, other.value, sizeof value);
+        std::memcpy(value, other.value, sizeof value);
         return *this;
     }
 };
@@ -104,7 +105,8 @@ struct FRAME_PRO
     /// Copies every field.
     FRAME_PRO& operator=(const FRAME_PRO& other)
     {
-        std::memmove(sendBuf, other.sendBuf, sizeof sendBuf);
+        if (this == &other) return *this;
+        std::memcpy(sendBuf, other.sendBuf, sizeof sendBuf);
         sendLen = other.sendLen;
         recvLen = other.recvLen;
         dataStart = other.dataStart;
@@ -135,6 +137,7 @@ struct KEY_ADDRESS
     /// Copies every field.
     KEY_ADDRESS& operator=(const KEY_ADDRESS& other)
     {
+        if (this == &other) return *this;
         label = other.label;
         param1 = other.param1;
         param2 = other.param2;
@@ -144,7 +147,7 @@ struct KEY_ADDRESS
         addr = other.addr;
         unitMode = other.unitMode;
         count = other.count;
-        std::memmove(data, other.data, sizeof data);
+        std::memcpy(data, other.data, sizeof data);
         return *this;
     }
 };

@@ -79,7 +79,11 @@ void TcpLink::connectTo(const QString& host, int port, const Cancellation& cance
         if (isOver(state)) loop.quit();
     };
     QObject::connect(&m_socket, &QTcpSocket::stateChanged, &loop, quitWhenOver);
-    QTimer::singleShot(int(CONNECT_TIMEOUT_MS), Qt::PreciseTimer, &loop, &QEventLoop::quit);
+    QTimer limit;
+    limit.setSingleShot(true);
+    limit.setTimerType(Qt::PreciseTimer);
+    QObject::connect(&limit, &QTimer::timeout, &loop, &QEventLoop::quit);
+    limit.start(CONNECT_TIMEOUT_MS);
     // Qt 5.15 and 6 have no other spelling of this signal in common.
     const QSocketNotifier asked(cancellation.descriptor(), QSocketNotifier::Read);
     QObject::connect(&asked, SIGNAL(activated(int)), &loop, SLOT(quit()));

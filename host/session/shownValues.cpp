@@ -44,8 +44,9 @@ void ShownValues::written(const VARIABLE& element, qint64 now)
     }
 }
 
-void ShownValues::fetch(int index)
+void ShownValues::fetch(int tag)
 {
-    const Tag& tag = m_tags.tag(index);
-    m_shown[size_t(index)] = m_driver.value(tag.station, tag.area, tag.number, tag.units());
+    const Tag& fetched = m_tags.tag(tag);
+    m_shown[size_t(tag)] =
+        m_driver.value(fetched.station, fetched.area, fetched.number, fetched.units());
 }

@@ -17,19 +17,12 @@ const QString LOST = QLatin1String("link lost: unplugged");
 class HostSessionFaultsTest : public testing::Test
 {
 protected:
-    void pollTwoStations()
-    {
-        bench.plc.station(2);
-        bench.poll({tagOf("MW", NUMBER), tagOf("MW", NUMBER, Tag::UINT16, 2)});
-        bench.run(SECOND);
-    }
-
     SessionBench bench;
 };
 
 TEST_F(HostSessionFaultsTest, ALostLinkMakesAllTagsBadWithItsTrouble)
 {
-    pollTwoStations();
+    bench.pollTwoStations(NUMBER);
     bench.loseLink(LOST);
     for (const int tag : {0, 1}) {
         EXPECT_FALSE(bench.sink.tags[tag].good);
@@ -39,7 +32,7 @@ TEST_F(HostSessionFaultsTest, ALostLinkMakesAllTagsBadWithItsTrouble)
 
 TEST_F(HostSessionFaultsTest, WhenTheLinkIsBackTheTagsAreGoodAndNew)
 {
-    pollTwoStations();
+    bench.pollTwoStations(NUMBER);
     bench.loseLink(LOST);
     bench.run(30 * SECOND);
     bench.plc.station(1).holding[NUMBER] = 5;
@@ -52,7 +45,7 @@ TEST_F(HostSessionFaultsTest, WhenTheLinkIsBackTheTagsAreGoodAndNew)
 
 TEST_F(HostSessionFaultsTest, JobsThatComeWhileTheLinkIsLostAreDoneWhenItIsBack)
 {
-    pollTwoStations();
+    bench.pollTwoStations(NUMBER);
     bench.loseLink(LOST);
     bench.writeWord(JOB, 3500, 1);
     bench.session.readOnce(JOB + 1, bench.blocks);
@@ -86,7 +79,7 @@ TEST_F(HostSessionFaultsTest, ALossInTheMiddleOfAWriteLosesNone)
 
 TEST_F(HostSessionFaultsTest, AThousandLossesAreAllRecoveredFrom)
 {
-    pollTwoStations();
+    bench.pollTwoStations(NUMBER);
     std::mt19937 random(3);
     for (int i = 0; i < 1000; ++i) {
         bench.run(qint64(random() % 20000u));
@@ -102,7 +95,7 @@ TEST_F(HostSessionFaultsTest, AThousandLossesAreAllRecoveredFrom)
 
 TEST_F(HostSessionFaultsTest, ARefusalIsASignOfLife)
 {
-    pollTwoStations();
+    bench.pollTwoStations(NUMBER);
     bench.plc.station(2).refusals[NUMBER] = 2;
     bench.run(10 * SECOND);
     bench.sink.tags[0].reads = 0;
@@ -113,7 +106,7 @@ TEST_F(HostSessionFaultsTest, ARefusalIsASignOfLife)
 
 TEST_F(HostSessionFaultsTest, OneBurstOfNoiseMakesNoStationSilent)
 {
-    pollTwoStations();
+    bench.pollTwoStations(NUMBER);
     int noisy = SessionBench::ATTEMPTS;
     bench.disturb = [&](const QByteArray& request, SessionBench::Coming& coming) {
         if (request.at(0) == 2 && noisy-- > 0) coming.bytes[2] = '\x55';

@@ -23,19 +23,12 @@ const QString LOST = QLatin1String("link lost: unplugged");
 class HostSessionSilentStationTest : public testing::Test
 {
 protected:
-    void pollTwoStations()
-    {
-        bench.plc.station(2);
-        bench.poll({tagOf("MW", NUMBER), tagOf("MW", NUMBER, Tag::UINT16, 2)});
-        bench.run(SECOND);
-    }
-
     SessionBench bench;
 };
 
 TEST_F(HostSessionSilentStationTest, ASilentStationsTagsAreBadAndTheOthersGood)
 {
-    pollTwoStations();
+    bench.pollTwoStations(NUMBER);
     bench.plc.station(2).silent = true;
     bench.run(2 * SECOND);
     EXPECT_TRUE(bench.sink.tags[0].good);
@@ -45,7 +38,7 @@ TEST_F(HostSessionSilentStationTest, ASilentStationsTagsAreBadAndTheOthersGood)
 
 TEST_F(HostSessionSilentStationTest, ASilentStationIsAskedAfterGrowingPauses)
 {
-    pollTwoStations();
+    bench.pollTwoStations(NUMBER);
     bench.plc.station(2).silent = true;
     std::vector<qint64> asked;
     bench.disturb = [&](const QByteArray& request, SessionBench::Coming&) {
@@ -63,7 +56,7 @@ TEST_F(HostSessionSilentStationTest, ASilentStationIsAskedAfterGrowingPauses)
 
 TEST_F(HostSessionSilentStationTest, ASilentStationComesBackByItselfWithinTheLongestPause)
 {
-    pollTwoStations();
+    bench.pollTwoStations(NUMBER);
     bench.plc.station(2).silent = true;
     bench.run(300 * SECOND);
     EXPECT_FALSE(bench.sink.tags[1].good);
@@ -78,7 +71,7 @@ TEST_F(HostSessionSilentStationTest, ASilentStationComesBackByItselfWithinTheLon
 TEST_F(HostSessionSilentStationTest,
        AValueThatChangedWhileItsStationWasSilentIsShownWithTheFirstAnswer)
 {
-    pollTwoStations();
+    bench.pollTwoStations(NUMBER);
     bench.plc.station(2).silent = true;
     bench.run(2 * SECOND);
     bench.plc.station(2).holding[NUMBER] = 99;
@@ -91,7 +84,7 @@ TEST_F(HostSessionSilentStationTest,
 
 TEST_F(HostSessionSilentStationTest, ASilentStationIsAskedAtOnceWhenTheLinkIsBack)
 {
-    pollTwoStations();
+    bench.pollTwoStations(NUMBER);
     bench.plc.station(2).silent = true;
     bench.run(300 * SECOND);
     bench.loseLink(LOST);
@@ -103,7 +96,7 @@ TEST_F(HostSessionSilentStationTest, ASilentStationIsAskedAtOnceWhenTheLinkIsBac
 
 TEST_F(HostSessionSilentStationTest, AStationThatIsStillSilentAfterALossSaysSo)
 {
-    pollTwoStations();
+    bench.pollTwoStations(NUMBER);
     bench.plc.station(2).silent = true;
     bench.run(10 * SECOND);
     bench.loseLink(LOST);
@@ -115,7 +108,7 @@ TEST_F(HostSessionSilentStationTest, AStationThatIsStillSilentAfterALossSaysSo)
 
 TEST_F(HostSessionSilentStationTest, AllStationsSilentLeaveTheLineQuietAndComeBack)
 {
-    pollTwoStations();
+    bench.pollTwoStations(NUMBER);
     bench.plc.station(1).silent = true;
     bench.plc.station(2).silent = true;
     bench.run(300 * SECOND);
@@ -134,7 +127,7 @@ TEST_F(HostSessionSilentStationTest, AllStationsSilentLeaveTheLineQuietAndComeBa
 TEST_F(HostSessionSilentStationTest, IsProbedOnceAtATimeWhileTheLinkComesAndGoes)
 {
     enum { LOSSES = 40 };
-    pollTwoStations();
+    bench.pollTwoStations(NUMBER);
     bench.plc.station(2).silent = true;
     bench.run(2 * SECOND);
     std::vector<qint64> asked;
@@ -163,7 +156,7 @@ TEST_F(HostSessionSilentStationTest, IsProbedOnceAtATimeWhileTheLinkComesAndGoes
 
 TEST_F(HostSessionSilentStationTest, ComesBackByItselfThoughTheLinkCameAndWentWithItsProbes)
 {
-    pollTwoStations();
+    bench.pollTwoStations(NUMBER);
     bench.plc.station(2).silent = true;
     bench.run(2 * SECOND);
     for (int i = 0; i < 20; ++i) {

@@ -1,4 +1,5 @@
 #include "verbs/planVerb.h"
+#include "builtDriver.h"
 
 #include "plan/tagFile.h"
 
@@ -12,12 +13,6 @@
 // 9600 baud and a turnaround of 1 ms: 13542 + 2 * 3646 + 1000 a request, 2083 a word.
 
 namespace {
-
-const DriverLibrary& driver()
-{
-    static const DriverLibrary library(QString::fromLatin1(KAKB_DRIVER_FILE));
-    return library;
-}
 
 QString text(const char* latin1)
 {

@@ -1,4 +1,5 @@
 #include "plan/recipeFile.h"
+#include "builtDriver.h"
 
 #include <gtest/gtest.h>
 
@@ -11,12 +12,6 @@
 // Values as bytes: floats by IEEE 754 (72.5 is 0x42910000), integers by hand.
 
 namespace {
-
-const DriverLibrary& driver()
-{
-    static const DriverLibrary library(QString::fromLatin1(KAKB_DRIVER_FILE));
-    return library;
-}
 
 const char* const HEADER = "name,station,area,address,type,value\n";
 

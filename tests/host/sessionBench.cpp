@@ -121,6 +121,13 @@ void SessionBench::poll(const std::vector<Tag>& tags)
     session.poll(tags, blocks);
 }
 
+void SessionBench::pollTwoStations(int number)
+{
+    plc.station(2);
+    poll({tagOf("MW", number), tagOf("MW", number, Tag::UINT16, 2)});
+    run(SECOND);
+}
+
 void SessionBench::know(const std::vector<Tag>& tags)
 {
     blocks = planReads(tags, wireCost(m_timing, TURNAROUND), DriverSession::MOST_READ_WORDS);

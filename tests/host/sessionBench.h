@@ -77,6 +77,9 @@ public:
     void poll(const std::vector<Tag>& tags);
     void know(const std::vector<Tag>& tags);
 
+    /// Polls a word of that number at station 1, tag 0, and at station 2, tag 1, for a second.
+    void pollTwoStations(int number);
+
     /// Lets so much time pass.
     void run(qint64 duration);
 

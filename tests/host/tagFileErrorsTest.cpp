@@ -1,3 +1,4 @@
+#include "builtDriver.h"
 #include "plan/tagFile.h"
 
 #include <gtest/gtest.h>
@@ -8,12 +9,6 @@
 // What is said of a tag file that cannot be used.
 
 namespace {
-
-const DriverLibrary& driver()
-{
-    static const DriverLibrary library(QString::fromLatin1(KAKB_DRIVER_FILE));
-    return library;
-}
 
 const char* const HEADER = "name,station,area,address,type,comment\n";
 

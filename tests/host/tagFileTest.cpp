@@ -1,4 +1,5 @@
 #include "plan/tagFile.h"
+#include "builtDriver.h"
 
 #include <gtest/gtest.h>
 
@@ -9,12 +10,6 @@
 #include <string>
 
 namespace {
-
-const DriverLibrary& driver()
-{
-    static const DriverLibrary library(QString::fromLatin1(KAKB_DRIVER_FILE));
-    return library;
-}
 
 const char* const HEADER = "name,station,area,address,type,comment\n";
 

@@ -1,3 +1,4 @@
+#include "builtDriver.h"
 #include "plan/tagFile.h"
 
 #include <gtest/gtest.h>
@@ -6,12 +7,6 @@
 #include <string>
 
 namespace {
-
-const DriverLibrary& driver()
-{
-    static const DriverLibrary library(QString::fromLatin1(KAKB_DRIVER_FILE));
-    return library;
-}
 
 QString text(const char* latin1)
 {
