@@ -7,12 +7,13 @@
 # Exit status: 0 all went well, 1 usage, else the status of the kakb-host call that failed.
 set -euo pipefail
 cd "$(dirname "$0")"
+. scripts/common.sh
 
 seconds=3
 [ ! -t 1 ] || seconds=10
 case "${1:-}" in
 "") ;;
-*[!0-9]* | 0*) sed -n '2,7s/^# //p' "$0"; exit 1 ;;
+*[!0-9]* | 0*) usage ;;
 *) seconds=$1 ;;
 esac
 

@@ -23,7 +23,7 @@ if(benchmark_FOUND)
         peers/libmodbusBench.cpp)
     target_link_libraries(driverBench PRIVATE
         kakb_driver_objects PkgConfig::MODBUS benchmark::benchmark_main)
-    # Debian 12 has Qt SerialBus for Qt 5 only.
+    # Debian 12 has Qt SerialBus for Qt 5 only; without it its rows of the table say "not there".
     find_package(Qt${QT_MAJOR}SerialBus QUIET)
     if(Qt${QT_MAJOR}SerialBus_FOUND)
         target_sources(driverBench PRIVATE peers/serialBusBench.cpp)

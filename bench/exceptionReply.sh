@@ -4,7 +4,8 @@
 # usage: bench/exceptionReply.sh [PROGRAM_FOLDER [SECONDS]]
 #   PROGRAM_FOLDER   default build/qt5/bin
 #   SECONDS          for each link, 1 or more (default 5)
-# Exit status: 0 99 % were final within the exception's frame time and a silent interval, 1 not.
+# Exit status: 0 each was final at its first attempt, and 99 % within the exception's frame time and a
+#              silent interval, 1 not.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 programs=$(cd "${1:-build/qt5/bin}" && pwd)
@@ -20,12 +21,15 @@ bad=0
 refused() {
     "$programs/kakb-host" watch --link "$1" --tags "$work/tags.csv" --seconds "$seconds" --json \
         --timeout-ms 5000 | tail -1 >"$work/figures"
-    local refusals reply
+    local refusals retries reply
     refusals=$(figure refusals <"$work/figures")
+    retries=$(figure retries <"$work/figures")
     reply=$(figure reply99 <"$work/figures")
-    awk -v n="$2" -v c="$refusals" -v r="$reply" -v a="$allowed" 'BEGIN {
-        printf "%-7s %6d refusals, 99 %% final within %5.0f us, allowed %5.0f us\n", n, c, r, a
-        exit !(c > 0 && r <= a) }' || bad=1
+    # The time is that of the last attempt alone.
+    awk -v n="$2" -v c="$refusals" -v t="$retries" -v r="$reply" -v a="$allowed" 'BEGIN {
+        printf "%-7s %6d refusals, %d retries, 99 %% final within %5.0f us, allowed %5.0f us\n", \
+            n, c, t, r, a
+        exit !(c > 0 && t == 0 && r <= a) }' || bad=1
 }
 
 start_plc --baud 38400 --exception 1 --exception-code 2

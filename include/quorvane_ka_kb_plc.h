@@ -11,6 +11,8 @@
 //   loop: intf_getSendFrame -> send sendLen bytes -> collect up to recvLen bytes, with the host's
 //         own time-out -> intf_dealRcvFrame
 //
+// All state is in the library: one that is loaded once serves one link.
+//
 // The driver owns no port, timer or thread. It asks one request at a time and takes a reply by
 // length and checksum alone: the host makes sure that the bytes answer this very request.
 //
@@ -65,7 +67,7 @@ enum {
 struct VARIABLE
 {
     qint32 varId;    ///< a write carries the host's own value; a merged read block carries 4
-    qint32 station;  ///< 0 is a broadcast: no station answers
+    qint32 station;  ///< the lowest byte is sent; 0 is a broadcast: no station answers
     QString regName; ///< MW, IW, QW, MX, IX or QX
     qint32 addr;     ///< address number of the first unit
     qint32 count;    ///< words or bits
@@ -174,7 +176,8 @@ Q_DECLARE_TYPEINFO(_RCP_VAR_PRO, Q_MOVABLE_TYPE);
 /// Told with the property text's context number, station, area name and address number: of each
 /// monitored variable for which a read brought another value or a write was given up, of each
 /// monitored word and of every bit that the host writes with another value, and of every bit whose
-/// write was given up. The text is the callee's to change.
+/// write was given up. A first value of 0, a write that is confirmed and a read that is given up
+/// are not told. The text is the callee's to change.
 /// - (0, -1, "RWI", n): an upload filled word n of the recipe buffer.
 /// - (-1, -1, "-1", 0 or -1): a one-shot block equal to the one queued last has been read, or was
 ///   given up.
@@ -370,8 +373,9 @@ QUORVANE_KA_KB_PLC_API int intf_dealRcvFrame(QByteArray& reply, QString& errorTe
 /// @{
 
 /// Copies `count` elements from the cache: two bytes a word, low byte first, or one byte a bit. A
-/// value that the host wrote and the PLC has not confirmed comes in place of the read one; a unit
-/// never read is 0. An unknown area or a count below 1 copies nothing.
+/// value that the host wrote and the PLC has not confirmed comes in place of the read one, until a
+/// read brings another value; a unit never read is 0. An unknown area or a count below 1 copies
+/// nothing.
 /// @param out  at least 2 x count bytes for words, count bytes for bits
 /// @return 1
 QUORVANE_KA_KB_PLC_API int intf_getData(int station, QString regName, int address, int count,

@@ -5,14 +5,12 @@
 #   SVG      default docs/growth.svg
 # Needs gnuplot-nox. Exit status: 0 done, 1 usage or no points, else gnuplot's.
 set -euo pipefail
+. "$(dirname "$0")/common.sh"
 cd "$(dirname "$0")/.."
 
 points=${1:-build/bench/growth.dat}
 svg=${2:-docs/growth.svg}
-[[ $# -le 2 && -s $points ]] || {
-    sed -n '2,6s/^# //p' "$0"
-    exit 1
-}
+[[ $# -le 2 && -s $points ]] || usage
 mkdir -p "$(dirname "$svg")"
 gnuplot <<PLOT
 set terminal svg size 760,460 font "sans-serif,12" noenhanced background "white"

@@ -3,30 +3,23 @@
 # usage: scripts/fuzz.sh TARGET|all SECONDS
 #        scripts/fuzz.sh TARGET|all --keep     keeps the fewest found inputs that reach as much
 #   TARGET   replyFuzz, propertyTextFuzz, addressTextFuzz, keyListFuzz or callSequenceFuzz
-# A run starts from tests/fuzz/corpus/TARGET, tests/fuzz/crashes/TARGET and what earlier runs found,
-# which stays in build/fuzz/found/TARGET. KAKB_QT=6 takes Qt 6, in build/fuzz-qt6. JOBS targets run
-# side by side (default: one a processor).
+# A run starts from tests/fuzz/corpus/TARGET and what earlier runs found, which stays in
+# build/fuzz/found/TARGET. JOBS targets run side by side (default: one a processor).
 # Exit status: 0 nothing found, 1 usage or build failure, 2 an input that breaks a rule, crashes,
 # hangs or leaks: the input's file and the command that repeats it are printed.
 set -euo pipefail
+. "$(dirname "$0")/common.sh"
 cd "$(dirname "$0")/.."
 
 targets=(replyFuzz propertyTextFuzz addressTextFuzz keyListFuzz callSequenceFuzz)
-qt=${KAKB_QT:-5}
 jobs=${JOBS:-$(nproc)}
 build=build/fuzz
-[ "$qt" = 5 ] || build=build/fuzz-qt$qt
 most_bytes=600
 most_kept_bytes=120
 
-usage() {
-    sed -n '2,10s/^# //p' "$0"
-    exit 1
-}
-
 build_all() {
     cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_CXX_COMPILER=clang++ \
-        -DQT_MAJOR="$qt" -DKAKB_FUZZ=ON -DKAKB_BUILD_TESTS=OFF -DKAKB_BUILD_KIT=OFF >"$1" &&
+        -DQT_MAJOR=5 -DKAKB_FUZZ=ON -DKAKB_BUILD_TESTS=OFF -DKAKB_BUILD_KIT=OFF >"$1" &&
         cmake --build "$build" --target fuzzers >>"$1"
 }
 
@@ -34,10 +27,7 @@ build_all() {
 inputs() {
     mkdir -p "$build/found/$1"
     echo "$build/found/$1"
-    local kept
-    for kept in "tests/fuzz/corpus/$1" "tests/fuzz/crashes/$1"; do
-        [ ! -d "$kept" ] || echo "$kept"
-    done
+    [ ! -d "tests/fuzz/corpus/$1" ] || echo "tests/fuzz/corpus/$1"
 }
 
 run() {

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs what is missing of the Debian packages that the project needs.
-# usage: scripts/install-dependencies.sh [demo|test|all|bench|portability|packages]
+# usage: scripts/install-dependencies.sh [demo|test|all|bench|portability|packages]...
 #   demo   build the driver, the host and the simulated PLC, with Qt 5 (default)
 #   test   and the tests
 #   all    and Qt 6, coverage, clang with its checks and fuzzer, cppcheck, valgrind
@@ -9,8 +9,9 @@
 #   packages      what demo has, and what scripts/packages.sh --check needs
 # Exit status: 0 all is there, 1 usage, else apt's.
 set -euo pipefail
+. "$(dirname "$0")/common.sh"
 
-packages=(g++ cmake ninja-build pkg-config qtbase5-dev libqt5serialport5-dev libmodbus-dev
+demo_packages=(g++ cmake ninja-build pkg-config qtbase5-dev libqt5serialport5-dev libmodbus-dev
     libcli11-dev libpcap-dev)
 test_packages=(binutils libgtest-dev librapidcheck-dev python3-pymodbus python3-serial
     python3-serial-asyncio tmux tshark wireshark-common procps iproute2 util-linux doxygen man-db
@@ -22,29 +23,27 @@ portability_packages=(cmake ninja-build pkg-config debootstrap qemu-user g++-arm
     g++-aarch64-linux-gnu g++-i686-linux-gnu g++-s390x-linux-gnu)
 package_packages=(dpkg-dev lintian debootstrap gzip util-linux)
 
-case "${1:-demo}" in
-demo) ;;
-test) packages+=("${test_packages[@]}") ;;
-all) packages+=("${test_packages[@]}" "${all_packages[@]}") ;;
-bench) packages+=("${test_packages[@]}" "${bench_packages[@]}") ;;
-portability) packages=("${portability_packages[@]}") ;;
-packages) packages+=("${package_packages[@]}") ;;
-*)
-    sed -n '2,10s/^# //p' "$0"
-    exit 1
-    ;;
-esac
+[ $# -gt 0 ] || set -- demo
+packages=()
+for name in "$@"; do
+    case "$name" in
+    demo) packages+=("${demo_packages[@]}") ;;
+    test) packages+=("${demo_packages[@]}" "${test_packages[@]}") ;;
+    all) packages+=("${demo_packages[@]}" "${test_packages[@]}" "${all_packages[@]}") ;;
+    bench) packages+=("${demo_packages[@]}" "${test_packages[@]}" "${bench_packages[@]}") ;;
+    portability) packages+=("${portability_packages[@]}") ;;
+    packages) packages+=("${demo_packages[@]}" "${package_packages[@]}") ;;
+    *) usage ;;
+    esac
+done
 
 missing=()
-for package in "${packages[@]}"; do
+for package in $(printf '%s\n' "${packages[@]}" | sort -u); do
     dpkg-query -W -f '${Status}' "$package" 2>/dev/null | grep -q '^install ok installed$' ||
         missing+=("$package")
 done
 [ ${#missing[@]} -gt 0 ] || exit 0
 
-as_root=()
-[ "$(id -u)" -eq 0 ] || as_root=(sudo)
 echo "installing: ${missing[*]}"
-export DEBIAN_FRONTEND=noninteractive
-"${as_root[@]}" apt-get update -q
-"${as_root[@]}" apt-get install -q -y --no-install-recommends "${missing[@]}"
+as_root apt-get update -q
+as_root env DEBIAN_FRONTEND=noninteractive apt-get install -q -y --no-install-recommends "${missing[@]}"

@@ -2,19 +2,17 @@
 # Runs the unit tests under valgrind's memcheck, built without optimisation by the preset coverage.
 # usage: scripts/memcheck.sh [GTEST_FILTER]
 #   GTEST_FILTER   which tests (default: all)
-# Exit status: 0 no error and no leak, 1 usage, build failure or a failing test, 2 an error or a
-# leak, which valgrind has printed.
+# Exit status: 0 no error and no leak, 1 usage, build failure, no test or a failing one, 2 an error or
+# a leak, which valgrind has printed.
 set -euo pipefail
+. "$(dirname "$0")/common.sh"
 cd "$(dirname "$0")/.."
 
 build=build/coverage
-most_seconds=300
+most_seconds=900
 error_status=99
 
-[ $# -le 1 ] && [[ ${1:-} != -* ]] || {
-    sed -n '2,7s/^# //p' "$0"
-    exit 1
-}
+[ $# -le 1 ] && [[ ${1:-} != -* ]] || usage
 filter=${1:-*}
 
 mkdir -p "$build"
@@ -23,6 +21,11 @@ mkdir -p "$build"
         cmake --build --preset coverage --target unit_tests
 } >"$build/memcheck.log" || {
     cat "$build/memcheck.log"
+    exit 1
+}
+
+"$build/tests/unit_tests" --gtest_list_tests --gtest_filter="$filter" | grep '^  ' >/dev/null || {
+    echo "no test matches $filter"
     exit 1
 }
 

@@ -16,8 +16,10 @@
 # Works in build/mutate; all results are in build/mutate/results.tsv. Mutants that do not compile and
 # those in tests/mutants/equivalent.txt, with the reason why they change nothing, are not counted.
 # Exit status: 0 enough killed, 1 usage, 2 the tests do not build or fail without any change,
-#   3 too few killed, 4 equivalent.txt has an entry that is no mutant's, is several ones', or was
-#   killed.
+#   3 too few killed, or none counted, 4 equivalent.txt has an entry that is no mutant's, is several
+#   ones', or was killed, 5 enough killed, but one survived that equivalent.txt does not list. Of
+#   several, 4 comes first, then 3.
+# Needs the packages of scripts/install-dependencies.sh test.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 exec python3 -B scripts/mutation/main.py "$@"

@@ -2,23 +2,22 @@
 # Builds the Debian packages of the driver library, its development files and the tools.
 # usage: scripts/packages.sh [--check]
 #   --check   and look at them with lintian, install them with apt on a fresh Debian 12 in
-#             build/fresh-debian, watch a simulated PLC there for 5 seconds, and build a consumer
+#             build/fresh-debian, look there for what belongs to the tools, watch the simulated PLC
+#             for 5 seconds, and build a consumer
 # Builds in build/packages, where the .deb files are. Needs the packages of
 # scripts/install-dependencies.sh packages; --check needs root or sudo for chroot.
 # Exit status: 0 done, 1 usage, 2 they do not build, 3 lintian has an error or a warning, 4 no fresh
-#   Debian, 5 they do not install, 6 kakb-host does not watch, 7 the consumer does not build or run.
+#   Debian, 5 they do not install, or not all that belongs to the tools, 6 kakb-host does not watch,
+#   7 the consumer does not build or run.
 set -euo pipefail
+. "$(dirname "$0")/common.sh"
 cd "$(dirname "$0")/.."
-. scripts/common.sh
 
 build=build/packages
 fresh=build/fresh-debian
 jobs=${JOBS:-$(nproc)}
 
-[[ $# -eq 0 || ($# -eq 1 && $1 == --check) ]] || {
-    sed -n '2,10s/^# //p' "$0"
-    exit 1
-}
+[[ $# -eq 0 || ($# -eq 1 && $1 == --check) ]] || usage
 
 build_packages() {
     export CXXFLAGS LDFLAGS DEB_BUILD_MAINT_OPTIONS=hardening=+all
@@ -44,7 +43,7 @@ make_fresh_debian() {
     as_root rm -rf --one-file-system "$root"
     as_root cp -a "$bare" "$root" &&
         as_root mkdir "$root/packages" &&
-        as_root cp "$build"/*.deb demo/tags.csv "$root/packages" &&
+        as_root cp "$build"/*.deb "$root/packages" &&
         as_root cp -r tests/package/consumer "$root/packages" &&
         as_root cp /etc/resolv.conf /etc/hosts "$root/etc"
 }
@@ -64,9 +63,22 @@ install_tools() {
             /packages/libquorvane-ka-kb-plc_*.deb /packages/quorvane-ka-kb-tools_*.deb'
 }
 
+# Manual pages, completion that bash can load, the tag file, and programs of the package's version.
+look_at_tools() {
+    inside 'set -x
+        version=$(dpkg-query -W -f "\${source:Upstream-Version}" quorvane-ka-kb-tools)
+        for tool in kakb-host kakb-sim; do
+            [ "$($tool --version)" = "$tool $version" ]
+            gzip -dc /usr/share/man/man1/$tool.1.gz | grep -i "^\.TH $tool 1 "
+            . /usr/share/bash-completion/completions/$tool
+            complete -p $tool
+        done
+        grep -q ^name,station,area,address,type /usr/share/quorvane-ka-kb/tags.csv'
+}
+
 watch_tags() {
     inside 'cd /; kakb-host info
-        kakb-host watch --seconds 5 --link sim --tags /packages/tags.csv | tee /packages/watched
+        kakb-host watch --seconds 5 | tee /packages/watched
         grep -q "  fill level  IW0 = " /packages/watched
         grep -q "  give-ups 0 " /packages/watched'
 }
@@ -94,5 +106,6 @@ ls -l "$build"/*.deb
 step 3 lintian lintian --fail-on error,warning --tag-display-limit 0 --info "$build"/*.deb
 step 4 fresh make_fresh_debian
 step 5 install install_tools
+step 5 tools look_at_tools
 step 6 watch watch_tags
 step 7 consumer build_consumer

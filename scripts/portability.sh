@@ -11,8 +11,8 @@
 # MODEL_CALLS (default 20000) and PROPERTY_CASES (default 100) are fewer than in a native run.
 # Exit status: 0 all passed, 1 usage, 2 no sysroot, 3 it does not build, 4 a test failed.
 set -euo pipefail
+. "$(dirname "$0")/common.sh"
 cd "$(dirname "$0")/.."
-. scripts/common.sh
 
 known=(armhf arm64 i386 s390x)
 model_calls=${MODEL_CALLS:-20000}
@@ -22,11 +22,6 @@ packages=qtbase5-dev,libgtest-dev,libmodbus-dev,libcli11-dev,librapidcheck-dev
 # What no compiler or test reads.
 unneeded=(./usr/share/doc ./usr/share/locale ./usr/share/man ./usr/share/i18n ./usr/share/fonts
     ./usr/share/X11 ./etc ./var)
-
-usage() {
-    sed -n '2,12s/^# //p' "$0"
-    exit 1
-}
 
 # unpack FOLDER: the packages downloaded below it, as on a system whose /lib is in /usr.
 unpack() {

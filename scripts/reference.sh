@@ -4,12 +4,8 @@
 #   FOLDER   where html/ and xml/ go (default: build/reference)
 # Exit status: 0 made, 1 usage, or a warning of doxygen.
 set -euo pipefail
-case "${1:-}" in
--*)
-    sed -n '2,5s/^# //p' "$0"
-    exit 1
-    ;;
-esac
+. "$(dirname "$0")/common.sh"
+[[ ${1:-} != -* ]] || usage
 folder=${1:-build/reference}
 mkdir -p "$folder"
 folder=$(cd "$folder" && pwd)

@@ -9,11 +9,12 @@
 # Works in build/static. JOBS files are looked at side by side (default: one a processor).
 # Exit status: 0 nothing found, 1 usage or something found.
 set -euo pipefail
+. "$(dirname "$0")/common.sh"
 cd "$(dirname "$0")/.."
 
 jobs=${JOBS:-$(nproc)}
 build=build/static
-folders=(include device service host simulator bench tests)
+folders=(include device service host simulator bench docs/examples tests)
 
 check_format() {
     find "${folders[@]}" -name '*.h' -o -name '*.cpp' | xargs clang-format --dry-run -Werror
@@ -29,15 +30,26 @@ print("\n".join(sorted(file for file in files if file.split("/")[0] in sys.argv[
 END
 }
 
-# Reads file names; the arguments go to clang-tidy.
+# tidy FOLDER... [-- ARGUMENT...]: the arguments go to clang-tidy. What it says on the error output
+# is how many warnings it did not show.
 tidy() {
-    xargs -P "$jobs" -I FILE clang-tidy -p "$build" --quiet "$@" FILE 2>/dev/null
+    local places=() files
+    while [ $# -gt 0 ] && [ "$1" != -- ]; do
+        places+=("$1")
+        shift
+    done
+    files=$(built_files "${places[@]}") && [ -n "$files" ] || {
+        echo "no files of ${places[*]} are built"
+        return 1
+    }
+    echo "$(wc -l <<<"$files") files of ${places[*]}"
+    xargs -P "$jobs" -I FILE clang-tidy -p "$build" --quiet "${@:2}" FILE 2>/dev/null <<<"$files"
 }
 
 configure() {
     cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DQT_MAJOR=5 \
         -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON \
-        -DCMAKE_EXPORT_COMPILE_COMMANDS=ON >/dev/null
+        -DKAKB_BUILD_BENCH=ON -DCMAKE_EXPORT_COMPILE_COMMANDS=ON >/dev/null
 }
 
 # The analyser follows every path of the driver, and elsewhere fewer, to be done in minutes.
@@ -45,16 +57,16 @@ fewer_paths=(--extra-arg=-Xclang --extra-arg=-analyzer-config --extra-arg=-Xclan
     --extra-arg=mode=shallow)
 
 check_tidy() {
-    configure
+    configure || return 1
     local found=0
-    built_files device service | tidy || found=1
-    built_files host simulator bench | tidy "${fewer_paths[@]}" || found=1
+    tidy device service || found=1
+    tidy host simulator bench docs -- "${fewer_paths[@]}" || found=1
     return "$found"
 }
 
 check_tidyTests() {
-    configure
-    built_files tests | tidy "${fewer_paths[@]}"
+    configure || return 1
+    tidy tests -- "${fewer_paths[@]}"
 }
 
 check_cppcheck() {
@@ -71,10 +83,7 @@ check_cppcheck() {
 for check in "$@"; do
     case "$check" in
     format | cppcheck | tidy | tidyTests) ;;
-    *)
-        sed -n '2,11s/^# //p' "$0"
-        exit 1
-        ;;
+    *) usage ;;
     esac
 done
 

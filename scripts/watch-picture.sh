@@ -5,12 +5,8 @@
 #   FILE             the picture (default: docs/watch.svg)
 # Exit status: 0 made, 1 usage, or the watch never showed its table.
 set -euo pipefail
-case "${1:-}" in
--*)
-    sed -n '2,6s/^# //p' "$0"
-    exit 1
-    ;;
-esac
+. "$(dirname "$0")/common.sh"
+[[ ${1:-} != -* ]] || usage
 here=$(cd "$(dirname "$0")/.." && pwd)
 programs=$(cd "${1:-$here/build/qt5/bin}" && pwd)
 picture=$(realpath -m "${2:-$here/docs/watch.svg}")

@@ -18,7 +18,7 @@ RESULTS = WORK / "results.tsv"
 EQUIVALENTS = ROOT / "tests" / "mutants" / "equivalent.txt"
 PROGRESS_STEP = 100
 
-USAGE_ERROR, BUILD_FAILED, TOO_FEW_KILLED, LIST_WRONG = 1, 2, 3, 4
+USAGE_ERROR, BUILD_FAILED, TOO_FEW_KILLED, LIST_WRONG, NOT_LISTED = 1, 2, 3, 4, 5
 
 
 class Arguments(argparse.ArgumentParser):
@@ -152,10 +152,14 @@ def judge(mutants, results, reasons, arguments):
     print(f"{len(mutants)} mutants, {counted['not compiled']} not compiled, {listed} equivalent")
     print(f"{total} counted: {killed} killed ({counted['timed out']} of them timed out), "
           f"{counted['survived']} survived")
-    print(f"killed {100 * killed / max(total, 1):.1f} %, at least {arguments.least} % expected")
+    if total > 0:
+        print(f"killed {100 * killed / total:.1f} %, at least {arguments.least} % expected")
+    all_listed = 0 < listed == len(mutants)
     if wrong:
         return LIST_WRONG
-    return TOO_FEW_KILLED if 100 * killed < arguments.least * total else 0
+    if 100 * killed < arguments.least * total or (total == 0 and not all_listed):
+        return TOO_FEW_KILLED
+    return NOT_LISTED if counted["survived"] else 0
 
 
 def main():

@@ -6,7 +6,8 @@
 // --driver     the library to load (default: the one that was built)
 //
 // Prints exchanges, seconds and resident memory at each tenth. Exit status: 0 the memory stayed
-// flat after the first tenth and the cache ended as PLC memory, 1 it did not, 2 usage or no driver.
+// flat after the first tenth, nothing was done too seldom and the cache ended as PLC memory, 1 not
+// so, 2 usage or no driver.
 
 #include "soakHost.h"
 
@@ -24,7 +25,7 @@
 
 namespace {
 
-enum ExitStatus { FLAT, GROWN, UNUSABLE };
+enum ExitStatus { PASSED, FAILED, UNUSABLE };
 enum { TENTHS = 10, MOST_GROWTH_KIB = 256, MOST_ALLOCATED_BYTES = 16 * 1024 };
 
 struct Memory
@@ -75,6 +76,35 @@ Memory runTenths(SoakHost& host, long long exchanges)
     return growth;
 }
 
+/// Prints what was done; false if something of it happened too seldom for its memory to show.
+bool didEnough(const SoakHost::Figures& figures, long long exchanges)
+{
+    const struct
+    {
+        const char* what;
+        long long times;
+        long long leastOfAMillion;
+    } rows[] = {{"accepted", figures.accepted, 900000},
+                {"rejected", figures.rejected, 25000},
+                {"given up", figures.givenUp, 500},
+                {"bits written", figures.bitFrames, 45000},
+                {"words written", figures.wordFrames, 65000},
+                {"recipe frames", figures.recipeFrames, 300},
+                {"downloads", figures.downloads, 100},
+                {"uploads", figures.uploads, 100},
+                {"one-shot reads", figures.oneShotReads, 12000},
+                {"starts", figures.starts, 50},
+                {"told", figures.told, 200000}};
+    bool enough = true;
+    for (const auto& row : rows) {
+        const long long least = row.leastOfAMillion * exchanges / 1000000;
+        std::printf("%-16s %10lld, at least %10lld%s\n", row.what, row.times, least,
+                    row.times < least ? "  TOO FEW" : "");
+        enough = enough && row.times >= least;
+    }
+    return enough;
+}
+
 ExitStatus run(const std::string& driverFile, long long exchanges)
 {
     const DriverLibrary driver(QString::fromStdString(driverFile));
@@ -84,18 +114,14 @@ ExitStatus run(const std::string& driverFile, long long exchanges)
     const Memory growth = runTenths(host, exchanges);
     host.settle();
     const int wrong = host.wrongUnits();
-    const SoakHost::Figures& figures = host.figures();
-    std::printf("accepted %lld, rejected %lld, given up %lld, writes %lld, one-shot reads %lld, "
-                "transfers %lld, starts %lld\n",
-                figures.accepted, figures.rejected, figures.givenUp, figures.writes,
-                figures.oneShotReads, figures.transfers, figures.starts);
+    const bool enough = didEnough(host.figures(), exchanges);
     std::printf("growth after the first tenth: %ld KiB resident (below %d), %ld bytes allocated "
                 "(below %d); wrong units at the end: %d\n",
                 growth.residentKib, int(MOST_GROWTH_KIB), growth.allocatedBytes,
                 int(MOST_ALLOCATED_BYTES), wrong);
     const bool flat =
         growth.residentKib < MOST_GROWTH_KIB && growth.allocatedBytes < MOST_ALLOCATED_BYTES;
-    return flat && wrong == 0 ? FLAT : GROWN;
+    return flat && enough && wrong == 0 ? PASSED : FAILED;
 }
 
 /// The allocator's cache of a thread counts as allocated and fills over hours; starts the program
@@ -123,7 +149,7 @@ int main(int argc, char** argv)
         app.parse(argc, argv);
         return run(driverFile, exchanges);
     } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? int(FLAT) : int(UNUSABLE);
+        return app.exit(error) == 0 ? int(PASSED) : int(UNUSABLE);
     } catch (const DriverError& error) {
         std::cerr << error.what() << "\n";
         return UNUSABLE;

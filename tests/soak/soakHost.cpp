@@ -13,6 +13,9 @@ enum {
     OUTAGE_EXCHANGES = 12
 };
 
+// MODBUS Application Protocol V1.1b3, 6.5, 6.6 and 6.12.
+enum { WRITE_COIL = 5, WRITE_REGISTER = 6, WRITE_REGISTERS = 16 };
+
 // One in so many exchanges.
 enum {
     INPUTS_MOVE = 10,
@@ -116,7 +119,6 @@ void SoakHost::writeOne()
                               static_cast<unsigned char>(draw(256))};
     m_driver.setData(1 + draw(STATIONS), QLatin1String(polled.area),
                      polled.addr + draw(polled.count), 1, value, 0);
-    ++m_figures.writes;
 }
 
 void SoakHost::writeMany()
@@ -124,7 +126,6 @@ void SoakHost::writeMany()
     std::vector<unsigned char> values(2 * BURST, static_cast<unsigned char>(draw(256)));
     m_driver.setData(1, QLatin1String("MW"), 3000 + draw(WRITTEN_WORDS - BURST), BURST,
                      values.data(), 0);
-    m_figures.writes += BURST;
 }
 
 void SoakHost::readOnce()
@@ -145,7 +146,7 @@ void SoakHost::transfer(RecipeFlag flag)
     for (unsigned char& byte : m_recipe)
         byte = static_cast<unsigned char>(draw(256));
     m_shared[flag] = 1;
-    ++m_figures.transfers;
+    ++(flag == RECIPE_DOWNLOAD_FLAG ? m_figures.downloads : m_figures.uploads);
 }
 
 void SoakHost::addWork()
@@ -184,7 +185,7 @@ bool SoakHost::talk(bool faults)
     QString errorText;
     switch (m_driver.dealRcvFrame(received, errorText)) {
     case REPLY_ACCEPTED:
-        ++m_figures.accepted;
+        countAccepted(frame.sendBuf[1]);
         break;
     case REPLY_GIVEN_UP:
         ++m_figures.givenUp;
@@ -192,7 +193,16 @@ bool SoakHost::talk(bool faults)
     default:
         ++m_figures.rejected;
     }
+    m_figures.told = timesTold;
     return true;
+}
+
+void SoakHost::countAccepted(int function)
+{
+    ++m_figures.accepted;
+    if (function == WRITE_COIL) ++m_figures.bitFrames;
+    if (function == WRITE_REGISTER) ++m_figures.wordFrames;
+    if (function == WRITE_REGISTERS) ++m_figures.recipeFrames;
 }
 
 void SoakHost::exchange()

@@ -20,10 +20,14 @@ public:
         long long accepted = 0;
         long long rejected = 0;
         long long givenUp = 0;
-        long long writes = 0;
+        long long bitFrames = 0;    ///< accepted, function 5
+        long long wordFrames = 0;   ///< accepted, function 6
+        long long recipeFrames = 0; ///< accepted, function 16
         long long oneShotReads = 0;
-        long long transfers = 0;
+        long long downloads = 0;
+        long long uploads = 0;
         long long starts = 0;
+        long long told = 0; ///< calls of the callback
     };
 
     explicit SoakHost(const DriverLibrary& driver);
@@ -53,6 +57,7 @@ private:
     void transfer(RecipeFlag flag);
     bool isTransferring() const;
     bool talk(bool faults);
+    void countAccepted(int function);
     QByteArray reply(const FRAME_PRO& frame, bool faults);
     int draw(int below);
 
