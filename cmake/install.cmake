@@ -2,6 +2,8 @@
 # components are those of packages.cmake.
 
 set(KAKB_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/quorvane_ka_kb_plc)
+# What the tools read; the host looks for it from its own folder.
+set(KAKB_DATA_FOLDER ${CMAKE_INSTALL_DATADIR}/quorvane-ka-kb)
 
 install(TARGETS driver EXPORT quorvane_ka_kb_plc_targets
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT driver)

@@ -9,11 +9,12 @@ set(KAKB_COMPRESSED_DIR ${PROJECT_BINARY_DIR}/packaging)
 file(MAKE_DIRECTORY ${KAKB_COMPRESSED_DIR})
 find_program(GZIP gzip REQUIRED)
 
-# The packages' version is the project's, not the driver's own: that of the newest entry.
+# The packages' version is the project's, not the driver's own; their revision is that of the newest
+# entry.
+set(CPACK_PACKAGE_VERSION ${KAKB_PROJECT_VERSION})
 file(STRINGS ${KAKB_PACKAGING_DIR}/changelog KAKB_NEWEST LIMIT_COUNT 1)
-string(REGEX MATCH "\\(([^-]+)-([^)]+)\\)" KAKB_NEWEST ${KAKB_NEWEST})
-set(CPACK_PACKAGE_VERSION ${CMAKE_MATCH_1})
-set(CPACK_DEBIAN_PACKAGE_RELEASE ${CMAKE_MATCH_2})
+string(REGEX MATCH "-([^-)]+)\\)" KAKB_NEWEST ${KAKB_NEWEST})
+set(CPACK_DEBIAN_PACKAGE_RELEASE ${CMAKE_MATCH_1})
 
 # kakb_compress(FILE RESULT): without the file's name and time, so that each build makes the same.
 function(kakb_compress file result)
@@ -23,6 +24,8 @@ endfunction()
 
 if(KAKB_BUILD_KIT)
     install(TARGETS kakb-host kakb-sim RUNTIME COMPONENT tools)
+    install(FILES ${PROJECT_SOURCE_DIR}/demo/tags.csv
+        DESTINATION ${KAKB_DATA_FOLDER} COMPONENT tools)
     foreach(tool IN ITEMS kakb-host kakb-sim)
         set(KAKB_PAGE ${KAKB_COMPRESSED_DIR}/${tool}.1.gz)
         kakb_compress(${PROJECT_SOURCE_DIR}/docs/man/${tool}.1 ${KAKB_PAGE})

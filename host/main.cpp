@@ -6,8 +6,8 @@
 //   info                                    identity, default settings, areas
 //   check AREA ADDRESS [--count N] [--write]  whether an address is valid, or why not
 //   series AREA ADDRESS --count N --interval K  addresses at an interval
-//   plan --tags FILE                        the requests that read the tags, and the cycle time
-//   watch --tags FILE [--seconds N]         polls the tags and shows changes
+//   plan [--tags FILE]                      the requests that read the tags, and the cycle time
+//   watch [--tags FILE] [--seconds N]       polls the tags and shows changes
 //   read [NAME...] [--tags FILE]            reads tags or addresses once
 //   write NAME=VALUE... [--tags FILE]       writes; done when the PLC has confirmed
 //   recipe download|upload FILE [--verify]  transfers a recipe
@@ -20,10 +20,14 @@
 // Exit statuses: kakb-host --help, from verbs/exitStatus.h
 
 #include "links/tcpLink.h"
+#include "output/outputStream.h"
 #include "verbs/commandLine.h"
+#include "verbs/companionFiles.h"
+#include "verbs/interrupt.h"
 
 #include <QCoreApplication>
-#include <QDir>
+
+#include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
@@ -31,18 +35,6 @@
 #include <cstdlib>
 
 namespace {
-
-QString driverFile(const std::string& chosen)
-{
-    if (!chosen.empty()) return QString::fromStdString(chosen);
-    const QDir programs(QCoreApplication::applicationDirPath());
-    for (const char* folder : {"..", "../" KAKB_LIBRARY_FOLDER}) {
-        const QString file = programs.absoluteFilePath(QLatin1String(folder) +
-                                                       QLatin1String("/libquorvane_ka_kb_plc.so"));
-        if (QFile::exists(file)) return file;
-    }
-    return QString(QLatin1String("quorvane_ka_kb_plc"));
-}
 
 ExitStatus failed(ExitStatus status, const std::exception& error)
 {
@@ -53,21 +45,23 @@ ExitStatus failed(ExitStatus status, const std::exception& error)
 }
 
 /// Nothing was done for a user who does not get to see it; one who stopped reading saw enough.
-ExitStatus outputStatus()
+ExitStatus outputStatus(OutputStream& output)
 {
-    errno = 0;
-    const bool failed = std::fflush(stdout) != 0 || std::ferror(stdout);
-    if (!failed || errno == EPIPE) return EXIT_DONE;
+    const int failure = output.flush();
+    if (failure == 0 || failure == EPIPE) return EXIT_DONE;
     std::fprintf(stderr, "kakb-host: cannot write the output\n");
     return EXIT_USAGE;
 }
 
 ExitStatus run(const Command& command)
 {
+    OutputStream output(stdout, STDOUT_FILENO, isToEnd);
+    const OutputStream errors(stderr, STDERR_FILENO, isToEnd);
     try {
-        const DriverLibrary driver(driverFile(command.driver));
+        const DriverLibrary driver(command.driver.empty() ? companionDriver()
+                                                          : QString::fromStdString(command.driver));
         const ExitStatus status = command.verb(driver);
-        return status == EXIT_DONE ? outputStatus() : status;
+        return status == EXIT_DONE ? outputStatus(output) : status;
     } catch (const VerbFailure& error) {
         return failed(error.status, error);
     } catch (const DriverError& error) {

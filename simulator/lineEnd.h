@@ -37,6 +37,15 @@ public:
     /// Lets the newest host take the place of the one before it.
     virtual void acceptHost() {}
 
+    /// Readable when a host has left the line; -1 when that is not told.
+    virtual int departures() const
+    {
+        return -1;
+    }
+
+    /// Makes the line free for the next host.
+    virtual void hostLeft() {}
+
     /// What has come; nothing when nothing has, or when the host is gone.
     virtual Bytes receive() = 0;
 

@@ -40,7 +40,7 @@
 //   --until-stdin-ends    end when standard input does, and not when interrupted
 //
 // Prints what a host opens on the first line, a path or "tcp:ADDRESS,PORT", then serves until it is
-// terminated or interrupted.
+// terminated or interrupted, or its terminal is closed.
 // Exit status: 0 ended on request, 1 usage, 2 the link failed or a file could not be written.
 
 #include "pseudoTerminal.h"
@@ -80,19 +80,22 @@ sigset_t stopOnSignals(bool untilStdinEnds)
     struct sigaction action = {};
     action.sa_handler = requestStop;
     sigaction(SIGTERM, &action, nullptr);
-    // Ctrl-C reaches both a host and the PLC that it started; the host is to end the PLC.
+    // These two reach both a host and the PLC that it started; the host is to end the PLC.
     if (untilStdinEnds) action.sa_handler = SIG_IGN;
     sigaction(SIGINT, &action, nullptr);
+    struct sigaction before = {};
+    sigaction(SIGHUP, nullptr, &before);
+    if (before.sa_handler != SIG_IGN) sigaction(SIGHUP, &action, nullptr); // not under nohup
     std::signal(SIGPIPE, SIG_IGN);
     sigset_t blocked;
-    sigset_t before;
+    sigset_t waiting;
     sigemptyset(&blocked);
-    sigaddset(&blocked, SIGTERM);
-    sigaddset(&blocked, SIGINT);
-    sigprocmask(SIG_BLOCK, &blocked, &before);
-    sigdelset(&before, SIGTERM);
-    sigdelset(&before, SIGINT);
-    return before;
+    for (const int ending : {SIGTERM, SIGINT, SIGHUP})
+        sigaddset(&blocked, ending);
+    sigprocmask(SIG_BLOCK, &blocked, &waiting);
+    for (const int ending : {SIGTERM, SIGINT, SIGHUP})
+        sigdelset(&waiting, ending);
+    return waiting;
 }
 
 std::unique_ptr<LineEnd> openLine(const SimulatorOptions& options)

@@ -3,6 +3,8 @@
 #include <climits>
 #include <fcntl.h>
 #include <pty.h>
+#include <sys/inotify.h>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <termios.h>
 
@@ -20,6 +22,9 @@ PseudoTerminal::PseudoTerminal(const std::string& linkPath)
     m_hostSide.reset(slave);
     m_path = path;
     if (fcntl(master, F_SETFL, O_NONBLOCK) != 0) failLink(m_path);
+    // Hosts that leave in order are served all the same when the system has no more of these.
+    m_departures.reset(inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
+    inotify_add_watch(m_departures.get(), path, IN_CLOSE);
     if (!linkPath.empty()) makeLink(linkPath);
 }
 
@@ -30,6 +35,16 @@ PseudoTerminal::~PseudoTerminal()
     // Another simulated PLC may have taken the link over.
     if (readlink(m_linkPath.c_str(), target, sizeof target - 1) > 0 && m_path == target)
         unlink(m_linkPath.c_str());
+}
+
+/// A host that was killed leaves the lock behind that it had put on the terminal, and the system
+/// takes it away only with the last descriptor, which is ours.
+void PseudoTerminal::hostLeft()
+{
+    char events[READ_BYTES];
+    while (read(m_departures.get(), events, sizeof events) > 0) {
+    }
+    ioctl(m_hostSide.get(), TIOCNXCL);
 }
 
 void PseudoTerminal::makeLink(const std::string& linkPath)

@@ -59,6 +59,7 @@ void ServerLoop::run(const volatile std::sig_atomic_t& stop, const sigset_t& wai
         if (!waitForEvent(waitingMask, ready, untilStdinEnds)) continue;
         const std::int64_t now = monotonicNow();
         if (ready[STANDARD_INPUT] && standardInputEnded()) return;
+        if (ready[DEPARTURES]) m_line.hostLeft();
         if (ready[LISTENER]) {
             acceptHost();
         } else if (ready[LINE]) {
@@ -77,6 +78,7 @@ bool ServerLoop::waitForEvent(const sigset_t& waitingMask, bool (&ready)[WAITED_
     pollfd wanted[WAITED_FOR] = {};
     wanted[LINE] = {m_line.descriptor(), POLLIN, 0};
     wanted[LISTENER] = {m_line.listener(), POLLIN, 0};
+    wanted[DEPARTURES] = {m_line.departures(), POLLIN, 0};
     wanted[STANDARD_INPUT] = {withInput ? STDIN_FILENO : -1, POLLIN, 0};
     const std::int64_t deadline = nextDeadline();
     const timespec left = timeUntil(deadline);

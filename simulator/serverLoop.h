@@ -32,7 +32,7 @@ public:
     }
 
 private:
-    enum { LINE, LISTENER, STANDARD_INPUT, WAITED_FOR };
+    enum { LINE, LISTENER, DEPARTURES, STANDARD_INPUT, WAITED_FOR };
 
     bool waitForEvent(const sigset_t& waitingMask, bool (&ready)[WAITED_FOR], bool withInput);
     std::int64_t nextDeadline() const;

@@ -1,6 +1,8 @@
 #include "simulatorOptions.h"
 
+#include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <map>
 #include <set>
 
@@ -26,6 +28,17 @@ struct RawOptions
     int turnaroundUs = 0;
     int delayMs = 700;
 };
+
+/// The library's range alone takes "nan", which is neither below it nor above.
+CLI::Validator numberFrom(double lowest, double highest)
+{
+    const CLI::Range range(lowest, highest);
+    const auto problem = [range](const std::string& text) {
+        return std::isnan(std::strtod(text.c_str(), nullptr)) ? text + " is not a number"
+                                                              : range(text);
+    };
+    return CLI::Validator(problem, range.get_description());
+}
 
 void addStations(CLI::App& app, RawOptions& raw)
 {
@@ -80,7 +93,7 @@ void addFaults(CLI::App& app, FaultSettings& faults, RawOptions& raw)
     for (std::size_t kind = 0; kind < FAULT_KINDS; ++kind)
         app.add_option(std::string("--") + faultName(static_cast<Fault>(kind)), faults.rates[kind],
                        std::string("share of exchanges: ") + MEANINGS[kind])
-            ->check(CLI::Range(0.0, 1.0))
+            ->check(numberFrom(0, 1))
             ->capture_default_str();
     app.add_option("--delay-ms", raw.delayMs, "how late --delay is")
         ->check(CLI::Range(0, LONGEST_DELAY_MS))
@@ -183,6 +196,7 @@ SimulatorOptions parseOptions(CLI::App& app, int argc, char** argv)
 {
     SimulatorOptions options;
     RawOptions raw;
+    app.set_version_flag("--version", "kakb-sim " KAKB_PROJECT_VERSION);
     addStations(app, raw);
     addLink(app, options, raw);
     addSignals(app, options, raw);

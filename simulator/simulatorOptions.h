@@ -27,7 +27,7 @@ struct SimulatorOptions
     bool untilStdinEnds = false;
 };
 
-/// Throws CLI::ParseError, also for --help.
+/// Throws CLI::ParseError, also for --help and --version.
 SimulatorOptions parseOptions(CLI::App& app, int argc, char** argv);
 
 #endif

@@ -10,13 +10,18 @@ const qint64 NO_ANSWER = -1;
 
 const int MOST_KEPT = 1024; // four times the longest frame, so that chatter takes no memory
 
+const int MOST_STRETCHED = 8; // the time-out, by answers that come after it
+
+const int LONGEST_EXCHANGE = 264; // bytes: a request and its answer of 125 words
+
 } // namespace
 
 ExchangeMachine::ExchangeMachine(DriverCalls& driver, const LineTiming& timing, const Times& times)
     : m_driver(driver),
       m_timing(timing),
       m_times(times),
-      m_lineBusyUntil(std::numeric_limits<qint64>::min() / 2)
+      m_lineBusyUntil(std::numeric_limits<qint64>::min() / 2),
+      m_unseen(timing)
 {
 }
 
@@ -29,14 +34,14 @@ void ExchangeMachine::received(const QByteArray& bytes, qint64 now)
 {
     m_lineBusyUntil = std::max(m_lineBusyUntil, now);
     m_heard = true;
-    if (m_state != WAITING_FOR_REPLY) return;
     m_received = (m_received + bytes).right(MOST_KEPT);
-    takeReply(now);
+    takeLateAnswers(now);
+    if (m_state == WAITING_FOR_REPLY || m_state == DRAINING) takeReply(now);
 }
 
 void ExchangeMachine::linkLost(bool answersMayFollow)
 {
-    if (!answersMayFollow) m_unanswered.clear();
+    if (!answersMayFollow) m_unanswered.forgetAll();
     if (m_state == WAITING_FOR_REPLY || m_state == DRAINING) m_retrying = true;
     m_isPending = m_isPending || m_state != CHOOSING;
     m_state = CHOOSING;
@@ -46,6 +51,21 @@ void ExchangeMachine::linkLost(bool answersMayFollow)
 void ExchangeMachine::linkOpened(qint64 now)
 {
     m_lineBusyUntil = std::max(m_lineBusyUntil, now);
+    m_isFresh = true;
+    m_unanswered.forgetExpired(now);
+}
+
+/// Those to earlier requests. Others may follow them, so the wait for silence begins anew.
+void ExchangeMachine::takeLateAnswers(qint64 now)
+{
+    const bool isAsking = m_state == WAITING_FOR_REPLY || m_state == DRAINING || m_retrying;
+    const QByteArray asked = isAsking ? m_signature : QByteArray();
+    while (const auto late = m_unanswered.takeLate(m_received, asked, now)) {
+        m_slow.note(late->took - m_timing.frame(late->length));
+        m_isBehind = true;
+        if (m_state == WAITING_FOR_SILENCE)
+            m_deadline = std::max(m_deadline, earliestSend() + m_times.answer);
+    }
 }
 
 void ExchangeMachine::takeReply(qint64 now)
@@ -58,15 +78,22 @@ void ExchangeMachine::takeReply(qint64 now)
         found = recogniseReply(m_received, m_request, m_frame.recvLen);
     }
     if (found.reply.isEmpty()) return;
-    forgetAnswered();
-    if (found.exceptionCode == 0) settle();
+    m_received.clear();
+    if (m_unanswered.isAlone(m_signature))
+        m_unseen.note(m_request.at(0), int(m_request.size() + found.reply.size()), now - m_sentAt);
+    if (found.exceptionCode == 0) m_unanswered.forgetBefore(m_signature);
+    m_slow.note(m_unanswered.answered(m_signature, now) - m_timing.frame(int(found.reply.size())));
+    if (found.exceptionCode == 0)
+        m_unanswered.settle(m_signature);
+    else if (m_unanswered.until(m_signature) > now)
+        m_isBehind = true; // the other attempts are refused as well, and refusals look alike
     // What has no line of its own may answer sooner than a wire could carry the request.
     finish(found.reply, found.exceptionCode, std::max<qint64>(now - m_sentAt, 0));
 }
 
 /// A refusal names only station and function. What the station has granted once, it hardly refuses
 /// at another attempt: that is reckoned with for no longer than that attempt's time-out.
-bool ExchangeMachine::mayBeRefused(const UNANSWERED& other, qint64 now) const
+bool ExchangeMachine::mayBeRefused(const SENT_ATTEMPT& other, qint64 now) const
 {
     return now < (other.settled ? other.timeOut : other.until) && other.signature != m_signature &&
            other.signature.left(2) == m_signature.left(2);
@@ -74,8 +101,9 @@ bool ExchangeMachine::mayBeRefused(const UNANSWERED& other, qint64 now) const
 
 bool ExchangeMachine::mayRefuseAnother(qint64 now) const
 {
-    return std::any_of(m_unanswered.begin(), m_unanswered.end(),
-                       [this, now](const UNANSWERED& u) { return mayBeRefused(u, now); });
+    const std::vector<SENT_ATTEMPT>& all = m_unanswered.attempts();
+    return std::any_of(all.begin(), all.end(),
+                       [this, now](const SENT_ATTEMPT& u) { return mayBeRefused(u, now); });
 }
 
 /// A station that left an earlier request without any answer may be slow, and this one's answer
@@ -86,37 +114,12 @@ void ExchangeMachine::noteDoubtful(const RECOGNISED& refusal, qint64 now)
     m_doubtful = refusal;
     m_isWorthAsking = false;
     qint64 latest = now;
-    for (const UNANSWERED& other : m_unanswered) {
+    for (const SENT_ATTEMPT& other : m_unanswered.attempts()) {
         if (!mayBeRefused(other, now)) continue;
         if (!other.settled) m_isWorthAsking = true;
         latest = std::max(latest, other.timeOut);
     }
     if (!m_isWorthAsking) m_deadline = std::min(m_deadline, latest);
-}
-
-/// A station answers in order, so what came answers the oldest request of its kind.
-void ExchangeMachine::forgetAnswered()
-{
-    const auto oldest =
-        std::find_if(m_unanswered.begin(), m_unanswered.end(),
-                     [this](const UNANSWERED& u) { return u.signature == m_signature; });
-    if (oldest != m_unanswered.end()) m_unanswered.erase(oldest);
-}
-
-void ExchangeMachine::settle()
-{
-    for (UNANSWERED& attempt : m_unanswered) {
-        if (attempt.signature == m_signature) attempt.settled = true;
-    }
-}
-
-/// What was waited for in vain must not be left to be taken for answered instead of a new request,
-/// which then would hold back the next one, and so on for ever.
-void ExchangeMachine::forgetExpired(qint64 now)
-{
-    m_unanswered.erase(std::remove_if(m_unanswered.begin(), m_unanswered.end(),
-                                      [now](const UNANSWERED& u) { return u.until <= now; }),
-                       m_unanswered.end());
 }
 
 void ExchangeMachine::finish(QByteArray reply, int exceptionCode, qint64 replyTime)
@@ -142,15 +145,7 @@ void ExchangeMachine::finishWithoutAnswer()
         finish(refusal.reply, refusal.exceptionCode, NO_ANSWER);
     if (refusal.exceptionCode == 0 || m_retrying) return;
     m_finished->exceptionCode = refusal.exceptionCode;
-    settle();
-}
-
-qint64 ExchangeMachine::answersUntil() const
-{
-    qint64 latest = std::numeric_limits<qint64>::min() / 2;
-    for (const UNANSWERED& unanswered : m_unanswered)
-        latest = std::max(latest, unanswered.until);
-    return latest;
+    m_unanswered.settle(m_signature);
 }
 
 /// With nothing polled, the driver answers 0 once after some writes or one-shot reads in a row, and
@@ -159,7 +154,6 @@ bool ExchangeMachine::chooseRequest(qint64 now)
 {
     if (m_driver.getSendFrame(&m_frame) == 0 && m_driver.getSendFrame(&m_frame) == 0) return false;
     m_request = QByteArray(reinterpret_cast<const char*>(m_frame.sendBuf), m_frame.sendLen);
-    m_received.clear();
     m_doubtful = RECOGNISED();
     m_isWorthAsking = false;
     m_heard = false;
@@ -174,16 +168,26 @@ bool ExchangeMachine::chooseRequest(qint64 now)
     return true;
 }
 
-/// The silent interval; and unless the very same request is repeated, the time in which an answer
-/// to an earlier request of the same shape may still come.
+qint64 ExchangeMachine::silence() const
+{
+    return m_isFresh ? std::max(m_timing.silentInterval(), m_times.opening)
+                     : m_timing.silentInterval();
+}
+
+/// How long an answer's begin is waited for: a quarter more than slow ones took lately.
+qint64 ExchangeMachine::answerTime() const
+{
+    const qint64 longest = MOST_STRETCHED * m_times.answer + m_timing.unseenFrame(LONGEST_EXCHANGE);
+    return std::clamp(m_slow.secondSlowest() * 5 / 4, m_times.answer, longest);
+}
+
+/// The silence; and unless the very same request is repeated, the time in which an answer to an
+/// earlier request of the same shape may still come.
 qint64 ExchangeMachine::earliestSend() const
 {
-    qint64 earliest = m_lineBusyUntil + m_timing.silentInterval();
-    if (m_retrying) return earliest;
-    for (const UNANSWERED& unanswered : m_unanswered) {
-        if (unanswered.signature == m_signature) earliest = std::max(earliest, unanswered.until);
-    }
-    return earliest;
+    const qint64 quiet = m_lineBusyUntil + silence();
+    if (m_retrying) return quiet;
+    return std::max(quiet, m_isBehind ? m_unanswered.until() : m_unanswered.until(m_signature));
 }
 
 void ExchangeMachine::send(qint64 now)
@@ -191,15 +195,20 @@ void ExchangeMachine::send(qint64 now)
     const qint64 sent = now + m_timing.frame(int(m_request.size()));
     m_lineBusyUntil = sent;
     m_sentAt = sent;
+    // An answer to this request that a time-out cut in two is still wanted.
+    if (!m_retrying || m_isFresh) m_received.clear();
+    m_isFresh = false;
+    if (m_unanswered.until() <= now) m_isBehind = false;
     if (m_frame.recvLen <= 0) {
         m_deadline = sent + m_times.turnaround;
         m_state = PAUSING;
         return;
     }
-    const qint64 wait = m_times.answer + m_timing.frame(m_frame.recvLen);
+    const qint64 wait = answerTime() + m_timing.frame(m_frame.recvLen);
     m_deadline = sent + wait;
-    forgetExpired(now);
-    m_unanswered.push_back({m_signature, m_deadline, m_deadline + wait, false});
+    if (!m_retrying) m_unanswered.forgetExpired(now);
+    m_unanswered.add(m_request, m_frame.recvLen, sent, wait,
+                     m_unseen.frame(m_request.at(0), int(m_request.size()) + m_frame.recvLen));
     m_state = WAITING_FOR_REPLY;
 }
 
@@ -210,7 +219,7 @@ qint64 ExchangeMachine::dueTime() const
     case WAITING_FOR_SILENCE:
         return std::min(earliestSend(), m_deadline);
     case DRAINING:
-        return std::min(m_lineBusyUntil + m_timing.silentInterval(), m_deadline);
+        return std::min(m_lineBusyUntil + silence(), m_deadline);
     default:
         return m_deadline;
     }

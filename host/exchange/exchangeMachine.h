@@ -3,10 +3,12 @@
 
 #include "exchange/lineTiming.h"
 #include "exchange/replyRecogniser.h"
+#include "exchange/slowAnswers.h"
+#include "exchange/unansweredRequests.h"
+#include "exchange/unseenLines.h"
 #include "quorvane_ka_kb_plc.h"
 
 #include <optional>
-#include <vector>
 
 /// The two calls of the driver that an exchange is made of.
 class DriverCalls
@@ -37,6 +39,9 @@ struct FINISHED_EXCHANGE
 /// back while a late answer to an earlier one could be taken for its own. A refusal that could be a
 /// late one ends the wait only when nothing better comes. A line that is never silent counts as one
 /// that does not answer.
+///
+/// Answers that keep coming after the time-out lengthen it. And when one came late, nothing at all
+/// is sent while others may come: whatever answers would stay behind for good.
 class ExchangeMachine
 {
 public:
@@ -44,6 +49,7 @@ public:
     {
         qint64 answer = 500000;     ///< longest that a station takes to begin its answer
         qint64 turnaround = 100000; ///< pause after a broadcast
+        qint64 opening = 0;         ///< silence ahead of the first request over an opened link
     };
 
     struct Step
@@ -66,12 +72,20 @@ public:
     /// @param answersMayFollow  late answers may still come over the next link, as on a wire
     void linkLost(bool answersMayFollow = true);
 
-    /// A link was opened. What went over it until now is not known, so a silent interval comes
-    /// first.
+    /// A link was opened. What went over it until now is not known, so silence comes first.
     void linkOpened(qint64 now);
 
-    /// When the last answer to what was sent so far may still come. Before now: none can.
-    qint64 answersUntil() const;
+    /// When the last answer to what was sent so far is to be expected. Before now: none is.
+    qint64 answersUntil() const
+    {
+        return m_unanswered.probablyUntil();
+    }
+
+    /// Until when a request may be held back, at most.
+    qint64 heldBackUntil() const
+    {
+        return m_unanswered.until();
+    }
 
     /// The driver has no request under way, so it chooses afresh next.
     bool isBetweenRequests() const
@@ -85,27 +99,19 @@ public:
 private:
     enum State { CHOOSING, WAITING_FOR_SILENCE, WAITING_FOR_REPLY, DRAINING, PAUSING };
 
-    struct UNANSWERED
-    {
-        QByteArray signature;
-        qint64 timeOut; ///< of the attempt
-        qint64 until;   ///< when its answer is no longer to be expected
-        bool settled;   ///< its request was granted, or doubtfully refused
-    };
-
     bool chooseRequest(qint64 now);
+    qint64 silence() const;
+    qint64 answerTime() const;
     qint64 earliestSend() const;
     qint64 dueTime() const;
     void send(qint64 now);
+    void takeLateAnswers(qint64 now);
     void takeReply(qint64 now);
-    bool mayBeRefused(const UNANSWERED& other, qint64 now) const;
+    bool mayBeRefused(const SENT_ATTEMPT& other, qint64 now) const;
     bool mayRefuseAnother(qint64 now) const;
     void noteDoubtful(const RECOGNISED& refusal, qint64 now);
     void finish(QByteArray reply, int exceptionCode, qint64 replyTime);
     void finishWithoutAnswer();
-    void forgetAnswered();
-    void settle();
-    void forgetExpired(qint64 now);
 
     DriverCalls& m_driver;
     const LineTiming m_timing;
@@ -118,12 +124,16 @@ private:
     RECOGNISED m_doubtful;        ///< a refusal of this attempt, or a late one of another request
     bool m_isWorthAsking = false; ///< the next attempt tells whose it was
     qint64 m_lineBusyUntil;
+    bool m_isFresh = false;  ///< nothing was sent over this link yet
+    bool m_isBehind = false; ///< answers came late, and others may
     qint64 m_deadline = 0;
     qint64 m_sentAt = 0;
     bool m_retrying = false;
     bool m_isPending = false; ///< the driver has a request that a lost link cut short
     bool m_heard = false;     ///< bytes came since the request was chosen
-    std::vector<UNANSWERED> m_unanswered;
+    UnansweredRequests m_unanswered;
+    SlowAnswers m_slow;
+    UnseenLines m_unseen;
     std::optional<FINISHED_EXCHANGE> m_finished;
 };
 

@@ -4,7 +4,12 @@
 
 namespace {
 
-enum { START_BITS = 1, FASTEST_COUNTED_BAUD = 19200, FIXED_SILENCE = 1750 };
+enum {
+    START_BITS = 1,
+    MOST_CHARACTER_BITS = 11,
+    FASTEST_COUNTED_BAUD = 19200,
+    FIXED_SILENCE = 1750
+};
 
 void take(int& setting, const QStringList& texts, int index)
 {
@@ -52,14 +57,22 @@ LineTiming::LineTiming(int baud, int bitsPerCharacter)
 }
 
 /// Characters of no bits take no time at any speed whose silent interval is counted in characters.
-LineTiming LineTiming::network()
+LineTiming LineTiming::network(int slowestUnseenBaud)
 {
-    return LineTiming(FASTEST_COUNTED_BAUD, 0);
+    LineTiming timing(FASTEST_COUNTED_BAUD, 0);
+    timing.m_unseenBaud = slowestUnseenBaud;
+    return timing;
 }
 
 qint64 LineTiming::frame(int bytes) const
 {
     return roundedUp(qint64(bytes) * m_bitsPerCharacter * SECOND, m_baud);
+}
+
+qint64 LineTiming::unseenFrame(int bytes) const
+{
+    if (m_unseenBaud == 0) return 0;
+    return roundedUp(qint64(bytes) * MOST_CHARACTER_BITS * SECOND, m_unseenBaud);
 }
 
 qint64 LineTiming::silentInterval() const

@@ -28,11 +28,17 @@ class LineTiming
 public:
     explicit LineTiming(const LineSettings& settings);
 
-    /// Of a link that has none: everything takes 0.
-    static LineTiming network();
+    enum { SLOWEST_UNSEEN_BAUD = 1200 };
+
+    /// Of a link that has none: everything takes 0. Its peer may have a line of its own, which is
+    /// not seen from here.
+    static LineTiming network(int slowestUnseenBaud = SLOWEST_UNSEEN_BAUD);
 
     /// `bytes` bytes on the wire.
     qint64 frame(int bytes) const;
+
+    /// What `bytes` bytes take on a line that is not seen from here, if there is one.
+    qint64 unseenFrame(int bytes) const;
 
     /// The silence before each frame: 3.5 characters, above 19200 baud fixed at 1750.
     qint64 silentInterval() const;
@@ -42,6 +48,7 @@ private:
 
     int m_baud;
     int m_bitsPerCharacter;
+    int m_unseenBaud = 0; ///< 0: all of the line is seen
 };
 
 #endif

@@ -27,6 +27,14 @@ QByteArray replySignature(const QByteArray& request, int replyLength)
     return request.left(2) + static_cast<char>((replyLength - READ_OVERHEAD) & 0xFF);
 }
 
+int replyPosition(const QByteArray& received, const QByteArray& signature, int length)
+{
+    for (int at = 0; at + length <= received.size(); ++at) {
+        if (isFrameAt(received, at, signature, length)) return at;
+    }
+    return -1;
+}
+
 RECOGNISED recogniseReply(const QByteArray& received, const QByteArray& request, int replyLength)
 {
     const QByteArray replyStart = replySignature(request, replyLength);

@@ -19,6 +19,9 @@
 /// @param replyLength  length of the reply that is due
 QByteArray replySignature(const QByteArray& request, int replyLength);
 
+/// Where the first frame of a signature and length lies in what came; -1: nowhere.
+int replyPosition(const QByteArray& received, const QByteArray& signature, int length);
+
 struct RECOGNISED
 {
     QByteArray reply;      ///< the answer alone; empty: not there yet

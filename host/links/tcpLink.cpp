@@ -59,7 +59,7 @@ TcpLink::TcpLink(const QString& host, int port)
 }
 
 TcpLink::TcpLink(const QString& host, int port, Cancellation& cancellation)
-    : m_name(QString(QLatin1String("%1, port %2")).arg(host).arg(port))
+    : m_name(QString(QLatin1String("%1, port %2")).arg(host, QString::number(port)))
 {
     connectTo(host, port, cancellation);
     if (m_socket.state() != QAbstractSocket::ConnectedState) throw error(reasonFor(cancellation));

@@ -43,8 +43,8 @@ void RecipePlan::checkShared() const
         const Tag& b = m_tags[second];
         problems << QString(QLatin1String("%1 and %2 share %3 of station %4"))
                         .arg(a.name, b.name,
-                             QLatin1String(a.isBit() || b.isBit() ? "a bit" : "a word"))
-                        .arg(a.station);
+                             QLatin1String(a.isBit() || b.isBit() ? "a bit" : "a word"),
+                             QString::number(a.station));
     }
     if (!problems.isEmpty()) throw RecipeError(problems.join(QLatin1Char('\n')).toStdString());
 }

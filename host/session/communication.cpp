@@ -7,8 +7,6 @@
 
 namespace {
 
-enum { LONGEST_PAUSE_MS = 30000 };
-
 const qint64 FOR_EVER = -1;
 
 const qint64 LONGEST_STAY_WHEN_INTERRUPTED = 200 * MILLISECOND;
@@ -18,7 +16,7 @@ const qint64 INTERRUPT_GLANCE = 50 * MILLISECOND; // how often it is looked for
 
 Communication::Communication(const DriverLibrary& driver, const Settings& settings,
                              HostBoard& board)
-    : m_driver(driver), m_settings(settings), m_board(board), m_pauseMs(settings.firstPauseMs)
+    : m_driver(driver), m_settings(settings), m_board(board), m_pause(settings.firstPauseMs)
 {
     m_clock.start();
 }
@@ -118,8 +116,7 @@ void Communication::runOnce(HostSession& session)
 /// Jobs that come meanwhile only queue up.
 void Communication::pauseAfterLoss(HostSession& session)
 {
-    const qint64 end = now() + qint64(m_pauseMs) * MILLISECOND;
-    m_pauseMs = std::min(2 * m_pauseMs, int(LONGEST_PAUSE_MS));
+    const qint64 end = now() + qint64(m_pause.take()) * MILLISECOND;
     while (!m_stop && now() < end) {
         takeWork(session);
         m_wait.wait(-1, end - now());
@@ -165,7 +162,7 @@ void Communication::receive(HostSession& session, Link& link)
     const QByteArray bytes = link.read();
     if (bytes.isEmpty()) return;
     const qint64 end = now();
-    m_pauseMs = m_settings.firstPauseMs;
+    m_pause.startAnew();
     m_board.frame(FrameRecord::RECEIVED, bytes, end);
     takeWire(end - m_settings.timing.frame(int(bytes.size())), end);
     session.received(bytes, end);

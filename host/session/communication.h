@@ -4,6 +4,7 @@
 #include "driver/driverLibrary.h"
 #include "links/link.h"
 #include "links/wakeableWait.h"
+#include "session/growingPause.h"
 #include "session/hostBoard.h"
 #include "session/hostSession.h"
 
@@ -30,7 +31,7 @@ public:
         LineTiming timing = LineTiming(LineSettings());
         ExchangeMachine::Times times;
         int attempts = 3;
-        int firstPauseMs = 500;         ///< before a lost link is tried again; doubles up to 30 s
+        int firstPauseMs = 500;         ///< before a lost link is tried again; see GrowingPause
         bool answersOutliveLink = true; ///< late answers may come over the next link, as on a wire
         std::function<bool()> isInterrupted = [] { return false; }; ///< the program is to end now
     };
@@ -79,7 +80,7 @@ private:
     std::mutex m_workMutex;
     std::vector<Work> m_work;
     bool m_lossTold = false;
-    int m_pauseMs;
+    GrowingPause m_pause;
 };
 
 #endif

@@ -64,9 +64,10 @@ void HostBoard::jobEnded(const JobEnd& end)
     news();
 }
 
-void HostBoard::recipeProgress(int, int done)
+void HostBoard::recipeProgress(int job, int done)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
+    m_recipeJob = job;
     m_news.recipeBlocksDone = done;
     news();
 }
@@ -143,6 +144,9 @@ News HostBoard::takeNews()
     std::swap(taken.jobEnds, m_news.jobEnds);
     std::swap(taken.frames, m_news.frames);
     m_hasNews = false;
+    for (const JobEnd& end : taken.jobEnds) {
+        if (end.job == m_recipeJob) m_news.recipeBlocksDone = 0;
+    }
     return taken;
 }
 

@@ -42,7 +42,7 @@ struct News
     std::vector<LinkEvent> linkEvents;
     std::vector<JobEnd> jobEnds;
     std::vector<FrameRecord> frames;
-    int recipeBlocksDone = 0; ///< of the transfer under way
+    int recipeBlocksDone = 0; ///< of the transfer under way, or of one that ended with this news
     qint64 changesMissed = 0; ///< since the start, because nobody took them
     qint64 framesMissed = 0;  ///< since the start
 };
@@ -87,6 +87,7 @@ private:
     News m_news;
     LinkFigures m_figures; ///< without the rates
     bool m_wasConnected = false;
+    int m_recipeJob = 0; ///< the last one whose progress was told
     RunRates m_wholeRun;
     mutable RecentRates m_lately; ///< forgets when it is asked
 };

@@ -172,7 +172,11 @@ void HostSession::noteStation(const FINISHED_EXCHANGE& finished, qint64 now)
     const int station = finished.frame.var.station;
     if (finished.result == REPLY_ACCEPTED || finished.exceptionCode != 0) {
         if (m_stations.answered(station)) m_planDue = true;
-    } else if (m_stations.gaveUp(station, finished.heard, now)) {
+        return;
+    }
+    const bool isNewlySilent = m_stations.gaveUp(station, finished.heard, now);
+    m_stations.putOff(station, m_machine.heldBackUntil());
+    if (isNewlySilent) {
         stationWentSilent(station, now);
     } else if (m_stations.isSilent(station)) { // its tags may have been told of a lost link since
         m_sink.tagsBad(m_polled.tagsOfStation(station), troubleOf(finished), now);

@@ -41,7 +41,7 @@ public:
     void linkLost(const QString& trouble, qint64 now, bool answersMayFollow = true);
     void linkBack(qint64 now);
 
-    /// When the last answer to what was sent so far may still come. Before now: none can.
+    /// When the last answer to what was sent so far is to be expected. Before now: none is.
     qint64 answersUntil() const
     {
         return m_machine.answersUntil();

@@ -37,6 +37,12 @@ bool StationWatch::gaveUp(int station, bool heard, qint64 now)
     return newlySilent;
 }
 
+void StationWatch::putOff(int station, qint64 until)
+{
+    State& state = m_stations[station];
+    state.probeAt = std::max(state.probeAt, until);
+}
+
 bool StationWatch::isSilent(int station) const
 {
     const auto found = m_stations.find(station);

@@ -24,6 +24,9 @@ public:
     /// @return true when the station counts as silent from now on
     bool gaveUp(int station, bool heard, qint64 now);
 
+    /// A probe before then would be held back, and hold up the other stations.
+    void putOff(int station, qint64 until);
+
     bool isSilent(int station) const;
 
     /// The silent station that is due to be asked; it is not due again before gaveUp() of it.

@@ -91,11 +91,10 @@ void printSeriesText(std::FILE* out, const QString& area, const QVector<QString>
                      const QVector<int>& numbers, int clipped)
 {
     for (int i = 0; i < int(texts.size()); ++i)
-        printLine(out, text("%1 %2 = %3").arg(area, texts.at(i)).arg(numbers.at(i)));
+        printLine(out, text("%1 %2 = %3").arg(area, texts.at(i), QString::number(numbers.at(i))));
     if (clipped == 0) return;
     printLine(out, text("clipped: the last %1 lay past the end of %2 and became %3")
-                       .arg(clipped)
-                       .arg(area, texts.last()));
+                       .arg(QString::number(clipped), area, texts.last()));
 }
 
 } // namespace
@@ -120,9 +119,8 @@ bool printCheck(std::FILE* out, const DriverLibrary& driver, const QString& area
         return true;
     }
     printLine(out, text("%1 %2: valid, address number %3, %4")
-                       .arg(area, verdict.address)
-                       .arg(verdict.number)
-                       .arg(placeText(description, verdict, place, count)));
+                       .arg(area, verdict.address, QString::number(verdict.number),
+                            placeText(description, verdict, place, count)));
     return true;
 }
 

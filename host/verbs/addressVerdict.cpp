@@ -34,13 +34,12 @@ QString pastTheEnd(const DriverLibrary& driver, const AreaDescription& area, int
     const int highest = numberOf(driver, area, area.highest);
     const int last = highest - count + 1;
     if (last < lowest)
-        return text("%1 has only %2 %3").arg(area.name).arg(highest - lowest + 1).arg(units);
+        return text("%1 has only %2 %3")
+            .arg(area.name, QString::number(highest - lowest + 1), units);
     if (count == 1)
         return text("past the end of %1, whose last address is %2").arg(area.name, area.highest);
     return text("past the end of %1: the last address that leaves room for %2 %3 is %4")
-        .arg(area.name)
-        .arg(count)
-        .arg(units, addressText(driver, area.name, last));
+        .arg(area.name, QString::number(count), units, addressText(driver, area.name, last));
 }
 
 QString outOfRange(const DriverLibrary& driver, const AreaDescription& area, const QString& address,

@@ -1,6 +1,7 @@
 #include "verbs/commandLine.h"
 
 #include "verbs/addressVerbs.h"
+#include "verbs/companionFiles.h"
 #include "verbs/infoVerb.h"
 #include "verbs/planVerb.h"
 #include "verbs/readVerb.h"
@@ -11,7 +12,9 @@
 
 #include <CLI/CLI.hpp>
 
+#include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <memory>
 #include <vector>
 
@@ -40,14 +43,30 @@ QString text(const std::string& utf8)
     return QString::fromStdString(utf8);
 }
 
+/// The library's range alone takes "nan", which is neither below it nor above.
+CLI::Validator numberFrom(double lowest, double highest)
+{
+    const CLI::Range range(lowest, highest);
+    const auto problem = [range](const std::string& number) {
+        return std::isnan(std::strtod(number.c_str(), nullptr)) ? number + " is not a number"
+                                                                : range(number);
+    };
+    return CLI::Validator(problem, range.get_description());
+}
+
 void addJson(CLI::App* verb, Options& options)
 {
     verb->add_flag("--json", options.link.json, "one JSON object a line");
 }
 
-void addTags(CLI::App* verb, Options& options, bool required)
+void addTags(CLI::App* verb, Options& options, const char* otherwise = "")
 {
-    verb->add_option("--tags", options.tagFile, "tag file (CSV)")->required(required);
+    verb->add_option("--tags", options.tagFile, std::string("tag file (CSV)") + otherwise);
+}
+
+void addPolledTags(CLI::App* verb, Options& options)
+{
+    addTags(verb, options, "; default, only on the simulated PLC: that of the demo");
 }
 
 void addTiming(CLI::App* verb, Options& options)
@@ -69,7 +88,8 @@ void addLink(CLI::App* verb, Options& options)
     LinkOptions& link = options.link;
     addTiming(verb, options);
     verb->add_option("--timeout-ms", link.timeoutMs,
-                     "longest that a station takes to begin its answer")
+                     "longest that a station takes to begin its answer; over TCP, until all of "
+                     "the answer is there")
         ->check(CLI::Range(10, 60000))
         ->capture_default_str();
     verb->add_option("--attempts", link.attempts, "how often a request is sent")
@@ -116,9 +136,21 @@ std::vector<Tag> someTags(const Options& options, const DriverLibrary& driver)
     return tags;
 }
 
+/// What a PLC has in which place only its own tag file says; of the simulated one it is known.
+std::vector<Tag> polledTags(Options options, const DriverLibrary& driver)
+{
+    if (options.tagFile.empty()) {
+        if (addressOf(driver, options.link).kind != LinkAddress::SIMULATED)
+            throw VerbFailure(EXIT_USAGE, QLatin1String("--tags is required: only the simulated "
+                                                        "PLC has a tag file of its own"));
+        options.tagFile = companionTagFile().toStdString();
+    }
+    return someTags(options, driver);
+}
+
 ExitStatus plan(const Options& options, const DriverLibrary& driver)
 {
-    const std::vector<Tag> tags = someTags(options, driver);
+    const std::vector<Tag> tags = polledTags(options, driver);
     const LineTiming timing = timingOf(addressOf(driver, options.link));
     printPlan(stdout, tags, timing, options.link.turnaroundUs, driver, options.link.json);
     return EXIT_DONE;
@@ -179,7 +211,7 @@ void addQuestions(CLI::App& app, Options& o, Verb& chosen)
     CLI::App* planVerb = app.add_subcommand("plan", "The requests that read the tags");
     planVerb->footer("Without grouping, bits still come in groups of 16, in one request each.\n\n" +
                      helpFooter());
-    addTags(planVerb, o, true);
+    addPolledTags(planVerb, o);
     addTiming(planVerb, o);
     planVerb->callback(
         [&] { chosen = [&](const DriverLibrary& driver) { return plan(o, driver); }; });
@@ -188,19 +220,19 @@ void addQuestions(CLI::App& app, Options& o, Verb& chosen)
 void addTransfers(CLI::App& app, Options& o, Verb& chosen)
 {
     CLI::App* watchVerb = app.add_subcommand("watch", "Polls the tags and shows changes");
-    addTags(watchVerb, o, true);
+    addPolledTags(watchVerb, o);
     addLink(watchVerb, o);
     watchVerb->add_option("--seconds", o.seconds, "then ends by itself; 0: when stopped")
-        ->check(CLI::Range(0.0, 1e7))
+        ->check(numberFrom(0, 1e7))
         ->capture_default_str();
     watchVerb->callback([&] {
         chosen = [&](const DriverLibrary& driver) {
-            return watch(driver, o.link, someTags(o, driver), o.seconds);
+            return watch(driver, o.link, polledTags(o, driver), o.seconds);
         };
     });
     CLI::App* readVerb = app.add_subcommand("read", "Reads tags or addresses once");
     readVerb->add_option("NAME", o.names, "names of the tag file, or MW100, MX12.3, 2:QW8");
-    addTags(readVerb, o, false);
+    addTags(readVerb, o);
     addLink(readVerb, o);
     readVerb->callback([&] {
         chosen = [&](const DriverLibrary& driver) {
@@ -210,7 +242,7 @@ void addTransfers(CLI::App& app, Options& o, Verb& chosen)
     CLI::App* writeVerb = app.add_subcommand("write", "Writes values; the PLC confirms them");
     writeVerb->add_option("NAME=VALUE", o.names, "such as level=3.5, MW100=7 or MX12.3=1")
         ->required();
-    addTags(writeVerb, o, false);
+    addTags(writeVerb, o);
     addLink(writeVerb, o);
     writeVerb->callback(
         [&] { chosen = [&](const DriverLibrary& driver) { return write(o, driver); }; });
@@ -247,6 +279,7 @@ std::optional<ExitStatus> parseCommandLine(int argc, char** argv, Command& comma
     CLI::App app("Host for the quorvane ka_kb driver", "kakb-host");
     app.require_subcommand(1);
     app.footer(helpFooter());
+    app.set_version_flag("--version", "kakb-host " KAKB_PROJECT_VERSION);
     const auto options = std::make_shared<Options>();
     app.add_option("--driver", command.driver,
                    "driver library (default: the one built beside this program)");

@@ -16,8 +16,8 @@ struct Command
 };
 
 /// Reads the command line into the command. What the verb needs of it is kept in there.
-/// @return an exit status when there is nothing to do any more: after --help, or a usage error,
-///         which has been told
+/// @return an exit status when there is nothing to do any more: after --help or --version, or a
+///         usage error, which has been told
 std::optional<ExitStatus> parseCommandLine(int argc, char** argv, Command& command);
 
 #endif

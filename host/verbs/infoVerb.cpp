@@ -91,8 +91,8 @@ void printInfoText(std::FILE* out, const Identity& identity,
                    const std::vector<AreaDescription>& areas)
 {
     const QStringList& parts = identity.parameters;
-    printLine(
-        out, text("protocol       %1, type %2").arg(parts.value(PROTOCOL_PART)).arg(identity.type));
+    printLine(out, text("protocol       %1, type %2")
+                       .arg(parts.value(PROTOCOL_PART), QString::number(identity.type)));
     printLine(out, text("version        ") + identity.version);
     printLine(out, text("property page  ") + identity.page);
     printLine(out, text("serial line    %1 baud, %2 data bits, parity %3, stop bits %4")

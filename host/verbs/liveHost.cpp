@@ -4,12 +4,12 @@
 #include "links/serialLink.h"
 #include "links/tcpLink.h"
 #include "plan/wireCost.h"
+#include "verbs/companionFiles.h"
 #include "verbs/interrupt.h"
 
-#include <QCoreApplication>
 #include <QDateTime>
-#include <QDir>
 
+#include <algorithm>
 #include <cstdio>
 #include <set>
 
@@ -17,10 +17,13 @@ namespace {
 
 enum { NEWS_MS = 100 };
 
+// A peer that kept answers for whoever connects next sends them at once.
+const qint64 LONGEST_OPENING_SILENCE = 50 * MILLISECOND;
+
 QString simulatorProgram(const LinkOptions& options)
 {
-    if (!options.simulator.empty()) return QString::fromStdString(options.simulator);
-    return QDir(QCoreApplication::applicationDirPath()).absoluteFilePath(QLatin1String("kakb-sim"));
+    return options.simulator.empty() ? companionSimulator()
+                                     : QString::fromStdString(options.simulator);
 }
 
 /// It serves the stations that the tags are of, at the speed of the line.
@@ -103,7 +106,9 @@ Communication::Settings LiveHost::settings(const std::vector<Tag>& tags)
     settings.times.answer = qint64(m_options.timeoutMs) * MILLISECOND;
     settings.attempts = m_options.attempts;
     settings.firstPauseMs = m_options.pauseMs;
-    settings.answersOutliveLink = m_address.kind == LinkAddress::SERIAL;
+    if (m_address.kind == LinkAddress::NETWORK)
+        settings.times.opening = std::min(settings.times.answer / 10, LONGEST_OPENING_SILENCE);
+    settings.answersOutliveLink = m_address.kind != LinkAddress::SIMULATED;
     settings.isInterrupted = stopRequested;
     settings.openLink = opener(tags);
     return settings;

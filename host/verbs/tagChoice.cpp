@@ -1,8 +1,16 @@
 #include "verbs/tagChoice.h"
 
+#include <algorithm>
+
 TagChoice::TagChoice(const DriverLibrary& driver, const QString& fileName) : m_driver(driver)
 {
     if (!fileName.isEmpty()) m_tags = readTagFile(fileName, driver);
+}
+
+bool TagChoice::isNameOfFile(const QString& text) const
+{
+    return std::any_of(m_tags.begin(), m_tags.end(),
+                       [&text](const Tag& tag) { return tag.name == text; });
 }
 
 Tag TagChoice::named(const QString& text) const

@@ -17,6 +17,8 @@ public:
         return m_tags;
     }
 
+    bool isNameOfFile(const QString& text) const;
+
     /// @throws TagFileError when it is neither
     Tag named(const QString& text) const;
 

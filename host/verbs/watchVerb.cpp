@@ -3,6 +3,7 @@
 #include "exchange/timeUnits.h"
 #include "output/changeLines.h"
 #include "output/figuresText.h"
+#include "output/outputStream.h"
 #include "output/watchScreen.h"
 #include "verbs/interrupt.h"
 #include "verbs/watchRows.h"
@@ -128,6 +129,12 @@ private:
     qint64 m_missed = 0;
 };
 
+/// Also when there is nothing to print, which alone would show it.
+bool isOutputOver()
+{
+    return std::ferror(stdout) || hasNoReader(STDOUT_FILENO);
+}
+
 std::unique_ptr<WatchOutput> chooseOutput(const LinkOptions& options, const std::vector<Tag>& tags)
 {
     if (isatty(STDOUT_FILENO) && !options.json && !options.trace)
@@ -141,12 +148,12 @@ ExitStatus watch(const DriverLibrary& driver, const LinkOptions& options,
                  const std::vector<Tag>& tags, double seconds)
 {
     LiveHost host(driver, options, tags, true);
+    const qint64 end = qint64(seconds * SECOND);
+    if (seconds > 0) endIn(end - host.communication().now());
     host.connect();
     const std::unique_ptr<WatchOutput> output = chooseOutput(options, tags);
-    const qint64 end = qint64(seconds * SECOND);
-    while (!stopRequested() && !host.isOver() && !std::ferror(stdout)) {
-        const qint64 left = end - host.communication().now();
-        if (seconds > 0 && left <= 0) break;
+    while (!isToEnd() && !host.isOver() && !isOutputOver()) {
+        const qint64 left = std::max<qint64>(end - host.communication().now(), 0);
         const int wait = seconds > 0 ? int(std::min<qint64>(left / MILLISECOND + 1, REFRESH_MS))
                                      : int(REFRESH_MS);
         output->show(host.next(wait), host);

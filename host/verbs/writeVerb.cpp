@@ -64,6 +64,17 @@ void print(const Assignment& assigned, bool json)
     std::printf("%s\n", QJsonDocument(object).toJson(QJsonDocument::Compact).constData());
 }
 
+/// Behind the name: an address has no "=" and neither has a value, but a name of the file may.
+int equalsBehindName(const QString& text, const TagChoice& tags)
+{
+    const QLatin1Char equals('=');
+    for (int at = int(text.lastIndexOf(equals)); at > 0;
+         at = int(text.lastIndexOf(equals, at - 1))) {
+        if (tags.isNameOfFile(text.left(at))) return at;
+    }
+    return int(text.indexOf(equals));
+}
+
 /// Nothing is known of it: the PLC may have taken it all the same.
 QString unconfirmed(const Assignment& assigned, const QString& trouble)
 {
@@ -74,7 +85,7 @@ QString unconfirmed(const Assignment& assigned, const QString& trouble)
 
 Assignment assignment(const QString& text, const TagChoice& tags, const DriverLibrary& driver)
 {
-    const int equals = int(text.indexOf(QLatin1Char('=')));
+    const int equals = equalsBehindName(text, tags);
     if (equals < 1) throw usageError(text, QLatin1String("is not NAME=VALUE"));
     Assignment made;
     made.tag = tags.named(text.left(equals));

@@ -29,8 +29,9 @@ usage '.*ADDRESS.*' check MW
 usage '.*--count.*' check MW 0 --count 0
 usage '.*--timeout-ms.*' read MW0 --timeout-ms 5
 usage '.*--attempts.*' read MW0 --attempts 0
-usage '.*--tags.*' watch
-usage '.*--seconds.*' watch --tags "$demo_tags" --seconds -1
+for number in -1 10000001 nan -nan inf x; do
+    usage '.*--seconds.*' watch --tags "$demo_tags" --seconds $number
+done
 usage '.*--driver.*' --driver
 
 for verb in "" info check series plan watch read write recipe "recipe download" "recipe upload"; do
@@ -69,6 +70,18 @@ badLink tcp:127.0.0.1,0 'the port "0"'
 badLink tcp:127.0.0.1,65536 'the port "65536"'
 badLink tcp:127.0.0.1:502 'must follow a comma'
 badLink tcp:127.0.0.1,502,3 'more parts than tcp:HOST,PORT'
+
+# Only of the simulated PLC it is known what is where.
+for verb in plan watch; do
+    for link in serial:/dev/none tcp:127.0.0.1,1; do
+        expect 1 host $verb --link $link
+        saysOneSentence
+        errorHas '^kakb-host: --tags is required: '
+    done
+    expect 1 host $verb --link nothing
+    saysOneSentence
+    errorHas 'the link "nothing" is not'
+done
 
 # noLink TEXT REGEX
 noLink() {

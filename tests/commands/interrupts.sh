@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # usage: interrupts.sh PROGRAM_FOLDER
-# Ctrl-C and SIGTERM end a verb at once, whatever it waits for.
+# Ctrl-C, SIGTERM and SIGHUP end a verb at once, whatever it waits for.
 source "$(dirname "$0")/common.sh" "$1"
 
 silent=
@@ -43,7 +43,7 @@ unanswered() { grep -c "0100007F:$(printf %04X "${link##*,}") 02 " /proc/net/tcp
 connecting() { [ "$(unanswered)" -gt "$others" ]; }
 others=$(unanswered)
 isReady=connecting
-for signal in INT TERM; do
+for signal in INT TERM HUP; do
     interrupted "$signal" 8 read MW100
     saysOneSentence
     errorHas 'interrupted'
@@ -64,7 +64,7 @@ exec 9>&-
 hasRequest() { grep -q ' > ' "$work/err"; }
 hasValue() { grep -q 'MW100 = 0' "$work/out"; }
 for kind in pty tcp; do
-    for signal in INT TERM; do
+    for signal in INT TERM HUP; do
         startPlc "$kind" --silent 1
         isReady=hasRequest
         interrupted "$signal" 8 read MW100 --trace

@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # usage: lateAnswers.sh PROGRAM_FOLDER
-# Nothing in an answer says which program asked: on a serial line, one that came late for a run would
-# be good for the next. So a run that was not answered stays until its answer has come, or cannot.
+# Nothing in an answer says which program asked: on a serial line, and behind a device server as well,
+# one that came late for a run would be good for the next. So a run that was not answered stays until
+# its answer has come, or cannot.
 source "$(dirname "$0")/common.sh" "$1"
 
 recipe() { printf 'name,station,area,address,type,value\nspeed,1,MW,100,uint32,%s\n' "$1"; }
@@ -13,6 +14,24 @@ startLatePlc() {
     startPlc pty --delay 1 --delay-ms "$1" --fault-exchanges 1 \
         --signal 1:MW:3050:toggle:86400000:4711 --signal 1:MW:3100:toggle:86400000:99
 }
+
+# startDeviceServer DELAY_MS HANG_UPS
+server=
+startDeviceServer() {
+    rm -f "$work/server"
+    "$python" "$here/deviceServer.py" "$@" >"$work/server" </dev/null &
+    server=$!
+    eventually 20 hasLine "$work/server" || fail "deviceServer.py says no link"
+    link=$(head -n 1 "$work/server")
+}
+stopDeviceServer() {
+    killQuietly "$server"
+    server=
+}
+alsoEnd() { stopDeviceServer; }
+
+# isOver NANOSECONDS MS: so long after that time
+isOver() { [ $(($(date +%s%N) - $1)) -gt $(($2 * 1000000)) ]; }
 
 # How many frames the run received, of a verb with --trace.
 frames() { grep -c ' < ' "$work/err" || true; }
@@ -50,16 +69,41 @@ expect 0 host read MW100 --link "$link" --timeout-ms 30000
 tookLessThan 1000
 stopPlc
 
-# A new connection brings nothing of an earlier one.
-startPlc tcp --silent 1
-expect 4 host read MW100 --link "$link" --timeout-ms 1000 --attempts 1
-tookLessThan 1900
-stopPlc
+# A device server passes on whatever its serial side brings, to whoever is connected.
+startDeviceServer 450 0
+expect 4 host read MW100 --link "$link" --timeout-ms 300 --attempts 1 --trace
+errorHas 'kakb-host: .*does not answer' ' < 01 03 02 12 67 ' # 4711
+expect 0 host read MW4000 --link "$link" --trace
+outputIs 'MW4000 = 99'
+[ "$(frames)" = 1 ] || { show; fail "not one answer to one request"; }
+
+# What it kept while nobody was connected comes first, and is dropped.
+stopDeviceServer
+startDeviceServer 1000 0
+expect 124 timeout -s INT 0.5 "$programs/kakb-host" read MW100 --link "$link" --timeout-ms 5000
+eventually 20 isOver "$(date +%s%N)" 1000
+expect 0 host read MW4000 --link "$link" --timeout-ms 5000 --trace
+outputIs 'MW4000 = 99'
+errorHas ' < 01 03 02 12 67 .*stray'
+
+# An answered run does not wait, but for what may have been kept.
+stopDeviceServer
+startDeviceServer 0 0
+expect 0 host read MW100 --link "$link" --timeout-ms 30000
+tookLessThan 1000
+stopDeviceServer
+
+# A request that a lost connection cuts short is answered all the same, and so is the next attempt.
+startDeviceServer 150 1
+printf '%s\n' name,station,area,address,type a,1,MW,100,uint16 b,1,MW,4000,uint16 >"$work/tags.csv"
+expect 0 host watch --tags "$work/tags.csv" --link "$link" --pause-ms 50 --seconds 3
+outputHas 'link lost' 'link is back' 'a +MW100 = 4711$' 'b +MW4000 = 99$'
+[ "$(grep -c ' = ' "$work/out")" = 2 ] || { show; fail "a value changed"; }
+stopDeviceServer
 
 # Whoever interrupts the wait itself, or the time-out before it, does not wait either.
 startPlc pty --silent 1
 hasRequest() { grep -q ' > ' "$work/err"; }
-isOver() { [ $(($(date +%s%N) - sent)) -gt $((1300 * 1000000)) ]; }
 for timeout in 1000 60000; do
     "$programs/kakb-host" read MW100 --link "$link" --timeout-ms "$timeout" --attempts 1 --trace \
         >"$work/out" 2>"$work/err" </dev/null &
@@ -67,7 +111,7 @@ for timeout in 1000 60000; do
     command_line="kakb-host read MW100, interrupted; time-out $timeout ms"
     eventually 20 hasRequest || { show; fail "it does not get that far"; }
     sent=$(date +%s%N)
-    eventually 20 isOver
+    eventually 20 isOver "$sent" 1300
     isGone "$watcher" && { show; fail "it does not stay for a late answer"; }
     start=$(date +%s%N)
     kill -INT "$watcher"

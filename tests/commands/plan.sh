@@ -65,7 +65,11 @@ expect 0 host plan --tags "$work/tags.csv" --turnaround-us 0 --link tcp:127.0.0.
 outputHas '^grouped: +6 requests, no wire time$' '^without grouping: +8 requests, no wire time$'
 [ "$slow" -gt $((3 * fast)) ] || fail "$slow us at 9600 baud, $fast us at 38400"
 
-expect 1 host plan
-errorHas '--tags is required'
+# The simulated PLC's own tags.
+expect 0 host plan --tags "$demo_tags"
+cp "$work/out" "$work/of-the-demo"
+expect 0 host plan
+outputIs "$(cat "$work/of-the-demo")"
+
 expect 1 host plan --tags "$work/none.csv"
 saysOneSentence

@@ -40,6 +40,25 @@ IW0 = 0'
     stopPlc
 done
 
+# 255 bytes take 266 ms at 9600 baud, 10 bits each. A serial link's speed is known, so its time-out
+# is the PLC's own time; over TCP it is that of all.
+{
+    echo 'name,station,area,address,type'
+    for i in $(seq 0 124); do echo "word $i,1,MW,$((2 * i)),uint16"; done
+} >"$work/long.csv"
+for kind in pty tcp; do
+    startPlc "$kind" --baud 9600 --trickle
+    [ "$kind" = tcp ] || link+=,9600
+    expected=0
+    [ "$kind" = pty ] || expected=4
+    expect "$expected" host read --link "$link" --tags "$work/long.csv" --timeout-ms 150 --attempts 1
+    expect 0 host read --link "$link" --tags "$work/long.csv" --timeout-ms 5000
+    stopPlc
+done
+expect 0 host read --help
+tr -s '\n ' ' ' <"$work/out" | grep -q 'begin its answer; over TCP, until all of the answer is there' ||
+    { show; fail "the help does not tell the two apart"; }
+
 # The simulated PLC that the host starts for itself knows the stations asked for.
 expect 0 host read 2:QW8 7:MW0
 outputHas '^2:QW8 = 0$' '^7:MW0 = [0-9]+$'

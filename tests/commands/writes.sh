@@ -58,6 +58,14 @@ QW510 = 65535 confirmed'
     dumpIs '1 MW 3050 8'
 done
 
+# A name may hold what stands between name and value.
+printf 'name,station,area,address,type\na=b,1,MW,0,uint16\na,1,MW,2,uint16\na=b=,1,MW,4,uint16\n' \
+    >"$work/equals.csv"
+startPlc pty
+expect 0 host write --link "$link" --tags "$work/equals.csv" a=b=1 a=2 a=b==3 MW6=4
+stopPlc
+dumpIs '1 MW 3000 1' '1 MW 3001 2' '1 MW 3002 3' '1 MW 3003 4'
+
 # A request that is lost twice is sent again.
 startPlc pty --drop-request 1 --fault-exchanges 2
 expect 0 host write --link "$link" --timeout-ms 300 MW100=7
@@ -84,6 +92,7 @@ for value in MW100=65536 MW100=-1 MW100=x MW100= MW100=1.5 lamp=2 offset=32768 l
     level=1e39 total=4294967296; do
     refused "$value" "$value: the value does not fit"
 done
+refused a=b=1 'a: '
 refused MW100 'is not NAME=VALUE'
 refused '=7' 'is not NAME=VALUE'
 refused MW101=7 'odd'

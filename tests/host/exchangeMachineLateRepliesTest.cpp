@@ -1,128 +1,65 @@
 #include "exchangeMachineFixture.h"
+#include "pollingDriver.h"
 
-#include <map>
 #include <random>
 
 namespace {
-
-QByteArray closed(QByteArray frame)
-{
-    unsigned remainder = 0xFFFF;
-    for (int i = 0; i < frame.size(); ++i) {
-        remainder ^= static_cast<unsigned char>(frame.at(i));
-        for (int bit = 0; bit < 8; ++bit)
-            remainder = (remainder & 1u) ? (remainder >> 1) ^ 0xA001u : remainder >> 1;
-    }
-    frame.append(static_cast<char>(remainder & 0xFFu));
-    frame.append(static_cast<char>(remainder >> 8));
-    return frame;
-}
-
-/// Polls registers 0 to 9 one by one, in requests of one shape, or of two by turns; register n
-/// holds n.
-class PollingDriver : public DriverCalls
-{
-public:
-    explicit PollingDriver(int shapes) : m_shapes(shapes) {}
-
-    int words() const
-    {
-        return 1 + wanted % m_shapes;
-    }
-
-    int getSendFrame(FRAME_PRO* frame) override
-    {
-        const char body[] = {1, 3, 0, static_cast<char>(wanted), 0, static_cast<char>(words())};
-        *frame = frameOf(closed(QByteArray(body, sizeof body)), 5 + 2 * words());
-        return 1;
-    }
-
-    int dealRcvFrame(QByteArray& reply, QString&) override
-    {
-        const bool good = reply.size() == 5 + 2 * words();
-        if (good && reply.at(4) != wanted) ++wrong;
-        if (good) ++accepted;
-        if (!good && ++failures < RETRY_LIMIT) return REPLY_RETRY;
-        failures = 0;
-        wanted = (wanted + 1) % 10;
-        return good ? REPLY_ACCEPTED : REPLY_GIVEN_UP;
-    }
-
-    int wanted = 0;
-    int failures = 0;
-    int wrong = 0;
-    int accepted = 0;
-
-private:
-    const int m_shapes;
-};
-
-/// What a station answers.
-QByteArray answerTo(const QByteArray& request, int firstRefused)
-{
-    const char number = request.at(3);
-    if (number >= firstRefused) return closed(QByteArray("\x01\x83\x02", 3));
-    QByteArray body("\x01\x03", 2);
-    body.append(static_cast<char>(2 * request.at(5)));
-    for (int i = 0; i < request.at(5); ++i)
-        body.append('\0').append(static_cast<char>(number + i));
-    return closed(body);
-}
 
 struct LateRun
 {
     int wrong = 0;
     int accepted = 0;
     int refused = 0;
-    int wronglyRefused = 0; ///< registers that the station does not refuse
+    int wronglyRefused = 0; ///< blocks that the station does not refuse
 };
 
-/// One reply of twenty is lost, and a quarter of the others late by up to another time-out.
-LateRun runLate(int exchanges, int shapes, int firstRefused)
+enum Lateness {
+    OF_THE_REQUEST, ///< by up to 1.9 times the time-out that the user gave
+    OF_THE_ANSWER   ///< by up to two time-outs, however long, from the answer before it
+};
+
+/// One request of forty is lost and one answer of forty, and a quarter of the other answers is
+/// late, by up to two time-outs of the machine's from its request or from the answer before it.
+LateRun runLate(int exchanges, const std::vector<PolledBlock>& blocks, Lateness lateness,
+                int firstRefused)
 {
     ExchangeMachine::Times times;
     times.answer = ANSWER;
-    const LineTiming timing((LineSettings()));
-    const qint64 timeout = ANSWER + timing.frame(7);
-    PollingDriver driver(shapes);
-    ExchangeMachine machine(driver, timing, times);
-    std::mt19937 random(4);
-    std::multimap<qint64, QByteArray> onTheWay;
-    qint64 now = 0;
-    qint64 lastAnswer = 0;
+    PollingDriver driver(blocks, RETRY_LIMIT);
+    PollingWorld world(driver, LineTiming(LineSettings()), times);
     LateRun run;
-    int done = 0;
-    const auto takeFinished = [&] {
-        const auto finished = machine.takeFinished();
-        if (!finished) return;
-        ++done;
-        if (finished->exceptionCode == 0) return;
+    world.onFinished = [&](const FINISHED_EXCHANGE& finished) {
+        if (finished.exceptionCode == 0) return;
         ++run.refused;
-        if (finished->frame.sendBuf[3] < firstRefused) ++run.wronglyRefused;
+        if (finished.frame.sendBuf[3] < firstRefused) ++run.wronglyRefused;
     };
-    while (done < exchanges) {
-        const ExchangeMachine::Step step = machine.advance(now);
-        takeFinished();
-        if (!step.send.isEmpty() && random() % 20 != 0) {
-            const bool late = random() % 4 == 0;
-            const qint64 most = late ? timeout * 19 / 10 : timeout / 2;
-            const qint64 delay = 1000 + qint64(random()) % (most - 1000);
-            // A station answers in the order of the requests.
-            lastAnswer = std::max(lastAnswer + 1, now + timing.frame(8) + delay);
-            onTheWay.emplace(lastAnswer, answerTo(step.send, firstRefused));
-        }
-        if (!onTheWay.empty() && onTheWay.begin()->first <= step.wakeAt) {
-            now = std::max(now, onTheWay.begin()->first);
-            machine.received(onTheWay.begin()->second, now);
-            onTheWay.erase(onTheWay.begin());
-            takeFinished();
-        } else {
-            now = step.wakeAt;
-        }
-    }
+    std::mt19937 random(4);
+    qint64 lastAnswer = 0;
+    world.run(exchanges, [&](const QByteArray& request, qint64 wait) {
+        if (random() % 40 == 0) return;
+        const qint64 timeOut = lateness == OF_THE_REQUEST ? qint64(ANSWER) : wait - REQUEST_TIME;
+        const bool isLate = random() % 4 == 0;
+        const qint64 most =
+            isLate ? timeOut * (lateness == OF_THE_REQUEST ? 190 : 199) / 100 : timeOut / 2;
+        const qint64 took = 1000 + qint64(random()) % (most - 1000);
+        const qint64 asked = world.now + REQUEST_TIME;
+        // A station answers in the order of the requests.
+        lastAnswer = lateness == OF_THE_REQUEST ? std::max(lastAnswer + 1, asked + took)
+                                                : std::max(lastAnswer, asked) + took;
+        if (random() % 40 != 0) world.come(lastAnswer, answerTo(request, firstRefused));
+    });
     run.wrong = driver.wrong;
     run.accepted = driver.accepted;
     return run;
+}
+
+/// Ten blocks, the one behind the other, of as many words as there are shapes at most.
+std::vector<PolledBlock> blocksOf(int shapes)
+{
+    std::vector<PolledBlock> blocks;
+    for (int i = 0; i < 10; ++i)
+        blocks.push_back({i, 1 + i % shapes});
+    return blocks;
 }
 
 } // namespace
@@ -172,14 +109,14 @@ TEST_F(ExchangeMachineLateRefusalTest, IsTakenAtTheNextAttemptWhenItWasThisReque
 
 TEST(ExchangeMachineLateReplies, NoneIsTakenForTheNextRequests)
 {
-    const LateRun run = runLate(1000000, 1, 10);
+    const LateRun run = runLate(1000000, blocksOf(1), OF_THE_ANSWER, 10);
     EXPECT_EQ(0, run.wrong);
     EXPECT_GT(run.accepted, 500000);
 }
 
 TEST(ExchangeMachineLateReplies, NoneIsTakenForAnotherWhereSomeAreRefused)
 {
-    const LateRun run = runLate(200000, 2, 7);
+    const LateRun run = runLate(200000, blocksOf(2), OF_THE_REQUEST, 7);
     EXPECT_EQ(0, run.wrong);
     EXPECT_EQ(0, run.wronglyRefused);
     EXPECT_GT(run.accepted, 80000);

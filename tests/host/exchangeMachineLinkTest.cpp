@@ -197,3 +197,69 @@ TEST_F(ExchangeMachineLinkTest, TheFirstRequestOverAnOpenedLinkWaitsForSilence)
     machine.linkOpened(1000);
     EXPECT_EQ(1000 + SILENCE, runUntilSent(1000 + WAIT));
 }
+
+// A peer may have kept answers for whoever connects next.
+
+class ExchangeMachineOpeningTest : public testing::Test
+{
+protected:
+    enum { OPENING = 5000, OPENED = 1000 };
+
+    ExchangeMachineOpeningTest()
+    {
+        driver.queue = {frameOf(READ_A, 9), frameOf(READ_B, 9)};
+        machine.linkOpened(OPENED);
+    }
+
+    static ExchangeMachine::Times times()
+    {
+        ExchangeMachine::Times made;
+        made.answer = ANSWER;
+        made.opening = OPENING;
+        return made;
+    }
+
+    /// When the next request goes out.
+    qint64 nextSent()
+    {
+        while (true) {
+            const ExchangeMachine::Step step = machine.advance(now);
+            if (!step.send.isEmpty()) return now;
+            now = step.wakeAt;
+        }
+    }
+
+    ScriptedDriver driver;
+    ExchangeMachine machine{driver, LineTiming::network(), times()};
+    qint64 now = OPENED;
+};
+
+TEST_F(ExchangeMachineOpeningTest, TheFirstRequestWaitsForItsSilenceAndTheNextOneNot)
+{
+    EXPECT_EQ(OPENED + OPENING, nextSent());
+    now += 100;
+    machine.received(REPLY, now);
+    EXPECT_EQ(OPENED + OPENING + 100, nextSent());
+}
+
+TEST_F(ExchangeMachineOpeningTest, WhatComesFirstIsDroppedAndTheSilenceBeginsAnew)
+{
+    machine.advance(OPENED);
+    now = OPENED + 2000;
+    machine.received(REPLY, now);
+    EXPECT_EQ(OPENED + 2000 + OPENING, nextSent());
+    machine.received(fromHex("55"), now + 100);
+    EXPECT_FALSE(machine.takeFinished());
+}
+
+TEST_F(ExchangeMachineOpeningTest, WhatWasKeptForARequestOfTheLastLinkIsDroppedToo)
+{
+    nextSent();
+    machine.linkLost();
+    machine.linkOpened(now + ANSWER);
+    now += ANSWER + 100;
+    machine.received(REPLY, now);
+    EXPECT_EQ(OPENED + OPENING + ANSWER + 100 + OPENING, nextSent());
+    machine.received(fromHex("55"), now + 100);
+    EXPECT_FALSE(machine.takeFinished());
+}

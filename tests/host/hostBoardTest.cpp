@@ -154,6 +154,26 @@ TEST_F(HostBoardTest, ARecipesProgressStaysKnown)
     EXPECT_EQ(4, board.takeNews().recipeBlocksDone);
 }
 
+TEST_F(HostBoardTest, TheBlocksOfARecipeAreToldWithItsEndAndNotOfTheNextOne)
+{
+    JobEnd end;
+    end.job = JOB;
+    board.recipeProgress(JOB, 4);
+    board.jobEnded(end);
+    EXPECT_EQ(4, board.takeNews().recipeBlocksDone);
+    EXPECT_EQ(0, board.takeNews().recipeBlocksDone);
+}
+
+TEST_F(HostBoardTest, TheEndOfAnotherJobLeavesARecipesBlocks)
+{
+    JobEnd end;
+    end.job = JOB + 1;
+    board.recipeProgress(JOB, 4);
+    board.jobEnded(end);
+    board.takeNews();
+    EXPECT_EQ(4, board.takeNews().recipeBlocksDone);
+}
+
 TEST_F(HostBoardTest, ChangesThatNobodyTakesAreDroppedAndCounted)
 {
     for (int i = 0; i < HostBoard::MOST_CHANGES + 3; ++i)

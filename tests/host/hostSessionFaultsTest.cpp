@@ -88,9 +88,9 @@ TEST_F(HostSessionFaultsTest, AThousandLossesAreAllRecoveredFrom)
         bench.bringLinkBack();
     }
     bench.plc.station(2).holding[NUMBER] = 12;
-    bench.run(SECOND);
-    EXPECT_TRUE(bench.sink.tags[0].good);
-    EXPECT_EQ(12, bench.shown(1));
+    // The attempts of the last links are still reckoned with for a while.
+    EXPECT_TRUE(bench.runUntil([this] { return bench.sink.tags[0].good && bench.shown(1) == 12; },
+                               2 * SECOND));
 }
 
 TEST_F(HostSessionFaultsTest, ARefusalIsASignOfLife)

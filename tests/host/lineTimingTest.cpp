@@ -76,6 +76,14 @@ TEST(LineTiming, NothingTakesTimeOnANetworkLink)
     EXPECT_EQ(0, LineTiming::network().silentInterval());
 }
 
+TEST(LineTiming, BehindANetworkLinkThereMayBeALineOf1200Baud)
+{
+    // 15 bytes of 11 bits at 1200 baud are 137500 microseconds, at 9600 17187.5.
+    EXPECT_EQ(137500, LineTiming::network().unseenFrame(15));
+    EXPECT_EQ(17188, LineTiming::network(9600).unseenFrame(15));
+    EXPECT_EQ(0, LineTiming(settings(9600)).unseenFrame(15));
+}
+
 TEST(LineTiming, SilenceIsThreeAndAHalfCharactersUpTo19200Baud)
 {
     EXPECT_EQ(3646, LineTiming(settings(9600)).silentInterval());

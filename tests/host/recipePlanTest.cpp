@@ -163,6 +163,15 @@ TEST(RecipePlan, TagsThatShareAUnitAreNamedAllAtOnce)
               complaint);
 }
 
+TEST(RecipePlan, NamesAreToldAsTheyAre)
+{
+    Tag first = tagAt("MW", 3100, Tag::UINT16, 2);
+    Tag second = first;
+    first.name = QLatin1String("x%4");
+    second.name = QLatin1String("%1 %L2 %99");
+    EXPECT_EQ("x%4 and %1 %L2 %99 share a word of station 2", complaintOf({first, second}));
+}
+
 TEST(RecipePlan, AWordAndABitOfItShareMemory)
 {
     EXPECT_EQ("MW3000 and MX3000 share a bit of station 1\n"

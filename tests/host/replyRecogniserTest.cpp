@@ -122,3 +122,12 @@ TEST(ReplyRecogniser, AnEchoOfAnotherWriteIsNotTaken)
     const QByteArray other = fromHex("01060BB8000A");
     EXPECT_TRUE(recogniseReply(other + fromHex("8BCC"), WRITE_REQUEST, 8).reply.isEmpty());
 }
+
+TEST(ReplyRecogniser, AFrameIsFoundByItsBeginAndLengthAlone)
+{
+    const QByteArray signature = replySignature(READ_REQUEST, 9);
+    EXPECT_EQ(2, replyPosition(fromHex("5501") + READ_REPLY, signature, 9));
+    EXPECT_EQ(5, replyPosition(REFUSAL + READ_REPLY, signature, 9));
+    EXPECT_EQ(-1, replyPosition(READ_REPLY.left(8), signature, 9));
+    EXPECT_EQ(-1, replyPosition(WRITE_REQUEST, signature, 9));
+}

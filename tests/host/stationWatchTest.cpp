@@ -74,6 +74,22 @@ TEST_F(StationWatchTest, TheFirstProbeIsDueAfterFourTimeOuts)
     EXPECT_EQ(STATION, watch.takeDueProbe(500 + 4 * TIME_OUT).value_or(0));
 }
 
+TEST_F(StationWatchTest, AProbeThatWouldBeHeldBackIsPutOff)
+{
+    watch.gaveUp(STATION, NOT_HEARD, 0);
+    watch.putOff(STATION, 7 * TIME_OUT);
+    EXPECT_EQ(7 * TIME_OUT, watch.nextProbe());
+    EXPECT_FALSE(watch.takeDueProbe(7 * TIME_OUT - 1));
+    EXPECT_EQ(STATION, watch.takeDueProbe(7 * TIME_OUT).value_or(0));
+}
+
+TEST_F(StationWatchTest, AProbeThatIsDueLaterAnywayIsNotPutOff)
+{
+    watch.gaveUp(STATION, NOT_HEARD, 0);
+    watch.putOff(STATION, 3 * TIME_OUT);
+    EXPECT_EQ(4 * TIME_OUT, watch.nextProbe());
+}
+
 TEST_F(StationWatchTest, ADueProbeIsTakenOnce)
 {
     watch.gaveUp(STATION, NOT_HEARD, 0);

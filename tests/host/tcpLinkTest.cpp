@@ -290,6 +290,12 @@ TEST_F(TcpLinkTest, AHostThatIsUnknownIsNamedAsSuch)
               failure([] { TcpLink(QString::fromLatin1("no host"), 502); }));
 }
 
+TEST_F(TcpLinkTest, AHostWithAPercentSignKeepsIt)
+{
+    EXPECT_EQ("no%2host%1, port 502: Host not found",
+              failure([] { TcpLink(QString::fromLatin1("no%2host%1"), 502); }));
+}
+
 TEST_F(TcpLinkTest, APortThatNobodyListensOnIsNamedAsSuch)
 {
     const int port = Peer(1).port();

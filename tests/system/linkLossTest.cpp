@@ -12,6 +12,7 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <chrono>
 #include <cstdio>
 
 namespace {
@@ -25,6 +26,8 @@ enum {
     QUICK_ANSWER_MS = 10, // twice this is held back for a late answer after each loss
     FEW_FAILED_OPENINGS = 4
 };
+
+using Clock = std::chrono::steady_clock;
 
 Communication::OpenLink networkOpener(int port)
 {
@@ -183,17 +186,22 @@ TEST(PeerThatNeverAnswers, IsASilentStationAndNotALostLink)
     EXPECT_EQ(1, server.connections());
 }
 
-TEST(MissingPeer, IsNamedInOneSentenceAndTriedAgainWithoutAnother)
+TEST(MissingPeer, IsNamedInOneSentenceAndTriedAgainWithGrowingPausesWithoutAnother)
 {
     const int port = deadPort();
     std::atomic<int> openings{0};
-    Communication::Settings settings = PollingHost::settings([&openings, port] {
+    Clock::time_point opened[FEW_FAILED_OPENINGS + 1];
+    Communication::Settings settings = PollingHost::settings([&, port] {
+        if (openings <= FEW_FAILED_OPENINGS) opened[openings] = Clock::now();
         ++openings;
         return networkOpener(port)();
     });
     PollingHost host(settings, tagsFrom({"MW100"}));
     ASSERT_TRUE(host.await([&] { return openings > FEW_FAILED_OPENINGS; }));
     host.takeNews(0);
+    std::chrono::milliseconds pause(PollingHost::PAUSE_MS);
+    for (int i = 0; i < FEW_FAILED_OPENINGS; ++i, pause *= 2)
+        EXPECT_GE(opened[i + 1] - opened[i], pause) << i;
     ASSERT_EQ(1u, host.linkEvents.size());
     EXPECT_FALSE(host.linkEvents[0].connected);
     EXPECT_EQ("127.0.0.1, port " + std::to_string(port) + ": Connection refused",
