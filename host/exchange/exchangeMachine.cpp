@@ -58,7 +58,7 @@ void ExchangeMachine::linkOpened(qint64 now)
 /// Those to earlier requests. Others may follow them, so the wait for silence begins anew.
 void ExchangeMachine::takeLateAnswers(qint64 now)
 {
-    const bool isAsking = m_state == WAITING_FOR_REPLY || m_state == DRAINING || m_retrying;
+    const bool isAsking = m_state == WAITING_FOR_REPLY || m_state == DRAINING;
     const QByteArray asked = isAsking ? m_signature : QByteArray();
     while (const auto late = m_unanswered.takeLate(m_received, asked, now)) {
         m_slow.note(late->took - m_timing.frame(late->length));

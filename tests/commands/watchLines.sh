@@ -33,8 +33,8 @@ for kind in pty tcp; do
         and lines[-1]["connected"] is True'
 
     # The first value of each tag is shown, however soon it comes.
-    for _ in $(seq 10); do
-        expect 0 host watch --tags "$work/tags.csv" --link "$link" --seconds 0.1
+    for _ in $(seq 4); do
+        expect 0 host watch --tags "$work/tags.csv" --link "$link" --seconds 0.5
         outputHas "^$number  still  MW100 = 0$"
     done
     stopPlc

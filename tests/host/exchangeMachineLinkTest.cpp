@@ -168,7 +168,21 @@ TEST_F(ExchangeMachineLinkTest, OnAWireTheNextRequestOfTheShapeIsHeldBackAfterAL
     EXPECT_EQ(READ_B, sent);
 }
 
-TEST_F(ExchangeMachineLinkTest, OverAClosedSocketNoAnswerFollowsSoNothingIsHeldBack)
+TEST_F(ExchangeMachineLinkTest, AfterALongLossNothingOfBeforeIsReckonedWith)
+{
+    driver.queue = {frameOf(READ_A, 9), frameOf(READ_B, 9)};
+    runUntilSent(0);
+    machine.linkLost();
+    now = REQUEST_TIME + 2 * WAIT;
+    machine.linkOpened(now);
+    runUntilSent(now + ANSWER);
+    bytesCome(REPLY, now + 4000);
+    const qint64 answered = now;
+    EXPECT_EQ(answered + SILENCE, runUntilSent(now + 4 * WAIT));
+    EXPECT_EQ(READ_B, sent);
+}
+
+TEST_F(ExchangeMachineLinkTest, WhereNoAnswerFollowsNothingIsHeldBack)
 {
     driver.queue = {frameOf(READ_A, 9), frameOf(READ_B, 9)};
     runUntilSent(0);

@@ -106,6 +106,20 @@ TEST_F(ExchangeMachineSlowLinkTest, AfterALateAnswerNothingIsSentWhileAnotherMay
     EXPECT_EQ(NEXT, sent);
 }
 
+TEST_F(ExchangeMachineSlowLinkTest, WhenNoOtherMayComeAnyMoreALateAnswerIsForgotten)
+{
+    beAnsweredLate(WAIT + 1000);
+    now = machine.heldBackUntil();
+    driver.queue.push_back(frameOf(READ_A, 9));
+    runUntilSent(now);
+    bytesCome(REPLY, now + 5000);
+    giveUp();
+    driver.queue.push_back(frameOf(ECHO, 8));
+    const qint64 sentAt = now;
+    EXPECT_EQ(sentAt + REQUEST_TIME + WAIT, runUntilSent(1000000));
+    EXPECT_EQ(ECHO, sent);
+}
+
 TEST_F(ExchangeMachineSlowLinkTest, WithoutALateAnswerARequestOfAnotherShapeGoesOutAtOnce)
 {
     giveUp();
@@ -176,4 +190,73 @@ TEST_F(ExchangeMachineSlowLinkTest, WhatCameBeforeAnotherRequestIsNoPartOfItsAns
     ASSERT_EQ(READ_B, sent);
     bytesCome(REPLY.mid(4), now + 5000);
     EXPECT_EQ(std::vector<int>{REPLY_ACCEPTED}, results);
+}
+
+// Behind a network link there may be a slow line that is not seen.
+
+class ExchangeMachineUnseenLineTest : public ExchangeMachineTest
+{
+protected:
+    enum {
+        UNSEEN = 155834 ///< 17 bytes of 11 bits at 1200 baud
+    };
+
+    ExchangeMachineUnseenLineTest() : m_network(driver, LineTiming::network(), times()) {}
+
+    qint64 nextSent()
+    {
+        while (true) {
+            const ExchangeMachine::Step step = m_network.advance(now);
+            if (!step.send.isEmpty()) return now;
+            now = step.wakeAt;
+        }
+    }
+
+    void answerAfter(qint64 time)
+    {
+        now += time;
+        m_network.received(REPLY, now);
+    }
+
+    ExchangeMachine m_network;
+};
+
+TEST_F(ExchangeMachineUnseenLineTest, AFirstAnswerIsWaitedForAsLongAsThatMayTake)
+{
+    driver.queue.push_back(frameOf(READ_A, 9));
+    const qint64 sentAt = nextSent();
+    EXPECT_EQ(sentAt + 2 * ANSWER + UNSEEN, m_network.heldBackUntil());
+}
+
+TEST_F(ExchangeMachineUnseenLineTest, AnAnswerTellsHowLongItTakes)
+{
+    driver.queue = {frameOf(READ_A, 9), frameOf(READ_B, 9)};
+    nextSent();
+    answerAfter(3000);
+    const qint64 sentAt = nextSent();
+    EXPECT_EQ(sentAt + 2 * ANSWER + 3000, m_network.heldBackUntil());
+}
+
+TEST_F(ExchangeMachineUnseenLineTest, AnAnswerToOneOfTwoAttemptsTellsNothing)
+{
+    driver.queue = {frameOf(READ_A, 9), frameOf(READ_B, 9)};
+    nextSent();
+    nextSent();
+    answerAfter(10);
+    const qint64 sentAt = nextSent();
+    EXPECT_EQ(sentAt + 2 * ANSWER + UNSEEN, m_network.heldBackUntil());
+}
+
+TEST_F(ExchangeMachineUnseenLineTest, TheTimeOutIsLengthenedByAsMuch)
+{
+    for (int i = 0; i < 2; ++i) {
+        driver.queue.push_back(frameOf(READ_A, 9));
+        driver.failures = RETRY_LIMIT - 1;
+        nextSent();
+        m_network.advance(now + ANSWER);
+        answerAfter(1000000);
+    }
+    driver.queue.push_back(frameOf(READ_A, 9));
+    const qint64 sentAt = nextSent();
+    EXPECT_EQ(sentAt + 1250000, m_network.advance(sentAt).wakeAt);
 }

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdio>
 
 // Stations that do not answer: they are asked from time to time, and cost the others little. A
@@ -52,6 +53,26 @@ TEST_F(HostSessionSilentStationTest, ASilentStationIsAskedAfterGrowingPauses)
         const double pause = double(asked[3 + i] - asked[2 + i]) / SessionBench::ANSWER - 1;
         EXPECT_NEAR(pauses[i], pause, 0.3) << i;
     }
+}
+
+TEST(HostSessionSilentStation, BehindASlowLineItIsNotAskedWhileThatWouldHoldUpTheOthers)
+{
+    SessionBench bench(SessionBench::ANSWER, LineTiming::network());
+    bench.plc.station(2).silent = true;
+    std::vector<Tag> tags = {tagOf("MW", NUMBER)};
+    for (int i = 0; i < 125; ++i)
+        tags.push_back(tagOf("MW", NUMBER + i, Tag::UINT16, 2));
+    qint64 askedAt = 0;
+    qint64 longestBreak = 0;
+    bench.disturb = [&](const QByteArray& request, SessionBench::Coming&) {
+        if (request.at(0) != 1) return;
+        longestBreak = std::max(longestBreak, bench.now - askedAt);
+        askedAt = bench.now;
+    };
+    bench.poll(tags);
+    bench.run(60 * SECOND);
+    EXPECT_GE(bench.sentWith(2, 3), 5);
+    EXPECT_LE(longestBreak, (SessionBench::ATTEMPTS + 1) * SessionBench::ANSWER);
 }
 
 TEST_F(HostSessionSilentStationTest, ASilentStationComesBackByItselfWithinTheLongestPause)

@@ -100,8 +100,8 @@ DriverLibrary& SessionBench::library()
     return loaded;
 }
 
-SessionBench::SessionBench(qint64 answer)
-    : m_timing(LineSettings()),
+SessionBench::SessionBench(qint64 answer, const LineTiming& timing)
+    : m_timing(timing),
       m_driver(library(), ATTEMPTS),
       session(m_driver, m_timing, timesOf(answer), sink)
 {

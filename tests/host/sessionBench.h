@@ -71,7 +71,8 @@ public:
     };
     using Disturb = std::function<void(const QByteArray& request, Coming& coming)>;
 
-    explicit SessionBench(qint64 answer = ANSWER);
+    explicit SessionBench(qint64 answer = ANSWER,
+                          const LineTiming& timing = LineTiming(LineSettings()));
 
     /// Plans the reads of the tags and polls them; or only knows them.
     void poll(const std::vector<Tag>& tags);
