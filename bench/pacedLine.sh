@@ -28,9 +28,10 @@ for words in 1 16 125; do
     stop_plc
     allowed=$(awk -v w=$words -v s=$silence \
         'BEGIN { print 1e6 / ((8 + 5 + 2 * w) * 10 * 1e6 / 38400 + 2 * s) }')
-    awk -v w=$words -v a="$allowed" -v h="$host" -v c="$client" -v n="$naked" 'BEGIN {
+    # The host counts whole exchanges, and one is under way at the end.
+    awk -v w=$words -v a="$allowed" -v h="$host" -v c="$client" -v n="$naked" -v t="$seconds" 'BEGIN {
         printf "%-6d %8.2f/s %8.2f/s %6.1f %% %8.2f/s %8.2f/s\n", w, a, h, 100 * h / a, c, n
-        exit !(h >= 0.97 * a && h <= a && h >= c) }' || bad=1
+        exit !(h >= 0.97 * a && h <= a && h + 1 / t >= c) }' || bad=1
 done
 echo "naked: libmodbus as it is, which breaks the silent intervals"
 exit $bad
