@@ -44,13 +44,25 @@ ExitStatus failed(ExitStatus status, const std::exception& error)
     return status;
 }
 
-/// Nothing was done for a user who does not get to see it; one who stopped reading saw enough.
+/// Nothing was done for a user who does not get to see it.
+ExitStatus cannotWrite()
+{
+    std::fprintf(stderr, "kakb-host: cannot write the output\n");
+    return EXIT_USAGE;
+}
+
+/// One who stopped reading saw enough.
 ExitStatus outputStatus(OutputStream& output)
 {
     const int failure = output.flush();
-    if (failure == 0 || failure == EPIPE) return EXIT_DONE;
-    std::fprintf(stderr, "kakb-host: cannot write the output\n");
-    return EXIT_USAGE;
+    return failure == 0 || failure == EPIPE ? EXIT_DONE : cannotWrite();
+}
+
+/// Of a command line that is all: help, the version, or bad arguments.
+ExitStatus parsedStatus(ExitStatus parsed)
+{
+    const bool isShown = std::fflush(stdout) == 0 && std::ferror(stdout) == 0;
+    return parsed != EXIT_DONE || isShown ? parsed : cannotWrite();
 }
 
 ExitStatus run(const Command& command)
@@ -80,7 +92,7 @@ int main(int argc, char** argv)
     const QCoreApplication application(argc, argv);
     Command command;
     if (const std::optional<ExitStatus> status = parseCommandLine(argc, argv, command))
-        return *status;
+        return parsedStatus(*status);
     std::signal(SIGPIPE, SIG_IGN); // a reader that went away only makes writing fail
     const ExitStatus status = run(command);
     if (!TcpLink::hasLeftLookupBehind()) return status;

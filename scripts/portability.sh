@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Builds the driver and its unit, model and property tests for another processor, with Debian's cross
-# compiler and Qt 5, and runs them under qemu.
+# compiler and Qt 5, runs them under qemu, and compares the records with the documents.
 # usage: scripts/portability.sh [armhf|arm64|i386|s390x]...|all
 #   armhf   32-bit ARM, the usual panel (default)
 #   arm64   64-bit ARM
@@ -64,7 +64,7 @@ build() {
         -DCMAKE_TOOLCHAIN_FILE="$PWD/cmake/crossBuild.cmake" -DKAKB_ARCH="$1" \
         -DKAKB_BUILD_KIT=OFF -DKAKB_BUILD_TESTS=ON &&
         cmake --build "build/portability/$1" --parallel "$jobs" \
-            --target driver unit_tests model_tests property_tests
+            --target driver unit_tests model_tests property_tests recordLayout
 }
 
 # The programs themselves, not ctest: to start one under qemu takes longer than most tests.
@@ -74,12 +74,14 @@ run_tests() {
     armhf) emulator=qemu-arm ;;
     arm64) emulator=qemu-aarch64 ;;
     esac
-    local program status=0
+    local program status=0 run=("$emulator" -L "$PWD/build/sysroot/$1")
     for program in unit_tests model/model_tests properties/property_tests; do
         echo "$program"
         KAKB_MODEL_CALLS=$model_calls RC_PARAMS="seed=20240611 max_success=$property_cases" \
-            "$emulator" -L "$PWD/build/sysroot/$1" "$tests/$program" --gtest_brief=1 || status=1
+            "${run[@]}" "$tests/$program" --gtest_brief=1 || status=1
     done
+    python3 -B tests/records/recordTable.py docs/integrating.md 5 \
+        "${run[@]}" "$tests/records/recordLayout" || status=1
     return "$status"
 }
 
@@ -90,7 +92,7 @@ try() {
     logged 3 "build/portability/$1-build.log" build "$1"
     build_took=$took
     logged 4 "$tests_log" run_tests "$1"
-    grep -E '^\[  PASSED  \]|^[0-9]+ calls' "$tests_log"
+    grep -E '^\[  PASSED  \]|^[0-9]+ (calls|places)' "$tests_log"
     echo "$1: all passed; sysroot $sysroot_took s, build $build_took s, tests $took s"
 }
 

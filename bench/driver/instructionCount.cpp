@@ -43,6 +43,12 @@ void setWord(int number, int value)
 }
 
 /// Nothing is polled, so the engine pauses after ten writes and goes on when asked again.
+bool exchangeWrite(FRAME_PRO& frame, QByteArray& echo, QString& errorText)
+{
+    if (exchange(frame, echo, errorText)) return true;
+    return exchange(frame, echo, errorText);
+}
+
 bool writeAgainAndAgain(int times)
 {
     for (int i = 0; i < WRITES_QUEUED; ++i)
@@ -52,7 +58,7 @@ bool writeAgainAndAgain(int times)
     QString errorText;
     for (int i = 0; i < times; ++i) {
         setWord((WRITES_QUEUED + i) % (WRITES_QUEUED + 1), i + 1);
-        if (!exchange(frame, echo, errorText) && !exchange(frame, echo, errorText)) return false;
+        if (!exchangeWrite(frame, echo, errorText)) return false;
     }
     return true;
 }

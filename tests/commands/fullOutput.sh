@@ -25,6 +25,10 @@ sawEnough() {
     errorIs ''
 }
 
+cannotShow --help
+cannotShow --version
+cannotShow watch --help
+
 sawEnough series MW 0 --count 4000 --interval 1
 sawEnough series MW 0 --count 4000 --interval 1 --json
 

@@ -1,5 +1,5 @@
 // Prints where the fields of the records lie in this build, as lines "RECORD FIELD OFFSET SIZE";
-// the whole record is the field "all".
+// the whole record is the field "all". The first line is the size of a text.
 
 #include "quorvane_ka_kb_plc.h"
 
@@ -11,6 +11,7 @@
 
 int main()
 {
+    std::printf("QString all 0 %zu\n", sizeof(QString));
     PRINT_FIELD(VARIABLE, varId);
     PRINT_FIELD(VARIABLE, station);
     PRINT_FIELD(VARIABLE, regName);
