@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
-# Builds the Debian packages of the driver library, its development files and the tools.
+# Builds the Debian packages of the driver library, its development files and the tools, and has
+# lintian look at them.
 # usage: scripts/packages.sh [--check]
-#   --check   and look at them with lintian, install them with apt on a fresh Debian 12 in
-#             build/fresh-debian, look there for what belongs to the tools, watch the simulated PLC
-#             for 5 seconds, and build a consumer
+#   --check   and install them with apt on a fresh Debian 12 in build/fresh-debian, look there for
+#             what belongs to the tools, watch the simulated PLC for 5 seconds, and build a consumer
 # Builds in build/packages, where the .deb files are. Needs the packages of
 # scripts/install-dependencies.sh packages; --check needs root or sudo for chroot.
 # Exit status: 0 done, 1 usage, 2 they do not build, 3 lintian has an error or a warning, 4 no fresh
@@ -102,8 +102,8 @@ step() {
 
 step 2 build build_packages
 ls -l "$build"/*.deb
-[ $# -gt 0 ] || exit 0
 step 3 lintian lintian --fail-on error,warning --tag-display-limit 0 --info "$build"/*.deb
+[ $# -gt 0 ] || exit 0
 step 4 fresh make_fresh_debian
 step 5 install install_tools
 step 5 tools look_at_tools
