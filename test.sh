@@ -12,12 +12,13 @@
 #   --static     clang-format, clang-tidy and cppcheck
 #   --speed      instructions an exchange, at most 5 % more than bench/instructions.txt says
 #   --all        all of these
-# Exit status: 0 all passed, 1 usage or a failure.
+# Exit status: 0 all passed, 1 usage or a failure; else apt's, when packages cannot be installed.
 set -euo pipefail
 cd "$(dirname "$0")"
 . scripts/common.sh
 
 FUZZ_SECONDS=60
+FUZZ_TARGETS_AT_ONCE=3
 # Tests that count or measure; ctest keeps to itself what they print.
 MEASURING='^(Model|LongRun|EveryWrite|Soak|LostLink|ManyTags|MergedBlocks|EveryRequest)[.]'
 
@@ -66,7 +67,7 @@ run_coverage() {
     gcovr --root . --object-directory build/coverage \
         --filter include/ --filter device/ --filter service/ \
         --exclude-throw-branches --exclude-unreachable-branches \
-        --print-summary --fail-under-line 100 --fail-under-branch 95 build/coverage
+        --print-summary --fail-under-line 100 --fail-under-branch 95 build/coverage || return 1
 }
 
 # beside LOG COMMAND... -- COMMAND...: the first has what the second leaves of the processors, as
@@ -102,7 +103,8 @@ run_all() {
     beside build/all-static.log run_script static-checks.sh -- run_built_tests threads
     run_coverage
     # The fuzzers take their time whatever else runs.
-    beside build/all-memcheck.log run_script memcheck.sh -- run_script fuzz.sh all "$FUZZ_SECONDS"
+    JOBS=$FUZZ_TARGETS_AT_ONCE beside build/all-memcheck.log run_script memcheck.sh -- \
+        run_script fuzz.sh all "$FUZZ_SECONDS"
     run_script instructions.sh
 }
 

@@ -22,9 +22,10 @@
 // them at any time: intf_getProtocolType, intf_getVersion, intf_getDriverParameter,
 // intf_getDriverPropertyPage, intf_checkAddr, intf_checkAddrValidity, intf_getRegDiscription,
 // intf_getRegListByType, intf_multiCopy. Another thread may raise a recipe flag under the host's
-// mutex, which the driver takes around the flags alone. The callback runs inside intf_dealRcvFrame
-// and intf_setData, on their thread; of the driver's functions it may call intf_getData and those
-// that any thread may call, and no others.
+// mutex, which the driver takes around the flags alone, inside intf_getSendFrame and
+// intf_dealRcvFrame: a caller of these two must not hold it. The callback runs inside
+// intf_dealRcvFrame and intf_setData, on their thread; of the driver's functions it may call
+// intf_getData and those that any thread may call, and no others.
 //
 // Address numbers. A 32-bit integer names an address within an area:
 //
@@ -66,7 +67,7 @@ enum {
 /// One PLC variable, or a block of PLC memory.
 struct VARIABLE
 {
-    qint32 varId;    ///< a write carries the host's own value; a merged read block carries 4
+    qint32 varId;    ///< the host's own of a write or a one-shot read; 4: polled; recipe: any
     qint32 station;  ///< the lowest byte is sent; 0 is a broadcast: no station answers
     QString regName; ///< MW, IW, QW, MX, IX or QX
     qint32 addr;     ///< address number of the first unit
@@ -206,7 +207,7 @@ enum ReplyResult {
 /// Results of intf_multiCopy.
 enum SeriesResult {
     SERIES_UNKNOWN_AREA = 0, ///< nothing was appended
-    SERIES_COMPLETE = 1,     ///< every entry lies in the area
+    SERIES_COMPLETE = 1,     ///< no entry lies past the area's end; its beginning is not looked at
     SERIES_CLIPPED = 2       ///< at least one entry lay past the area's end
 };
 
@@ -329,6 +330,7 @@ QUORVANE_KA_KB_PLC_API int intf_addrMerge(QList<KEY_ADDRESS>& keys);
 /// a block given up drops all the others, reported or not. A block that is queued already is not
 /// queued twice, unless it is the oldest. The queue holds 513 blocks; beyond that the newest
 /// replaces the last one. An unknown area queues nothing.
+/// @param varId  carried into the frames; one other than 4 tells them from polled blocks
 /// @return 1
 QUORVANE_KA_KB_PLC_API int intf_addConditionRead(KEY_ADDRESS& key, int varId);
 

@@ -19,8 +19,8 @@ test_packages=(binutils libgtest-dev librapidcheck-dev python3-pymodbus python3-
 all_packages=(qt6-base-dev qt6-serialport-dev gcovr clang clang-tidy libclang-rt-14-dev llvm
     cppcheck valgrind)
 bench_packages=(libbenchmark-dev libqt5serialbus5-dev gnuplot-nox valgrind)
-portability_packages=(cmake ninja-build pkg-config debootstrap qemu-user g++-arm-linux-gnueabihf
-    g++-aarch64-linux-gnu g++-i686-linux-gnu g++-s390x-linux-gnu)
+portability_packages=(cmake ninja-build pkg-config python3 debootstrap qemu-user
+    g++-arm-linux-gnueabihf g++-aarch64-linux-gnu g++-i686-linux-gnu g++-s390x-linux-gnu)
 package_packages=(dpkg-dev lintian debootstrap gzip util-linux)
 
 [ $# -gt 0 ] || set -- demo

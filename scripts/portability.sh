@@ -7,7 +7,8 @@
 #   i386    32-bit x86
 #   s390x   big-endian, 64 bits
 # Needs the packages of scripts/install-dependencies.sh portability, and root or sudo for debootstrap,
-# which makes build/sysroot/ARCH once from the mirror that apt uses. Builds in build/portability/ARCH.
+# which makes build/sysroot/ARCH once from the mirror that apt uses; remove it to have it made anew.
+# Builds in build/portability/ARCH.
 # MODEL_CALLS (default 20000) and PROPERTY_CASES (default 100) are fewer than in a native run.
 # Exit status: 0 all passed, 1 usage, 2 no sysroot, 3 it does not build, 4 a test failed.
 set -euo pipefail

@@ -26,6 +26,9 @@ Communication::~Communication()
     m_stop = true;
     m_wait.wake();
     wait();
+    // A thread that had ended before is waited for inside Qt alone, which the thread sanitizer does
+    // not see; this it does.
+    (void)m_hasEnded.load();
 }
 
 void Communication::start()
@@ -86,6 +89,12 @@ void Communication::takeWork(HostSession& session)
 void Communication::run()
 {
     WakeableWait::makePunctual();
+    runUntilStopped();
+    m_hasEnded = true;
+}
+
+void Communication::runUntilStopped()
+{
     DriverSession driver(m_driver, m_settings.attempts);
     HostSession session(driver, m_settings.timing, m_settings.times, m_board);
     while (!m_stop)

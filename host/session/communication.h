@@ -61,6 +61,7 @@ private:
     using Work = std::function<void(HostSession&)>;
 
     void run() override;
+    void runUntilStopped();
     void post(Work work);
     void takeWork(HostSession& session);
     void exchange(HostSession& session, Link& link);
@@ -77,6 +78,7 @@ private:
     QElapsedTimer m_clock;
     WakeableWait m_wait;
     std::atomic<bool> m_stop{false};
+    std::atomic<bool> m_hasEnded{false};
     std::mutex m_workMutex;
     std::vector<Work> m_work;
     bool m_lossTold = false;

@@ -282,7 +282,7 @@ std::optional<ExitStatus> parseCommandLine(int argc, char** argv, Command& comma
     app.set_version_flag("--version", "kakb-host " KAKB_PROJECT_VERSION);
     const auto options = std::make_shared<Options>();
     app.add_option("--driver", command.driver,
-                   "driver library (default: the one built beside this program)");
+                   "driver library (default: the one beside this program, else the system's)");
     addQuestions(app, *options, command.verb);
     addTransfers(app, *options, command.verb);
     addRecipe(app, *options, command.verb);

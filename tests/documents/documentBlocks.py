@@ -16,6 +16,7 @@ class Block:
     language: str = ""
     marker: str = ""
     lines: list = field(default_factory=list)
+    is_whole: bool = False
 
     def __str__(self):
         return f"{self.document}:{self.line}"
@@ -55,9 +56,23 @@ def _may_start(lines, at):
     return at > 0 and (not lines[at - 1].strip() or bool(_marker_above(lines, at)))
 
 
+def _manual_blocks(name, lines):
+    """What a manual page shows as it stands, from .nf to .fi."""
+    found = []
+    for number, line in enumerate(lines, 1):
+        if line == ".nf":
+            found.append(Block(name, number))
+        elif found and not found[-1].is_whole:
+            found[-1].is_whole = line == ".fi"
+            found[-1].lines += [] if line == ".fi" else [line.replace("\\-", "-")]
+    return found
+
+
 def blocks_of(path, name):
     """All blocks of a document, in order."""
     lines = path.read_text(encoding="utf-8").splitlines()
+    if path.suffix == ".1":
+        return _manual_blocks(name, lines)
     found = []
     at = 0
     while at < len(lines):

@@ -19,7 +19,8 @@ from listings import check_build_file, check_change, check_source, check_table
 from marks import MARKS
 from session import Failure, Session, commands_in, run_block, without_comment
 
-PROGRAMS = ("kakb-host", "kakb-sim", "tinyHost", "loadedDriver", "echo")
+PROGRAMS = ("kakb-host", "kakb-sim", "tinyHost", "loadedDriver", "cmake", "tshark",
+            "man", "echo")
 
 
 def is_command(command):

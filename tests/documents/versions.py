@@ -13,7 +13,7 @@ NUMBER = r"(\d+\.\d+\.\d+)"
 # The first version in each file is the newest.
 FILES = {
     "CMakeLists.txt": rf"^set\(KAKB_PROJECT_VERSION {NUMBER}\)$",
-    "CHANGELOG.md": rf"^(?:## \[|It will be ){NUMBER}",
+    "CHANGELOG.md": rf"^## \[{NUMBER}\] - \d{{4}}-\d\d-\d\d$",
     "packaging/changelog": rf"^quorvane-ka-kb \({NUMBER}-\d+\)",
 }
 PROGRAMS = ("kakb-host", "kakb-sim")

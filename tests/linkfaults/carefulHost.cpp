@@ -2,20 +2,11 @@
 
 #include "exchange/frameShape.h"
 #include "exchange/replyRecogniser.h"
+#include "lineBytes.h"
 
 #include <algorithm>
 
 namespace {
-
-QByteArray arrayOf(const Bytes& bytes)
-{
-    return QByteArray(reinterpret_cast<const char*>(bytes.data()), static_cast<int>(bytes.size()));
-}
-
-Bytes bytesOf(const FRAME_PRO& frame)
-{
-    return Bytes(frame.sendBuf, frame.sendBuf + frame.sendLen);
-}
 
 /// A frame with a good checksum that the recogniser did not take is someone else's answer.
 bool isWholeFrame(const QByteArray& received)
@@ -28,7 +19,7 @@ bool isWholeFrame(const QByteArray& received)
 QByteArray CarefulHost::exchange(const FRAME_PRO& frame)
 {
     ++m_exchange;
-    const Bytes request = bytesOf(frame);
+    const Bytes request = requestOf(frame);
     const QByteArray asked = arrayOf(request);
     const QByteArray signature = replySignature(asked, frame.recvLen);
     holdBack(signature);

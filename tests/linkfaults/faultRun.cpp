@@ -50,16 +50,19 @@ int recipeWords()
 
 } // namespace
 
-FaultRun::FaultRun(std::uint32_t seed, int retryLimit)
+FaultRun::FaultRun(std::uint32_t seed, int retryLimit, HostKind kind)
     : m_random(seed),
       m_plc(STATIONS),
       m_line(m_plc, seed + 1),
-      m_host(m_line),
+      m_kind(kind),
+      m_careful(m_line),
+      m_plain(m_line),
       m_panel(retryLimit),
       m_written(writtenUnits()),
       m_readOnce(unitsReadOnce()),
       m_moving(movingUnits())
 {
+    if (m_kind == PLAIN) m_line.loseLateReplies();
     m_blocks = m_panel.poll(polledUnits());
     m_panel.setRecipe(recipeUnits());
 }
@@ -165,7 +168,8 @@ void FaultRun::exchange()
     FRAME_PRO frame;
     if (!m_panel.nextFrame(frame)) return problem("no frame while blocks are polled");
     m_panel.told.clear();
-    const int result = m_panel.takeReply(m_host.exchange(frame));
+    const int result =
+        m_panel.takeReply(m_kind == CAREFUL ? m_careful.exchange(frame) : m_plain.exchange(frame));
     m_framePending = result == REPLY_RETRY;
     if (result == REPLY_ACCEPTED) ++m_figures.accepted;
     if (result == REPLY_GIVEN_UP) ++m_figures.givenUp;

@@ -4,6 +4,7 @@
 #include "carefulHost.h"
 #include "faultyLine.h"
 #include "panel.h"
+#include "plainHost.h"
 #include "plant.h"
 #include "writeAccounts.h"
 
@@ -28,7 +29,9 @@ struct RunFigures
 class FaultRun
 {
 public:
-    FaultRun(std::uint32_t seed, int retryLimit);
+    enum HostKind { CAREFUL, PLAIN };
+
+    FaultRun(std::uint32_t seed, int retryLimit, HostKind kind = CAREFUL);
 
     /// Traffic and faults for so many exchanges.
     void disturb(int exchanges);
@@ -91,7 +94,9 @@ private:
     std::mt19937 m_random;
     PlcModel m_plc;
     FaultyLine m_line;
-    CarefulHost m_host;
+    const HostKind m_kind;
+    CarefulHost m_careful;
+    PlainHost m_plain;
     Panel m_panel;
     WriteAccounts m_accounts;
     RunFigures m_figures;

@@ -43,6 +43,11 @@ void FaultyLine::setFaultEvery(unsigned of)
     m_faultEvery = of;
 }
 
+void FaultyLine::loseLateReplies()
+{
+    m_losesLateReplies = true;
+}
+
 void FaultyLine::setNextFault(Fault fault)
 {
     m_next = fault;
@@ -58,7 +63,8 @@ Fault FaultyLine::drawFault()
     const Fault wanted = m_next;
     m_next = Fault::NONE;
     if (wanted != Fault::NONE || m_faultEvery == 0 || below(m_faultEvery) != 0) return wanted;
-    return static_cast<Fault>(1 + below(static_cast<unsigned>(Fault::KINDS) - 1));
+    const auto fault = static_cast<Fault>(1 + below(static_cast<unsigned>(Fault::KINDS) - 1));
+    return fault == Fault::LATE && m_losesLateReplies ? Fault::DROP : fault;
 }
 
 Bytes FaultyLine::faulty(Fault fault, const Bytes& reply)

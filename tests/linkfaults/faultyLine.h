@@ -38,6 +38,8 @@ public:
 
     /// One in `of` exchanges has a fault; 0: none.
     void setFaultEvery(unsigned of);
+    /// Replies that would be late are lost instead.
+    void loseLateReplies();
     /// The fault of the next exchange, instead of a drawn one.
     void setNextFault(Fault fault);
 
@@ -65,6 +67,7 @@ private:
     PlcModel& m_plc;
     std::mt19937 m_random;
     unsigned m_faultEvery = 0;
+    bool m_losesLateReplies = false;
     Fault m_next = Fault::NONE;
     int m_exchange = 0;
     int m_displaced = 0;

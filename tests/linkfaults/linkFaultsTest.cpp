@@ -14,6 +14,7 @@ enum {
     MILLION = 1000000,
     SECONDS_FOR_A_MILLION = 60,
     NO_SPEED_ASKED = 100000,
+    RUN_WITHOUT_HELP = LONG_RUN / 5,
     SHORT_RUN = 20000,
     SEEDS = 20,
     LONG_RUN_SEED = 4711,
@@ -66,6 +67,20 @@ TEST(LongRun, EndsWithTheCacheLikeThePlcAndEveryWriteAccountedFor)
     expectNoProblems(run);
     expectEverythingHappened(run);
     EXPECT_LT(seconds, LONG_RUN == MILLION ? int(SECONDS_FOR_A_MILLION) : int(NO_SPEED_ASKED));
+}
+
+TEST(LongRun, WithAHostThatLeavesAllToTheDriverEndsWell)
+{
+    FaultRun run(LONG_RUN_SEED, LONG_RUN_ATTEMPTS, FaultRun::PLAIN);
+    runToTheEnd(run, RUN_WITHOUT_HELP);
+    run.print(std::cout);
+    expectNoProblems(run);
+    for (const Fault fault : {Fault::DROP_REQUEST, Fault::DROP, Fault::CORRUPT, Fault::TRUNCATE,
+                              Fault::DUPLICATE, Fault::GARBAGE_BEFORE, Fault::GARBAGE_AFTER})
+        EXPECT_GT(run.line().faults(fault), 100) << faultName(fault);
+    EXPECT_EQ(0, run.line().faults(Fault::LATE));
+    EXPECT_GT(run.accounts().confirmed, 1000);
+    EXPECT_GT(run.accounts().withdrawn, 10);
 }
 
 TEST_P(ShortRun, EndsWithTheCacheLikeThePlcAndEveryWriteAccountedFor)
