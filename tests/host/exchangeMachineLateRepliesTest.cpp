@@ -1,6 +1,7 @@
 #include "exchangeMachineFixture.h"
 #include "pollingDriver.h"
 
+#include <cstdio>
 #include <random>
 
 namespace {
@@ -109,7 +110,10 @@ TEST_F(ExchangeMachineLateRefusalTest, IsTakenAtTheNextAttemptWhenItWasThisReque
 
 TEST(ExchangeMachineLateReplies, NoneIsTakenForTheNextRequests)
 {
-    const LateRun run = runLate(1000000, blocksOf(1), OF_THE_ANSWER, 10);
+    enum { EXCHANGES = 1000000 };
+    const LateRun run = runLate(EXCHANGES, blocksOf(1), OF_THE_ANSWER, 10);
+    std::printf("late replies: %d exchanges, %d answered, %d with a wrong value\n", int(EXCHANGES),
+                run.accepted, run.wrong);
     EXPECT_EQ(0, run.wrong);
     EXPECT_GT(run.accepted, 500000);
 }
