@@ -20,7 +20,9 @@ cd "$(dirname "$0")"
 FUZZ_SECONDS=60
 FUZZ_TARGETS_AT_ONCE=3
 # Tests that count or measure; ctest keeps to itself what they print.
-MEASURING='^(Model|LongRun|EveryWrite|Soak|LostLink|ManyTags|MergedBlocks|EveryRequest)[.]'
+MEASURING='^(Model|LongRun|Soak|LostLink|ManyTags|EveryAddress|AnyText|AnySeries|MergedBlocks|Merging|'
+MEASURING+='EveryRequest|EveryReadRequest|EveryWriteRequest|TheHandshake|BetweenTwoCyclicReads|'
+MEASURING+='AOneShotRead|TheEngine|AnyReply|TheQueues|EveryWrite|Mutants)[.]'
 
 build() {
     local began=$SECONDS

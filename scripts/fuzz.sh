@@ -4,9 +4,11 @@
 #        scripts/fuzz.sh TARGET|all --keep     keeps the fewest found inputs that reach as much
 #   TARGET   replyFuzz, propertyTextFuzz, addressTextFuzz, keyListFuzz or callSequenceFuzz
 # A run starts from tests/fuzz/corpus/TARGET and what earlier runs found, which stays in
-# build/fuzz/found/TARGET. JOBS targets run side by side (default: one a processor).
-# Exit status: 0 nothing found, 1 usage or build failure, 2 an input that breaks a rule, crashes,
-# hangs or leaks: the input's file and the command that repeats it are printed.
+# build/fuzz/found/TARGET. JOBS targets, 1 or more, run side by side (default: one a processor).
+# Exit status: 0 nothing found, or with --keep all kept, 1 usage or build failure, or a run without an
+#   input in tests/fuzz/corpus/TARGET, 2 an input that breaks a rule, crashes, hangs or leaks (its file
+#   and the command that repeats it are printed), or no input tried; with --keep: a target's inputs
+#   could not be sorted out or none would be left, and its corpus stays as it was.
 set -euo pipefail
 . "$(dirname "$0")/common.sh"
 cd "$(dirname "$0")/.."
@@ -23,6 +25,10 @@ build_all() {
         cmake --build "$build" --target fuzzers >>"$1"
 }
 
+has_files() {
+    [ -d "$1" ] && [ -n "$(find "$1" -type f -print -quit)" ]
+}
+
 # Directories to read inputs from, the one to add new ones to first.
 inputs() {
     mkdir -p "$build/found/$1"
@@ -31,13 +37,18 @@ inputs() {
 }
 
 run() {
-    local target=$1 seconds=$2 log=$build/$1.log
+    local target=$1 seconds=$2 log=$build/$1.log tried
     mapfile -t dirs < <(inputs "$target")
     if "$build/tests/fuzz/$target" -max_total_time="$seconds" -max_len=$most_bytes -timeout=20 \
         -rss_limit_mb=2048 -print_final_stats=1 -artifact_prefix="$build/found/$target-" \
         "${dirs[@]}" >"$log" 2>&1; then
-        echo "$target: $(awk '/stat::number_of_executed_units/ { print $2 }' "$log") inputs in" \
-            "$seconds s, $(grep -o 'cov: [0-9]*' "$log" | tail -1), nothing found"
+        tried=$(awk '/stat::number_of_executed_units/ { print $2 }' "$log")
+        [[ $tried =~ ^[1-9] ]] || {
+            echo "$target: no input tried; all that it said is in $log"
+            return 2
+        }
+        echo "$target: $tried inputs in $seconds s, $(grep -o 'cov: [0-9]*' "$log" | tail -1)," \
+            "nothing found"
         return 0
     fi
     grep -E 'rule broken|ERROR: |runtime error|SUMMARY' "$log" | head -5
@@ -54,7 +65,10 @@ keep() {
     rm -rf "$fresh"
     mkdir -p "$fresh"
     "$build/tests/fuzz/$target" -set_cover_merge=1 -use_counters=0 -max_len=$most_kept_bytes \
-        "$fresh" "${dirs[@]}" >"$build/$target.log" 2>&1 || return 1
+        "$fresh" "${dirs[@]}" >"$build/$target.log" 2>&1 && has_files "$fresh" || {
+        echo "$target: nothing kept; all that it said is in $build/$target.log"
+        return 2
+    }
     mkdir -p tests/fuzz/corpus
     rm -rf "$kept"
     cp -r "$fresh" "$kept"
@@ -69,6 +83,15 @@ else
     [[ " ${targets[*]} " == *" $1 "* ]] || usage
 fi
 [[ $2 =~ ^[1-9][0-9]*$ || $2 = --keep ]] || usage
+[[ $jobs =~ ^[1-9][0-9]*$ ]] || usage
+if [ "$2" != --keep ]; then
+    for target in "${chosen[@]}"; do
+        has_files "tests/fuzz/corpus/$target" || {
+            echo "no input in tests/fuzz/corpus/$target"
+            exit 1
+        }
+    done
+fi
 
 mkdir -p "$build"
 build_all "$build/build.log" || {
@@ -91,7 +114,7 @@ if [ "$2" = --keep ]; then
     exit "$status"
 fi
 lanes=()
-for ((lane = 0; lane < jobs; lane++)); do
+for ((lane = 0; lane < jobs && lane < ${#chosen[@]}; lane++)); do
     run_lane "$lane" "$2" &
     lanes+=($!)
 done

@@ -13,8 +13,8 @@ cd "$(dirname "$0")/.."
 build=build/instructions
 kept=bench/instructions.txt
 room=5
-kinds=(word block write merge)
-declare -A times=([word]=2000 [block]=500 [write]=1000 [merge]=5)
+kinds=(word block changed scan write merge)
+declare -A times=([word]=2000 [block]=500 [changed]=200 [scan]=200 [write]=1000 [merge]=5)
 
 [[ $# -eq 0 || ($# -eq 1 && $1 == --keep) ]] || usage
 mkdir -p "$build"
@@ -57,16 +57,16 @@ fi
 awk -v room=$room '
     FILENAME == ARGV[1] { if ($1 != "#") before[$1] = $2; next }
     { counted[$1] = 1 }
-    !($1 in before) { printf "%-6s %10d, nothing kept\n", $1, $2; bad = 1; next }
+    !($1 in before) { printf "%-7s %10d, nothing kept\n", $1, $2; bad = 1; next }
     {
         change = 100 * ($2 - before[$1]) / before[$1]
         verdict = change > room ? "SLOWER" : change < -room ? "faster: renew with --keep" : "ok"
-        printf "%-6s %10d, kept %10d, %+.1f %%  %s\n", $1, $2, before[$1], change, verdict
+        printf "%-7s %10d, kept %10d, %+.1f %%  %s\n", $1, $2, before[$1], change, verdict
         if (change > room) bad = 1
     }
     END {
         for (kind in before) if (!(kind in counted)) {
-            printf "%-6s not counted, kept %10d\n", kind, before[kind]
+            printf "%-7s not counted, kept %10d\n", kind, before[kind]
             bad = 1
         }
         exit bad ? 2 : 0

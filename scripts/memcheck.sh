@@ -2,8 +2,8 @@
 # Runs the unit tests under valgrind's memcheck, built without optimisation by the preset coverage.
 # usage: scripts/memcheck.sh [GTEST_FILTER]
 #   GTEST_FILTER   which tests (default: all)
-# Exit status: 0 no error and no leak, 1 usage, build failure, no test or a failing one, 2 an error or
-# a leak, which valgrind has printed.
+# Exit status: 0 no error and no leak, 1 usage, build failure, no test, a failing one, or not done in
+# 900 s, 2 an error or a leak, which valgrind has printed.
 set -euo pipefail
 . "$(dirname "$0")/common.sh"
 cd "$(dirname "$0")/.."

@@ -4,6 +4,7 @@
 # undefined-behaviour sanitizers: those that no test notices then survive.
 # usage: scripts/mutate.sh [OPTION]...
 #   --list           only list the mutants
+#   --check-list     only see that each entry of equivalent.txt is one mutant's: seconds
 #   --file FILE      only those of FILE, such as device/checksum.cpp; can be given several times
 #   --again          only those that survived the last run
 #   --sample N       only N of them, 1 or more, chosen by the seed

@@ -40,6 +40,7 @@ def between(least, most):
 def read_arguments():
     parser = Arguments(prog="mutate.sh")
     parser.add_argument("--list", action="store_true")
+    parser.add_argument("--check-list", action="store_true")
     parser.add_argument("--file", action="append", default=[])
     parser.add_argument("--again", action="store_true")
     parser.add_argument("--sample", type=between(1, 10**9))
@@ -174,6 +175,9 @@ def main():
     try:
         reasons = read_equivalents(EQUIVALENTS)
         check_entries(reasons, every)
+        if arguments.check_list:
+            print(f"{len(reasons)} entries, each exactly one of {len(every)} mutants")
+            return 0
         WORK.mkdir(parents=True, exist_ok=True)
         base = BaseBuild(ROOT, WORK, arguments.workers)
         prove_tests_pass(base, arguments)

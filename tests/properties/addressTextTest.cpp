@@ -1,6 +1,7 @@
 // Address texts and address numbers.
 
 #include "deviceAreas.h"
+#include "figures.h"
 #include "quorvane_ka_kb_plc.h"
 
 #include <gtest/gtest.h>
@@ -89,6 +90,7 @@ TEST(EveryAddress, OfEveryAreaSurvivesTextAndNumber)
             const CheckedText found = checked(area, texts.at(0), 1);
             ASSERT_EQ(ADDRESS_VALID, found.result) << area.name << texts.at(0).toStdString();
             ASSERT_EQ(number, found.number) << area.name << texts.at(0).toStdString();
+            tally("addresses");
         }
     }
 }
@@ -102,6 +104,7 @@ TEST(EveryAddress, OfAnAreaStandsOnceInASeriesOverAllOfIt)
         ASSERT_EQ(SERIES_COMPLETE,
                   intf_multiCopy(nameOf(area), area.lowest, units, 1, texts, numbers));
         ASSERT_EQ(units, int(texts.size()));
+        tally("addresses", units);
         for (int i = 0; i < units; ++i) {
             ASSERT_EQ(area.lowest + i, numbers.at(i)) << area.name;
             ASSERT_EQ(area.lowest + i, validity(area, texts.at(i), 1).number) << area.name;
@@ -118,19 +121,22 @@ TEST(EveryAddress, IsTheLastThatAVariableUpToTheEndMayStartAt)
             ASSERT_EQ(ADDRESS_VALID, checked(area, text, count).result) << area.name << number;
             ASSERT_EQ(ADDRESS_OUT_OF_RANGE, checked(area, text, count + 1).result)
                 << area.name << number;
+            tally("addresses");
         }
     }
 }
 
 RC_GTEST_PROP(AnyText, IsValidOnlyWithANumberInsideTheArea, ())
 {
+    countCase();
     const std::string typed = *anyText();
     const int count = *rc::gen::inRange(1, 200);
     for (const DeviceArea& area : deviceAreas()) {
         const QString text = QString::fromStdString(typed);
         const CheckedText found = checked(area, text, count);
         const CheckedText again = validity(area, text, count);
-        RC_CLASSIFY(found.result == ADDRESS_VALID, "valid");
+        tally("valid in an area", found.result == ADDRESS_VALID);
+        tally("refused by one", found.result != ADDRESS_VALID);
         RC_ASSERT(found.result == again.result);
         RC_ASSERT(found.number == again.number);
         if (found.result == ADDRESS_VALID) RC_ASSERT(liesInside(area, found, count));
@@ -139,6 +145,7 @@ RC_GTEST_PROP(AnyText, IsValidOnlyWithANumberInsideTheArea, ())
 
 RC_GTEST_PROP(AnySeries, HoldsOnlyNumbersThatTheirTextsStandFor, ())
 {
+    countCase();
     const DeviceArea area = deviceAreas()[*rc::gen::inRange<size_t>(0, deviceAreas().size())];
     const int start = area.lowest + *rc::gen::inRange(0, area.highest - area.lowest + 1);
     const int count = *rc::gen::inRange(0, 50);
@@ -153,5 +160,7 @@ RC_GTEST_PROP(AnySeries, HoldsOnlyNumbersThatTheirTextsStandFor, ())
         RC_ASSERT(texts.at(i).toStdString() == typedAddress(area, numbers.at(i)));
     }
     const bool clipped = count > 0 && start + (count - 1) * interval > area.highest;
+    tally("clipped", clipped);
+    tally("addresses", count);
     RC_ASSERT(result == (clipped ? SERIES_CLIPPED : SERIES_COMPLETE));
 }

@@ -3,6 +3,7 @@
 // byte and the checksum are those of MODBUS over Serial Line V1.02, 2.5.1.
 
 #include "deviceAreas.h"
+#include "figures.h"
 #include "propertyBench.h"
 
 #include <gtest/gtest.h>
@@ -75,12 +76,25 @@ rc::Gen<DrawnFrame> drawnFrame(const std::vector<FrameUse>& uses)
 {
     const int areas = static_cast<int>(deviceAreas().size());
     const auto size = rc::gen::oneOf(rc::gen::inRange(1, 20), rc::gen::inRange(1, int(MOST_READ)));
+    const auto station =
+        rc::gen::weightedOneOf<int>({{9, wide(rc::gen::inRange(0, 248))}, {1, rc::gen::just(0)}});
     return rc::gen::build<DrawnFrame>(
         rc::gen::set(&DrawnFrame::use, rc::gen::elementOf(uses)),
-        rc::gen::set(&DrawnFrame::station, wide(rc::gen::inRange(0, 248))),
+        rc::gen::set(&DrawnFrame::station, station),
         rc::gen::set(&DrawnFrame::area, wide(rc::gen::inRange(0, areas))),
         rc::gen::set(&DrawnFrame::unit, wide(rc::gen::inRange(0, 65536))),
         rc::gen::set(&DrawnFrame::size, wide(size)));
+}
+
+/// One of the uses, each of which must come.
+DrawnFrame drawnCase(const std::vector<FrameUse>& uses)
+{
+    countCase();
+    const DrawnFrame drawn = *drawnFrame(uses);
+    for (const FrameUse use : uses)
+        tally(std::string(USE_NAMES[use]) + "s", 0);
+    tally(std::string(USE_NAMES[drawn.use]) + "s");
+    return drawn;
 }
 
 void startRecipe(PropertyBench& bench, const DrawnFrame& drawn, RecipeFlag flag)
@@ -161,10 +175,13 @@ int replyLengthOf(const FRAME_PRO& frame)
 
 RC_GTEST_PROP(EveryRequest, IsAsLongAsItsFieldsSay, ())
 {
-    const DrawnFrame drawn = *drawnFrame(REQUESTS);
+    // Only a download can have more than 255 data bytes.
+    const DrawnFrame drawn =
+        drawnCase({CYCLIC, ONE_SHOT, WRITE, UPLOAD, DOWNLOAD, DOWNLOAD, DOWNLOAD});
     PropertyBench bench(3, 125);
     const FRAME_PRO frame = frameFor(bench, drawn);
-    RC_TAG(std::string(USE_NAMES[drawn.use]));
+    tally("without data bytes", !carriesData(frame));
+    tally("with more than 255", carriesData(frame) && dataBytes(frame) > 255);
     if (!carriesData(frame)) {
         RC_ASSERT(frame.sendLen == int(WITHOUT_DATA));
         return;
@@ -176,7 +193,7 @@ RC_GTEST_PROP(EveryRequest, IsAsLongAsItsFieldsSay, ())
 
 RC_GTEST_PROP(EveryRequest, EndsWithTheChecksumOfItsBytes, ())
 {
-    const DrawnFrame drawn = *drawnFrame(REQUESTS);
+    const DrawnFrame drawn = drawnCase(REQUESTS);
     PropertyBench bench(3, 125);
     const FRAME_PRO frame = frameFor(bench, drawn);
     RC_ASSERT(frame.sendLen > int(CHECKSUM));
@@ -187,10 +204,11 @@ RC_GTEST_PROP(EveryRequest, EndsWithTheChecksumOfItsBytes, ())
 
 RC_GTEST_PROP(EveryRequest, NamesTheLengthOfItsReply, ())
 {
-    const DrawnFrame drawn = *drawnFrame(REQUESTS);
+    const DrawnFrame drawn = drawnCase(REQUESTS);
     PropertyBench bench(3, 125);
     const FRAME_PRO frame = frameFor(bench, drawn);
     const bool read = isRead(frame) && drawn.station != 0;
+    tally("broadcasts", drawn.station == 0);
     RC_ASSERT(frame.recvLen == replyLengthOf(frame));
     RC_ASSERT(frame.dataStart == (read ? 3 : 0));
     RC_ASSERT(frame.itemCount == (read ? frame.var.count : 0));
@@ -198,7 +216,7 @@ RC_GTEST_PROP(EveryRequest, NamesTheLengthOfItsReply, ())
 
 RC_GTEST_PROP(EveryRequest, IsOfTheStationAndAreaAskedFor, ())
 {
-    const DrawnFrame drawn = *drawnFrame(REQUESTS);
+    const DrawnFrame drawn = drawnCase(REQUESTS);
     PropertyBench bench(3, 125);
     const FRAME_PRO frame = frameFor(bench, drawn);
     RC_ASSERT(int(frame.sendBuf[0]) == drawn.station);
@@ -206,15 +224,17 @@ RC_GTEST_PROP(EveryRequest, IsOfTheStationAndAreaAskedFor, ())
     RC_ASSERT(frame.var.addr == numberOf(drawn));
     RC_ASSERT(frame.var.regName.toStdString() == areaOf(drawn).name);
     const bool inputs = areaOf(drawn).name[0] == 'I';
+    tally("reads of inputs", isRead(frame) && inputs);
     if (isRead(frame)) RC_ASSERT(int(frame.sendBuf[1]) == (inputs ? 4 : 3));
 }
 
 RC_GTEST_PROP(EveryReadRequest, AsksForTheRegistersOfItsUnitsAndNoOther, ())
 {
-    const DrawnFrame drawn = *drawnFrame({CYCLIC, ONE_SHOT, UPLOAD});
+    const DrawnFrame drawn = drawnCase({CYCLIC, ONE_SHOT, UPLOAD});
     PropertyBench bench(3, 125);
     const FRAME_PRO frame = frameFor(bench, drawn);
     const DeviceArea& area = areaOf(drawn);
+    tally("of bits", area.bits);
     const int perRegister = area.bits ? int(GROUP) : 1;
     const int firstUnit = frame.var.addr - area.lowest;
     const int lastUnit = firstUnit + frame.var.count - 1;
@@ -224,17 +244,18 @@ RC_GTEST_PROP(EveryReadRequest, AsksForTheRegistersOfItsUnitsAndNoOther, ())
 
 RC_GTEST_PROP(EveryWriteRequest, NamesItsFirstUnitAndHowMany, ())
 {
-    const DrawnFrame drawn = *drawnFrame({WRITE, DOWNLOAD});
+    const DrawnFrame drawn = drawnCase({WRITE, DOWNLOAD});
     PropertyBench bench(3, 125);
     const FRAME_PRO frame = frameFor(bench, drawn);
     RC_ASSERT(wordAt(frame, 2) == numberOf(drawn));
     RC_ASSERT(carriesData(frame) == (countOf(drawn) != 1));
+    tally("with a count", carriesData(frame));
     if (carriesData(frame)) RC_ASSERT(wordAt(frame, 4) == countOf(drawn));
 }
 
 RC_GTEST_PROP(TheHandshake, HasNoBytesAndNoReplyWhateverElseIsPlanned, ())
 {
-    const DrawnFrame other = *drawnFrame(REQUESTS);
+    const DrawnFrame other = drawnCase(REQUESTS);
     PropertyBench bench(3, 125);
     ask(bench, other);
     const FRAME_PRO frame = frameFor(bench, {HANDSHAKE, 1, 0, 0, 1});

@@ -1,6 +1,7 @@
 // Whose turn it is: writes before one-shot reads before cyclic reads, and none starves.
 
 #include "engineSteps.h"
+#include "figures.h"
 
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
@@ -89,6 +90,7 @@ void runIn(EngineRun& run, int writes)
 
 RC_GTEST_PROP(BetweenTwoCyclicReads, AreAtMostTenWritesAndOneShotReads, ())
 {
+    countCase({"exchanges"});
     const std::vector<EngineStep> steps = stepsOfAPolledPanel();
     EngineRun run(*rc::gen::inRange(0, 4), MERGE);
     run.poll(*rc::gen::inRange(1, 6));
@@ -99,11 +101,15 @@ RC_GTEST_PROP(BetweenTwoCyclicReads, AreAtMostTenWritesAndOneShotReads, ())
         count.note(run.exchange(step.reply, static_cast<unsigned>(step.noise)));
         RC_ASSERT(count.writes() <= int(WRITES_IN_A_ROW));
         RC_ASSERT(count.frames() <= int(WRITES_IN_A_ROW));
+        tally("exchanges");
+        tallyMost("writes in a row", count.writes(), WRITES_IN_A_ROW);
+        tallyMost("writes and one-shot reads", count.frames(), WRITES_IN_A_ROW);
     }
 }
 
 RC_GTEST_PROP(BetweenTwoCyclicReads, AreExactlyTenWritesWhileManyArePending, ())
 {
+    countCase({"cyclic reads after ten writes"});
     EngineRun run(*rc::gen::inRange(0, 4), MERGE);
     run.poll(*rc::gen::inRange(1, 6));
     for (int i = 0; i < PENDING; ++i)
@@ -115,8 +121,10 @@ RC_GTEST_PROP(BetweenTwoCyclicReads, AreExactlyTenWritesWhileManyArePending, ())
         const int before = count.writes();
         const Exchanged done =
             run.exchange(static_cast<Reply>(replies[i]), static_cast<unsigned>(i));
-        if (done.kind == FRAME_CYCLIC_READ && !done.again)
+        if (done.kind == FRAME_CYCLIC_READ && !done.again) {
             RC_ASSERT(before == int(WRITES_IN_A_ROW));
+            tally("cyclic reads after ten writes");
+        }
         count.note(done);
         RC_ASSERT(count.writes() <= int(WRITES_IN_A_ROW));
     }
@@ -124,6 +132,7 @@ RC_GTEST_PROP(BetweenTwoCyclicReads, AreExactlyTenWritesWhileManyArePending, ())
 
 RC_GTEST_PROP(AOneShotRead, GoesOutBeforeACyclicReadUnlessThreeFramesWereAhead, ())
 {
+    countCase({"cyclic reads before a waiting one", "one-shot reads"});
     const std::vector<EngineStep> steps = stepsOfAPolledPanel();
     EngineRun run(*rc::gen::inRange(0, 4), MERGE);
     run.poll(*rc::gen::inRange(1, 6));
@@ -134,10 +143,14 @@ RC_GTEST_PROP(AOneShotRead, GoesOutBeforeACyclicReadUnlessThreeFramesWereAhead, 
         if (step.action != Action::EXCHANGE) continue;
         const int ahead = count.frames();
         const Exchanged done = run.exchange(step.reply, static_cast<unsigned>(step.noise));
-        if (waiting && done.kind == FRAME_CYCLIC_READ && !done.again)
+        if (waiting && done.kind == FRAME_CYCLIC_READ && !done.again) {
             RC_ASSERT(ahead >= int(BEFORE_ONE_SHOT));
-        if (done.kind == FRAME_CONDITIONAL_READ && !done.again)
+            tally("cyclic reads before a waiting one");
+        }
+        if (done.kind == FRAME_CONDITIONAL_READ && !done.again) {
             RC_ASSERT(ahead < int(BEFORE_ONE_SHOT));
+            tally("one-shot reads");
+        }
         count.note(done);
     }
 }
@@ -145,6 +158,7 @@ RC_GTEST_PROP(AOneShotRead, GoesOutBeforeACyclicReadUnlessThreeFramesWereAhead, 
 RC_GTEST_PROP(AOneShotRead, IsAnsweredWithinItsBoundWhenNoWritesKeepComing, ())
 {
     enum { SOUGHT = 4711 };
+    countCase();
     EngineRun run(RETRIES, MERGE);
     run.poll(*rc::gen::inRange(0, 6));
     runIn(run, *rc::gen::inRange(0, 25));
@@ -160,6 +174,7 @@ RC_GTEST_PROP(AOneShotRead, IsAnsweredWithinItsBoundWhenNoWritesKeepComing, ())
         const Exchanged done = run.exchange(Reply::GOOD, 0);
         served = done.frame.var.varId == int(SOUGHT) && done.result == REPLY_ACCEPTED;
     }
-    RC_CLASSIFY(turns == mostTurns(backlog), "as late as may be");
+    tally("one-shot reads served");
+    tally("as late as may be", turns == mostTurns(backlog));
     RC_ASSERT(driver.condReadList.isEmpty());
 }

@@ -81,11 +81,16 @@ std::uint16_t serialLineCrc(const unsigned char* bytes, int length)
     return static_cast<std::uint16_t>(crc);
 }
 
-std::ostream& operator<<(std::ostream& out, Reply reply)
+const char* nameOf(Reply reply)
 {
     static const char* const names[] = {"good", "empty",         "damaged",
                                         "cut",  "other station", "random"};
-    return out << names[static_cast<int>(reply)];
+    return names[static_cast<int>(reply)];
+}
+
+std::ostream& operator<<(std::ostream& out, Reply reply)
+{
+    return out << nameOf(reply);
 }
 
 PropertyBench::PropertyBench(int retryLimit, int mergeLimit)

@@ -26,6 +26,7 @@ struct Told
 /// What comes back for a request.
 enum class Reply { GOOD, EMPTY, DAMAGED, CUT, OTHER_STATION, RANDOM, KINDS };
 
+const char* nameOf(Reply reply);
 std::ostream& operator<<(std::ostream& out, Reply reply);
 
 /// A host's blocks around a driver as new, for one run of a property.

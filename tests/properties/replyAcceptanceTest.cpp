@@ -1,6 +1,7 @@
 // Which replies the driver takes: those of the due length with a good checksum, and no other.
 
 #include "engineSteps.h"
+#include "figures.h"
 
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
@@ -59,8 +60,12 @@ bool hasRightChecksum(const QByteArray& reply)
 void checkVerdict(const FRAME_PRO& frame)
 {
     QByteArray reply = bytesOf(*drawnReply(frame.recvLen - CHECKSUM));
-    const bool due = int(reply.size()) == frame.recvLen && hasRightChecksum(reply);
-    RC_CLASSIFY(due, "due");
+    const bool dueLength = int(reply.size()) == frame.recvLen;
+    const bool due = dueLength && hasRightChecksum(reply);
+    countCase();
+    tally("due", due);
+    tally("with the checksum wrong alone", dueLength && !due);
+    tally("with the length wrong alone", !dueLength && hasRightChecksum(reply));
     QString errorText;
     RC_ASSERT(intf_dealRcvFrame(reply, errorText) == (due ? REPLY_ACCEPTED : REPLY_RETRY));
 }

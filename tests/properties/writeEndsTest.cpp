@@ -1,6 +1,7 @@
 // What becomes of writes: each is confirmed, withdrawn, or replaced by a newer one of its element.
 
 #include "engineSteps.h"
+#include "figures.h"
 
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
@@ -61,9 +62,12 @@ public:
             QueuedWrite& queued = m_writes[at - 1];
             if (queued.bits != write.bits || queued.number != write.number) continue;
             queued = write;
+            tally("replaced");
             return;
         }
-        if (m_writes.size() > LAST_PLACE)
+        const bool full = m_writes.size() > LAST_PLACE;
+        tally("past the 513th", full);
+        if (full)
             m_writes[LAST_PLACE] = write;
         else
             m_writes.push_back(write);
@@ -113,6 +117,8 @@ public:
         RC_ASSERT(done.frame.var.addr == numberOnWire(ended));
         RC_ASSERT(done.frame.sendBuf[4] * 256 + done.frame.sendBuf[5] == valueOnWire(ended));
         RC_ASSERT(done.result == REPLY_ACCEPTED || done.result == REPLY_GIVEN_UP);
+        tally("confirmed", done.result == REPLY_ACCEPTED);
+        tally("withdrawn", done.result == REPLY_GIVEN_UP);
         if (done.result == REPLY_GIVEN_UP && (ended.bits || m_monitored)) RC_ASSERT(wasTold(ended));
         if (done.result == REPLY_ACCEPTED && ended.bits) RC_ASSERT(!wasTold(ended));
     }
@@ -174,6 +180,7 @@ private:
 
 RC_GTEST_PROP(EveryWrite, EndsConfirmedOrWithdrawnAndToldInTheOrderOfTheQueue, ())
 {
+    countCase({"confirmed", "withdrawn", "replaced", "past the 513th"});
     const std::vector<WriteStep> steps = *writeSteps();
     WritingHost host(*rc::gen::inRange(0, 4));
     for (const WriteStep& step : steps)
@@ -187,13 +194,18 @@ RC_GTEST_PROP(EveryWrite, EndsConfirmedOrWithdrawnAndToldInTheOrderOfTheQueue, (
 
 RC_GTEST_PROP(TheQueues, NeverHoldMoreThan513, ())
 {
+    countCase();
     const std::vector<EngineStep> steps = *engineSteps();
     EngineRun run(2, MERGE);
-    const int backlog = *rc::gen::inRange(0, 600);
+    const int backlog = *rc::gen::resize(
+        rc::kNominalSize, rc::gen::oneOf(rc::gen::inRange(0, 600), rc::gen::inRange(500, 600)));
+    tally("with more than 513 writes", backlog > int(PropertyBench::MOST_QUEUED));
     for (int i = 0; i < backlog; ++i) {
         run.bench.write(1, "MW", 4000 + i, i, i);
         run.bench.readOnce(2, "MW", 5000 + i, 1, i);
     }
+    tallyMost("writes queued", int(driver.writeList.size()), PropertyBench::MOST_QUEUED);
+    tallyMost("one-shot reads queued", int(driver.condReadList.size()), PropertyBench::MOST_QUEUED);
     for (const EngineStep& step : steps) {
         run.plan(step);
         if (step.action == Action::EXCHANGE)

@@ -112,10 +112,7 @@ public:
     void step()
     {
         if (++m_step % EXCHANGES_A_START == 0) {
-            char properties[] = "0#0#0#3#32";
-            int status = -1;
-            m_host.driver().initProperty(m_host.shared.data(), 0, m_host.recipe.data(), &status,
-                                         properties, &m_host.mutex);
+            m_host.start();
             m_host.poll();
             m_host.setRecipe();
         }

@@ -26,6 +26,23 @@ void takeMutexAndRead(int, int station, QString& name, int address)
     ThreadedHost::driver().getData(station, name, address, 1, value);
 }
 
+/// In turn what a host may call while writes and reads go on.
+void planOrSet(ThreadedHost& host, int round)
+{
+    switch (round % 5) {
+    case 0:
+        return host.poll();
+    case 1:
+        return host.readOnce(3000 + round % WORDS);
+    case 2:
+        return host.setRecipe();
+    case 3:
+        return host.setPage();
+    default:
+        return ThreadedHost::driver().setAddrValueChangeCallBack(ignore);
+    }
+}
+
 void fill(ThreadedHost& host, int round)
 {
     for (size_t i = 0; i < host.recipe.size(); ++i)
@@ -52,15 +69,13 @@ TEST(SerialisedCalls, OfSeveralThreadsLoseNoWrite)
         });
         RepeatingThread planning([&, round = 0]() mutable {
             const std::lock_guard<std::mutex> alone(serial);
-            if (++round % 2 != 0)
-                host.poll();
-            else
-                host.readOnce(3000 + round % WORDS);
+            planOrSet(host, ++round);
         });
         for (int i = 0; i < ROUNDS; ++i) {
             const std::lock_guard<std::mutex> alone(serial);
             host.write(3000 + i % WORDS, i);
             EXPECT_EQ(i, host.read(3000 + i % WORDS));
+            planOrSet(host, i);
         }
         communication.await(ROUNDS);
         planning.await(ROUNDS);
@@ -83,10 +98,7 @@ TEST(SerialisedCalls, MayStartTheDriverAnewOnAnyThread)
     });
     for (int i = 0; i < TRANSFERS; ++i) {
         const std::lock_guard<std::mutex> alone(serial);
-        char properties[] = "0#0#0#3#32";
-        int status = -1;
-        host.driver().initProperty(host.shared.data(), 0, host.recipe.data(), &status, properties,
-                                   &host.mutex);
+        host.start();
         host.poll();
         EXPECT_EQ(0, host.read(3000));
     }

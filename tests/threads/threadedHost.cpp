@@ -43,11 +43,16 @@ const DriverLibrary& ThreadedHost::driver()
 ThreadedHost::ThreadedHost(ValueChangeCallBack callBack)
     : shared(RECIPE_UPLOAD_FLAG + 1), recipe(2 * RECIPE_WORDS), plc(STATION)
 {
+    start();
+    driver().setAddrValueChangeCallBack(callBack);
+    poll();
+}
+
+void ThreadedHost::start()
+{
     char properties[] = "0#0#0#3#32";
     int status = -1;
     driver().initProperty(shared.data(), 0, recipe.data(), &status, properties, &mutex);
-    driver().setAddrValueChangeCallBack(callBack);
-    poll();
 }
 
 void ThreadedHost::poll() const
@@ -65,6 +70,12 @@ void ThreadedHost::setRecipe() const
     for (int word = 0; word < RECIPE_WORDS; word += 4)
         records.append(recordAt(word, 4));
     driver().setRcpAddress(records);
+}
+
+void ThreadedHost::setPage() const
+{
+    const QString page = QLatin1String("page");
+    driver().setDriverPropertyPage(&page);
 }
 
 bool ThreadedHost::exchange()

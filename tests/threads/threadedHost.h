@@ -19,9 +19,12 @@ public:
 
     explicit ThreadedHost(ValueChangeCallBack callBack = nullptr);
 
+    /// Starts the driver anew, with nothing to poll.
+    void start();
     /// Reads the plan anew: a few words and bits.
     void poll() const;
     void setRecipe() const;
+    void setPage() const;
     /// One request, its reply from the PLC, and its end; false with nothing to send.
     bool exchange();
     void write(int address, int value) const;
