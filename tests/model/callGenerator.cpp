@@ -13,7 +13,7 @@ namespace model {
 namespace {
 
 // More calls to one driver than this only make its cache longer, and so each call slower.
-enum { FEWEST_CALLS = 60, MOST_CALLS = 700, LONG_WRITE = 520 };
+enum { FEWEST_CALLS = 60, MOST_CALLS = 700, LONG_QUEUE = 520, WORD_MODE = 0 };
 
 class CallGenerator
 {
@@ -52,6 +52,7 @@ private:
     }
     void oneShot();
     void manyOneShots();
+    void fullOneShots();
     void write();
     void longWrite();
     void writeBurst();
@@ -94,7 +95,7 @@ private:
         Turn turn;
         int weight;
     };
-    static const std::array<Habit, 18> HABITS;
+    static const std::array<Habit, 19> HABITS;
 
     RandomSource m_random;
     RandomWorld m_world;
@@ -105,24 +106,16 @@ private:
     int m_context = 0;
 };
 
-const std::array<CallGenerator::Habit, 18> CallGenerator::HABITS = {{
-    {&CallGenerator::shortExchange, 60},
-    {&CallGenerator::longExchange, 10},
-    {&CallGenerator::write, 20},
-    {&CallGenerator::writeBurst, 5},
-    {&CallGenerator::oneShot, 15},
-    {&CallGenerator::manyOneShots, 2},
-    {&CallGenerator::read, 20},
-    {&CallGenerator::merge, 8},
-    {&CallGenerator::mergeNeighbours, 4},
-    {&CallGenerator::edit, 15},
-    {&CallGenerator::recipeTransfer, 8},
-    {&CallGenerator::shrinkingRecipe, 2},
-    {&CallGenerator::recipeSet, 2},
-    {&CallGenerator::recipeFlag, 2},
-    {&CallGenerator::fillBuffer, 4},
-    {&CallGenerator::initialise, 2},
-    {&CallGenerator::strayReply, 3},
+const std::array<CallGenerator::Habit, 19> CallGenerator::HABITS = {{
+    {&CallGenerator::shortExchange, 60},  {&CallGenerator::longExchange, 10},
+    {&CallGenerator::write, 20},          {&CallGenerator::writeBurst, 5},
+    {&CallGenerator::oneShot, 15},        {&CallGenerator::manyOneShots, 2},
+    {&CallGenerator::fullOneShots, 1},    {&CallGenerator::read, 20},
+    {&CallGenerator::merge, 8},           {&CallGenerator::mergeNeighbours, 4},
+    {&CallGenerator::edit, 15},           {&CallGenerator::recipeTransfer, 8},
+    {&CallGenerator::shrinkingRecipe, 2}, {&CallGenerator::recipeSet, 2},
+    {&CallGenerator::recipeFlag, 2},      {&CallGenerator::fillBuffer, 4},
+    {&CallGenerator::initialise, 2},      {&CallGenerator::strayReply, 3},
     {&CallGenerator::callback, 1},
 }};
 
@@ -158,6 +151,20 @@ void CallGenerator::manyOneShots()
     m_calls.push_back(OneShotCall{key, m_random.between(0, 9)});
 }
 
+/// With a merge limit of 1 each unit is a block of its own: more of them than are queued.
+void CallGenerator::fullOneShots()
+{
+    const std::string properties = std::to_string(m_context) + "#0#12#3#1";
+    m_calls.push_back(InitCall{true, true, true, true, true, properties, 0});
+    Key key = m_world.key();
+    key.area = m_world.area();
+    key.unitMode = WORD_MODE;
+    key.count = m_random.between(LONG_QUEUE - 20, LONG_QUEUE + 20);
+    m_calls.push_back(OneShotCall{key, m_random.between(0, 9)});
+    shortExchange();
+    oneShot();
+}
+
 void CallGenerator::write()
 {
     SetDataCall call;
@@ -183,11 +190,11 @@ void CallGenerator::longWrite()
     call.station = m_world.station();
     call.area = m_world.area();
     call.addr = m_world.addr(call.area);
-    call.count = m_random.between(LONG_WRITE - 20, LONG_WRITE + 20);
+    call.count = m_random.between(LONG_QUEUE - 20, LONG_QUEUE + 20);
     call.values = m_world.values(call.area, call.count);
     call.varId = m_random.between(-1, 99);
     m_calls.push_back(call);
-    if (m_random.oneIn(3)) exchange(LONG_WRITE + 60);
+    if (m_random.oneIn(3)) exchange(LONG_QUEUE + 60);
 }
 
 void CallGenerator::read()

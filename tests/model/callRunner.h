@@ -18,9 +18,14 @@ struct Disagreement
     std::string text;
 };
 
+/// A sequence takes some milliseconds.
+enum { MOST_CPU_SECONDS = 10 };
+
 /// Makes the calls of the driver and of the model, in a child process of its own: the driver keeps
-/// state that only a new process is without. A driver that crashes disagrees.
-Disagreement runApart(const DriverLibrary& library, const std::vector<Call>& calls);
+/// state that only a new process is without. A driver that crashes disagrees, and so does one that
+/// loops for `mostCpuSeconds`.
+Disagreement runApart(const DriverLibrary& library, const std::vector<Call>& calls,
+                      unsigned mostCpuSeconds = MOST_CPU_SECONDS);
 
 } // namespace model
 

@@ -34,9 +34,12 @@ const std::chrono::seconds MOST_TIME_TO_MINIMISE(60);
 std::string failureText(const DriverLibrary& library, std::uint64_t seed, std::vector<Call> calls,
                         const Disagreement& first)
 {
+    using Clock = std::chrono::steady_clock;
     calls.resize(first.callIndex + 1);
-    const std::vector<Call> few = minimised(
-        calls, [&library](const std::vector<Call>& rest) { return runApart(library, rest).found; });
+    const Clock::time_point end = Clock::now() + MOST_TIME_TO_MINIMISE;
+    const std::vector<Call> few = minimised(calls, [&library, end](const std::vector<Call>& rest) {
+        return Clock::now() < end && runApart(library, rest).found;
+    });
     const Disagreement last = runApart(library, few);
     std::ostringstream out;
     out << "seed " << seed << ": the driver and the model disagree after " << calls.size()
@@ -53,7 +56,8 @@ CampaignResult runCampaign(const DriverLibrary& library, std::uint64_t firstSeed
                            unsigned long long leastCalls)
 {
     const auto start = std::chrono::steady_clock::now();
-    branchCounters(); // mapped here, so that every child counts in the same memory
+    // Here, so that every child counts in the same memory, and for this campaign alone.
+    std::fill_n(branchCounters(), BRANCH_COUNT, 0ULL);
     CampaignResult result;
     for (std::uint64_t seed = firstSeed; result.calls < leastCalls && result.agreed; ++seed) {
         const std::vector<Call> calls = randomCalls(seed);

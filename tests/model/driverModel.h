@@ -32,6 +32,12 @@ public:
     std::optional<Frame> getSendFrame();
     int dealRcvFrame(const Bytes& reply, std::string& errorText);
 
+    /// Whether a reply is awaited.
+    bool isFramePending() const
+    {
+        return m_pending.has_value();
+    }
+
     Bytes getData(int station, const std::string& area, int addr, int count);
     int setData(int station, const std::string& area, int addr, const Bytes& values, int varId);
 
@@ -73,8 +79,10 @@ private:
     Bytes* m_recipeBuffer = nullptr;
 
     std::list<Variable> m_reads;
-    CappedQueue m_writes;
-    CappedQueue m_oneShots;
+    CappedQueue m_writes{{Branch::WRITE_REPLACED, Branch::WRITES_FULL,
+                          Branch::WRITE_APPENDED_BESIDE_OLDEST, Branch::WRITE_APPENDED}};
+    CappedQueue m_oneShots{{Branch::ONE_SHOT_REPLACED, Branch::ONE_SHOTS_FULL,
+                            Branch::ONE_SHOT_APPENDED_BESIDE_OLDEST, Branch::ONE_SHOT_APPENDED}};
     Variable m_lastOneShot;
     Recipes m_recipes;
     Cache m_cache;

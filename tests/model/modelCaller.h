@@ -32,6 +32,11 @@ public:
     Outcome operator()(const FillBufferCall& call);
     Outcome reply(const Bytes& bytes);
 
+    bool isFramePending() const
+    {
+        return m_model.isFramePending();
+    }
+
     const HostMemory& memory() const
     {
         return m_memory;

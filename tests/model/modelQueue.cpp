@@ -1,7 +1,5 @@
 #include "modelQueue.h"
 
-#include "branches.h"
-
 namespace model {
 
 namespace {
@@ -20,22 +18,30 @@ void CappedQueue::add(const Variable& var)
     for (size_t i = m_items.size(); i > 1; --i) {
         Variable& queued = m_items[i - 1];
         if (!sameRange(queued, var)) continue;
-        reach(Branch::QUEUE_REPLACED);
+        reach(m_branches.replaced);
         queued = var;
         return;
     }
     if (m_items.size() >= MOST_ITEMS) {
-        reach(Branch::QUEUE_FULL);
+        countFull();
         m_items.back() = var;
         return;
     }
     const bool equalsOldest = !m_items.empty() && sameRange(m_items.front(), var);
-    reach(equalsOldest ? Branch::QUEUE_APPENDED_BESIDE_OLDEST : Branch::QUEUE_APPENDED);
+    reach(equalsOldest ? m_branches.appendedBesideOldest : m_branches.appended);
     m_items.push_back(var);
+}
+
+/// Once until the queue is shorter again: one long call is not hundreds.
+void CappedQueue::countFull()
+{
+    if (!m_overflowed) reach(m_branches.full);
+    m_overflowed = true;
 }
 
 void CappedQueue::removeOldest()
 {
+    m_overflowed = false;
     if (!m_items.empty()) m_items.erase(m_items.begin());
 }
 

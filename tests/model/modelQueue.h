@@ -1,6 +1,7 @@
 #ifndef MODEL_QUEUE_H
 #define MODEL_QUEUE_H
 
+#include "branches.h"
 #include "modelTypes.h"
 
 namespace model {
@@ -11,12 +12,24 @@ bool sameRange(const Variable& a, const Variable& b);
 class CappedQueue
 {
 public:
+    /// The two queues are counted apart.
+    struct Branches
+    {
+        Branch replaced;
+        Branch full;
+        Branch appendedBesideOldest;
+        Branch appended;
+    };
+
+    explicit CappedQueue(const Branches& branches) : m_branches(branches) {}
+
     /// A queued entry of the same range is replaced, unless it is the oldest.
     void add(const Variable& var);
     void removeOldest();
     void clear()
     {
         m_items.clear();
+        m_overflowed = false;
     }
 
     bool empty() const
@@ -29,6 +42,10 @@ public:
     }
 
 private:
+    void countFull();
+
+    Branches m_branches;
+    bool m_overflowed = false;
     std::vector<Variable> m_items;
 };
 

@@ -2,7 +2,6 @@
 
 #include "branches.h"
 #include "modelFrames.h"
-#include "randomSource.h"
 
 #include <algorithm>
 
@@ -102,10 +101,10 @@ Bytes exceptionReply(const Frame& frame, RandomSource& random)
     return bytes;
 }
 
-void countReply(ReplyKind kind)
+/// Also with no reply at all, as to a broadcast.
+bool hasGoodReply(const Frame& frame)
 {
-    const int first = static_cast<int>(Branch::HANDED_IN_GOOD);
-    reach(static_cast<Branch>(first + static_cast<int>(kind)));
+    return !frame.unsendable && (frame.recvLen == 0 || frame.recvLen > CRC_BYTES);
 }
 
 } // namespace
@@ -119,17 +118,48 @@ void ReplyMaker::note(const Frame& frame)
 
 Bytes ReplyMaker::reply(const ReplyCall& call) const
 {
-    countReply(call.kind);
     RandomSource random(call.seed);
     if (call.kind == ReplyKind::EMPTY) return {};
     if (m_frames.empty()) return randomBytes(WRITE_REPLY_BYTES, random);
     const Frame& latest = m_frames.front();
     if (latest.unsendable) return randomBytes(static_cast<size_t>(random.below(3)), random);
     if (call.kind == ReplyKind::EXCEPTION) return exceptionReply(latest, random);
-    const int age = call.kind == ReplyKind::LATE ? random.below(int(m_frames.size())) : 0;
-    Bytes bytes = goodReply(m_frames[static_cast<size_t>(age)], random);
+    Bytes bytes = goodReply(m_frames[ageOf(call, random)], random);
     spoil(bytes, call.kind, random);
     return bytes;
+}
+
+size_t ReplyMaker::ageOf(const ReplyCall& call, RandomSource& random) const
+{
+    if (call.kind != ReplyKind::LATE) return 0;
+    return static_cast<size_t>(random.below(int(m_frames.size())));
+}
+
+bool ReplyMaker::answersAnOlderRequest(const ReplyCall& call) const
+{
+    RandomSource random(call.seed);
+    const Frame& answered = m_frames[ageOf(call, random)];
+    return hasGoodReply(answered) && answered.bytes != m_frames.front().bytes;
+}
+
+bool ReplyMaker::isOfItsKind(const ReplyCall& call, const Bytes& bytes) const
+{
+    if (m_frames.empty() || !hasGoodReply(m_frames.front())) return false;
+    const Frame& latest = m_frames.front();
+    RandomSource random(call.seed);
+    const bool good = bytes == goodReply(latest, random);
+    if (good != (call.kind == ReplyKind::GOOD)) return false;
+    if (call.kind == ReplyKind::LATE) return !bytes.empty() && answersAnOlderRequest(call);
+    if (call.kind == ReplyKind::OTHER_STATION)
+        return static_cast<int>(bytes.size()) == latest.recvLen;
+    return true;
+}
+
+void ReplyMaker::count(const ReplyCall& call, const Bytes& bytes) const
+{
+    if (!isOfItsKind(call, bytes)) return;
+    const int first = static_cast<int>(Branch::HANDED_IN_GOOD);
+    reach(static_cast<Branch>(first + static_cast<int>(call.kind)));
 }
 
 } // namespace model

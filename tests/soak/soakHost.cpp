@@ -6,9 +6,12 @@ enum {
     STATIONS = 2,
     RECIPE_WORDS = 64,
     SEED = 20240611,
-    EXCHANGES_A_START = 10000,
-    BURST = 400, // below the 513 that the queue holds, with what else may be in it
-    WRITTEN_WORDS = 500,
+    QUEUE_PLACES = 513,
+    BURST = 400, // below the queue's places, with what else may be in it
+    WORDS = QUEUE_PLACES,
+    ROUND_EXCHANGES = 3000, // a full list goes through all of its memory, which it doubles twice
+    POLLED_ID = 4,
+    MOST_READ_ONCE = 60,
     SETTLING_EXCHANGES = 3000,
     OUTAGE_EXCHANGES = 12
 };
@@ -21,6 +24,7 @@ enum {
     INPUTS_MOVE = 10,
     A_WRITE = 4,
     A_ONE_SHOT_READ = 40,
+    A_BURST = 5000,
     A_TRANSFER = 1500,
     AN_OUTAGE = 3000,
     A_LOST_REPLY = 60,
@@ -107,8 +111,17 @@ void SoakHost::start()
     QVector<_RCP_VAR_PRO> records = {recordAt(3200, 8, 0), recordAt(3300, 4, 8),
                                      recordAt(3400, 16, 12)};
     m_driver.setRcpAddress(records);
-    writeMany();
+    fillCache();
     ++m_figures.starts;
+}
+
+/// What is looked at stays in the cache: it has its whole size before memory is first measured.
+void SoakHost::fillCache()
+{
+    unsigned char values[2 * WORDS];
+    m_driver.getData(1, QLatin1String("MW"), 3000, WORDS, values);
+    m_driver.getData(1, QLatin1String("QW"), 0, MOST_READ_ONCE, values);
+    m_driver.getData(1, QLatin1String("IW"), 0, MOST_READ_ONCE, values);
 }
 
 void SoakHost::writeOne()
@@ -124,14 +137,13 @@ void SoakHost::writeOne()
 void SoakHost::writeMany()
 {
     std::vector<unsigned char> values(2 * BURST, static_cast<unsigned char>(draw(256)));
-    m_driver.setData(1, QLatin1String("MW"), 3000 + draw(WRITTEN_WORDS - BURST), BURST,
-                     values.data(), 0);
+    m_driver.setData(1, QLatin1String("MW"), 3000 + draw(WORDS - BURST), BURST, values.data(), 0);
 }
 
 void SoakHost::readOnce()
 {
     KEY_ADDRESS key = keyOf(POLLED[draw(int(sizeof POLLED / sizeof POLLED[0]))], 1);
-    key.count = key.unitMode == -1 ? 1 : 1 + draw(60);
+    key.count = key.unitMode == -1 ? 1 : 1 + draw(MOST_READ_ONCE);
     m_driver.addConditionRead(key, 0);
     ++m_figures.oneShotReads;
 }
@@ -153,17 +165,18 @@ void SoakHost::addWork()
 {
     if (draw(INPUTS_MOVE) == 0) m_plc.setElement(1 + draw(STATIONS), "IW", draw(10), draw(65536));
     if (draw(A_WRITE) == 0) writeOne();
+    if (draw(A_BURST) == 0) writeMany();
     if (draw(A_ONE_SHOT_READ) == 0) readOnce();
     if (draw(AN_OUTAGE) == 0) m_silentExchanges = OUTAGE_EXCHANGES;
     if (draw(A_TRANSFER) == 0 && !isTransferring())
         transfer(draw(2) == 0 ? RECIPE_DOWNLOAD_FLAG : RECIPE_UPLOAD_FLAG);
 }
 
-QByteArray SoakHost::reply(const FRAME_PRO& frame, bool faults)
+QByteArray SoakHost::reply(const FRAME_PRO& frame, Line line)
 {
     const Bytes answer = m_plc.answer(Bytes(frame.sendBuf, frame.sendBuf + frame.sendLen));
     QByteArray received(reinterpret_cast<const char*>(answer.data()), int(answer.size()));
-    if (!faults || received.isEmpty()) return received;
+    if (line == PERFECT || received.isEmpty()) return received;
     if (m_silentExchanges > 0) {
         --m_silentExchanges;
         return QByteArray();
@@ -177,15 +190,23 @@ QByteArray SoakHost::reply(const FRAME_PRO& frame, bool faults)
     return received;
 }
 
-bool SoakHost::talk(bool faults)
+bool SoakHost::talk(Line line)
 {
     FRAME_PRO frame;
     if (m_driver.getSendFrame(&frame) == 0) return false;
-    QByteArray received = reply(frame, faults);
+    QByteArray received = reply(frame, line);
     QString errorText;
-    switch (m_driver.dealRcvFrame(received, errorText)) {
+    const int result = m_driver.dealRcvFrame(received, errorText);
+    if (line == FAULTY) count(result, frame.sendBuf[1]);
+    return frame.var.varId != POLLED_ID;
+}
+
+void SoakHost::count(int result, int function)
+{
+    m_figures.told = timesTold;
+    switch (result) {
     case REPLY_ACCEPTED:
-        countAccepted(frame.sendBuf[1]);
+        countAccepted(function);
         break;
     case REPLY_GIVEN_UP:
         ++m_figures.givenUp;
@@ -193,8 +214,6 @@ bool SoakHost::talk(bool faults)
     default:
         ++m_figures.rejected;
     }
-    m_figures.told = timesTold;
-    return true;
 }
 
 void SoakHost::countAccepted(int function)
@@ -207,27 +226,54 @@ void SoakHost::countAccepted(int function)
 
 void SoakHost::exchange()
 {
-    // The driver keeps its place in a transfer over a start.
-    if (++m_exchanges >= EXCHANGES_A_START && !isTransferring()) {
-        m_exchanges = 0;
-        start();
-    }
     addWork();
-    talk(true);
+    talk(FAULTY);
+}
+
+void SoakHost::rest()
+{
+    for (int i = 0; i < SETTLING_EXCHANGES; ++i)
+        talk(PERFECT);
 }
 
 void SoakHost::restart()
 {
+    // The driver keeps its place in a transfer over a start.
     while (isTransferring())
-        talk(false);
-    m_exchanges = 0;
+        talk(PERFECT);
     start();
+}
+
+void SoakHost::writeWord(int number)
+{
+    unsigned char value[2] = {static_cast<unsigned char>(draw(256)), 0};
+    m_driver.setData(1, QLatin1String("MW"), 3000 + number % WORDS, 1, value, 0);
+}
+
+void SoakHost::readWord(int number)
+{
+    KEY_ADDRESS key = keyOf({"MW", 3000 + number % WORDS, 1, 0}, 1);
+    m_driver.addConditionRead(key, 0);
+}
+
+/// A queue keeps the memory that it once needed: a full one goes round in it, so that it needs no
+/// more later.
+void SoakHost::fillAndEmpty(void (SoakHost::*add)(int number))
+{
+    int added = 0;
+    while (added < QUEUE_PLACES)
+        (this->*add)(added++);
+    for (int i = 0; i < ROUND_EXCHANGES; ++i) {
+        if (talk(PERFECT)) (this->*add)(added++);
+    }
+    rest();
 }
 
 void SoakHost::settle()
 {
-    for (int i = 0; i < SETTLING_EXCHANGES; ++i)
-        talk(false);
+    rest();
+    fillAndEmpty(&SoakHost::writeWord);
+    fillAndEmpty(&SoakHost::readWord);
 }
 
 int SoakHost::wrongUnits() const

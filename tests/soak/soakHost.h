@@ -9,9 +9,8 @@
 #include <random>
 #include <vector>
 
-/// A host that never stops: polls, writes, reads once, transfers recipes, loses replies, and starts
-/// the driver anew now and then. What it asks for stays within fixed windows, so a driver that
-/// keeps its memory keeps it flat.
+/// A host that never stops: polls, writes, reads once, transfers recipes and loses replies. What it
+/// asks for stays within fixed windows, so a driver that keeps its memory keeps it flat.
 class SoakHost
 {
 public:
@@ -34,10 +33,11 @@ public:
 
     void exchange();
 
-    /// Ends a transfer under way and starts the driver anew: the state in which memory compares.
+    /// Ends a transfer under way and starts the driver anew.
     void restart();
 
-    /// Exchanges without faults and new work until all that is queued is done and all is polled.
+    /// Exchanges without faults, with full queues and then until all is done and polled: the state
+    /// in which memory compares. They do not count in the figures.
     void settle();
 
     /// Polled units whose value in the cache is not the PLC's.
@@ -49,16 +49,24 @@ public:
     }
 
 private:
+    enum Line { FAULTY, PERFECT };
+
     void start();
+    void fillCache();
     void addWork();
     void writeOne();
     void writeMany();
     void readOnce();
+    void writeWord(int number);
+    void readWord(int number);
+    void rest();
+    void fillAndEmpty(void (SoakHost::*add)(int number));
     void transfer(RecipeFlag flag);
     bool isTransferring() const;
-    bool talk(bool faults);
+    bool talk(Line line); ///< whether it was queued work
+    void count(int result, int function);
     void countAccepted(int function);
-    QByteArray reply(const FRAME_PRO& frame, bool faults);
+    QByteArray reply(const FRAME_PRO& frame, Line line);
     int draw(int below);
 
     const DriverLibrary& m_driver;
@@ -68,7 +76,6 @@ private:
     std::vector<unsigned char> m_recipe;
     QMutex m_mutex;
     Figures m_figures;
-    long long m_exchanges = 0;
     int m_silentExchanges = 0;
 };
 
