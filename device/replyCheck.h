@@ -19,9 +19,10 @@ enum ReplyKind {
 ///   write echo    | station | function | address | value or count | crc lo | crc hi |    8 bytes
 ///   exception     | station | function + 128 | code | crc lo | crc hi |    5 bytes
 ///
-/// An exception reply is rejected for its length alone. Noise, a cut or doubled reply, and silence
-/// where a reply was due are rejected too; a late reply of the right length is not, and neither is
-/// one of another station: keeping those away is the host's part.
+/// An exception reply is rejected for its length alone, unless the read asked for no register.
+/// Noise, a cut or doubled reply, and silence where a reply was due are rejected too; a late reply
+/// of the right length is not, and neither is one of another station: keeping those away is the
+/// host's part.
 /// @return a ReplyKind
 int check_rcv_data(const unsigned char* bytes, const QList<VARIABLE>& variables, int len);
 

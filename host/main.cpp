@@ -24,6 +24,7 @@
 #include "verbs/commandLine.h"
 #include "verbs/companionFiles.h"
 #include "verbs/interrupt.h"
+#include "verbs/printing.h"
 
 #include <QCoreApplication>
 
@@ -38,9 +39,7 @@ namespace {
 
 ExitStatus failed(ExitStatus status, const std::exception& error)
 {
-    // Of a file all bad lines are told.
-    for (const QString& line : QString::fromUtf8(error.what()).split(QLatin1Char('\n')))
-        std::fprintf(stderr, "kakb-host: %s\n", qUtf8Printable(line));
+    printFailure(error);
     return status;
 }
 

@@ -98,7 +98,7 @@ struct FRAME_PRO
     qint32 sendLen;                     ///< bytes of sendBuf to send; 0: send nothing
     qint32 recvLen;   ///< exact length of the reply; 0 or less, or with sendLen 0: none can come
     qint32 dataStart; ///< offset of the first data byte in a read reply, else 0
-    qint32 itemCount; ///< words or bits that a read asked for; 0 for a write
+    qint32 itemCount; ///< words or bits that a read asked for; 0: a write, or a read of station 0
     qint32 spare;     ///< not used
     VARIABLE var;     ///< what the frame reads or writes
 

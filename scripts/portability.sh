@@ -9,7 +9,8 @@
 # Needs the packages of scripts/install-dependencies.sh portability, and root or sudo for debootstrap,
 # which makes build/sysroot/ARCH once from the mirror that apt uses; remove it to have it made anew.
 # Builds in build/portability/ARCH.
-# MODEL_CALLS (default 20000) and PROPERTY_CASES (default 100) are fewer than in a native run.
+# MODEL_CALLS (default 20000) and PROPERTY_CASES (default 100) are fewer than in a native run; with
+# fewer than 100 cases a property may not come to all that it must.
 # Exit status: 0 all passed, 1 usage, 2 no sysroot, 3 it does not build, 4 a test failed.
 set -euo pipefail
 . "$(dirname "$0")/common.sh"

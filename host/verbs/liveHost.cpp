@@ -6,6 +6,7 @@
 #include "plan/wireCost.h"
 #include "verbs/companionFiles.h"
 #include "verbs/interrupt.h"
+#include "verbs/printing.h"
 
 #include <QDateTime>
 
@@ -130,6 +131,17 @@ Communication::OpenLink LiveHost::opener(const std::vector<Tag>& tags)
         m_simulator.emplace(simulatorProgram(m_options),
                             simulatorArguments(m_options, address, tags));
         return [this, address] { return m_simulator->open(address.line); };
+    }
+}
+
+ExitStatus LiveHost::run(const std::function<ExitStatus()>& work)
+{
+    try {
+        return work();
+    } catch (const VerbFailure& failure) {
+        if (m_trace) m_trace->flush();
+        printFailure(failure);
+        return failure.status;
     }
 }
 

@@ -23,12 +23,14 @@ ExitStatus readOnce(const DriverLibrary& driver, const LinkOptions& options,
                     const std::vector<Tag>& tags)
 {
     LiveHost host(driver, options, tags, false);
-    host.connect();
-    const int job = host.newJob();
-    host.communication().readOnce(job, host.blocks());
-    host.await(job);
-    const std::vector<TagState> states = host.board().tags();
-    for (size_t i = 0; i < tags.size(); ++i)
-        print(tags[i], states[i], options.json);
-    return EXIT_DONE;
+    return host.run([&] {
+        host.connect();
+        const int job = host.newJob();
+        host.communication().readOnce(job, host.blocks());
+        host.await(job);
+        const std::vector<TagState> states = host.board().tags();
+        for (size_t i = 0; i < tags.size(); ++i)
+            print(tags[i], states[i], options.json);
+        return EXIT_DONE;
+    });
 }

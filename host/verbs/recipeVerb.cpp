@@ -12,6 +12,7 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <functional>
 
 namespace {
 
@@ -50,7 +51,15 @@ public:
           m_host(driver, options, tags, false),
           m_showsProgress(isatty(STDERR_FILENO) && !options.json && !options.trace)
     {
-        m_host.connect();
+    }
+
+    /// Does the work of a verb on the open link.
+    ExitStatus run(const std::function<ExitStatus()>& work)
+    {
+        return m_host.run([&] {
+            m_host.connect();
+            return work();
+        });
     }
 
     void download(const std::vector<QByteArray>& values)
@@ -158,11 +167,13 @@ ExitStatus downloadRecipe(const DriverLibrary& driver, const LinkOptions& option
 {
     const Recipe recipe = readRecipeFile(recipeOptions.file, driver, true);
     RecipeTransfer transfer(driver, options, recipe.tags);
-    transfer.download(recipe.values);
-    if (recipeOptions.verify)
-        verify(recipe.tags, recipe.values, transfer.upload("reading back"), options.json);
-    printDone("downloaded", recipe.tags.size(), recipeOptions.verify, options.json);
-    return EXIT_DONE;
+    return transfer.run([&] {
+        transfer.download(recipe.values);
+        if (recipeOptions.verify)
+            verify(recipe.tags, recipe.values, transfer.upload("reading back"), options.json);
+        printDone("downloaded", recipe.tags.size(), recipeOptions.verify, options.json);
+        return EXIT_DONE;
+    });
 }
 
 ExitStatus uploadRecipe(const DriverLibrary& driver, const LinkOptions& options,
@@ -170,11 +181,13 @@ ExitStatus uploadRecipe(const DriverLibrary& driver, const LinkOptions& options,
 {
     Recipe recipe = readRecipeFile(recipeOptions.file, driver, false);
     RecipeTransfer transfer(driver, options, recipe.tags);
-    recipe.values = transfer.upload("reading");
-    if (recipeOptions.verify)
-        verify(recipe.tags, recipe.values, transfer.upload("reading back"), options.json);
-    writeRecipeFile(recipeOptions.output.isEmpty() ? recipeOptions.file : recipeOptions.output,
-                    recipe);
-    printDone("uploaded", recipe.tags.size(), recipeOptions.verify, options.json);
-    return EXIT_DONE;
+    return transfer.run([&] {
+        recipe.values = transfer.upload("reading");
+        if (recipeOptions.verify)
+            verify(recipe.tags, recipe.values, transfer.upload("reading back"), options.json);
+        writeRecipeFile(recipeOptions.output.isEmpty() ? recipeOptions.file : recipeOptions.output,
+                        recipe);
+        printDone("uploaded", recipe.tags.size(), recipeOptions.verify, options.json);
+        return EXIT_DONE;
+    });
 }

@@ -81,6 +81,31 @@ QString unconfirmed(const Assignment& assigned, const QString& trouble)
     return QString(QLatin1String("%1 is not confirmed: %2")).arg(labelText(assigned.tag), trouble);
 }
 
+/// Tells of each whether it is confirmed.
+ExitStatus write(LiveHost& host, const std::vector<Assignment>& assignments, bool json)
+{
+    host.connect();
+    std::vector<int> jobs;
+    for (const Assignment& assigned : assignments) {
+        jobs.push_back(host.newJob());
+        host.communication().write(jobs.back(), elementsOf(assigned));
+    }
+    std::vector<JobEnd> failures;
+    for (size_t i = 0; i < jobs.size(); ++i) {
+        JobEnd end = host.endOf(jobs[i]);
+        if (end.outcome == JobEnd::DONE) {
+            print(assignments[i], json);
+            continue;
+        }
+        if (end.outcome == JobEnd::LOST) end.trouble = unconfirmed(assignments[i], end.trouble);
+        failures.push_back(end);
+    }
+    for (size_t i = 1; i < failures.size(); ++i)
+        std::fprintf(stderr, "kakb-host: %s\n", qUtf8Printable(failures[i].trouble));
+    if (!failures.empty()) host.mustBeDone(failures.front());
+    return EXIT_DONE;
+}
+
 } // namespace
 
 Assignment assignment(const QString& text, const TagChoice& tags, const DriverLibrary& driver)
@@ -106,24 +131,5 @@ ExitStatus writeOnce(const DriverLibrary& driver, const LinkOptions& options,
         tags.push_back(assigned.tag);
     mustNotShare(tags);
     LiveHost host(driver, options, tags, false);
-    host.connect();
-    std::vector<int> jobs;
-    for (const Assignment& assigned : assignments) {
-        jobs.push_back(host.newJob());
-        host.communication().write(jobs.back(), elementsOf(assigned));
-    }
-    std::vector<JobEnd> failures;
-    for (size_t i = 0; i < jobs.size(); ++i) {
-        JobEnd end = host.endOf(jobs[i]);
-        if (end.outcome == JobEnd::DONE) {
-            print(assignments[i], options.json);
-            continue;
-        }
-        if (end.outcome == JobEnd::LOST) end.trouble = unconfirmed(assignments[i], end.trouble);
-        failures.push_back(end);
-    }
-    for (size_t i = 1; i < failures.size(); ++i)
-        std::fprintf(stderr, "kakb-host: %s\n", qUtf8Printable(failures[i].trouble));
-    if (!failures.empty()) host.mustBeDone(failures.front());
-    return EXIT_DONE;
+    return host.run([&] { return write(host, assignments, options.json); });
 }

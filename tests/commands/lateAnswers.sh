@@ -101,6 +101,27 @@ outputHas 'link lost' 'link is back' 'a +MW100 = 4711$' 'b +MW4000 = 99$'
 [ "$(grep -c ' = ' "$work/out")" = 2 ] || { show; fail "a value changed"; }
 stopDeviceServer
 
+# What failed is told before the wait, not behind it.
+saysWhy() { grep -q 'kakb-host: .*does not answer' "$work/err"; }
+startPlc pty --silent 1
+seven=$work/seven.csv
+for verb in "read MW100" "write MW100=7" "recipe download $seven" "recipe upload $seven"; do
+    # shellcheck disable=SC2086 # the verb's arguments
+    "$programs/kakb-host" $verb --link "$link" --timeout-ms 2000 --attempts 1 \
+        >"$work/out" 2>"$work/err" </dev/null &
+    watcher=$!
+    command_line="kakb-host $verb"
+    eventually 20 saysWhy || { show; fail "it does not say why it failed"; }
+    isGone "$watcher" && { show; fail "it tells only when it ends"; }
+    kill -INT "$watcher"
+    status=0
+    wait "$watcher" || status=$?
+    watcher=
+    [ "$status" = 4 ] || { show; fail "status $status, not 4"; }
+    [ "$(grep -c 'kakb-host: ' "$work/err")" = 1 ] || { show; fail "it says so more than once"; }
+done
+stopPlc
+
 # Whoever interrupts the wait itself, or the time-out before it, does not wait either.
 startPlc pty --silent 1
 hasRequest() { grep -q ' > ' "$work/err"; }

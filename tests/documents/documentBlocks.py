@@ -9,7 +9,10 @@ MARKER = re.compile(r"<!-- (.*) -->$")
 
 @dataclass
 class Block:
-    """A fenced or indented block. `marker` is a comment right above it that only the source shows."""
+    """A fenced or indented block, or one of a manual page, which is whole once its .fi was found.
+
+    `marker` is a comment right above it that only the source shows.
+    """
 
     document: str
     line: int

@@ -2,7 +2,7 @@
 """Runs every command of a document and checks every listing in it.
 
 usage: runDocument.py DOCUMENT SOURCE BUILD PROGRAM_FOLDER...
-  DOCUMENT         a Markdown file
+  DOCUMENT         a Markdown file, or a manual page (.1), of which what is from .nf to .fi is run
   SOURCE, BUILD    the project's folders
   PROGRAM_FOLDER   where kakb-host, kakb-sim and the examples are
 
