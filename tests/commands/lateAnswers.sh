@@ -106,6 +106,7 @@ saysWhy() { grep -q 'kakb-host: .*does not answer' "$work/err"; }
 startPlc pty --silent 1
 seven=$work/seven.csv
 for verb in "read MW100" "write MW100=7" "recipe download $seven" "recipe upload $seven"; do
+    : >"$work/err" # what the run before said is not this one's
     # shellcheck disable=SC2086 # the verb's arguments
     "$programs/kakb-host" $verb --link "$link" --timeout-ms 2000 --attempts 1 \
         >"$work/out" 2>"$work/err" </dev/null &
@@ -126,6 +127,7 @@ stopPlc
 startPlc pty --silent 1
 hasRequest() { grep -q ' > ' "$work/err"; }
 for timeout in 1000 60000; do
+    : >"$work/err"
     "$programs/kakb-host" read MW100 --link "$link" --timeout-ms "$timeout" --attempts 1 --trace \
         >"$work/out" 2>"$work/err" </dev/null &
     watcher=$!
