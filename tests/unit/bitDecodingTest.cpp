@@ -194,6 +194,12 @@ TEST_F(BitDecoding, InsideTheCallbackAPendingBitIsAlreadyWithdrawn)
     EXPECT_EQ(Bytes({0}), seenByHost);
 }
 
+TEST_F(BitDecoding, TheFirstDataByteIsWhereTheFrameSays)
+{
+    analyzeFrameOfVal(bytes({0, 0, 0, 0, 0, 0x80, 0x05}), 16, 5, variable(1, "IX", 32, 16));
+    EXPECT_EQ("1010000000000001", bits("IX", 32, 16));
+}
+
 TEST_F(BitDecoding, TheCallbackMayMakeTheCacheGrow)
 {
     for (int i = 0; i < 3; ++i)

@@ -56,7 +56,25 @@ void spoilName(int, int, QString& name, int)
     name = text("spoilt");
 }
 
+Bytes bytesWhenTold;
+
+void noteFilledWord(int, int, QString& name, int word)
+{
+    if (name != text("RWI")) return;
+    bytesWhenTold.push_back(driver.rcpBuffer[2 * word]);
+    bytesWhenTold.push_back(driver.rcpBuffer[2 * word + 1]);
+}
+
 } // namespace
+
+TEST_F(RecipeUploadDecoding, AWordIsInTheBufferWhenTheHostIsToldOfIt)
+{
+    bytesWhenTold.clear();
+    intf_setAddrValueChangeCallBack(noteFilledWord);
+    stage(3100, 2, 10);
+    decode(withChecksum({2, 3, 4, 0x01, 0x02, 0x03, 0x04}), 2, 3100);
+    EXPECT_EQ((Bytes{0x02, 0x01, 0x04, 0x03}), bytesWhenTold);
+}
 
 TEST_F(RecipeUploadDecoding, WordsGoToTheBufferLowByteFirst)
 {
