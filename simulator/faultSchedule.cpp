@@ -4,6 +4,8 @@ namespace {
 
 const double RANDOM_VALUES = 4294967296.0; // of std::mt19937
 
+const unsigned LATENESS_SEED = 0x55555555; // not the seed of another sequence
+
 const char* const NAMES[FAULT_KINDS] = {
     "drop",  "drop-request", "corrupt",     "truncate",      "duplicate",
     "delay", "stray-before", "stray-after", "wrong-station", "exception"};
@@ -22,13 +24,23 @@ const char* faultName(Fault fault)
 }
 
 FaultSchedule::FaultSchedule(const FaultRates& rates, unsigned seed, std::int64_t exchanges)
-    : m_rates(rates), m_random(seed), m_silences(~seed), m_exchanges(exchanges)
+    : m_rates(rates),
+      m_random(seed),
+      m_silences(~seed),
+      m_latenesses(seed ^ LATENESS_SEED),
+      m_exchanges(exchanges)
 {
 }
 
 bool FaultSchedule::isSilent(double share)
 {
     return !isOver() && drawnFrom(m_silences) < share;
+}
+
+std::optional<std::int64_t> FaultSchedule::lateness(double share, std::int64_t longest)
+{
+    if (isOver() || drawnFrom(m_latenesses) >= share) return std::nullopt;
+    return std::int64_t(drawnFrom(m_latenesses) * double(longest));
 }
 
 Fault FaultSchedule::next()

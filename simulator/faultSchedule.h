@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <random>
 
 enum Fault {
@@ -10,7 +11,7 @@ enum Fault {
     FAULT_DROP_REQUEST,  ///< never seen
     FAULT_CORRUPT,       ///< one bit of the reply flipped
     FAULT_TRUNCATE,      ///< the reply's end is missing
-    FAULT_DUPLICATE,     ///< the reply twice
+    FAULT_DUPLICATE,     ///< the reply twice, each copy by itself
     FAULT_DELAY,         ///< the reply late
     FAULT_STRAY_BEFORE,  ///< 1 to 3 random bytes ahead of the reply
     FAULT_STRAY_AFTER,   ///< 1 to 3 random bytes behind it
@@ -44,10 +45,15 @@ public:
     /// @return true for a share of the exchanges, whatever fault they would have
     bool isSilent(double share);
 
+    /// @return for a share of the exchanges, whatever fault they have, how late the reply is: 0 to
+    ///         `longest`
+    std::optional<std::int64_t> lateness(double share, std::int64_t longest);
+
 private:
     FaultRates m_rates;
     std::mt19937 m_random;
-    std::mt19937 m_silences; // apart, so that they leave the other faults where they are
+    std::mt19937 m_silences; // these two apart, so that they leave the other faults where they are
+    std::mt19937 m_latenesses;
     std::int64_t m_exchanges;
     std::int64_t m_drawn = 0;
 };

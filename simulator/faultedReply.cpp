@@ -4,22 +4,39 @@ namespace {
 
 enum { BYTE_BITS = 8, MOST_STRAY_BYTES = 3, LAST_STATION = 247, EXCEPTION_FLAG = 0x80 };
 
-std::size_t below(std::mt19937& random, std::size_t limit)
+std::size_t strayCount(const Draws& draws)
 {
-    return random() % limit;
+    return 1 + draws[0] % MOST_STRAY_BYTES;
 }
 
-void flipOneBit(Bytes& reply, std::mt19937& random)
+/// How many a fault needs. That may depend on those that it has.
+std::size_t drawCount(Fault fault, const Draws& draws)
 {
-    std::uint8_t& byte = reply[below(random, reply.size())];
-    byte = static_cast<std::uint8_t>(byte ^ 1u << below(random, BYTE_BITS));
+    switch (fault) {
+    case FAULT_CORRUPT:
+        return 2;
+    case FAULT_TRUNCATE:
+    case FAULT_WRONG_STATION:
+        return 1;
+    case FAULT_STRAY_BEFORE:
+    case FAULT_STRAY_AFTER:
+        return draws.empty() ? 1 : 1 + strayCount(draws);
+    default:
+        return 0;
+    }
 }
 
-Bytes strayBytes(std::mt19937& random)
+void flipOneBit(Bytes& reply, const Draws& draws)
 {
-    Bytes stray(1 + below(random, MOST_STRAY_BYTES));
-    for (std::uint8_t& byte : stray)
-        byte = static_cast<std::uint8_t>(random() & 0xFF);
+    std::uint8_t& byte = reply[draws[0] % reply.size()];
+    byte = static_cast<std::uint8_t>(byte ^ 1u << draws[1] % BYTE_BITS);
+}
+
+Bytes strayBytes(const Draws& draws)
+{
+    Bytes stray(strayCount(draws));
+    for (std::size_t i = 0; i < stray.size(); ++i)
+        stray[i] = static_cast<std::uint8_t>(draws[i + 1] & 0xFF);
     return stray;
 }
 
@@ -29,10 +46,10 @@ Bytes joined(Bytes first, const Bytes& second)
     return first;
 }
 
-Bytes fromAnotherStation(Bytes reply, std::mt19937& random)
+Bytes fromAnotherStation(Bytes reply, const Draws& draws)
 {
     const std::size_t own = reply[STATION_AT];
-    std::size_t other = 1 + below(random, LAST_STATION - 1);
+    std::size_t other = 1 + draws[0] % (LAST_STATION - 1);
     if (other >= own) ++other;
     reply[STATION_AT] = static_cast<std::uint8_t>(other);
     reply.resize(reply.size() - CRC_BYTES);
@@ -48,23 +65,29 @@ Bytes exceptionReply(const Bytes& request, int code)
                     static_cast<std::uint8_t>(code)});
 }
 
-Bytes faultedReply(Fault fault, Bytes reply, std::mt19937& random)
+Draws drawsFor(Fault fault, std::mt19937& random)
+{
+    Draws draws;
+    while (draws.size() < drawCount(fault, draws))
+        draws.push_back(static_cast<std::uint32_t>(random()));
+    return draws;
+}
+
+Bytes faultedReply(Fault fault, Bytes reply, const Draws& draws)
 {
     switch (fault) {
     case FAULT_CORRUPT:
-        flipOneBit(reply, random);
+        flipOneBit(reply, draws);
         return reply;
     case FAULT_TRUNCATE:
-        reply.resize(1 + below(random, reply.size() - 1));
+        reply.resize(1 + draws[0] % (reply.size() - 1));
         return reply;
-    case FAULT_DUPLICATE:
-        return joined(reply, reply);
     case FAULT_STRAY_BEFORE:
-        return joined(strayBytes(random), reply);
+        return joined(strayBytes(draws), reply);
     case FAULT_STRAY_AFTER:
-        return joined(reply, strayBytes(random));
+        return joined(reply, strayBytes(draws));
     case FAULT_WRONG_STATION:
-        return fromAnotherStation(reply, random);
+        return fromAnotherStation(reply, draws);
     default:
         return reply;
     }

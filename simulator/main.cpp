@@ -29,11 +29,29 @@
 //   --drop --drop-request --corrupt --truncate --duplicate --delay --stray-before --stray-after
 //   --wrong-station --exception
 //   --delay-ms N          how late --delay is, 0 to 60000 (default 700); later replies queue behind
+//   --duplicate SHARE[:AFTER-MS]
+//                         the second copy is written by itself, AFTER-MS behind the end of the
+//                         first one, 0 to 60000 (default 0); later replies queue behind
 //   --exception-code N    1 to 255 (default 6)
 //   --silent STATION[:SHARE]
 //                         executes nothing and never answers, or only in that share of the
 //                         exchanges, 0 to 1; several times
-//   --fault-exchanges N   only the first N exchanges have faults, 0 to 2000000000 (default 0: all)
+//   --late SHARE:UP-TO-MS
+//                         replies late by a random time up to UP-TO-MS, 0 to 60000, in that share
+//                         of the exchanges, 0 to 1, whatever other fault they have; executed at
+//                         once; later replies of the same station queue behind
+//   --fault-exchanges N   only the first N exchanges have these faults, 0 to 2000000000 (default 0:
+//                         all)
+//   --stall SECONDS[:EVERY]
+//                         stands still for SECONDS, then serves in order what was asked meanwhile:
+//                         once, 1 s after the first request, or every EVERY seconds from start to
+//                         start, the first EVERY seconds after the first request. Both 0.1 to 3600,
+//                         EVERY more than SECONDS
+//   --stall-station N     only that station stalls; the others answer meanwhile
+//   --service-ms N        from the start of an answer that a stall held back to the start of the
+//                         next one, 0 to 60000 (default 0)
+//   --echo                returns every byte that the host sends, ahead of anything else, as an
+//                         adapter for two wires does
 // End
 //   --report FILE         counts, silent intervals and own lateness, as lines "key value"
 //   --dump FILE           memory that is not 0, as lines "STATION AREA NUMBER VALUE"
@@ -43,6 +61,7 @@
 // terminated or interrupted, or its terminal is closed.
 // Exit status: 0 ended on request, 1 usage, 2 the link failed or a file could not be written.
 
+#include "echoingLine.h"
 #include "pseudoTerminal.h"
 #include "report.h"
 #include "serialPort.h"
@@ -126,11 +145,12 @@ int serve(const SimulatorOptions& options, const sigset_t& waitingMask)
     const std::unique_ptr<std::ofstream> report = openOutput(options.reportFile);
     const std::unique_ptr<std::ofstream> dump = openOutput(options.dumpFile);
     const std::unique_ptr<LineEnd> line = openLine(options);
+    EchoingLine echoing(*line);
     PlcStations stations(options.stations);
     SignalSet signals(options.signals, options.seed);
     const LinePacing pacing(options.line);
     RequestHandler handler(stations, pacing, options.faults, options.seed);
-    ServerLoop loop(*line, handler, stations, signals, pacing);
+    ServerLoop loop(options.echo ? echoing : *line, handler, stations, signals, pacing);
     std::printf("%s\n", line->address().c_str());
     std::fflush(stdout);
     // What was measured until the link was lost is reported all the same.
@@ -142,8 +162,8 @@ int serve(const SimulatorOptions& options, const sigset_t& waitingMask)
         status = EXIT_LINK;
     }
     if (report)
-        writeReport(*report, handler.counts(), loop.badFrames(), handler.silences(),
-                    loop.lateness());
+        writeReport(*report, handler.counts(), {loop.badFrames(), echoing.echoedBytes()},
+                    handler.silences(), loop.lateness());
     if (dump) stations.dump(*dump);
     finishOutput(report.get(), options.reportFile);
     finishOutput(dump.get(), options.dumpFile);

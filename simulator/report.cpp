@@ -33,15 +33,18 @@ std::string keyOf(Fault fault)
 
 } // namespace
 
-void writeReport(std::ostream& out, const ExchangeCounts& counts, std::int64_t badFrames,
+void writeReport(std::ostream& out, const ExchangeCounts& counts, const LineCounts& line,
                  const Durations& silences, const Durations& lateness)
 {
     out << "requests " << counts.requests << '\n'
         << "replies " << counts.replies << '\n'
         << "broadcasts " << counts.broadcasts << '\n'
-        << "bad_frames " << badFrames << '\n'
+        << "bad_frames " << line.badFrames << '\n'
         << "foreign " << counts.foreign << '\n'
-        << "silent " << counts.silent << '\n';
+        << "silent " << counts.silent << '\n'
+        << "stalled " << counts.stalled << '\n'
+        << "late " << counts.late << '\n'
+        << "echoed " << line.echoedBytes << '\n';
     for (int kind = 0; kind < FAULT_KINDS; ++kind)
         out << keyOf(static_cast<Fault>(kind)) << ' ' << counts.faults[std::size_t(kind)] << '\n';
     writeDurations(out, "silence", silences);

@@ -5,9 +5,16 @@
 
 #include <ostream>
 
+/// What came over the line besides requests.
+struct LineCounts
+{
+    std::int64_t badFrames = 0;
+    std::int64_t echoedBytes = 0;
+};
+
 /// Lines "key value". Durations in whole microseconds; 0 where there was nothing to measure.
 /// @param lateness  by how much replies left after their time, in nanoseconds
-void writeReport(std::ostream& out, const ExchangeCounts& counts, std::int64_t badFrames,
+void writeReport(std::ostream& out, const ExchangeCounts& counts, const LineCounts& line,
                  const Durations& silences, const Durations& lateness);
 
 #endif

@@ -1,8 +1,16 @@
 #include "requestHandler.h"
 
-#include "faultedReply.h"
-
 #include <algorithm>
+
+namespace {
+
+/// Later replies of other stations wait for these as well.
+bool holdsEveryone(Fault fault)
+{
+    return fault == FAULT_DELAY || fault == FAULT_DUPLICATE;
+}
+
+} // namespace
 
 RequestHandler::RequestHandler(PlcStations& stations, const LinePacing& pacing,
                                const FaultSettings& faults, unsigned seed)
@@ -10,7 +18,8 @@ RequestHandler::RequestHandler(PlcStations& stations, const LinePacing& pacing,
       m_pacing(pacing),
       m_settings(faults),
       m_schedule(faults.rates, seed, faults.exchanges),
-      m_random(seed)
+      m_random(seed),
+      m_backlog(faults.stall)
 {
 }
 
@@ -20,51 +29,94 @@ std::vector<OutgoingPiece> RequestHandler::handle(const Request& request)
     m_silence.requestBegan(request.firstByteAt);
     m_requestEnd = m_pacing.requestEnd(request, m_requestEnd);
     m_silence.frameEnded(m_requestEnd);
+    m_backlog.requestSeen(request.lastByteAt);
+    m_slots.timeIs(request.lastByteAt);
 
     const int station = request.bytes[STATION_AT];
     if (station == BROADCAST_STATION) {
-        executeBroadcast(request);
+        takeBroadcast(request);
         return {};
     }
     if (!m_stations.find(station)) {
         ++m_counts.foreign;
         return {};
     }
-    const auto silent = m_settings.silentStations.find(station);
-    if (silent != m_settings.silentStations.end() && m_schedule.isSilent(silent->second)) {
+    if (isSilentNow(station)) {
         m_schedule.next(); // an exchange like any other, of the fault exchanges that there are
         ++m_counts.silent;
         return {};
     }
-    return exchange(request);
+    const Exchange exchange = drawn(request);
+    if (exchange.fault == FAULT_DROP_REQUEST) return {};
+    if (!m_backlog.holds(station, m_requestEnd)) return serve(exchange, m_requestEnd);
+    m_backlog.add(exchange);
+    return {};
+}
+
+std::vector<OutgoingPiece> RequestHandler::serveHeld(std::int64_t now)
+{
+    std::vector<OutgoingPiece> all;
+    while (const std::optional<std::int64_t> at = m_backlog.nextServiceAt()) {
+        if (*at > now) break;
+        for (OutgoingPiece& piece : serve(m_backlog.take(), *at))
+            all.push_back(std::move(piece));
+    }
+    return all;
 }
 
 void RequestHandler::lineReset()
 {
     m_silence.lineReset();
+    m_backlog.audienceLeft();
+    m_slots.clear();
     m_requestEnd = 0;
-    m_repliesEnd = 0;
 }
 
-std::vector<OutgoingPiece> RequestHandler::exchange(const Request& request)
+bool RequestHandler::isSilentNow(int station)
 {
-    const Fault fault = nextFault();
-    if (fault == FAULT_DROP_REQUEST) return {};
-    const Bytes reply = replyTo(request, fault);
-    if (reply.empty() || fault == FAULT_DROP) return {};
-    return scheduled(faultedReply(fault, reply, m_random), fault);
+    const auto silent = m_settings.silentStations.find(station);
+    return silent != m_settings.silentStations.end() && m_schedule.isSilent(silent->second);
 }
 
-Bytes RequestHandler::replyTo(const Request& request, Fault fault)
+Exchange RequestHandler::drawn(const Request& request)
 {
-    if (fault == FAULT_EXCEPTION) return exceptionReply(request.bytes, m_settings.exceptionCode);
-    return m_server.serve(request.bytes, m_stations);
+    Exchange exchange;
+    exchange.request = request.bytes;
+    exchange.requestEnd = m_requestEnd;
+    exchange.lateness = m_schedule.lateness(m_settings.lateShare, m_settings.longestLatenessNs);
+    exchange.fault = nextFault();
+    exchange.draws = drawsFor(exchange.fault, m_random);
+    return exchange;
 }
 
-void RequestHandler::executeBroadcast(const Request& request)
+std::vector<OutgoingPiece> RequestHandler::serve(const Exchange& exchange, std::int64_t at)
+{
+    const Bytes reply = replyTo(exchange);
+    if (reply.empty() || exchange.fault == FAULT_DROP) return {};
+    if (exchange.audience == AUDIENCE_NONE) return {};
+    return scheduled(faultedReply(exchange.fault, reply, exchange.draws), exchange, at);
+}
+
+Bytes RequestHandler::replyTo(const Exchange& exchange)
+{
+    if (exchange.fault == FAULT_EXCEPTION)
+        return exceptionReply(exchange.request, m_settings.exceptionCode);
+    return m_server.serve(exchange.request, m_stations, exchange.deaf);
+}
+
+/// Stations that stall execute it when they go on.
+void RequestHandler::takeBroadcast(const Request& request)
 {
     ++m_counts.broadcasts;
-    m_server.serve(request.bytes, m_stations, stationsThatAreSilentNow());
+    std::set<int> deafNow = stationsThatAreSilentNow();
+    Exchange later;
+    later.request = request.bytes;
+    later.requestEnd = m_requestEnd;
+    later.deaf = deafNow;
+    for (const auto& [station, memory] : m_stations.all())
+        (m_backlog.holds(station, m_requestEnd) ? deafNow : later.deaf).insert(station);
+    m_server.serve(request.bytes, m_stations, deafNow);
+    if (later.deaf.size() < m_stations.all().size()) m_backlog.add(later);
 }
 
 std::set<int> RequestHandler::stationsThatAreSilentNow()
@@ -76,13 +128,41 @@ std::set<int> RequestHandler::stationsThatAreSilentNow()
     return silent;
 }
 
-std::vector<OutgoingPiece> RequestHandler::scheduled(const Bytes& reply, Fault fault)
+std::vector<OutgoingPiece> RequestHandler::scheduled(const Bytes& reply, const Exchange& exchange,
+                                                     std::int64_t servedAt)
 {
-    std::int64_t start = std::max(m_pacing.replyStart(m_requestEnd), m_repliesEnd);
-    if (fault == FAULT_DELAY) start += m_settings.delayNs;
-    m_repliesEnd = start + m_pacing.pacedTime(reply.size());
+    const int station = exchange.request[STATION_AT];
+    const std::int64_t ready = readyAt(exchange, servedAt);
+    const std::int64_t start = m_backlog.replyStart(station, ready);
     ++m_counts.replies;
-    return m_pacing.pieces(start, reply);
+    if (exchange.lateness) ++m_counts.late;
+    if (start > ready || servedAt > exchange.requestEnd) ++m_counts.stalled;
+
+    std::vector<OutgoingPiece> pieces =
+        m_pacing.pieces(m_slots.take(station, start, m_pacing.pacedTime(reply.size())), reply);
+    if (exchange.fault == FAULT_DUPLICATE) addSecondCopy(pieces, reply, station);
+    // Nobody but the station itself waits for what its stall adds.
+    if (holdsEveryone(exchange.fault)) m_slots.holdEveryone(pieces.back().dueAt - (start - ready));
+    return pieces;
+}
+
+/// A delay counts from when the reply could have started, a lateness from the request: so late
+/// replies that come one upon the other do not add up.
+std::int64_t RequestHandler::readyAt(const Exchange& exchange, std::int64_t servedAt) const
+{
+    const std::int64_t prompt = std::max(m_pacing.replyStart(exchange.requestEnd), servedAt);
+    const std::int64_t ready =
+        m_slots.earliest(exchange.request[STATION_AT], prompt + exchange.lateness.value_or(0));
+    return exchange.fault == FAULT_DELAY ? ready + m_settings.delayNs : ready;
+}
+
+void RequestHandler::addSecondCopy(std::vector<OutgoingPiece>& pieces, const Bytes& reply,
+                                   int station)
+{
+    const std::int64_t start = pieces.back().dueAt + m_settings.duplicateAfterNs;
+    for (OutgoingPiece& piece :
+         m_pacing.pieces(m_slots.take(station, start, m_pacing.pacedTime(reply.size())), reply))
+        pieces.push_back(std::move(piece));
 }
 
 Fault RequestHandler::nextFault()

@@ -47,7 +47,8 @@ ServerLoop::ServerLoop(LineEnd& line, RequestHandler& handler, PlcStations& stat
       m_stations(stations),
       m_signals(signals),
       m_pacing(pacing),
-      m_startedAt(monotonicNow())
+      m_startedAt(monotonicNow()),
+      m_signalsAt(m_startedAt)
 {
 }
 
@@ -60,6 +61,7 @@ void ServerLoop::run(const volatile std::sig_atomic_t& stop, const sigset_t& wai
         const std::int64_t now = monotonicNow();
         if (ready[STANDARD_INPUT] && standardInputEnded()) return;
         if (ready[DEPARTURES]) m_line.hostLeft();
+        serveHeld(now);
         if (ready[LISTENER]) {
             acceptHost();
         } else if (ready[LINE]) {
@@ -95,6 +97,8 @@ std::int64_t ServerLoop::nextDeadline() const
     if (!m_outgoing.empty()) deadline = m_outgoing.front().dueAt - AWAKE_AHEAD_NS;
     if (m_cutter.holdsBytes())
         deadline = std::min(deadline, m_cutter.lastByteAt() + m_pacing.endOfFrameSilence());
+    if (const std::optional<std::int64_t> service = m_handler.nextServiceAt())
+        deadline = std::min(deadline, *service);
     return deadline;
 }
 
@@ -124,11 +128,37 @@ void ServerLoop::endSilentFrame(std::int64_t now)
 void ServerLoop::handleRequests()
 {
     while (const std::optional<Request> request = m_cutter.take()) {
-        const std::int64_t sinceStart = request->lastByteAt - m_startedAt;
-        for (const SignalValue& value : m_signals.changes(sinceStart / MILLISECOND_NS))
-            m_stations.apply(value);
-        for (OutgoingPiece& piece : m_handler.handle(*request))
-            m_outgoing.push_back(std::move(piece));
+        moveSignals(request->lastByteAt);
+        queue(m_handler.handle(*request));
+    }
+}
+
+void ServerLoop::serveHeld(std::int64_t now)
+{
+    const std::optional<std::int64_t> service = m_handler.nextServiceAt();
+    if (!service || *service > now) return;
+    moveSignals(now);
+    queue(m_handler.serveHeld(now));
+}
+
+/// A request whose end a silence has told may be older than what was served since; signals do not
+/// go back for it.
+void ServerLoop::moveSignals(std::int64_t at)
+{
+    m_signalsAt = std::max(m_signalsAt, at);
+    for (const SignalValue& value : m_signals.changes((m_signalsAt - m_startedAt) / MILLISECOND_NS))
+        m_stations.apply(value);
+}
+
+/// A prompt reply goes ahead of a late one that was scheduled before it.
+void ServerLoop::queue(std::vector<OutgoingPiece> pieces)
+{
+    const auto isSooner = [](const OutgoingPiece& first, const OutgoingPiece& second) {
+        return first.dueAt < second.dueAt;
+    };
+    for (OutgoingPiece& piece : pieces) {
+        const auto place = std::upper_bound(m_outgoing.begin(), m_outgoing.end(), piece, isSooner);
+        m_outgoing.insert(place, std::move(piece));
     }
 }
 

@@ -11,7 +11,7 @@
 class ServerLoop
 {
 public:
-    /// @param signals  moved on before each request
+    /// @param signals  moved on before each request is executed
     ServerLoop(LineEnd& line, RequestHandler& handler, PlcStations& stations, SignalSet& signals,
                const LinePacing& pacing);
 
@@ -40,6 +40,9 @@ private:
     void receive(std::int64_t at);
     void endSilentFrame(std::int64_t now);
     void handleRequests();
+    void serveHeld(std::int64_t now);
+    void moveSignals(std::int64_t at);
+    void queue(std::vector<OutgoingPiece> pieces);
     void sendDue();
 
     LineEnd& m_line;
@@ -48,9 +51,10 @@ private:
     SignalSet& m_signals;
     LinePacing m_pacing;
     RequestCutter m_cutter;
-    std::deque<OutgoingPiece> m_outgoing;
+    std::deque<OutgoingPiece> m_outgoing; // in the order of their times
     Durations m_lateness;
     std::int64_t m_startedAt;
+    std::int64_t m_signalsAt;
 };
 
 #endif

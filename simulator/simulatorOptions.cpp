@@ -1,9 +1,8 @@
 #include "simulatorOptions.h"
 
-#include <cmath>
+#include "faultOptions.h"
+
 #include <cstdio>
-#include <cstdlib>
-#include <map>
 #include <set>
 
 namespace {
@@ -13,9 +12,7 @@ const int SERIAL_BAUD = 38400; // the controllers' own
 const int SLOWEST_BAUD = 300;
 const int FASTEST_BAUD = 4000000;
 const int LONGEST_TURNAROUND_US = 10000000;
-const int LONGEST_DELAY_MS = 60000;
 const std::int64_t MICROSECOND_NS = 1000;
-const std::int64_t MILLISECOND_NS = 1000000;
 
 /// As they come from the command line, to be turned into SimulatorOptions.
 struct RawOptions
@@ -23,22 +20,10 @@ struct RawOptions
     std::vector<int> stations;
     std::vector<std::string> ranges;
     std::vector<std::string> signals;
-    std::vector<std::string> silentStations;
     bool demoSignals = false;
     int turnaroundUs = 0;
-    int delayMs = 700;
+    RawFaults faults;
 };
-
-/// The library's range alone takes "nan", which is neither below it nor above.
-CLI::Validator numberFrom(double lowest, double highest)
-{
-    const CLI::Range range(lowest, highest);
-    const auto problem = [range](const std::string& text) {
-        return std::isnan(std::strtod(text.c_str(), nullptr)) ? text + " is not a number"
-                                                              : range(text);
-    };
-    return CLI::Validator(problem, range.get_description());
-}
 
 void addStations(CLI::App& app, RawOptions& raw)
 {
@@ -80,34 +65,6 @@ void addSignals(CLI::App& app, SimulatorOptions& options, RawOptions& raw)
         ->type_name("STATION:AREA:NUMBER:KIND[:PERIOD_MS[:AMPLITUDE]]");
     app.add_flag("--demo-signals", raw.demoSignals, "a set of signals on every station");
     app.add_option("--seed", options.seed, "decides signal phases and faults, 0 to 4294967295")
-        ->capture_default_str();
-}
-
-void addFaults(CLI::App& app, FaultSettings& faults, RawOptions& raw)
-{
-    static const char* const MEANINGS[FAULT_KINDS] = {
-        "reply not sent",           "request never seen",        "one bit of the reply flipped",
-        "end of the reply missing", "reply sent twice",          "reply late",
-        "1 to 3 stray bytes ahead", "1 to 3 stray bytes behind", "reply of another station",
-        "refused, not executed"};
-    for (std::size_t kind = 0; kind < FAULT_KINDS; ++kind)
-        app.add_option(std::string("--") + faultName(static_cast<Fault>(kind)), faults.rates[kind],
-                       std::string("share of exchanges: ") + MEANINGS[kind])
-            ->check(numberFrom(0, 1))
-            ->capture_default_str();
-    app.add_option("--delay-ms", raw.delayMs, "how late --delay is")
-        ->check(CLI::Range(0, LONGEST_DELAY_MS))
-        ->capture_default_str();
-    app.add_option("--exception-code", faults.exceptionCode, "code of --exception")
-        ->check(CLI::Range(1, 255))
-        ->capture_default_str();
-    app.add_option("--silent", raw.silentStations,
-                   "station that never answers and executes nothing, or only in a share of the "
-                   "exchanges, 0 to 1; several times (default: none)")
-        ->type_name("STATION[:SHARE]")
-        ->delimiter(',');
-    app.add_option("--fault-exchanges", faults.exchanges, "only the first N have faults; 0: all")
-        ->check(CLI::Range(0, 2000000000))
         ->capture_default_str();
 }
 
@@ -158,38 +115,6 @@ std::vector<Signal> signalsOf(const RawOptions& raw, const std::vector<int>& sta
     return all;
 }
 
-/// "3", or "3:0.1".
-std::map<int, double> silentStationsOf(const RawOptions& raw, const std::vector<int>& stations)
-{
-    const std::set<int> known(stations.begin(), stations.end());
-    std::map<int, double> silent;
-    for (const std::string& text : raw.silentStations) {
-        int station = 0;
-        double share = 1;
-        char rest = 0;
-        const bool hasShare = text.find(':') != std::string::npos;
-        const int found = std::sscanf(text.c_str(), "%d:%lf%c", &station, &share, &rest);
-        if (found != (hasShare ? 2 : 1) ||
-            std::to_string(station) != text.substr(0, text.find(':')))
-            refuse("--silent", "'" + text + "' is not STATION or STATION:SHARE");
-        if (!(share >= 0 && share <= 1)) refuse("--silent", "'" + text + "': the share is 0 to 1");
-        if (known.count(station) == 0)
-            refuse("--silent", "there is no station " + std::to_string(station));
-        silent[station] = share;
-    }
-    return silent;
-}
-
-void checkFaults(const FaultRates& rates)
-{
-    const double rounding = 1e-9; // ten rates of 0.1 are meant to fit
-    double together = 0;
-    for (const double rate : rates)
-        together += rate;
-    if (together > 1 + rounding)
-        throw CLI::ValidationError("the fault rates are more than 1 together");
-}
-
 } // namespace
 
 SimulatorOptions parseOptions(CLI::App& app, int argc, char** argv)
@@ -200,15 +125,16 @@ SimulatorOptions parseOptions(CLI::App& app, int argc, char** argv)
     addStations(app, raw);
     addLink(app, options, raw);
     addSignals(app, options, raw);
-    addFaults(app, options.faults, raw);
+    addFaults(app, options.faults, raw.faults);
+    app.add_flag("--echo", options.echo,
+                 "return every byte the host sends ahead of anything else, as an adapter for two "
+                 "wires does");
     addEnd(app, options);
     app.parse(argc, argv);
 
-    checkFaults(options.faults.rates);
     options.stations = stationsOf(raw);
     options.signals = signalsOf(raw, options.stations);
-    options.faults.silentStations = silentStationsOf(raw, options.stations);
-    options.faults.delayNs = raw.delayMs * MILLISECOND_NS;
+    finishFaults(options.faults, raw.faults, options.stations);
     options.line.turnaroundNs = raw.turnaroundUs * MICROSECOND_NS;
     options.line.isNetwork = options.tcpPort >= 0;
     options.line.isSerialPort = !options.serialDevice.empty();

@@ -19,6 +19,7 @@ struct SimulatorOptions
     int tcpPort = -1;         ///< -1: none; 0: any that is free
     std::string bindAddress = "127.0.0.1";
     LineSettings line;
+    bool echo = false;
     std::vector<Signal> signals;
     unsigned seed = 1;
     FaultSettings faults;

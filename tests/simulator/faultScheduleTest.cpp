@@ -73,6 +73,45 @@ TEST(FaultSchedule, StopsAfterItsExchanges)
         EXPECT_EQ(NO_FAULT, schedule.next()) << i;
 }
 
+TEST(FaultSchedule, AShareOfTheRepliesIsLateAnyTimeUpToTheLongest)
+{
+    FaultSchedule schedule({}, 1, 0);
+    int late = 0;
+    int early = 0;
+    for (int i = 0; i < DRAWS; ++i) {
+        const std::optional<std::int64_t> lateness = schedule.lateness(0.2, 1000);
+        if (!lateness) continue;
+        ++late;
+        if (*lateness < 250) ++early;
+        ASSERT_GE(*lateness, 0);
+        ASSERT_LE(*lateness, 1000);
+    }
+    EXPECT_NEAR(0.2 * DRAWS, late, 632);   // sqrt(100000 * 0.2 * 0.8) = 126
+    EXPECT_NEAR(0.05 * DRAWS, early, 345); // sqrt(100000 * 0.05 * 0.95) = 69
+    EXPECT_FALSE(schedule.lateness(0, 1000));
+}
+
+TEST(FaultSchedule, LatenessesAndSilencesLeaveTheOtherFaultsWhereTheyAre)
+{
+    FaultRates rates = {};
+    rates.fill(0.09);
+    FaultSchedule alone(rates, 3, 0);
+    FaultSchedule beside(rates, 3, 0);
+    for (int i = 0; i < 1000; ++i) {
+        beside.lateness(0.5, 1000);
+        beside.isSilent(0.5);
+        ASSERT_EQ(alone.next(), beside.next()) << i;
+    }
+}
+
+TEST(FaultSchedule, LatenessesEndWithItsExchanges)
+{
+    FaultSchedule schedule({}, 1, 1);
+    EXPECT_TRUE(schedule.lateness(1, 1000));
+    schedule.next();
+    EXPECT_FALSE(schedule.lateness(1, 1000));
+}
+
 TEST(FaultSchedule, EveryKindHasItsOwnName)
 {
     std::set<std::string> names;

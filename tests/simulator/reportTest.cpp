@@ -10,7 +10,7 @@ namespace {
 std::map<std::string, long> reported(const ExchangeCounts& counts, const Durations& silences)
 {
     std::stringstream text;
-    writeReport(text, counts, 9, silences, Durations());
+    writeReport(text, counts, {9, 10}, silences, Durations());
     std::map<std::string, long> lines;
     std::string key;
     for (long value = 0; text >> key >> value;)
@@ -28,6 +28,8 @@ TEST(Report, HasALineForEachCount)
     counts.broadcasts = 3;
     counts.foreign = 4;
     counts.silent = 5;
+    counts.stalled = 6;
+    counts.late = 7;
     const char* const keys[FAULT_KINDS] = {
         "drop",  "drop_request", "corrupt",     "truncate",      "duplicate",
         "delay", "stray_before", "stray_after", "wrong_station", "exception"};
@@ -39,7 +41,10 @@ TEST(Report, HasALineForEachCount)
     EXPECT_EQ(3, lines["broadcasts"]);
     EXPECT_EQ(4, lines["foreign"]);
     EXPECT_EQ(5, lines["silent"]);
+    EXPECT_EQ(6, lines["stalled"]);
+    EXPECT_EQ(7, lines["late"]);
     EXPECT_EQ(9, lines["bad_frames"]);
+    EXPECT_EQ(10, lines["echoed"]);
     for (std::size_t kind = 0; kind < FAULT_KINDS; ++kind)
         EXPECT_EQ(100 + long(kind), lines[keys[kind]]) << keys[kind];
 }

@@ -49,6 +49,47 @@ TEST(SimulatorOptions, AStationIsSilentAlwaysOrInAShareOfTheExchanges)
               options.faults.silentStations);
 }
 
+TEST(SimulatorOptions, ADuplicateComesAtOnceOrAfterATime)
+{
+    const FaultSettings atOnce = parsed({"--duplicate", "0.1"}).faults;
+    EXPECT_EQ(0.1, atOnce.rates[FAULT_DUPLICATE]);
+    EXPECT_EQ(0, atOnce.duplicateAfterNs);
+    const FaultSettings after = parsed({"--duplicate", "1:2.5"}).faults;
+    EXPECT_EQ(1, after.rates[FAULT_DUPLICATE]);
+    EXPECT_EQ(2500000, after.duplicateAfterNs);
+}
+
+TEST(SimulatorOptions, LateRepliesHaveAShareAndALongestLateness)
+{
+    const FaultSettings faults = parsed({"--late", "0.25:60000"}).faults;
+    EXPECT_EQ(0.25, faults.lateShare);
+    EXPECT_EQ(60000000000, faults.longestLatenessNs);
+    EXPECT_EQ(0, parsed({}).faults.lateShare);
+}
+
+TEST(SimulatorOptions, AStallComesOnceOrAgainAndAgain)
+{
+    const StallSettings once = parsed({"--stall", "0.3"}).faults.stall;
+    EXPECT_EQ(300000000, once.lengthNs);
+    EXPECT_EQ(0, once.everyNs);
+    EXPECT_EQ(std::nullopt, once.station);
+    EXPECT_EQ(0, once.serviceNs);
+    const StallSettings often = parsed({"--stations", "1-3", "--stall", "3599.9:3600",
+                                        "--stall-station", "3", "--service-ms", "60000"})
+                                    .faults.stall;
+    EXPECT_EQ(3599900000000, often.lengthNs);
+    EXPECT_EQ(3600000000000, often.everyNs);
+    EXPECT_EQ(3, often.station);
+    EXPECT_EQ(60000000000, often.serviceNs);
+    EXPECT_EQ(0, parsed({}).faults.stall.lengthNs);
+}
+
+TEST(SimulatorOptions, ALineEchoesWhenItIsAskedTo)
+{
+    EXPECT_FALSE(parsed({}).echo);
+    EXPECT_TRUE(parsed({"--echo"}).echo);
+}
+
 TEST(SimulatorOptions, TimesAreTurnedIntoNanoseconds)
 {
     const SimulatorOptions options = parsed({"--turnaround-us", "10000000", "--delay-ms", "60000"});
@@ -106,6 +147,34 @@ TEST(SimulatorOptions, WhatCannotBeIsAUsageError)
         {"--silent", "01"},
         {"--silent", "x"},
         {"--fault-exchanges", "-1"},
+        {"--duplicate", "1.1"},
+        {"--duplicate", "nan"},
+        {"--duplicate", ""},
+        {"--duplicate", "0.1:"},
+        {"--duplicate", ":5"},
+        {"--duplicate", "0.1:-1"},
+        {"--duplicate", "0.1:60001"},
+        {"--duplicate", "0.1:5:5"},
+        {"--duplicate", "0.6", "--delay", "0.6"},
+        {"--late", "0.1"},
+        {"--late", ""},
+        {"--late", "1.1:5"},
+        {"--late", "0.1:inf"},
+        {"--late", "0.1:60001"},
+        {"--stall", "0.09"},
+        {"--stall", "3600.1"},
+        {"--stall", "1e"},
+        {"--stall", ""},
+        {"--stall", "1:"},
+        {"--stall", "1:1"}, // leaves no time between
+        {"--stall", "2:1"},
+        {"--stall", "1:3601"},
+        {"--stall-station", "1"}, // of no stall
+        {"--service-ms", "5"},
+        {"--stall", "1", "--stall-station", "2"}, // is not served
+        {"--stall", "1", "--stall-station", "0"},
+        {"--stall", "1", "--service-ms", "-1"},
+        {"--stall", "1", "--service-ms", "60001"},
         {"--no-such-option"},
     };
     for (const std::vector<std::string>& row : rows)

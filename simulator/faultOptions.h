@@ -1,0 +1,29 @@
+#ifndef FAULT_OPTIONS_H
+#define FAULT_OPTIONS_H
+
+#include "requestHandler.h"
+
+#include <CLI/CLI.hpp>
+
+#include <string>
+#include <vector>
+
+/// As they come from the command line, to be turned into FaultSettings.
+struct RawFaults
+{
+    std::string duplicate = "0";
+    std::optional<std::string> late;
+    std::optional<std::string> stall;
+    std::vector<std::string> silentStations;
+    std::optional<int> stallStation;
+    int serviceMs = 0;
+    int delayMs = 700;
+};
+
+void addFaults(CLI::App& app, FaultSettings& faults, RawFaults& raw);
+
+/// Once the command line is read. Throws CLI::ParseError.
+/// @param stations  those that are served
+void finishFaults(FaultSettings& faults, const RawFaults& raw, const std::vector<int>& stations);
+
+#endif

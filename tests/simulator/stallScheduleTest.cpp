@@ -1,0 +1,63 @@
+#include "stallSchedule.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+const std::int64_t MS = 1000000;
+
+StallSettings stalls(std::int64_t lengthMs, std::int64_t everyMs)
+{
+    StallSettings settings;
+    settings.lengthNs = lengthMs * MS;
+    settings.everyNs = everyMs * MS;
+    return settings;
+}
+
+/// In milliseconds, of a PLC that has seen its first request at `firstMs`.
+std::int64_t goesOnAt(const StallSettings& settings, std::int64_t firstMs, std::int64_t atMs)
+{
+    StallSchedule schedule(settings);
+    schedule.requestSeen(firstMs * MS);
+    return schedule.goesOnAt(atMs * MS) / MS;
+}
+
+} // namespace
+
+TEST(StallSchedule, WithoutALengthThereIsNoStall)
+{
+    for (const std::int64_t at : {0, 1000, 1001, 5000})
+        EXPECT_EQ(at, goesOnAt(StallSettings(), 0, at));
+}
+
+TEST(StallSchedule, ASingleStallBeginsASecondAfterTheFirstRequest)
+{
+    EXPECT_EQ(5999, goesOnAt(stalls(300, 0), 5000, 5999));
+    EXPECT_EQ(6300, goesOnAt(stalls(300, 0), 5000, 6000));
+    EXPECT_EQ(6300, goesOnAt(stalls(300, 0), 5000, 6299));
+    EXPECT_EQ(6300, goesOnAt(stalls(300, 0), 5000, 6300));
+    for (const std::int64_t at : {6301, 7000, 7100, 60000})
+        EXPECT_EQ(at, goesOnAt(stalls(300, 0), 5000, at));
+}
+
+TEST(StallSchedule, StallsComeFromStartToStart)
+{
+    for (const std::int64_t start : {12000, 14000, 16000, 1010000}) {
+        EXPECT_EQ(start - 1, goesOnAt(stalls(500, 2000), 10000, start - 1));
+        EXPECT_EQ(start + 500, goesOnAt(stalls(500, 2000), 10000, start));
+        EXPECT_EQ(start + 500, goesOnAt(stalls(500, 2000), 10000, start + 499));
+        EXPECT_EQ(start + 500, goesOnAt(stalls(500, 2000), 10000, start + 500));
+        EXPECT_EQ(start + 501, goesOnAt(stalls(500, 2000), 10000, start + 501));
+    }
+    EXPECT_EQ(10000, goesOnAt(stalls(500, 2000), 10000, 10000));
+}
+
+TEST(StallSchedule, TheFirstRequestStartsTheClockAndNoLaterOne)
+{
+    StallSchedule schedule(stalls(300, 0));
+    EXPECT_EQ(9000 * MS, schedule.goesOnAt(9000 * MS));
+    schedule.requestSeen(8000 * MS);
+    schedule.requestSeen(8500 * MS);
+    EXPECT_EQ(9300 * MS, schedule.goesOnAt(9000 * MS));
+    EXPECT_EQ(9500 * MS, schedule.goesOnAt(9500 * MS));
+}
