@@ -20,7 +20,7 @@ cd "$(dirname "$0")"
 FUZZ_SECONDS=60
 FUZZ_TARGETS_AT_ONCE=3
 # Tests that count or measure; ctest keeps to itself what they print.
-MEASURING='^(Model|ExchangeMachineLateReplies|StrayBytes|LongRun|Soak|LostLink|ManyTags|Mutants|'
+MEASURING='^(Model|RandomPeer|ByTimeOuts/LatePeer|StrayBytes|LongRun|Soak|LostLink|ManyTags|Mutants|'
 MEASURING+='EveryAddress|AnyText|AnySeries|MergedBlocks|Merging|EveryRequest|EveryReadRequest|'
 MEASURING+='EveryWriteRequest|TheHandshake|BetweenTwoCyclicReads|AOneShotRead|TheEngine|AnyReply|'
 MEASURING+='TheQueues|EveryWrite)[.]'

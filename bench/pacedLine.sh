@@ -5,8 +5,9 @@
 # usage: bench/pacedLine.sh [PROGRAM_FOLDER [SECONDS]]
 #   PROGRAM_FOLDER   default build/qt5/bin
 #   SECONDS          for each measurement, 1 or more (default 10)
-# Exit status: 0 the host reached 97 % of what the wire allows, not more than that, and not less than
-#              libmodbus with the silent intervals, 1 it did not.
+# Exit status: 0 the host reached 97 % of what the wire allows, not more than that, and 99 % of what
+#              libmodbus reaches with the silent intervals, 1 it did not. The rest is what tells one
+#              answer from the next, which libmodbus does not do.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 programs=$(cd "${1:-build/qt5/bin}" && pwd)
@@ -31,7 +32,7 @@ for words in 1 16 125; do
     # The host counts whole exchanges, and one is under way at the end.
     awk -v w=$words -v a="$allowed" -v h="$host" -v c="$client" -v n="$naked" -v t="$seconds" 'BEGIN {
         printf "%-6d %8.2f/s %8.2f/s %6.1f %% %8.2f/s %8.2f/s\n", w, a, h, 100 * h / a, c, n
-        exit !(h >= 0.97 * a && h <= a && h + 1 / t >= c) }' || bad=1
+        exit !(h >= 0.97 * a && h <= a && h + 1 / t >= 0.99 * c) }' || bad=1
 done
 echo "naked: libmodbus as it is, which breaks the silent intervals"
 exit $bad

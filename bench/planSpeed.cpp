@@ -4,8 +4,8 @@
 // Prints the median of 21 runs for 1,000 and 10,000 tags of each kind.
 // Exit status: 0 under 5 and 50 ms, 1 over.
 
-#include "exchange/lineTiming.h"
 #include "plan/readPlan.h"
+#include "wire/lineTiming.h"
 
 #include <algorithm>
 #include <chrono>

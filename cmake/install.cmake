@@ -7,6 +7,12 @@ set(KAKB_DATA_FOLDER ${CMAKE_INSTALL_DATADIR}/quorvane-ka-kb)
 
 install(TARGETS driver EXPORT quorvane_ka_kb_plc_targets
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT driver)
+# The exchange library, for hosts that link it.
+install(TARGETS kakb_line EXPORT quorvane_ka_kb_plc_targets
+    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development)
+install(DIRECTORY line/wire line/exchange
+    DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/quorvane_ka_kb_line COMPONENT development
+    FILES_MATCHING PATTERN "*.h")
 install(FILES include/quorvane_ka_kb_plc.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
     COMPONENT development)
 install(EXPORT quorvane_ka_kb_plc_targets
@@ -28,7 +34,8 @@ install(FILES
 # Found from where the file lies, so that the tree can be moved.
 file(RELATIVE_PATH KAKB_PREFIX_FROM_PC
     /root/${CMAKE_INSTALL_LIBDIR}/pkgconfig /root)
-configure_file(cmake/quorvane_ka_kb_plc.pc.in
-    ${CMAKE_CURRENT_BINARY_DIR}/quorvane_ka_kb_plc.pc @ONLY)
-install(FILES ${CMAKE_CURRENT_BINARY_DIR}/quorvane_ka_kb_plc.pc
-    DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
+foreach(package IN ITEMS quorvane_ka_kb_plc quorvane_ka_kb_line)
+    configure_file(cmake/${package}.pc.in ${CMAKE_CURRENT_BINARY_DIR}/${package}.pc @ONLY)
+    install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${package}.pc
+        DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
+endforeach()

@@ -84,8 +84,8 @@ set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${KAKB_DRIVER_DEPENDENCY}, ${KAKB_QT_DEVELOPMENT}")
 set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "Modbus RTU driver for the quorvane ka_kb controllers (development)
 What a host of the driver is built with: the header, which is the driver's
-manual, a CMake package, and a pkg-config file for hosts that link to the
-library.")
+manual, the static exchange library, which keeps a link honest without any
+I/O of its own, a CMake package, and pkg-config files.")
 
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME ${KAKB_PACKAGE_tools})
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)

@@ -14,7 +14,7 @@ cd "$(dirname "$0")/.."
 
 jobs=${JOBS:-$(nproc)}
 build=build/static
-folders=(include device service host simulator bench docs/examples tests)
+folders=(include device service line host simulator bench docs/examples tests)
 
 check_format() {
     find "${folders[@]}" -name '*.h' -o -name '*.cpp' | xargs clang-format --dry-run -Werror
@@ -60,7 +60,7 @@ check_tidy() {
     configure || return 1
     local found=0
     tidy device service || found=1
-    tidy host simulator bench docs -- "${fewer_paths[@]}" || found=1
+    tidy line host simulator bench docs -- "${fewer_paths[@]}" || found=1
     return "$found"
 }
 
@@ -75,7 +75,7 @@ check_cppcheck() {
         --std=c++17 --language=c++ --library=qt,googletest,posix \
         --enable=warning,performance,portability --inline-suppr \
         --suppressions-list=scripts/cppcheckSuppressions.txt \
-        -DQUORVANE_KA_KB_PLC_BUILD -I include -I device -I service -I host -I simulator \
+        -DQUORVANE_KA_KB_PLC_BUILD -I include -I device -I service -I line -I host -I simulator \
         -I tests/support "${folders[@]}"
 }
 

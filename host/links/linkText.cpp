@@ -47,9 +47,8 @@ void take(int& number, const QString& text, const NumberPart& part)
 void take(LineSettings::Parity& parity, const QString& text)
 {
     if (text.isEmpty()) return;
-    const std::optional<LineSettings::Parity> known = LineSettings::parityFromText(text);
-    if (!known) fail(QString::fromLatin1("the parity \"%1\" is not NONE, EVEN or ODD").arg(text));
-    parity = *known;
+    if (LineSettings::takeParity(text, parity)) return;
+    fail(QString::fromLatin1("the parity \"%1\" is not NONE, EVEN or ODD").arg(text));
 }
 
 /// A single colon is no IPv6 address but a port in the customary place.

@@ -1,7 +1,7 @@
 #ifndef LINK_TEXT_H
 #define LINK_TEXT_H
 
-#include "exchange/lineTiming.h"
+#include "wire/lineTiming.h"
 
 #include <QString>
 

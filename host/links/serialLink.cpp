@@ -7,6 +7,7 @@
 #include <QFileInfo>
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -26,10 +27,12 @@ QSerialPort::Parity parityOf(const LineSettings& settings)
     }
 }
 
-/// Qt looks below /dev for what does not begin with a slash or a dot.
+/// Of a port that has several names, such as a link by its adapter's serial number, the one that
+/// all programs lock. Qt looks below /dev for what does not begin with a slash or a dot.
 QString pathOf(const QString& device)
 {
-    return QFile::exists(device) ? QFileInfo(device).absoluteFilePath() : device;
+    const QString canonical = QFileInfo(device).canonicalFilePath();
+    return canonical.isEmpty() ? device : canonical;
 }
 
 } // namespace
@@ -42,7 +45,20 @@ SerialLink::SerialLink(const QString& device, const LineSettings& settings)
     m_port.setParity(parityOf(settings));
     m_port.setStopBits(settings.stopBits == 2 ? QSerialPort::TwoStop : QSerialPort::OneStop);
     if (!m_port.open(QIODevice::ReadWrite)) throw openingError();
+    lock();
     m_port.clear(); // what came for an earlier host
+}
+
+/// The lock that terminal programs respect. Qt's own exclusive mode does not stop the system's
+/// administrator, and its lock file only programs that look for it.
+void SerialLink::lock()
+{
+    if (flock(descriptor(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) throw inUse();
+}
+
+LinkError SerialLink::inUse() const
+{
+    return error(QLatin1String("in use by another program"));
 }
 
 LinkError SerialLink::error(const QString& reason) const
@@ -57,6 +73,9 @@ LinkError SerialLink::openingError() const
     const Descriptor opened(open(name.constData(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
     if (opened.number() >= 0 && !isatty(opened.number()))
         return LinkError((m_device + QLatin1String(" is not a serial port")).toStdString());
+    const bool isBusy = opened.number() < 0 && errno == EBUSY;
+    const bool isLocked = opened.number() >= 0 && m_port.error() == QSerialPort::PermissionError;
+    if (isBusy || isLocked) return inUse();
     return error(m_port.errorString());
 }
 

@@ -1,8 +1,8 @@
 #ifndef SIMULATED_PLC_H
 #define SIMULATED_PLC_H
 
-#include "exchange/lineTiming.h"
 #include "links/link.h"
+#include "wire/lineTiming.h"
 
 #include <QProcess>
 #include <QString>

@@ -1,6 +1,6 @@
 #include "links/wakeableWait.h"
 
-#include "exchange/timeUnits.h"
+#include "wire/timeUnits.h"
 
 #include <poll.h>
 #include <sys/eventfd.h>

@@ -1,7 +1,7 @@
 #include "output/changeLines.h"
 
-#include "exchange/timeUnits.h"
 #include "output/columnText.h"
+#include "wire/timeUnits.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>

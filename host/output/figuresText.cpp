@@ -1,6 +1,6 @@
 #include "output/figuresText.h"
 
-#include "exchange/timeUnits.h"
+#include "wire/timeUnits.h"
 
 #include <QStringList>
 
@@ -35,6 +35,7 @@ QString textOf(const LinkFigures& figures, const LinkRates& rates)
     parts << counted("retries", figures.retries);
     parts << counted("give-ups", figures.giveUps);
     parts << counted("refused", figures.refusals);
+    parts << counted("fences", figures.fences);
     parts << QLatin1String("reply p50 ") + timeText(rates.replyMedian);
     parts << QLatin1String("p99 ") + timeText(rates.reply99);
     if (rates.wireShare >= 0)
@@ -66,6 +67,7 @@ QJsonObject figuresJson(const LinkFigures& figures)
     json.insert(QLatin1String("retries"), figures.retries);
     json.insert(QLatin1String("giveUps"), figures.giveUps);
     json.insert(QLatin1String("refusals"), figures.refusals);
+    json.insert(QLatin1String("fences"), figures.fences);
     json.insert(QLatin1String("losses"), figures.losses);
     json.insert(QLatin1String("replyMedian"), jsonTime(rates.replyMedian));
     json.insert(QLatin1String("reply99"), jsonTime(rates.reply99));

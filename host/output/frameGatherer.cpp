@@ -1,7 +1,7 @@
 #include "output/frameGatherer.h"
 
-#include "exchange/frameShape.h"
-#include "exchange/replyRecogniser.h"
+#include "wire/frameShape.h"
+#include "wire/replyFrames.h"
 
 namespace {
 
@@ -26,7 +26,7 @@ GatheredFrame FrameGatherer::takeFirst(int bytes, GatheredFrame::Kind kind)
 
 void FrameGatherer::takeAnswer(std::vector<GatheredFrame>& frames)
 {
-    const QByteArray reply = recogniseReply(m_received, m_request, m_replyDue).reply;
+    const QByteArray reply = replyTo(m_request, m_received);
     if (reply.isEmpty()) return;
     const int ahead = int(m_received.indexOf(reply));
     if (ahead > 0) frames.push_back(takeFirst(ahead, GatheredFrame::STRAY));
@@ -37,11 +37,13 @@ void FrameGatherer::takeAnswer(std::vector<GatheredFrame>& frames)
 std::vector<GatheredFrame> FrameGatherer::add(const FrameRecord& record)
 {
     std::vector<GatheredFrame> frames;
-    if (record.direction == FrameRecord::SENT) {
+    if (record.direction != FrameRecord::RECEIVED) {
         frames = flush();
         m_request = record.bytes;
         m_replyDue = dueReplyLength(m_request);
-        frames.push_back({GatheredFrame::REQUEST, record.time, record.bytes, record.bytes});
+        const bool isFence = record.direction == FrameRecord::SENT_FENCE;
+        frames.push_back({isFence ? GatheredFrame::FENCE : GatheredFrame::REQUEST, record.time,
+                          record.bytes, record.bytes});
         return frames;
     }
     m_received += record.bytes;

@@ -10,6 +10,7 @@ struct GatheredFrame
 {
     enum Kind {
         REQUEST, ///< sent by the host
+        FENCE,   ///< the same, to bring the link into step
         ANSWER,  ///< the recognised reply to the request, an exception as well
         STRAY    ///< received bytes that answer nothing
     };
@@ -17,8 +18,13 @@ struct GatheredFrame
     Kind kind = REQUEST;
     qint64 time = 0; ///< of the record that brought the first byte
     QByteArray bytes;
-    QByteArray request; ///< the last one sent by then; itself for a REQUEST; empty: none yet
+    QByteArray request; ///< the last one sent by then; itself for a request; empty: none yet
 };
+
+inline bool isSent(const GatheredFrame& frame)
+{
+    return frame.kind == GatheredFrame::REQUEST || frame.kind == GatheredFrame::FENCE;
+}
 
 /// Puts the pieces in which bytes arrive together to frames, in the order of the line. A sent
 /// record is a whole request. Received bytes are held until they make the answer that is due, until

@@ -1,7 +1,8 @@
 #include "output/frameMeaning.h"
 
-#include "exchange/frameShape.h"
-#include "exchange/replyRecogniser.h"
+#include "wire/exceptionText.h"
+#include "wire/frameShape.h"
+#include "wire/replyFrames.h"
 
 #include <QStringList>
 
@@ -194,6 +195,6 @@ QString replyMeaning(const QByteArray& bytes, const QByteArray& request)
 {
     if (!hasRightChecksum(bytes)) return damagedReply(bytes, request);
     const int due = dueReplyLength(request);
-    const bool answers = due > 0 && recogniseReply(bytes, request, due).reply == bytes;
+    const bool answers = due > 0 && replyTo(request, bytes) == bytes;
     return fromStation(bytes) + replyWords(bytes) + text(answers ? "" : ", not the answer");
 }

@@ -1,13 +1,17 @@
 #include "output/frameTrace.h"
 
-#include "exchange/timeUnits.h"
 #include "output/frameMeaning.h"
+#include "wire/timeUnits.h"
 
 namespace {
 
 QString meaning(const GatheredFrame& frame)
 {
     if (frame.kind == GatheredFrame::REQUEST) return requestMeaning(frame.bytes);
+    if (frame.kind == GatheredFrame::FENCE)
+        return requestMeaning(frame.bytes) + QLatin1String(", a fence");
+    if (frame.kind == GatheredFrame::STRAY && frame.bytes == frame.request)
+        return QLatin1String("echo of the request");
     const QString words = replyMeaning(frame.bytes, frame.request);
     return frame.kind == GatheredFrame::STRAY ? QLatin1String("stray: ") + words : words;
 }
@@ -20,8 +24,7 @@ void FrameTrace::write(const std::vector<GatheredFrame>& frames)
 {
     for (const GatheredFrame& frame : frames) {
         std::fprintf(m_out, "%5lld.%06lld %c %s  %s\n", static_cast<long long>(frame.time / SECOND),
-                     static_cast<long long>(frame.time % SECOND),
-                     frame.kind == GatheredFrame::REQUEST ? '>' : '<',
+                     static_cast<long long>(frame.time % SECOND), isSent(frame) ? '>' : '<',
                      frame.bytes.toHex(' ').toUpper().constData(),
                      meaning(frame).toUtf8().constData());
         std::fflush(m_out);

@@ -1,6 +1,6 @@
 #include "output/pcapFile.h"
 
-#include "exchange/timeUnits.h"
+#include "wire/timeUnits.h"
 
 #include <QFile>
 
@@ -62,7 +62,7 @@ QByteArray datagram(const QByteArray& addresses, int from, int to, const QByteAr
 /// RFC 791, without options.
 QByteArray packet(const GatheredFrame& frame, int number)
 {
-    const bool sent = frame.kind == GatheredFrame::REQUEST;
+    const bool sent = isSent(frame);
     const QByteArray addresses =
         longWord(sent ? HOST_ADDRESS : PLC_ADDRESS) + longWord(sent ? PLC_ADDRESS : HOST_ADDRESS);
     const QByteArray content =

@@ -1,6 +1,6 @@
 #include "output/recentRates.h"
 
-#include "exchange/timeUnits.h"
+#include "wire/timeUnits.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
 #include "output/runRates.h"
 
-#include "exchange/timeUnits.h"
+#include "wire/timeUnits.h"
 
 void RunRates::start(qint64 now)
 {

@@ -36,6 +36,7 @@ struct LinkFigures
     qint64 retries = 0;
     qint64 giveUps = 0;
     qint64 refusals = 0; ///< exception replies
+    qint64 fences = 0;   ///< reads of the host's own, which bring the link into step
     qint64 losses = 0;   ///< of the link
     bool connected = false;
 };

@@ -1,5 +1,7 @@
 #include "plan/readPlan.h"
 
+#include "plan/neighbours.h"
+
 #include <algorithm>
 #include <map>
 #include <tuple>
@@ -143,7 +145,8 @@ void appendOwnBlocks(const std::vector<Tag>& tags, const std::vector<int>& indic
 
 } // namespace
 
-std::vector<ReadBlock> planReads(const std::vector<Tag>& tags, const WireCost& cost, int mostWords)
+std::vector<ReadBlock> shortestReads(const std::vector<Tag>& tags, const WireCost& cost,
+                                     int mostWords)
 {
     std::vector<ReadBlock> blocks;
     for (const auto& [area, indices] : tagsByArea(tags)) {
@@ -155,6 +158,19 @@ std::vector<ReadBlock> planReads(const std::vector<Tag>& tags, const WireCost& c
         appendWordBlocks(area, spans, bestPlans(spans, cost, mostWords), blocks);
     }
     return blocks;
+}
+
+std::vector<ReadBlock> planReads(const std::vector<Tag>& tags, const WireCost& cost, int mostWords)
+{
+    std::vector<ReadBlock> best = shortestReads(tags, cost, mostWords);
+    const int alike = differNeighbours(best, mostWords);
+    if (alike == 0) return best;
+    std::vector<ReadBlock> shorter = shortestReads(tags, cost, mostWords - 1);
+    const int stillAlike = differNeighbours(shorter, mostWords);
+    const qint64 fence = cost.request + cost.word;
+    const bool isBetter =
+        cycleTime(shorter, cost) + stillAlike * fence < cycleTime(best, cost) + alike * fence;
+    return isBetter ? shorter : best;
 }
 
 std::vector<ReadBlock> planSingleReads(const std::vector<Tag>& tags)
@@ -169,10 +185,7 @@ qint64 cycleTime(const std::vector<ReadBlock>& blocks, const WireCost& cost)
 {
     qint64 time = 0;
     for (const ReadBlock& block : blocks) {
-        // Bits come as the register that holds their group.
-        const bool bits = isBitArea(block.area);
-        const int words = bits ? (block.count + GROUP_BITS - 1) / GROUP_BITS : block.count;
-        time += cost.request + cost.word * words;
+        time += cost.request + cost.word * registersOf(block);
     }
     return time;
 }

@@ -12,7 +12,8 @@ struct ReadBlock
     int station = 0;
     QString area;
     int number = 0;        ///< address number of the first unit
-    int count = 0;         ///< words, or the bits of one group of 16
+    int count = 0;         ///< words, or the bits of one group of 16; maybe a word or two more than
+                           ///< the tags need
     std::vector<int> tags; ///< indices of the tags that it brings, ascending
 };
 
@@ -23,6 +24,12 @@ struct ReadBlock
 /// the group's first bit, because the driver decodes a reply to bits from there. Blocks are sorted
 /// by station, area and number.
 /// @param mostWords  longest block of words, 2 to 125
+std::vector<ReadBlock> shortestReads(const std::vector<Tag>& tags, const WireCost& cost,
+                                     int mostWords);
+
+/// The same with blocks that differ from their neighbours, see differNeighbours(). On a line of
+/// 38400 baud that takes at most 4 % longer from ten blocks on. A few small blocks may take 6 %
+/// longer, as three in a round need three lengths, and so do two full blocks, which become three.
 std::vector<ReadBlock> planReads(const std::vector<Tag>& tags, const WireCost& cost, int mostWords);
 
 /// One block a tag (bits: their group of 16), for comparison. Tags whose blocks start at the same

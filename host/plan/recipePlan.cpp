@@ -49,15 +49,17 @@ void RecipePlan::checkShared() const
     if (!problems.isEmpty()) throw RecipeError(problems.join(QLatin1Char('\n')).toStdString());
 }
 
-/// The unit lies right behind the one before it, and the last record has room for it.
+/// The unit lies right behind the one before it, and the last record has room for it and the rest
+/// of its tag: half a value in a frame of its own could be written or read without the other half.
 bool RecipePlan::continues(size_t unit) const
 {
     if (unit == 0) return false;
     const Unit& before = m_units[unit - 1];
     const Unit& at = m_units[unit];
+    const int rest = m_tags[at.tag].units() - at.unitOfTag;
     const int most = isBitArea(at.area) ? int(MOST_RECORD_BITS) : int(MOST_RECORD_WORDS);
     return before.station == at.station && before.area == at.area &&
-           before.number + 1 == at.number && m_records.back().count < most;
+           before.number + 1 == at.number && m_records.back().count + rest <= most;
 }
 
 /// Words take two bytes each in the buffer, bits one each.

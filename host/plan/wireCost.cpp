@@ -1,7 +1,7 @@
 #include "plan/wireCost.h"
 
-#include "exchange/frameShape.h"
-#include "exchange/lineTiming.h"
+#include "wire/frameShape.h"
+#include "wire/lineTiming.h"
 
 namespace {
 

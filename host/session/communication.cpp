@@ -1,6 +1,6 @@
 #include "session/communication.h"
 
-#include "exchange/timeUnits.h"
+#include "wire/timeUnits.h"
 
 #include <algorithm>
 #include <utility>
@@ -9,15 +9,26 @@ namespace {
 
 const qint64 FOR_EVER = -1;
 
-const qint64 LONGEST_STAY_WHEN_INTERRUPTED = 200 * MILLISECOND;
-const qint64 INTERRUPT_GLANCE = 50 * MILLISECOND; // how often it is looked for
+enum { SHORTEST_SILENCE_MS = 2000, SILENT_TIME_OUTS = 10 };
+
+/// Before a connection whose stations are all silent is made anew.
+int firstSilenceMs(const Communication::Settings& settings)
+{
+    return std::max(int(SHORTEST_SILENCE_MS),
+                    int(SILENT_TIME_OUTS * settings.exchange.answer / MILLISECOND));
+}
 
 } // namespace
 
 Communication::Communication(const DriverLibrary& driver, const Settings& settings,
                              HostBoard& board)
-    : m_driver(driver), m_settings(settings), m_board(board), m_pause(settings.firstPauseMs)
+    : m_driver(driver),
+      m_settings(settings),
+      m_board(board),
+      m_pause(settings.firstPauseMs),
+      m_longestSilence(firstSilenceMs(settings))
 {
+    m_reopenAfter = qint64(m_longestSilence.take()) * MILLISECOND;
     m_clock.start();
 }
 
@@ -96,7 +107,7 @@ void Communication::run()
 void Communication::runUntilStopped()
 {
     DriverSession driver(m_driver, m_settings.attempts);
-    HostSession session(driver, m_settings.timing, m_settings.times, m_board);
+    HostSession session(driver, m_settings.timing, m_settings.exchange, m_board);
     while (!m_stop)
         runOnce(session);
 }
@@ -107,6 +118,7 @@ void Communication::runOnce(HostSession& session)
     try {
         const std::unique_ptr<Link> link = m_settings.openLink();
         m_lossTold = false;
+        m_lastHeard = now();
         m_board.linkChanged(true, QString(), now());
         session.linkBack(now());
         exchange(session, *link);
@@ -114,8 +126,7 @@ void Communication::runOnce(HostSession& session)
         if (!std::exchange(m_lossTold, true)) {
             const QString trouble = QString::fromUtf8(error.what());
             const qint64 lostAt = now();
-            session.linkLost(QLatin1String("link lost: ") + trouble, lostAt,
-                             m_settings.answersOutliveLink);
+            session.linkLost(QLatin1String("link lost: ") + trouble, lostAt);
             m_board.linkChanged(false, trouble, lostAt);
         }
         pauseAfterLoss(session);
@@ -137,33 +148,28 @@ void Communication::exchange(HostSession& session, Link& link)
     while (!m_stop) {
         takeWork(session);
         const ExchangeMachine::Step step = session.advance(now());
-        if (!step.send.isEmpty()) send(link, step.send);
-        const qint64 left = step.idle ? FOR_EVER : std::max<qint64>(step.wakeAt - now(), 0);
+        if (!step.send.isEmpty()) send(link, step);
+        const qint64 left = step.isIdle ? FOR_EVER : std::max<qint64>(step.wakeAt - now(), 0);
         if (m_wait.wait(link.descriptor(), left)) receive(session, link);
+        if (m_settings.reopensWhenSilent) reopenWhenSilent(session);
     }
-    if (m_settings.answersOutliveLink) awaitLateAnswers(session, link);
 }
 
-/// The next program on the line would take them for its own.
-void Communication::awaitLateAnswers(HostSession& session, Link& link)
+/// A peer that keeps the connection and says nothing may be mended by a new one. One that is only
+/// late loses its answers by that, so each time it may be silent for longer.
+void Communication::reopenWhenSilent(const HostSession& session)
 {
-    const qint64 stopped = now();
-    while (true) {
-        qint64 end = session.answersUntil();
-        if (m_settings.isInterrupted())
-            end = std::min(end, stopped + LONGEST_STAY_WHEN_INTERRUPTED);
-        const qint64 left = std::min(end - now(), INTERRUPT_GLANCE);
-        if (left <= 0) return;
-        if (m_wait.wait(link.descriptor(), left)) receive(session, link);
-    }
+    if (!session.areAllSilent() || now() < m_lastHeard + m_reopenAfter) return;
+    m_reopenAfter = qint64(m_longestSilence.take()) * MILLISECOND;
+    throw LinkError("no station answers any more; it is connected anew");
 }
 
-void Communication::send(Link& link, const QByteArray& request)
+void Communication::send(Link& link, const ExchangeMachine::Step& step)
 {
     const qint64 start = now();
-    link.write(request);
-    m_board.frame(FrameRecord::SENT, request, start);
-    takeWire(start, start + m_settings.timing.frame(int(request.size())));
+    link.write(step.send);
+    m_board.frame(step.isFence ? FrameRecord::SENT_FENCE : FrameRecord::SENT, step.send, start);
+    takeWire(start, start + m_settings.timing.frame(int(step.send.size())));
 }
 
 void Communication::receive(HostSession& session, Link& link)
@@ -172,6 +178,9 @@ void Communication::receive(HostSession& session, Link& link)
     if (bytes.isEmpty()) return;
     const qint64 end = now();
     m_pause.startAnew();
+    m_longestSilence.startAnew();
+    m_lastHeard = end;
+    m_reopenAfter = qint64(m_longestSilence.take()) * MILLISECOND;
     m_board.frame(FrameRecord::RECEIVED, bytes, end);
     takeWire(end - m_settings.timing.frame(int(bytes.size())), end);
     session.received(bytes, end);

@@ -29,17 +29,15 @@ public:
     {
         OpenLink openLink; ///< called in the communication thread
         LineTiming timing = LineTiming(LineSettings());
-        ExchangeMachine::Times times;
+        ExchangeMachine::Settings exchange;
         int attempts = 3;
         int firstPauseMs = 500;         ///< before a lost link is tried again; see GrowingPause
-        bool answersOutliveLink = true; ///< late answers may come over the next link, as on a wire
-        std::function<bool()> isInterrupted = [] { return false; }; ///< the program is to end now
+        bool reopensWhenSilent = false; ///< when no station answers and nothing comes any more
     };
 
     Communication(const DriverLibrary& driver, const Settings& settings, HostBoard& board);
 
-    /// Stops the thread; jobs under way are dropped. Where answers outlive the link, it stays until
-    /// none can come any more, but for 0.2 s at most when the program is interrupted.
+    /// Stops the thread; jobs under way are dropped.
     ~Communication() override;
 
     /// Polls the tags; or only knows them, so that reading their blocks once shows their values.
@@ -65,10 +63,10 @@ private:
     void post(Work work);
     void takeWork(HostSession& session);
     void exchange(HostSession& session, Link& link);
-    void send(Link& link, const QByteArray& request);
+    void send(Link& link, const ExchangeMachine::Step& step);
     void receive(HostSession& session, Link& link);
-    void awaitLateAnswers(HostSession& session, Link& link);
     void takeWire(qint64 from, qint64 until);
+    void reopenWhenSilent(const HostSession& session);
     void runOnce(HostSession& session);
     void pauseAfterLoss(HostSession& session);
 
@@ -83,6 +81,9 @@ private:
     std::vector<Work> m_work;
     bool m_lossTold = false;
     GrowingPause m_pause;
+    qint64 m_lastHeard = 0; ///< when bytes came, or the link was opened
+    GrowingPause m_longestSilence;
+    qint64 m_reopenAfter = 0; ///< of silence
 };
 
 #endif

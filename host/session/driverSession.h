@@ -2,7 +2,6 @@
 #define DRIVER_SESSION_H
 
 #include "driver/driverLibrary.h"
-#include "exchange/exchangeMachine.h"
 
 #include <QMutex>
 
@@ -18,7 +17,7 @@ struct NotedChange
 
 /// The driver, started for one link with everything that it borrows from its host. There is one
 /// driver in a process, so there is one session at a time. All calls come from one thread.
-class DriverSession : public DriverCalls
+class DriverSession
 {
 public:
     enum {
@@ -30,12 +29,12 @@ public:
 
     /// @param attempts  how often a request is sent before it is given up, 1 or more
     DriverSession(const DriverLibrary& driver, int attempts);
-    ~DriverSession() override;
+    ~DriverSession();
     DriverSession(const DriverSession&) = delete;
     DriverSession& operator=(const DriverSession&) = delete;
 
-    int getSendFrame(FRAME_PRO* frame) override;
-    int dealRcvFrame(QByteArray& reply, QString& errorText) override;
+    int getSendFrame(FRAME_PRO* frame);
+    int dealRcvFrame(QByteArray& reply, QString& errorText);
 
     /// @return the number of blocks that the driver polls
     int poll(QList<KEY_ADDRESS> keys);

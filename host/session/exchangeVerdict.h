@@ -5,10 +5,6 @@
 
 // What an exchange that is over means for the job that it belongs to.
 
-/// Asking again changes nothing: the station understood the request and refused it.
-/// @param reply  as the driver is handed it
-bool isFinalRefusal(const QByteArray& reply);
-
 JobEnd::Outcome outcomeOf(const FINISHED_EXCHANGE& finished);
 
 /// Why one that was not accepted failed, in words.

@@ -80,7 +80,7 @@ void HostBoard::exchanged(const FINISHED_EXCHANGE& finished, qint64 now)
         return;
     }
     ++m_figures.exchanges;
-    if (finished.exceptionCode != 0) {
+    if (finished.end == END_REFUSED) {
         ++m_figures.refusals;
     } else if (finished.result == REPLY_GIVEN_UP) {
         ++m_figures.giveUps;
@@ -88,6 +88,19 @@ void HostBoard::exchanged(const FINISHED_EXCHANGE& finished, qint64 now)
     }
     m_wholeRun.exchanged(finished.replyTime);
     m_lately.exchanged(finished.replyTime, now);
+}
+
+void HostBoard::fenced(const EndedExchange&, qint64)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    ++m_figures.fences;
+}
+
+void HostBoard::echoFound()
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_news.isEchoFound = true;
+    news();
 }
 
 void HostBoard::linkChanged(bool connected, const QString& trouble, qint64 now)
@@ -139,6 +152,7 @@ News HostBoard::takeNews()
     taken.recipeBlocksDone = m_news.recipeBlocksDone;
     taken.changesMissed = m_news.changesMissed;
     taken.framesMissed = m_news.framesMissed;
+    std::swap(taken.isEchoFound, m_news.isEchoFound);
     std::swap(taken.changes, m_news.changes);
     std::swap(taken.linkEvents, m_news.linkEvents);
     std::swap(taken.jobEnds, m_news.jobEnds);

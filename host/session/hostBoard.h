@@ -42,6 +42,7 @@ struct News
     std::vector<LinkEvent> linkEvents;
     std::vector<JobEnd> jobEnds;
     std::vector<FrameRecord> frames;
+    bool isEchoFound = false; ///< the link returns what is sent; told once
     int recipeBlocksDone = 0; ///< of the transfer under way, or of one that ended with this news
     qint64 changesMissed = 0; ///< since the start, because nobody took them
     qint64 framesMissed = 0;  ///< since the start
@@ -64,6 +65,8 @@ public:
     void jobEnded(const JobEnd& end) override;
     void recipeProgress(int job, int done) override;
     void exchanged(const FINISHED_EXCHANGE& finished, qint64 now) override;
+    void fenced(const EndedExchange& fence, qint64 now) override;
+    void echoFound() override;
     void linkChanged(bool connected, const QString& trouble, qint64 now);
     void frame(FrameRecord::Direction direction, const QByteArray& bytes, qint64 now);
     void wireTaken(qint64 from, qint64 until);

@@ -1,16 +1,27 @@
 #include "session/hostSession.h"
 
 #include "session/exchangeVerdict.h"
+#include "wire/frameShape.h"
 
 #include <algorithm>
 #include <utility>
 
+namespace {
+
+QString silenceOf(int station)
+{
+    return QString(QLatin1String("station %1 does not answer")).arg(station);
+}
+
+} // namespace
+
 HostSession::HostSession(DriverSession& driver, const LineTiming& timing,
-                         const ExchangeMachine::Times& times, SessionSink& sink)
+                         const ExchangeMachine::Settings& settings, SessionSink& sink)
     : m_driver(driver),
       m_sink(sink),
-      m_machine(*this, timing, times),
-      m_stations(times.answer),
+      m_exchange(driver, timing, settings,
+                 [this](const FRAME_PRO& frame) { return isPointless(frame); }),
+      m_stations(settings.answer),
       m_values(driver, m_polled, sink),
       m_recipes(driver, sink)
 {
@@ -21,6 +32,7 @@ void HostSession::poll(std::vector<Tag> tags, std::vector<ReadBlock> blocks)
     know(std::move(tags), std::move(blocks));
     m_isPolling = true;
     m_planDue = true;
+    m_areStationsNew = true;
 }
 
 void HostSession::know(std::vector<Tag> tags, std::vector<ReadBlock> blocks)
@@ -47,11 +59,11 @@ void HostSession::transfer(const RecipeJob& recipe)
 ExchangeMachine::Step HostSession::advance(qint64 now)
 {
     feed(now);
-    ExchangeMachine::Step step = m_machine.advance(now);
+    ExchangeMachine::Step step = m_exchange.advance(now);
     takeFinished(now);
     const std::optional<qint64> probe = m_stations.nextProbe();
-    if (step.idle && probe) {
-        step.idle = false;
+    if (step.isIdle && probe) {
+        step.isIdle = false;
         step.wakeAt = std::max(*probe, now);
     }
     return step;
@@ -59,60 +71,54 @@ ExchangeMachine::Step HostSession::advance(qint64 now)
 
 void HostSession::received(const QByteArray& bytes, qint64 now)
 {
-    m_machine.received(bytes, now);
+    m_exchange.received(bytes, now);
     takeFinished(now);
 }
 
-void HostSession::linkLost(const QString& trouble, qint64 now, bool answersMayFollow)
+void HostSession::linkLost(const QString& trouble, qint64 now)
 {
-    m_machine.linkLost(answersMayFollow);
+    m_exchange.linkLost();
     m_sink.tagsBad(m_polled.allTags(), trouble, now);
 }
 
 void HostSession::linkBack(qint64 now)
 {
-    m_machine.linkOpened(now);
-    m_stations.probeAllAt(now);
+    m_exchange.linkOpened(now);
+    m_stations.startAnew(now);
+    m_planDue = true;
 }
 
-int HostSession::getSendFrame(FRAME_PRO* frame)
+/// A recipe is transferred whole or fails by itself.
+bool HostSession::isPointless(const FRAME_PRO& frame) const
 {
-    const int result = m_driver.getSendFrame(frame);
-    const bool isRecipe = m_recipes.isUnderWay();
-    m_isProbe = result != 0 && !isRecipe && m_reads.isProbeUnderWay() && frame->itemCount != 0 &&
-                frame->var.varId == DriverSession::ONE_SHOT;
-    m_isPointless =
-        result != 0 && !isRecipe && !m_isProbe && m_stations.isSilent(frame->var.station);
-    if (m_isPointless) frame->sendLen = 0;
-    return result;
-}
-
-/// The driver counts attempts. Those that could not bring anything are spent at once.
-int HostSession::dealRcvFrame(QByteArray& reply, QString& errorText)
-{
-    const bool spent = m_isPointless || m_isProbe || isFinalRefusal(reply);
-    int result = m_driver.dealRcvFrame(reply, errorText);
-    while (spent && result == REPLY_RETRY)
-        result = m_driver.dealRcvFrame(reply, errorText);
-    return result;
+    return !m_recipes.isUnderWay() && m_stations.isSilent(frame.var.station);
 }
 
 /// What is handed to the driver while it has a request under way is chosen from afterwards; only
 /// the plan and the recipe flags must not change in between.
 void HostSession::feed(qint64 now)
 {
+    if (std::exchange(m_areStationsNew, false)) expectStations(now);
     feedProbes(now);
     feedWrites();
     feedReads();
-    if (!m_machine.isBetweenRequests()) return;
+    if (!m_exchange.isBetweenRequests()) return;
     if (m_planDue) plan();
     m_recipes.feed();
 }
 
+void HostSession::expectStations(qint64 now)
+{
+    for (const int station : m_polled.stations())
+        m_stations.expect(station, now);
+}
+
+/// One at a time: when the next one is due depends on what becomes of it.
 void HostSession::feedProbes(qint64 now)
 {
-    while (const std::optional<int> station = m_stations.takeDueProbe(now))
-        m_reads.addProbe(m_polled.probeOf(*station));
+    if (!m_exchange.isFree()) return;
+    if (const std::optional<StationWatch::Probe> probe = m_stations.takeDueProbe(now))
+        m_exchange.probe(probe->station, probe->wait);
 }
 
 void HostSession::feedReads()
@@ -139,25 +145,28 @@ void HostSession::plan()
     m_planDue = false;
     if (!m_isPolling) return;
     m_values.distrust();
-    m_driver.poll(m_polled.keys([this](int station) { return !m_stations.isSilent(station); }));
+    m_driver.poll(m_polled.keys([this](int station) { return m_stations.isPolled(station); }));
 }
 
 void HostSession::takeFinished(qint64 now)
 {
     const std::set<int> changed = m_values.takeChanged();
-    if (const std::optional<FINISHED_EXCHANGE> finished = m_machine.takeFinished())
-        exchangeOver(*finished, now);
+    for (const FINISHED_EXCHANGE& finished : m_exchange.takeFinished())
+        exchangeOver(finished, now);
     m_values.tell(changed, now);
+    for (const HEARD_EXCHANGE& heard : m_exchange.takeHeard())
+        noteHeard(heard, now);
+    if (m_exchange.echo() == ECHO_PRESENT && !std::exchange(m_isEchoTold, true)) m_sink.echoFound();
     reportEnded();
 }
 
 void HostSession::exchangeOver(const FINISHED_EXCHANGE& finished, qint64 now)
 {
-    if (!m_isPointless) m_sink.exchanged(finished, now);
+    if (!finished.isPointless) m_sink.exchanged(finished, now);
     if (finished.result == REPLY_RETRY) return;
     noteStation(finished, now);
     if (m_recipes.isUnderWay())
-        m_recipes.frameOver(finished);
+        recipeOver(finished);
     else if (finished.frame.itemCount == 0)
         writeOver(finished, now);
     else if (finished.frame.var.varId == DriverSession::ONE_SHOT)
@@ -166,26 +175,53 @@ void HostSession::exchangeOver(const FINISHED_EXCHANGE& finished, qint64 now)
         blockOver(finished, now);
 }
 
+/// The driver does not show what a recipe wrote: it is read.
+void HostSession::recipeOver(const FINISHED_EXCHANGE& finished)
+{
+    const std::optional<RecipeJob> written = m_recipes.frameOver(finished);
+    if (!written || !m_isPolling) return;
+    for (const _RCP_VAR_PRO& record : written->records) {
+        if (isBitArea(record.regName)) continue;
+        ReadBlock block;
+        block.station = record.station;
+        block.area = record.regName;
+        block.number = record.addr;
+        block.count = record.count;
+        m_reads.add(OneShotReads::NO_JOB, {block});
+    }
+}
+
 void HostSession::noteStation(const FINISHED_EXCHANGE& finished, qint64 now)
 {
-    if (m_isPointless) return;
     const int station = finished.frame.var.station;
-    if (finished.result == REPLY_ACCEPTED || finished.exceptionCode != 0) {
-        if (m_stations.answered(station)) m_planDue = true;
-        return;
-    }
-    const bool isNewlySilent = m_stations.gaveUp(station, finished.heard, now);
-    m_stations.putOff(station, m_machine.heldBackUntil());
-    if (isNewlySilent) {
+    if (finished.isPointless || station == BROADCAST_STATION) return;
+    if (finished.result == REPLY_ACCEPTED || finished.end == END_REFUSED)
+        return stationAnswered(station);
+    if (m_stations.gaveUp(station, finished.end == END_UNUSABLE, now))
         stationWentSilent(station, now);
-    } else if (m_stations.isSilent(station)) { // its tags may have been told of a lost link since
-        m_sink.tagsBad(m_polled.tagsOfStation(station), troubleOf(finished), now);
-    }
+}
+
+void HostSession::noteHeard(const HEARD_EXCHANGE& exchange, qint64 now)
+{
+    const EndedExchange& heard = exchange.ended;
+    if (heard.isFence) m_sink.fenced(heard, now);
+    if (heard.end == END_ANSWERED || heard.end == END_REFUSED || heard.end == END_LATE)
+        return stationAnswered(heard.station);
+    if (exchange.isOfRequest || m_stations.isPolled(heard.station)) return;
+    if (m_stations.gaveUp(heard.station, heard.end == END_UNUSABLE, now))
+        stationWentSilent(heard.station, now);
+    else if (m_stations.isSilent(heard.station)) // may have been told of a lost link since
+        m_sink.tagsBad(m_polled.tagsOfStation(heard.station), silenceOf(heard.station), now);
+}
+
+void HostSession::stationAnswered(int station)
+{
+    if (m_stations.answered(station)) m_planDue = true;
 }
 
 void HostSession::stationWentSilent(int station, qint64 now)
 {
-    const QString trouble = QString(QLatin1String("station %1 does not answer")).arg(station);
+    const QString trouble = silenceOf(station);
     m_planDue = true;
     m_sink.tagsBad(m_polled.tagsOfStation(station), trouble, now);
     m_writes.failWaiting(station, trouble);

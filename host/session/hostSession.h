@@ -1,8 +1,7 @@
 #ifndef HOST_SESSION_H
 #define HOST_SESSION_H
 
-#include "exchange/exchangeMachine.h"
-#include "session/driverSession.h"
+#include "session/driverExchange.h"
 #include "session/oneShotReads.h"
 #include "session/polledTags.h"
 #include "session/recipeTransfers.h"
@@ -14,11 +13,11 @@
 /// One host on one link, without any I/O: it feeds the driver, runs its exchanges, finds out what
 /// became of every write, read and recipe, and leaves silent stations alone. Times are microseconds
 /// of any clock that never goes back. One thread calls it, and its sink is called back from there.
-class HostSession : private DriverCalls
+class HostSession
 {
 public:
     HostSession(DriverSession& driver, const LineTiming& timing,
-                const ExchangeMachine::Times& times, SessionSink& sink);
+                const ExchangeMachine::Settings& settings, SessionSink& sink);
 
     /// Polls the blocks from the next request on; or only knows which tags they bring, for
     /// readOnce(). One of the two, before anything else.
@@ -37,14 +36,13 @@ public:
     void received(const QByteArray& bytes, qint64 now);
 
     /// The link is gone. Jobs are kept, and go on when it is back.
-    /// @param answersMayFollow  late answers may still come over the next link, as on a wire
-    void linkLost(const QString& trouble, qint64 now, bool answersMayFollow = true);
+    void linkLost(const QString& trouble, qint64 now);
     void linkBack(qint64 now);
 
-    /// When the last answer to what was sent so far is to be expected. Before now: none is.
-    qint64 answersUntil() const
+    /// Of the stations that are polled, none answers.
+    bool areAllSilent() const
     {
-        return m_machine.answersUntil();
+        return m_isPolling && m_stations.areAllSilent();
     }
 
     /// A value from the driver's cache, as intf_getData gives it.
@@ -54,17 +52,20 @@ public:
     }
 
 private:
-    int getSendFrame(FRAME_PRO* frame) override;
-    int dealRcvFrame(QByteArray& reply, QString& errorText) override;
+    bool isPointless(const FRAME_PRO& frame) const;
 
     void feed(qint64 now);
     void feedProbes(qint64 now);
+    void expectStations(qint64 now);
     void feedReads();
     void feedWrites();
     void plan();
     void takeFinished(qint64 now);
     void exchangeOver(const FINISHED_EXCHANGE& finished, qint64 now);
+    void recipeOver(const FINISHED_EXCHANGE& finished);
     void noteStation(const FINISHED_EXCHANGE& finished, qint64 now);
+    void noteHeard(const HEARD_EXCHANGE& exchange, qint64 now);
+    void stationAnswered(int station);
     void stationWentSilent(int station, qint64 now);
     void writeOver(const FINISHED_EXCHANGE& finished, qint64 now);
     void readOver(const FINISHED_EXCHANGE& finished, qint64 now);
@@ -74,7 +75,7 @@ private:
 
     DriverSession& m_driver;
     SessionSink& m_sink;
-    ExchangeMachine m_machine;
+    DriverExchange m_exchange;
     StationWatch m_stations;
     PolledTags m_polled;
     WriteJobs m_writes;
@@ -83,8 +84,8 @@ private:
     RecipeTransfers m_recipes;
     bool m_isPolling = false;
     bool m_planDue = false;
-    bool m_isProbe = false;     ///< the frame in flight asks whether a silent station is back
-    bool m_isPointless = false; ///< it would go to a station known to be silent
+    bool m_areStationsNew = false; ///< none of the polled ones was asked yet
+    bool m_isEchoTold = false;
 };
 
 #endif

@@ -9,14 +9,9 @@ void OneShotReads::add(int job, const std::vector<ReadBlock>& blocks)
         m_ended.emplace_back().job = job;
         return;
     }
-    m_blocksLeft[job] = int(blocks.size());
+    if (job != NO_JOB) m_blocksLeft[job] += int(blocks.size());
     for (const ReadBlock& block : blocks)
-        m_waiting.push_back({block, job, false});
-}
-
-void OneShotReads::addProbe(const ReadBlock& block)
-{
-    m_waiting.push_front({block, 0, true});
+        m_waiting.push_back({block, job});
 }
 
 std::optional<OneShotReads::Read> OneShotReads::start()
@@ -31,7 +26,7 @@ void OneShotReads::ended(JobEnd::Outcome outcome, const QString& trouble)
 {
     if (!m_underWay) return;
     const Read read = *std::exchange(m_underWay, std::nullopt);
-    if (read.probe) return;
+    if (read.job == NO_JOB) return;
     if (outcome == JobEnd::DONE && --m_blocksLeft[read.job] > 0) return;
     dropRest(read.job);
     JobEnd end;
@@ -44,10 +39,9 @@ void OneShotReads::ended(JobEnd::Outcome outcome, const QString& trouble)
 void OneShotReads::dropRest(int job)
 {
     m_blocksLeft.erase(job);
-    m_waiting.erase(
-        std::remove_if(m_waiting.begin(), m_waiting.end(),
-                       [job](const Read& read) { return !read.probe && read.job == job; }),
-        m_waiting.end());
+    m_waiting.erase(std::remove_if(m_waiting.begin(), m_waiting.end(),
+                                   [job](const Read& read) { return read.job == job; }),
+                    m_waiting.end());
 }
 
 std::vector<JobEnd> OneShotReads::takeEnded()

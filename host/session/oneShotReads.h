@@ -9,8 +9,8 @@
 #include <optional>
 #include <vector>
 
-/// The blocks that are read once: those of the user's jobs, and the probes of silent stations. The
-/// driver reports the end of the block that was queued last only, and drops all of them when one is
+/// The blocks that are read once, for the user's jobs or to fetch what was written. The driver
+/// reports the end of the block that was queued last only, and drops all of them when one is
 /// given up, so it is handed one at a time.
 class OneShotReads
 {
@@ -19,13 +19,11 @@ public:
     {
         ReadBlock block;
         int job = 0;
-        bool probe = false; ///< sent once, to see whether the station is back
     };
 
-    void add(int job, const std::vector<ReadBlock>& blocks);
+    enum { NO_JOB = 0 }; ///< each of its blocks is read, whatever becomes of the others, and untold
 
-    /// Goes ahead of the jobs.
-    void addProbe(const ReadBlock& block);
+    void add(int job, const std::vector<ReadBlock>& blocks);
 
     /// The block that the driver is to be handed now; none while one is under way.
     std::optional<Read> start();
@@ -33,10 +31,6 @@ public:
     bool isUnderWay() const
     {
         return m_underWay.has_value();
-    }
-    bool isProbeUnderWay() const
-    {
-        return m_underWay && m_underWay->probe;
     }
 
     /// The block under way has been read, or failed. A job ends with its last block, or with the

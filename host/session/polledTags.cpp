@@ -31,17 +31,12 @@ int PolledTags::blockOf(const VARIABLE& read) const
     return found == m_blocksByStart.end() ? int(NO_BLOCK) : found->second;
 }
 
-ReadBlock PolledTags::probeOf(int station) const
+std::set<int> PolledTags::stations() const
 {
-    for (const ReadBlock& block : m_blocks) {
-        if (block.station == station) return block;
-    }
-    ReadBlock probe;
-    probe.station = station;
-    probe.area = QLatin1String("MW");
-    probe.number = FIRST_MARKER_NUMBER;
-    probe.count = 1;
-    return probe;
+    std::set<int> all;
+    for (const ReadBlock& block : m_blocks)
+        all.insert(block.station);
+    return all;
 }
 
 std::vector<int> PolledTags::tagsOfStation(int station) const

@@ -5,6 +5,7 @@
 #include "quorvane_ka_kb_plc.h"
 
 #include <map>
+#include <set>
 #include <tuple>
 #include <vector>
 
@@ -36,8 +37,7 @@ public:
     /// @return index of the block that a frame reads, -1: none
     int blockOf(const VARIABLE& read) const;
 
-    /// The first block of a station, or of none a word to ask it for.
-    ReadBlock probeOf(int station) const;
+    std::set<int> stations() const;
 
     std::vector<int> tagsOfStation(int station) const;
     std::vector<int> allTags() const;

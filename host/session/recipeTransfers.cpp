@@ -2,6 +2,8 @@
 
 #include "session/exchangeVerdict.h"
 
+#include <utility>
+
 void RecipeTransfers::add(const RecipeJob& recipe)
 {
     m_waiting.push_back(recipe);
@@ -26,10 +28,10 @@ void RecipeTransfers::feed()
 }
 
 /// A transfer is over when the driver has cleared its flag; the block that it ended with tells how.
-void RecipeTransfers::frameOver(const FINISHED_EXCHANGE& finished)
+std::optional<RecipeJob> RecipeTransfers::frameOver(const FINISHED_EXCHANGE& finished)
 {
     if (finished.result == REPLY_ACCEPTED) m_sink.recipeProgress(m_underWay->job, ++m_blocksDone);
-    if (m_driver.isRaised(m_underWay->flag)) return;
+    if (m_driver.isRaised(m_underWay->flag)) return std::nullopt;
     JobEnd end;
     end.job = m_underWay->job;
     end.outcome = outcomeOf(finished);
@@ -37,6 +39,8 @@ void RecipeTransfers::frameOver(const FINISHED_EXCHANGE& finished)
         end.trouble =
             m_driver.placesText(finished.frame.var) + QLatin1String(": ") + troubleOf(finished);
     end.values = m_driver.recipeBytes(int(m_underWay->values.size()));
-    m_underWay.reset();
+    const RecipeJob recipe = *std::exchange(m_underWay, std::nullopt);
     m_sink.jobEnded(end);
+    const bool isWritten = end.outcome == JobEnd::DONE && recipe.flag == RECIPE_DOWNLOAD_FLAG;
+    return isWritten ? std::make_optional(recipe) : std::nullopt;
 }

@@ -35,7 +35,8 @@ public:
     }
 
     /// An exchange of the recipe under way is over, and not tried again.
-    void frameOver(const FINISHED_EXCHANGE& finished);
+    /// @return the recipe when all of it has been written into the PLC
+    std::optional<RecipeJob> frameOver(const FINISHED_EXCHANGE& finished);
 
 private:
     DriverSession& m_driver;

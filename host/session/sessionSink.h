@@ -1,7 +1,7 @@
 #ifndef SESSION_SINK_H
 #define SESSION_SINK_H
 
-#include "exchange/exchangeMachine.h"
+#include "session/driverExchange.h"
 
 #include <QByteArray>
 #include <QString>
@@ -48,6 +48,12 @@ public:
 
     /// An exchange is over, or failed and is tried again.
     virtual void exchanged(const FINISHED_EXCHANGE& finished, qint64 now) = 0;
+
+    /// A fence was answered, or not.
+    virtual void fenced(const EndedExchange& fence, qint64 now) = 0;
+
+    /// The link returns what is sent. Told once.
+    virtual void echoFound() = 0;
 };
 
 #endif

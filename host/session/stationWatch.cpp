@@ -1,76 +1,132 @@
 #include "session/stationWatch.h"
 
 #include <algorithm>
+#include <tuple>
 
 namespace {
 
 // In time-outs: the first probe comes soon, as a burst of noise may be all that happened.
-enum { FIRST_PAUSE = 4, SECOND_PAUSE = 20, LONGEST_PAUSE = 120, NOISY_GIVE_UPS = 3 };
+enum { OVERDUE_PAUSE = 1, FIRST_PAUSE = 4, SECOND_PAUSE = 20, LONGEST_PAUSE = 120 };
+
+enum {
+    NOISY_GIVE_UPS = 3,
+    FIRST_PROBES_SHARE = 8 ///< of the time-out is waited for a station that was never heard
+};
 
 } // namespace
 
 StationWatch::StationWatch(qint64 timeOut) : m_timeOut(timeOut) {}
 
+void StationWatch::expect(int station, qint64 now)
+{
+    State& state = m_stations[station];
+    state = State();
+    state.answering = UNKNOWN;
+    state.probeAt = now;
+}
+
 bool StationWatch::answered(int station)
 {
     State& state = m_stations[station];
-    const bool wasSilent = state.silent;
+    const bool isNew = state.answering != ANSWERS;
     state = State();
-    return wasSilent;
+    return isNew;
+}
+
+void StationWatch::pauseFor(State& state, qint64 pause, qint64 now) const
+{
+    state.pause = pause;
+    state.probing = false;
+    state.probeAt = now + pause;
+}
+
+qint64 StationWatch::dueAt(const State& state) const
+{
+    return state.answering == UNKNOWN ? state.probeAt : std::max(state.probeAt, m_othersUntil);
+}
+
+/// The short probes go first, then the one that has been due longest.
+bool StationWatch::goesAhead(const State& a, const State& b)
+{
+    return std::make_tuple(a.answering != UNKNOWN, a.probeAt) <
+           std::make_tuple(b.answering != UNKNOWN, b.probeAt);
 }
 
 bool StationWatch::gaveUp(int station, bool heard, qint64 now)
 {
     State& state = m_stations[station];
     ++state.giveUps;
-    if (state.silent) {
-        state.pause = std::min(std::max(2 * state.pause, SECOND_PAUSE * m_timeOut),
-                               LONGEST_PAUSE * m_timeOut);
-    } else {
+    m_othersUntil = now + m_timeOut;
+    switch (state.answering) {
+    case UNKNOWN:
+        state.answering = OVERDUE;
+        pauseFor(state, OVERDUE_PAUSE * m_timeOut, now);
+        return false;
+    case SILENT:
+        pauseFor(state,
+                 std::clamp<qint64>(2 * state.pause, SECOND_PAUSE * m_timeOut,
+                                    LONGEST_PAUSE * m_timeOut),
+                 now);
+        return false;
+    case ANSWERS:
         if (heard && state.giveUps < NOISY_GIVE_UPS) return false;
-        state.pause = FIRST_PAUSE * m_timeOut;
+        break;
+    default:
+        break;
     }
-    const bool newlySilent = !state.silent;
-    state.silent = true;
-    state.probing = false;
-    state.probeAt = now + state.pause;
-    return newlySilent;
-}
-
-void StationWatch::putOff(int station, qint64 until)
-{
-    State& state = m_stations[station];
-    state.probeAt = std::max(state.probeAt, until);
+    state.answering = SILENT;
+    pauseFor(state, FIRST_PAUSE * m_timeOut, now);
+    return true;
 }
 
 bool StationWatch::isSilent(int station) const
 {
     const auto found = m_stations.find(station);
-    return found != m_stations.end() && found->second.silent;
+    return found != m_stations.end() && found->second.answering == SILENT;
 }
 
-std::optional<int> StationWatch::takeDueProbe(qint64 now)
+bool StationWatch::isPolled(int station) const
 {
-    for (auto& [station, state] : m_stations) {
-        if (!state.silent || state.probing || state.probeAt > now) continue;
-        state.probing = true;
-        return station;
+    const auto found = m_stations.find(station);
+    return found == m_stations.end() || found->second.answering == ANSWERS;
+}
+
+bool StationWatch::areAllSilent() const
+{
+    return !m_stations.empty() &&
+           std::all_of(m_stations.begin(), m_stations.end(),
+                       [](const auto& entry) { return entry.second.answering == SILENT; });
+}
+
+std::optional<StationWatch::Probe> StationWatch::takeDueProbe(qint64 now)
+{
+    auto next = m_stations.end();
+    for (auto at = m_stations.begin(); at != m_stations.end(); ++at) {
+        const State& state = at->second;
+        if (state.answering == ANSWERS || state.probing || dueAt(state) > now) continue;
+        if (next == m_stations.end() || goesAhead(state, next->second)) next = at;
     }
-    return std::nullopt;
+    if (next == m_stations.end()) return std::nullopt;
+    auto& [station, state] = *next;
+    state.probing = true;
+    return Probe{station, state.answering == UNKNOWN ? m_timeOut / FIRST_PROBES_SHARE : 0};
 }
 
 std::optional<qint64> StationWatch::nextProbe() const
 {
     std::optional<qint64> next;
     for (const auto& [station, state] : m_stations) {
-        if (state.silent && !state.probing)
-            next = std::min(next.value_or(state.probeAt), state.probeAt);
+        if (state.answering != ANSWERS && !state.probing)
+            next = std::min(next.value_or(dueAt(state)), dueAt(state));
     }
     return next;
 }
 
-void StationWatch::probeAllAt(qint64 now)
+void StationWatch::startAnew(qint64 now)
 {
-    for (auto& [station, state] : m_stations)
-        state.probeAt = now; // a probe that is under way survives the loss of the link
+    for (auto& [station, state] : m_stations) {
+        state = State();
+        state.answering = UNKNOWN;
+        state.probeAt = now;
+    }
 }

@@ -99,6 +99,11 @@ void addLink(CLI::App* verb, Options& options)
                      "before a lost link is tried again; doubles up to 30 s")
         ->check(CLI::Range(10, 30000))
         ->capture_default_str();
+    static const std::map<std::string, EchoMode> ECHOES = {
+        {"auto", ECHO_UNKNOWN}, {"no", ECHO_ABSENT}, {"yes", ECHO_PRESENT}};
+    verb->add_option("--echo", link.echo, "whether the link returns what is sent: yes, no or auto")
+        ->transform(CLI::Transformer(ECHOES))
+        ->default_str("auto");
     verb->add_flag("--trace", link.trace, "print every frame to standard error");
     verb->add_option("--pcap", link.pcap, "write the requests and their answers to a capture file");
     verb->add_option("--simulator", link.simulator,

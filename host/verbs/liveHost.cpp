@@ -1,25 +1,23 @@
 #include "verbs/liveHost.h"
 
-#include "exchange/timeUnits.h"
 #include "links/serialLink.h"
 #include "links/tcpLink.h"
 #include "plan/wireCost.h"
 #include "verbs/companionFiles.h"
 #include "verbs/interrupt.h"
 #include "verbs/printing.h"
+#include "wire/timeUnits.h"
 
 #include <QDateTime>
 
 #include <algorithm>
 #include <cstdio>
+#include <random>
 #include <set>
 
 namespace {
 
 enum { NEWS_MS = 100 };
-
-// A peer that kept answers for whoever connects next sends them at once.
-const qint64 LONGEST_OPENING_SILENCE = 50 * MILLISECOND;
 
 QString simulatorProgram(const LinkOptions& options)
 {
@@ -104,13 +102,12 @@ Communication::Settings LiveHost::settings(const std::vector<Tag>& tags)
 {
     Communication::Settings settings;
     settings.timing = timingOf(m_address);
-    settings.times.answer = qint64(m_options.timeoutMs) * MILLISECOND;
+    settings.exchange.answer = qint64(m_options.timeoutMs) * MILLISECOND;
+    settings.exchange.echo = m_options.echo;
+    settings.exchange.seed = std::random_device()();
     settings.attempts = m_options.attempts;
     settings.firstPauseMs = m_options.pauseMs;
-    if (m_address.kind == LinkAddress::NETWORK)
-        settings.times.opening = std::min(settings.times.answer / 10, LONGEST_OPENING_SILENCE);
-    settings.answersOutliveLink = m_address.kind != LinkAddress::SIMULATED;
-    settings.isInterrupted = stopRequested;
+    settings.reopensWhenSilent = m_address.kind == LinkAddress::NETWORK;
     settings.openLink = opener(tags);
     return settings;
 }
@@ -166,6 +163,9 @@ News LiveHost::next(int ms)
     if (!hasEarly) m_board.waitForNews(ms);
     News news = m_board.takeNews();
     record(news);
+    if (news.isEchoFound)
+        std::fputs("kakb-host: the link returns what is sent; each request's copy is dropped\n",
+                   stderr);
     for (News::LinkEvent& event : news.linkEvents) {
         if (!event.connected && m_simulator) event.trouble = QLatin1String(SIMULATED_PLC_HAS_ENDED);
         m_linkTrouble = event.connected ? std::nullopt : std::make_optional(event.trouble);

@@ -23,6 +23,7 @@ struct LinkOptions
     int attempts = 3;
     int pauseMs = 500;
     int turnaroundUs = 1000;
+    EchoMode echo = ECHO_UNKNOWN;
     bool trace = false;
     std::string pcap;
     bool json = false;

@@ -1,10 +1,11 @@
 #include "verbs/planVerb.h"
 
-#include "exchange/timeUnits.h"
+#include "exchange/fenceChoice.h"
 #include "output/columnText.h"
 #include "plan/readPlan.h"
 #include "session/driverSession.h"
 #include "session/polledTags.h"
+#include "wire/timeUnits.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -12,6 +13,7 @@
 
 #include <map>
 #include <optional>
+#include <set>
 #include <tuple>
 
 namespace {
@@ -30,6 +32,8 @@ struct CycleView
     std::vector<ReadBlock> blocks;
     std::vector<Request> requests; ///< of the blocks, in their order
     std::optional<qint64> time;    ///< microseconds; none where a request takes no time
+    size_t fences = 0;             ///< ahead of the first cycle, one a station
+    std::optional<qint64> fenceTime;
     size_t singleReads = 0;
     std::optional<qint64> singleTime;
 };
@@ -108,6 +112,7 @@ void printJson(std::FILE* out, const CycleView& view, const std::vector<Tag>& ta
         blocks.append(blockObject(view.blocks[i], view.requests[i], tags));
     QJsonObject object;
     object[QLatin1String("blocks")] = blocks;
+    object[QLatin1String("fences")] = cycleObject(view.fences, view.fenceTime);
     object[QLatin1String("grouped")] = cycleObject(view.blocks.size(), view.time);
     object[QLatin1String("single")] = cycleObject(view.singleReads, view.singleTime);
     const QByteArray line = QJsonDocument(object).toJson(QJsonDocument::Compact);
@@ -118,6 +123,13 @@ QByteArray cycleText(std::optional<qint64> time)
 {
     if (!time) return "no wire time";
     return QByteArray::number(double(*time) / MILLISECOND, 'f', 1) + " ms a cycle";
+}
+
+/// Their lengths are drawn, so that two programs on one line differ.
+QByteArray fencesText(std::optional<qint64> time)
+{
+    if (!time) return "no wire time";
+    return "about " + QByteArray::number(double(*time) / MILLISECOND, 'f', 1) + " ms once";
 }
 
 void printTable(std::FILE* out, const CycleView& view, const std::vector<Tag>& tags)
@@ -133,9 +145,11 @@ void printTable(std::FILE* out, const CycleView& view, const std::vector<Tag>& t
     }
     std::fprintf(out,
                  "grouped:          %5d requests, %s\n"
-                 "without grouping: %5d requests, %s\n",
+                 "without grouping: %5d requests, %s\n"
+                 "fences at first:  %5d requests, %s\n",
                  int(view.blocks.size()), cycleText(view.time).constData(), int(view.singleReads),
-                 cycleText(view.singleTime).constData());
+                 cycleText(view.singleTime).constData(), int(view.fences),
+                 fencesText(view.fenceTime).constData());
 }
 
 } // namespace
@@ -145,13 +159,19 @@ void printPlan(std::FILE* out, const std::vector<Tag>& tags, const LineTiming& t
 {
     const WireCost cost = wireCost(timing, turnaround);
     CycleView view;
+    std::set<int> stations;
     view.blocks = planReads(tags, cost, DriverSession::MOST_READ_WORDS);
     view.requests = requestsFor(view.blocks, driver);
+    for (const ReadBlock& block : view.blocks)
+        stations.insert(block.station);
+    view.fences = stations.size();
     const std::vector<ReadBlock> single = planSingleReads(tags);
     view.singleReads = single.size();
     if (cost.request > 0) {
         view.time = cycleTime(view.blocks, cost);
         view.singleTime = cycleTime(single, cost);
+        const qint64 fence = cost.request + cost.word * (FenceChoice::MOST_REGISTERS / 2);
+        view.fenceTime = qint64(view.fences) * fence;
     }
     (json ? printJson : printTable)(out, view, tags);
 }

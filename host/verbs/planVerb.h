@@ -2,8 +2,8 @@
 #define PLAN_VERB_H
 
 #include "driver/driverLibrary.h"
-#include "exchange/lineTiming.h"
 #include "plan/tag.h"
+#include "wire/lineTiming.h"
 
 #include <cstdio>
 #include <vector>

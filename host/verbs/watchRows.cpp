@@ -1,8 +1,8 @@
 #include "verbs/watchRows.h"
 
-#include "exchange/timeUnits.h"
 #include "plan/tagValue.h"
 #include "verbs/tagChoice.h"
+#include "wire/timeUnits.h"
 
 WatchRow watchRow(const Tag& tag, const TagState& state, qint64 now)
 {

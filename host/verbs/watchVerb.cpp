@@ -1,12 +1,12 @@
 #include "verbs/watchVerb.h"
 
-#include "exchange/timeUnits.h"
 #include "output/changeLines.h"
 #include "output/figuresText.h"
 #include "output/outputStream.h"
 #include "output/watchScreen.h"
 #include "verbs/interrupt.h"
 #include "verbs/watchRows.h"
+#include "wire/timeUnits.h"
 
 #include <QJsonDocument>
 

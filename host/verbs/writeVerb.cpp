@@ -1,9 +1,11 @@
 #include "verbs/writeVerb.h"
 
 #include "output/changeLines.h"
+#include "plan/recipePlan.h"
 #include "plan/sharedMemory.h"
 #include "plan/tagText.h"
 #include "plan/tagValue.h"
+#include "plan/writeGroups.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -81,15 +83,49 @@ QString unconfirmed(const Assignment& assigned, const QString& trouble)
     return QString(QLatin1String("%1 is not confirmed: %2")).arg(labelText(assigned.tag), trouble);
 }
 
+/// Hands in the job that writes a group.
+void start(LiveHost& host, int job, const WriteGroup& group,
+           const std::vector<Assignment>& assignments)
+{
+    if (!group.isOneFrame)
+        return host.communication().write(job, elementsOf(assignments[group.tags.front()]));
+    std::vector<Tag> tags;
+    std::vector<QByteArray> values;
+    for (const size_t index : group.tags) {
+        tags.push_back(assignments[index].tag);
+        values.push_back(assignments[index].bytes);
+    }
+    const RecipePlan plan(tags, DriverSession::LINK_NUMBER);
+    RecipeJob recipe;
+    recipe.job = job;
+    recipe.flag = RECIPE_DOWNLOAD_FLAG;
+    recipe.records = plan.downloadRecords();
+    recipe.values = plan.buffer(values);
+    host.communication().transfer(recipe);
+}
+
+/// Hands in all writes.
+/// @return the job of each assignment
+std::vector<int> startAll(LiveHost& host, const std::vector<Assignment>& assignments)
+{
+    std::vector<Tag> tags;
+    for (const Assignment& assigned : assignments)
+        tags.push_back(assigned.tag);
+    std::vector<int> jobs(assignments.size());
+    for (const WriteGroup& group : writeGroups(tags)) {
+        const int job = host.newJob();
+        for (const size_t index : group.tags)
+            jobs[index] = job;
+        start(host, job, group, assignments);
+    }
+    return jobs;
+}
+
 /// Tells of each whether it is confirmed.
 ExitStatus write(LiveHost& host, const std::vector<Assignment>& assignments, bool json)
 {
     host.connect();
-    std::vector<int> jobs;
-    for (const Assignment& assigned : assignments) {
-        jobs.push_back(host.newJob());
-        host.communication().write(jobs.back(), elementsOf(assigned));
-    }
+    const std::vector<int> jobs = startAll(host, assignments);
     std::vector<JobEnd> failures;
     for (size_t i = 0; i < jobs.size(); ++i) {
         JobEnd end = host.endOf(jobs[i]);

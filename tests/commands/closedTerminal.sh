@@ -36,7 +36,7 @@ startPlc pty --signal 1:IW:0:counter:20
 for signal in KILL HUP TERM; do
     startPowerless
     ! readsPowerless || fail "two hosts on one line"
-    errorHas '(busy|locking)'
+    errorHas 'in use by another program'
     kill "-$signal" "$watcher"
     wait "$watcher" 2>/dev/null || true
     watcher=

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""A TCP peer that gives each request of 8 bytes the same answer, and counts.
+"""A TCP peer that answers each read of 8 bytes with words that are all 7, and counts.
 
 usage: countingPort.py EXCHANGES FILE
 
@@ -16,28 +16,29 @@ from pymodbus.utilities import computeCRC
 REQUEST_BYTES = 8
 
 
-def answer():
-    """Station 1: one register, 7 (MODBUS Application Protocol V1.1b3, 6.3)."""
-    frame = bytes.fromhex("0103020007")
+def answer(request):
+    """As many registers as are asked for (MODBUS Application Protocol V1.1b3, 6.3)."""
+    count = int.from_bytes(request[4:6], "big")
+    frame = request[:2] + bytes([2 * count]) + bytes.fromhex("0007") * count
     return frame + computeCRC(frame).to_bytes(2, "big")
 
 
 def serve(host, enough, file):
     """Until the host hangs up."""
     host.setsockopt(socket.IPPROTO_TCP, socket.TCP_NODELAY, 1)
-    reply, received, answered = answer(), 0, 0
+    received, answered = b"", 0
     while True:
         try:
-            chunk = host.recv(REQUEST_BYTES - received)
+            chunk = host.recv(REQUEST_BYTES - len(received))
         except ConnectionError:
             return answered
         if not chunk:
             return answered
-        received += len(chunk)
-        if received < REQUEST_BYTES:
+        received += chunk
+        if len(received) < REQUEST_BYTES:
             continue
-        host.sendall(reply)
-        received, answered = 0, answered + 1
+        host.sendall(answer(received))
+        received, answered = b"", answered + 1
         if answered == enough:
             Path(file).touch()
 

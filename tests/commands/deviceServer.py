@@ -8,7 +8,7 @@ is for: what the PLC answers goes to whoever is connected then or, after 20 ms, 
 comes so much later than its request. With each of the first requests, so many, it hangs up and
 passes the request on all the same.
 
-Station 1 has one word at a time to read: MW100 is 4711, MW4000 is 99 (MODBUS Application Protocol
+Of station 1, MW100 is 4711, MW4000 is 99, and all other words are 0 (MODBUS Application Protocol
 V1.1b3, 6.3).
 """
 
@@ -26,9 +26,10 @@ WORDS = {3050: 4711, 5000: 99}
 
 
 def answer(request):
-    """The reply to a read of one word."""
-    word = WORDS[int.from_bytes(request[2:4], "big")]
-    frame = bytes([1, 3, 2]) + word.to_bytes(2, "big")
+    """The reply to a read of words."""
+    first, count = (int.from_bytes(request[at:at + 2], "big") for at in (2, 4))
+    words = (WORDS.get(number, 0) for number in range(first, first + count))
+    frame = request[:2] + bytes([2 * count]) + b"".join(word.to_bytes(2, "big") for word in words)
     return frame + computeCRC(frame).to_bytes(2, "big")
 
 

@@ -79,7 +79,7 @@ for kind in pty tcp; do
     done
     stopPlc
 
-    startPlc "$kind" --stations 1-2 --exception 1 --exception-code 2 --fault-exchanges 1
+    startPlc "$kind" --stations 1-2 --exception 1 --exception-code 2 --fault-exchanges 2
     expect 5 host recipe download "$work/recipe.csv" --link "$link" --timeout-ms 30000
     saysOneSentence
     errorHas 'MW ?(100|3050)\b.*refused by the PLC: illegal address'

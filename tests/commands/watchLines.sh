@@ -11,7 +11,7 @@ still,1,MW,100,uint16,
 lamp,1,QX,2.1,bool,
 CSV
 number='[0-9]+\.[0-9]{6}'
-figures='^[0-9.]+ exchanges/s  retries 0  give-ups 0  refused 0  reply p50 .* losses 0$'
+figures='^[0-9.]+ exchanges/s  retries 0  give-ups 0  refused 0  fences [0-9]+  reply p50 .* losses 0$'
 
 for kind in pty tcp; do
     startPlc "$kind" --signal 1:IW:0:counter:50
@@ -44,7 +44,7 @@ for kind in pty tcp; do
     { cat "$work/tags.csv"; echo 'gone,2,MW,0,uint16,'; } >"$work/two.csv"
     expect 0 host watch --tags "$work/two.csv" --link "$link" --seconds 0.5 --timeout-ms 50
     outputHas "^$number  still  MW100 = 0$" \
-        "^$number  gone  2:MW0 bad: station 2 does not answer$" '  give-ups [1-9]'
+        "^$number  gone  2:MW0 bad: station 2 does not answer$" '  fences [2-9]'
     stopPlc
 
     startPlc "$kind" --exception 1 --exception-code 2

@@ -18,8 +18,8 @@ from pymodbus.utilities import computeCRC
 
 FRAME = re.compile(r"^ +\d+\.\d{6} ([<>]) ((?:[0-9A-F]{2} )+) *station (\d+): (.*)$")
 MEANINGS = (
-    (r"read (\d+) holding registers? from (\d+)", lambda n, a: ReadHoldingRegistersRequest(a, n)),
-    (r"read (\d+) input registers? from (\d+)", lambda n, a: ReadInputRegistersRequest(a, n)),
+    (r"read (\d+) holding registers? from (\d+)(?:, a fence)?", lambda n, a: ReadHoldingRegistersRequest(a, n)),
+    (r"read (\d+) input registers? from (\d+)(?:, a fence)?", lambda n, a: ReadInputRegistersRequest(a, n)),
     (r"write register (\d+) = (\d+)", WriteSingleRegisterRequest),
     (r"write coil (\d+) = ([01])", lambda a, on: WriteSingleCoilRequest(a, bool(on))),
     (r"write \d+ registers from (\d+) = ([\d ]+)", WriteMultipleRegistersRequest),

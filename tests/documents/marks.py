@@ -40,6 +40,9 @@ DEVICES = {
 VARYING = [
     r"/dev/pts/\d+",
     r"\b\d+\.\d{6}\b",  # seconds since the start
+    # A fence's length is drawn. Its checksum is looked at by frames.py.
+    r"[0-9A-F]{2} [0-9A-F]{2} [0-9A-F]{2}(?=  station \d+: read \d+ holding registers? from 3000, a fence)",
+    r"\d+ holding registers?(?= from 3000, a fence)",
     r"(?<=MW 3051 = )\d+",  # counts by itself
     r"(?<=IW0 = )\d+",
     r"(?<=bytes, )\d+(?= us)",

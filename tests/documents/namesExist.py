@@ -11,7 +11,7 @@ from pathlib import Path
 LINK = re.compile(r"\[[^\]]*\]\(([^)#]+)(?:#[^)]*)?\)")
 CODE = re.compile(r"(?<!`)`([^`\n]+)`(?!`)")
 FILE = re.compile(r"[\w.-]+(?:/[\w.*-]+)+/?|[\w-]+\.(?:md|sh|py|cpp|h|csv|txt)")
-FOLDERS = ("", "docs", "tests", "tests/unit", "scripts", "simulator", "include", "host/exchange")
+FOLDERS = ("", "docs", "tests", "tests/unit", "scripts", "simulator", "include", "line/wire", "line/exchange")
 # Not of this tree: what a build makes, what is on other machines, and what stands for something else.
 ELSEWHERE = re.compile(r"build/|/|RECORD|tags\.csv$|recipe\.csv$")
 

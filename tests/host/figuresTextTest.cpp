@@ -12,6 +12,7 @@ LinkFigures busyLink()
     figures.retries = 1;
     figures.giveUps = 2;
     figures.refusals = 3;
+    figures.fences = 5;
     figures.losses = 4;
     figures.wholeRun.replyMedian = 1230;
     figures.wholeRun.reply99 = 3390;
@@ -34,8 +35,8 @@ QJsonValue jsonOf(const LinkFigures& figures, const char* key)
 
 TEST(FiguresText, ShowsAllFiguresInOneLine)
 {
-    EXPECT_EQ("47.3 exchanges/s  retries 1  give-ups 2  refused 3  reply p50 1.2 ms  p99 3.4 ms  "
-              "wire 63 %  losses 4",
+    EXPECT_EQ("47.3 exchanges/s  retries 1  give-ups 2  refused 3  fences 5  reply p50 1.2 ms  "
+              "p99 3.4 ms  wire 63 %  losses 4",
               figuresText(busyLink()).toStdString());
 }
 
@@ -46,8 +47,8 @@ TEST(FiguresText, LiveItHasTheRatesOfLateAndTheTotals)
     figures.lately.replyMedian = 2100;
     figures.lately.reply99 = 7700;
     figures.lately.wireShare = 0.221;
-    EXPECT_EQ("12.0 exchanges/s  retries 1  give-ups 2  refused 3  reply p50 2.1 ms  p99 7.7 ms  "
-              "wire 22 %  losses 4",
+    EXPECT_EQ("12.0 exchanges/s  retries 1  give-ups 2  refused 3  fences 5  reply p50 2.1 ms  "
+              "p99 7.7 ms  wire 22 %  losses 4",
               liveFiguresText(figures).toStdString());
 }
 
@@ -105,6 +106,7 @@ TEST(FiguresJson, HasEachFigureUnderItsName)
     EXPECT_EQ(QJsonValue(1), jsonOf(figures, "retries"));
     EXPECT_EQ(QJsonValue(2), jsonOf(figures, "giveUps"));
     EXPECT_EQ(QJsonValue(3), jsonOf(figures, "refusals"));
+    EXPECT_EQ(QJsonValue(5), jsonOf(figures, "fences"));
     EXPECT_EQ(QJsonValue(4), jsonOf(figures, "losses"));
     EXPECT_EQ(QJsonValue(1230), jsonOf(figures, "replyMedian"));
     EXPECT_EQ(QJsonValue(3390), jsonOf(figures, "reply99"));

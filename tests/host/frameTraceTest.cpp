@@ -22,6 +22,11 @@ FrameRecord sent(qint64 time, const QByteArray& bytes)
     return {time, FrameRecord::SENT, bytes};
 }
 
+FrameRecord fence(qint64 time, const QByteArray& bytes)
+{
+    return {time, FrameRecord::SENT_FENCE, bytes};
+}
+
 FrameRecord received(qint64 time, const QByteArray& bytes)
 {
     return {time, FrameRecord::RECEIVED, bytes};
@@ -68,6 +73,23 @@ TEST(FrameTrace, WritesALineForTheRequestAndOneForItsReply)
                   "    1.256120 < 01 03 04 12 34 56 78 81 07  station 1: 2 registers 0x1234 "
                   "0x5678\n",
               traced({sent(1250000, READ_REQUEST), received(1256120, READ_REPLY)}));
+}
+
+TEST(FrameTrace, CallsAFenceOneAndReadsItsReplyAsThatOfARequest)
+{
+    EXPECT_EQ("    1.250000 > 01 03 0B B8 00 02 46 0A  station 1: read 2 holding registers from "
+              "3000, a fence\n"
+              "    1.256120 < 01 03 04 12 34 56 78 81 07  station 1: 2 registers 0x1234 0x5678\n",
+              traced({fence(1250000, READ_REQUEST), received(1256120, READ_REPLY)}));
+}
+
+TEST(FrameTrace, CallsTheCopyOfARequestItsEcho)
+{
+    EXPECT_EQ(std::string(REQUEST_LINE) +
+                  "    1.252000 < 01 03 0B B8 00 02 46 0A  echo of the request\n"
+                  "    1.256120 < 01 83 02 C0 F1  station 1: exception 2: illegal address\n",
+              traced({sent(1250000, READ_REQUEST), received(1252000, READ_REQUEST),
+                      received(1256120, REFUSAL)}));
 }
 
 TEST(FrameTrace, WritesAReplyAtOnceWithoutAFlush)
@@ -166,6 +188,19 @@ TEST(FrameGatherer, GivesOutWhatCameBeforeTheNextRequest)
     EXPECT_EQ(GatheredFrame::REQUEST, frames[2].kind);
     EXPECT_EQ(GatheredFrame::ANSWER, frames[3].kind);
     EXPECT_EQ(WRITE_REQUEST, frames[3].request);
+}
+
+TEST(FrameGatherer, TellsAFenceFromARequest)
+{
+    const std::vector<GatheredFrame> frames =
+        gathered({fence(10, READ_REQUEST), received(20, READ_REPLY), sent(30, READ_REQUEST)});
+    ASSERT_EQ(3u, frames.size());
+    EXPECT_EQ(GatheredFrame::FENCE, frames[0].kind);
+    EXPECT_TRUE(isSent(frames[0]));
+    EXPECT_EQ(GatheredFrame::ANSWER, frames[1].kind);
+    EXPECT_FALSE(isSent(frames[1]));
+    EXPECT_EQ(GatheredFrame::REQUEST, frames[2].kind);
+    EXPECT_TRUE(isSent(frames[2]));
 }
 
 TEST(FrameGatherer, TakesOneAnswerOnly)

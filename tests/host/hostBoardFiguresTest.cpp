@@ -14,6 +14,7 @@ FINISHED_EXCHANGE exchangeOf(int result, qint64 replyTime, int exceptionCode = 0
     finished.result = result;
     finished.replyTime = replyTime;
     finished.exceptionCode = exceptionCode;
+    if (exceptionCode != 0) finished.end = END_REFUSED;
     return finished;
 }
 
@@ -40,6 +41,20 @@ TEST_F(HostBoardFiguresTest, FiguresCountEachExchangeByItsEnd)
     EXPECT_EQ(1, figures.giveUps);
     EXPECT_EQ(1, figures.refusals);
     EXPECT_DOUBLE_EQ(1, figures.wholeRun.exchangesPerSecond); // the accepted and the refused
+}
+
+TEST_F(HostBoardFiguresTest, FencesAreCountedWhateverBecameOfThemAndAreNoExchanges)
+{
+    EndedExchange fence = {};
+    fence.isFence = true;
+    for (const ExchangeEnd end : {END_ANSWERED, END_SILENT}) {
+        fence.end = end;
+        board.fenced(fence, 0);
+    }
+    const LinkFigures figures = board.figures(SECOND);
+    EXPECT_EQ(2, figures.fences);
+    EXPECT_EQ(0, figures.exchanges);
+    EXPECT_EQ(0, figures.giveUps);
 }
 
 TEST_F(HostBoardFiguresTest, TheRateCountsFromTheFirstOpeningOfTheLink)

@@ -123,12 +123,22 @@ TEST_F(HostBoardTest, NewsAreTakenOnce)
     board.linkChanged(true, QString(), 2);
     board.jobEnded(JobEnd());
     board.frame(FrameRecord::SENT, SEVEN, 3);
+    board.echoFound();
     board.takeNews();
     const News news = board.takeNews();
     EXPECT_TRUE(news.changes.empty());
     EXPECT_TRUE(news.linkEvents.empty());
     EXPECT_TRUE(news.jobEnds.empty());
     EXPECT_TRUE(news.frames.empty());
+    EXPECT_FALSE(news.isEchoFound);
+}
+
+TEST_F(HostBoardTest, AnEchoThatWasFoundIsNews)
+{
+    EXPECT_FALSE(board.takeNews().isEchoFound);
+    board.echoFound();
+    board.waitForNews(60000);
+    EXPECT_TRUE(board.takeNews().isEchoFound);
 }
 
 TEST_F(HostBoardTest, AJobsEndIsPassedOnAsItWas)

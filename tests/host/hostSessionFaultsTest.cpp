@@ -108,7 +108,7 @@ TEST_F(HostSessionFaultsTest, OneBurstOfNoiseMakesNoStationSilent)
 {
     bench.pollTwoStations(NUMBER);
     int noisy = SessionBench::ATTEMPTS;
-    bench.disturb = [&](const QByteArray& request, SessionBench::Coming& coming) {
+    bench.line.disturb = [&](const QByteArray& request, ModelLine::Coming& coming) {
         if (request.at(0) == 2 && noisy-- > 0) coming.bytes[2] = '\x55';
     };
     bench.run(SECOND);

@@ -6,8 +6,8 @@
 #include <random>
 #include <tuple>
 
-// Ten thousand exchanges over a line that loses, damages, delays and adds bytes, under a seed. What
-// the PLC really did is noted at its end of the line and held against what the host said.
+// Ten thousand exchanges over a line that loses, damages, delays, doubles and adds, under a seed.
+// What the PLC really did is noted at its end of the line and held against what the host said.
 
 namespace {
 
@@ -62,11 +62,14 @@ protected:
     {
         for (int station = 1; station <= STATIONS; ++station)
             addTags(station);
-        bench.disturb = [this](const QByteArray& request, SessionBench::Coming& coming) {
+        bench.line.disturb = [this](const QByteArray& request, ModelLine::Coming& coming) {
             noteDeed(request, coming.bytes);
             if (noisy) disturb(coming);
         };
-        bench.losesRequest = [this] { return noisy && happens(4); };
+        bench.line.losesRequest = [this] { return noisy && happens(4); };
+        bench.line.comesAgain = [this] {
+            return noisy && happens(4) ? qint64(random() % 30000u) : qint64(ModelLine::ONCE);
+        };
         bench.sink.onValue = [this](int tag, const QByteArray& bytes) {
             if (isForeign(tags[size_t(tag)], bytes)) ++foreignValues;
         };
@@ -120,7 +123,7 @@ protected:
         return bytes;
     }
 
-    void disturb(SessionBench::Coming& coming)
+    void disturb(ModelLine::Coming& coming)
     {
         if (coming.bytes.isEmpty()) return;
         if (happens(3)) {

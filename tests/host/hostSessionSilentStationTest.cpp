@@ -1,3 +1,4 @@
+#include "recipeJobs.h"
 #include "sessionBench.h"
 
 #include <gtest/gtest.h>
@@ -12,6 +13,7 @@ namespace {
 
 enum {
     NUMBER = 3010,
+    JOB = 1,
     MS = SessionBench::MS,
     SECOND = SessionBench::SECOND,
     LONGEST_PAUSE = 120 ///< in time-outs, between two probes of a silent station
@@ -42,7 +44,7 @@ TEST_F(HostSessionSilentStationTest, ASilentStationIsAskedAfterGrowingPauses)
     bench.pollTwoStations(NUMBER);
     bench.plc.station(2).silent = true;
     std::vector<qint64> asked;
-    bench.disturb = [&](const QByteArray& request, SessionBench::Coming&) {
+    bench.line.disturb = [&](const QByteArray& request, ModelLine::Coming&) {
         if (request.at(0) == 2) asked.push_back(bench.now);
     };
     bench.run(60 * SECOND);
@@ -55,8 +57,9 @@ TEST_F(HostSessionSilentStationTest, ASilentStationIsAskedAfterGrowingPauses)
     }
 }
 
-TEST(HostSessionSilentStation, BehindASlowLineItIsNotAskedWhileThatWouldHoldUpTheOthers)
+TEST(HostSessionSilentStation, OnANetworkItHoldsUpTheOthersForOneTimeOutAtATime)
 {
+    // All its probes are fences, however long its own blocks are.
     SessionBench bench(SessionBench::ANSWER, LineTiming::network());
     bench.plc.station(2).silent = true;
     std::vector<Tag> tags = {tagOf("MW", NUMBER)};
@@ -64,15 +67,36 @@ TEST(HostSessionSilentStation, BehindASlowLineItIsNotAskedWhileThatWouldHoldUpTh
         tags.push_back(tagOf("MW", NUMBER + i, Tag::UINT16, 2));
     qint64 askedAt = 0;
     qint64 longestBreak = 0;
-    bench.disturb = [&](const QByteArray& request, SessionBench::Coming&) {
+    int asked = 0;
+    bench.line.disturb = [&](const QByteArray& request, ModelLine::Coming&) {
+        asked += request.at(0) == 2 ? 1 : 0;
         if (request.at(0) != 1) return;
         longestBreak = std::max(longestBreak, bench.now - askedAt);
         askedAt = bench.now;
     };
     bench.poll(tags);
     bench.run(60 * SECOND);
-    EXPECT_GE(bench.sentWith(2, 3), 5);
-    EXPECT_LE(longestBreak, (SessionBench::ATTEMPTS + 1) * SessionBench::ANSWER);
+    EXPECT_GE(asked, 5);
+    EXPECT_EQ(0, bench.sentWith(2, 3));
+    EXPECT_LE(longestBreak, SessionBench::ANSWER + 10 * MS);
+}
+
+TEST_F(HostSessionSilentStationTest, ARecipeThatItDoesNotAnswerIsOneFailureWhateverItsAttempts)
+{
+    bench.pollTwoStations(NUMBER);
+    bench.plc.station(2).silent = true;
+    bench.run(500 * MS);
+    ASSERT_FALSE(bench.sink.tags[1].good);
+    bench.session.transfer(upload(JOB, {tagOf("MW", 3100, Tag::UINT16, 2)}));
+    ASSERT_TRUE(bench.runUntilEnded(JOB));
+    const qint64 failedAt = bench.now;
+    qint64 askedAt = -1;
+    bench.line.disturb = [&](const QByteArray& request, ModelLine::Coming&) {
+        if (request.at(0) == 2 && askedAt < 0) askedAt = bench.now;
+    };
+    bench.run(10 * SECOND);
+    // The second pause behind a silent station's failures is 20 time-outs.
+    EXPECT_NEAR(20, double(askedAt - failedAt) / SessionBench::ANSWER, 0.3);
 }
 
 TEST_F(HostSessionSilentStationTest, ASilentStationComesBackByItselfWithinTheLongestPause)
@@ -134,10 +158,12 @@ TEST_F(HostSessionSilentStationTest, AllStationsSilentLeaveTheLineQuietAndComeBa
     bench.plc.station(2).silent = true;
     bench.run(300 * SECOND);
     const size_t sent = bench.sent.size();
+    const size_t fences = bench.fences.size();
     bench.run(60 * SECOND);
     // Each is asked every 12 s.
-    EXPECT_LE(bench.sent.size(), sent + 12);
-    EXPECT_GE(bench.sent.size(), sent + 8);
+    EXPECT_LE(bench.fences.size(), fences + 12);
+    EXPECT_GE(bench.fences.size(), fences + 8);
+    EXPECT_EQ(sent, bench.sent.size());
     bench.plc.station(1).silent = false;
     bench.plc.station(2).silent = false;
     bench.run(15 * SECOND);
@@ -147,23 +173,24 @@ TEST_F(HostSessionSilentStationTest, AllStationsSilentLeaveTheLineQuietAndComeBa
 
 TEST_F(HostSessionSilentStationTest, IsProbedOnceAtATimeWhileTheLinkComesAndGoes)
 {
-    enum { LOSSES = 40 };
+    // A new link begins with one probe of an eighth of a time-out, and one more a time-out later.
+    enum { LOSSES = 40, FIRST_PROBES_ALONE = SessionBench::ANSWER / (5 * MS) };
     bench.pollTwoStations(NUMBER);
     bench.plc.station(2).silent = true;
     bench.run(2 * SECOND);
     std::vector<qint64> asked;
-    bench.disturb = [&](const QByteArray& request, SessionBench::Coming&) {
+    bench.line.disturb = [&](const QByteArray& request, ModelLine::Coming&) {
         if (request.at(0) == 2) asked.push_back(bench.now);
     };
     int probes = 0;
     for (int i = 0; i < LOSSES; ++i) {
-        // Before, in and after the time-out of the probe that each new link begins with.
+        // Before, in and after the time-outs of both.
         bench.loseLink(LOST);
         bench.run(7 * MS);
         bench.bringLinkBack();
         asked.clear();
         bench.run(i * 5 * MS);
-        EXPECT_LE(asked.size(), 1u) << i;
+        EXPECT_LE(asked.size(), i < FIRST_PROBES_ALONE ? 1u : 2u) << i;
         probes += int(asked.size());
     }
     EXPECT_GE(probes, LOSSES / 2);
@@ -181,11 +208,11 @@ TEST_F(HostSessionSilentStationTest, ComesBackByItselfThoughTheLinkCameAndWentWi
     bench.plc.station(2).silent = true;
     bench.run(2 * SECOND);
     for (int i = 0; i < 20; ++i) {
-        const size_t sent = bench.sent.size();
+        const size_t sent = bench.fences.size();
         bench.bringLinkBack();
         // The link goes while the probe is on its way.
         ASSERT_TRUE(bench.runUntil(
-            [&] { return bench.sent.size() > sent && bench.sent.back().at(0) == 2; }, SECOND));
+            [&] { return bench.fences.size() > sent && bench.fences.back().at(0) == 2; }, SECOND));
         bench.loseLink(LOST);
         bench.run(300 * MS);
     }

@@ -19,7 +19,7 @@ protected:
 
 TEST_F(HostSessionTest, WithNothingToDoItIsIdleAndSendsNothing)
 {
-    EXPECT_TRUE(bench.session.advance(0).idle);
+    EXPECT_TRUE(bench.session.advance(0).isIdle);
     bench.run(10 * SECOND);
     EXPECT_TRUE(bench.sent.empty());
 }
@@ -277,7 +277,9 @@ TEST_F(HostSessionTest, AReadOfASilentStationTimesOut)
     bench.session.readOnce(JOB, bench.blocks);
     ASSERT_TRUE(bench.runUntilEnded(JOB));
     EXPECT_EQ(JobEnd::TIMED_OUT, bench.sink.outcome(JOB));
-    EXPECT_EQ(size_t(SessionBench::ATTEMPTS), bench.sent.size());
+    // Each attempt begins with a fence, and ends with it.
+    EXPECT_EQ(size_t(SessionBench::ATTEMPTS), bench.fences.size());
+    EXPECT_TRUE(bench.sent.empty());
 }
 
 TEST_F(HostSessionTest, OneFailedReadLeavesTheOthersAlone)

@@ -95,43 +95,39 @@ TEST_F(OneShotReadsTest, AJobEndsWithTheFirstBlockThatFailsAndDropsTheRest)
     EXPECT_EQ(3, start());
 }
 
-TEST_F(OneShotReadsTest, AProbeGoesAheadOfTheJobs)
+TEST_F(OneShotReadsTest, WhatIsReadForNoJobWaitsItsTurnAndEndsUntold)
 {
     reads.add(FIRST_JOB, {blockAt(1)});
-    reads.addProbe(blockAt(9));
-    EXPECT_EQ(9, start());
-    EXPECT_TRUE(reads.isProbeUnderWay());
-    endsWell();
+    reads.add(OneShotReads::NO_JOB, {blockAt(8)});
     EXPECT_EQ(1, start());
-    EXPECT_FALSE(reads.isProbeUnderWay());
-}
-
-TEST_F(OneShotReadsTest, AProbeDoesNotOvertakeTheBlockUnderWay)
-{
-    reads.add(FIRST_JOB, {blockAt(1)});
-    start();
-    reads.addProbe(blockAt(9));
+    endsWell();
+    reads.takeEnded();
+    EXPECT_EQ(8, start());
+    endsWell();
+    EXPECT_TRUE(reads.takeEnded().empty());
     EXPECT_EQ(-1, start());
-    EXPECT_FALSE(reads.isProbeUnderWay());
 }
 
-TEST_F(OneShotReadsTest, AProbeEndsNoJob)
+TEST_F(OneShotReadsTest, AFailingReadForNoJobEndsUntoldAndDropsNothing)
 {
+    reads.add(OneShotReads::NO_JOB, {blockAt(8), blockAt(9)});
+    reads.add(OneShotReads::NO_JOB, {blockAt(10)});
     reads.add(FIRST_JOB, {blockAt(1)});
-    reads.addProbe(blockAt(9));
-    start();
-    failsWith("silent");
+    for (const int number : {8, 9, 10}) {
+        EXPECT_EQ(number, start());
+        failsWith("refused");
+    }
     EXPECT_TRUE(reads.takeEnded().empty());
     EXPECT_EQ(1, start());
 }
 
-TEST_F(OneShotReadsTest, AFailingJobDropsNoProbe)
+TEST_F(OneShotReadsTest, AFailingJobDropsNoReadForNoJob)
 {
-    reads.add(FIRST_JOB, {blockAt(1)});
+    reads.add(FIRST_JOB, {blockAt(1), blockAt(2)});
+    reads.add(OneShotReads::NO_JOB, {blockAt(8)});
     start();
-    reads.addProbe(blockAt(9));
     failsWith("silent");
-    EXPECT_EQ(9, start());
+    EXPECT_EQ(8, start());
 }
 
 TEST_F(OneShotReadsTest, AnEndWithNothingUnderWayEndsNothing)

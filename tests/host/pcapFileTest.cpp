@@ -159,6 +159,20 @@ TEST_F(PcapFileInAFolder, SendsRequestsToThePlcsPortAndAnswersFromIt)
     }
 }
 
+TEST_F(PcapFileInAFolder, SendsAFenceToThePlcAsItDoesARequest)
+{
+    {
+        PcapFile file(fileName(), CLOCK);
+        file.add(record(0, FrameRecord::SENT_FENCE, "01030BB80002460A"));
+        file.add(record(9, FrameRecord::RECEIVED, "010304123456788107"));
+    }
+    const std::vector<Packet> packets = packetsIn(fileName());
+    ASSERT_EQ(2u, packets.size());
+    EXPECT_EQ(QByteArray::fromHex("01030BB80002460A"), packets[0].payload());
+    EXPECT_EQ(10502, wordAt(packets[0].bytes, IP_BYTES + 2));
+    EXPECT_EQ(10502, wordAt(packets[1].bytes, IP_BYTES));
+}
+
 TEST_F(PcapFileInAFolder, GivesEveryPacketRightLengthsAndChecksums)
 {
     writeExchanges();

@@ -64,7 +64,8 @@ TEST(PlanVerb, TheTableHasEachBlockWithItsRequest)
               "      1 MX    65528     8     1  01 03 1a fc 00 01 43 22      7  last\n"
               "      2 IW        0     1     1  02 04 00 00 00 01 31 f9      7  input\n"
               "grouped:              4 requests, 101.9 ms a cycle\n"
-              "without grouping:     5 requests, 121.7 ms a cycle\n",
+              "without grouping:     5 requests, 121.7 ms a cycle\n"
+              "fences at first:      2 requests, about 147.8 ms once\n",
               printed(someTags(), false).toStdString());
 }
 
@@ -81,7 +82,8 @@ TEST(PlanVerb, NoTagsNeedNoRequest)
 {
     EXPECT_EQ("station area number count  tags  request                  reply  names\n"
               "grouped:              0 requests, 0.0 ms a cycle\n"
-              "without grouping:     0 requests, 0.0 ms a cycle\n",
+              "without grouping:     0 requests, 0.0 ms a cycle\n"
+              "fences at first:      0 requests, about 0.0 ms once\n",
               printed({}, false).toStdString());
 }
 
@@ -110,17 +112,22 @@ TEST(PlanVerb, AsJsonTimesAreMicroseconds)
     const QJsonObject single = plan[text("single")].toObject();
     EXPECT_EQ(5, single[text("requests")].toInt());
     EXPECT_EQ(5 * 21834 + 6 * 2083, single[text("cycleTime")].toInt());
+    // One a station, of 1 to 50 words, so half of that.
+    const QJsonObject fences = plan[text("fences")].toObject();
+    EXPECT_EQ(2, fences[text("requests")].toInt());
+    EXPECT_EQ(2 * (21834 + 25 * 2083), fences[text("cycleTime")].toInt());
 }
 
 TEST(PlanVerb, OnANetworkWithoutATurnaroundThereIsNoTime)
 {
     const QByteArray table = printed(someTags(), false, LineTiming::network(), 0);
     EXPECT_TRUE(table.endsWith("grouped:              4 requests, no wire time\n"
-                               "without grouping:     5 requests, no wire time\n"))
+                               "without grouping:     5 requests, no wire time\n"
+                               "fences at first:      2 requests, no wire time\n"))
         << table.toStdString();
     const QJsonObject plan =
         QJsonDocument::fromJson(printed(someTags(), true, LineTiming::network(), 0)).object();
-    for (const char* kind : {"grouped", "single"})
+    for (const char* kind : {"grouped", "single", "fences"})
         EXPECT_TRUE(plan[text(kind)].toObject()[text("cycleTime")].isNull()) << kind;
 }
 

@@ -94,21 +94,11 @@ TEST_F(PolledTagsTest, AllTagsAreAllOfThem)
     EXPECT_EQ((std::vector<int>{0, 1, 2, 3}), polled.allTags());
 }
 
-TEST_F(PolledTagsTest, AStationIsProbedWithItsFirstBlock)
+TEST_F(PolledTagsTest, TheStationsAreThoseOfTheBlocksEachOnce)
 {
-    const ReadBlock probe = polled.probeOf(2);
-    EXPECT_EQ(2, probe.station);
-    EXPECT_EQ(MX, probe.area);
-    EXPECT_EQ(3016, probe.number);
-}
-
-TEST_F(PolledTagsTest, AStationWithoutBlocksIsProbedWithOneMarkerWord)
-{
-    const ReadBlock probe = polled.probeOf(9);
-    EXPECT_EQ(9, probe.station);
-    EXPECT_EQ(MW, probe.area);
-    EXPECT_EQ(3000, probe.number);
-    EXPECT_EQ(1, probe.count);
+    polled.set({},
+               {block(3, MW, 3010, 3, {}), block(1, MX, 3016, 16, {}), block(3, MW, 4000, 1, {})});
+    EXPECT_EQ((std::set<int>{1, 3}), polled.stations());
 }
 
 TEST_F(PolledTagsTest, KeysAreThoseOfTheAcceptedStations)

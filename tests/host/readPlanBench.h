@@ -31,6 +31,11 @@ inline WireCost costWithGap(int gap)
     return cost;
 }
 
+inline std::vector<ReadBlock> shortestOf(const std::vector<Tag>& tags, int gap)
+{
+    return shortestReads(tags, costWithGap(gap), MOST_WORDS);
+}
+
 inline std::vector<ReadBlock> planOf(const std::vector<Tag>& tags, int gap)
 {
     return planReads(tags, costWithGap(gap), MOST_WORDS);

@@ -1,7 +1,7 @@
 #include "plan/readPlan.h"
 
-#include "exchange/lineTiming.h"
 #include "readPlanBench.h"
+#include "wire/lineTiming.h"
 
 #include <gtest/gtest.h>
 
@@ -35,97 +35,97 @@ void expectBlocks(const std::vector<Expected>& expected, const std::vector<ReadB
 
 } // namespace
 
-TEST(ReadPlan, NoTagsNeedNoBlock)
+TEST(ShortestReads, NoTagsNeedNoBlock)
 {
-    EXPECT_TRUE(planOf({}, 5).empty());
+    EXPECT_TRUE(shortestOf({}, 5).empty());
 }
 
-TEST(ReadPlan, AGapIsReadAcrossWhileItCostsLessThanARequest)
+TEST(ShortestReads, AGapIsReadAcrossWhileItCostsLessThanARequest)
 {
-    expectBlocks({{1, "MW", 3000, 6, {0, 1}}}, planOf({wordTag(3000), wordTag(3005)}, 5));
+    expectBlocks({{1, "MW", 3000, 6, {0, 1}}}, shortestOf({wordTag(3000), wordTag(3005)}, 5));
     expectBlocks({{1, "MW", 3000, 1, {0}}, {1, "MW", 3007, 1, {1}}},
-                 planOf({wordTag(3000), wordTag(3007)}, 5));
+                 shortestOf({wordTag(3000), wordTag(3007)}, 5));
 }
 
-TEST(ReadPlan, OfEquallyFastPlansTheOneWithFewerRequestsIsTaken)
+TEST(ShortestReads, OfEquallyFastPlansTheOneWithFewerRequestsIsTaken)
 {
-    expectBlocks({{1, "MW", 3000, 7, {0, 1}}}, planOf({wordTag(3000), wordTag(3006)}, 5));
+    expectBlocks({{1, "MW", 3000, 7, {0, 1}}}, shortestOf({wordTag(3000), wordTag(3006)}, 5));
 }
 
-TEST(ReadPlan, StationsAndAreasHaveBlocksOfTheirOwn)
+TEST(ShortestReads, StationsAndAreasHaveBlocksOfTheirOwn)
 {
     const std::vector<Tag> tags = {wordTag(1, Tag::INT16, "QW", 2), wordTag(0, Tag::INT16, "QW", 1),
                                    wordTag(0, Tag::INT16, "IW", 1),
                                    wordTag(0, Tag::INT16, "QW", 2)};
     expectBlocks({{1, "IW", 0, 1, {2}}, {1, "QW", 0, 1, {1}}, {2, "QW", 0, 2, {0, 3}}},
-                 planOf(tags, 5));
+                 shortestOf(tags, 5));
 }
 
-TEST(ReadPlan, BlocksAreSortedByNumber)
+TEST(ShortestReads, BlocksAreSortedByNumber)
 {
     expectBlocks({{1, "MW", 3000, 1, {2}}, {1, "MW", 3050, 1, {0}}, {1, "MW", 3100, 1, {1}}},
-                 planOf({wordTag(3050), wordTag(3100), wordTag(3000)}, 5));
+                 shortestOf({wordTag(3050), wordTag(3100), wordTag(3000)}, 5));
 }
 
-TEST(ReadPlan, ABlockIsNeverLongerThanTheMost)
+TEST(ShortestReads, ABlockIsNeverLongerThanTheMost)
 {
     std::vector<Tag> tags;
     for (int number = 3000; number < 3126; ++number)
         tags.push_back(wordTag(number));
-    const std::vector<ReadBlock> blocks = planOf(tags, 1000);
+    const std::vector<ReadBlock> blocks = shortestOf(tags, 1000);
     ASSERT_EQ(2u, blocks.size());
     EXPECT_EQ(126, blocks[0].count + blocks[1].count);
     expectAllRead(tags, blocks, MOST_WORDS);
 }
 
-TEST(ReadPlan, ABlockMayBeAsLongAsTheMost)
+TEST(ShortestReads, ABlockMayBeAsLongAsTheMost)
 {
-    expectBlocks({{1, "MW", 3000, 125, {0, 1}}}, planOf({wordTag(3000), wordTag(3124)}, 1000));
+    expectBlocks({{1, "MW", 3000, 125, {0, 1}}}, shortestOf({wordTag(3000), wordTag(3124)}, 1000));
 }
 
-TEST(ReadPlan, ATagOfTwoWordsIsNotTorn)
+TEST(ShortestReads, ATagOfTwoWordsIsNotTorn)
 {
     const std::vector<Tag> tags = {wordTag(3000), wordTag(3124, Tag::FLOAT32)};
-    expectBlocks({{1, "MW", 3000, 1, {0}}, {1, "MW", 3124, 2, {1}}}, planOf(tags, 1000));
+    expectBlocks({{1, "MW", 3000, 1, {0}}, {1, "MW", 3124, 2, {1}}}, shortestOf(tags, 1000));
 }
 
-TEST(ReadPlan, AWordWithinATagOfTwoWordsIsReadWithIt)
+TEST(ShortestReads, AWordWithinATagOfTwoWordsIsReadWithIt)
 {
     const std::vector<Tag> tags = {wordTag(3001), wordTag(3000, Tag::INT32), wordTag(3000)};
-    expectBlocks({{1, "MW", 3000, 2, {0, 1, 2}}}, planOf(tags, 0));
+    expectBlocks({{1, "MW", 3000, 2, {0, 1, 2}}}, shortestOf(tags, 0));
 }
 
-TEST(ReadPlan, SeveralTagsMayShareAnAddress)
+TEST(ShortestReads, SeveralTagsMayShareAnAddress)
 {
     expectBlocks({{1, "MW", 3000, 1, {0, 1, 2}}},
-                 planOf({wordTag(3000), wordTag(3000), wordTag(3000)}, 0));
+                 shortestOf({wordTag(3000), wordTag(3000), wordTag(3000)}, 0));
 }
 
-TEST(ReadPlan, AShortestBlockStillHoldsATagOfTwoWords)
+TEST(ShortestReads, AShortestBlockStillHoldsATagOfTwoWords)
 {
     const std::vector<Tag> tags = {wordTag(3000, Tag::INT32), wordTag(3001, Tag::INT32)};
     expectBlocks({{1, "MW", 3000, 2, {0}}, {1, "MW", 3001, 2, {1}}},
-                 planReads(tags, costWithGap(50), 2));
+                 shortestReads(tags, costWithGap(50), 2));
 }
 
-TEST(ReadPlan, BitsComeAsWholeGroupsOf16)
+TEST(ShortestReads, BitsComeAsWholeGroupsOf16)
 {
     const std::vector<Tag> tags = {bitTag("QX", 31), bitTag("QX", 16), bitTag("QX", 15),
                                    bitTag("IX", 4095)};
     expectBlocks({{1, "IX", 4080, 16, {3}}, {1, "QX", 0, 16, {2}}, {1, "QX", 16, 16, {0, 1}}},
-                 planOf(tags, 1000));
+                 shortestOf(tags, 1000));
 }
 
-TEST(ReadPlan, GroupsOfMarkersStartAt3000)
+TEST(ShortestReads, GroupsOfMarkersStartAt3000)
 {
     const std::vector<Tag> tags = {bitTag("MX", 3000), bitTag("MX", 3015), bitTag("MX", 3016)};
-    expectBlocks({{1, "MX", 3000, 16, {0, 1}}, {1, "MX", 3016, 16, {2}}}, planOf(tags, 1000));
+    expectBlocks({{1, "MX", 3000, 16, {0, 1}}, {1, "MX", 3016, 16, {2}}}, shortestOf(tags, 1000));
 }
 
-TEST(ReadPlan, TheLastGroupOfMarkersEndsWithTheArea)
+TEST(ShortestReads, TheLastGroupOfMarkersEndsWithTheArea)
 {
     expectBlocks({{1, "MX", 65512, 16, {0}}, {1, "MX", 65528, 8, {1, 2}}},
-                 planOf({bitTag("MX", 65527), bitTag("MX", 65528), bitTag("MX", 65535)}, 5));
+                 shortestOf({bitTag("MX", 65527), bitTag("MX", 65528), bitTag("MX", 65535)}, 5));
 }
 
 TEST(SingleReads, AreOneATag)
@@ -148,7 +148,7 @@ TEST(CycleTime, IsTheRequestsAndTheirData)
     cost.request = 1000;
     cost.word = 5;
     const std::vector<Tag> tags = {wordTag(3000), wordTag(3002), bitTag("QX", 0)};
-    EXPECT_EQ(2000 + 3 * 5 + 5, cycleTime(planReads(tags, cost, MOST_WORDS), cost));
+    EXPECT_EQ(2000 + 3 * 5 + 5, cycleTime(shortestReads(tags, cost, MOST_WORDS), cost));
 }
 
 TEST(CycleTime, AGroupCutShortTakesAWordAllTheSame)
@@ -156,12 +156,12 @@ TEST(CycleTime, AGroupCutShortTakesAWordAllTheSame)
     WireCost cost;
     cost.request = 1000;
     cost.word = 6;
-    EXPECT_EQ(1006, cycleTime(planReads({bitTag("MX", 65535)}, cost, MOST_WORDS), cost));
+    EXPECT_EQ(1006, cycleTime(shortestReads({bitTag("MX", 65535)}, cost, MOST_WORDS), cost));
 }
 
-TEST(ReadPlan, OnANetworkWordsAreReadInTheFewestRequests)
+TEST(ShortestReads, OnANetworkAreTheFewestRequests)
 {
     const std::vector<Tag> tags = {wordTag(3000), wordTag(3124), wordTag(3125), wordTag(3249)};
     expectBlocks({{1, "MW", 3000, 125, {0, 1}}, {1, "MW", 3125, 125, {2, 3}}},
-                 planReads(tags, wireCost(LineTiming::network(), 0), MOST_WORDS));
+                 shortestReads(tags, wireCost(LineTiming::network(), 0), MOST_WORDS));
 }

@@ -100,17 +100,44 @@ TEST(RecipePlan, ARecordHasNoMoreWordsThanOneRequestWrites)
     expectRecord(records[1], "MW", 3123, 1, 123);
 }
 
-TEST(RecipePlan, ATagOfTwoWordsMayLieInTwoRecords)
+TEST(RecipePlan, ATagOfTwoWordsAcrossTheLimitLiesWholeInTheNextRecord)
 {
     std::vector<Tag> tags = words(3000, 122);
     tags.push_back(tagAt("MW", 3122, Tag::UINT32));
     const RecipePlan plan(tags, LINK);
-    ASSERT_EQ(2, int(plan.downloadRecords().size()));
+    const QVector<_RCP_VAR_PRO> records = plan.downloadRecords();
+    ASSERT_EQ(2, int(records.size()));
+    expectRecord(records[0], "MW", 3000, 122, 0);
+    expectRecord(records[1], "MW", 3122, 2, 122);
     std::vector<QByteArray> values(122, QByteArray::fromHex("0000"));
     values.push_back(QByteArray::fromHex("01020304"));
     const QByteArray buffer = plan.buffer(values);
     EXPECT_EQ(QByteArray::fromHex("01020304"), buffer.mid(2 * 122));
     EXPECT_EQ(QByteArray::fromHex("01020304"), plan.value(122, buffer));
+}
+
+TEST(RecipePlan, NoValueOfTwoWordsIsCutWhereverItLies)
+{
+    enum { FIRST = 3000, BEHIND = 250 };
+    for (int place = 0; place < 250; ++place) {
+        std::vector<Tag> tags = words(FIRST, place);
+        tags.push_back(tagAt("MW", FIRST + place, Tag::FLOAT32));
+        const std::vector<Tag> behind = words(FIRST + place + 2, BEHIND);
+        tags.insert(tags.end(), behind.begin(), behind.end());
+        const RecipePlan plan(tags, LINK);
+        for (const QVector<_RCP_VAR_PRO>& records :
+             {plan.downloadRecords(), plan.uploadRecords()}) {
+            int next = FIRST;
+            for (const _RCP_VAR_PRO& record : records) {
+                ASSERT_EQ(next, record.addr) << place;
+                ASSERT_EQ(next - FIRST, record.bufOffset) << place;
+                ASSERT_LE(record.count, 123) << place;
+                next += record.count;
+                ASSERT_NE(FIRST + place + 1, next) << "cut at place " << place;
+            }
+            ASSERT_EQ(FIRST + place + 2 + BEHIND, next) << place;
+        }
+    }
 }
 
 TEST(RecipePlan, BitsThatTouchAreOneRecordOfOneByteABit)

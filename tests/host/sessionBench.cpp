@@ -47,6 +47,8 @@ void RecordingSink::tagValue(int tag, const QByteArray& bytes, qint64)
 void RecordingSink::tagsBad(const std::vector<int>& bad, const QString& trouble, qint64)
 {
     for (const int tag : bad) {
+        const bool isNews = tags[tag].good || tags[tag].trouble != trouble;
+        badCounts[tag] += isNews ? 1 : 0;
         tags[tag].good = false;
         tags[tag].trouble = trouble;
     }
@@ -70,6 +72,16 @@ void RecordingSink::exchanged(const FINISHED_EXCHANGE& finished, qint64 now)
     if (isWrite && finished.result != REPLY_RETRY) --outstandingWrites;
 }
 
+void RecordingSink::fenced(const EndedExchange& fence, qint64)
+{
+    fences.push_back(fence);
+}
+
+void RecordingSink::echoFound()
+{
+    ++echoesFound;
+}
+
 JobEnd::Outcome RecordingSink::outcome(int job) const
 {
     const auto found = ends.find(job);
@@ -85,11 +97,11 @@ int RecordingSink::changes() const
     return sum;
 }
 
-static ExchangeMachine::Times timesOf(qint64 answer)
+static ExchangeMachine::Settings settingsOf(qint64 answer)
 {
-    ExchangeMachine::Times times;
-    times.answer = answer;
-    return times;
+    ExchangeMachine::Settings settings;
+    settings.answer = answer;
+    return settings;
 }
 
 DriverLibrary& SessionBench::library()
@@ -103,11 +115,13 @@ DriverLibrary& SessionBench::library()
 SessionBench::SessionBench(qint64 answer, const LineTiming& timing)
     : m_timing(timing),
       m_driver(library(), ATTEMPTS),
-      session(m_driver, m_timing, timesOf(answer), sink)
+      line(plc, timing),
+      session(m_driver, m_timing, settingsOf(answer), sink)
 {
     outstandingWrites = 0;
     mostOutstandingWrites = 0;
     plc.station(1);
+    session.linkBack(now);
 }
 
 int SessionBench::mostOutstanding()
@@ -117,7 +131,8 @@ int SessionBench::mostOutstanding()
 
 void SessionBench::poll(const std::vector<Tag>& tags)
 {
-    blocks = planReads(tags, wireCost(m_timing, TURNAROUND), DriverSession::MOST_READ_WORDS);
+    blocks =
+        planReads(tags, wireCost(m_timing, ModelLine::TURNAROUND), DriverSession::MOST_READ_WORDS);
     session.poll(tags, blocks);
 }
 
@@ -130,23 +145,9 @@ void SessionBench::pollTwoStations(int number)
 
 void SessionBench::know(const std::vector<Tag>& tags)
 {
-    blocks = planReads(tags, wireCost(m_timing, TURNAROUND), DriverSession::MOST_READ_WORDS);
+    blocks =
+        planReads(tags, wireCost(m_timing, ModelLine::TURNAROUND), DriverSession::MOST_READ_WORDS);
     session.know(tags, blocks);
-}
-
-void SessionBench::takeRequest(const QByteArray& request)
-{
-    sent.push_back(request);
-    const bool lost = losesRequest && losesRequest();
-    Coming coming = {TURNAROUND, lost ? QByteArray() : plc.answer(request)};
-    if (disturb) disturb(request, coming);
-    if (coming.bytes.isEmpty()) return;
-    const qint64 end = now + m_timing.frame(int(request.size())) + coming.delay +
-                       m_timing.frame(int(coming.bytes.size()));
-    // A station answers one request after the other.
-    qint64& lastAnswer = m_lastAnswers[request.at(0)];
-    lastAnswer = std::max(lastAnswer + 1, end);
-    m_onTheWay.emplace(lastAnswer, coming.bytes);
 }
 
 /// Does what is next.
@@ -157,16 +158,15 @@ bool SessionBench::stepUntil(qint64 end)
     if (m_linkIsUp) {
         const ExchangeMachine::Step step = session.advance(now);
         if (!step.send.isEmpty()) {
-            takeRequest(step.send);
+            (step.isFence ? fences : sent).push_back(step.send);
+            line.send(step.send, now);
             return true;
         }
-        if (!step.idle) next = std::max(step.wakeAt, now);
+        if (!step.isIdle) next = std::max(step.wakeAt, now);
     }
-    if (!m_onTheWay.empty() && m_onTheWay.begin()->first <= std::min(next, end)) {
-        now = std::max(now, m_onTheWay.begin()->first);
-        const QByteArray bytes = m_onTheWay.begin()->second;
-        m_onTheWay.erase(m_onTheWay.begin());
-        session.received(bytes, now);
+    if (!line.isQuiet() && line.nextAt() <= std::min(next, end)) {
+        now = std::max(now, line.nextAt());
+        session.received(line.takeNext(), now);
         return true;
     }
     now = std::min(next, end);
@@ -192,7 +192,7 @@ bool SessionBench::runUntil(const std::function<bool()>& isSo, qint64 most)
 void SessionBench::loseLink(const QString& trouble)
 {
     m_linkIsUp = false;
-    m_onTheWay.clear();
+    line.cut();
     session.linkLost(trouble, now);
 }
 

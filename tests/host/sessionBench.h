@@ -1,6 +1,7 @@
 #ifndef SESSION_BENCH_H
 #define SESSION_BENCH_H
 
+#include "modelLine.h"
 #include "modelPlc.h"
 #include "plan/readPlan.h"
 #include "session/hostSession.h"
@@ -37,6 +38,8 @@ public:
     void jobEnded(const JobEnd& end) override;
     void recipeProgress(int job, int done) override;
     void exchanged(const FINISHED_EXCHANGE& finished, qint64 now) override;
+    void fenced(const EndedExchange& fence, qint64 now) override;
+    void echoFound() override;
 
     bool hasEnded(int job) const
     {
@@ -53,23 +56,18 @@ public:
     std::map<int, JobEnd> ends;
     std::vector<int> progress;
     std::vector<ExchangeNote> exchanges;
+    std::map<int, int> badCounts; ///< by tag: how often it turned bad, or bad for another reason
+    std::vector<EndedExchange> fences;
     int endedTwice = 0;
+    int echoesFound = 0;
 };
 
 /// A session with the real driver on a virtual clock, at the other end of a line of 38400 baud from
-/// a model PLC. A station begins its answer after 2 ms.
+/// a model PLC. Its link is open from the start.
 class SessionBench
 {
 public:
-    enum { ANSWER = 100000, TURNAROUND = 2000, ATTEMPTS = 3, MS = 1000, SECOND = 1000000 };
-
-    /// What comes back for one request.
-    struct Coming
-    {
-        qint64 delay;     ///< from the request's end to the answer's begin
-        QByteArray bytes; ///< empty: nothing
-    };
-    using Disturb = std::function<void(const QByteArray& request, Coming& coming)>;
+    enum { ANSWER = 100000, ATTEMPTS = 3, MS = 1000, SECOND = 1000000 };
 
     explicit SessionBench(qint64 answer = ANSWER,
                           const LineTiming& timing = LineTiming(LineSettings()));
@@ -109,23 +107,20 @@ public:
     qint64 now = 0;
     ModelPlc plc;
     RecordingSink sink;
-    std::function<bool()> losesRequest; ///< one that the PLC is not to hear of
-    Disturb disturb;                    ///< may change what comes
-    std::vector<QByteArray> sent;
+    std::vector<QByteArray> sent;   ///< requests of the driver
+    std::vector<QByteArray> fences; ///< sent besides
     std::vector<ReadBlock> blocks;
 
 private:
     static DriverLibrary& library();
     bool stepUntil(qint64 end);
-    void takeRequest(const QByteArray& request);
 
     const LineTiming m_timing;
     DriverSession m_driver;
-    std::multimap<qint64, QByteArray> m_onTheWay;
-    std::map<char, qint64> m_lastAnswers; ///< by station
     bool m_linkIsUp = true;
 
 public:
+    ModelLine line;
     HostSession session;
 };
 

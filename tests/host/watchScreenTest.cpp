@@ -65,8 +65,8 @@ TEST(WatchScreen, ARowHasItsSixColumnsUnderTheirHeadings)
 
 TEST(WatchScreen, TheLinksFiguresStandAbove)
 {
-    EXPECT_EQ("0.0 exchanges/s  retries 0  give-ups 0  refused 0  reply p50 -  p99 -  wire 0 %  "
-              "losses 0",
+    EXPECT_EQ("0.0 exchanges/s  retries 0  give-ups 0  refused 0  fences 0  reply p50 -  p99 -  "
+              "wire 0 %  losses 0",
               shown({}, 120, 24).line(FIGURES));
 }
 
@@ -83,9 +83,9 @@ TEST(WatchScreen, TheRatesAreThoseOfLate)
 TEST(WatchScreen, FiguresTooLongForALineGoOnInTheNext)
 {
     const Terminal terminal = shown({}, 80, 24);
-    EXPECT_EQ("0.0 exchanges/s  retries 0  give-ups 0  refused 0  reply p50 -  p99 -  wire 0 %",
+    EXPECT_EQ("0.0 exchanges/s  retries 0  give-ups 0  refused 0  fences 0  reply p50 -  p99 -",
               terminal.line(FIGURES));
-    EXPECT_EQ("losses 0", terminal.line(MORE_FIGURES));
+    EXPECT_EQ("wire 0 %  losses 0", terminal.line(MORE_FIGURES));
 }
 
 TEST(WatchScreen, ALostLinkStandsOut)

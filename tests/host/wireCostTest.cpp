@@ -1,6 +1,6 @@
 #include "plan/wireCost.h"
 
-#include "exchange/lineTiming.h"
+#include "wire/lineTiming.h"
 
 #include <gtest/gtest.h>
 

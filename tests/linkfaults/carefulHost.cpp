@@ -1,8 +1,8 @@
 #include "carefulHost.h"
 
-#include "exchange/frameShape.h"
-#include "exchange/replyRecogniser.h"
 #include "lineBytes.h"
+#include "wire/frameShape.h"
+#include "wire/replyFrames.h"
 
 #include <algorithm>
 
@@ -21,7 +21,7 @@ QByteArray CarefulHost::exchange(const FRAME_PRO& frame)
     ++m_exchange;
     const Bytes request = requestOf(frame);
     const QByteArray asked = arrayOf(request);
-    const QByteArray signature = replySignature(asked, frame.recvLen);
+    const QByteArray signature = answerSignature(asked);
     holdBack(signature);
     bool answered = false;
     const QByteArray reply =
@@ -46,9 +46,9 @@ void CarefulHost::holdBack(const QByteArray& signature)
 QByteArray CarefulHost::handedIn(const QByteArray& received, const QByteArray& request, int length,
                                  bool& answered)
 {
-    const RECOGNISED found = recogniseReply(received, request, length);
-    answered = !found.reply.isEmpty();
-    if (answered) return found.reply;
+    const QByteArray reply = replyTo(request, received);
+    answered = !reply.isEmpty();
+    if (answered) return reply;
     if (!isWholeFrame(received)) return received.left(length);
     ++m_dropped;
     return QByteArray();

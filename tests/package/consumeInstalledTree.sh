@@ -14,6 +14,7 @@ cmake -S "$2" -B "$work/consumer" -G Ninja "-DCMAKE_CXX_COMPILER=$3" \
     "-DCMAKE_PREFIX_PATH=$work/root" "-DCMAKE_CXX_FLAGS=${flags[*]:-}"
 cmake --build "$work/consumer"
 "$work/consumer/consumer"
+"$work/consumer/lineConsumer"
 echo "built and run through the CMake package"
 
 pc=$(dirname "$(find "$work/root" -name quorvane_ka_kb_plc.pc)")
@@ -24,4 +25,9 @@ read -ra libs <<<"$(pkg-config --libs quorvane_ka_kb_plc)"
 "$3" -std=c++17 -fPIC "${flags[@]}" "${cflags[@]}" "$2/consumer.cpp" "${libs[@]}" \
     -o "$work/by-pkg-config"
 LD_LIBRARY_PATH="$libdir" "$work/by-pkg-config"
+read -ra cflags <<<"$(pkg-config --cflags quorvane_ka_kb_line)"
+read -ra libs <<<"$(pkg-config --libs quorvane_ka_kb_line)"
+"$3" -std=c++17 -fPIC "${flags[@]}" "${cflags[@]}" "$2/lineConsumer.cpp" "${libs[@]}" \
+    -o "$work/line-by-pkg-config"
+"$work/line-by-pkg-config"
 echo "built and run through pkg-config"

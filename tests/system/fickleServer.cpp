@@ -77,12 +77,17 @@ void FickleServer::run()
     }
 }
 
+/// Until the host hangs up.
+void FickleServer::listenOnly(int host) const
+{
+    uint8_t heard[MODBUS_RTU_MAX_ADU_LENGTH];
+    while (waitFor(host) && recv(host, heard, sizeof heard, 0) > 0) {
+    }
+}
+
 void FickleServer::serve(int host)
 {
-    if (m_answers == NO_ANSWERS) {
-        waitFor(-1);
-        return;
-    }
+    if (m_answers == NO_ANSWERS) return listenOnly(host);
     const std::unique_ptr<modbus_t, FreeModbus> context(modbus_new_rtu("-", BAUD, 'N', 8, 1));
     const std::unique_ptr<modbus_mapping_t, FreeModbus> mapping(
         modbus_mapping_new(0, 0, REGISTERS, 0));

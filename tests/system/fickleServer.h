@@ -41,6 +41,7 @@ private:
     void listenAnywhere();
     void run();
     void serve(int host);
+    void listenOnly(int host) const;
     bool waitFor(int descriptor) const;
     bool stays() const
     {

@@ -179,11 +179,27 @@ TEST(PeerThatNeverAnswers, IsASilentStationAndNotALostLink)
 {
     FickleServer server(FickleServer::NO_ANSWERS);
     PollingHost host(networkSettings(server.port()), tagsFrom({"MW100"}));
-    ASSERT_TRUE(host.await([&] { return host.figures().giveUps >= 2; }));
+    ASSERT_TRUE(host.await([&] { return !host.states()[0].trouble.isEmpty(); }));
     EXPECT_EQ("station 1 does not answer", host.states()[0].trouble.toStdString());
+    EXPECT_GE(host.figures().fences, 2); // it is asked by fences alone
+    EXPECT_EQ(0, host.figures().exchanges);
     ASSERT_EQ(1u, host.linkEvents.size());
     EXPECT_TRUE(host.linkEvents[0].connected);
     EXPECT_EQ(1, server.connections());
+}
+
+TEST(PeerThatNeverAnswers, GetsANewConnectionAfterAWhile)
+{
+    FickleServer server(FickleServer::NO_ANSWERS);
+    Communication::Settings settings = networkSettings(server.port());
+    settings.reopensWhenSilent = true;
+    PollingHost host(settings, tagsFrom({"MW100"}));
+    ASSERT_TRUE(host.await([&] { return server.connections() >= 2; }));
+    host.takeNews(0);
+    ASSERT_GE(host.linkEvents.size(), 2u);
+    EXPECT_FALSE(host.linkEvents[1].connected);
+    EXPECT_EQ("no station answers any more; it is connected anew",
+              host.linkEvents[1].trouble.toStdString());
 }
 
 TEST(MissingPeer, IsNamedInOneSentenceAndTriedAgainWithGrowingPausesWithoutAnother)

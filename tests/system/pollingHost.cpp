@@ -40,7 +40,7 @@ Communication::Settings PollingHost::settings(Communication::OpenLink openLink, 
 {
     Communication::Settings settings;
     settings.openLink = std::move(openLink);
-    settings.times.answer = qint64(answerMs) * MICROSECONDS_PER_MS;
+    settings.exchange.answer = qint64(answerMs) * MICROSECONDS_PER_MS;
     settings.attempts = attempts;
     settings.firstPauseMs = PAUSE_MS;
     return settings;

@@ -1,0 +1,54 @@
+#include "exchange/fenceChoice.h"
+
+#include "exchange/longerRead.h"
+#include "wire/frameShape.h"
+#include "wire/replyFrames.h"
+
+namespace {
+
+enum Place { MARKERS, INPUTS, WHERE_IT_ANSWERED, PLACES };
+
+enum { SOME_MARKER = 3000 };
+
+} // namespace
+
+QByteArray FenceChoice::fenceOf(int station, int registers) const
+{
+    switch (m_place) {
+    case INPUTS:
+        return readRequest(station, READ_INPUT, 0, registers);
+    case WHERE_IT_ANSWERED:
+        return readRequest(station, frameByte(m_served, 1), frameWord(m_served, FIRST_REGISTER_AT),
+                           registers);
+    default:
+        return readRequest(station, READ_HOLDING, areaStart(READ_HOLDING, SOME_MARKER), registers);
+    }
+}
+
+/// The shortest free length takes the least of the line. Where an earlier program may have asked,
+/// it is no length that this one would have begun with. There are more lengths than may be taken,
+/// so a free one is found.
+QByteArray FenceChoice::next(int station, const AnswerOrder& order, const QByteArray& ahead)
+{
+    if (order.isFull()) return order.newest().sent;
+    const unsigned first = order.isUnexplained() ? m_seed++ : 0;
+    QByteArray fence;
+    for (unsigned tried = 0; tried < MOST_REGISTERS; ++tried) {
+        fence = fenceOf(station, 1 + int((first + tried) % MOST_REGISTERS));
+        const QByteArray signature = answerSignature(fence);
+        const bool isOfAhead = !ahead.isEmpty() && signature == answerSignature(ahead);
+        if (!isOfAhead && !order.mayCome(signature)) return fence;
+    }
+    return fence;
+}
+
+void FenceChoice::noteServed(const QByteArray& request)
+{
+    if (isRead(request)) m_served = request;
+}
+
+void FenceChoice::failed()
+{
+    m_place = (m_place + 1) % PLACES;
+    if (m_place == WHERE_IT_ANSWERED && m_served.isEmpty()) m_place = MARKERS;
+}

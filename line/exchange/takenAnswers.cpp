@@ -1,0 +1,163 @@
+// What comes: the part of the exchange machine that sorts bytes into answers and believes them.
+
+#include "exchange/exchangeMachine.h"
+
+#include "exchange/longerRead.h"
+#include "wire/exceptionText.h"
+#include "wire/frameShape.h"
+#include "wire/replyFrames.h"
+
+namespace {
+
+enum {
+    MOST_HELD = 1024, // four times the longest frame, so that chatter takes no memory
+    MOST_ROUNDS = 3,
+    SHORTEST_COPY = 4 // of a request, damaged on its way
+};
+
+} // namespace
+
+void ExchangeMachine::received(const QByteArray& bytes, qint64 now)
+{
+    m_lineBusyUntil = qMax(m_lineBusyUntil, now);
+    m_heard += bytes.size();
+    if (m_received.isEmpty()) m_firstAt = now;
+    m_received = (m_received + bytes).right(MOST_HELD);
+    sortOut(now);
+}
+
+/// Takes whole frames out of what came. What lies ahead of one is noise.
+void ExchangeMachine::sortOut(qint64 now)
+{
+    for (int at = 0; at + SHORTEST_FRAME <= m_received.size();) {
+        const int copy = copyLengthAt(at);
+        const int length = copy > 0 ? copy : replyLengthAt(m_received, at);
+        if (length == 0 && isBegunAt(at)) return;
+        if (length == 0) {
+            ++at;
+            continue;
+        }
+        const QByteArray frame = m_received.mid(at, length);
+        if (at > 0) noteJunk(m_firstAt < m_sentAt + m_timing.silentInterval());
+        m_noise = qMin(m_noise + at, int(MOST_HELD));
+        m_received.remove(0, at + length);
+        m_firstAt = now;
+        if (copy > 0) {
+            m_isCopyDue = false;
+            m_echo = ECHO_PRESENT;
+            m_heard -= copy;
+        } else {
+            takeReply(frame, now);
+        }
+        at = 0;
+    }
+    if (m_state != AWAITING && m_state != DRAINING && !m_received.isEmpty()) noteJunk(true);
+}
+
+/// What is awaited begins here and is not whole. What lies behind is its data, and may look like a
+/// frame.
+bool ExchangeMachine::isBegunAt(int at) const
+{
+    return (m_state == AWAITING || m_state == DRAINING) &&
+           m_received.size() - at < dueReplyLength(m_sent) &&
+           m_received.mid(at).startsWith(answerSignature(m_sent));
+}
+
+/// The copy of a read is no reply, so it shows that the link echoes. A copy that looks like the
+/// answer is left to the order, as it may come when something else was sent.
+int ExchangeMachine::copyLengthAt(int at) const
+{
+    if (!m_isCopyDue || (!isRead(m_sent) && m_echo != ECHO_PRESENT)) return 0;
+    if (isAnsweredByItself(m_sent)) return 0;
+    return m_received.mid(at, m_sent.size()) == m_sent ? int(m_sent.size()) : 0;
+}
+
+/// Bytes that are no frame. While an answer is awaited a line may be noisy; at any other time they
+/// may be the rest of an answer that nobody asked for.
+void ExchangeMachine::noteJunk(bool isUnasked)
+{
+    if (!isUnasked || m_sent.isEmpty()) return;
+    const std::map<int, Station>::iterator last = m_stations.find(frameByte(m_sent, 0));
+    if (last != m_stations.end()) last->second.order.doubt(AnswerOrder::CAME_AGAIN);
+}
+
+bool ExchangeMachine::isAwaited(int number, bool isFence) const
+{
+    return (m_state == AWAITING || m_state == DRAINING) && m_isFenceSent == isFence &&
+           frameByte(m_sent, 0) == number;
+}
+
+void ExchangeMachine::takeReply(const QByteArray& reply, qint64 now)
+{
+    const int number = frameByte(reply, 0);
+    const std::map<int, Station>::iterator found = m_stations.find(number);
+    if (found == m_stations.end()) return;
+    Station& from = found->second;
+    const AnswerOrder::Taken taken = from.order.take(reply);
+    if (taken.isCopy) m_heard -= reply.size();
+    if (!taken.isAsked) return;
+    if (taken.asked.times == 1 && taken.isSure)
+        from.time.note(qMax<qint64>(now - taken.asked.at - m_timing.frame(int(reply.size())), 0));
+    if (taken.asked.isFence())
+        takeFenceAnswer(taken, reply, now);
+    else
+        takeRequestAnswer(taken, reply, now);
+}
+
+/// The answer to an earlier fence shows that the station is there; the newest one's is to come.
+void ExchangeMachine::takeFenceAnswer(const AnswerOrder::Taken& taken, const QByteArray& reply,
+                                      qint64 now)
+{
+    const int number = frameByte(reply, 0);
+    Station& from = station(number);
+    const bool isRefused = exceptionCodeOf(reply) >= 0;
+    if (isRefused) from.fences.failed();
+    tell(true, number, isRefused ? END_REFUSED : END_ANSWERED);
+    const bool isAwaitedHere = isAwaited(number, true);
+    const bool isNewest = taken.asked.sent == m_sent;
+    if (isAwaitedHere && !isNewest) m_deadline = qMax(m_deadline, now + from.time.timeOut());
+    if (from.order.isClean()) from.differedAt = now;
+    if (!isAwaitedHere || !isNewest) return;
+    learnEcho();
+    m_state = IDLE;
+    if (!m_hasJob) return;
+    if (m_job.request.isEmpty() && m_job.station == number)
+        m_hasJob = false; // if not in step, the next request sends a fence of its own
+    else if (++m_job.rounds <= 2 * MOST_ROUNDS)
+        enterQuiet(now);
+    else
+        endJob(END_UNUSABLE);
+}
+
+/// A fence that came back without its own copy: the link returns nothing. Noise of a copy's length
+/// leaves it open.
+void ExchangeMachine::learnEcho()
+{
+    if (m_echo == ECHO_UNKNOWN && m_isCopyDue && m_noise < SHORTEST_COPY) m_echo = ECHO_ABSENT;
+}
+
+/// An answer that may be another's counts for the order alone: the request is asked again behind a
+/// fence. So is one whose longer form was refused.
+void ExchangeMachine::takeRequestAnswer(const AnswerOrder::Taken& taken, const QByteArray& reply,
+                                        qint64 now)
+{
+    const int number = frameByte(reply, 0);
+    if (!m_hasJob || m_job.number != taken.asked.request) return tell(false, number, END_LATE);
+    const bool isRefused = exceptionCodeOf(reply) >= 0;
+    const bool isInFlight = isAwaited(number, false);
+    if (isInFlight) m_state = IDLE;
+    if (isRefused && taken.asked.sent != m_job.request)
+        station(number).takesLonger = isAskedAgain(exceptionCodeOf(reply));
+    else if (taken.isSure) {
+        if (!isRefused) station(number).fences.noteServed(taken.asked.sent);
+        return endJob(isRefused ? END_REFUSED : END_ANSWERED,
+                      cutReply(reply, taken.asked.sent, m_job.request),
+                      taken.asked.times == 1 ? qMax<qint64>(now - taken.asked.at, 0)
+                                             : qint64(NOT_KNOWN));
+    }
+    if (!isInFlight) return;
+    if (++m_job.rounds <= MOST_ROUNDS)
+        enterQuiet(now);
+    else
+        endJob(END_UNUSABLE);
+}

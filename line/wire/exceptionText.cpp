@@ -1,0 +1,32 @@
+#include "wire/exceptionText.h"
+
+bool isAskedAgain(int code)
+{
+    return code == STILL_WORKING || code == DEVICE_BUSY;
+}
+
+const char* exceptionText(int code)
+{
+    switch (code) {
+    case 1:
+        return "illegal function";
+    case 2:
+        return "illegal address";
+    case 3:
+        return "illegal value";
+    case 4:
+        return "device failure";
+    case STILL_WORKING:
+        return "acknowledged, still working";
+    case DEVICE_BUSY:
+        return "device busy";
+    case 8:
+        return "memory parity error";
+    case 10:
+        return "gateway path unavailable";
+    case 11:
+        return "gateway target does not respond";
+    default:
+        return "unknown exception";
+    }
+}

@@ -1,0 +1,231 @@
+// One habit at a time, with the figures that each must reach.
+
+#include "pollingHost.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+enum { MS = 1000, SECOND = 1000000, TIME_OUT = 100 * MS, RUN = KAKB_PEER_EXCHANGES / 50 };
+
+LineTiming serialLine()
+{
+    return LineTiming(LineSettings());
+}
+
+void expectNothingWrong(const PollRun& run)
+{
+    EXPECT_EQ(0, run.wrong);
+    EXPECT_EQ(0, run.wronglyRefused);
+    EXPECT_EQ(0, run.falselyConfirmed);
+}
+
+/// Twenty words of one length, so that the plan does not help.
+std::vector<QByteArray> wordsOfOneLength(int station = 1)
+{
+    std::vector<QByteArray> requests;
+    for (int i = 0; i < 20; ++i)
+        requests.push_back(readOf(3000 + 200 * i, 1, station));
+    return requests;
+}
+
+struct Lateness
+{
+    double timeOuts;
+    bool isFixed; ///< else of the time-out that the host has just then
+    bool isNetwork;
+};
+
+class LatePeer : public testing::TestWithParam<Lateness>
+{
+};
+
+} // namespace
+
+TEST_P(LatePeer, IsNeverMisunderstoodAndRightAgainBehindOneFence)
+{
+    Habits habits;
+    habits.late = 0.3;
+    habits.lateness = GetParam().timeOuts;
+    habits.timeOut = GetParam().isFixed ? qint64(TIME_OUT) : 0;
+    habits.lost = 0.02;
+    OrderlyPeer peer(habits, 5);
+    PollingHost host(peer, GetParam().isNetwork ? LineTiming::network() : serialLine(),
+                     settingsOf(TIME_OUT));
+    host.poll(wordsOfOneLength());
+    host.writeEvery(7);
+    host.run(RUN);
+    expectNothingWrong(host.figures);
+    // A peer that is always later than any time-out gets few answers through, but right ones.
+    EXPECT_GT(host.figures.answered, GetParam().isFixed ? RUN / 2 : 0);
+
+    // From now on in time: behind what is still on its way, and one fence, all is as at first.
+    peer.habits = Habits();
+    host.run(50);
+    const int fences = host.figures.fences;
+    const int answered = host.figures.answered;
+    host.run(1000);
+    EXPECT_EQ(fences, host.figures.fences);
+    EXPECT_GT(host.figures.answered - answered, 800);
+    print("late", host.figures);
+}
+
+INSTANTIATE_TEST_SUITE_P(ByTimeOuts, LatePeer,
+                         testing::Values(Lateness{1.9, true, false}, Lateness{1.9, false, true},
+                                         Lateness{3, true, true}, Lateness{3, false, false},
+                                         Lateness{11, true, false}, Lateness{11, false, true},
+                                         Lateness{100, true, true}, Lateness{100, false, false}));
+
+TEST(AlwaysLatePeer, IsPolledWithATimeOutThatFits)
+{
+    Habits habits;
+    habits.service = 5 * TIME_OUT;
+    OrderlyPeer peer(habits, 5);
+    PollingHost host(peer, serialLine(), settingsOf(TIME_OUT));
+    host.poll(wordsApart());
+    host.run(40);
+    const PollRun before = host.figures;
+    host.run(200);
+    expectNothingWrong(host.figures);
+    EXPECT_EQ(before.givenUp, host.figures.givenUp);
+    EXPECT_EQ(before.fences, host.figures.fences);
+}
+
+TEST(StalledPeer, AnswersEverythingAfterwardsAndIsAtFullSpeedWithinASecond)
+{
+    for (const qint64 timeOut : {40 * MS, 100 * MS}) {
+        for (qint64 stall = 100 * MS; stall <= 5 * SECOND; stall += 20 * MS) {
+            Habits habits;
+            habits.stallEvery = 20 * SECOND;
+            habits.stallFor = stall;
+            OrderlyPeer peer(habits, 5);
+            PollingHost host(peer, serialLine(), settingsOf(timeOut));
+            host.poll(wordsOfOneLength());
+            host.runFor(20 * SECOND + stall);
+            ASSERT_GT(peer.stalls, 0);
+            host.runFor(SECOND);
+            const PollRun before = host.figures;
+            host.runFor(2 * SECOND);
+            expectNothingWrong(host.figures);
+            // 8 + 7 or 9 bytes at 38400 baud, the silence and the service: 8.2 ms at most.
+            EXPECT_GT(host.figures.answered - before.answered, 240) << stall;
+            EXPECT_EQ(before.givenUp, host.figures.givenUp) << stall;
+        }
+    }
+}
+
+TEST(DoublingPeer, ShowsNoOtherValueInAnyPlan)
+{
+    const std::vector<std::vector<QByteArray>> plans = {
+        wordsApart(), wordsOfOneLength(), fullBlocks(), {readOf(3000, 20)}, {readOf(3000, 125)}};
+    for (const double share : {0.01, 0.1, 1.0}) {
+        for (const std::vector<QByteArray>& plan : plans) {
+            for (const bool isNetwork : {false, true}) {
+                Habits habits;
+                habits.doubled = share;
+                habits.doubledAfter = 30 * MS;
+                OrderlyPeer peer(habits, 5);
+                PollingHost host(peer, isNetwork ? LineTiming::network() : serialLine(),
+                                 settingsOf(TIME_OUT));
+                host.poll(plan);
+                host.writeEvery(9);
+                host.run(RUN / 4);
+                expectNothingWrong(host.figures);
+                EXPECT_EQ(0, host.figures.givenUp);
+                EXPECT_GT(peer.doublings, RUN / 4 * share / 2);
+            }
+        }
+    }
+}
+
+TEST(EchoingLink, ConfirmsNothingOfASilentOrRefusingPeer)
+{
+    for (const bool isSilent : {false, true}) {
+        for (const int firstRefused : {6000, 65536}) {
+            Habits habits;
+            habits.echoes = true;
+            habits.firstRefused = firstRefused;
+            habits.mute = 0.1;
+            OrderlyPeer peer(habits, 5);
+            PollingHost host(peer, serialLine(), settingsOf(TIME_OUT));
+            host.poll(wordsApart());
+            host.writeEvery(2);
+            host.run(20);
+            peer.isSilent[1] = isSilent;
+            const PollRun before = host.figures;
+            host.run(200);
+            expectNothingWrong(host.figures);
+            EXPECT_EQ(ECHO_PRESENT, host.machine.echo());
+            const bool isConfirmed = !isSilent && firstRefused > 6000;
+            EXPECT_EQ(isConfirmed, host.figures.confirmed > before.confirmed);
+            EXPECT_EQ(!isSilent, host.figures.answered > before.answered);
+        }
+    }
+}
+
+TEST(TwoStations, OfWhichOneStallsLeaveTheOtherItsRateBetweenTheStalls)
+{
+    Habits habits;
+    OrderlyPeer quiet(habits, 5);
+    PollingHost undisturbed(quiet, serialLine(), settingsOf(TIME_OUT));
+    std::vector<QByteArray> both;
+    for (int i = 0; i < 20; ++i)
+        both.push_back(readOf(3000 + 200 * i, 1 + i / 2 % 2, 1 + i % 2));
+    undisturbed.poll(both);
+    undisturbed.runFor(20 * SECOND);
+
+    habits.stallEvery = 20 * SECOND;
+    habits.stallFor = 2 * SECOND;
+    habits.stalledStation = 1;
+    OrderlyPeer peer(habits, 5);
+    PollingHost host(peer, serialLine(), settingsOf(TIME_OUT));
+    host.poll(both);
+    host.runFor(3 * habits.stallEvery + habits.stallFor);
+    const int before = host.answeredBy(2);
+    host.runFor(habits.stallEvery - habits.stallFor);
+    expectNothingWrong(host.figures);
+    EXPECT_GT(peer.stalls, 0);
+    const double share =
+        double(host.answeredBy(2) - before) / (double(undisturbed.answeredBy(2)) * 18 / 20);
+    EXPECT_GT(share, 0.95);
+}
+
+TEST(RefusingPeer, IsPutDownToNoOtherRequestHoweverLateItIs)
+{
+    for (const double timeOuts : {1.9, 3.0, 11.0, 100.0}) {
+        Habits habits;
+        habits.firstRefused = 5000;
+        habits.late = 0.3;
+        habits.lateness = timeOuts;
+        habits.timeOut = TIME_OUT;
+        habits.mute = 0.05;
+        habits.doubled = 0.1;
+        habits.doubledAfter = 30 * MS;
+        OrderlyPeer peer(habits, 5);
+        PollingHost host(peer, serialLine(), settingsOf(TIME_OUT));
+        host.poll(wordsOfOneLength());
+        host.writeEvery(5);
+        host.run(RUN);
+        expectNothingWrong(host.figures);
+        EXPECT_GT(host.figures.refused, RUN / 100);
+    }
+}
+
+TEST(DamagingLine, WithDoubledFramesShowsNothingWrong)
+{
+    for (const double share : {0.01, 0.1, 0.3}) {
+        Habits habits;
+        habits.corrupt = share;
+        habits.doubled = share;
+        habits.doubledAfter = 30 * MS;
+        habits.stray = share;
+        OrderlyPeer peer(habits, 5);
+        PollingHost host(peer, serialLine(), settingsOf(TIME_OUT));
+        host.poll(wordsApart());
+        host.writeEvery(3);
+        host.run(RUN);
+        expectNothingWrong(host.figures);
+        EXPECT_GT(host.figures.confirmed, RUN / 6);
+        EXPECT_LT(host.figures.givenUp, RUN * share / 2 + 1);
+    }
+}
