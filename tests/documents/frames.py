@@ -17,6 +17,7 @@ from pymodbus.register_write_message import WriteMultipleRegistersRequest, Write
 from pymodbus.utilities import computeCRC
 
 FRAME = re.compile(r"^ +\d+\.\d{6} ([<>]) ((?:[0-9A-F]{2} )+) *station (\d+): (.*)$")
+IN_TABLE = re.compile(r"^ *\| [<>] \| `((?:[0-9A-F]{2} )+[0-9A-F]{2})` \|")
 MEANINGS = (
     (r"read (\d+) holding registers? from (\d+)(?:, a fence)?", lambda n, a: ReadHoldingRegistersRequest(a, n)),
     (r"read (\d+) input registers? from (\d+)(?:, a fence)?", lambda n, a: ReadInputRegistersRequest(a, n)),
@@ -63,6 +64,13 @@ def main(documents):
     failed, functions, count = 0, set(), 0
     for document in documents:
         for number, line in enumerate(Path(document).read_text(encoding="utf-8").splitlines(), 1):
+            in_table = IN_TABLE.match(line)
+            if in_table:
+                count += 1
+                frame = bytes.fromhex(in_table.group(1))
+                if frame[-2:] != computeCRC(frame[:-2]).to_bytes(2, "big"):
+                    print(f"FAILED: {document}:{number}: checksum", file=sys.stderr)
+                    failed += 1
             match = FRAME.match(line)
             if not match:
                 continue
