@@ -107,9 +107,16 @@ private:
         return result;
     }
 
+    // The driver offers a frame without bytes for what no frame holds: an empty reply ends it.
+    static EndedExchange nothingSent(const FRAME_PRO& frame)
+    {
+        return EndedExchange{false, frame.var.station, END_SILENT, false, QByteArray(), -1};
+    }
+
     // One attempt. Fences come and go inside of it.
     EndedExchange carry(const FRAME_PRO& frame, bool isRepeat)
     {
+        if (frame.sendLen == 0) return nothingSent(frame);
         m_machine.start(QByteArray(reinterpret_cast<const char*>(frame.sendBuf), frame.sendLen),
                         isRepeat, now());
         while (true) {

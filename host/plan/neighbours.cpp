@@ -47,6 +47,7 @@ bool tryToDiffer(const Order& order, size_t index, int mostWords)
     ReadBlock longer = block;
     for (int more = 1; more <= MOST_MORE; ++more) {
         ++longer.count;
+        ++longer.spare;
         if (longer.count > mostWords || longer.number + longer.count - 1 > lastWordOf(longer.area))
             return false;
         if (areAlike(longer, before) || areAlike(longer, behind)) continue;

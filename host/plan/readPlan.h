@@ -11,9 +11,9 @@ struct ReadBlock
 {
     int station = 0;
     QString area;
-    int number = 0;        ///< address number of the first unit
-    int count = 0;         ///< words, or the bits of one group of 16; maybe a word or two more than
-                           ///< the tags need
+    int number = 0; ///< address number of the first unit
+    int count = 0;  ///< words, or the bits of one group of 16
+    int spare = 0;  ///< words among them at the end that no tag needs, see differNeighbours()
     std::vector<int> tags; ///< indices of the tags that it brings, ascending
 };
 

@@ -253,6 +253,11 @@ void HostSession::blockOver(const FINISHED_EXCHANGE& finished, qint64 now)
 {
     const int block = m_polled.blockOf(finished.frame.var);
     if (block < 0) return;
+    // Perhaps the PLC refused no more than the word that the tags do not need.
+    if (finished.end == END_REFUSED && m_polled.dropSpare(block)) {
+        m_planDue = true;
+        return;
+    }
     if (finished.result == REPLY_ACCEPTED)
         m_values.blockRead(block, m_isPolling, now);
     else

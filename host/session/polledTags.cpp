@@ -31,6 +31,13 @@ int PolledTags::blockOf(const VARIABLE& read) const
     return found == m_blocksByStart.end() ? int(NO_BLOCK) : found->second;
 }
 
+bool PolledTags::dropSpare(int index)
+{
+    ReadBlock& block = m_blocks[size_t(index)];
+    block.count -= block.spare;
+    return std::exchange(block.spare, 0) > 0;
+}
+
 std::set<int> PolledTags::stations() const
 {
     std::set<int> all;

@@ -24,6 +24,10 @@ public:
         return m_blocks[size_t(index)];
     }
 
+    /// Takes from a block what no tag of it needs.
+    /// @return false when there was nothing
+    bool dropSpare(int index);
+
     /// The keys of the blocks of those stations that `isPolled` accepts.
     template <typename Predicate> QList<KEY_ADDRESS> keys(Predicate isPolled) const
     {

@@ -70,8 +70,9 @@ LiveHost::LiveHost(const DriverLibrary& driver, const LinkOptions& options,
     : m_driver(driver),
       m_options(options),
       m_address(addressOf(driver, options)),
-      m_blocks(planReads(tags, wireCost(timingOf(m_address), options.turnaroundUs),
-                         DriverSession::MOST_READ_WORDS)),
+      m_blocks((cyclic ? planReads
+                       : shortestReads)(tags, wireCost(timingOf(m_address), options.turnaroundUs),
+                                        DriverSession::MOST_READ_WORDS)),
       m_board(tags.size(), options.trace || !options.pcap.empty())
 {
     m_communication.emplace(driver, settings(tags), m_board);

@@ -44,8 +44,7 @@ public:
     /// Throws VerbFailure when it cannot be opened.
     void connect();
 
-    /// Does a verb's work. A failure of it is told at once: to wait for late answers, which the end
-    /// of this host does, may take as long again as the time-out.
+    /// Does a verb's work, and tells its failure behind the trace of what led to it.
     ExitStatus run(const std::function<ExitStatus()>& work);
 
     /// What happened, after a wait of `ms` at most. Frames are recorded on the way.

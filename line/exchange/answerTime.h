@@ -12,7 +12,9 @@ class AnswerTime
 {
 public:
     enum { MOST_STRETCHED = 128 }; ///< longest time-out, as a multiple of the shortest
-    enum { LONGEST = 10000000 };   ///< longest, unless it is under 8 times the shortest
+    enum {
+        LONGEST = 10000000
+    }; ///< the longest time-out; 8 times the shortest where that is longer
 
     /// @param shortest  the time-out as long as nothing is learnt
     explicit AnswerTime(qint64 shortest) : m_shortest(shortest), m_mean(-1), m_deviation(0) {}

@@ -13,7 +13,7 @@
 enum ExchangeEnd {
     END_ANSWERED,
     END_REFUSED,   ///< the station answered with an exception
-    END_UNUSABLE,  ///< bytes came, but no answer
+    END_UNUSABLE,  ///< bytes came, but no answer to believe; or the line was never quiet
     END_SILENT,    ///< nothing came
     END_BROADCAST, ///< sent to all stations, which answer nothing
     END_LATE,      ///< an answer to a request that had ended before: the station is there
@@ -25,8 +25,10 @@ struct EndedExchange
     int station;  ///< 0 to 255
     ExchangeEnd end;
     bool wasSent;     ///< the request itself went out, be it at an earlier attempt
-    QByteArray reply; ///< of END_ANSWERED and END_REFUSED: whole, as the request asks for it
-    qint64 replyTime; ///< from the request's end to its answer; -1: not known
+    QByteArray reply; ///< of the caller's request, with END_ANSWERED or END_REFUSED: the whole
+                      ///< reply, cut to what the request asks for; else empty
+    qint64
+        replyTime; ///< microseconds from the request's end to the end of its reply; -1: not known
 };
 
 /// Whether the link returns what is sent ahead of the answer, as two-wire adapters do.
@@ -48,9 +50,13 @@ enum EchoMode { ECHO_UNKNOWN, ECHO_ABSENT, ECHO_PRESENT };
 ///                  a fence was answered: now the request
 ///                QUIET ---> PAUSING ---> IDLE        a broadcast, then its turnaround
 ///
-/// What leaves QUIET is decided as it leaves: the request, when the station is in step and the
-/// answer cannot be mistaken; else a fence, a read whose length no reply that may come has. What
-/// answers in order has, when it answers the fence, answered or lost all that was asked before.
+/// DRAINING goes back to QUIET when bytes came though the fence was not answered, up to 4 fences an
+/// attempt. AWAITING does when an answer may be another's, or a longer read was refused.
+///
+/// The machine chooses at the end of QUIET what to send: the request, when the station is in step
+/// and the answer cannot be mistaken; else a fence, a read whose length no other expected reply
+/// has. A station answers in order. So when it answers the fence, each earlier request is answered
+/// or lost.
 ///
 /// Timelines. R, S: requests of the caller; F: a fence; r, s, f: their answers.
 ///
@@ -70,8 +76,11 @@ enum EchoMode { ECHO_UNKNOWN, ECHO_ABSENT, ECHO_PRESENT };
 ///   may be another's   PLC        !R     f2    s                answer f2 tells that all is over
 ///
 /// Invariants
-/// - A request is sent only to a station of which nothing is outstanding, and only when the answer
-///   taken last is not of its signature. Else one register more is read, or a fence goes first.
+/// - A request is sent only to a station of which nothing is outstanding. Its answer has another
+///   signature than the answer taken last; else one register more is read, or a fence goes first.
+///   One exception is a read that repeats the request answered last: it may go out unchanged for
+///   0.1 s on a line, and for 1 s where no longer read is possible. Its value may be older by that
+///   time, but never another address's.
 /// - No fence has the signature of anything that may still come, nor of the request behind it.
 /// - Where the link echoes, or may, no write is confirmed by the first copy of itself.
 /// - A request of the caller ends once; linkLost() alone drops it without an end.
@@ -90,7 +99,7 @@ public:
 
     struct Step
     {
-        QByteArray send; ///< to be sent now; empty: nothing
+        QByteArray send; ///< to be sent now, in one piece; empty: nothing
         bool isFence;    ///< what is to be sent is a fence
         bool isIdle;     ///< nothing happens before a call of start(), startFence() or received()
         qint64 wakeAt;   ///< when to call advance() again; means nothing when idle
@@ -98,32 +107,38 @@ public:
 
     ExchangeMachine(const LineTiming& timing, const Settings& settings);
 
-    /// True when start() and startFence() may be called.
+    /// True when start() and startFence() may be called. A call at any other time replaces the
+    /// request under way, which then has no end. advance() goes on either way.
     bool isFree() const
     {
         return !m_hasJob;
     }
 
-    /// One attempt of a request: a read or write of the driver, with its checksum.
-    /// @param isRepeat  the same request as before, whose end was no answer: an answer to an
-    ///                  earlier attempt serves as well
+    /// One attempt of a request: a read or write of the driver with its checksum, 8 bytes or more,
+    /// functions 3 to 6, 15 or 16. A write to station 0 is a broadcast.
+    /// @param isRepeat  the same bytes as at the last start(), whose end was no answer: an answer
+    /// to
+    ///                  an earlier attempt serves as well
     void start(const QByteArray& request, bool isRepeat, qint64 now);
 
-    /// Asks whether a station is there, and brings it into step.
+    /// Asks whether a station is there; its answer usually brings it into step. It ends with an
+    /// entry that has isFence and the station, as fences ahead of a request do.
+    /// @param station  1 to 247
     /// @param wait  for its answer; 0: as long as for any
     void startFence(int station, qint64 wait, qint64 now);
 
     /// Does what is due, up to the next bytes to send. Call it at wakeAt, and after each other
-    /// call.
+    /// call. As long as takeEnded() has something, wakeAt is now.
     Step advance(qint64 now);
 
     void received(const QByteArray& bytes, qint64 now);
 
-    /// The link is gone, and with it the request under way. The next one of the same bytes may be
-    /// started as no repeat.
+    /// The link is gone. The request under way is dropped without an end: the driver, which is told
+    /// nothing, offers it again. Start it as no repeat after linkOpened().
     void linkLost();
 
-    /// A link was opened, or another program had the line: no station is in step.
+    /// A link was opened, or another program had the line: no station is in step, and whether the
+    /// link echoes is not known. A request under way goes on behind a fence.
     void linkOpened(qint64 now);
 
     /// What has ended since the last call, oldest first.

@@ -18,10 +18,10 @@ QByteArray answerSignature(const QByteArray& request);
 /// The signature of a refusal of the request.
 QByteArray refusalSignature(const QByteArray& request);
 
-/// The signature of a whole reply.
+/// The signature of a whole reply, which is not empty.
 QByteArray signatureOf(const QByteArray& reply);
 
-/// The exception code of a whole reply, 0 to 255; -1 when it is no refusal.
+/// The exception code of a whole reply, which is not empty, 0 to 255; -1 when it is no refusal.
 int exceptionCodeOf(const QByteArray& reply);
 
 /// Length of the whole reply with the right checksum that begins at `at`; 0 when none does.

@@ -94,3 +94,31 @@ TEST_F(HostSessionPlanTest, BlocksOfTwoStationsMayLookAlike)
     pollInStep({tagOf("MW", 3000), tagOf("MW", 3000, Tag::UINT16, 2)});
     EXPECT_TRUE(bench.fences.empty());
 }
+
+// The PLC ends with the last tag, and the plan reads a word behind it to tell its answer apart.
+TEST_F(HostSessionPlanTest, AWordThatNoTagNeedsIsLeftOutWhenThePlcRefusesIt)
+{
+    bench.plc.station(1).lastHolding = 3400;
+    bench.plc.station(1).holding[3400] = 77;
+    bench.poll({tagOf("MW", 3000), tagOf("MW", 3400)});
+    ASSERT_EQ(2, bench.blocks[1].count);
+    ASSERT_EQ(1, bench.blocks[1].spare);
+    bench.run(SECOND);
+    EXPECT_TRUE(bench.sink.tags[1].good);
+    EXPECT_EQ(77, bench.shown(1));
+    const int reads = bench.sink.tags[1].reads;
+    bench.run(SECOND);
+    // With a fence between the two blocks, as neither may be read longer: about 32 turns a second.
+    EXPECT_GT(bench.sink.tags[1].reads, reads + 20);
+}
+
+TEST_F(HostSessionPlanTest, ABlockThatIsRefusedWithoutASpareWordIsBad)
+{
+    bench.plc.station(1).lastHolding = 3399;
+    bench.poll({tagOf("MW", 3000), tagOf("MW", 3400)});
+    bench.run(SECOND);
+    EXPECT_TRUE(bench.sink.tags[0].good);
+    EXPECT_FALSE(bench.sink.tags[1].good);
+    EXPECT_EQ(QLatin1String("refused by the PLC: illegal address (exception 2)"),
+              bench.sink.tags[1].trouble);
+}

@@ -2,7 +2,14 @@
 
 namespace {
 
-enum { MARKERS = 3000, WORD_BITS = 16, ILLEGAL_FUNCTION = 1, ILLEGAL_VALUE = 3 };
+enum {
+    MARKERS = 3000,
+    WORD_BITS = 16,
+    ILLEGAL_FUNCTION = 1,
+    ILLEGAL_ADDRESS = 2,
+    ILLEGAL_VALUE = 3,
+    READ_HOLDING = 3
+};
 
 int byteOf(const QByteArray& bytes, int at)
 {
@@ -79,7 +86,11 @@ QByteArray ModelPlc::answer(const QByteArray& request)
         return QByteArray();
     const auto found = m_stations.find(byteOf(request, 0));
     if (found == m_stations.end() || found->second.silent) return QByteArray();
-    const int code = refusalOf(found->second, wordOf(request, 2));
+    const bool isBehindTheEnd =
+        byteOf(request, 1) == READ_HOLDING &&
+        wordOf(request, 2) + wordOf(request, 4) - 1 > found->second.lastHolding;
+    const int code =
+        isBehindTheEnd ? int(ILLEGAL_ADDRESS) : refusalOf(found->second, wordOf(request, 2));
     return withChecksum(code != 0 ? refusal(request, code) : obey(found->second, request));
 }
 

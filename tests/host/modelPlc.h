@@ -22,6 +22,7 @@ public:
         bool silent = false;            ///< hears nothing
         std::map<int, int> refusals;    ///< exception code by the first register or coil asked for
         std::set<int> seen;             ///< first registers or coils of the requests it obeyed
+        int lastHolding = 65535;        ///< reads of holding registers behind it are refused
         std::map<int, int> refusalsDue; ///< how many more times; one that is not there: always
     };
 

@@ -80,6 +80,7 @@ TEST_F(ExchangeMachineFenceTest, NoFenceHasTheLengthOfTheRequestBehindIt)
     for (int registers : {1, 2, 7, 30, 48, int(MOST_REGISTERS)}) {
         const QByteArray request = readOf(4000, registers);
         for (int opened = 0; opened < 60; ++opened) {
+            exchange(READ_LONG);
             machine.linkOpened(now);
             ask(request);
             ASSERT_TRUE(isFence);

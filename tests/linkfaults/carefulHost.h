@@ -9,7 +9,8 @@
 
 #include <deque>
 
-/// One request and what to hand the driver as its reply, as docs/correct-host.md asks (7 and 8):
+/// One request and what to hand the driver as its reply, without fences, to try the driver's own
+/// checks on a line whose answers are never later than LATEST exchanges:
 ///
 /// - The answer is looked for in everything that came, and handed in alone.
 /// - Whole frames that answer something else are dropped.

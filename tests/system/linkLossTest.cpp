@@ -23,7 +23,7 @@ enum {
     MOST_GROWTH_KB = 1024,
     ANSWERS = 3,
     QUICK_PAUSE_MS = 1,
-    QUICK_ANSWER_MS = 10, // twice this is held back for a late answer after each loss
+    QUICK_ANSWER_MS = 10,
     FEW_FAILED_OPENINGS = 4
 };
 
