@@ -6,7 +6,7 @@
 
 namespace {
 
-enum { MS = 1000, SECOND = 1000000, TIME_OUT = 100 * MS, RUN = KAKB_PEER_EXCHANGES / 50 };
+enum { MS = 1000, SECOND = 1000000, TIME_OUT = 100 * MS, RUN = 20000, DOUBLING_RUN = 5000 };
 
 LineTiming serialLine()
 {
@@ -129,10 +129,10 @@ TEST(DoublingPeer, ShowsNoOtherValueInAnyPlan)
                                  settingsOf(TIME_OUT));
                 host.poll(plan);
                 host.writeEvery(9);
-                host.run(RUN / 4);
+                host.run(DOUBLING_RUN);
                 expectNothingWrong(host.figures);
                 EXPECT_EQ(0, host.figures.givenUp);
-                EXPECT_GT(peer.doublings, RUN / 4 * share / 2);
+                EXPECT_GT(peer.doublings, DOUBLING_RUN * share / 2);
             }
         }
     }
