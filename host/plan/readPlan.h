@@ -11,10 +11,10 @@ struct ReadBlock
 {
     int station = 0;
     QString area;
-    int number = 0; ///< address number of the first unit
-    int count = 0;  ///< words, or the bits of one group of 16
-    int spare = 0;  ///< words among them at the end that no tag needs, see differNeighbours()
+    int number = 0;        ///< address number of the first unit
+    int count = 0;         ///< words, or the bits of one group of 16
     std::vector<int> tags; ///< indices of the tags that it brings, ascending
+    int spare = 0;         ///< words at its end that no tag needs, see differNeighbours()
 };
 
 /// The blocks that read all tags in the least time on the wire, and of those the fewest.

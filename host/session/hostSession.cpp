@@ -23,7 +23,8 @@ HostSession::HostSession(DriverSession& driver, const LineTiming& timing,
                  [this](const FRAME_PRO& frame) { return isPointless(frame); }),
       m_stations(settings.answer),
       m_values(driver, m_polled, sink),
-      m_recipes(driver, sink)
+      m_recipes(driver, sink),
+      m_isEchoTold(settings.echo == ECHO_PRESENT)
 {
 }
 

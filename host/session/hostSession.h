@@ -85,7 +85,7 @@ private:
     bool m_isPolling = false;
     bool m_planDue = false;
     bool m_areStationsNew = false; ///< none of the polled ones was asked yet
-    bool m_isEchoTold = false;
+    bool m_isEchoTold;             ///< or known to the user
 };
 
 #endif

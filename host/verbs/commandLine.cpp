@@ -83,6 +83,12 @@ void addTiming(CLI::App* verb, Options& options)
     addJson(verb, options);
 }
 
+EchoMode echoMode(const std::string& text)
+{
+    if (text == "yes") return ECHO_PRESENT;
+    return text == "no" ? ECHO_ABSENT : ECHO_UNKNOWN;
+}
+
 void addLink(CLI::App* verb, Options& options)
 {
     LinkOptions& link = options.link;
@@ -92,17 +98,17 @@ void addLink(CLI::App* verb, Options& options)
                      "the answer is there")
         ->check(CLI::Range(10, 60000))
         ->capture_default_str();
-    verb->add_option("--attempts", link.attempts, "how often a request is sent")
+    verb->add_option("--attempts", link.attempts, "how often a request is tried")
         ->check(CLI::Range(1, 20))
         ->capture_default_str();
     verb->add_option("--pause-ms", link.pauseMs,
                      "before a lost link is tried again; doubles up to 30 s")
         ->check(CLI::Range(10, 30000))
         ->capture_default_str();
-    static const std::map<std::string, EchoMode> ECHOES = {
-        {"auto", ECHO_UNKNOWN}, {"no", ECHO_ABSENT}, {"yes", ECHO_PRESENT}};
-    verb->add_option("--echo", link.echo, "whether the link returns what is sent: yes, no or auto")
-        ->transform(CLI::Transformer(ECHOES))
+    verb->add_option_function<std::string>(
+            "--echo", [&link](const std::string& mode) { link.echo = echoMode(mode); },
+            "whether the link returns what is sent")
+        ->check(CLI::IsMember({"yes", "no", "auto"}))
         ->default_str("auto");
     verb->add_flag("--trace", link.trace, "print every frame to standard error");
     verb->add_option("--pcap", link.pcap, "write the requests and their answers to a capture file");

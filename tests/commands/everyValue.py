@@ -233,6 +233,7 @@ class EveryValue(unittest.TestCase):
                              "yes")
             self.assertEqual(4, done.returncode)
             self.assertEqual("", done.stdout)
+            self.assertNotIn("returns what is sent", done.stderr)
 
 
 if __name__ == "__main__":

@@ -29,6 +29,7 @@ usage '.*ADDRESS.*' check MW
 usage '.*--count.*' check MW 0 --count 0
 usage '.*--timeout-ms.*' read MW0 --timeout-ms 5
 usage '.*--attempts.*' read MW0 --attempts 0
+usage '.*--echo.*' read MW0 --echo maybe
 for number in -1 10000001 nan -nan inf x; do
     usage '.*--seconds.*' watch --tags "$demo_tags" --seconds $number
 done
