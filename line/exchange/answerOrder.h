@@ -82,6 +82,12 @@ public:
     /// A reply of this signature may come without being asked for, or answers an entry.
     bool mayCome(const QByteArray& signature) const;
 
+    /// The answer taken last has this signature, and may come again.
+    bool isLastAnswer(const QByteArray& signature) const
+    {
+        return signature == m_last;
+    }
+
     /// The request has the bytes of the one whose answer was taken last.
     bool isLast(const QByteArray& request) const
     {

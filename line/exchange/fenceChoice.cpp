@@ -31,6 +31,10 @@ QByteArray FenceChoice::fenceOf(int station, int registers) const
 QByteArray FenceChoice::next(int station, const AnswerOrder& order, const QByteArray& ahead)
 {
     if (order.isFull()) return order.newest().sent;
+    // The same refusal once more would not count, so the other function asks.
+    for (int place = 0; place < PLACES && order.isLastAnswer(refusalSignature(fenceOf(station, 1)));
+         ++place)
+        failed();
     const unsigned first = order.isUnexplained() ? m_seed++ : 0;
     QByteArray fence;
     for (unsigned tried = 0; tried < MOST_REGISTERS; ++tried) {

@@ -209,7 +209,8 @@ class EveryValue(unittest.TestCase):
             with self.subTest(share=share), \
                     Plc(self.path, "tcp", registers, "--corrupt", share, "--duplicate", share,
                         "--late", f"{share}:300") as plc:
-                self.watch(plc, registers, timeout_ms=100, seconds=6)
+                self.watch(plc, registers, timeout_ms=100,
+                               seconds=15 if share == "0.3" else 6)
 
     def test_echo(self):
         """Of a silent, a refusing and an answering PLC, one write each."""

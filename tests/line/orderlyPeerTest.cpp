@@ -229,3 +229,15 @@ TEST(DamagingLine, WithDoubledFramesShowsNothingWrong)
         EXPECT_LT(host.figures.givenUp, RUN * share / 2 + 1);
     }
 }
+
+TEST(RefusingPeer, OfEverythingCostsNoTimeOut)
+{
+    Habits habits;
+    habits.firstRefused = 0;
+    OrderlyPeer peer(habits, 5);
+    PollingHost host(peer, serialLine(), settingsOf(10 * SECOND));
+    host.poll(wordsApart());
+    host.run(50);
+    EXPECT_EQ(50, host.figures.refused);
+    EXPECT_LT(host.now, 2 * SECOND);
+}
