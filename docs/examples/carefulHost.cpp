@@ -86,7 +86,8 @@ private:
     // A single 0 is no sign of idleness.
     static bool next(FRAME_PRO& frame)
     {
-        return intf_getSendFrame(&frame) != 0 || intf_getSendFrame(&frame) != 0;
+        if (intf_getSendFrame(&frame) != 0) return true;
+        return intf_getSendFrame(&frame) != 0;
     }
 
     // A refusal is final, so it is handed in until the driver gives up. A busy PLC is asked again.

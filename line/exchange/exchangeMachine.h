@@ -123,9 +123,9 @@ public:
 
     /// Asks whether a station is there; its answer usually brings it into step. It ends with an
     /// entry that has isFence and the station, as fences ahead of a request do.
-    /// @param station  1 to 247
+    /// @param number   of the station, 1 to 247
     /// @param wait  for its answer; 0: as long as for any
-    void startFence(int station, qint64 wait, qint64 now);
+    void startFence(int number, qint64 wait, qint64 now);
 
     /// Does what is due, up to the next bytes to send. Call it at wakeAt, and after each other
     /// call. As long as takeEnded() has something, wakeAt is now.
@@ -150,7 +150,7 @@ public:
     }
 
     /// The time-out that fits a station's answers.
-    qint64 timeOut(int station);
+    qint64 timeOut(int number);
 
 private:
     enum State { IDLE, QUIET, AWAITING, DRAINING, PAUSING };

@@ -131,7 +131,7 @@ TEST_P(OtherAnswers, AreNoReplyToTheRequest)
     EXPECT_TRUE(read(fromHex(GetParam().frame)).isEmpty()) << GetParam().what;
 }
 
-INSTANTIATE_TEST_SUITE_P(, OtherAnswers,
+INSTANTIATE_TEST_SUITE_P(Each, OtherAnswers,
                          testing::Values(OtherAnswer{"nothing", ""}, OtherAnswer{"one byte", "01"},
                                          OtherAnswer{"another station", "02030412345678B207"},
                                          OtherAnswer{"another function", "0104041234567880B0"},
