@@ -197,7 +197,7 @@ private:
         AnswerTime time;
         FenceChoice fences;
         bool takesLonger;  ///< the station accepts reads with one register more
-        qint64 differedAt; ///< time of the last request whose answer was unlike the one before
+        qint64 differedAt; ///< time of the last request whose answer differs from the last answer
     };
 
     struct Job
