@@ -5,6 +5,7 @@
 #include "modelPlc.h"
 #include "plan/readPlan.h"
 #include "session/driverFeeder.h"
+#include "stepBound.h"
 
 #include <functional>
 #include <map>
@@ -79,7 +80,7 @@ public:
     /// Polls a word of that number at station 1, tag 0, and at station 2, tag 1, for a second.
     void pollTwoStations(int number);
 
-    /// Lets so much time pass.
+    /// Lets so much time pass. Fails the test when the session lets none pass, see StepBound.
     void run(qint64 duration);
 
     /// Until it is so, `most` at most.
@@ -118,10 +119,11 @@ private:
     const LineTiming m_timing;
     StartedDriver m_driver;
     bool m_linkIsUp = true;
+    StepBound m_bound;
 
 public:
     ModelLine line;
-    DriverFeeder feeder;
+    DriverFeeder session;
 };
 
 Tag tagOf(const char* area, int number, Tag::Type type = Tag::UINT16, int station = 1);
