@@ -123,7 +123,7 @@ private:
 
 public:
     ModelLine line;
-    DriverFeeder session;
+    DriverFeeder feeder;
 };
 
 Tag tagOf(const char* area, int number, Tag::Type type = Tag::UINT16, int station = 1);

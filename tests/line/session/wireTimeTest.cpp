@@ -1,6 +1,7 @@
 #include "builtDriver.h"
 #include "scriptedLink.h"
-#include "session/communication.h"
+#include "session/linkThread.h"
+#include "session/sharedValues.h"
 
 #include <gtest/gtest.h>
 
@@ -33,25 +34,25 @@ double shareOfOneRequest(const LineTiming& timing)
     block.count = 1;
     block.tags = {0};
 
-    Communication::Settings settings;
+    LinkThread::Settings settings;
     settings.timing = timing;
     settings.exchange.answer = HOUR; // no second request
     settings.openLink = [] {
         return std::make_unique<ScriptedLink>(std::deque<QByteArray>(), ScriptedLink::STAYS_SILENT);
     };
-    HostBoard board(1, true);
+    SharedValues shared(1, true);
     {
-        Communication communication(driver(), settings, board);
-        communication.poll({tag}, {block});
-        communication.start();
+        LinkThread thread(driver(), settings, shared);
+        thread.poll({tag}, {block});
+        thread.start();
         std::vector<FrameRecord> frames;
         while (frames.empty()) {
-            board.waitForNews(WAIT_MS);
-            frames = board.takeNews().frames;
+            shared.waitForNews(WAIT_MS);
+            frames = shared.takeNews().frames;
         }
         EXPECT_EQ(8, int(frames.front().bytes.size()));
     }
-    return board.figures(HOUR).wholeRun.wireShare;
+    return shared.figures(HOUR).wholeRun.wireShare;
 }
 
 } // namespace

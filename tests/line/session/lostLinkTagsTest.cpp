@@ -1,6 +1,7 @@
 #include "builtDriver.h"
 #include "scriptedLink.h"
-#include "session/communication.h"
+#include "session/linkThread.h"
+#include "session/sharedValues.h"
 
 #include <gtest/gtest.h>
 
@@ -25,31 +26,31 @@ Tag someTag(int number)
 class LostLinkTagsTest : public testing::Test
 {
 protected:
-    LostLinkTagsTest() : board(2, false) {}
+    LostLinkTagsTest() : shared(2, false) {}
 
     /// @return whether both tags come to have the trouble while the host runs
-    bool showTrouble(const Communication::OpenLink& openLink, const std::string& trouble)
+    bool showTrouble(const LinkThread::OpenLink& openLink, const std::string& trouble)
     {
-        Communication::Settings settings;
+        LinkThread::Settings settings;
         settings.firstPauseMs = 1;
         settings.openLink = openLink;
-        Communication communication(driver(), settings, board);
-        communication.know({someTag(3000), someTag(3001)}, {});
-        communication.start();
+        LinkThread thread(driver(), settings, shared);
+        thread.know({someTag(3000), someTag(3001)}, {});
+        thread.start();
         for (int waits = 0; waits < MOST_WAITS; ++waits) {
             if (haveTrouble(trouble)) return true;
-            board.waitForNews(WAIT_MS);
-            board.takeNews();
+            shared.waitForNews(WAIT_MS);
+            shared.takeNews();
         }
         return false;
     }
 
-    HostBoard board;
+    SharedValues shared;
 
 private:
     bool haveTrouble(const std::string& trouble) const
     {
-        for (const TagState& state : board.tags()) {
+        for (const TagState& state : shared.tags()) {
             if (state.good || state.trouble.toStdString() != trouble) return false;
         }
         return true;

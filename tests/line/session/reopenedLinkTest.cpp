@@ -1,6 +1,7 @@
 #include "builtDriver.h"
 #include "scriptedLink.h"
-#include "session/communication.h"
+#include "session/linkThread.h"
+#include "session/sharedValues.h"
 
 #include <gtest/gtest.h>
 
@@ -22,17 +23,17 @@ std::vector<Clock::time_point> openings(size_t count, const std::deque<QByteArra
 {
     std::vector<Clock::time_point> times;
     std::promise<void> enough;
-    Communication::Settings settings;
+    LinkThread::Settings settings;
     settings.firstPauseMs = FIRST_PAUSE_MS;
     settings.openLink = [&] {
         times.push_back(Clock::now());
         if (times.size() == count) enough.set_value();
         return std::make_unique<ScriptedLink>(portions, ScriptedLink::IS_LOST);
     };
-    HostBoard board(0, false);
+    SharedValues shared(0, false);
     {
-        Communication communication(driver(), settings, board);
-        communication.start();
+        LinkThread thread(driver(), settings, shared);
+        thread.start();
         enough.get_future().wait();
     }
     times.resize(count);
