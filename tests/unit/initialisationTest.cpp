@@ -147,6 +147,26 @@ TEST_F(Initialisation, NumbersMayHaveASignBlanksAroundThemAndLeadingZeros)
     expectNumbers(11, -12, 13, 14, 2147483647);
 }
 
+// Latin-1 has a character for every byte. Read as UTF-8, the first text is a mark of the byte order
+// and 11, and the second is 11 and a blank.
+TEST_F(Initialisation, ByteFrom0x80OnIsACharacterAndNoPartOfANumber)
+{
+    for (const char* notANumber : {"\xEF\xBB\xBF"
+                                   "11",
+                                   "11\xC2\xA0", "\x80", "11\xFF"}) {
+        SCOPED_TRACE(notANumber);
+        driver.callbackContext = 55;
+        initialiseWith((std::string(notANumber) + "#2#3#4#5").c_str());
+        expectNumbers(0, 2, 3, 4, 5);
+    }
+}
+
+TEST_F(Initialisation, ByteFrom0x80OnInALaterPartLeavesTheFiveNumbers)
+{
+    initialiseWith("11#12#13#14#15#\xC3#\xE2\x82");
+    expectNumbers(11, 12, 13, 14, 15);
+}
+
 TEST_F(Initialisation, PropertyTextStaysAsItWas)
 {
     QByteArray properties("11#12#13#14#15");
