@@ -6,6 +6,7 @@
 #include "writeCompletion.h"
 
 #include <chrono>
+#include <cstdint>
 #include <cstring>
 #include <functional>
 #include <future>
@@ -61,6 +62,20 @@ protected:
     {
         driver.frameKind = frameKind;
         dealListWhenFinish();
+    }
+
+    /// "QW" with its characters and the count of its owners on one page. The count stands before
+    /// the characters, and changes when an entry that holds the text is taken off a list.
+    static QString textOnOnePage()
+    {
+        const size_t head = 64;
+        std::vector<QString> taken;
+        while (true) {
+            QString made = text("Q");
+            made += QLatin1Char('W');
+            if (reinterpret_cast<uintptr_t>(made.constData()) % pageBytes() >= head) return made;
+            taken.push_back(made); // keeps its place, so that the next text gets another one
+        }
     }
 
     static void storeBitOfWord()
@@ -152,10 +167,7 @@ TEST_F(SharedBlockLocks, AFlagIsLoweredWhileTheHostsMutexIsHeld)
 
 TEST_F(Locks, AFinishedWriteLeavesTheQueueWhileItsMutexIsHeld)
 {
-    // A text made at run time counts its owners in memory: that count changes at the moment when
-    // the entry that holds the text is taken off the list.
-    QString area = text("Q");
-    area += QLatin1Char('W');
+    const QString area = textOnOnePage();
     driver.writeList.append(variable(1, "", 5, 1));
     driver.writeList[0].regName = area;
     Accesses accesses;
