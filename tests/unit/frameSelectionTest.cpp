@@ -152,9 +152,9 @@ TEST_F(FrameSelection, AfterThreeConditionalReadsOnePolledBlockIsLetThrough)
 TEST_F(FrameSelection, ConditionalReadsWaitWhenThreeWritesWentBefore)
 {
     queueWrites(3);
-    queueConditionalReads(1);
+    queueConditionalReads(2);
     poll(1);
-    EXPECT_EQ("WWWPCP", run(6));
+    EXPECT_EQ("WWWPCCP", run(7));
 }
 
 TEST_F(FrameSelection, TwoWritesLeaveRoomForOneConditionalRead)

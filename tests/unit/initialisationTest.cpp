@@ -76,6 +76,8 @@ TEST_F(Initialisation, NegativeLimitGivesNegativeBlockLengths)
 
 TEST_F(Initialisation, BitBlockLengthWrapsAround)
 {
+    initialiseWith("0#0#0#3#268435455");
+    EXPECT_EQ(INT_MAX - 7, driver.maxBitBlockLen);
     initialiseWith("0#0#0#3#268435456"); // 2^28 * 8 = 2^31
     EXPECT_EQ(INT_MIN, driver.maxBitBlockLen);
     EXPECT_EQ(268435456, driver.maxWordBlockLen);
@@ -87,6 +89,8 @@ TEST_F(Initialisation, FourPartsChangeNoneOfTheFiveNumbers)
     initialiseWith("1#2#3#4");
     expectNumbers(11, 12, 13, 14, 15);
     EXPECT_EQ(120, driver.maxBitBlockLen);
+    initialiseWith("1#2#3#4#");
+    expectNumbers(1, 2, 3, 4, 0);
 }
 
 TEST_F(Initialisation, FourPartsAfterLoadLeaveZeros)
