@@ -25,7 +25,10 @@ position() {
 
 device=$(position quorvane_ka_kb_plc)
 service=$(position serviceForProtocol)
-[ -n "$device" ] && [ -n "$service" ] || { echo "the list of start-up functions was not read"; exit 1; }
+if [ -z "$device" ] || [ -z "$service" ]; then
+    echo "the list of start-up functions was not read"
+    exit 1
+fi
 [ "$device" -lt "$service" ] || {
     echo "service/ is initialised before device/"
     exit 1
