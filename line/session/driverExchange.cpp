@@ -42,8 +42,8 @@ std::vector<HEARD_EXCHANGE> DriverExchange::takeHeard()
     return std::exchange(m_heard, {});
 }
 
-/// With nothing polled, the driver answers 0 once after some writes or one-shot reads in a row, and
-/// goes on when asked again.
+/// Asks the driver twice. Without polled blocks the driver returns 0 once after several consecutive
+/// writes or one-shot reads, although more of them wait.
 bool DriverExchange::chooseRequest()
 {
     return m_driver.getSendFrame(&m_frame) != 0 || m_driver.getSendFrame(&m_frame) != 0;
@@ -65,7 +65,7 @@ ExchangeMachine::Step DriverExchange::advance(qint64 now)
     return step;
 }
 
-/// @return false when there is nothing to do
+/// @return false when no probe and no request waits
 bool DriverExchange::startNext(qint64 now)
 {
     if (m_isPending || m_probes.empty()) return startRequest(now);
@@ -120,7 +120,8 @@ void DriverExchange::takeEnded(qint64 now)
     }
 }
 
-/// The driver counts attempts. Those that could not bring anything are spent at once.
+/// The driver counts attempts. When a further attempt cannot succeed, the remaining attempts are
+/// used up at once by handing the same reply in again.
 void DriverExchange::finish(const EndedExchange& ended, qint64 now)
 {
     FINISHED_EXCHANGE finished;

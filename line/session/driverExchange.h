@@ -8,43 +8,45 @@
 #include <functional>
 #include <vector>
 
-/// One attempt of a request of the driver that is over.
+/// The end of one attempt of a driver's request.
 struct FINISHED_EXCHANGE
 {
     FRAME_PRO frame;
     ExchangeEnd end = END_SILENT;
-    int result = REPLY_NOTHING_PENDING; ///< what intf_dealRcvFrame said
-    int exceptionCode = 0;              ///< of END_REFUSED
-    bool isPointless = false; ///< not sent: its station is known to be silent, or no frame holds it
-    bool wasSent = false;     ///< at this attempt or an earlier one
-    qint64 replyTime = -1;    ///< from the request's end to its answer; -1: not known
+    int result = REPLY_NOTHING_PENDING; ///< return value of intf_dealRcvFrame
+    int exceptionCode = 0;              ///< of END_REFUSED; otherwise 0
+    bool isPointless = false; ///< not sent: the station is known to be silent, or no frame holds it
+    bool wasSent = false;     ///< at this attempt or an earlier attempt
+    qint64 replyTime = -1;    ///< microseconds from the request's end to its answer; -1: not known
 };
 
-/// What was heard of a station besides its answers to requests: a fence, or an answer too late.
+/// An event that ends no request of the driver but says something about a station: the end of a
+/// fence, or an answer that came too late.
 struct HEARD_EXCHANGE
 {
     EndedExchange ended;
-    bool isOfRequest; ///< the fence went ahead of a request, as one of its attempts
+    bool isOfRequest; ///< a fence that went ahead of a request counts as an attempt of the request
 };
 
-/// Stands between the driver and the exchange machine: hands the driver's requests to the machine
-/// one at a time, and tells the driver what became of each. Times are microseconds.
+/// Stands between the driver and the exchange machine. It hands the driver's requests to the
+/// machine, one at a time, and hands the result of each request back to the driver. Times are
+/// microseconds. One thread calls it.
 ///
-/// - A refusal is final, so it is handed in until the driver gives the request up. "Still working"
-///   and "device busy" alone are asked again, after pauses that grow.
+/// - A refusal is final: the exception reply is handed to the driver until it gives the request up.
+///   Only the exceptions "still working" and "device busy" lead to a retry, after growing pauses.
 /// - A request to a silent station is given up at once.
-/// - A request that a lost link cut short is offered by the driver again.
+/// - After the loss of a link the driver offers the interrupted request again.
 class DriverExchange
 {
 public:
-    /// True when a request of that station would not be answered.
+    /// True when the station of the frame is not expected to answer.
     using IsSilent = std::function<bool(const FRAME_PRO&)>;
 
     DriverExchange(StartedDriver& driver, const LineTiming& timing,
                    const ExchangeMachine::Settings& settings, IsSilent isSilent);
 
-    /// Asks a station for a sign of life as soon as no request is under way.
-    /// @param wait  for its answer; 0: as long as for any
+    /// Sends a fence to the station as a probe, as soon as no request is under way.
+    /// @param wait  longest wait for the answer; 0: the wait of every request
     void probe(int station, qint64 wait);
 
     ExchangeMachine::Step advance(qint64 now);
@@ -52,13 +54,13 @@ public:
     void linkLost();
     void linkOpened(qint64 now);
 
-    /// The driver has no request under way, so it chooses afresh next.
+    /// The driver has no request under way. It chooses its next request afresh.
     bool isBetweenRequests() const
     {
         return !m_isPending;
     }
 
-    /// Neither a request nor a probe is under way, or waits.
+    /// No request or probe is under way, and none waits.
     bool isFree() const
     {
         return !m_isPending && m_probes.empty() && m_machine.isFree();
@@ -90,8 +92,8 @@ private:
     const IsSilent m_isSilent;
     ExchangeMachine m_machine;
     FRAME_PRO m_frame;
-    bool m_isPending = false; ///< m_frame waits in the driver for its end
-    bool m_isRepeat = false;  ///< m_frame was handed to the machine before
+    bool m_isPending = false; ///< the driver waits for the result of m_frame
+    bool m_isRepeat = false;  ///< the machine had m_frame before
     GrowingPause m_busyPause;
     qint64 m_pauseUntil = 0;
     std::vector<Probe> m_probes;

@@ -89,14 +89,14 @@ void DriverFeeder::linkBack(qint64 now)
     m_planDue = true;
 }
 
-/// A recipe is transferred whole or fails by itself.
+/// A recipe's frames are always sent: a recipe is transferred as a whole, or the driver ends it.
 bool DriverFeeder::isPointless(const FRAME_PRO& frame) const
 {
     return !m_recipes.isUnderWay() && m_stations.isSilent(frame.var.station);
 }
 
-/// What is handed to the driver while it has a request under way is chosen from afterwards; only
-/// the plan and the recipe flags must not change in between.
+/// Writes and reads may be queued while the driver has a request under way. The plan and the recipe
+/// flags may change only between two requests.
 void DriverFeeder::feed(qint64 now)
 {
     if (std::exchange(m_areStationsNew, false)) expectStations(now);
@@ -114,7 +114,7 @@ void DriverFeeder::expectStations(qint64 now)
         m_stations.expect(station, now);
 }
 
-/// One at a time: when the next one is due depends on what becomes of it.
+/// Starts one probe at a time: the result of a probe decides when the next probe is due.
 void DriverFeeder::feedProbes(qint64 now)
 {
     if (!m_exchange.isFree()) return;
@@ -131,8 +131,8 @@ void DriverFeeder::feedReads()
     m_driver.queueRead(key);
 }
 
-/// The driver serves one-shot reads after its queued writes, so writes are held back meanwhile. The
-/// two take turns: between two reads the writes that wait go first.
+/// Writes are held back while a one-shot read is under way, because the driver serves its queued
+/// writes first and the read would wait. Between two reads the waiting writes go first.
 void DriverFeeder::feedWrites()
 {
     if (m_reads.isUnderWay()) return;
@@ -140,7 +140,8 @@ void DriverFeeder::feedWrites()
         m_driver.queueWrite(write->station, write->area, write->number, write->bytes);
 }
 
-/// What was not polled until now changed without a word of the driver.
+/// A block that was not polled may have changed without a change callback, so all shown values are
+/// fetched again.
 void DriverFeeder::plan()
 {
     m_planDue = false;
@@ -176,7 +177,7 @@ void DriverFeeder::exchangeOver(const FINISHED_EXCHANGE& finished, qint64 now)
         blockOver(finished, now);
 }
 
-/// The driver does not show what a recipe wrote: it is read.
+/// Reads the words of a downloaded recipe: the driver's cache does not take up a recipe's values.
 void DriverFeeder::recipeOver(const FINISHED_EXCHANGE& finished)
 {
     const std::optional<RecipeJob> written = m_recipes.frameOver(finished);
@@ -211,7 +212,7 @@ void DriverFeeder::noteHeard(const HEARD_EXCHANGE& exchange, qint64 now)
     if (exchange.isOfRequest || m_stations.isPolled(heard.station)) return;
     if (m_stations.gaveUp(heard.station, heard.end == END_UNUSABLE, now))
         stationWentSilent(heard.station, now);
-    else if (m_stations.isSilent(heard.station)) // may have been told of a lost link since
+    else if (m_stations.isSilent(heard.station)) // tags may still name an earlier loss of the link
         m_sink.tagsBad(m_polled.tagsOfStation(heard.station), silenceOf(heard.station), now);
 }
 
@@ -254,7 +255,7 @@ void DriverFeeder::blockOver(const FINISHED_EXCHANGE& finished, qint64 now)
 {
     const int block = m_polled.blockOf(finished.frame.var);
     if (block < 0) return;
-    // Perhaps the PLC refused no more than the word that the tags do not need.
+    // The PLC may have refused only the spare word behind the tags.
     if (finished.end == END_REFUSED && m_polled.dropSpare(block)) {
         m_planDue = true;
         return;

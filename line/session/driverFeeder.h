@@ -10,42 +10,49 @@
 #include "session/stationWatch.h"
 #include "session/writeJobs.h"
 
-/// One host on one link, without any I/O: it feeds the driver, runs its exchanges, finds out what
-/// became of every write, read and recipe, and leaves silent stations alone. Times are microseconds
-/// of any clock that never goes back. One thread calls it, and its sink is called back from there.
+/// Feeds the driver for one link, without any I/O. It hands the polled blocks and the user's jobs
+/// to the driver, runs the driver's exchanges, and tells the sink the end of every write, read and
+/// recipe. Silent stations are probed instead of polled.
+///
+/// Times are microseconds of a clock that never goes back. One thread makes all calls; the sink is
+/// called from inside them.
 class DriverFeeder
 {
 public:
     DriverFeeder(StartedDriver& driver, const LineTiming& timing,
                  const ExchangeMachine::Settings& settings, SessionSink& sink);
 
-    /// Polls the blocks from the next request on; or only knows which tags they bring, for
-    /// addRead(). One of the two, before anything else.
+    /// Polls the blocks from the next request on. Call either poll() or know(), once, before any
+    /// other function.
     void poll(std::vector<Tag> tags, std::vector<ReadBlock> blocks);
+
+    /// Notes which tags each block contains, so that addRead() can show their values. Polls
+    /// nothing.
     void know(std::vector<Tag> tags, std::vector<ReadBlock> blocks);
 
-    /// Hands in the user's jobs. Job numbers are the caller's and unique.
+    /// Hands in the user's jobs. The caller chooses the job numbers; each number is used once.
     void addWrite(int job, const std::vector<ElementWrite>& elements);
     void addRead(int job, const std::vector<ReadBlock>& blocks);
     void addRecipe(const RecipeJob& recipe);
 
-    /// Does what is due. Call it at wakeAt of the step, after received() and after a new job.
-    /// A step that is idle has no wakeAt: nothing happens before a new job.
+    /// Does the work that is due. Call it at wakeAt of the last step, after received() and after a
+    /// new job. An idle step has no wakeAt: nothing is due before the next job.
     ExchangeMachine::Step advance(qint64 now);
 
     void received(const QByteArray& bytes, qint64 now);
 
-    /// The link is gone. Jobs are kept, and go on when it is back.
+    /// The link is lost, or open again. Jobs are kept and continue on the new link.
     void linkLost(const QString& trouble, qint64 now);
     void linkBack(qint64 now);
 
-    /// Of the stations that are polled, none answers.
+    /// No polled station answers.
     bool areAllSilent() const
     {
         return m_isPolling && m_stations.areAllSilent();
     }
 
-    /// A value from the driver's cache, as intf_getData gives it.
+    /// A value from the driver's cache, in the format of intf_getData: two bytes a word, low byte
+    /// first, or one byte a bit.
     QByteArray value(int station, const QString& area, int number, int units) const
     {
         return m_driver.value(station, area, number, units);
@@ -84,8 +91,8 @@ private:
     RecipeTransfers m_recipes;
     bool m_isPolling = false;
     bool m_planDue = false;
-    bool m_areStationsNew = false; ///< none of the polled ones was asked yet
-    bool m_isEchoTold;             ///< or known to the user
+    bool m_areStationsNew = false; ///< no polled station was asked yet
+    bool m_isEchoTold;             ///< the sink was told of the echo, or the user named it
 };
 
 #endif

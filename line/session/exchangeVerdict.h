@@ -3,11 +3,12 @@
 
 #include "session/sessionSink.h"
 
-// What an exchange that is over means for the job that it belongs to.
+// The result of a finished exchange for its job.
 
+/// The outcome of the job: DONE, REFUSED or TIMED_OUT.
 JobEnd::Outcome outcomeOf(const FINISHED_EXCHANGE& finished);
 
-/// Why one that was not accepted failed, in words.
+/// The reason of a failed exchange, in words. Only for outcomes other than DONE.
 QString troubleOf(const FINISHED_EXCHANGE& finished);
 
 #endif

@@ -3,12 +3,12 @@
 
 #include <QByteArray>
 
-/// Bytes that went over the link at one time, for traces and captures.
+/// Bytes that were sent or received at one time, for traces and captures.
 struct FrameRecord
 {
     enum Direction {
         SENT,
-        SENT_FENCE, ///< a read of the host's own, which brings the link into step
+        SENT_FENCE, ///< a read by the host itself: its answer shows that no late reply follows
         RECEIVED
     };
 

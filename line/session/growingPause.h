@@ -1,7 +1,8 @@
 #ifndef GROWING_PAUSE_H
 #define GROWING_PAUSE_H
 
-/// The pauses between attempts that fail in a row: each is twice the one before, up to 30 s.
+/// The pauses between consecutive failed attempts. Each pause is twice as long as the pause before,
+/// up to 30 s.
 class GrowingPause
 {
 public:
@@ -9,10 +10,10 @@ public:
 
     explicit GrowingPause(int firstMs) : m_firstMs(firstMs), m_nextMs(firstMs) {}
 
-    /// How long to wait now, in milliseconds.
+    /// The pause after this failure, in milliseconds. The next pause is longer.
     int take();
 
-    /// An attempt has led somewhere.
+    /// An attempt succeeded: the next pause is the first pause again.
     void startAnew()
     {
         m_nextMs = m_firstMs;

@@ -29,7 +29,8 @@ LinkRun::LinkRun(const DriverLibrary& driver, const Settings& settings,
         m_thread.know(tags, m_blocks);
 }
 
-/// The thread's own destructor waits for it, and an opening may take minutes.
+/// Cancels the opening first: the destructor of LinkThread waits for the thread, and an opening may
+/// take minutes.
 LinkRun::~LinkRun()
 {
     m_opening.ask();

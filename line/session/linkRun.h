@@ -5,9 +5,10 @@
 #include "links/linkText.h"
 #include "session/linkThread.h"
 
-/// One link to one or more stations that runs by itself: give it the driver, where the PLC is, the
-/// tags and a sink, and start it. It plans the requests, opens the link, polls on a thread of its
-/// own, opens a lost link again, and leaves silent stations alone, until it is destroyed.
+/// A link to one or more stations that runs on its own thread. Give it the driver, the PLC's
+/// address, the tags and a sink, and start it. It plans the requests, opens the link, polls the
+/// tags, opens a lost link again, and probes silent stations instead of polling them. The
+/// destructor ends it.
 ///
 ///     const DriverLibrary driver("libquorvane_ka_kb_plc.so");
 ///     LinkRun::Settings settings;
@@ -16,42 +17,44 @@
 ///     LinkRun run(driver, settings, tags, values);
 ///     run.start();
 ///
-/// There is one driver in a process, so there is one run at a time. Qt's network and serial port
-/// classes need a QCoreApplication. All functions may be called from any thread but the link's own;
-/// construction and destruction are the owner's.
+/// A process has one driver, so only one LinkRun may exist at a time. Qt's network and serial port
+/// classes need a QCoreApplication. Every thread except the link's thread may call the functions.
+/// One thread, the owner's, constructs and destroys the object.
 class LinkRun
 {
 public:
     enum Reading {
         CYCLIC,    ///< the tags are polled
-        ON_REQUEST ///< the tags are read when read() asks
+        ON_REQUEST ///< the tags are read only by read()
     };
 
     struct Settings
     {
-        LinkAddress address;          ///< the PLC; its line gives the silent intervals
-        LinkThread::OpenLink opening; ///< opens the link instead of the address; may be empty
+        LinkAddress address;          ///< of the PLC; its line settings give the silent intervals
+        LinkThread::OpenLink opening; ///< opens the link; empty: the address is opened
         Reading reading = CYCLIC;
-        int timeoutMs = 500;     ///< for an answer, 1 or more
-        int attempts = 3;        ///< how often a request is sent before it is given up, 1 or more
-        int pauseMs = 500;       ///< before a lost link is tried again; grows with each failure
-        int turnaroundUs = 1000; ///< the PLC's, for the plan
-        EchoMode echo = ECHO_UNKNOWN; ///< the link returns what is sent
+        int timeoutMs = 500;     ///< longest wait for an answer, 1 or more
+        int attempts = 3;        ///< a request is given up after so many attempts, 1 or more
+        int pauseMs = 500;       ///< before a lost link is opened again; grows with each failure
+        int turnaroundUs = 1000; ///< the PLC's time before it answers; only the plan uses it
+        EchoMode echo = ECHO_UNKNOWN; ///< whether the link returns the sent bytes
     };
 
-    /// @param tags  told of by their index
-    /// @param sink  called from the link's thread; has to outlive the run
+    /// @param tags  the sink names each tag by its index in here
+    /// @param sink  called from the link's thread; must outlive the LinkRun
+    /// Throws std::system_error when the system has no descriptor left.
     LinkRun(const DriverLibrary& driver, const Settings& settings, const std::vector<Tag>& tags,
             LinkSink& sink);
 
-    /// Ends an opening that is under way and waits for the thread. Jobs under way are dropped.
+    /// Cancels an opening that is under way and waits for the thread. Unfinished jobs are dropped.
     ~LinkRun();
     LinkRun(const LinkRun&) = delete;
     LinkRun& operator=(const LinkRun&) = delete;
 
     void start();
 
-    /// The user's jobs. A job's number is the caller's and unique; its end comes to the sink once.
+    /// The user's jobs. The caller chooses the job numbers; each number is used once. The sink is
+    /// told the end of each job once.
     void read(int job, const std::vector<ReadBlock>& blocks);
     void write(int job, const std::vector<ElementWrite>& elements);
     void transfer(const RecipeJob& recipe);
@@ -62,16 +65,15 @@ public:
         return m_blocks;
     }
 
-    /// Microseconds since construction: the time that the sink is told.
+    /// Microseconds since construction, on the clock of the sink's times.
     qint64 now() const;
 
 private:
     LinkThread::Settings threadSettings(const Settings& settings);
 
-    // Constant after construction, but for the members that guard themselves.
-    const std::vector<ReadBlock> m_blocks;
-    Cancellation m_opening; ///< guards itself
-    LinkThread m_thread;    ///< guards itself
+    const std::vector<ReadBlock> m_blocks; ///< constant after construction
+    Cancellation m_opening;                ///< guards itself
+    LinkThread m_thread;                   ///< guards itself
 };
 
 #endif

@@ -4,20 +4,20 @@
 #include "session/frameRecord.h"
 #include "session/sessionSink.h"
 
-/// What a link's thread tells its owner: everything that its session tells, and what goes over the
-/// link. Called from that thread only, between two frames: each call notes and returns, as a call
-/// that waits delays the line. Times are LinkThread::now().
+/// Receives the news of a link's thread: everything that DriverFeeder tells, the state of the link,
+/// and the bytes on it. Only the link's thread calls it, between two frames. Each function must
+/// note its news and return: a call that waits delays the line. Times are LinkThread::now().
 class LinkSink : public SessionSink
 {
 public:
-    /// The link was opened, or is lost. A loss is told once, however often opening then fails.
-    /// @param trouble  why a link is lost, one sentence
+    /// The link was opened, or is lost. A loss is told once; failed openings after it are not told.
+    /// @param trouble  the reason of the loss in one sentence; empty when connected
     virtual void linkChanged(bool connected, const QString& trouble, qint64 now) = 0;
 
-    /// Bytes went out, or came in.
+    /// Bytes were sent or received.
     virtual void frame(FrameRecord::Direction direction, const QByteArray& bytes, qint64 now) = 0;
 
-    /// The wire was in use, with the silence ahead of a frame. Never told of a network.
+    /// The wire was in use for a frame and the silence ahead of it. A network never tells it.
     virtual void wireTaken(qint64 from, qint64 until) = 0;
 };
 

@@ -11,7 +11,7 @@ const qint64 FOR_EVER = -1;
 
 enum { SHORTEST_SILENCE_MS = 2000, SILENT_TIME_OUTS = 10 };
 
-/// Before a connection whose stations are all silent is made anew.
+/// The silence after which a connection is opened anew when all stations are silent.
 int firstSilenceMs(const LinkThread::Settings& settings)
 {
     return std::max(int(SHORTEST_SILENCE_MS),
@@ -36,8 +36,8 @@ LinkThread::~LinkThread()
     m_stop = true;
     m_wait.wake();
     wait();
-    // A thread that had ended before is waited for inside Qt alone, which the thread sanitizer does
-    // not see; this it does.
+    // The thread sanitizer does not see Qt's wait for a thread that has already ended. This load
+    // shows it that the thread's accesses come before the destruction.
     (void)m_hasEnded.load();
 }
 
@@ -111,10 +111,10 @@ void LinkThread::runUntilStopped()
         runOnce(feeder);
 }
 
-/// From one opening of the link to its loss.
+/// Opens the link and runs it until its loss.
 void LinkThread::runOnce(DriverFeeder& feeder)
 {
-    takeWork(feeder); // a link that never opens marks its tags too
+    takeWork(feeder); // the feeder must know the tags to mark them when the opening fails
     try {
         const std::unique_ptr<Link> link = m_settings.openLink();
         m_lossTold = false;
@@ -133,7 +133,7 @@ void LinkThread::runOnce(DriverFeeder& feeder)
     }
 }
 
-/// Jobs that come meanwhile only queue up.
+/// New jobs wake the wait; they stay in the queue until the pause is over.
 void LinkThread::pauseAfterLoss(DriverFeeder& feeder)
 {
     const qint64 end = now() + qint64(m_pause.take()) * MILLISECOND;
@@ -155,8 +155,8 @@ void LinkThread::exchange(DriverFeeder& feeder, Link& link)
     }
 }
 
-/// A peer that keeps the connection and says nothing may be mended by a new one. One that is only
-/// late loses its answers by that, so each time it may be silent for longer.
+/// A new connection may help when the peer keeps the old connection but sends nothing. A peer that
+/// is only late loses its answers, so the permitted silence grows with each new connection.
 void LinkThread::reopenWhenSilent(const DriverFeeder& feeder)
 {
     if (!feeder.areAllSilent() || now() < m_lastHeard + m_reopenAfter) return;
@@ -186,7 +186,8 @@ void LinkThread::receive(DriverFeeder& feeder, Link& link)
     feeder.received(bytes, end);
 }
 
-/// A frame on a wire, with the silence ahead of it. A network has no wire of its own.
+/// Tells the sink of a frame on the wire and the silence ahead of it. A network has no wire of its
+/// own.
 void LinkThread::takeWire(qint64 from, qint64 until)
 {
     const qint64 silence = m_settings.timing.silentInterval();

@@ -16,10 +16,11 @@
 #include <mutex>
 #include <vector>
 
-/// The thread of one link. It owns the link, makes all driver calls, and keeps the line going
-/// whatever the owner's side does. Jobs go in here; the sink is told their ends.
+/// The thread of one link. It owns the link and makes all driver calls, so the line does not wait
+/// for the owner's threads. The owner hands in jobs; the thread tells the sink their ends.
 ///
-/// A lost link is told once and tried again with growing pauses; the jobs wait for it.
+/// The thread tells the loss of the link once and opens the link again after growing pauses. Jobs
+/// wait for the new link.
 class LinkThread : private QThread
 {
 public:
@@ -31,28 +32,28 @@ public:
         LineTiming timing = LineTiming(LineSettings());
         ExchangeMachine::Settings exchange;
         int attempts = 3;
-        int firstPauseMs = 500;         ///< before a lost link is tried again; see GrowingPause
-        bool reopensWhenSilent = false; ///< when no station answers and nothing comes any more
+        int firstPauseMs = 500;         ///< before a lost link is opened again; see GrowingPause
+        bool reopensWhenSilent = false; ///< opens anew when no station answers and no byte comes
     };
 
     LinkThread(const DriverLibrary& driver, const Settings& settings, LinkSink& sink);
 
-    /// Stops the thread; jobs under way are dropped.
+    /// Stops the thread and waits for it. Unfinished jobs are dropped.
     ~LinkThread() override;
 
-    /// Polls the tags; or only knows them, so that reading their blocks once shows their values.
-    /// One of the two, before start().
+    /// poll() reads the tags in cycles. know() only notes them, so that read() shows their values.
+    /// Call one of the two, before start().
     void poll(const std::vector<Tag>& tags, const std::vector<ReadBlock>& blocks);
     void know(const std::vector<Tag>& tags, const std::vector<ReadBlock>& blocks);
 
     void start();
 
-    /// Jobs, from any thread. The sink is told the end of each once.
+    /// Jobs, from any thread. The sink is told the end of each job once.
     void write(int job, const std::vector<ElementWrite>& elements);
     void read(int job, const std::vector<ReadBlock>& blocks);
     void transfer(const RecipeJob& recipe);
 
-    /// Microseconds since construction: the time that the sink is told. From any thread.
+    /// Microseconds since construction, on the clock of the sink's times. From any thread.
     qint64 now() const;
 
 private:
@@ -86,9 +87,9 @@ private:
     LinkSink& m_sink;
     bool m_lossTold = false;
     GrowingPause m_pause;
-    qint64 m_lastHeard = 0; ///< when bytes came, or the link was opened
+    qint64 m_lastHeard = 0; ///< time of the last byte, or of the opening
     GrowingPause m_longestSilence;
-    qint64 m_reopenAfter = 0; ///< of silence
+    qint64 m_reopenAfter = 0; ///< microseconds of silence
 };
 
 #endif

@@ -9,9 +9,9 @@
 #include <optional>
 #include <vector>
 
-/// The blocks that are read once, for the user's jobs or to fetch what was written. The driver
-/// reports the end of the block that was queued last only, and drops all of them when one is
-/// given up, so it is handed one at a time.
+/// The blocks to read once, for the user's jobs or to fetch written values. The driver gets one
+/// block at a time: it reports only the end of the block that was queued last, and drops all its
+/// queued reads when it gives one up.
 class OneShotReads
 {
 public:
@@ -21,11 +21,13 @@ public:
         int job = 0;
     };
 
-    enum { NO_JOB = 0 }; ///< each of its blocks is read, whatever becomes of the others, and untold
+    /// Job number of reads that belong to no job. A failure does not drop the other blocks, and no
+    /// end is reported.
+    enum { NO_JOB = 0 };
 
     void add(int job, const std::vector<ReadBlock>& blocks);
 
-    /// The block that the driver is to be handed now; none while one is under way.
+    /// Starts the next block. None is started while a block is under way.
     std::optional<Read> start();
 
     bool isUnderWay() const
@@ -33,8 +35,8 @@ public:
         return m_underWay.has_value();
     }
 
-    /// The block under way has been read, or failed. A job ends with its last block, or with the
-    /// first that fails.
+    /// The block under way was read, or failed. A job ends with its last block or its first
+    /// failure.
     void ended(JobEnd::Outcome outcome, const QString& trouble);
 
     std::vector<JobEnd> takeEnded();

@@ -9,7 +9,8 @@
 #include <tuple>
 #include <vector>
 
-/// The tags that a session polls: which block brings which, and which units belong to which.
+/// The tags of a link and the blocks that read them: finds the block of a frame, the tags of a unit
+/// (a word or bit) and the tags of a station.
 class PolledTags
 {
 public:
@@ -24,11 +25,11 @@ public:
         return m_blocks[size_t(index)];
     }
 
-    /// Takes from a block what no tag of it needs.
-    /// @return false when there was nothing
+    /// Removes the spare words from a block, see ReadBlock::spare.
+    /// @return false when the block has none
     bool dropSpare(int index);
 
-    /// The keys of the blocks of those stations that `isPolled` accepts.
+    /// The keys of the blocks whose station `isPolled` accepts.
     template <typename Predicate> QList<KEY_ADDRESS> keys(Predicate isPolled) const
     {
         QList<KEY_ADDRESS> keys;
@@ -38,7 +39,7 @@ public:
         return keys;
     }
 
-    /// @return index of the block that a frame reads, -1: none
+    /// @return index of the block that the frame reads; -1: none
     int blockOf(const VARIABLE& read) const;
 
     std::set<int> stations() const;

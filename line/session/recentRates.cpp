@@ -11,7 +11,7 @@ void RecentRates::start(qint64 now)
 
 void RecentRates::exchanged(qint64 replyTime, qint64 now)
 {
-    forgetUntil(now - WINDOW); // nobody may ever ask
+    forgetUntil(now - WINDOW); // bounds the memory when at() is never called
     m_exchanges.push_back({now, replyTime});
     m_replyTimes.add(replyTime);
 }
@@ -49,7 +49,7 @@ LinkRates RecentRates::at(qint64 now)
     return rates;
 }
 
-/// A frame just handed to the port counts only as far as it is on the wire by now.
+/// Of a frame that is still being sent, only the part before `now` counts.
 double RecentRates::wireShare(qint64 from, qint64 now) const
 {
     if (now <= from) return 0;

@@ -6,8 +6,8 @@
 
 #include <deque>
 
-/// A link's rates in the last ten seconds, or since its start while that is not so long ago. What
-/// is older is forgotten. Times are microseconds of one clock and never go back.
+/// A link's rates over the last ten seconds, or since start() when that is a shorter time. Older
+/// exchanges are forgotten. Times are microseconds of one clock that never goes back.
 class RecentRates
 {
 public:
@@ -15,11 +15,11 @@ public:
 
     void start(qint64 now);
 
-    /// @param replyTime  negative: none came
+    /// @param replyTime  negative: no reply came
     void exchanged(qint64 replyTime, qint64 now);
 
-    /// The wire is taken up to a time that may lie ahead. What an earlier call covered, and
-    /// whatever lies before its end, does not count again.
+    /// The wire is in use. `until` may lie in the future. Time before the end of an earlier call
+    /// does not count again.
     void wireTaken(qint64 from, qint64 until);
 
     LinkRates at(qint64 now);
@@ -43,7 +43,7 @@ private:
     std::deque<Exchange> m_exchanges;
     ReplyTimes m_replyTimes; ///< of m_exchanges
     bool m_hasWire = false;
-    std::deque<Span> m_wire; ///< ascending, none overlaps another
+    std::deque<Span> m_wire; ///< ascending, without overlaps
 };
 
 #endif

@@ -27,7 +27,8 @@ void RecipeTransfers::feed()
     m_sink.jobEnded(end);
 }
 
-/// A transfer is over when the driver has cleared its flag; the block that it ended with tells how.
+/// A transfer is over when the driver has cleared its flag. The result of its last block is the
+/// result of the transfer.
 std::optional<RecipeJob> RecipeTransfers::frameOver(const FINISHED_EXCHANGE& finished)
 {
     if (finished.result == REPLY_ACCEPTED) m_sink.recipeProgress(m_underWay->job, ++m_blocksDone);

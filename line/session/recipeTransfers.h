@@ -12,12 +12,12 @@ struct RecipeJob
 {
     int job = 0;
     RecipeFlag flag = RECIPE_DOWNLOAD_FLAG;
-    QVector<_RCP_VAR_PRO> records; ///< none of which the driver merges with another
-    QByteArray values;             ///< as the driver's recipe buffer holds them
+    QVector<_RCP_VAR_PRO> records; ///< the driver must not merge any of them, see RecipePlan
+    QByteArray values;             ///< in the layout of the driver's recipe buffer
 };
 
-/// The recipes on their way, one after the other: the driver has one recipe buffer. Their progress
-/// and their ends are told to the sink.
+/// The recipes to transfer, one after the other, because the driver has one recipe buffer. The sink
+/// is told their progress and their ends.
 class RecipeTransfers
 {
 public:
@@ -25,17 +25,18 @@ public:
 
     void add(const RecipeJob& recipe);
 
-    /// Hands the next recipe to the driver, unless one is under way. Only between two requests.
+    /// Hands the next recipe to the driver unless a recipe is under way. Call it only between two
+    /// requests.
     void feed();
 
-    /// Every frame is the recipe's until it is over.
+    /// While a recipe is under way, every request of the driver belongs to it.
     bool isUnderWay() const
     {
         return m_underWay.has_value();
     }
 
-    /// An exchange of the recipe under way is over, and not tried again.
-    /// @return the recipe when all of it has been written into the PLC
+    /// An exchange of the recipe under way is over and will not be retried.
+    /// @return the recipe when this exchange completed its download
     std::optional<RecipeJob> frameOver(const FINISHED_EXCHANGE& finished);
 
 private:

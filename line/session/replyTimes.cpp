@@ -29,7 +29,7 @@ qint64 ReplyTimes::percentile(double percent) const
     return middleOf(bucket);
 }
 
-/// Below 64 a bucket holds one time, from 64 to 127 two, from 128 to 255 four, and so on.
+/// A bucket holds one time below 64, two times from 64 to 127, four from 128 to 255, and so on.
 int ReplyTimes::bucketOf(qint64 time)
 {
     int shift = 0;

@@ -5,14 +5,14 @@
 
 #include <array>
 
-/// How long replies took, in microseconds: any number of them in the same memory.
+/// A histogram of reply times in microseconds. Its size does not depend on the number of replies.
 class ReplyTimes
 {
 public:
-    /// One reply's time. A negative one means that none came, and does not count.
+    /// Adds a reply's time. A negative time means that no reply came and does not count.
     void add(qint64 time);
 
-    /// Takes back a time that was added.
+    /// Removes a time that was added.
     void remove(qint64 time);
 
     qint64 count() const
@@ -20,14 +20,15 @@ public:
         return m_count;
     }
 
-    /// The time within which `percent` of the replies came, at most 2 % off. 0 without any.
+    /// The time within which `percent` (0 to 100) of the replies came, with an error of at most
+    /// 2 %. 0 when there are no replies.
     qint64 percentile(double percent) const;
 
 private:
     enum {
         STEP_BITS = 5, ///< each doubling of the time is divided into 32 equal buckets
         STEPS = 1 << STEP_BITS,
-        BUCKETS = (63 - STEP_BITS + 1) * STEPS ///< up to the longest time that 63 bits hold
+        BUCKETS = (63 - STEP_BITS + 1) * STEPS ///< enough for the longest time, of 63 bits
     };
 
     static int bucketOf(qint64 time);

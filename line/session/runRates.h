@@ -5,17 +5,17 @@
 #include "session/replyTimes.h"
 #include "session/wireUse.h"
 
-/// A link's rates over the whole run, in the same memory however long it is. Times are microseconds
+/// A link's rates over the whole run. The memory does not grow with the run. Times are microseconds
 /// of one clock.
 class RunRates
 {
 public:
     RunRates() : m_wire(0) {}
 
-    /// Exchanges are counted from here on; the wire from 0.
+    /// The rate of exchanges counts from here on. The wire's share counts from time 0.
     void start(qint64 now);
 
-    /// @param replyTime  negative: none came
+    /// @param replyTime  negative: no reply came
     void exchanged(qint64 replyTime);
 
     void wireTaken(qint64 from, qint64 until);

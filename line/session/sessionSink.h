@@ -8,51 +8,54 @@
 
 #include <vector>
 
-/// How a job that the user's side handed in ended. Every job ends once.
+/// The end of a user's job. Every job ends once.
 struct JobEnd
 {
     enum Outcome {
         DONE,
         REFUSED,   ///< the PLC answered with an exception
-        TIMED_OUT, ///< no answer that could be used
+        TIMED_OUT, ///< no usable answer came
         LOST       ///< the link failed, or the host stopped
     };
 
     int job = 0;
     Outcome outcome = DONE;
-    QString trouble;   ///< unless DONE: what failed first, and why
-    QByteArray values; ///< of a recipe: its values as the driver's buffer holds them
+    QString trouble;   ///< the first failure and its reason; empty with DONE
+    QByteArray values; ///< of a recipe, in the layout of the driver's recipe buffer
 };
 
-/// What a session tells its host. Called from the link's thread, so each call only notes.
+/// Receives the news of DriverFeeder. It is called from the thread that calls DriverFeeder, which
+/// is the link's thread. Each function must note its news and return: a call that waits delays the
+/// line. Tags are indices into the tags of DriverFeeder::poll() or know(). Times are microseconds.
 class SessionSink
 {
 public:
     virtual ~SessionSink() = default;
 
-    /// The tag was read from the PLC just now.
-    /// @param bytes  as intf_getData gives them
+    /// The tag was read from the PLC.
+    /// @param bytes  in the format of intf_getData: two bytes a word, low byte first, or one a bit
     virtual void tagRead(int tag, const QByteArray& bytes, qint64 now) = 0;
 
-    /// The tag shows another value than the one told last: read, or written by the host, or fallen
-    /// back after a failed write.
+    /// The tag's value changed: by a read, by a write of the host, or back to the old value after a
+    /// failed write.
     virtual void tagValue(int tag, const QByteArray& bytes, qint64 now) = 0;
 
     /// The tags could not be read.
+    /// @param trouble  the reason, one sentence
     virtual void tagsBad(const std::vector<int>& tags, const QString& trouble, qint64 now) = 0;
 
     virtual void jobEnded(const JobEnd& end) = 0;
 
-    /// A recipe transfer has carried so many of its blocks.
+    /// A recipe transfer has transferred `done` of its blocks.
     virtual void recipeProgress(int job, int done) = 0;
 
-    /// An exchange is over, or failed and is tried again.
+    /// An attempt of a request has ended. With the result REPLY_RETRY another attempt follows.
     virtual void exchanged(const FINISHED_EXCHANGE& finished, qint64 now) = 0;
 
-    /// A fence was answered, or not.
+    /// A fence has ended, with or without an answer.
     virtual void fenced(const EndedExchange& fence, qint64 now) = 0;
 
-    /// The link returns what is sent. Told once.
+    /// The link returns the sent bytes. Told once.
     virtual void echoFound() = 0;
 };
 

@@ -5,7 +5,7 @@
 
 SharedValues::SharedValues(size_t tags, bool keepFrames) : m_keepFrames(keepFrames), m_tags(tags) {}
 
-/// With the mutex held.
+/// The caller holds m_mutex.
 void SharedValues::news()
 {
     m_hasNews = true;
@@ -21,8 +21,9 @@ void SharedValues::noteChange(int tag, qint64 now)
     news();
 }
 
-// The states share their texts with copies that the user's side drops. Assigning a temporary keeps
-// the counting of references out of Qt's library, where the thread sanitizer does not see it.
+// The states share their text buffers with copies that the owner's thread destroys. The functions
+// below assign a temporary copy: the reference count is then changed in code that the thread
+// sanitizer sees, not inside Qt's library.
 
 void SharedValues::tagRead(int tag, const QByteArray& bytes, qint64 now)
 {

@@ -10,17 +10,17 @@
 #include <mutex>
 #include <vector>
 
-/// What is known of one tag.
+/// The state of one tag.
 struct TagState
 {
-    QByteArray bytes;   ///< its value, as intf_getData gives it; empty: never read
-    qint64 readAt = -1; ///< when it was last read from the PLC; -1: never
-    qint64 changes = 0;
+    QByteArray bytes;   ///< value in the format of intf_getData; empty: no value yet
+    qint64 readAt = -1; ///< time of the last read from the PLC; -1: never read
+    qint64 changes = 0; ///< number of changes since the first value
     bool good = false;
-    QString trouble; ///< why it is not good
+    QString trouble; ///< the reason when the tag is not good
 };
 
-/// Something that the user's side is told of once.
+/// The news since the last SharedValues::takeNews(). Times are LinkThread::now().
 struct News
 {
     struct Change
@@ -34,28 +34,30 @@ struct News
     {
         qint64 time;
         bool connected;
-        QString trouble; ///< of a lost link
+        QString trouble; ///< the reason of a loss
     };
 
     std::vector<Change> changes;
     std::vector<LinkEvent> linkEvents;
     std::vector<JobEnd> jobEnds;
     std::vector<FrameRecord> frames;
-    bool isEchoFound = false; ///< the link returns what is sent; told once
-    int recipeBlocksDone = 0; ///< of the transfer under way, or of one that ended with this news
-    qint64 changesMissed = 0; ///< since the start, because nobody took them
-    qint64 framesMissed = 0;  ///< since the start
+    bool isEchoFound = false; ///< the link returns the sent bytes; told once
+    int recipeBlocksDone = 0; ///< of the transfer under way, or of a transfer that ended in jobEnds
+    qint64 changesMissed = 0; ///< changes dropped since the start, because no thread took the news
+    qint64 framesMissed = 0;  ///< frames dropped since the start
 };
 
-/// The values, figures and news of a run, shared by two threads: the link's thread writes them, and
-/// the owner's side reads them. Neither side waits for the other. Changes and frames that nobody
-/// takes in time are dropped and counted; ends of jobs are kept, as there are no more than jobs.
+/// The values, figures and news of a link, shared by two threads: the link's thread writes them and
+/// the owner's thread reads them. The link's thread never waits for the owner to take the news.
+/// When the owner does not take them in time, further changes and frames are dropped and counted.
+/// Ends of jobs are always kept; the number of jobs bounds them.
 class SharedValues : public LinkSink
 {
 public:
     enum { MOST_CHANGES = 100000, MOST_FRAMES = 20000 };
 
-    /// @param keepFrames  frames are wanted
+    /// @param tags        number of tags
+    /// @param keepFrames  whether News::frames is filled
     SharedValues(size_t tags, bool keepFrames);
 
     void tagRead(int tag, const QByteArray& bytes, qint64 now) override;
@@ -70,7 +72,7 @@ public:
     void frame(FrameRecord::Direction direction, const QByteArray& bytes, qint64 now) override;
     void wireTaken(qint64 from, qint64 until) override;
 
-    /// Waits until there is news, `ms` at most.
+    /// Waits for news, at most `ms` milliseconds.
     void waitForNews(int ms);
 
     News takeNews();
@@ -85,15 +87,15 @@ private:
     mutable std::mutex m_mutex;
     std::condition_variable m_somethingNew;
 
-    // All below are guarded by m_mutex.
+    // All members below are guarded by m_mutex.
     bool m_hasNews = false;
     std::vector<TagState> m_tags;
     News m_news;
-    LinkFigures m_figures; ///< without the rates
+    LinkFigures m_figures; ///< the totals; its rates are not used
     bool m_wasConnected = false;
-    int m_recipeJob = 0; ///< the last one whose progress was told
+    int m_recipeJob = 0; ///< the last job whose progress was told
     RunRates m_wholeRun;
-    mutable RecentRates m_lately; ///< forgets when it is asked
+    mutable RecentRates m_lately; ///< mutable: at() forgets old exchanges
 };
 
 #endif

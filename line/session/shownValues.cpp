@@ -6,7 +6,7 @@ void ShownValues::reset(size_t tags)
     m_blocksSeen.clear();
 }
 
-/// Of a block with gaps the driver reports units that no tag shows as well.
+/// The driver also reports changes in the gaps of a block. No tag shows these units.
 std::set<int> ShownValues::takeChanged()
 {
     std::set<int> changed;
@@ -25,7 +25,8 @@ void ShownValues::tell(const std::set<int>& changed, qint64 now)
         m_sink.tagValue(tag, m_shown[size_t(tag)], now);
 }
 
-/// The driver does not report a first value of 0, so the first time every tag is looked at.
+/// Every tag is fetched at the first read of its block, because the driver does not report a first
+/// value of 0.
 void ShownValues::blockRead(int block, bool driverTells, qint64 now)
 {
     const bool first = m_blocksSeen.insert(block).second;

@@ -7,8 +7,7 @@
 
 #include <set>
 
-/// The tags' values as the driver's cache has them, and telling the sink of each one that is read
-/// or changes.
+/// The tags' values from the driver's cache. Tells the sink each read and each change of a tag.
 class ShownValues
 {
 public:
@@ -17,27 +16,29 @@ public:
     {
     }
 
-    /// The tags are others from now on; none has a value yet.
+    /// Starts with new tags, none of which has a value.
+    /// @param tags  number of tags
     void reset(size_t tags);
 
-    /// Values may have changed without a word of the driver, so all tags are looked at again.
+    /// Fetches all tags again at the next read of their block. Needed when values may have changed
+    /// without a change callback of the driver.
     void distrust()
     {
         m_blocksSeen.clear();
     }
 
-    /// Takes up the changes that the driver has told of.
-    /// @return the tags that changed; tell() of them when the exchange has been dealt with
+    /// Fetches the tags whose change the driver reported.
+    /// @return the changed tags; hand them to tell() after the exchange has been dealt with
     std::set<int> takeChanged();
     void tell(const std::set<int>& changed, qint64 now);
 
     /// A block was read.
-    /// @param driverTells  of the changes in it
+    /// @param driverTells  whether the driver reports changes in this block
     void blockRead(int block, bool driverTells, qint64 now);
 
-    /// The driver is done with the write of an element. When a read has brought another value since
-    /// the host wrote, the driver shows that one and does not tell that the written value takes its
-    /// place.
+    /// The driver has ended the write of an element. The tag is fetched again because of a write
+    /// during which a read brought another value: the driver shows the read value, then replaces it
+    /// by the written value without a change callback.
     void written(const VARIABLE& element, qint64 now);
 
 private:

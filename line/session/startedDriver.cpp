@@ -10,7 +10,8 @@
 
 namespace {
 
-// The callback has no argument for the host's own data, so what it notes lies here.
+// The changes that noteChange() collects. A global variable, because the driver's callback has no
+// argument for the host's data. Used only by the thread that calls the driver.
 std::vector<NotedChange> notedChanges;
 
 } // namespace
@@ -30,7 +31,7 @@ StartedDriver::StartedDriver(const DriverLibrary& driver, int attempts)
                           &m_mutex);
 }
 
-/// The driver outlives the session, and must not go on using what it borrowed.
+/// Makes the driver forget the borrowed memory: the driver outlives this object.
 StartedDriver::~StartedDriver()
 {
     int status = 0;

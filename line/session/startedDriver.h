@@ -7,7 +7,7 @@
 
 #include <vector>
 
-/// A change that the driver's callback told of.
+/// A change that the driver's callback reported.
 struct NotedChange
 {
     int station;
@@ -15,19 +15,20 @@ struct NotedChange
     int number;
 };
 
-/// The driver, started for one link with everything that it borrows from its host. There is one
-/// driver in a process, so there is one session at a time. All calls come from one thread.
+/// The driver, started for one link. The object owns the memory that the driver borrows from its
+/// host: flags, recipe buffer and mutex. A process has one driver, so only one StartedDriver may
+/// exist at a time. One thread makes all calls; for LinkRun this is the link's thread.
 class StartedDriver
 {
 public:
     enum {
-        LINK_NUMBER = 1,       ///< the callback's context, and the link of its recipe records
+        LINK_NUMBER = 1,       ///< context of the callback, and link number of recipe records
         MOST_READ_WORDS = 125, ///< MODBUS Application Protocol V1.1b3, 6.3
-        RECIPE_WORDS = 65536,  ///< room for the values of a recipe
-        ONE_SHOT = 1           ///< varId of the frames of queueRead(); polled blocks carry 4
+        RECIPE_WORDS = 65536,  ///< size of the recipe buffer
+        ONE_SHOT = 1           ///< varId in the frames of queueRead(); frames of blocks have 4
     };
 
-    /// @param attempts  how often a request is sent before it is given up, 1 or more
+    /// @param attempts  the driver gives a request up after so many attempts, 1 or more
     StartedDriver(const DriverLibrary& driver, int attempts);
     ~StartedDriver();
     StartedDriver(const StartedDriver&) = delete;
@@ -42,40 +43,42 @@ public:
     /// Queues one read of up to 125 words, or of one group of 16 bits (count is then 1).
     void queueRead(KEY_ADDRESS key);
 
-    /// Queues the write of one element: two bytes for a word, low byte first, one for a bit.
+    /// Queues the write of one element.
+    /// @param element  two bytes for a word, low byte first; one byte for a bit
     void queueWrite(int station, const QString& area, int number, QByteArray element);
 
-    /// From the driver's cache: two bytes a word, low byte first, or one byte a bit.
+    /// A value from the driver's cache: two bytes a word, low byte first, or one byte a bit.
     QByteArray value(int station, const QString& area, int number, int units) const;
 
-    /// The changes noted since the last call. Their values are in the cache by now.
+    /// The changes since the last call. The cache already holds the new values.
     std::vector<NotedChange> takeChanges();
 
-    /// Hands in a recipe set and its values.
+    /// Hands in the records of a recipe and its values.
     /// @param bytes  at most 2 * RECIPE_WORDS
     /// @return the number of records that the driver kept
     int setRecipe(QVector<_RCP_VAR_PRO> records, const QByteArray& bytes);
 
-    /// Starts a transfer. Only after setRecipe() kept a record, and between two requests.
+    /// Starts a transfer. Call it only between two requests, after setRecipe() kept a record.
     void raise(RecipeFlag flag);
 
-    /// The transfer is still under way.
+    /// Whether the transfer is still under way.
     bool isRaised(RecipeFlag flag);
 
     /// The first bytes of the recipe's values.
     QByteArray recipeBytes(int count) const;
 
-    /// What a frame reads or writes as the user knows it, "MW100 to MW118 of station 1".
+    /// The addresses that a frame reads or writes, as "MW100 to MW118 of station 1".
     QString placesText(const VARIABLE& var) const;
 
 private:
     static void noteChange(int context, int station, QString& area, int number);
 
-    const DriverLibrary& m_driver;
-    std::vector<unsigned char>
-        m_shared; ///< the flags; guarded by m_mutex, which the driver has too
-    std::vector<unsigned char> m_recipe;
-    QMutex m_mutex;
+    const DriverLibrary& m_driver; ///< constant after construction
+
+    // The driver borrows the members below until the destructor.
+    std::vector<unsigned char> m_shared; ///< the recipe flags; guarded by m_mutex
+    std::vector<unsigned char> m_recipe; ///< used by the calling thread only
+    QMutex m_mutex;                      ///< the driver locks it too
 };
 
 #endif

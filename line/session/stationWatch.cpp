@@ -5,12 +5,13 @@
 
 namespace {
 
-// In time-outs: the first probe comes soon, as a burst of noise may be all that happened.
+// Pauses in time-outs. The first pause is short, because a burst of noise may have been the only
+// reason.
 enum { OVERDUE_PAUSE = 1, FIRST_PAUSE = 4, SECOND_PAUSE = 20, LONGEST_PAUSE = 120 };
 
 enum {
     NOISY_GIVE_UPS = 3,
-    FIRST_PROBES_SHARE = 8 ///< of the time-out is waited for a station that was never heard
+    FIRST_PROBES_SHARE = 8 ///< a station's first probe waits for 1/8 of the time-out
 };
 
 } // namespace
@@ -45,7 +46,7 @@ qint64 StationWatch::dueAt(const State& state) const
     return state.answering == UNKNOWN ? state.probeAt : std::max(state.probeAt, m_othersUntil);
 }
 
-/// The short probes go first, then the one that has been due longest.
+/// Short probes go first. Among equals, the probe that has been due longest goes first.
 bool StationWatch::goesAhead(const State& a, const State& b)
 {
     return std::make_tuple(a.answering != UNKNOWN, a.probeAt) <

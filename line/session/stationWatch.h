@@ -7,7 +7,7 @@
 #include <optional>
 #include <vector>
 
-/// Which stations answer, and when to ask the others. Times are microseconds.
+/// Knows which stations answer, and when to probe the other stations. Times are microseconds.
 ///
 ///             asked once, shortly         asked again
 ///   expect() ---> UNKNOWN ----> OVERDUE ----------------> SILENT <--+
@@ -16,49 +16,52 @@
 ///                         an answer         |                       |
 ///                                           +--- given up ----------+
 ///
-/// Each time-out of a silent station is taken from the others. So one that was never heard is asked
-/// shortly at first, as its late answer harms nothing; and one that is silent at intervals that are
-/// multiples of the time-out, which keeps the loss a small share of the time whatever it is. Behind
-/// each that fails the others have a time-out for themselves, however many are due.
+/// During the time-out of a silent station no other station can be polled. Three rules bound this
+/// loss:
+/// - The first probe of a station that was never heard has a short wait. A late answer to it does
+///   no harm.
+/// - A silent station is probed at multiples of the time-out, so the loss is a small share of the
+///   time for every time-out.
+/// - After each failed probe, no probe with the whole time-out is sent for one time-out.
 class StationWatch
 {
 public:
     struct Probe
     {
         int station;
-        qint64 wait; ///< for an answer; 0: as long as for any
+        qint64 wait; ///< longest wait for the answer; 0: the wait of every request
     };
 
-    /// @param timeOut  what asking a silent station costs
+    /// @param timeOut  wait for an answer, which a probe of a silent station costs
     explicit StationWatch(qint64 timeOut);
 
-    /// The station is to be polled, and is due to be asked whether it is there.
+    /// The station is to be polled. Its first probe is due now.
     void expect(int station, qint64 now);
 
-    /// It answered, be it with an exception.
-    /// @return true when it had not answered before, or no more
+    /// The station answered. An exception reply counts as an answer.
+    /// @return true when the station was not known to answer
     bool answered(int station);
 
-    /// A request or probe was given up.
-    /// @param heard  something came, though no answer: one such give-up may be noise
-    /// @return true when the station counts as silent from now on
+    /// A request or probe of the station was given up.
+    /// @param heard  bytes came but no usable answer; a single such failure may be noise
+    /// @return true when the station became silent
     bool gaveUp(int station, bool heard, qint64 now);
 
     bool isSilent(int station) const;
 
-    /// It answers, as far as is known: a request to it is worth sending.
+    /// The station answers, or nothing is known of it: it takes part in polling.
     bool isPolled(int station) const;
 
-    /// No station answers of all that were ever expected or asked.
+    /// At least one station was expected or asked, and all these stations are silent.
     bool areAllSilent() const;
 
-    /// The station that is due to be asked; it is not due again before gaveUp() of it.
+    /// The probe that is due. The station is not due again before its gaveUp().
     std::optional<Probe> takeDueProbe(qint64 now);
 
-    /// When the next probe is due, if one is.
+    /// The time of the next probe; empty: no probe is planned.
     std::optional<qint64> nextProbe() const;
 
-    /// The link has come back: nothing is known of any station, and all are due.
+    /// The link was opened again: all stations are UNKNOWN, and their first probes are due.
     void startAnew(qint64 now);
 
 private:
@@ -67,8 +70,8 @@ private:
     struct State
     {
         Answering answering = ANSWERS;
-        int giveUps = 0; ///< in a row
-        bool probing = false;
+        int giveUps = 0;      ///< since the last answer
+        bool probing = false; ///< the probe was taken and has not ended
         qint64 pause = 0;
         qint64 probeAt = 0;
     };
@@ -78,7 +81,7 @@ private:
     static bool goesAhead(const State& a, const State& b);
 
     const qint64 m_timeOut;
-    qint64 m_othersUntil = 0; ///< no probe with the whole time-out before
+    qint64 m_othersUntil = 0; ///< no probe with the whole time-out starts before this time
     std::map<int, State> m_stations;
 };
 

@@ -12,7 +12,7 @@ void WireUse::add(qint64 from, qint64 until)
     m_lastUntil = until;
 }
 
-/// A frame just handed to the port counts only as far as it is on the wire by now.
+/// Of a frame that is still being sent, only the part before `now` counts.
 double WireUse::share(qint64 now) const
 {
     if (now <= m_since) return 0;

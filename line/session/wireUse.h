@@ -3,18 +3,18 @@
 
 #include <QtGlobal>
 
-/// The share of the time in which the wire was in use. Times are microseconds of one clock.
+/// Measures the share of time in which the wire is in use. Times are microseconds of one clock.
 class WireUse
 {
 public:
-    /// @param since  from when on the share is taken
+    /// @param since  start of the measured time
     explicit WireUse(qint64 since);
 
-    /// The wire is taken from one time to another, which may lie ahead. What an earlier call
-    /// covered, and whatever lies before its end, does not count again.
+    /// The wire is in use. `until` may lie in the future. Time before the end of an earlier call
+    /// does not count again.
     void add(qint64 from, qint64 until);
 
-    /// 0 to 1.
+    /// The share from the start to `now`, 0 to 1.
     double share(qint64 now) const;
 
 private:

@@ -16,15 +16,16 @@ struct ElementWrite
     QString area;
     int number = 0;
     QByteArray bytes;
-    QString label; ///< what the user calls it
+    QString label; ///< the user's name of the element
 };
 
-/// The writes on their way to the PLC.
+/// The user's writes that wait or are with the driver.
 ///
-/// The driver's queue holds 513 elements and replaces the last one beyond that, so only some are
-/// handed to it at a time. Of two writes of one element the driver would take the first one's
-/// acknowledgement for both, so the second waits here until the first has ended; of several that
-/// wait, the newest takes the place of the older ones, which end as failed.
+/// - At most MOST_OUTSTANDING elements are with the driver: its queue holds 513 elements and
+///   replaces the last element when it is full.
+/// - A second write of the same element waits until the first has ended: the driver would take the
+///   first acknowledgement for both writes.
+/// - A newer write of a waiting element replaces the older write, which ends as failed.
 class WriteJobs
 {
 public:
@@ -32,16 +33,16 @@ public:
 
     void add(int job, const std::vector<ElementWrite>& elements);
 
-    /// The next element that the driver may be handed; it counts as outstanding from then on.
+    /// The next element for the driver. It is outstanding until ended().
     std::optional<ElementWrite> takeNext();
 
-    /// The driver is done with an outstanding element.
+    /// The driver has ended the write of an element.
     /// @param trouble  empty when the PLC acknowledged it
-    /// @return false when no such element was outstanding
+    /// @return false when the element was not outstanding
     bool ended(int station, const QString& area, int number, JobEnd::Outcome outcome,
                const QString& trouble);
 
-    /// Gives up the elements of a station that have not been handed to the driver.
+    /// Ends the waiting elements of a station as timed out. Elements with the driver are kept.
     void failWaiting(int station, const QString& trouble);
 
     std::vector<JobEnd> takeEnded();
@@ -76,7 +77,7 @@ private:
 
     std::map<int, Job> m_jobs;
     std::map<Element, Waiting> m_waiting;
-    std::deque<Element> m_order; ///< of those that wait; may name some that no longer do
+    std::deque<Element> m_order; ///< of m_waiting; may name elements that no longer wait
     std::map<Element, Outstanding> m_outstanding;
     std::vector<JobEnd> m_ended;
 };
