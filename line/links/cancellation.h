@@ -9,7 +9,8 @@
 #include <cerrno>
 #include <system_error>
 
-/// A request to stop whatever waits for it, now and from now on. Asked from any thread.
+/// A request to stop waiting. It stays in force: it also ends every later wait. Every thread may
+/// call ask() and isAsked().
 class Cancellation
 {
 public:
@@ -30,15 +31,15 @@ public:
         return m_isAsked;
     }
 
-    /// Readable for ever once it is asked for.
+    /// A descriptor to wait on. It becomes readable with ask() and stays readable.
     int descriptor() const
     {
         return m_event.number();
     }
 
 private:
-    std::atomic<bool> m_isAsked{false};
-    Descriptor m_event;
+    std::atomic<bool> m_isAsked{false}; ///< set by any thread, never cleared
+    Descriptor m_event;                 ///< constant after construction
 };
 
 #endif

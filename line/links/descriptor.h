@@ -5,7 +5,7 @@
 
 #include <utility>
 
-/// A descriptor of the system's, closed with its owner; -1: none.
+/// Owns a file descriptor of the operating system and closes it. -1: none.
 class Descriptor
 {
 public:

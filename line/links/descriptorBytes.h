@@ -5,18 +5,18 @@
 
 #include <sys/types.h>
 
-// Bytes straight from and to a descriptor that does not block, past every buffer of a library's.
-// What is read is then all there is, and a wait on the descriptor misses nothing.
+// Reads and writes bytes at a non-blocking descriptor, without a library's buffer in between. No
+// received byte is left in a buffer, where a wait on the descriptor would miss it.
 
-/// What takes some of the bytes, as write(2) does.
+/// A function that writes some of the bytes, with the result of write(2).
 using WriteSome = ssize_t (*)(int descriptor, const void* bytes, size_t count);
 
-/// Hands all bytes to the system.
-/// @return 0, or the errno; ETIMEDOUT when none were taken for seconds
+/// Hands all bytes to the system. It waits while the system has no room.
+/// @return 0, or the errno; ETIMEDOUT when the system took no byte for several seconds
 int writeAll(int descriptor, const QByteArray& bytes, WriteSome writeSome);
 
-/// What has come, without waiting; perhaps nothing.
-/// @return 0, or the errno; ENODATA when nothing can come any more
+/// Reads all bytes that have come, without waiting. `bytes` may stay empty.
+/// @return 0, or the errno; ENODATA when no more bytes can come
 int readAvailable(int descriptor, QByteArray& bytes);
 
 #endif

@@ -1,8 +1,8 @@
 #ifndef DRIVER_PARAMETER_H
 #define DRIVER_PARAMETER_H
 
-/// Where the parts of the driver's parameter string stand, the comma-separated text of
-/// intf_getDriverParameter. The line's four follow each other.
+/// Positions of the parts, from 0, in the comma-separated text of intf_getDriverParameter. The four
+/// parts of the serial line are adjacent.
 enum ParameterPart {
     BAUD_PART = 1,
     DATA_BITS_PART = 2,

@@ -6,14 +6,14 @@
 #include <memory>
 #include <stdexcept>
 
-/// The link cannot be opened, or is gone. what() is one sentence.
+/// The link cannot be opened, or is lost. what() is one sentence.
 struct LinkError : std::runtime_error
 {
     using std::runtime_error::runtime_error;
 };
 
-/// A way for bytes to a PLC and back, used by one thread. Opened by its constructor, closed by its
-/// destructor; every function throws LinkError when the link is gone.
+/// Carries bytes to a PLC and back. The constructor opens the link, the destructor closes it. Every
+/// function throws LinkError when the link is lost. One thread uses the object.
 class Link
 {
 public:
@@ -22,11 +22,12 @@ public:
     /// Hands all bytes to the system.
     virtual void write(const QByteArray& bytes) = 0;
 
-    /// What has come, without waiting. Call it when descriptor() is readable: that is also how a
-    /// lost link shows.
+    /// The bytes that have come, without waiting. Call it whenever descriptor() is readable: the
+    /// descriptor of a lost link is readable too, and read() then throws LinkError.
     virtual QByteArray read() = 0;
 
-    /// To wait on, together with other things and more finely than in milliseconds.
+    /// A descriptor for WakeableWait: it waits for bytes and for a wake-up together, and in
+    /// microseconds.
     virtual int descriptor() const = 0;
 };
 

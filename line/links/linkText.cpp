@@ -51,7 +51,7 @@ void take(LineSettings::Parity& parity, const QString& text)
     fail(QString::fromLatin1("the parity \"%1\" is not NONE, EVEN or ODD").arg(text));
 }
 
-/// A single colon is no IPv6 address but a port in the customary place.
+/// A host with a single colon is refused: it is no IPv6 address, but a host with ":PORT" behind it.
 QString withoutBrackets(const QString& host)
 {
     if (host.count(QLatin1Char(':')) == 1 || host.contains(QLatin1String("]:"))) {

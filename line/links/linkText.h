@@ -7,13 +7,13 @@
 
 #include <stdexcept>
 
-/// A text names no link. what() is one sentence in UTF-8 that says why.
+/// A text is no link address. what() is one sentence in UTF-8 with the reason.
 struct LinkTextError : std::runtime_error
 {
     using std::runtime_error::runtime_error;
 };
 
-/// What a link is made of where its text leaves something out.
+/// The values for parts that the text of a link address leaves out.
 struct LinkDefaults
 {
     LineSettings line;
@@ -21,7 +21,7 @@ struct LinkDefaults
     int port = 0;
 };
 
-/// Where the PLC is reached.
+/// The address of a PLC: a serial port, a network address or the simulated PLC.
 struct LinkAddress
 {
     enum Kind { SIMULATED, SERIAL, NETWORK };
@@ -33,16 +33,16 @@ struct LinkAddress
     int port = 0;      ///< of a network link
 };
 
-/// From the driver's parameter string (intf_getDriverParameter).
+/// The defaults from the driver's parameter string (intf_getDriverParameter).
 LinkDefaults linkDefaults(const QString& parameter);
 
-/// From "sim", "serial:DEVICE,BAUD,DATA BITS,PARITY,STOP BITS" or "tcp:HOST,PORT". Parts that are
-/// left out or empty take the defaults; only a serial link's device has none. An IPv6 address may
-/// stand in square brackets.
+/// Reads "sim", "serial:DEVICE,BAUD,DATA BITS,PARITY,STOP BITS" or "tcp:HOST,PORT". A part that is
+/// left out or empty takes its default. The device of a serial link has no default. Square brackets
+/// around an IPv6 address are permitted.
 /// @throws LinkTextError
 LinkAddress linkAddress(const QString& text, const LinkDefaults& defaults);
 
-/// The line's timing; a network has none of its own.
+/// The timing of the line. On a network bytes and silent intervals take no time.
 LineTiming timingOf(const LinkAddress& address);
 
 #endif

@@ -5,10 +5,11 @@
 #include "links/link.h"
 #include "links/linkText.h"
 
-/// Opens the serial port or the connection that the address names. Throws LinkError, and for a
-/// simulated PLC std::invalid_argument: its program has to be started first, see SimulatedPlc.
-/// @param cancellation  ends the lookup of a name and the connecting at once; has to outlive the
-///                      opening
+/// Opens the serial port or the network connection of the address.
+/// @param cancellation  ends the name lookup and the connecting at once; must outlive the call
+/// @throws LinkError when the link cannot be opened
+/// @throws std::invalid_argument for a simulated PLC: its program must be started first, see
+///         SimulatedPlc
 std::unique_ptr<Link> openLink(const LinkAddress& address, Cancellation& cancellation);
 
 #endif

@@ -27,8 +27,9 @@ QSerialPort::Parity parityOf(const LineSettings& settings)
     }
 }
 
-/// Of a port that has several names, such as a link by its adapter's serial number, the one that
-/// all programs lock. Qt looks below /dev for what does not begin with a slash or a dot.
+/// The canonical name of the port, so that all programs lock the same name. A port has further
+/// names, such as a symbolic link with the adapter's serial number. A name that does not exist is
+/// kept: Qt looks for it below /dev unless it begins with a slash or a dot.
 QString pathOf(const QString& device)
 {
     const QString canonical = QFileInfo(device).canonicalFilePath();
@@ -46,11 +47,11 @@ SerialLink::SerialLink(const QString& device, const LineSettings& settings)
     m_port.setStopBits(settings.stopBits == 2 ? QSerialPort::TwoStop : QSerialPort::OneStop);
     if (!m_port.open(QIODevice::ReadWrite)) throw openingError();
     lock();
-    m_port.clear(); // what came for an earlier host
+    m_port.clear(); // drops bytes that came for an earlier host
 }
 
-/// The lock that terminal programs respect. Qt's own exclusive mode does not stop the system's
-/// administrator, and its lock file only programs that look for it.
+/// Takes the lock that terminal programs respect. Qt's exclusive mode does not stop a program of
+/// the administrator. Qt's lock file stops only programs that look for it.
 void SerialLink::lock()
 {
     if (flock(descriptor(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) throw inUse();
@@ -66,7 +67,8 @@ LinkError SerialLink::error(const QString& reason) const
     return LinkError((m_device + QLatin1String(": ") + reason).toStdString());
 }
 
-/// What can be opened but has no line settings is refused by the system in words of its own.
+/// The reason why the port was not opened. A file that can be opened but has no line settings is no
+/// serial port; the system's message does not say so.
 LinkError SerialLink::openingError() const
 {
     const QByteArray name = QFile::encodeName(m_device);
@@ -79,7 +81,8 @@ LinkError SerialLink::openingError() const
     return error(m_port.errorString());
 }
 
-/// An unplugged adapter stays readable for ever and has nothing to read.
+/// The first four errors mean an unplugged adapter. Its descriptor stays readable, but reads find
+/// only the end of the bytes (ENODATA).
 LinkError SerialLink::systemError(int number) const
 {
     switch (number) {

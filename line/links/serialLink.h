@@ -6,9 +6,9 @@
 
 #include <QSerialPort>
 
-/// A serial port, or a pseudo-terminal that stands for one. Opened and set up by Qt; the bytes go
-/// past its buffers, which take 40 microseconds of an exchange and keep a lost device to
-/// themselves. One program has the port at a time, by whatever name it opens it.
+/// A serial port, or a pseudo-terminal in its place. Qt opens the port and sets the line. The bytes
+/// bypass Qt's buffers: these cost 40 microseconds an exchange and hide the loss of the device.
+/// Only one program at a time can open the port, under any of its names.
 class SerialLink : public Link
 {
 public:

@@ -36,7 +36,7 @@ SimulatedPlc::~SimulatedPlc()
     m_process.waitForFinished();
 }
 
-/// Not by QProcess, which belongs to the thread that made it.
+/// Does not ask QProcess, because QProcess may be used only by the thread that constructed it.
 bool SimulatedPlc::isRunning() const
 {
     siginfo_t ended = {};

@@ -7,28 +7,32 @@
 #include <QProcess>
 #include <QString>
 
-/// What a lost link to it means.
+/// The message of a lost link to the simulated PLC.
 extern const char* const SIMULATED_PLC_HAS_ENDED;
 
-/// The simulated PLC as a process beside the host. The constructor throws LinkError when it does
-/// not start; the destructor ends it, and so does the end of this process, however it comes.
+/// Runs the simulated PLC as a child process. The constructor throws LinkError when the program
+/// does not start. The destructor ends the process. The process also ends with this process, even
+/// after a crash, because its standard input then ends.
+///
+/// One thread constructs and destroys the object. One thread, the same or another, calls open().
 class SimulatedPlc
 {
 public:
     SimulatedPlc(const QString& program, const QStringList& arguments);
     ~SimulatedPlc();
 
-    /// Its pseudo-terminal, once: when it is gone, the terminal's number may be any program's.
-    /// From one thread, which may be another than that of the constructor. Throws LinkError.
+    /// Opens the pseudo-terminal of the process. Only the first call succeeds: after a loss another
+    /// program may have the terminal's number.
+    /// @throws LinkError
     std::unique_ptr<Link> open(const LineSettings& line);
 
 private:
     bool isRunning() const;
 
-    QProcess m_process;
-    QString m_port;
-    qint64 m_processId = 0;
-    bool m_wasOpened = false;
+    QProcess m_process;       ///< used by the constructing thread only
+    QString m_port;           ///< constant after construction
+    qint64 m_processId = 0;   ///< constant after construction
+    bool m_wasOpened = false; ///< used by the thread of open() only
 };
 
 #endif

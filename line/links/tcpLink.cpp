@@ -49,7 +49,7 @@ bool isOver(QAbstractSocket::SocketState connecting)
            connecting == QAbstractSocket::UnconnectedState;
 }
 
-std::atomic<bool> lookupLeftBehind{false};
+std::atomic<bool> lookupLeftBehind{false}; ///< set by any thread, never cleared
 
 } // namespace
 
@@ -71,7 +71,8 @@ bool TcpLink::hasLeftLookupBehind()
     return lookupLeftBehind;
 }
 
-/// Events are handled only in here; afterwards Qt's notifiers are silent and read nothing ahead.
+/// Only this function runs an event loop. Later Qt's notifiers stay inactive, so Qt takes no
+/// received bytes into its buffer.
 void TcpLink::connectTo(const QString& host, int port, const Cancellation& cancellation)
 {
     QEventLoop loop;
@@ -84,17 +85,17 @@ void TcpLink::connectTo(const QString& host, int port, const Cancellation& cance
     limit.setTimerType(Qt::PreciseTimer);
     QObject::connect(&limit, &QTimer::timeout, &loop, &QEventLoop::quit);
     limit.start(CONNECT_TIMEOUT_MS);
-    // Qt 5.15 and 6 have no other spelling of this signal in common.
+    // SIGNAL() and SLOT(), because no other way to name this signal compiles with Qt 5.15 and Qt 6.
     const QSocketNotifier asked(cancellation.descriptor(), QSocketNotifier::Read);
     QObject::connect(&asked, SIGNAL(activated(int)), &loop, SLOT(quit()));
 
-    m_socket.setProxy(QNetworkProxy::NoProxy); // those of the desktop are for the web
+    m_socket.setProxy(QNetworkProxy::NoProxy); // the desktop's proxies are for the web
     m_socket.connectToHost(host, static_cast<quint16>(port));
     if (!isOver(m_socket.state())) loop.exec();
     if (m_socket.state() == QAbstractSocket::HostLookupState) lookupLeftBehind = true;
 }
 
-/// Why it is not connected.
+/// The reason why the socket is not connected.
 QString TcpLink::reasonFor(const Cancellation& cancellation) const
 {
     if (isOver(m_socket.state())) return m_socket.errorString();
@@ -115,7 +116,7 @@ LinkError TcpLink::systemError(int number) const
     return error(QString::fromStdString(std::generic_category().message(number)));
 }
 
-/// A peer that has hung up is no reason for a signal.
+/// MSG_NOSIGNAL: writing to a peer that hung up must not raise SIGPIPE.
 void TcpLink::write(const QByteArray& bytes)
 {
     const WriteSome sendSome = [](int socket, const void* some, size_t count) {

@@ -6,20 +6,22 @@
 
 #include <QTcpSocket>
 
-/// RTU frames over a socket, as a serial device server passes them on. Connected by Qt, which needs
-/// a QCoreApplication for it; the bytes go past its buffers, where a wait on the descriptor would
-/// miss them. A peer that is gone without a word is noticed within seconds: by its
-/// missing acknowledgements while there is traffic, by keep-alives otherwise.
+/// Carries RTU frames over a TCP socket, as a serial device server does. Qt makes the connection
+/// and needs a QCoreApplication for it. The bytes bypass Qt's buffers, because a wait on the
+/// descriptor would miss bytes in a buffer.
+///
+/// A peer that vanished without closing the connection is noticed within seconds: during traffic by
+/// missing acknowledgements, otherwise by keep-alives.
 class TcpLink final : public Link
 {
 public:
     TcpLink(const QString& host, int port);
 
-    /// @param cancellation  ends the lookup of the name and the connecting at once
+    /// @param cancellation  ends the name lookup and the connecting at once
     TcpLink(const QString& host, int port, Cancellation& cancellation);
 
-    /// A lookup of this program's was given up. It goes on by itself, and Qt waits for its end when
-    /// the program exits. From any thread.
+    /// Whether this process has given up a name lookup. The lookup continues in a thread of Qt, and
+    /// Qt waits for its end when the program exits. Every thread may call it.
     static bool hasLeftLookupBehind();
 
     void write(const QByteArray& bytes) override;

@@ -14,7 +14,8 @@
 
 namespace {
 
-// Waking up takes the system tens of microseconds, so the last ones are spent awake.
+// Microseconds of busy waiting at the end of a wait: the system takes tens of microseconds to wake
+// a thread.
 const qint64 AWAKE = 80;
 
 using Clock = std::chrono::steady_clock;
@@ -60,7 +61,7 @@ bool WakeableWait::wait(int descriptor, qint64 microseconds)
     const auto end = Clock::now() + std::chrono::microseconds(microseconds);
     Outcome outcome = NOTHING;
     do {
-        // Not only once: a signal ends a sleep early.
+        // A loop, because a signal ends ppoll() early.
         const qint64 left =
             std::chrono::duration_cast<std::chrono::microseconds>(end - Clock::now()).count();
         const timespec asleep = timeOf(std::max<qint64>(left - AWAKE, 0));

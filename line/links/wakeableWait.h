@@ -5,8 +5,11 @@
 
 #include <ctime>
 
-/// Waits for bytes, for a time and for a wake-up from another thread at once, to the microsecond
-/// where the system allows it: silent intervals are shorter than the milliseconds that Qt waits in.
+/// Waits for bytes, for a time and for a wake-up from another thread, all at once. Times are exact
+/// to microseconds where the system allows it. Qt waits in whole milliseconds, which is too coarse
+/// for silent intervals.
+///
+/// One thread calls wait(); every thread may call wake().
 class WakeableWait
 {
 public:
@@ -16,15 +19,15 @@ public:
     WakeableWait(const WakeableWait&) = delete;
     WakeableWait& operator=(const WakeableWait&) = delete;
 
-    /// Ends the wait at once, or the next one. From any thread.
+    /// Ends the current wait at once. Without a current wait, the next wait ends at once.
     void wake();
 
-    /// @param descriptor   what bytes come from, -1: nothing
-    /// @param microseconds  longest wait, 0 or more; below 0: without end
-    /// @return true when the descriptor is readable, or broken
+    /// @param descriptor    the descriptor to watch; -1: none
+    /// @param microseconds  longest wait; negative: no limit
+    /// @return true when the descriptor is readable or broken
     bool wait(int descriptor, qint64 microseconds);
 
-    /// Makes the calling thread's waits end on time; the system rounds them up otherwise.
+    /// Makes the waits of the calling thread end on time. Otherwise the system rounds them up.
     static void makePunctual();
 
 private:
@@ -32,7 +35,7 @@ private:
 
     Outcome poll(int descriptor, const timespec* longest);
 
-    int m_wakeUp;
+    int m_wakeUp; ///< event descriptor, constant after construction
 };
 
 #endif
