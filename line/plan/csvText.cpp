@@ -54,7 +54,7 @@ std::vector<CsvRecord> CsvReader::read()
         const int line = m_line;
         records.push_back(readRecord());
         if (records.back().problem.isEmpty()) continue;
-        // A quote left open swallows the lines behind it, and they may have faults of their own.
+        // An unclosed quote takes in the following lines. Read them again to find their errors too.
         m_at = start;
         m_line = line;
         skipLine();
@@ -123,7 +123,7 @@ CsvCell CsvReader::cellSince(int blanks, int start) const
     while (end > start && isBlank(at(end - 1)))
         --end;
     CsvCell cell;
-    cell.start = end > start ? start : blanks; // the blanks may be the line's end on Windows
+    cell.start = end > start ? start : blanks; // the blanks may include the CR of a CR LF
     cell.size = end - start;
     return cell;
 }

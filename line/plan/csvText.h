@@ -7,8 +7,8 @@
 
 #include <vector>
 
-/// Where a field stands in the text, with its quotes but without the blanks around it; of a field
-/// of blanks alone, the place ahead of them.
+/// The place of a field in the text. It includes the field's quotes, but not the blanks around it.
+/// A field of blanks only has its place ahead of the blanks.
 struct CsvCell
 {
     int start = 0; ///< offset in bytes
@@ -18,15 +18,15 @@ struct CsvCell
 /// One record of CSV text.
 struct CsvRecord
 {
-    int line = 0; ///< on which it begins, from 1
+    int line = 0; ///< number of its first line, from 1
     QStringList fields;
-    std::vector<CsvCell> cells; ///< of the fields
-    QString problem;            ///< why it is no record, in words; empty: it is one
+    std::vector<CsvCell> cells; ///< places of the fields
+    QString problem;            ///< why the record is malformed, in words; empty: well-formed
 };
 
-/// The records of CSV text (RFC 4180; UTF-8, CR LF or LF). Blanks around a field are dropped, those
-/// within double quotes are kept. Empty lines and lines that begin with # are no records. After a
-/// record with a problem the text is taken up again at the next line.
+/// The records of CSV text (RFC 4180; UTF-8, CR LF or LF). Blanks around a field are dropped;
+/// blanks within double quotes are kept. Empty lines and lines that begin with # are skipped. After
+/// a malformed record, reading continues at the line behind the record's first line.
 std::vector<CsvRecord> csvRecords(const QByteArray& text);
 
 #endif

@@ -10,7 +10,7 @@ enum { GROUP_BITS = 16, MOST_MORE = 2, LAST_MARKER_WORD = 7095, LAST_OTHER_WORD 
 
 using Order = std::vector<ReadBlock*>;
 
-/// Place in the driver's list of areas, by which it sorts what it polls.
+/// Position in the driver's list of areas. The driver sorts the polled blocks by it.
 int areaRank(const QString& area)
 {
     static const char* const AREAS[] = {"MW", "IW", "QW", "MX", "IX", "QX"};
@@ -25,7 +25,7 @@ bool isInput(const ReadBlock& block)
     return block.area.startsWith(QLatin1Char('I'));
 }
 
-/// Their replies look alike: one function, one length.
+/// The replies of both blocks have the same function and the same length.
 bool areAlike(const ReadBlock& a, const ReadBlock& b)
 {
     return isInput(a) == isInput(b) && registersOf(a) == registersOf(b);
@@ -36,8 +36,8 @@ int lastWordOf(const QString& area)
     return area == QLatin1String("MW") ? int(LAST_MARKER_WORD) : int(LAST_OTHER_WORD);
 }
 
-/// Lengthens a block until it differs from both of its neighbours.
-/// @return false when none of the lengths does, or it cannot be longer
+/// Lengthens a block until it differs from both neighbours.
+/// @return false when no possible length differs from both
 bool tryToDiffer(const Order& order, size_t index, int mostWords)
 {
     ReadBlock& block = *order[index];

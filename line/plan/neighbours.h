@@ -3,16 +3,18 @@
 
 #include "plan/readPlan.h"
 
-/// Registers that one request reads for a block: bits come as the register that holds their group.
+/// Number of registers that the request of a block reads. Bits are read as the register of their
+/// group.
 int registersOf(const ReadBlock& block);
 
-/// Gives blocks that follow one another at one station replies of different lengths, by a word or
-/// two more, so that an answer that comes twice is seen by the very next exchange. The order is the
-/// driver's: by station, area and number, round and round.
+/// Lengthens blocks by one or two words, so that consecutive blocks of a station have replies of
+/// different lengths. The next exchange can then recognise an answer that comes twice. The order of
+/// blocks is the driver's polling order: by station, area and number, and then from the start
+/// again.
 /// @param mostWords  longest block of words, 2 to 125
-/// @return how many blocks still have the length of the block before them: bits, whose groups have
-///         one length, and words where a block or its area ends. A station's only block does not
-///         count.
+/// @return number of blocks that still have the length of the block before them: groups of bits,
+///         which cannot be longer, and blocks of words that reach a limit of the block or area.
+///         A station's only block does not count.
 int differNeighbours(std::vector<ReadBlock>& blocks, int mostWords);
 
 #endif

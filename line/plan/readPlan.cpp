@@ -10,20 +10,20 @@ namespace {
 
 enum { GROUP_BITS = 16, LAST_NUMBER = 65535 };
 
-/// Words that are read together or not at all.
+/// Words that must be in the same block.
 struct Span
 {
     int start;
-    int end; ///< one behind the last word
+    int end; ///< number behind the last word
     std::vector<int> tags;
 };
 
-/// The best plan for the spans from the first up to one of them.
+/// The best plan for the first spans, up to some span.
 struct Plan
 {
     qint64 cost = 0;
     int blocks = 0;
-    size_t lastBlock = 0; ///< first span of its last block
+    size_t lastBlock = 0; ///< first span of the last block
 
     bool operator<(const Plan& other) const
     {
@@ -46,7 +46,7 @@ const Tag& tagAt(const std::vector<Tag>& tags, int index)
     return tags[static_cast<size_t>(index)];
 }
 
-/// The tags' spans without those that lie within another one, so that both starts and ends ascend.
+/// The spans of the tags. Spans within another span are left out, so starts and ends both ascend.
 std::vector<Span> spansOf(const std::vector<Tag>& tags, std::vector<int> indices)
 {
     std::sort(indices.begin(), indices.end(), [&tags](int a, int b) {
@@ -75,11 +75,12 @@ ReadBlock blockOf(const AreaOfStation& area, int number, int count)
     return block;
 }
 
-// Runs of neighbouring spans are all the blocks worth trying. Of two blocks, let A start first. If
-// B ends no later, A brings B's spans too. Otherwise every span of A that stands behind B's first
-// lies within B, because it starts later than B and ends before it: moving it to B costs nothing.
+// It is enough to try blocks that are runs of neighbouring spans. Proof: let block A start before
+// block B. If B ends no later than A, A contains the spans of B. Otherwise each span of A behind
+// the first span of B lies within B, because it starts after B's start and ends before B's end.
+// Moving the span to B costs nothing.
 
-/// element i: the best plan for the first i spans
+/// @return element i is the best plan for the first i spans
 std::vector<Plan> bestPlans(const std::vector<Span>& spans, const WireCost& cost, int mostWords)
 {
     std::vector<Plan> plans(spans.size() + 1);
@@ -114,7 +115,7 @@ void appendWordBlocks(const AreaOfStation& area, const std::vector<Span>& spans,
     std::reverse(blocks.begin() + firstOfArea, blocks.end());
 }
 
-/// The group of 16 bits that a bit belongs to; the last one of the markers is cut short.
+/// The group of 16 bits that contains the bit. The last group of the markers is shorter.
 ReadBlock groupOf(const AreaOfStation& area, int number)
 {
     const int base = area.second == QLatin1String("MX") ? int(FIRST_MARKER_NUMBER) : 0;
@@ -128,7 +129,7 @@ ReadBlock blockOfTag(const Tag& tag)
     return tag.isBit() ? groupOf(area, tag.number) : blockOf(area, tag.number, tag.units());
 }
 
-/// One block for each place at which a tag's own block starts.
+/// One block for each unit at which the block of a single tag starts.
 void appendOwnBlocks(const std::vector<Tag>& tags, const std::vector<int>& indices,
                      std::vector<ReadBlock>& blocks)
 {

@@ -33,7 +33,7 @@ void writeRecipeFile(const QString& fileName, const Recipe& recipe)
         values << tagValueText(recipe.tags[i], recipe.values[i]);
     const QByteArray bytes = withValues(recipe.text, values);
     QSaveFile file(fileName);
-    // commit() takes no notice of a failure to write what is still buffered, as on a full disk.
+    // flush() first: commit() ignores a failure to write buffered bytes, as on a full disk.
     if (file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.flush() &&
         file.commit())
         return;

@@ -6,26 +6,25 @@
 
 #include <vector>
 
-/// A recipe: tags of areas that can be written, each with its value.
+/// A recipe: tags in writable areas, and their values.
 struct Recipe
 {
     std::vector<Tag> tags;
-    std::vector<QByteArray> values; ///< by tag, as intf_setData takes them; empty: none given
-    QByteArray text;                ///< of the file that it was read from
+    std::vector<QByteArray> values; ///< by tag, in the format of intf_setData; empty: no value
+    QByteArray text;                ///< of the recipe's file
 };
 
-/// Reads a recipe: a tag file with one more column, value, which may be empty when the recipe is
-/// only to be uploaded.
+/// Reads a recipe: a tag file with the further column `value`. An upload needs no values.
 ///
 ///   name,station,area,address,type,value
 ///   level,1,MW,100,float32:high,12.5
 ///
-/// @param valuesNeeded  a line without a value is bad
-/// @throws TagFileError naming all bad lines at once, also when the file cannot be read
+/// @param valuesNeeded  whether a line without a value is an error
+/// @throws TagFileError with all bad lines, or when the file cannot be read
 Recipe readRecipeFile(const QString& fileName, const DriverLibrary& driver, bool valuesNeeded);
 
-/// Writes a recipe that readRecipeFile() has read: its text with the values that it has now, and
-/// all else as it was. The file is replaced as a whole or not at all.
+/// Writes a recipe of readRecipeFile(): its text with the current values; all other text is kept.
+/// The file is replaced as a whole or not at all.
 /// @throws TagFileError when it cannot be written
 void writeRecipeFile(const QString& fileName, const Recipe& recipe);
 

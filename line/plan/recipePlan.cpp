@@ -49,8 +49,9 @@ void RecipePlan::checkShared() const
     if (!problems.isEmpty()) throw RecipeError(problems.join(QLatin1Char('\n')).toStdString());
 }
 
-/// The unit lies right behind the one before it, and the last record has room for it and the rest
-/// of its tag: half a value in a frame of its own could be written or read without the other half.
+/// Whether a unit continues the last record: it follows the unit before it, and the record has room
+/// for the rest of its tag. A tag is never split, because one half could be transferred without the
+/// other.
 bool RecipePlan::continues(size_t unit) const
 {
     if (unit == 0) return false;
@@ -62,7 +63,7 @@ bool RecipePlan::continues(size_t unit) const
            before.number + 1 == at.number && m_records.back().count + rest <= most;
 }
 
-/// Words take two bytes each in the buffer, bits one each.
+/// A word takes two bytes in the buffer, a bit one byte.
 void RecipePlan::layOut()
 {
     for (size_t i = 0; i < m_units.size(); ++i) {

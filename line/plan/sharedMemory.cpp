@@ -7,13 +7,13 @@ namespace {
 
 enum { WORD_BITS = 16, BYTE_BITS = 8 };
 
-/// What a tag takes of its station's memory.
+/// The memory of a tag.
 struct Range
 {
     int station;
     QChar letter;
     int firstBit;
-    int end; ///< one behind the last bit
+    int end; ///< number behind the last bit
     size_t tag;
 };
 
@@ -27,7 +27,8 @@ Range rangeOf(const std::vector<Tag>& tags, size_t index)
     return {tag.station, letter, first, first + tag.units() * unitBits, index};
 }
 
-/// What overlaps a range stands behind it, without a gap.
+/// The ranges in the order of their starts. All later ranges that overlap a range follow it
+/// directly.
 std::vector<Range> sortedRanges(const std::vector<Tag>& tags)
 {
     std::vector<Range> ranges;

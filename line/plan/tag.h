@@ -4,16 +4,16 @@
 #include <QMetaType>
 #include <QString>
 
-/// Address number of the first marker, MW 0 as well as MX 0.0; the other areas begin at 0.
+/// Address number of the first marker, MW 0 and MX 0.0. The other areas begin at number 0.
 enum { FIRST_MARKER_NUMBER = 3000 };
 
-/// A bit area's name ends in X, a word area's in W.
+/// Whether the area holds bits. Names of bit areas end in X, names of word areas in W.
 inline bool isBitArea(const QString& area)
 {
     return area.endsWith(QLatin1Char('X'));
 }
 
-/// One variable of the PLC under the name that a screen shows.
+/// A variable of the PLC with the user's name for it.
 struct Tag
 {
     enum Type { BOOL, INT16, UINT16, INT32, UINT32, FLOAT32 };
@@ -22,7 +22,7 @@ struct Tag
     QString name;
     int station = 1; ///< 1 to 247
     QString area;    ///< MW, IW, QW, MX, IX or QX
-    QString address; ///< as the user wrote it, "100" or "12.3"
+    QString address; ///< text of the user, "100" or "12.3"
     int number = 0;  ///< address number of the first unit
     Type type = UINT16;
     WordOrder wordOrder = LOW_WORD_FIRST;
@@ -33,7 +33,7 @@ struct Tag
         return type == BOOL;
     }
 
-    /// Units that it takes: bits for BOOL, else words.
+    /// Number of its units: bits for BOOL, otherwise words.
     int units() const
     {
         return type == INT32 || type == UINT32 || type == FLOAT32 ? 2 : 1;

@@ -30,7 +30,7 @@ QString atLine(int line, const QString& problem)
     throw TagFileError(problem.toStdString());
 }
 
-/// What stands in which field of the file's records.
+/// The meaning of each field in the file's records.
 class Columns
 {
 public:

@@ -4,29 +4,30 @@
 #include "driver/driverLibrary.h"
 #include "plan/tag.h"
 
-// The texts that a tag is made of: what they mean, and in words what is wrong with them.
+// The texts of a tag's station, type, area and address: reads each text, and says in words what is
+// wrong with it. The functions with "Problem" in their name return a sentence.
 
-/// Notes the station of a text such as "2".
-/// @return false when it is none
+/// Sets the tag's station from a text such as "2".
+/// @return false when the text is no station number from 1 to 247
 bool takeStation(const QString& text, Tag& tag);
 QString stationProblem(const QString& text);
 
-/// Notes the type, and its word order, of a text such as "float32:high".
-/// @return false when it is none
+/// Sets the tag's type and word order from a text such as "float32:high".
+/// @return false when the text is no type
 bool takeType(const QString& text, Tag& tag);
 QString typeProblem(const QString& text);
 
-/// The type as a tag file has it.
+/// The text of the tag's type for a tag file, such as "float32:high".
 QString tagTypeText(const Tag& tag);
 
-/// What is wrong with the tag's area; empty for one that the driver has.
+/// The problem with the tag's area; empty when the driver knows the area.
 QString areaProblem(const Tag& tag, const DriverLibrary& driver);
 
-/// What is wrong with the address in a known area; empty when the driver takes it, and its number
-/// is noted.
+/// The problem with the address in a known area; empty when the driver accepts the address. The
+/// tag's number is then set.
 QString addressProblem(Tag& tag, const DriverLibrary& driver);
 
-/// Why a tag, whose address the driver has judged good, cannot be written; empty when it can.
+/// Why a tag with a valid address cannot be written; empty when it can.
 QString writeProblem(const Tag& tag, const DriverLibrary& driver);
 
 QString quoted(const QString& text);

@@ -43,8 +43,8 @@ QByteArray bytesOf(const Tag& tag, quint32 bits)
     return bytes;
 }
 
-// The C library's conversions follow the user's locale, and Qt's refuse the text of the largest
-// float, which lies above it before it is rounded.
+// The C library's conversions depend on the user's locale. Qt's conversions refuse the text of the
+// largest float, because the text is larger than that float before rounding.
 std::optional<float> plainFloat(const QByteArray& text)
 {
     float value = 0;
@@ -68,7 +68,7 @@ QString floatText(float value)
 {
     if (std::isnan(value)) return QLatin1String("nan");
     if (std::isinf(value)) return QLatin1String(value > 0 ? "inf" : "-inf");
-    if (value == 0) return QLatin1String("0"); // Qt's versions differ over the sign
+    if (value == 0) return QLatin1String("0"); // Qt's versions differ in the sign of zero
     int digits = FEWEST_FLOAT_DIGITS;
     QString text = QString::number(double(value), 'g', digits);
     while (floatOf(text) != value && digits < MOST_FLOAT_DIGITS)

@@ -7,7 +7,7 @@ namespace {
 
 enum {
     WORD_BYTES = 2,
-    ROUNDING_WORDS = 1000 // LineTiming rounds up, which for single words would add up in a block
+    ROUNDING_WORDS = 1000 // LineTiming rounds up: the error of single words would add up
 };
 
 } // namespace

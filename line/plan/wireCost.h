@@ -5,17 +5,17 @@
 
 class LineTiming;
 
-/// What reading costs on one link, in microseconds.
+/// The time of reading on a link, in microseconds.
 struct WireCost
 {
-    qint64 request = 0; ///< one request and the reply around its data: their bytes, both silent
-                        ///< intervals and the time that the station takes to begin its answer
-    qint64 word = 0;    ///< each word of data
+    qint64 request = 0; ///< a request and its reply without data words: their bytes, both silent
+                        ///< intervals, and the time before the station begins its answer
+    qint64 word = 0;    ///< a word of data
 };
 
-/// The cost on a line, exact to half a microsecond a word. A network's line takes no time at all:
-/// there a request costs the turnaround alone, and a word nothing.
-/// @param turnaround  microseconds that the station takes to begin its answer
+/// The cost on a line, exact to half a microsecond a word. On a network a request costs only the
+/// turnaround, and a word costs nothing.
+/// @param turnaround  microseconds before the station begins its answer
 WireCost wireCost(const LineTiming& timing, qint64 turnaround);
 
 #endif

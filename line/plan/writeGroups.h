@@ -5,17 +5,18 @@
 
 #include <vector>
 
-/// Tags that are written together, by one frame where they are more than one word: the PLC then has
-/// all of the new values or none of them.
+/// Tags that are written together. A group of more than one word is written by one frame, so the
+/// PLC has all new values or none.
 struct WriteGroup
 {
     std::vector<size_t> tags; ///< indices
-    bool isOneFrame = false;  ///< by a recipe of one record; else as a single word or bit
+    bool isOneFrame = false;  ///< written by a recipe of one record; otherwise a single word or bit
 };
 
-/// Words that lie side by side at one station are one group, and a value of two words is one by
-/// itself. No value is cut by the limit of 123 words in a frame. Bits and single words stay alone.
-/// @param tags  which share no memory
+/// Groups the tags. Adjacent words of one station are a group, and a value of two words is a group.
+/// A bit or a word without neighbours is a group of its own. The limit of 123 words in a frame
+/// never splits a value.
+/// @param tags  must not share memory
 std::vector<WriteGroup> writeGroups(const std::vector<Tag>& tags);
 
 #endif
