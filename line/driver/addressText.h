@@ -3,11 +3,11 @@
 
 #include "driver/driverLibrary.h"
 
-/// What intf_checkAddr asks of a variable.
+/// Arguments of intf_checkAddr.
 enum VariableKind { BIT_VARIABLE = -1, WORD_VARIABLE = 0 };
 enum AddressUse { FOR_READING = 0, FOR_WRITING = 1 };
 
-/// The address of a number as the user knows it, "100" or "12.3"; empty when the area has none.
+/// The address text of an address number, "100" or "12.3"; empty when the area has no such number.
 QString addressText(const DriverLibrary& driver, const QString& area, int number);
 
 #endif

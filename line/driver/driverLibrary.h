@@ -7,13 +7,14 @@
 
 #include <stdexcept>
 
+/// The driver cannot be loaded. what() is the reason.
 struct DriverError : std::runtime_error
 {
     using std::runtime_error::runtime_error;
 };
 
-/// The driver as a host sees it: loaded by file name, its functions found by their exported names
-/// without the prefix. The constructor throws DriverError when the file or a function is missing.
+/// The driver, loaded by file name. Each member is an exported function; its name lacks the prefix
+/// "intf_". The constructor throws DriverError when the file or a function is missing.
 class DriverLibrary
 {
 public:
