@@ -1,5 +1,5 @@
-// kakb-host: a host for the driver, for a desk. It loads the driver as a panel does and talks to a
-// PLC on a serial port, over a network, or to the simulated one.
+// kakb-host: a command-line host for the driver. It loads the driver as a panel does and talks to a
+// PLC on a serial port or over a network, or to the simulated PLC.
 //
 // usage: kakb-host [--driver FILE] VERB ...
 //
@@ -9,10 +9,10 @@
 //   plan [--tags FILE]                      the requests that read the tags, and the cycle time
 //   watch [--tags FILE] [--seconds N]       polls the tags and shows changes
 //   read [NAME...] [--tags FILE]            reads tags or addresses once
-//   write NAME=VALUE... [--tags FILE]       writes; done when the PLC has confirmed
+//   write NAME=VALUE... [--tags FILE]       writes values and waits for the PLC's confirmation
 //   recipe download|upload FILE [--verify]  transfers a recipe
 //
-// Options of the verbs with a link (defaults and ranges: kakb-host VERB --help):
+// Options of all verbs with a link (defaults and ranges: kakb-host VERB --help):
 //   --link sim | serial:DEVICE,BAUD,DATA BITS,PARITY,STOP BITS | tcp:HOST,PORT
 //   --timeout-ms --attempts --pause-ms --turnaround-us --trace --pcap FILE --json
 //   --simulator FILE --simulator-arguments TEXT
@@ -43,21 +43,21 @@ ExitStatus failed(ExitStatus status, const std::exception& error)
     return status;
 }
 
-/// Nothing was done for a user who does not get to see it.
+/// Ends with a usage error when the output cannot be written: the user did not see the result.
 ExitStatus cannotWrite()
 {
     std::fprintf(stderr, "kakb-host: cannot write the output\n");
     return EXIT_USAGE;
 }
 
-/// One who stopped reading saw enough.
+/// EPIPE is success: the reader closed the pipe.
 ExitStatus outputStatus(OutputStream& output)
 {
     const int failure = output.flush();
     return failure == 0 || failure == EPIPE ? EXIT_DONE : cannotWrite();
 }
 
-/// Of a command line that is all: help, the version, or bad arguments.
+/// The exit status when no verb runs: after help, after the version, or after bad arguments.
 ExitStatus parsedStatus(ExitStatus parsed)
 {
     const bool isShown = std::fflush(stdout) == 0 && std::ferror(stdout) == 0;
@@ -79,7 +79,7 @@ ExitStatus run(const Command& command)
         return failed(EXIT_DRIVER, error);
     } catch (const LinkError& error) {
         return failed(EXIT_LINK, error);
-    } catch (const std::exception& error) { // bad link texts and files
+    } catch (const std::exception& error) { // malformed link addresses and unusable files
         return failed(EXIT_USAGE, error);
     }
 }
@@ -92,9 +92,9 @@ int main(int argc, char** argv)
     Command command;
     if (const std::optional<ExitStatus> status = parseCommandLine(argc, argv, command))
         return parsedStatus(*status);
-    std::signal(SIGPIPE, SIG_IGN); // a reader that went away only makes writing fail
+    std::signal(SIGPIPE, SIG_IGN); // a closed pipe makes writing fail with EPIPE instead
     const ExitStatus status = run(command);
     if (!TcpLink::hasLeftLookupBehind()) return status;
     std::fflush(nullptr);
-    std::_Exit(status); // Qt would wait for a name server that may never answer
+    std::_Exit(status); // a normal exit waits for the name lookup, which may never end
 }

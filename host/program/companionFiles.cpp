@@ -15,7 +15,7 @@ QString besideProgram(const char* name)
 
 QString companionDriver()
 {
-    // A build has it at the top, an installed tree in its folder for libraries.
+    // The driver lies at the top of a build tree, and in the library folder of an installed tree.
     for (const char* name :
          {"../libquorvane_ka_kb_plc.so", "../" KAKB_LIBRARY_FOLDER "/libquorvane_ka_kb_plc.so"}) {
         const QString file = besideProgram(name);

@@ -3,16 +3,18 @@
 
 #include <QString>
 
-/// What belongs to this program, at its place in the tree that the program is in: a build's, or an
-/// installed one, which may have been moved as a whole. They need a QCoreApplication.
+// The files that belong to this program. They are found by their place relative to the program, in
+// the build tree or in the installed tree. An installed tree may be moved as a whole. The functions
+// need a QCoreApplication.
 
-/// The driver; without one in the tree the name that the system's search for libraries takes.
+/// The driver's file. When the tree has none: its bare name, which the system's library search
+/// resolves.
 QString companionDriver();
 
-/// The program of the simulated PLC.
+/// The program file of the simulated PLC.
 QString companionSimulator();
 
-/// The tags that the simulated PLC's demo signals make move, and others of every area and type.
+/// The tag file for the simulated PLC: tags of its demo signals, and tags of every area and type.
 QString companionTagFile();
 
 #endif

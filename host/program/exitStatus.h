@@ -5,7 +5,7 @@
 
 #include <stdexcept>
 
-/// What kakb-host ends with.
+/// Exit statuses of kakb-host.
 enum ExitStatus {
     EXIT_DONE,
     EXIT_USAGE,
@@ -18,7 +18,7 @@ enum ExitStatus {
     EXIT_INTERRUPTED
 };
 
-/// By exit status.
+/// Meanings of the exit statuses, by number. The help shows them.
 constexpr const char* EXIT_MEANINGS[] = {"done",
                                          "usage, or a file that cannot be used or written",
                                          "the driver cannot be loaded",
@@ -29,7 +29,7 @@ constexpr const char* EXIT_MEANINGS[] = {"done",
                                          "check, series: the address is not valid",
                                          "interrupted before it was done; a watch ends with 0"};
 
-/// A verb cannot do what it was asked. what() is one sentence in UTF-8.
+/// A verb failed. what() is one sentence in UTF-8 with the reason.
 struct VerbFailure : std::runtime_error
 {
     VerbFailure(ExitStatus failedWith, const QString& sentence)

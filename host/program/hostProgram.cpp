@@ -20,7 +20,7 @@ QString simulatorProgram(const LinkOptions& options)
                                      : QString::fromStdString(options.simulator);
 }
 
-/// It serves the stations that the tags are of, at the speed of the line.
+/// Arguments that make the simulated PLC serve the stations of the tags at the speed of the line.
 QStringList simulatorArguments(const LinkOptions& options, const LinkAddress& address,
                                const std::vector<Tag>& tags)
 {
@@ -74,7 +74,7 @@ HostProgram::~HostProgram()
     try {
         record(m_values.takeNews());
     } catch (const PcapError&) {
-        // Told when it first could not be written.
+        // The failure was reported when the capture could first not be written.
     }
     if (m_trace) m_trace->flush();
     tellMissedFrames();
@@ -110,7 +110,7 @@ ExitStatus HostProgram::run(const std::function<ExitStatus()>& work)
     }
 }
 
-/// Whatever came with the news of the open link is left for the next one who asks.
+/// News that came together with the open link is kept for the next call of next().
 void HostProgram::connect()
 {
     stopOnSignals();
@@ -145,8 +145,8 @@ News HostProgram::next(int ms)
     return news;
 }
 
-/// The capture first: a terminal or a pipe may take the trace only after a while. Frames are missed
-/// when nobody took them in time, so a hole is behind the frames that are there.
+/// Writes the capture before the trace, because a terminal or a pipe may delay the trace. The
+/// frames that were dropped come after the frames in the news.
 void HostProgram::record(const News& news)
 {
     const qint64 missed = news.framesMissed - m_framesMissed;

@@ -13,11 +13,11 @@
 #include <map>
 #include <optional>
 
-/// What every verb with a link is told.
+/// The options of every verb with a link. LinkRun::Settings explains the times and the attempts.
 struct LinkOptions
 {
     std::string link = "sim";
-    std::string simulator; ///< program; empty: the one beside this one
+    std::string simulator; ///< program file of the simulated PLC; empty: companionSimulator()
     std::string simulatorArguments;
     int timeoutMs = 500;
     int attempts = 3;
@@ -29,41 +29,45 @@ struct LinkOptions
     bool json = false;
 };
 
-/// The program around one verb with a link: it starts the link's run, hands in the verb's jobs,
-/// waits for their ends, and records the frames. Used by the program's main thread only; values()
-/// guards itself.
+/// The program around one verb with a link. It starts the LinkRun, waits for the ends of the verb's
+/// jobs, and records the frames for the trace and the capture.
+///
+/// Only the program's main thread uses it. The link's thread writes to m_values, which guards
+/// itself.
 class HostProgram
 {
 public:
-    /// @param tags  the tags that the verb knows
-    /// Throws LinkTextError, LinkError, PcapError.
+    /// @param tags  tags of the verb
+    /// @throws LinkTextError, LinkError, PcapError
     HostProgram(const DriverLibrary& driver, const LinkOptions& options,
                 const std::vector<Tag>& tags, LinkRun::Reading reading);
     ~HostProgram();
 
-    /// Starts the link and waits until the link is open.
-    /// Throws VerbFailure when it cannot be opened.
+    /// Starts the link and waits until it is open.
+    /// @throws VerbFailure when it cannot be opened
     void connect();
 
-    /// Does a verb's work, and tells its failure behind the trace of what led to it.
+    /// Does a verb's work. The message of a failure is printed after the trace of the frames before
+    /// it.
     ExitStatus run(const std::function<ExitStatus()>& work);
 
-    /// What happened, after a wait of `ms` at most. Frames are recorded on the way.
+    /// The news, after a wait of at most `ms` milliseconds. Also records the frames.
     News next(int ms);
 
     using Progress = std::function<void(int blocks)>;
 
-    /// Waits for the end of a job, however it is: LOST as soon as the link is, and when the user
-    /// wants to stop.
+    /// Waits for the end of a job, with any outcome. The outcome is LOST as soon as the link is
+    /// lost, and when the user requests a stop.
     JobEnd endOf(int job, const Progress& progress = nullptr);
 
-    /// The same, and throws VerbFailure unless it was done.
+    /// Waits for the end of a job as endOf() does.
+    /// @throws VerbFailure unless the job was done
     JobEnd await(int job, const Progress& progress = nullptr);
 
-    /// Throws VerbFailure unless the job was done.
+    /// @throws VerbFailure unless the job was done
     void mustBeDone(const JobEnd& end) const;
 
-    /// The link is lost, and for good: a simulated PLC of the host's own does not come back.
+    /// The link is lost for good: a simulated PLC that this program started has ended.
     bool isOver() const
     {
         return m_simulator && m_linkTrouble;
@@ -100,14 +104,15 @@ private:
     std::optional<PcapFile> m_capture;
     std::optional<LinkRun> m_run;
     int m_lastJob = 0;
-    News m_early;                         ///< what came with the news of the open link
-    std::optional<QString> m_linkTrouble; ///< while the link is lost
-    std::map<int, JobEnd> m_ends;         ///< of jobs that nobody has asked for yet
-    bool m_wasInterrupted = false;        ///< while a job was waited for
-    qint64 m_framesMissed = 0;            ///< since the start
+    News m_early;                         ///< news that came together with the open link
+    std::optional<QString> m_linkTrouble; ///< reason of the loss, while the link is lost
+    std::map<int, JobEnd> m_ends;         ///< ends that endOf() has not returned yet
+    bool m_wasInterrupted = false;        ///< a stop was requested during a wait for a job
+    qint64 m_framesMissed = 0;            ///< frames dropped since the start
 };
 
-/// The link that the options name, on top of the driver's own defaults. Throws LinkTextError.
+/// The address of the link in the options; missing parts come from the driver's defaults.
+/// @throws LinkTextError
 LinkAddress addressOf(const DriverLibrary& driver, const LinkOptions& options);
 
 #endif

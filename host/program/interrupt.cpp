@@ -8,8 +8,8 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-volatile std::sig_atomic_t stop = 0;
-std::optional<Clock::time_point> end;
+volatile std::sig_atomic_t stop = 0;  ///< set by the signal handler, read by all threads
+std::optional<Clock::time_point> end; ///< used only by the thread that calls endIn()
 
 void requestStop(int)
 {
@@ -21,12 +21,12 @@ void requestStop(int)
 void stopOnSignals()
 {
     struct sigaction action = {};
-    action.sa_handler = requestStop; // not restarting: a call that waits is to be left
+    action.sa_handler = requestStop; // no SA_RESTART: a signal ends a waiting system call
     sigaction(SIGINT, &action, nullptr);
     sigaction(SIGTERM, &action, nullptr);
     struct sigaction before = {};
     sigaction(SIGHUP, nullptr, &before);
-    if (before.sa_handler != SIG_IGN) sigaction(SIGHUP, &action, nullptr); // not under nohup
+    if (before.sa_handler != SIG_IGN) sigaction(SIGHUP, &action, nullptr); // nohup ignores SIGHUP
 }
 
 bool stopRequested()

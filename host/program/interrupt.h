@@ -3,16 +3,20 @@
 
 #include <QtGlobal>
 
-/// From now on Ctrl-C, SIGTERM and SIGHUP only ask to stop, SIGHUP not where it was ignored.
+// When the program is to end: after a signal, or at a set time.
+
+/// Makes SIGINT (Ctrl-C), SIGTERM and SIGHUP request a stop instead of ending the program. SIGHUP
+/// stays ignored when it was ignored before, as under nohup.
 void stopOnSignals();
 
-/// From any thread.
+/// Whether a signal has requested a stop. Every thread may call it.
 bool stopRequested();
 
-/// The verb will be over by then; microseconds from now.
+/// Sets the time at which isToEnd() becomes true, in microseconds from now.
 void endIn(qint64 time);
 
-/// It was asked to stop, or its time is over. Only from the thread that calls endIn().
+/// Whether a stop was requested or the time of endIn() is over. Only for the thread that calls
+/// endIn().
 bool isToEnd();
 
 #endif

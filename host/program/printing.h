@@ -7,13 +7,15 @@
 #include <cstdio>
 #include <exception>
 
+/// A QString from Latin-1 text.
 QString text(const char* latin1);
 
-/// Both in UTF-8, the object on one line.
+/// Print a line or an object in UTF-8. The object takes one line.
 void printLine(std::FILE* out, const QString& line);
 void printObject(std::FILE* out, const QJsonObject& object);
 
-/// Why the program ends, to standard error. Of a file all bad lines are told.
+/// Prints the reason of a failure to standard error. The reason may have several lines, one for
+/// each bad line of a file.
 void printFailure(const std::exception& error);
 
 #endif
