@@ -8,7 +8,8 @@
 
 namespace {
 
-/// "holding registers 3050 to 3053", "bit 3 of input register 0 to bit 2 of input register 1".
+/// Text of a place, such as "holding registers 3050 to 3053" or "bit 3 of input register 0 to bit 2
+/// of input register 1".
 QString placeWords(const WirePlace& place, int count)
 {
     const QString table = text(place.input ? "input register" : "holding register");

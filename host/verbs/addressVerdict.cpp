@@ -119,7 +119,7 @@ AddressVerdict judgeAddress(const DriverLibrary& driver, const QString& area,
 {
     AddressVerdict verdict;
     const std::optional<AreaDescription> known = describeArea(driver, area);
-    if (!known) { // the driver itself calls an unknown area out of range from two units on
+    if (!known) { // for two or more units the driver says "out of range" instead
         verdict.result = ADDRESS_UNKNOWN_AREA;
         verdict.reason = unknownArea(driver, area);
         return verdict;
@@ -140,7 +140,7 @@ WirePlace wirePlace(const DriverLibrary& driver, const AreaDescription& area, in
     place.firstRegister = number;
     place.lastRegister = number + count - 1;
     if (!area.bits) return place;
-    // Bits count from the area's base on, and so do the registers that hold them.
+    // Bits and the registers that hold them are both numbered from the area's base on.
     const int base = numberOf(driver, area, area.lowest);
     place.firstRegister = base + (number - base) / REGISTER_BITS;
     place.lastRegister = base + (number - base + count - 1) / REGISTER_BITS;

@@ -6,14 +6,14 @@
 #include <optional>
 #include <vector>
 
-/// What the driver says of one address, and what a user wants to know about it. The driver calls a
-/// write valid that would end up in another area; the host does not.
+/// The verdict on an address, for the user. It is the driver's verdict with one exception: a write
+/// that would change another area is not valid, although the driver accepts it.
 struct AddressVerdict
 {
-    int result = ADDRESS_VALID; ///< an AddressCheckResult: the driver's own answer
-    QString reason;             ///< why it is not valid, in words; empty when it is
-    QString address;            ///< in the area's own form, "13.1" for "12.9"; valid ones only
-    int number = 0;             ///< address number; valid ones only
+    int result = ADDRESS_VALID; ///< the driver's AddressCheckResult
+    QString reason;             ///< why the address is not valid, in words; empty: it is valid
+    QString address;            ///< normal form, "13.1" for "12.9"; only of a valid address
+    int number = 0;             ///< address number; only of a valid address
 
     bool isValid() const
     {
@@ -21,37 +21,39 @@ struct AddressVerdict
     }
 };
 
-/// Where a unit is on the wire.
+/// The registers and bits that units take on the wire.
 struct WirePlace
 {
-    bool input = false; ///< an input register, read by function 4; else a holding register, by 3
+    bool input = false; ///< input registers (function 4); false: holding registers (function 3)
     int firstRegister = 0;
     int lastRegister = 0;
-    int bit = -1; ///< of the first unit within its register, 0 to 15; -1 for words
+    int bit = -1; ///< position of the first unit in its register, 0 to 15; -1: words
 };
 
-/// One area as the driver describes it.
+/// The driver's description of an area.
 struct AreaDescription
 {
     QString name;
     bool bits = false;
-    QString format; ///< a D for each decimal digit; O: the bit of a byte
+    QString format; ///< D: a decimal digit; O: the bit of a byte, 0 to 7
     QString lowest;
     QString highest;
     QString widthCode;
     QString accessCode;
 };
 
-/// The areas of words, then those of bits.
+/// The word areas, then the bit areas.
 std::vector<AreaDescription> describeAreas(const DriverLibrary& driver);
 
 std::optional<AreaDescription> describeArea(const DriverLibrary& driver, const QString& area);
 
+/// Checks an address.
 /// @param count  words or bits from the address on, 1 to 65536
+/// @param write  whether they are to be written too
 AddressVerdict judgeAddress(const DriverLibrary& driver, const QString& area,
                             const QString& address, int count, bool write);
 
-/// Of `count` units from the address number of a valid address on.
+/// The place of `count` units from an address number on. The address must be valid.
 WirePlace wirePlace(const DriverLibrary& driver, const AreaDescription& area, int number,
                     int count);
 

@@ -8,16 +8,16 @@
 #include <optional>
 #include <string>
 
-/// What the user asked for.
+/// The command of the user.
 struct Command
 {
-    std::string driver; ///< library; empty: the one that belongs to this program
+    std::string driver; ///< file of the driver; empty: companionDriver()
     std::function<ExitStatus(const DriverLibrary&)> verb;
 };
 
-/// Reads the command line into the command. What the verb needs of it is kept in there.
-/// @return an exit status when there is nothing to do any more: after --help or --version, or a
-///         usage error, which has been told
+/// Reads the command line into the command. The command keeps copies of the verb's arguments.
+/// @return an exit status when no verb is to run: after --help, after --version, or after a usage
+///         error, which has been printed
 std::optional<ExitStatus> parseCommandLine(int argc, char** argv, Command& command);
 
 #endif

@@ -5,8 +5,8 @@
 
 #include <cstdio>
 
-/// Identity, default link settings, and the areas with format, range, width and access: as text or
-/// as one JSON object on a line, both UTF-8.
+/// Prints the driver's identity, its default link settings and its areas with format, range, width
+/// and access: text, or one JSON object on a line, both in UTF-8.
 void printInfo(std::FILE* out, const DriverLibrary& driver, bool json);
 
 #endif

@@ -20,7 +20,7 @@ namespace {
 
 enum { ATTEMPTS = 1, SHOWN_NAMES = 3 };
 
-/// What the driver sends for one block.
+/// The driver's request for a block.
 struct Request
 {
     QByteArray bytes;
@@ -30,9 +30,9 @@ struct Request
 struct CycleView
 {
     std::vector<ReadBlock> blocks;
-    std::vector<Request> requests; ///< of the blocks, in their order
-    std::optional<qint64> time;    ///< microseconds; none where a request takes no time
-    size_t fences = 0;             ///< ahead of the first cycle, one a station
+    std::vector<Request> requests; ///< of the blocks, in the same order
+    std::optional<qint64> time;    ///< of a cycle in microseconds; empty: requests take no time
+    size_t fences = 0;             ///< one for each station, ahead of the first cycle
     std::optional<qint64> fenceTime;
     size_t singleReads = 0;
     std::optional<qint64> singleTime;
@@ -40,8 +40,9 @@ struct CycleView
 
 using Place = std::tuple<int, QString, int>;
 
-/// Lets the driver go once round its plan, each request given up at its first silence. It polls in
-/// an order of its own, so the requests are found by the place that they read.
+/// Lets the driver poll each block once; every request is given up without an answer. The driver
+/// has its own order of polling, so each request is assigned to its block by station, area and
+/// number.
 std::vector<Request> requestsFor(const std::vector<ReadBlock>& blocks, const DriverLibrary& driver)
 {
     StartedDriver session(driver, ATTEMPTS);
@@ -125,7 +126,8 @@ QByteArray cycleText(std::optional<qint64> time)
     return QByteArray::number(double(*time) / MILLISECOND, 'f', 1) + " ms a cycle";
 }
 
-/// Their lengths are drawn, so that two programs on one line differ.
+/// The time is approximate: the lengths of fences are random, so that two programs on one line
+/// differ.
 QByteArray fencesText(std::optional<qint64> time)
 {
     if (!time) return "no wire time";

@@ -8,12 +8,13 @@
 #include <cstdio>
 #include <vector>
 
-/// Prints the blocks that read the tags, each with the request that the driver builds for it and
-/// the length of its reply, and the time of one cycle beside that without grouping. Starts the
-/// driver for itself, so no StartedDriver may be alive.
-/// @param turnaround  microseconds that a station takes to begin its answer
-/// @param json        one JSON object on one line instead of a table; its times are microseconds,
-///                    null on a network without a turnaround, where requests take no time
+/// Prints the blocks that read the tags. Each block has the driver's request and the length of the
+/// reply. Also prints the time of a cycle with these blocks and with one request for each tag. It
+/// starts the driver, so no other StartedDriver may exist.
+/// @param turnaround  microseconds before a station begins its answer
+/// @param json        prints one JSON object on one line instead of a table. Its times are
+///                    microseconds. They are null on a network without a turnaround, where requests
+///                    take no time.
 void printPlan(std::FILE* out, const std::vector<Tag>& tags, const LineTiming& timing,
                qint64 turnaround, const DriverLibrary& driver, bool json);
 

@@ -3,7 +3,8 @@
 
 #include "program/hostProgram.h"
 
-/// Reads the tags once and prints their values. Throws VerbFailure when one could not be read.
+/// Reads the tags once and prints their values.
+/// @throws VerbFailure when a tag could not be read
 ExitStatus readTags(const DriverLibrary& driver, const LinkOptions& options,
                     const std::vector<Tag>& tags);
 

@@ -16,7 +16,8 @@
 
 namespace {
 
-/// Progress in one line of a terminal, ended however the transfer ends.
+/// Shows the progress of a transfer in one line of a terminal. The destructor ends the line, also
+/// after a failure.
 class ProgressLine
 {
 public:
@@ -40,7 +41,7 @@ private:
     const bool m_isShown;
 };
 
-/// Carries one recipe over one link, in both directions.
+/// Transfers a recipe over a link, in both directions.
 class RecipeTransfer
 {
 public:
@@ -53,7 +54,7 @@ public:
     {
     }
 
-    /// Does the work of a verb on the open link.
+    /// Opens the link and does the work of a verb.
     ExitStatus run(const std::function<ExitStatus()>& work)
     {
         return m_host.run([&] {
@@ -68,7 +69,7 @@ public:
     }
 
     /// The values in the PLC, by tag.
-    /// @param what  the progress calls it
+    /// @param what  name of the transfer in the progress line
     std::vector<QByteArray> upload(const char* what)
     {
         std::vector<QByteArray> values(m_tags.size());

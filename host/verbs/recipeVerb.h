@@ -6,17 +6,19 @@
 struct RecipeOptions
 {
     QString file;
-    QString output; ///< where an upload goes; empty: into the file itself
+    QString output; ///< file for an upload; empty: the recipe's own file
     bool verify = false;
 };
 
-/// Writes the recipe's values into the PLC. With verify they are read back, and each that differs
-/// is named. Throws TagFileError, RecipeError, VerbFailure.
+/// Writes the recipe's values into the PLC. With `verify` it reads the values back and names each
+/// value that differs.
+/// @throws TagFileError, RecipeError, VerbFailure
 ExitStatus downloadRecipe(const DriverLibrary& driver, const LinkOptions& options,
                           const RecipeOptions& recipe);
 
-/// Reads the recipe's values from the PLC into its file. With verify they are read twice, and each
-/// that differs is named.
+/// Reads the recipe's values from the PLC into a file. With `verify` it reads the values twice and
+/// names each value that differs.
+/// @throws TagFileError, RecipeError, VerbFailure
 ExitStatus uploadRecipe(const DriverLibrary& driver, const LinkOptions& options,
                         const RecipeOptions& recipe);
 

@@ -3,8 +3,8 @@
 
 #include "plan/tagFile.h"
 
-/// The tags of an optional file, and those that a command line names besides: by a name of the
-/// file, or by an address such as "MW100", "MX12.3" or "2:QW8".
+/// The tags that a command line can name: tags of an optional file by their names, and other tags
+/// by an address such as "MW100", "MX12.3" or "2:QW8".
 class TagChoice
 {
 public:
@@ -19,7 +19,7 @@ public:
 
     bool isNameOfFile(const QString& text) const;
 
-    /// @throws TagFileError when it is neither
+    /// @throws TagFileError when the text is neither a name nor an address
     Tag named(const QString& text) const;
 
 private:
@@ -30,7 +30,7 @@ private:
 /// "MW100", or "2:MW100" when the station is not 1.
 QString placeText(const Tag& tag);
 
-/// "level (MW100)", or the place alone when that is its name.
+/// "level (MW100)", or only the place when the tag has no other name.
 QString labelText(const Tag& tag);
 
 #endif

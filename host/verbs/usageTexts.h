@@ -3,12 +3,12 @@
 
 #include <CLI/CLI.hpp>
 
-/// Behind every help: the exit statuses.
+/// The end of every help text: the exit statuses.
 std::string helpFooter();
 
-/// What is wrong with a command line, in one sentence.
-/// @param app    has parsed it
-/// @param error  what the parser threw
+/// The error in a command line, in one sentence.
+/// @param app    the parser after it has failed
+/// @param error  the parser's exception
 std::string usageSentence(const CLI::App& app, const CLI::ParseError& error);
 
 #endif

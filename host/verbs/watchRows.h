@@ -5,7 +5,8 @@
 #include "plan/tag.h"
 #include "session/sharedValues.h"
 
-/// A tag as a watch shows it at a time.
+/// The row of a tag in a watch.
+/// @param now  microseconds, on the clock of TagState::readAt
 WatchRow watchRow(const Tag& tag, const TagState& state, qint64 now);
 
 #endif

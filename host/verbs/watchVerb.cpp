@@ -27,7 +27,7 @@ void printLine(const QByteArray& line)
     std::fputc('\n', stdout);
 }
 
-/// Where a watch shows what it finds.
+/// The output of a watch.
 class WatchOutput
 {
 public:
@@ -71,7 +71,8 @@ public:
     }
 
 private:
-    /// Once: a second time would put the cursor back to where it was before the figures.
+    /// Leaves the table only once: leaving twice would move the cursor back to its place before the
+    /// figures.
     void leave()
     {
         if (!std::exchange(m_left, true)) put(WatchScreen::leave());
@@ -129,7 +130,8 @@ private:
     qint64 m_missed = 0;
 };
 
-/// Also when there is nothing to print, which alone would show it.
+/// Whether the output has failed or has lost its reader. Without this check, a watch with nothing
+/// to print would not notice it.
 bool isOutputOver()
 {
     return std::ferror(stdout) || hasNoReader(STDOUT_FILENO);

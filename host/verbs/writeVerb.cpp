@@ -38,7 +38,7 @@ std::vector<ElementWrite> elementsOf(const Assignment& assigned)
     return elements;
 }
 
-/// Of two values for one place only the last would be left, and nothing would say so.
+/// Refuses two values for the same memory: the first value would be lost without a message.
 void mustNotShare(const std::vector<Tag>& tags)
 {
     const auto sharing = sharingTags(tags);
@@ -66,7 +66,8 @@ void print(const Assignment& assigned, bool json)
     std::printf("%s\n", QJsonDocument(object).toJson(QJsonDocument::Compact).constData());
 }
 
-/// Behind the name: an address has no "=" and neither has a value, but a name of the file may.
+/// Position of the "=" behind the name. Addresses and values contain no "=", but names of a tag
+/// file may.
 int equalsBehindName(const QString& text, const TagChoice& tags)
 {
     const QLatin1Char equals('=');
@@ -77,7 +78,8 @@ int equalsBehindName(const QString& text, const TagChoice& tags)
     return int(text.indexOf(equals));
 }
 
-/// Nothing is known of it: the PLC may have taken it all the same.
+/// The message of a write without confirmation. It does not say "not written", because the PLC may
+/// have executed the write.
 QString unconfirmed(const Assignment& assigned, const QString& trouble)
 {
     return QString(QLatin1String("%1 is not confirmed: %2")).arg(labelText(assigned.tag), trouble);
@@ -121,7 +123,7 @@ std::vector<int> startAll(HostProgram& host, const std::vector<Assignment>& assi
     return jobs;
 }
 
-/// Tells of each whether it is confirmed.
+/// Writes the values and prints for each value whether it is confirmed.
 ExitStatus write(HostProgram& host, const std::vector<Assignment>& assignments, bool json)
 {
     host.connect();

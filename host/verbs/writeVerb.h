@@ -4,20 +4,21 @@
 #include "program/hostProgram.h"
 #include "verbs/tagChoice.h"
 
-/// A value for a tag.
+/// A tag and its new value.
 struct Assignment
 {
     Tag tag;
-    QByteArray bytes; ///< as intf_setData takes them
-    QString text;     ///< as the user wrote it
+    QByteArray bytes; ///< the value in the format of intf_setData
+    QString text;     ///< the value in the user's words
 };
 
-/// From "NAME=VALUE" or "ADDRESS=VALUE". Throws VerbFailure when it is none, when the value does
-/// not fit the tag, and when the area cannot be written.
+/// Reads "NAME=VALUE" or "ADDRESS=VALUE".
+/// @throws VerbFailure when the text is malformed, when the value does not fit the tag, or when the
+///         tag cannot be written
 Assignment assignment(const QString& text, const TagChoice& tags, const DriverLibrary& driver);
 
-/// Writes the values in order and waits until the PLC has confirmed all of them. Throws VerbFailure
-/// when one was not.
+/// Writes the values in order and waits for the PLC's confirmation of all values.
+/// @throws VerbFailure when a value was not confirmed
 ExitStatus writeTags(const DriverLibrary& driver, const LinkOptions& options,
                      const std::vector<Assignment>& assignments);
 
