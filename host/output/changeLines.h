@@ -6,23 +6,24 @@
 #include <QByteArray>
 #include <QJsonValue>
 
-// What a watch tells a pipe or a file, one line a piece of news; the lines come without their end.
-// Times are microseconds since the host started, and are shown in seconds.
+// The lines of a watch for a pipe or a file, without line ends. Times are microseconds since the
+// host started; the lines show seconds.
 
-/// A tag's value: a number where JSON has one for it, else a text; null for none.
+/// The JSON value of a tag's value: a number when JSON can represent it, otherwise a text; null
+/// when the text is empty.
 QJsonValue jsonValue(const QString& value);
 
-/// "12.345678  level  MW100 = 17", or "12.345678  level  MW100 bad: " and why.
+/// "12.345678  level  MW100 = 17", or "12.345678  level  MW100 bad: " and the reason.
 QString changeLine(const WatchRow& row, qint64 time);
 
-/// One compact object with time, name, address, value, good and trouble. The value is a number
-/// where JSON has one for it, else a text; null when it was never read.
+/// A compact object with time, name, address, value, good and trouble. The value is that of
+/// jsonValue(); null: never read.
 QByteArray changeJson(const WatchRow& row, qint64 time);
 
-/// "12.345678  link lost", or whatever else befell the link.
+/// "12.345678  link lost", or another event of the link.
 QString eventLine(const QString& event, qint64 time);
 
-/// One compact object with time and event.
+/// A compact object with time and event.
 QByteArray eventJson(const QString& event, qint64 time);
 
 #endif

@@ -3,20 +3,20 @@
 
 #include <QString>
 
-// Texts of others on a terminal. Each code point counts as one column.
+// Prepares the user's and the PLC's texts for a terminal. Each code point counts as one column.
 
 enum Alignment { LEFT_ALIGNED, RIGHT_ALIGNED };
 
-/// With "?" for what would move the cursor or break the line: control and format characters, line
-/// and paragraph separators.
+/// The text with "?" in place of characters that would move the cursor or break the line: control
+/// and format characters, line and paragraph separators.
 QString printableText(const QString& text);
 
 int columnsOf(const QString& text);
 
-/// At most `width` columns, the last one "…" when something is missing.
+/// The text in at most `width` columns. The last column of a shortened text is "…".
 QString cutText(const QString& text, int width);
 
-/// Exactly `width` columns.
+/// The text in exactly `width` columns, shortened or filled with blanks.
 QString columnText(const QString& text, int width, Alignment alignment);
 
 #endif

@@ -5,13 +5,13 @@
 
 #include <QJsonObject>
 
-/// The link's figures in one line, "link lost" first when it is not connected: the totals, and the
-/// rates of the whole run or those of late.
+/// The link's figures in one line: the totals, and the rates of the whole run (figuresText) or of
+/// the last ten seconds (liveFiguresText). The line begins with "link lost" when the link is lost.
 QString figuresText(const LinkFigures& figures);
 QString liveFiguresText(const LinkFigures& figures);
 
-/// Those of the whole run with LinkFigures' names and units; the reply times are null before the
-/// first reply.
+/// The figures of the whole run, with the names and units of LinkFigures. The reply times are null
+/// before the first reply.
 QJsonObject figuresJson(const LinkFigures& figures);
 
 #endif

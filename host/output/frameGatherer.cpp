@@ -49,7 +49,7 @@ std::vector<GatheredFrame> FrameGatherer::add(const FrameRecord& record)
     m_received += record.bytes;
     m_times.resize(size_t(m_received.size()), record.time);
     if (m_replyDue > 0) takeAnswer(frames);
-    // An answer may have begun in the last bytes of a chatter.
+    // Keeps the last bytes, because an answer may have begun in them.
     if (m_received.size() > MOST_HELD)
         frames.push_back(
             takeFirst(int(m_received.size()) - (LONGEST_FRAME - 1), GatheredFrame::STRAY));

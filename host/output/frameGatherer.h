@@ -5,20 +5,20 @@
 
 #include <vector>
 
-/// One frame, or stray bytes, put together from what went over the link.
+/// A frame, or stray bytes, assembled from the records of a link.
 struct GatheredFrame
 {
     enum Kind {
-        REQUEST, ///< sent by the host
-        FENCE,   ///< the same, to bring the link into step
-        ANSWER,  ///< the recognised reply to the request, an exception as well
-        STRAY    ///< received bytes that answer nothing
+        REQUEST, ///< sent by the host for the driver
+        FENCE,   ///< sent by the host itself, see FrameRecord::SENT_FENCE
+        ANSWER,  ///< the recognised reply to the request; may be an exception reply
+        STRAY    ///< received bytes that answer no request
     };
 
     Kind kind = REQUEST;
-    qint64 time = 0; ///< of the record that brought the first byte
+    qint64 time = 0; ///< time of the record with the first byte
     QByteArray bytes;
-    QByteArray request; ///< the last one sent by then; itself for a request; empty: none yet
+    QByteArray request; ///< the last request sent so far; of a request: itself; empty: none known
 };
 
 inline bool isSent(const GatheredFrame& frame)
@@ -26,20 +26,22 @@ inline bool isSent(const GatheredFrame& frame)
     return frame.kind == GatheredFrame::REQUEST || frame.kind == GatheredFrame::FENCE;
 }
 
-/// Puts the pieces in which bytes arrive together to frames, in the order of the line. A sent
-/// record is a whole request. Received bytes are held until they make the answer that is due, until
-/// the next request, or until flush(); stray bytes come out on their own, before and behind the
-/// answer. Of endless chatter it holds 1024 bytes at most.
+/// Assembles frames from records, in the order of the line.
+///
+/// A sent record is a whole request. Received bytes are held until they contain the expected
+/// answer, until the next request, or until flush(). Stray bytes before and behind the answer
+/// become frames of their own. At most 1024 received bytes are held.
 class FrameGatherer
 {
 public:
-    /// @return the frames that are complete by now, often none
+    /// @return the frames that this record completes; often none
     std::vector<GatheredFrame> add(const FrameRecord& record);
 
-    /// Gives out what is still held. What comes behind it is not joined to it.
+    /// Returns the bytes still held. Later bytes start a new frame.
     std::vector<GatheredFrame> flush();
 
-    /// The same ahead of a hole in the records: what comes behind it answers no request known.
+    /// Call it where records are missing. Returns the bytes still held, and forgets the request:
+    /// later bytes may answer a request that is missing.
     std::vector<GatheredFrame> flushAtHole();
 
 private:
@@ -47,9 +49,9 @@ private:
     GatheredFrame takeFirst(int bytes, GatheredFrame::Kind kind);
 
     QByteArray m_request;
-    int m_replyDue = 0; ///< 0: no answer is to come, or it came
+    int m_replyDue = 0; ///< 0: no answer is expected
     QByteArray m_received;
-    std::vector<qint64> m_times; ///< of each received byte
+    std::vector<qint64> m_times; ///< of m_received, by byte
 };
 
 #endif

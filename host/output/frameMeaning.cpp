@@ -43,7 +43,7 @@ QString counted(int count, const char* one)
     return text("%1 %2%3").arg(count).arg(text(one), text(count == 1 ? "" : "s"));
 }
 
-/// The first values behind one another, with an ellipsis for the rest.
+/// The first values, separated by blanks, with an ellipsis for the rest.
 template <typename ValueText> QString listed(int count, int mostShown, ValueText valueText)
 {
     QStringList values;
@@ -96,7 +96,7 @@ QString registersRequest(const QByteArray& frame)
                        listed(frameWord(frame, QUANTITY_AT), MOST_REGISTERS_SHOWN, value));
 }
 
-/// Length that the frame's own counts promise; 0: a function that the driver does not use.
+/// The length according to the counts in the frame; 0: a function that the driver does not use.
 int promisedRequestLength(const QByteArray& frame)
 {
     const int function = frameByte(frame, 1);

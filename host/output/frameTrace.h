@@ -5,27 +5,27 @@
 
 #include <cstdio>
 
-/// Writes what goes over the link, a line a frame: seconds since the host started, ">" for sent and
-/// "<" for received, the bytes, and what they say.
+/// Writes a line for each frame on the link: seconds since the host started, ">" for sent or "<"
+/// for received, the bytes, and their meaning.
 ///
 ///      1.250000 > 01 03 0B B8 00 02 46 0A  station 1: read 2 holding registers from 3000
 ///      1.256120 < 01 03 04 12 34 56 78 81 07  station 1: 2 registers 0x1234 0x5678
 ///      1.257003 < FF  stray: 1 byte that is no frame
 ///
-/// A line is written when its frame is complete, so stray bytes show with the next request only.
-/// Where records are missing, a line says how many.
+/// A line is written when its frame is complete. Stray bytes are therefore written with the next
+/// request. Where records are missing, a line says how many.
 class FrameTrace
 {
 public:
-    /// @param out  borrowed; UTF-8, flushed after each line
+    /// @param out  borrowed; gets UTF-8 and is flushed after each line
     explicit FrameTrace(std::FILE* out);
 
     void add(const FrameRecord& record);
 
-    /// `count` records that belong here were not kept, because nobody took them in time.
+    /// Notes that `count` records were dropped here, because the program did not take them in time.
     void addHole(qint64 count);
 
-    /// Writes what is still held; call it at the end.
+    /// Writes the bytes still held. Call it at the end.
     void flush();
 
 private:

@@ -14,8 +14,9 @@ namespace {
 
 enum { TURN_MS = 50 };
 
-/// A terminal that has room for some bytes only keeps a program waiting with the rest. The given
-/// descriptor must stay as it is: other programs share its settings.
+/// Opens the terminal a second time, non-blocking. A blocking write waits while the terminal has
+/// room for only a part of the bytes. The given descriptor is not changed to non-blocking, because
+/// other programs share its settings.
 int unblockedTerminal(int descriptor)
 {
     if (!isatty(descriptor)) return -1;
@@ -81,8 +82,8 @@ size_t OutputStream::write(const char* bytes, size_t size)
     return written;
 }
 
-/// A pipe that has room at all takes PIPE_BUF bytes at once.
-/// @return -1: not possible; 0: not now, which took TURN_MS to see
+/// Writes at most PIPE_BUF bytes: a pipe that is ready for writing takes so many without blocking.
+/// @return number of bytes written; -1: failure; 0: no room after a wait of TURN_MS
 ssize_t OutputStream::writeSome(const char* bytes, size_t size)
 {
     pollfd wanted = {descriptor(), POLLOUT, 0};

@@ -5,23 +5,23 @@
 
 #include <cstdio>
 
-/// Takes the place of a standard stream for as long as it lives. Its reader may take all the time
-/// in the world, but once the program is to end, one who takes nothing is given up.
+/// Replaces a standard stream during its lifetime. Printing waits for a slow reader without a
+/// limit. Once the program is to end, a reader that takes nothing for PATIENCE_MS is given up.
 class OutputStream
 {
 public:
     enum { PATIENCE_MS = 500 };
 
-    /// @param stream      stdout or stderr; it is what to print to all the while
-    /// @param descriptor  borrowed; what is printed goes there
-    /// @param isToEnd     whether the program is to end
+    /// @param stream      stdout or stderr; replaced until the destructor restores it
+    /// @param descriptor  borrowed; the destination of the printed bytes
+    /// @param isToEnd     returns whether the program is to end
     OutputStream(std::FILE*& stream, int descriptor, bool (*isToEnd)());
     ~OutputStream();
     OutputStream(const OutputStream&) = delete;
     OutputStream& operator=(const OutputStream&) = delete;
 
-    /// Prints what is still held. After a failure nothing is printed any more.
-    /// @return errno of the first failure, ETIMEDOUT of a reader who was given up; 0: none
+    /// Prints the bytes still held. After a failure nothing more is printed.
+    /// @return errno of the first failure; ETIMEDOUT: the reader was given up; 0: no failure
     int flush();
 
 private:
@@ -33,12 +33,12 @@ private:
     std::FILE*& m_stream;
     std::FILE* const m_replaced;
     const int m_given;
-    const Descriptor m_unblocked; ///< to the same terminal; else none
+    const Descriptor m_unblocked; ///< non-blocking, to the same terminal; none: no terminal
     bool (*const m_isToEnd)();
     int m_error = 0;
 };
 
-/// Nobody reads there any more, and nobody will.
+/// Whether the reading end of the descriptor is closed for good.
 bool hasNoReader(int descriptor);
 
 #endif

@@ -36,7 +36,7 @@ QByteArray longWord(quint32 value)
     return word(int(value >> 16)) + word(int(value & 0xFFFFu));
 }
 
-/// RFC 1071, over the bytes with a zero behind an odd one.
+/// RFC 1071. An odd number of bytes is padded with a zero.
 int internetChecksum(const QByteArray& bytes)
 {
     quint32 sum = 0;
@@ -49,7 +49,7 @@ int internetChecksum(const QByteArray& bytes)
     return int(~sum & 0xFFFFu);
 }
 
-/// RFC 768. A checksum of 0 would mean that there is none.
+/// RFC 768. A checksum of 0 is sent as 0xFFFF, because 0 means "no checksum".
 QByteArray datagram(const QByteArray& addresses, int from, int to, const QByteArray& payload)
 {
     const QByteArray length = word(UDP_BYTES + int(payload.size()));

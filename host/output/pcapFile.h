@@ -11,7 +11,7 @@
 struct pcap;
 struct pcap_dumper;
 
-/// The capture cannot be written; what() is one sentence.
+/// The capture cannot be written. what() is one sentence.
 struct PcapError : std::runtime_error
 {
     using std::runtime_error::runtime_error;
@@ -22,30 +22,30 @@ struct PcapError : std::runtime_error
 ///   tshark -r FILE -o mbrtu.udp.port:10502 -o mbrtu.crc_verification:TRUE
 ///   wireshark -o mbrtu.udp.port:10502 -o mbrtu.crc_verification:TRUE FILE
 ///
-/// A request and its echo have the same bytes, so the dissector tells them apart by the port alone.
-/// Each frame is therefore one made-up UDP datagram over IPv4 between 192.0.2.1 (the host) and port
-/// 10502 of 192.0.2.2 (the PLC), whatever the link is. "Decode As" sets no port for the dissector:
-/// with it alone, functions 5 and 6 cannot be told from their echoes.
+/// On every kind of link, each frame becomes a made-up UDP datagram over IPv4 between 192.0.2.1
+/// (the host) and port 10502 of 192.0.2.2 (the PLC). The dissector needs the port: a request of
+/// function 5 or 6 and its echo have the same bytes. "Decode As" does not tell the dissector the
+/// port.
 ///
-/// Every sent frame is written, and of what was received the recognised answers. Stray bytes,
-/// damaged replies and frames that answer nothing, such as another station's, are not: they would
-/// only show as malformed packets or as answers. They are in the trace.
+/// The capture contains all sent frames and all recognised answers. It does not contain stray
+/// bytes, damaged replies and frames that answer no request, such as frames of another station: the
+/// dissector would show them as malformed packets or as answers. The trace contains them.
 class PcapFile
 {
 public:
     enum { PLC_PORT = 10502 };
 
-    /// @param fileName    replaced when it exists; "-" is standard output
-    /// @param startClock  wall clock at the records' time 0, in microseconds since 1970 (UTC)
+    /// @param fileName    an existing file is replaced; "-" is standard output
+    /// @param startClock  wall-clock time of the records' time 0, in microseconds since 1970 (UTC)
     /// @throws PcapError when the file cannot be written
     PcapFile(const QString& fileName, qint64 startClock);
     ~PcapFile();
 
-    /// Writes the frames that are complete by now through to the file.
+    /// Adds a record. Writes the frames that it completes and flushes the file.
     /// @throws PcapError when they cannot be written
     void add(const FrameRecord& record);
 
-    /// Records that belong here were not kept.
+    /// Notes that records were dropped here.
     void addHole();
 
 private:
@@ -66,7 +66,7 @@ private:
     std::unique_ptr<pcap, CloseHandle> m_handle;
     std::unique_ptr<pcap_dumper, CloseDump> m_dump;
     FrameGatherer m_gatherer;
-    quint16 m_packets = 0; ///< starts again at 0, as IPv4 has it
+    quint16 m_packets = 0; ///< IPv4 identification, wraps to 0
 };
 
 #endif

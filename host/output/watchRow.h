@@ -3,16 +3,16 @@
 
 #include <QString>
 
-/// One tag as a watch shows it.
+/// The row of a tag in a watch.
 struct WatchRow
 {
     QString name;
-    QString address;   ///< with its area, "MW100"; with its station when that is not 1, "2:MW100"
+    QString address;   ///< with the area, "MW100"; "2:MW100" when the station is not 1
     QString value;     ///< empty: never read
-    qint64 ageMs = -1; ///< since the value was last read from the PLC; -1: never
+    qint64 ageMs = -1; ///< time since the last read from the PLC; -1: never read
     qint64 changes = 0;
     bool good = false;
-    QString trouble; ///< why it is not good, in words
+    QString trouble; ///< the reason when the tag is not good, in words
 };
 
 #endif

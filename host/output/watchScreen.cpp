@@ -17,7 +17,7 @@ enum {
     SHORTEST_NAME = 8,
     SHORTEST_ADDRESS = 7,
     LONGEST_ADDRESS = 12,
-    VALUE_WIDTH = 14, ///< the longest float in the digits that it takes
+    VALUE_WIDTH = 14, ///< length of the longest float
     AGE_WIDTH = 6,
     CHANGES_WIDTH = 8,
     SHORTEST_STATE = 12
@@ -70,7 +70,7 @@ Cells cellsOf(const WatchRow& row)
             ageText(row.ageMs),      QString::number(row.changes), stateText(row)};
 }
 
-/// Names and addresses alone decide, so that the columns stand still while values change.
+/// The widths depend only on names and addresses, so the columns do not move when values change.
 Widths widthsFor(const std::vector<Cells>& table, int width)
 {
     int longestName = SHORTEST_NAME;
@@ -103,7 +103,7 @@ QString moreText(int count)
            QLatin1String(" more");
 }
 
-/// In two lines when one is too short; the figures stand two spaces apart.
+/// The figures in one or two lines. Two spaces separate the figures, so the line is broken there.
 QStringList figureLines(const QString& figures, int width)
 {
     if (figures.size() <= width) return QStringList(figures);
@@ -112,8 +112,8 @@ QStringList figureLines(const QString& figures, int width)
     return {figures.left(end), figures.mid(end).trimmed()};
 }
 
-/// Each line is placed by its number: a line feed on the terminal's last line would scroll it. The
-/// last column stays empty because erasing the rest of a full line takes its last character.
+/// Places each line by its number, because a line feed on the last line would scroll the terminal.
+/// The last column stays empty, because erasing the rest of a full line removes its last character.
 class FrameBytes
 {
 public:

@@ -8,22 +8,24 @@
 
 #include <vector>
 
-/// A watch as a table on a terminal (ECMA-48 control sequences, UTF-8), refreshed in place. Write
-/// each result at once: what is on the screen is overwritten, never cleared beforehand.
+/// The table of a watch on a terminal (ECMA-48 control sequences, UTF-8), refreshed in place. Write
+/// each result to the terminal at once. A frame overwrites the screen and does not clear it first,
+/// so the table does not flicker.
 class WatchScreen
 {
 public:
-    /// The link's figures of late, the headings and as many rows as the terminal has lines for; the
-    /// rest is counted in the last line. The last column stays empty.
-    /// @param columns  the terminal's width
-    /// @param rows     its height
+    /// A frame: the link's figures of the last ten seconds, the headings and the rows. When the
+    /// terminal has too few lines, the last line has the number of missing rows. The last column
+    /// stays empty.
+    /// @param columns  width of the terminal
+    /// @param rows     height of the terminal
     QByteArray frame(const std::vector<WatchRow>& table, const LinkFigures& figures, int columns,
                      int rows) const;
 
-    /// Before the first frame: another screen without a cursor.
+    /// Write it before the first frame: changes to the alternate screen and hides the cursor.
     static QByteArray enter();
 
-    /// After the last frame, even one cut short: the screen as it was before.
+    /// Write it after the last frame, also after an incomplete frame: restores the former screen.
     static QByteArray leave();
 };
 
