@@ -3,8 +3,8 @@
 
 #include "sessionBench.h"
 
-/// Every marker word of the model PLC holds a value of its own, so that a value of another word is
-/// seen to be one.
+/// The value of a marker word in the model PLC. Each word has a different value, so that a value of
+/// the wrong word is noticed.
 inline int valueOfWord(int number)
 {
     return (number * 31 + 7) & 0xFFFF;
@@ -26,7 +26,7 @@ inline std::vector<Tag> wordsSideBySide(int count)
     return tags;
 }
 
-/// A session that compares each value that it is told with the PLC's.
+/// Polls tags and compares each shown value with the PLC's value.
 class ComparedPolling
 {
 public:

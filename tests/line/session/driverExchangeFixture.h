@@ -11,8 +11,8 @@
 #include <algorithm>
 #include <set>
 
-/// The real driver's requests through the machine to a model PLC, on a virtual clock. The link is a
-/// network, which takes no time, and has no echo; a time-out is 40 ms.
+/// Sends the real driver's requests through the exchange machine to a model PLC, on a virtual
+/// clock. The link is a network without echo; bytes take no time on it. A time-out is 40 ms.
 class DriverExchangeTest : public testing::Test
 {
 protected:
@@ -62,8 +62,8 @@ protected:
         started.queueWrite(station, QLatin1String("MW"), number, bytes);
     }
 
-    /// Does what is next.
-    /// @return false when that is not before `end`; it is `end` then
+    /// Does the next step. Without a step before `end` it only moves the clock to `end`.
+    /// @return false when the clock is at `end`
     bool stepUntil(qint64 end)
     {
         if (!bound.allowsStepAt(now)) {
@@ -97,7 +97,7 @@ protected:
         }
     }
 
-    /// When the requests of a function went out.
+    /// The times at which requests with the function were sent.
     std::vector<qint64> timesOf(int function) const
     {
         std::vector<qint64> times;
@@ -114,7 +114,7 @@ protected:
         }));
     }
 
-    /// The PLC refuses the write of a word `times` times, or always.
+    /// Makes the PLC refuse the write of a word `times` times; negative: always.
     void refuses(int code, int times = -1)
     {
         plc.station(STATION).refusals[NUMBER] = code;

@@ -2,13 +2,13 @@
 
 #include <gtest/gtest.h>
 
-// What is heard of stations besides the answers to requests.
+// Probes, fences and late answers: the news of stations that end no request.
 
 class DriverExchangeProbesTest : public DriverExchangeTest
 {
 };
 
-TEST_F(DriverExchangeProbesTest, AProbeIsAFenceOfItsOwnAndNoExchangeOfTheDrivers)
+TEST_F(DriverExchangeProbesTest, ProbeIsAFenceAndEndsNoDriverRequest)
 {
     exchange.probe(STATION, 0);
     run(SECOND);
@@ -21,7 +21,7 @@ TEST_F(DriverExchangeProbesTest, AProbeIsAFenceOfItsOwnAndNoExchangeOfTheDrivers
     EXPECT_EQ(END_ANSWERED, heard[0].ended.end);
 }
 
-TEST_F(DriverExchangeProbesTest, AProbesAnswerIsWaitedForAsLongAsAsked)
+TEST_F(DriverExchangeProbesTest, ProbeWaitsForTheGivenTime)
 {
     plc.station(STATION).silent = true;
     exchange.probe(STATION, 5 * MS);
@@ -31,7 +31,7 @@ TEST_F(DriverExchangeProbesTest, AProbesAnswerIsWaitedForAsLongAsAsked)
     EXPECT_EQ(5 * MS, now);
 }
 
-TEST_F(DriverExchangeProbesTest, AProbeWaitsForTheRequestUnderWayAndGoesAheadOfTheNext)
+TEST_F(DriverExchangeProbesTest, ProbeIsSentBetweenTwoRequests)
 {
     write(STATION, NUMBER, 7);
     write(STATION, NUMBER + 1, 8);
@@ -47,7 +47,7 @@ TEST_F(DriverExchangeProbesTest, AProbeWaitsForTheRequestUnderWayAndGoesAheadOfT
     EXPECT_EQ((std::vector<int>{STATION, OTHER_STATION, STATION}), order);
 }
 
-TEST_F(DriverExchangeProbesTest, AProbeThatWaitsGoesWithItsLink)
+TEST_F(DriverExchangeProbesTest, LostLinkDropsWaitingProbes)
 {
     exchange.probe(STATION, 0);
     exchange.probe(OTHER_STATION, 0);
@@ -60,7 +60,7 @@ TEST_F(DriverExchangeProbesTest, AProbeThatWaitsGoesWithItsLink)
     EXPECT_EQ(0, fencesTo(OTHER_STATION));
 }
 
-TEST_F(DriverExchangeProbesTest, AFenceIntoSilenceIsAnAttemptOfItsRequestWhichStaysUnsent)
+TEST_F(DriverExchangeProbesTest, UnansweredFenceUsesUpAnAttemptOfItsUnsentRequest)
 {
     plc.station(STATION).silent = true;
     write(STATION, NUMBER, 7);
@@ -75,7 +75,7 @@ TEST_F(DriverExchangeProbesTest, AFenceIntoSilenceIsAnAttemptOfItsRequestWhichSt
     EXPECT_FALSE(finished.back().wasSent);
 }
 
-TEST_F(DriverExchangeProbesTest, AnAnswerThatComesAfterTheGiveUpIsHeardOfAndEndsNothing)
+TEST_F(DriverExchangeProbesTest, AnswerAfterGiveUpIsHeardAndEndsNoRequest)
 {
     line.stall = {STATION, 0, 10 * SECOND};
     write(STATION, NUMBER, 7);

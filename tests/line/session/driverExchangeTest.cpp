@@ -2,9 +2,9 @@
 
 #include <gtest/gtest.h>
 
-// What becomes of the driver's requests.
+// The ends of the driver's requests.
 
-TEST_F(DriverExchangeTest, WithNothingToDoItIsIdle)
+TEST_F(DriverExchangeTest, IdleWithoutRequests)
 {
     EXPECT_TRUE(exchange.advance(0).isIdle);
     run(10 * SECOND);
@@ -12,7 +12,7 @@ TEST_F(DriverExchangeTest, WithNothingToDoItIsIdle)
     EXPECT_TRUE(exchange.isBetweenRequests());
 }
 
-TEST_F(DriverExchangeTest, AnAnsweredRequestIsAcceptedByTheDriver)
+TEST_F(DriverExchangeTest, DriverAcceptsAnAnsweredRequest)
 {
     write(STATION, NUMBER, 7);
     run(SECOND);
@@ -25,7 +25,7 @@ TEST_F(DriverExchangeTest, AnAnsweredRequestIsAcceptedByTheDriver)
     EXPECT_TRUE(exchange.isBetweenRequests());
 }
 
-TEST_F(DriverExchangeTest, ARefusalIsFinalAtOnce)
+TEST_F(DriverExchangeTest, RefusalIsNotRetried)
 {
     for (const int code : {1, 2, 3, 4, 7, 8, 10, 11, 255}) {
         refuses(code);
@@ -43,7 +43,7 @@ TEST_F(DriverExchangeTest, ARefusalIsFinalAtOnce)
     }
 }
 
-TEST_F(DriverExchangeTest, ABusyStationIsAskedAgainAfterPausesThatDouble)
+TEST_F(DriverExchangeTest, BusyStationIsRetriedAfterDoublingPauses)
 {
     for (const int code : {int(STILL_WORKING_CODE), int(BUSY_CODE)}) {
         refuses(code, ATTEMPTS - 1);
@@ -57,7 +57,7 @@ TEST_F(DriverExchangeTest, ABusyStationIsAskedAgainAfterPausesThatDouble)
         EXPECT_EQ(int(REPLY_ACCEPTED), finished[2].result);
         const std::vector<qint64> times = timesOf(WRITE);
         ASSERT_EQ(size_t(ATTEMPTS), times.size()) << code;
-        // The answer takes 2 ms, a fence ahead of the next attempt 2 ms.
+        // The answer takes 2 ms. The fence ahead of the next attempt takes 2 ms.
         EXPECT_GE(times[1] - times[0], 102 * MS);
         EXPECT_LE(times[1] - times[0], 104 * MS);
         EXPECT_GE(times[2] - times[1], 202 * MS);
@@ -65,7 +65,7 @@ TEST_F(DriverExchangeTest, ABusyStationIsAskedAgainAfterPausesThatDouble)
     }
 }
 
-TEST_F(DriverExchangeTest, AStationThatStaysBusyIsGivenUpAsRefused)
+TEST_F(DriverExchangeTest, PermanentlyBusyStationEndsAsRefused)
 {
     for (const int code : {int(STILL_WORKING_CODE), int(BUSY_CODE)}) {
         refuses(code);
@@ -79,7 +79,7 @@ TEST_F(DriverExchangeTest, AStationThatStaysBusyIsGivenUpAsRefused)
     }
 }
 
-TEST_F(DriverExchangeTest, ThePausesOfTheNextBusyRequestBeginAnew)
+TEST_F(DriverExchangeTest, NextBusyRequestStartsWithTheShortestPause)
 {
     for (int i = 0; i < 2; ++i) {
         refuses(BUSY_CODE, ATTEMPTS - 1);
@@ -92,7 +92,7 @@ TEST_F(DriverExchangeTest, ThePausesOfTheNextBusyRequestBeginAnew)
     }
 }
 
-TEST_F(DriverExchangeTest, ARequestToASilentStationIsGivenUpUnsentAndAtOnce)
+TEST_F(DriverExchangeTest, RequestToASilentStationIsGivenUpUnsent)
 {
     silent.insert(STATION);
     write(STATION, NUMBER, 7);
@@ -109,9 +109,9 @@ TEST_F(DriverExchangeTest, ARequestToASilentStationIsGivenUpUnsentAndAtOnce)
         EXPECT_EQ(char(OTHER_STATION), frame.bytes.at(0));
 }
 
-TEST_F(DriverExchangeTest, ARequestThatNoFrameHoldsIsGivenUpUnsentAndAtOnce)
+TEST_F(DriverExchangeTest, RequestTooLongForAFrameIsGivenUpUnsent)
 {
-    // The driver holds a frame of 1023 bytes, which are 507 words.
+    // The driver's buffer for a frame has 1023 bytes, enough for 507 words.
     _RCP_VAR_PRO record;
     record.linkNo = StartedDriver::LINK_NUMBER;
     record.station = STATION;
@@ -130,7 +130,7 @@ TEST_F(DriverExchangeTest, ARequestThatNoFrameHoldsIsGivenUpUnsentAndAtOnce)
     EXPECT_TRUE(sent.empty());
 }
 
-TEST_F(DriverExchangeTest, ARequestThatIsNotAnsweredIsGivenUpWithFencesAsItsOtherAttempts)
+TEST_F(DriverExchangeTest, LaterAttemptsOfAnUnansweredRequestAreFences)
 {
     write(STATION, NUMBER, 7);
     run(SECOND);
@@ -148,7 +148,7 @@ TEST_F(DriverExchangeTest, ARequestThatIsNotAnsweredIsGivenUpWithFencesAsItsOthe
     EXPECT_EQ(ATTEMPTS - 1, fencesTo(STATION));
 }
 
-TEST_F(DriverExchangeTest, ARequestCutShortByALostLinkIsOfferedAgainAndCostsNoAttempt)
+TEST_F(DriverExchangeTest, LostLinkUsesUpNoAttempt)
 {
     write(STATION, NUMBER, 7);
     for (int loss = 0; loss < 2 * ATTEMPTS; ++loss) {
@@ -166,7 +166,7 @@ TEST_F(DriverExchangeTest, ARequestCutShortByALostLinkIsOfferedAgainAndCostsNoAt
     EXPECT_EQ(int(REPLY_ACCEPTED), finished[0].result);
 }
 
-TEST_F(DriverExchangeTest, ARequestUnderWayAtTheLossIsTheNextOneOnTheNewLink)
+TEST_F(DriverExchangeTest, InterruptedRequestIsFirstOnTheNewLink)
 {
     write(STATION, NUMBER, 7);
     while (timesOf(WRITE).empty())
@@ -181,7 +181,7 @@ TEST_F(DriverExchangeTest, ARequestUnderWayAtTheLossIsTheNextOneOnTheNewLink)
     EXPECT_EQ(sent.front().isFence ? sent[1].bytes : sent[0].bytes, sent.back().bytes);
 }
 
-TEST_F(DriverExchangeTest, WithNothingPolledTheDriverIsAskedOnBehindTenWritesInARow)
+TEST_F(DriverExchangeTest, MoreThanTenWritesAreSentWithoutPolling)
 {
     enum { WRITES = 25 };
     for (int i = 0; i < WRITES; ++i)

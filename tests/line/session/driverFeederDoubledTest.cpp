@@ -5,13 +5,13 @@
 
 #include <random>
 
-// Answers that come twice, the second time 1 to 30 ms behind the first: of a hundred one, or ten.
+// Answers that come twice: 1 % or 10 % of all answers, the second copy 1 to 30 ms after the first.
 
 namespace {
 
 enum { MS = SessionBench::MS, SECOND = SessionBench::SECOND };
 
-/// Doubles answers by chance under a seed, and counts those it did.
+/// Doubles answers at random with a fixed seed, and counts the doubled answers.
 class Doubling
 {
 public:
@@ -48,7 +48,7 @@ void expectNothingMixedUp(const std::vector<Tag>& tags, qint64 duration)
 
 } // namespace
 
-TEST(DriverFeederDoubledAnswers, MixUpNoWordsThatAreReadOneByOne)
+TEST(DriverFeederDoubledAnswers, MixUpNoSingleWords)
 {
     expectNothingMixedUp(wordsApart(), 100LL * SECOND);
 }
@@ -58,7 +58,7 @@ TEST(DriverFeederDoubledAnswers, MixUpNoFullBlocks)
     expectNothingMixedUp(wordsSideBySide(2000), 120LL * SECOND);
 }
 
-TEST(DriverFeederDoubledAnswers, MixUpNothingInASingleBlock)
+TEST(DriverFeederDoubledAnswers, MixUpNothingInAPlanOfOneBlock)
 {
     expectNothingMixedUp(wordsSideBySide(20), 100LL * SECOND);
 }

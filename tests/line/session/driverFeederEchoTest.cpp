@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-// Links that return what is sent, as two-wire adapters do. Nobody tells the host.
+// Links that return the sent bytes, as two-wire adapters do. The host is not told of it.
 
 namespace {
 
@@ -30,7 +30,7 @@ protected:
     SessionBench bench;
 };
 
-TEST_F(DriverFeederEchoTest, AnEchoIsFoundAndToldOnceThoughTheLinkIsLostAndBack)
+TEST_F(DriverFeederEchoTest, EchoIsToldOnceAcrossALostLink)
 {
     bench.poll({tagOf("MW", NUMBER)});
     bench.run(SECOND);
@@ -39,7 +39,7 @@ TEST_F(DriverFeederEchoTest, AnEchoIsFoundAndToldOnceThoughTheLinkIsLostAndBack)
     EXPECT_EQ(1, bench.sink.echoesFound);
 }
 
-TEST_F(DriverFeederEchoTest, OnALinkWithoutAnEchoNoneIsFound)
+TEST_F(DriverFeederEchoTest, NoEchoIsFoundOnALinkWithoutEcho)
 {
     bench.line.echoes = false;
     bench.poll({tagOf("MW", NUMBER)});
@@ -49,7 +49,7 @@ TEST_F(DriverFeederEchoTest, OnALinkWithoutAnEchoNoneIsFound)
     EXPECT_EQ(0, bench.sink.echoesFound);
 }
 
-TEST_F(DriverFeederEchoTest, ValuesAreShownAndWritesAreConfirmedBehindTheEcho)
+TEST_F(DriverFeederEchoTest, RepliesBehindTheEchoAreUsed)
 {
     bench.poll({tagOf("MW", NUMBER)});
     bench.writeWord(JOB, NUMBER + 1, 7);
@@ -60,7 +60,7 @@ TEST_F(DriverFeederEchoTest, ValuesAreShownAndWritesAreConfirmedBehindTheEcho)
     EXPECT_GE(bench.sink.tags[0].reads, 50);
 }
 
-TEST_F(DriverFeederEchoTest, AWriteThatThePlcRefusesIsNotConfirmedByItsEcho)
+TEST_F(DriverFeederEchoTest, EchoDoesNotConfirmARefusedWrite)
 {
     bench.plc.station(1).refusals[NUMBER] = 2;
     bench.writeWord(JOB, NUMBER, 7);
@@ -68,7 +68,7 @@ TEST_F(DriverFeederEchoTest, AWriteThatThePlcRefusesIsNotConfirmedByItsEcho)
     EXPECT_EQ(JobEnd::REFUSED, bench.sink.outcome(JOB));
 }
 
-TEST_F(DriverFeederEchoTest, AWriteToAStationThatIsGoneIsNotConfirmedByItsEcho)
+TEST_F(DriverFeederEchoTest, EchoDoesNotConfirmAWriteToASilentStation)
 {
     bench.pollTwoStations(NUMBER);
     bench.plc.station(2).silent = true;
@@ -78,7 +78,7 @@ TEST_F(DriverFeederEchoTest, AWriteToAStationThatIsGoneIsNotConfirmedByItsEcho)
     EXPECT_EQ(0, bench.plc.word(2, NUMBER));
 }
 
-TEST_F(DriverFeederEchoTest, AnEchoIsNoSignOfLifeOfASilentStation)
+TEST_F(DriverFeederEchoTest, EchoIsNoAnswerOfASilentStation)
 {
     bench.pollTwoStations(NUMBER);
     bench.plc.station(2).silent = true;
@@ -87,12 +87,12 @@ TEST_F(DriverFeederEchoTest, AnEchoIsNoSignOfLifeOfASilentStation)
     EXPECT_TRUE(bench.sink.tags[0].good);
 }
 
-TEST_F(DriverFeederEchoTest, AStationThatIsGoneIsSilentAsSoonAsOnALinkWithoutAnEcho)
+TEST_F(DriverFeederEchoTest, EchoDoesNotDelayTheDetectionOfASilentStation)
 {
     bench.pollTwoStations(NUMBER);
     bench.plc.station(2).silent = true;
     const QString silent = QLatin1String("station 2 does not answer");
     const auto isTold = [&] { return bench.sink.tags[1].trouble == silent; };
-    // A request and two fences.
+    // The three attempts are a request and two fences.
     EXPECT_TRUE(bench.runUntil(isTold, 350 * MS));
 }

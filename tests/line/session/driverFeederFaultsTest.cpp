@@ -20,7 +20,7 @@ protected:
     SessionBench bench;
 };
 
-TEST_F(DriverFeederFaultsTest, ALostLinkMakesAllTagsBadWithItsTrouble)
+TEST_F(DriverFeederFaultsTest, LostLinkMarksAllTagsBadWithTheReason)
 {
     bench.pollTwoStations(NUMBER);
     bench.loseLink(LOST);
@@ -30,7 +30,7 @@ TEST_F(DriverFeederFaultsTest, ALostLinkMakesAllTagsBadWithItsTrouble)
     }
 }
 
-TEST_F(DriverFeederFaultsTest, WhenTheLinkIsBackTheTagsAreGoodAndNew)
+TEST_F(DriverFeederFaultsTest, TagsAreReadAgainAfterTheLinkReturns)
 {
     bench.pollTwoStations(NUMBER);
     bench.loseLink(LOST);
@@ -43,7 +43,7 @@ TEST_F(DriverFeederFaultsTest, WhenTheLinkIsBackTheTagsAreGoodAndNew)
     EXPECT_EQ(5, bench.shown(0));
 }
 
-TEST_F(DriverFeederFaultsTest, JobsThatComeWhileTheLinkIsLostAreDoneWhenItIsBack)
+TEST_F(DriverFeederFaultsTest, JobsOfALostLinkAreDoneAfterItReturns)
 {
     bench.pollTwoStations(NUMBER);
     bench.loseLink(LOST);
@@ -59,7 +59,7 @@ TEST_F(DriverFeederFaultsTest, JobsThatComeWhileTheLinkIsLostAreDoneWhenItIsBack
     EXPECT_EQ(1, bench.plc.word(1, 3500));
 }
 
-TEST_F(DriverFeederFaultsTest, ALossInTheMiddleOfAWriteLosesNone)
+TEST_F(DriverFeederFaultsTest, LossDuringAWriteLosesNoWrite)
 {
     bench.poll({tagOf("IW", 0)});
     for (int i = 0; i < 50; ++i)
@@ -77,7 +77,7 @@ TEST_F(DriverFeederFaultsTest, ALossInTheMiddleOfAWriteLosesNone)
     }
 }
 
-TEST_F(DriverFeederFaultsTest, AThousandLossesAreAllRecoveredFrom)
+TEST_F(DriverFeederFaultsTest, RecoversFromAThousandLosses)
 {
     bench.pollTwoStations(NUMBER);
     std::mt19937 random(3);
@@ -88,12 +88,12 @@ TEST_F(DriverFeederFaultsTest, AThousandLossesAreAllRecoveredFrom)
         bench.bringLinkBack();
     }
     bench.plc.station(2).holding[NUMBER] = 12;
-    // The attempts of the last links are still reckoned with for a while.
+    // Answers to requests on the former links are expected for some time.
     EXPECT_TRUE(bench.runUntil([this] { return bench.sink.tags[0].good && bench.shown(1) == 12; },
                                2 * SECOND));
 }
 
-TEST_F(DriverFeederFaultsTest, ARefusalIsASignOfLife)
+TEST_F(DriverFeederFaultsTest, RefusingStationIsNotSilent)
 {
     bench.pollTwoStations(NUMBER);
     bench.plc.station(2).refusals[NUMBER] = 2;
@@ -104,7 +104,7 @@ TEST_F(DriverFeederFaultsTest, ARefusalIsASignOfLife)
     EXPECT_TRUE(bench.sink.tags[1].good);
 }
 
-TEST_F(DriverFeederFaultsTest, OneBurstOfNoiseMakesNoStationSilent)
+TEST_F(DriverFeederFaultsTest, NoiseBurstMakesNoStationSilent)
 {
     bench.pollTwoStations(NUMBER);
     int noisy = SessionBench::ATTEMPTS;

@@ -8,7 +8,7 @@
 #include <set>
 #include <utility>
 
-// Many stations on one line, some of them dead from the start. A time-out is 500 ms.
+// Many stations on a line, some of them silent from the start. A time-out is 500 ms.
 
 namespace {
 
@@ -21,7 +21,7 @@ enum {
     SECOND = SessionBench::SECOND
 };
 
-/// A line of 31 stations with a word each, whose tags are numbered as the stations from 0 on.
+/// A line with 31 stations. Each station has one word; the tags have the order of the stations.
 class Line
 {
 public:
@@ -76,7 +76,7 @@ std::set<int> drawn(std::mt19937& random)
     return dead;
 }
 
-/// Milliseconds until every living station is shown.
+/// Milliseconds until the values of all answering stations are shown.
 double msUntilAllAreShown(const std::set<int>& dead)
 {
     Line line(dead);
@@ -86,7 +86,7 @@ double msUntilAllAreShown(const std::set<int>& dead)
 
 } // namespace
 
-TEST(DriverFeederManyStations, LivingOnesAreShownWithinTwoSecondsBesideFifteenDeadOnes)
+TEST(DriverFeederManyStations, AnsweringStationsAreShownWithinTwoSecondsBesideFifteenSilentStations)
 {
     double longest = std::max(msUntilAllAreShown(theFirst()), msUntilAllAreShown(everyOther()));
     std::mt19937 random(4);
@@ -97,7 +97,7 @@ TEST(DriverFeederManyStations, LivingOnesAreShownWithinTwoSecondsBesideFifteenDe
     EXPECT_LE(longest, 2000);
 }
 
-TEST(DriverFeederManyStations, LivingOnesHaveHalfOfTheTimeWhileTheDeadAreFound)
+TEST(DriverFeederManyStations, AnsweringStationsHaveHalfOfTheTimeDuringTheSearch)
 {
     Line line(everyOther());
     EXPECT_TRUE(line.bench.runUntil([&] { return line.showsAllThatLive(); }, 2LL * SECOND));
@@ -107,7 +107,7 @@ TEST(DriverFeederManyStations, LivingOnesHaveHalfOfTheTimeWhileTheDeadAreFound)
     EXPECT_GE(line.bench.sink.tags[0].reads - before, 10000 / 2 / 128);
 }
 
-TEST(DriverFeederManyStations, DeadOnesAreToldOfOnceEachAndSoon)
+TEST(DriverFeederManyStations, EachSilentStationIsReportedOnceAndSoon)
 {
     Line line(everyOther());
     const auto areAllTold = [&] {
@@ -123,7 +123,7 @@ TEST(DriverFeederManyStations, DeadOnesAreToldOfOnceEachAndSoon)
     }
 }
 
-TEST(DriverFeederManyStations, LivingOnesLoseLittleToTheDead)
+TEST(DriverFeederManyStations, SilentStationsCostAnsweringStationsLittleTime)
 {
     const auto readsOfLiving = [](const std::set<int>& dead, bool areTheyThere) {
         SessionBench bench(TIME_OUT);
@@ -141,14 +141,14 @@ TEST(DriverFeederManyStations, LivingOnesLoseLittleToTheDead)
             reads += note.reads;
         return reads;
     };
-    // Each dead one is asked once in 121 time-outs.
+    // Each silent station is probed once in 121 time-outs.
     const double share = double(readsOfLiving({7}, true)) / double(readsOfLiving({7}, false));
     EXPECT_GE(share, 0.98);
     std::printf("one dead station of 31: the others keep %.1f %% of their exchanges\n",
                 100 * share);
 }
 
-TEST(DriverFeederManyStations, AllAreSilentFromTheLastOnesGiveUpToTheFirstAnswer)
+TEST(DriverFeederManyStations, AllAreSilentFromTheLastGiveUpToTheFirstAnswer)
 {
     SessionBench bench;
     bench.pollTwoStations(NUMBER);
@@ -174,7 +174,7 @@ TEST(DriverFeederManyStations, AllMayBeSilentFromTheStart)
     EXPECT_TRUE(bench.feeder.areAllSilent());
 }
 
-TEST(DriverFeederManyStations, NoneIsSilentWithNothingPolled)
+TEST(DriverFeederManyStations, NoneIsSilentWithoutPolling)
 {
     SessionBench bench;
     bench.run(SECOND);
@@ -184,14 +184,14 @@ TEST(DriverFeederManyStations, NoneIsSilentWithNothingPolled)
     EXPECT_FALSE(bench.feeder.areAllSilent());
 }
 
-TEST(DriverFeederManyStations, ALateAnswerToARequestAloneBringsASilentStationBackAtOnce)
+TEST(DriverFeederManyStations, LateAnswerToARequestEndsSilenceAtOnce)
 {
     SessionBench bench;
     bench.pollTwoStations(NUMBER);
     const qint64 trouble = bench.now;
     const qint64 cameBack = trouble + SECOND;
     bool isDelayed = false;
-    // One answer is a second late, and what is asked meanwhile gets lost.
+    // One answer is a second late. The answers to all requests in between are lost.
     bench.line.disturb = [&](const QByteArray& request, ModelLine::Coming& coming) {
         if (request.at(0) != 2 || bench.now >= cameBack) return;
         if (std::exchange(isDelayed, true))
@@ -205,7 +205,7 @@ TEST(DriverFeederManyStations, ALateAnswerToARequestAloneBringsASilentStationBac
     EXPECT_TRUE(bench.runUntil([&] { return bench.sink.tags[1].good; }, 200 * MS));
 }
 
-TEST(DriverFeederManyStations, ALateAnswerBringsASilentStationBackAtOnce)
+TEST(DriverFeederManyStations, LateAnswerEndsSilenceAtOnce)
 {
     for (const qint64 stall : {2, 5, 11, 30, 61}) {
         SessionBench bench;
@@ -213,7 +213,7 @@ TEST(DriverFeederManyStations, ALateAnswerBringsASilentStationBackAtOnce)
         bench.line.stall = {2, bench.now, bench.now + stall * SECOND};
         bench.run(stall * SECOND - MS);
         EXPECT_FALSE(bench.sink.tags[1].good) << stall;
-        // The answers to what was asked meanwhile come one after the other.
+        // The answers to the requests of the stall come one after the other.
         EXPECT_TRUE(bench.runUntil([&] { return bench.sink.tags[1].good; }, 200 * MS)) << stall;
     }
 }

@@ -6,8 +6,9 @@
 #include <random>
 #include <tuple>
 
-// Ten thousand exchanges over a line that loses, damages, delays, doubles and adds, under a seed.
-// What the PLC really did is noted at its end of the line and held against what the host said.
+// Ten thousand exchanges over a line that loses, damages, delays, doubles and adds bytes at random,
+// with a fixed seed. The PLC's actions are recorded at its end of the line and compared with the
+// host's reports.
 
 namespace {
 
@@ -15,10 +16,10 @@ enum {
     STATIONS = 3,
     WORDS = 12,
     FIRST_WORD = 3100,
-    WORD_STEP = 40, ///< too far apart to be read together, so that all blocks have one shape
+    WORD_STEP = 40, ///< too large a distance for a common block, so that all blocks are alike
     BITS = 8,
-    FIRST_BIT = 3000, ///< of MX; its word is 3000, and no tag's
-    CLASSES = 64,     ///< a word's value modulo this tells which word it is of
+    FIRST_BIT = 3000, ///< first bit of MX; no tag uses its word, 3000
+    CLASSES = 64,     ///< a value modulo CLASSES identifies its word
     REFUSED_WORD = FIRST_WORD + 3 * WORD_STEP,
     EXCHANGES = 10000,
     MOST_WAITING = 30,
@@ -31,10 +32,10 @@ struct WriteJob
 {
     Element element;
     int value;
-    size_t since; ///< requests sent when it was handed in
+    size_t since; ///< number of requests sent before it was handed in
 };
 
-/// What the PLC did with one write request.
+/// The PLC's action on a write request.
 struct Deed
 {
     Element element;
@@ -47,7 +48,7 @@ int classOf(int station, int number)
     return (number / WORD_STEP * STATIONS + station) % CLASSES;
 }
 
-/// Any 16-bit value of the word's class.
+/// A random 16-bit value that belongs to the word.
 int valueFor(int station, int number, unsigned random)
 {
     return int(random % 1000u) * CLASSES + classOf(station, number);
@@ -88,7 +89,7 @@ protected:
         memory.refusals[REFUSED_WORD] = 2;
     }
 
-    /// A word's value that belongs to another word.
+    /// Whether a word shows a value that belongs to another word.
     static bool isForeign(const Tag& tag, const QByteArray& bytes)
     {
         if (tag.isBit() || tag.number == REFUSED_WORD) return false;
@@ -135,7 +136,7 @@ protected:
         if (happens(4)) coming.bytes.clear();
     }
 
-    /// Hands in a write of any tag, if not too many wait.
+    /// Hands in a write of a random tag unless too many writes wait.
     void writeSomething()
     {
         if (int(jobs.size()) - int(bench.sink.ends.size()) >= MOST_WAITING) return;
@@ -149,7 +150,7 @@ protected:
                                            : wordWriteOf(tag.number, value, tag.station)});
     }
 
-    /// The PLC did this write, or refused it, since it was handed in.
+    /// Whether the PLC has done or refused the write since it was handed in.
     bool hasDeed(const WriteJob& job, bool refused) const
     {
         for (size_t i = job.since; i < deeds.size(); ++i) {
@@ -169,7 +170,7 @@ protected:
     void makeNoise()
     {
         bench.poll(tags);
-        // All words are read once, as one that never was falls back to 0.
+        // Reads all words once: a failed write to a word that was never read reverts to 0.
         bench.run(2 * SECOND);
         noisy = true;
         while (bench.sink.exchanges.size() < EXCHANGES && !HasFailure()) {
@@ -190,7 +191,7 @@ protected:
     int foreignValues = 0;
 };
 
-TEST_F(DriverFeederNoiseTest, EveryWriteIsAccountedForAndShownValuesAreThePlcs)
+TEST_F(DriverFeederNoiseTest, WriteResultsAndShownValuesMatchThePlc)
 {
     makeNoise();
     ASSERT_EQ(jobs.size(), bench.sink.ends.size());

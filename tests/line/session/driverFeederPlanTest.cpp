@@ -5,13 +5,13 @@
 #include <set>
 #include <utility>
 
-// What the driver makes of a plan on the line: whether neighbours in the plan are neighbours there.
+// The driver's order of requests on the line: neighbours in the plan must be neighbours there.
 
 namespace {
 
 enum { SECOND = SessionBench::SECOND };
 
-/// Two replies of one kind look alike: by function, and number of registers.
+/// The function and the number of registers. Replies of the same kind look alike.
 using Kind = std::pair<int, int>;
 
 Kind kindOf(const QByteArray& request)
@@ -37,7 +37,7 @@ std::vector<Tag> oneWordBlocks()
 class DriverFeederPlanTest : public testing::Test
 {
 protected:
-    /// Polls for a second, and then for ten that count.
+    /// Polls for a second to get into step, then for ten seconds that are recorded.
     void pollInStep(const std::vector<Tag>& tags)
     {
         bench.poll(tags);
@@ -59,7 +59,7 @@ protected:
     SessionBench bench;
 };
 
-TEST_F(DriverFeederPlanTest, RequestsThatFollowOneAnotherDifferAndNeedNoFence)
+TEST_F(DriverFeederPlanTest, ConsecutiveRequestsDifferAndNeedNoFence)
 {
     pollInStep(oneWordBlocks());
     for (size_t i = 1; i < bench.sent.size(); ++i)
@@ -67,7 +67,7 @@ TEST_F(DriverFeederPlanTest, RequestsThatFollowOneAnotherDifferAndNeedNoFence)
     EXPECT_TRUE(bench.fences.empty());
 }
 
-TEST_F(DriverFeederPlanTest, EachBlockIsReadAsLongAsPlanned)
+TEST_F(DriverFeederPlanTest, BlocksAreReadWithTheirPlannedLength)
 {
     pollInStep(oneWordBlocks());
     std::set<Kind> planned;
@@ -76,7 +76,7 @@ TEST_F(DriverFeederPlanTest, EachBlockIsReadAsLongAsPlanned)
     EXPECT_EQ(planned, kindsSent());
 }
 
-TEST_F(DriverFeederPlanTest, GroupsOfBitsAreToldApartByReadingARegisterMore)
+TEST_F(DriverFeederPlanTest, EqualBitGroupsAreReadWithOneRegisterMore)
 {
     std::vector<Tag> tags;
     for (int i = 0; i < 6; ++i)
@@ -88,15 +88,16 @@ TEST_F(DriverFeederPlanTest, GroupsOfBitsAreToldApartByReadingARegisterMore)
     EXPECT_TRUE(bench.fences.empty());
 }
 
-TEST_F(DriverFeederPlanTest, BlocksOfTwoStationsMayLookAlike)
+TEST_F(DriverFeederPlanTest, BlocksOfDifferentStationsMayBeAlike)
 {
     bench.plc.station(2);
     pollInStep({tagOf("MW", 3000), tagOf("MW", 3000, Tag::UINT16, 2)});
     EXPECT_TRUE(bench.fences.empty());
 }
 
-// The PLC ends with the last tag, and the plan reads a word behind it to tell its answer apart.
-TEST_F(DriverFeederPlanTest, AWordThatNoTagNeedsIsLeftOutWhenThePlcRefusesIt)
+// The last tag is the PLC's last register. The plan reads a spare word behind it to make the reply
+// different from its neighbours.
+TEST_F(DriverFeederPlanTest, RefusedSpareWordIsRemovedFromTheBlock)
 {
     bench.plc.station(1).lastHolding = 3400;
     bench.plc.station(1).holding[3400] = 77;
@@ -108,11 +109,11 @@ TEST_F(DriverFeederPlanTest, AWordThatNoTagNeedsIsLeftOutWhenThePlcRefusesIt)
     EXPECT_EQ(77, bench.shown(1));
     const int reads = bench.sink.tags[1].reads;
     bench.run(SECOND);
-    // With a fence between the two blocks, as neither may be read longer: about 32 turns a second.
+    // A fence separates the two blocks, because neither may be longer: about 32 cycles a second.
     EXPECT_GT(bench.sink.tags[1].reads, reads + 20);
 }
 
-TEST_F(DriverFeederPlanTest, ABlockThatIsRefusedWithoutASpareWordIsBad)
+TEST_F(DriverFeederPlanTest, RefusedBlockWithoutASpareWordIsBad)
 {
     bench.plc.station(1).lastHolding = 3399;
     bench.poll({tagOf("MW", 3000), tagOf("MW", 3400)});

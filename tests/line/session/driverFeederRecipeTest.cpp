@@ -3,13 +3,14 @@
 
 #include <gtest/gtest.h>
 
-// Recipes through the real driver. Words lie low byte first in its buffer, bits one byte each.
+// Recipes through the real driver. In its buffer a word takes two bytes, low byte first, and a bit
+// one byte.
 
 namespace {
 
 enum { JOB = 1, MS = SessionBench::MS, SECOND = SessionBench::SECOND, WRITE_REGISTERS = 16 };
 
-/// Every third word of MW from 3100 on, so that each is a block of its own.
+/// Every third word of MW from 3100 on, so that each word is a separate block.
 std::vector<Tag> scattered(int count)
 {
     std::vector<Tag> tags;
@@ -40,7 +41,7 @@ protected:
     SessionBench bench;
 };
 
-TEST_F(DriverFeederRecipeTest, ADownloadEndsWithItsValuesInThePlc)
+TEST_F(DriverFeederRecipeTest, DownloadWritesItsValues)
 {
     bench.feeder.addRecipe(download(JOB, scattered(5), valuesFor(5)));
     ASSERT_TRUE(bench.runUntilEnded(JOB));
@@ -49,7 +50,7 @@ TEST_F(DriverFeederRecipeTest, ADownloadEndsWithItsValuesInThePlc)
     EXPECT_EQ((std::vector<int>{1, 2, 3, 4, 5}), bench.sink.progress);
 }
 
-TEST_F(DriverFeederRecipeTest, ADownloadWritesWordsTogetherAndBitsTooInFewFrames)
+TEST_F(DriverFeederRecipeTest, DownloadGroupsWordsAndBitsIntoFewFrames)
 {
     std::vector<Tag> tags;
     std::vector<QByteArray> values;
@@ -69,7 +70,7 @@ TEST_F(DriverFeederRecipeTest, ADownloadWritesWordsTogetherAndBitsTooInFewFrames
     EXPECT_EQ(0xA8, bench.plc.word(1, 3007));
 }
 
-TEST_F(DriverFeederRecipeTest, ValuesOfTwoStationsAtNumbersThatGoOnReachTheirOwnStation)
+TEST_F(DriverFeederRecipeTest, AdjacentNumbersOfTwoStationsAreWrittenSeparately)
 {
     bench.plc.station(2);
     const std::vector<Tag> tags = {tagOf("MW", 3100, Tag::UINT16, 1),
@@ -81,7 +82,7 @@ TEST_F(DriverFeederRecipeTest, ValuesOfTwoStationsAtNumbersThatGoOnReachTheirOwn
     EXPECT_EQ(0, bench.plc.word(1, 3101));
     EXPECT_EQ(22, bench.plc.word(2, 3101));
 
-    // An upload that asked the wrong station would show the first one's word.
+    // An upload from the wrong station would show the word of station 1.
     bench.plc.station(1).holding[3101] = 99;
     bench.feeder.addRecipe(upload(JOB + 1, tags));
     ASSERT_TRUE(bench.runUntilEnded(JOB + 1));
@@ -89,7 +90,7 @@ TEST_F(DriverFeederRecipeTest, ValuesOfTwoStationsAtNumbersThatGoOnReachTheirOwn
     EXPECT_EQ(wordBytes(22), plan.value(1, bench.sink.ends[JOB + 1].values));
 }
 
-TEST_F(DriverFeederRecipeTest, AnUploadEndsWithThePlcsValues)
+TEST_F(DriverFeederRecipeTest, UploadReadsThePlcsValues)
 {
     const std::vector<Tag> tags = scattered(5);
     for (int i = 0; i < 5; ++i)
@@ -103,7 +104,7 @@ TEST_F(DriverFeederRecipeTest, AnUploadEndsWithThePlcsValues)
     EXPECT_EQ((std::vector<int>{1, 2, 3, 4, 5}), bench.sink.progress);
 }
 
-TEST_F(DriverFeederRecipeTest, WhatWasDownloadedComesBackInAnUpload)
+TEST_F(DriverFeederRecipeTest, UploadReturnsDownloadedValues)
 {
     const std::vector<Tag> tags = scattered(20);
     bench.feeder.addRecipe(download(JOB, tags, valuesFor(20)));
@@ -112,9 +113,9 @@ TEST_F(DriverFeederRecipeTest, WhatWasDownloadedComesBackInAnUpload)
     EXPECT_EQ(download(JOB, tags, valuesFor(20)).values, bench.sink.ends[JOB + 1].values);
 }
 
-TEST_F(DriverFeederRecipeTest, ARefusedBlockIsNamedAndEndsTheTransfer)
+TEST_F(DriverFeederRecipeTest, RefusedBlockEndsTheTransferAndIsNamed)
 {
-    // Number 3106 is the text MW212.
+    // Number 3106 is the address MW212.
     bench.plc.station(1).refusals[3106] = 2;
     bench.feeder.addRecipe(download(JOB, scattered(5), valuesFor(5)));
     ASSERT_TRUE(bench.runUntilEnded(JOB));
@@ -126,7 +127,7 @@ TEST_F(DriverFeederRecipeTest, ARefusedBlockIsNamedAndEndsTheTransfer)
     EXPECT_EQ(3u, bench.sent.size());
 }
 
-TEST_F(DriverFeederRecipeTest, ABlockOfASilentStationTimesOutAndIsNamed)
+TEST_F(DriverFeederRecipeTest, BlockOfASilentStationTimesOutAndIsNamed)
 {
     bench.feeder.addRecipe(upload(JOB, {tagOf("MW", 3100, Tag::UINT32, 9)}));
     ASSERT_TRUE(bench.runUntilEnded(JOB));
@@ -135,7 +136,7 @@ TEST_F(DriverFeederRecipeTest, ABlockOfASilentStationTimesOutAndIsNamed)
               bench.sink.ends[JOB].trouble);
 }
 
-TEST_F(DriverFeederRecipeTest, ARecipeBehindOneThatFailedStartsAtItsFirstBlock)
+TEST_F(DriverFeederRecipeTest, RecipeAfterAFailedRecipeStartsAtItsFirstBlock)
 {
     bench.plc.station(1).refusals[3106] = 2;
     bench.feeder.addRecipe(download(JOB, scattered(5), valuesFor(5)));
@@ -149,7 +150,7 @@ TEST_F(DriverFeederRecipeTest, ARecipeBehindOneThatFailedStartsAtItsFirstBlock)
     expectInPlc(5);
 }
 
-TEST_F(DriverFeederRecipeTest, ARecipeOfAnotherLinkEndsAtOnce)
+TEST_F(DriverFeederRecipeTest, RecipeOfAnotherLinkEndsAsLost)
 {
     RecipeJob recipe = download(JOB, scattered(1), valuesFor(1));
     recipe.records[0].linkNo = StartedDriver::LINK_NUMBER + 1;
@@ -159,7 +160,7 @@ TEST_F(DriverFeederRecipeTest, ARecipeOfAnotherLinkEndsAtOnce)
     EXPECT_TRUE(bench.sent.empty());
 }
 
-TEST_F(DriverFeederRecipeTest, ARecipeEndsWhileWritesWaitAndAllOfThemEndToo)
+TEST_F(DriverFeederRecipeTest, RecipeAndWaitingWritesAllEnd)
 {
     bench.poll({tagOf("IW", 0), tagOf("MX", 3000, Tag::BOOL)});
     bench.run(SECOND);
@@ -175,7 +176,7 @@ TEST_F(DriverFeederRecipeTest, ARecipeEndsWhileWritesWaitAndAllOfThemEndToo)
         ASSERT_EQ(i + 1, bench.plc.word(1, 4000 + i));
 }
 
-TEST_F(DriverFeederRecipeTest, PollingGoesOnBehindARecipe)
+TEST_F(DriverFeederRecipeTest, PollingContinuesAfterARecipe)
 {
     bench.poll({tagOf("IW", 0)});
     bench.run(SECOND);
@@ -187,7 +188,7 @@ TEST_F(DriverFeederRecipeTest, PollingGoesOnBehindARecipe)
     EXPECT_TRUE(bench.sink.tags[0].good);
 }
 
-TEST_F(DriverFeederRecipeTest, ARecipeThatComesInTheMiddleOfARequestWaitsForItsEnd)
+TEST_F(DriverFeederRecipeTest, RecipeWaitsForTheRequestUnderWay)
 {
     bench.plc.station(1).inputs[0] = 4;
     bench.poll({tagOf("IW", 0)});
@@ -199,7 +200,7 @@ TEST_F(DriverFeederRecipeTest, ARecipeThatComesInTheMiddleOfARequestWaitsForItsE
     EXPECT_EQ((std::vector<int>{1, 2}), bench.sink.progress);
 }
 
-TEST_F(DriverFeederRecipeTest, ALostLinkInTheMiddleOnlyDelaysARecipe)
+TEST_F(DriverFeederRecipeTest, LostLinkOnlyDelaysARecipe)
 {
     bench.feeder.addRecipe(download(JOB, scattered(10), valuesFor(10)));
     for (size_t requests = 1; requests <= 10; ++requests) {
@@ -214,7 +215,7 @@ TEST_F(DriverFeederRecipeTest, ALostLinkInTheMiddleOnlyDelaysARecipe)
     expectInPlc(10);
 }
 
-TEST_F(DriverFeederRecipeTest, ARecipeGoesOnWhenTheFirstReplyToEachBlockIsLost)
+TEST_F(DriverFeederRecipeTest, LostRepliesAreRetriedBlockByBlock)
 {
     std::set<QByteArray> lost;
     bench.line.disturb = [&](const QByteArray& request, ModelLine::Coming& coming) {

@@ -6,7 +6,7 @@
 #include <map>
 #include <random>
 
-// What is polled and written by recipes at the same time: it is shown soon, and whole.
+// Tags that are polled and written by recipes: new values are shown soon, and never half written.
 
 namespace {
 
@@ -30,7 +30,7 @@ bool holds(const QByteArray& request, int number)
     return number >= first && number < first + wordAt(request, 4);
 }
 
-/// Sixty words far apart, so that a cycle takes half a second.
+/// Sixty scattered words, so that a cycle takes half a second.
 std::vector<Tag> longCycle()
 {
     std::vector<Tag> tags;
@@ -45,7 +45,7 @@ class DriverFeederShownWritesTest : public testing::Test
 {
 protected:
     /// Runs until the tag shows the value.
-    /// @return requests sent meanwhile
+    /// @return number of requests sent until then
     int requestsUntilShown(int tag, qint64 value)
     {
         const size_t before = bench.sent.size();
@@ -56,7 +56,7 @@ protected:
     SessionBench bench;
 };
 
-TEST_F(DriverFeederShownWritesTest, WhatARecipeWroteIsReadNextThoughItsBlockIsNotDue)
+TEST_F(DriverFeederShownWritesTest, RecipeValuesAreReadNext)
 {
     const std::vector<Tag> tags = longCycle();
     bench.poll(tags);
@@ -69,7 +69,7 @@ TEST_F(DriverFeederShownWritesTest, WhatARecipeWroteIsReadNextThoughItsBlockIsNo
     }
 }
 
-TEST_F(DriverFeederShownWritesTest, WhatARecipeWroteInTheMiddleOfABlockIsReadNextToo)
+TEST_F(DriverFeederShownWritesTest, RecipeValuesInTheMiddleOfABlockAreReadNext)
 {
     std::vector<Tag> tags = longCycle();
     tags.push_back(tagOf("MW", 3501));
@@ -83,7 +83,7 @@ TEST_F(DriverFeederShownWritesTest, WhatARecipeWroteInTheMiddleOfABlockIsReadNex
     EXPECT_EQ(78, bench.shown(61));
 }
 
-TEST_F(DriverFeederShownWritesTest, EveryRecordOfARecipeIsRead)
+TEST_F(DriverFeederShownWritesTest, EachRecipeRecordIsReadBack)
 {
     const std::vector<Tag> tags = longCycle();
     bench.poll(tags);
@@ -93,14 +93,14 @@ TEST_F(DriverFeederShownWritesTest, EveryRecordOfARecipeIsRead)
         values.push_back(wordBytes(100 + i));
     bench.feeder.addRecipe(download(JOB, tags, values));
     ASSERT_TRUE(bench.runUntilEnded(JOB));
-    // Polling has its turns in between.
+    // Polling takes turns with these reads.
     EXPECT_LE(requestsUntilShown(59, 159), 2 * 60);
     for (int i = 0; i < int(tags.size()); ++i)
         EXPECT_EQ(100 + i, bench.shown(i));
-    EXPECT_EQ(1u, bench.sink.ends.size()); // the reads are nobody's job
+    EXPECT_EQ(1u, bench.sink.ends.size()); // the reads belong to no job
 }
 
-TEST_F(DriverFeederShownWritesTest, WithNothingPolledARecipeIsWrittenAndNotRead)
+TEST_F(DriverFeederShownWritesTest, RecipeIsNotReadBackWithoutPolling)
 {
     bench.feeder.addRecipe(download(JOB, {tagOf("MW", 3100)}, {wordBytes(7)}));
     bench.run(SECOND);
@@ -108,7 +108,7 @@ TEST_F(DriverFeederShownWritesTest, WithNothingPolledARecipeIsWrittenAndNotRead)
     EXPECT_EQ(1u, bench.sent.size());
 }
 
-TEST_F(DriverFeederShownWritesTest, ARefusedRecipeIsNotRead)
+TEST_F(DriverFeederShownWritesTest, RefusedRecipeIsNotReadBack)
 {
     bench.plc.station(1).refusals[3100] = 2;
     bench.poll({tagOf("IW", 0)});
@@ -119,7 +119,7 @@ TEST_F(DriverFeederShownWritesTest, ARefusedRecipeIsNotRead)
     EXPECT_EQ(0, bench.sentWith(1, READ_HOLDING_CODE));
 }
 
-TEST_F(DriverFeederShownWritesTest, AValueOfTwoWordsIsWrittenAndReadWholeWhereverItLies)
+TEST_F(DriverFeederShownWritesTest, TwoWordValueAtAnyPlaceIsTransferredWhole)
 {
     enum { FIRST = 3000, LAST_PLACE = 130 };
     for (int place = 110; place < LAST_PLACE; ++place) {
@@ -146,7 +146,7 @@ TEST_F(DriverFeederShownWritesTest, AValueOfTwoWordsIsWrittenAndReadWholeWhereve
     }
 }
 
-TEST_F(DriverFeederShownWritesTest, AValueOfTwoWordsIsNeverShownTornWhileItIsWrittenAndPolled)
+TEST_F(DriverFeederShownWritesTest, TwoWordValueIsNeverShownHalfWritten)
 {
     enum { WRITES = 1000, NUMBER = 3500, TAG = 30 };
     std::mt19937 random(9);

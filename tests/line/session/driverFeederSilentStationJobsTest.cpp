@@ -16,8 +16,8 @@ protected:
     SessionBench bench;
 };
 
-// Such writes end unsent. A session that took them for failed probes would put the next one off.
-TEST_F(DriverFeederSilentStationJobsTest, WritesToASilentStationDoNotPutOffItsProbes)
+// These writes end unsent. A feeder that took them for failed probes would delay the next probe.
+TEST_F(DriverFeederSilentStationJobsTest, WritesToASilentStationDoNotDelayItsProbes)
 {
     enum { WRITES = 80, EVERY_MS = 125 };
     bench.pollTwoStations(NUMBER);
@@ -40,7 +40,7 @@ TEST_F(DriverFeederSilentStationJobsTest, WritesToASilentStationDoNotPutOffItsPr
         EXPECT_NEAR(pauses[i], double(asked[i + 1] - asked[i]) / SessionBench::ANSWER, 0.3) << i;
 }
 
-TEST_F(DriverFeederSilentStationJobsTest, AReadOfAStationKnownToBeSilentEndsAtOnceAndHoldsUpNoOther)
+TEST_F(DriverFeederSilentStationJobsTest, ReadOfASilentStationEndsAtOnce)
 {
     bench.pollTwoStations(NUMBER);
     bench.plc.station(2).silent = true;

@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <cstdio>
 
-// Stations that do not answer: they are asked from time to time, and cost the others little. A
+// Silent stations: they are probed from time to time and cost the other stations little time. A
 // time-out is 100 ms unless a test says otherwise.
 
 namespace {
@@ -29,7 +29,7 @@ protected:
     SessionBench bench;
 };
 
-TEST_F(DriverFeederSilentStationTest, ASilentStationsTagsAreBadAndTheOthersGood)
+TEST_F(DriverFeederSilentStationTest, OnlyTagsOfTheSilentStationAreBad)
 {
     bench.pollTwoStations(NUMBER);
     bench.plc.station(2).silent = true;
@@ -39,7 +39,7 @@ TEST_F(DriverFeederSilentStationTest, ASilentStationsTagsAreBadAndTheOthersGood)
     EXPECT_EQ(QLatin1String("station 2 does not answer"), bench.sink.tags[1].trouble);
 }
 
-TEST_F(DriverFeederSilentStationTest, ASilentStationIsAskedAfterGrowingPauses)
+TEST_F(DriverFeederSilentStationTest, SilentStationIsProbedAfterGrowingPauses)
 {
     bench.pollTwoStations(NUMBER);
     bench.plc.station(2).silent = true;
@@ -48,7 +48,8 @@ TEST_F(DriverFeederSilentStationTest, ASilentStationIsAskedAfterGrowingPauses)
         if (request.at(0) == 2) asked.push_back(bench.now);
     };
     bench.run(60 * SECOND);
-    // Three attempts, then pauses of 4, 20, 40, 80, 120 time-outs, each from the end of the last.
+    // Three attempts, then pauses of 4, 20, 40, 80, 120 time-outs, each from the end of the probe
+    // before.
     ASSERT_GE(asked.size(), 9u);
     const int pauses[] = {4, 20, 40, 80, 120, 120};
     for (size_t i = 0; i < 6; ++i) {
@@ -57,9 +58,9 @@ TEST_F(DriverFeederSilentStationTest, ASilentStationIsAskedAfterGrowingPauses)
     }
 }
 
-TEST(DriverFeederSilentStation, OnANetworkItHoldsUpTheOthersForOneTimeOutAtATime)
+TEST(DriverFeederSilentStation, DelaysOthersByOneTimeOutAtATimeOnANetwork)
 {
-    // All its probes are fences, however long its own blocks are.
+    // All probes are fences, not reads of the station's long blocks.
     SessionBench bench(SessionBench::ANSWER, LineTiming::network());
     bench.plc.station(2).silent = true;
     std::vector<Tag> tags = {tagOf("MW", NUMBER)};
@@ -81,7 +82,7 @@ TEST(DriverFeederSilentStation, OnANetworkItHoldsUpTheOthersForOneTimeOutAtATime
     EXPECT_LE(longestBreak, SessionBench::ANSWER + 10 * MS);
 }
 
-TEST_F(DriverFeederSilentStationTest, ARecipeThatItDoesNotAnswerIsOneFailureWhateverItsAttempts)
+TEST_F(DriverFeederSilentStationTest, UnansweredRecipeCountsAsOneGiveUp)
 {
     bench.pollTwoStations(NUMBER);
     bench.plc.station(2).silent = true;
@@ -99,7 +100,7 @@ TEST_F(DriverFeederSilentStationTest, ARecipeThatItDoesNotAnswerIsOneFailureWhat
     EXPECT_NEAR(20, double(askedAt - failedAt) / SessionBench::ANSWER, 0.3);
 }
 
-TEST_F(DriverFeederSilentStationTest, ASilentStationComesBackByItselfWithinTheLongestPause)
+TEST_F(DriverFeederSilentStationTest, ReturningStationIsFoundWithinTheLongestPause)
 {
     bench.pollTwoStations(NUMBER);
     bench.plc.station(2).silent = true;
@@ -113,8 +114,7 @@ TEST_F(DriverFeederSilentStationTest, ASilentStationComesBackByItselfWithinTheLo
     EXPECT_GE(bench.sink.tags[1].reads, 40);
 }
 
-TEST_F(DriverFeederSilentStationTest,
-       AValueThatChangedWhileItsStationWasSilentIsShownWithTheFirstAnswer)
+TEST_F(DriverFeederSilentStationTest, ChangeDuringSilenceIsShownWithTheFirstAnswer)
 {
     bench.pollTwoStations(NUMBER);
     bench.plc.station(2).silent = true;
@@ -127,7 +127,7 @@ TEST_F(DriverFeederSilentStationTest,
     EXPECT_EQ(99, bench.shown(1));
 }
 
-TEST_F(DriverFeederSilentStationTest, ASilentStationIsAskedAtOnceWhenTheLinkIsBack)
+TEST_F(DriverFeederSilentStationTest, SilentStationIsProbedAtOnceOnANewLink)
 {
     bench.pollTwoStations(NUMBER);
     bench.plc.station(2).silent = true;
@@ -139,7 +139,7 @@ TEST_F(DriverFeederSilentStationTest, ASilentStationIsAskedAtOnceWhenTheLinkIsBa
     EXPECT_TRUE(bench.sink.tags[1].good);
 }
 
-TEST_F(DriverFeederSilentStationTest, AStationThatIsStillSilentAfterALossSaysSo)
+TEST_F(DriverFeederSilentStationTest, SilentStationIsReportedAgainAfterALostLink)
 {
     bench.pollTwoStations(NUMBER);
     bench.plc.station(2).silent = true;
@@ -151,7 +151,7 @@ TEST_F(DriverFeederSilentStationTest, AStationThatIsStillSilentAfterALossSaysSo)
     EXPECT_EQ(QLatin1String("station 2 does not answer"), bench.sink.tags[1].trouble);
 }
 
-TEST_F(DriverFeederSilentStationTest, AllStationsSilentLeaveTheLineQuietAndComeBack)
+TEST_F(DriverFeederSilentStationTest, AllSilentStationsAreProbedRarelyAndReturn)
 {
     bench.pollTwoStations(NUMBER);
     bench.plc.station(1).silent = true;
@@ -160,7 +160,7 @@ TEST_F(DriverFeederSilentStationTest, AllStationsSilentLeaveTheLineQuietAndComeB
     const size_t sent = bench.sent.size();
     const size_t fences = bench.fences.size();
     bench.run(60 * SECOND);
-    // Each is asked every 12 s.
+    // Each station is probed every 12 s.
     EXPECT_LE(bench.fences.size(), fences + 12);
     EXPECT_GE(bench.fences.size(), fences + 8);
     EXPECT_EQ(sent, bench.sent.size());
@@ -171,9 +171,10 @@ TEST_F(DriverFeederSilentStationTest, AllStationsSilentLeaveTheLineQuietAndComeB
     EXPECT_TRUE(bench.sink.tags[1].good);
 }
 
-TEST_F(DriverFeederSilentStationTest, IsProbedOnceAtATimeWhileTheLinkComesAndGoes)
+TEST_F(DriverFeederSilentStationTest, HasOneProbeAtATimeAcrossLostLinks)
 {
-    // A new link begins with one probe of an eighth of a time-out, and one more a time-out later.
+    // On a new link the first probe waits for 1/8 of a time-out; the second follows a time-out
+    // later.
     enum { LOSSES = 40, FIRST_PROBES_ALONE = SessionBench::ANSWER / (5 * MS) };
     bench.pollTwoStations(NUMBER);
     bench.plc.station(2).silent = true;
@@ -184,7 +185,7 @@ TEST_F(DriverFeederSilentStationTest, IsProbedOnceAtATimeWhileTheLinkComesAndGoe
     };
     int probes = 0;
     for (int i = 0; i < LOSSES; ++i) {
-        // Before, in and after the time-outs of both.
+        // The link is lost before, during and after the waits of both probes.
         bench.loseLink(LOST);
         bench.run(7 * MS);
         bench.bringLinkBack();
@@ -194,7 +195,7 @@ TEST_F(DriverFeederSilentStationTest, IsProbedOnceAtATimeWhileTheLinkComesAndGoe
         probes += int(asked.size());
     }
     EXPECT_GE(probes, LOSSES / 2);
-    // On one link, probes lie a time-out and the shortest pause apart.
+    // On one link, the distance between probes is a time-out and the shortest pause.
     asked.clear();
     bench.run(60 * SECOND);
     ASSERT_GE(asked.size(), 4u);
@@ -202,7 +203,7 @@ TEST_F(DriverFeederSilentStationTest, IsProbedOnceAtATimeWhileTheLinkComesAndGoe
         EXPECT_GE(asked[i] - asked[i - 1], 5 * qint64(SessionBench::ANSWER)) << i;
 }
 
-TEST_F(DriverFeederSilentStationTest, ComesBackByItselfThoughTheLinkCameAndWentWithItsProbes)
+TEST_F(DriverFeederSilentStationTest, ReturnsAfterLinksWereLostDuringItsProbes)
 {
     bench.pollTwoStations(NUMBER);
     bench.plc.station(2).silent = true;
@@ -210,7 +211,7 @@ TEST_F(DriverFeederSilentStationTest, ComesBackByItselfThoughTheLinkCameAndWentW
     for (int i = 0; i < 20; ++i) {
         const size_t sent = bench.fences.size();
         bench.bringLinkBack();
-        // The link goes while the probe is on its way.
+        // The link is lost while the probe is under way.
         ASSERT_TRUE(bench.runUntil(
             [&] { return bench.fences.size() > sent && bench.fences.back().at(0) == 2; }, SECOND));
         bench.loseLink(LOST);
@@ -226,7 +227,7 @@ TEST_F(DriverFeederSilentStationTest, ComesBackByItselfThoughTheLinkCameAndWentW
 
 namespace {
 
-/// Good exchanges of the stations other than the silent one in ten virtual minutes.
+/// Number of good exchanges with the answering stations in ten virtual minutes.
 int exchangesOfOthers(bool oneIsSilent)
 {
     enum { STATIONS = 8, SILENT = 5, MINUTES = 10, DEFAULT_ANSWER = 500000 };
@@ -236,7 +237,7 @@ int exchangesOfOthers(bool oneIsSilent)
         bench.plc.station(station);
         tags.push_back(tagOf("MW", NUMBER, Tag::UINT16, station));
     }
-    // For comparison the station is not there at all.
+    // For comparison: without tags of the silent station.
     if (!oneIsSilent) tags.erase(tags.begin() + SILENT - 1);
     bench.plc.station(SILENT).silent = oneIsSilent;
     bench.poll(tags);
@@ -249,7 +250,7 @@ int exchangesOfOthers(bool oneIsSilent)
 
 } // namespace
 
-TEST(DriverFeederSilentStation, LeavesTheSevenOthersNinetyFivePercentOfTheirRate)
+TEST(DriverFeederSilentStation, LeavesSevenOthers95PercentOfTheirRate)
 {
     const int alone = exchangesOfOthers(false);
     const int besides = exchangesOfOthers(true);

@@ -2,13 +2,13 @@
 
 #include <gtest/gtest.h>
 
-// A PLC that stops answering for a while and then answers all that it was asked, in order.
+// A PLC that stops answering for a time and then answers all its requests, in order.
 
 namespace {
 
 enum { MS = SessionBench::MS, SECOND = SessionBench::SECOND };
 
-/// After two seconds without trouble the PLC stalls; a second later all is as before.
+/// The PLC stalls after two seconds. A second after the stall, polling must be as fast as before.
 void expectToOutlive(qint64 stall, const std::vector<Tag>& tags, qint64 timeOut,
                      const LineTiming& timing)
 {
@@ -33,19 +33,19 @@ void expectToOutliveStalls(const std::vector<Tag>& tags, qint64 timeOut, const L
 
 } // namespace
 
-TEST(DriverFeederStall, OfAnyLengthMixesNoWordsUpAndIsOverInASecond)
+TEST(DriverFeederStall, OfAnyLengthMixesUpNoWords)
 {
     for (const qint64 timeOut : {40 * MS, 100 * MS})
         expectToOutliveStalls(wordsApart(), timeOut, LineTiming(LineSettings()), 20 * MS);
 }
 
-TEST(DriverFeederStall, OnANetworkMixesNoWordsUpAndIsOverInASecond)
+TEST(DriverFeederStall, OnANetworkMixesUpNoWords)
 {
     for (const qint64 timeOut : {40 * MS, 100 * MS})
         expectToOutliveStalls(wordsApart(), timeOut, LineTiming::network(), 20 * MS);
 }
 
-TEST(DriverFeederStall, MixesNoFullBlocksUpEither)
+TEST(DriverFeederStall, MixesUpNoFullBlocks)
 {
     expectToOutliveStalls(wordsSideBySide(2000), 100 * MS, LineTiming::network(), 340 * MS);
 }

@@ -2,8 +2,9 @@
 
 #include <gtest/gtest.h>
 
-// Polling and reading: what a session shows of a PLC, through the real driver on a virtual clock.
-// Address numbers as in the driver's header: MW n / 2 + 3000, QX and IX 8 b + k, MX 8 b + k + 3000.
+// Polling and reading: the values that a driver feeder shows, with the real driver on a virtual
+// clock. Address numbers as in the driver's header: MW n / 2 + 3000, QX and IX 8 b + k,
+// MX 8 b + k + 3000.
 
 namespace {
 
@@ -17,14 +18,14 @@ protected:
     SessionBench bench;
 };
 
-TEST_F(DriverFeederTest, WithNothingToDoItIsIdleAndSendsNothing)
+TEST_F(DriverFeederTest, IdleWithoutWork)
 {
     EXPECT_TRUE(bench.feeder.advance(0).isIdle);
     bench.run(10 * SECOND);
     EXPECT_TRUE(bench.sent.empty());
 }
 
-TEST_F(DriverFeederTest, PollingShowsEveryTagsFirstValueAlsoWhenItIsZero)
+TEST_F(DriverFeederTest, FirstValueIsShownEvenWhenZero)
 {
     bench.plc.station(1).holding = {{3010, 7}, {3, 8}};
     bench.plc.station(1).inputs = {{5, 9}};
@@ -38,7 +39,7 @@ TEST_F(DriverFeederTest, PollingShowsEveryTagsFirstValueAlsoWhenItIsZero)
     }
 }
 
-TEST_F(DriverFeederTest, TagsAreReadInEveryCycle)
+TEST_F(DriverFeederTest, EveryCycleReadsTheTags)
 {
     bench.poll({tagOf("MW", 3010), tagOf("IW", 5)});
     bench.run(SECOND);
@@ -47,7 +48,7 @@ TEST_F(DriverFeederTest, TagsAreReadInEveryCycle)
     EXPECT_NEAR(bench.sink.tags[0].reads, bench.sink.tags[1].reads, 1);
 }
 
-TEST_F(DriverFeederTest, WhatDoesNotChangeIsNotToldAsAChange)
+TEST_F(DriverFeederTest, UnchangedValueIsNoChange)
 {
     bench.plc.station(1).holding = {{3010, 7}};
     bench.poll({tagOf("MW", 3010), tagOf("MX", 3400, Tag::BOOL)});
@@ -57,7 +58,7 @@ TEST_F(DriverFeederTest, WhatDoesNotChangeIsNotToldAsAChange)
     EXPECT_EQ(changes, bench.sink.changes());
 }
 
-TEST_F(DriverFeederTest, AChangeIsToldOnceAndOfItsTagOnly)
+TEST_F(DriverFeederTest, ChangeIsToldOnceAndOnlyForItsTag)
 {
     bench.poll({tagOf("MW", 3010), tagOf("MW", 3011), tagOf("MW", 3010, Tag::INT16)});
     bench.run(FEW_CYCLES);
@@ -72,7 +73,7 @@ TEST_F(DriverFeederTest, AChangeIsToldOnceAndOfItsTagOnly)
     EXPECT_EQ(500, bench.shown(2));
 }
 
-TEST_F(DriverFeederTest, AValueThatGoesBackToZeroIsShown)
+TEST_F(DriverFeederTest, ReturnToZeroIsShown)
 {
     bench.plc.station(1).holding[3010] = 7;
     bench.poll({tagOf("MW", 3010)});
@@ -82,7 +83,7 @@ TEST_F(DriverFeederTest, AValueThatGoesBackToZeroIsShown)
     EXPECT_EQ(0, bench.shown(0));
 }
 
-TEST_F(DriverFeederTest, UnitsInAGapBetweenTagsAreToldToNobody)
+TEST_F(DriverFeederTest, UnitsInAGapAreNotTold)
 {
     bench.poll({tagOf("MW", 3010), tagOf("MW", 3013)});
     ASSERT_EQ(1u, bench.blocks.size());
@@ -93,7 +94,7 @@ TEST_F(DriverFeederTest, UnitsInAGapBetweenTagsAreToldToNobody)
     EXPECT_EQ(changes, bench.sink.changes());
 }
 
-TEST_F(DriverFeederTest, ATagOfTwoWordsChangesAsOne)
+TEST_F(DriverFeederTest, TwoWordTagChangesOnce)
 {
     bench.plc.station(1).holding = {{3010, 0x1111}, {3011, 0x2222}};
     bench.poll({tagOf("MW", 3010, Tag::UINT32)});
@@ -106,7 +107,7 @@ TEST_F(DriverFeederTest, ATagOfTwoWordsChangesAsOne)
     EXPECT_EQ(1, bench.sink.tags[0].changes);
 }
 
-TEST_F(DriverFeederTest, AChangeOfEitherWordChangesATagOfTwo)
+TEST_F(DriverFeederTest, EitherWordChangesATwoWordTag)
 {
     bench.poll({tagOf("MW", 3010, Tag::FLOAT32)});
     bench.run(FEW_CYCLES);
@@ -118,7 +119,7 @@ TEST_F(DriverFeederTest, AChangeOfEitherWordChangesATagOfTwo)
     EXPECT_EQ(0x42910001, bench.shown(0));
 }
 
-TEST_F(DriverFeederTest, EveryBitOfAGroupIsShownByItself)
+TEST_F(DriverFeederTest, BitsOfAGroupAreShownSeparately)
 {
     std::vector<Tag> tags;
     for (int bit = 0; bit < 16; ++bit)
@@ -133,7 +134,7 @@ TEST_F(DriverFeederTest, EveryBitOfAGroupIsShownByItself)
     }
 }
 
-TEST_F(DriverFeederTest, BitsInTheMiddleOfAGroupAreShownOfEveryArea)
+TEST_F(DriverFeederTest, BitsInTheMiddleOfAGroupAreShownInEveryArea)
 {
     bench.poll({tagOf("QX", 16 * 2 + 13, Tag::BOOL), tagOf("IX", 16 * 7 + 9, Tag::BOOL),
                 tagOf("MX", 3000 + 16 * 11 + 3, Tag::BOOL), tagOf("QX", 16 * 2 + 12, Tag::BOOL)});
@@ -167,7 +168,7 @@ TEST_F(DriverFeederTest, TheLastMarkerBitsAreShown)
     EXPECT_EQ(1, bench.shown(2));
 }
 
-TEST_F(DriverFeederTest, StationsAreShownApart)
+TEST_F(DriverFeederTest, SameAddressOfTwoStationsIsShownSeparately)
 {
     bench.plc.station(2);
     bench.poll({tagOf("MW", 3010), tagOf("MW", 3010, Tag::UINT16, 2)});
@@ -178,7 +179,7 @@ TEST_F(DriverFeederTest, StationsAreShownApart)
     EXPECT_EQ(5, bench.shown(1));
 }
 
-TEST_F(DriverFeederTest, ABlockThatThePlcRefusesMakesItsTagsBadAndNoOthers)
+TEST_F(DriverFeederTest, RefusedBlockMarksOnlyItsTagsBad)
 {
     bench.plc.station(1).refusals[5] = 2;
     bench.poll({tagOf("MW", 3010), tagOf("IW", 5)});
@@ -189,7 +190,7 @@ TEST_F(DriverFeederTest, ABlockThatThePlcRefusesMakesItsTagsBadAndNoOthers)
               bench.sink.tags[1].trouble);
 }
 
-TEST_F(DriverFeederTest, ARefusedBlockIsGoodAgainWhenThePlcReadsIt)
+TEST_F(DriverFeederTest, RefusedBlockBecomesGoodWhenAccepted)
 {
     bench.plc.station(1).refusals[5] = 2;
     bench.plc.station(1).inputs[5] = 77;
@@ -201,7 +202,7 @@ TEST_F(DriverFeederTest, ARefusedBlockIsGoodAgainWhenThePlcReadsIt)
     EXPECT_EQ(77, bench.shown(0));
 }
 
-TEST_F(DriverFeederTest, AReadOnceEndsWithItsValues)
+TEST_F(DriverFeederTest, ReadJobShowsItsValues)
 {
     bench.plc.station(1).holding = {{3010, 7}, {3900, 0x1234}, {3020, 1 << 4}};
     bench.know({tagOf("MW", 3010), tagOf("MW", 3900, Tag::UINT32),
@@ -215,7 +216,7 @@ TEST_F(DriverFeederTest, AReadOnceEndsWithItsValues)
     EXPECT_EQ(0, bench.shown(3));
 }
 
-TEST_F(DriverFeederTest, WhatIsOnlyKnownIsNotPolled)
+TEST_F(DriverFeederTest, KnownTagsAreNotPolled)
 {
     bench.know({tagOf("MW", 3010)});
     bench.feeder.addRead(JOB, bench.blocks);
@@ -223,7 +224,7 @@ TEST_F(DriverFeederTest, WhatIsOnlyKnownIsNotPolled)
     EXPECT_EQ(1u, bench.sent.size());
 }
 
-TEST_F(DriverFeederTest, AReadOnceTwiceShowsTheNewValue)
+TEST_F(DriverFeederTest, SecondReadJobShowsTheNewValue)
 {
     bench.know({tagOf("MW", 3010)});
     bench.feeder.addRead(JOB, bench.blocks);
@@ -234,7 +235,7 @@ TEST_F(DriverFeederTest, AReadOnceTwiceShowsTheNewValue)
     EXPECT_EQ(9, bench.shown(0));
 }
 
-TEST_F(DriverFeederTest, ManyReadsInOneJobAllCome)
+TEST_F(DriverFeederTest, ReadJobReadsManyBlocks)
 {
     std::vector<Tag> tags;
     for (int i = 0; i < 600; ++i) {
@@ -248,16 +249,16 @@ TEST_F(DriverFeederTest, ManyReadsInOneJobAllCome)
         ASSERT_EQ(i % 2, bench.shown(i)) << i;
 }
 
-TEST_F(DriverFeederTest, AReadOfBitsAsksForTheWordOfTheirGroupAlone)
+TEST_F(DriverFeederTest, BitReadAsksForOneRegister)
 {
     bench.know({tagOf("MX", 3000 + 16 * 20 + 5, Tag::BOOL)});
     bench.feeder.addRead(JOB, bench.blocks);
     ASSERT_TRUE(bench.runUntilEnded(JOB));
-    // Register 3020 (0x0BCC), one of them.
+    // One register, 3020 (0x0BCC).
     EXPECT_EQ(QByteArray::fromHex("01030BCC0001"), bench.sent.back().left(6));
 }
 
-TEST_F(DriverFeederTest, ARefusedReadEndsAtOnceAndSaysWhatWasRefused)
+TEST_F(DriverFeederTest, RefusedReadEndsAtOnceAndNamesItsAddresses)
 {
     bench.plc.station(1).refusals[3010] = 2;
     bench.know({tagOf("MW", 3010)});
@@ -266,23 +267,23 @@ TEST_F(DriverFeederTest, ARefusedReadEndsAtOnceAndSaysWhatWasRefused)
     EXPECT_EQ(JobEnd::REFUSED, bench.sink.outcome(JOB));
     EXPECT_EQ(1u, bench.sent.size());
     EXPECT_TRUE(bench.sink.ends[JOB].trouble.contains(QLatin1String("illegal address")));
-    // Number 3010 is the text MW20: 20 / 2 + 3000.
+    // Number 3010 is the address MW20: 20 / 2 + 3000.
     EXPECT_TRUE(bench.sink.ends[JOB].trouble.contains(QLatin1String("MW20")))
         << bench.sink.ends[JOB].trouble.toStdString();
 }
 
-TEST_F(DriverFeederTest, AReadOfASilentStationTimesOut)
+TEST_F(DriverFeederTest, ReadOfASilentStationTimesOut)
 {
     bench.know({tagOf("MW", 3010, Tag::UINT16, 9)});
     bench.feeder.addRead(JOB, bench.blocks);
     ASSERT_TRUE(bench.runUntilEnded(JOB));
     EXPECT_EQ(JobEnd::TIMED_OUT, bench.sink.outcome(JOB));
-    // Each attempt begins with a fence, and ends with it.
+    // The fence ahead of each attempt stays unanswered, so no attempt sends the request.
     EXPECT_EQ(size_t(SessionBench::ATTEMPTS), bench.fences.size());
     EXPECT_TRUE(bench.sent.empty());
 }
 
-TEST_F(DriverFeederTest, OneFailedReadLeavesTheOthersAlone)
+TEST_F(DriverFeederTest, FailedReadLeavesOtherReads)
 {
     bench.plc.station(1).refusals[3010] = 2;
     bench.know({tagOf("MW", 3010), tagOf("IW", 3)});

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-// Writes, one-shot reads and polling share the line: none of them keeps another waiting for ever.
+// Writes, one-shot reads and polling share the line: each of them makes progress beside the others.
 
 namespace {
 
@@ -16,7 +16,7 @@ protected:
     SessionBench bench;
 };
 
-TEST_F(DriverFeederTurnsTest, PollingGoesOnWhileWritesWait)
+TEST_F(DriverFeederTurnsTest, PollingContinuesDuringManyWrites)
 {
     bench.poll({tagOf("IW", 0)});
     bench.run(SECOND);
@@ -26,11 +26,11 @@ TEST_F(DriverFeederTurnsTest, PollingGoesOnWhileWritesWait)
     bench.sink.tags[0].reads = 0;
     bench.feeder.addWrite(JOB, writes);
     ASSERT_TRUE(bench.runUntilEnded(JOB));
-    // After ten writes in a row the driver polls.
+    // The driver polls after ten consecutive writes.
     EXPECT_GE(bench.sink.tags[0].reads, 39);
 }
 
-TEST_F(DriverFeederTurnsTest, AReadJobEndsWhileSixHundredWritesWait)
+TEST_F(DriverFeederTurnsTest, ReadJobEndsBeforeSixHundredWaitingWrites)
 {
     bench.plc.station(1).inputs[3] = 55;
     bench.know({tagOf("IW", 3)});
@@ -46,7 +46,7 @@ TEST_F(DriverFeederTurnsTest, AReadJobEndsWhileSixHundredWritesWait)
     EXPECT_EQ(600, bench.plc.word(1, 3599));
 }
 
-TEST_F(DriverFeederTurnsTest, AReadJobEndsWhileWritesNeverEnd)
+TEST_F(DriverFeederTurnsTest, ReadJobEndsDuringEndlessWrites)
 {
     enum { WAITING = 600, FIRST_WRITE = 1000 };
     bench.poll({tagOf("IW", 3)});
@@ -60,12 +60,12 @@ TEST_F(DriverFeederTurnsTest, AReadJobEndsWhileWritesNeverEnd)
     EXPECT_TRUE(bench.runUntil(hasEnded, 30 * SECOND));
 }
 
-TEST_F(DriverFeederTurnsTest, AWriteEndsWhileTwoReadJobsNeverEnd)
+TEST_F(DriverFeederTurnsTest, WriteEndsDuringEndlessReadJobs)
 {
     enum { FIRST_READ = 1000, LENGTH = 20 };
     std::vector<Tag> tags;
     for (int i = 0; i < LENGTH; ++i)
-        tags.push_back(tagOf("IW", i * 100)); // too far apart for a block
+        tags.push_back(tagOf("IW", i * 100)); // too scattered for a common block
     bench.know(tags);
     ASSERT_EQ(size_t(LENGTH), bench.blocks.size());
     int reads = 0;
@@ -84,7 +84,7 @@ TEST_F(DriverFeederTurnsTest, AWriteEndsWhileTwoReadJobsNeverEnd)
         },
         30 * SECOND));
     EXPECT_EQ(1234, bench.plc.word(1, NUMBER));
-    // The read under way ends, then it is the write's turn.
+    // The write follows the read under way.
     EXPECT_LE(bench.sent.size(), readsBefore + 2);
     EXPECT_GT(reads, 2);
 }

@@ -4,7 +4,7 @@
 
 #include <utility>
 
-// What becomes of writes: a job says only what the PLC said of it.
+// The ends of writes: a job's outcome is the PLC's answer.
 
 namespace {
 
@@ -28,19 +28,19 @@ protected:
     SessionBench bench;
 };
 
-TEST_F(DriverFeederWritesTest, AWriteIsDoneOnlyWithItsEcho)
+TEST_F(DriverFeederWritesTest, WriteIsDoneWithItsEcho)
 {
     bench.writeWord(JOB, NUMBER, 1234);
     bench.runUntil([this] { return !bench.sent.empty(); });
     EXPECT_EQ(1234, bench.plc.word(1, NUMBER));
-    // 8 bytes out and 8 back take 4.2 ms, the station 2 ms.
+    // The request and the echo of 8 bytes each take 4.2 ms; the station takes 2 ms.
     bench.run(6 * MS);
     EXPECT_FALSE(bench.sink.hasEnded(JOB));
     bench.run(MS);
     EXPECT_EQ(JobEnd::DONE, bench.sink.outcome(JOB));
 }
 
-TEST_F(DriverFeederWritesTest, AWriteWhoseEchoIsLostIsRepeated)
+TEST_F(DriverFeederWritesTest, WriteWithoutEchoIsRetried)
 {
     bool isLost = false;
     bench.line.disturb = [&](const QByteArray& request, ModelLine::Coming& coming) {
@@ -62,7 +62,7 @@ TEST_F(DriverFeederWritesTest, BitsAreWrittenByTheirOwnNumber)
     EXPECT_EQ(2, bench.sentWith(1, WRITE_COIL));
 }
 
-TEST_F(DriverFeederWritesTest, AJobOfSeveralElementsEndsWhenAllAreThere)
+TEST_F(DriverFeederWritesTest, JobEndsWithItsLastElement)
 {
     bench.feeder.addWrite(JOB, {wordWriteOf(NUMBER, 1), wordWriteOf(NUMBER + 1, 2)});
     bench.runUntil([this] { return bench.plc.station(1).seen.count(NUMBER + 1) != 0; });
@@ -71,7 +71,7 @@ TEST_F(DriverFeederWritesTest, AJobOfSeveralElementsEndsWhenAllAreThere)
     EXPECT_EQ(JobEnd::DONE, bench.sink.outcome(JOB));
 }
 
-TEST_F(DriverFeederWritesTest, ARefusedWriteEndsAtTheFirstException)
+TEST_F(DriverFeederWritesTest, RefusedWriteIsNotRetried)
 {
     bench.plc.station(1).refusals[NUMBER] = ILLEGAL_ADDRESS;
     bench.writeWord(JOB, NUMBER, 1234);
@@ -82,7 +82,7 @@ TEST_F(DriverFeederWritesTest, ARefusedWriteEndsAtTheFirstException)
               bench.sink.ends[JOB].trouble);
 }
 
-TEST_F(DriverFeederWritesTest, AWriteToABusyPlcIsTriedAgain)
+TEST_F(DriverFeederWritesTest, WriteToABusyPlcIsRetried)
 {
     bench.plc.station(1).refusals[NUMBER] = BUSY;
     bench.plc.station(1).refusalsDue[NUMBER] = SessionBench::ATTEMPTS - 1;
@@ -93,7 +93,7 @@ TEST_F(DriverFeederWritesTest, AWriteToABusyPlcIsTriedAgain)
     EXPECT_EQ(1234, bench.plc.word(1, NUMBER));
 }
 
-TEST_F(DriverFeederWritesTest, AWriteToAPlcThatStaysBusyIsRefused)
+TEST_F(DriverFeederWritesTest, WriteToAPermanentlyBusyPlcEndsAsRefused)
 {
     bench.plc.station(1).refusals[NUMBER] = BUSY;
     bench.writeWord(JOB, NUMBER, 1234);
@@ -103,7 +103,7 @@ TEST_F(DriverFeederWritesTest, AWriteToAPlcThatStaysBusyIsRefused)
     EXPECT_TRUE(bench.sink.ends[JOB].trouble.contains(QLatin1String("device busy")));
 }
 
-TEST_F(DriverFeederWritesTest, ARefusedWriteDoesNotHarmTheNextOne)
+TEST_F(DriverFeederWritesTest, WriteAfterARefusedWriteSucceeds)
 {
     bench.plc.station(1).refusals[NUMBER] = ILLEGAL_ADDRESS;
     bench.writeWord(JOB, NUMBER, 1);
@@ -113,7 +113,7 @@ TEST_F(DriverFeederWritesTest, ARefusedWriteDoesNotHarmTheNextOne)
     EXPECT_EQ(2, bench.plc.word(1, NUMBER + 1));
 }
 
-TEST_F(DriverFeederWritesTest, AWrittenValueIsShownAtOnceAndFallsBackWhenRefused)
+TEST_F(DriverFeederWritesTest, WrittenValueIsShownAtOnceAndRevertsWhenRefused)
 {
     bench.plc.station(1).holding[NUMBER] = 7;
     bench.poll({tagOf("MW", NUMBER)});
@@ -126,7 +126,7 @@ TEST_F(DriverFeederWritesTest, AWrittenValueIsShownAtOnceAndFallsBackWhenRefused
     EXPECT_EQ(7, bench.shown(0));
 }
 
-TEST_F(DriverFeederWritesTest, AWrittenBitFallsBackWhenRefused)
+TEST_F(DriverFeederWritesTest, WrittenBitRevertsWhenRefused)
 {
     const int bit = 3000 + 16 * 20 + 5;
     bench.plc.station(1).refusals[bit] = ILLEGAL_ADDRESS;
@@ -138,18 +138,18 @@ TEST_F(DriverFeederWritesTest, AWrittenBitFallsBackWhenRefused)
     EXPECT_EQ(0, bench.shown(0));
 }
 
-TEST_F(DriverFeederWritesTest, AWriteToASilentStationTimesOutUnsentAfterAFenceAnAttempt)
+TEST_F(DriverFeederWritesTest, WriteToASilentStationTimesOutUnsent)
 {
     bench.writeWord(JOB, NUMBER, 1, SILENT_STATION);
     ASSERT_TRUE(bench.runUntilEnded(JOB));
     EXPECT_EQ(JobEnd::TIMED_OUT, bench.sink.outcome(JOB));
     EXPECT_EQ(QLatin1String("MW3010: station 9 does not answer"), bench.sink.ends[JOB].trouble);
-    // So no write is on its way that the station may execute later.
+    // No write was sent, so the station cannot execute one later.
     EXPECT_EQ(size_t(SessionBench::ATTEMPTS), bench.fences.size());
     EXPECT_TRUE(bench.sent.empty());
 }
 
-TEST_F(DriverFeederWritesTest, OnceAStationIsKnownToBeSilentAWriteToItEndsAtOnce)
+TEST_F(DriverFeederWritesTest, WriteToAKnownSilentStationEndsAtOnce)
 {
     bench.writeWord(JOB, NUMBER, 1, SILENT_STATION);
     bench.runUntilEnded(JOB);
@@ -162,7 +162,7 @@ TEST_F(DriverFeederWritesTest, OnceAStationIsKnownToBeSilentAWriteToItEndsAtOnce
     EXPECT_TRUE(bench.sent.empty());
 }
 
-TEST_F(DriverFeederWritesTest, AThousandWritesToASilentStationEndWithTheFirst)
+TEST_F(DriverFeederWritesTest, ThousandWritesToASilentStationEndWithTheFirst)
 {
     std::vector<ElementWrite> writes;
     for (int i = 0; i < 1000; ++i)
@@ -175,7 +175,7 @@ TEST_F(DriverFeederWritesTest, AThousandWritesToASilentStationEndWithTheFirst)
     EXPECT_EQ(JobEnd::DONE, bench.sink.outcome(JOB + 1));
 }
 
-TEST_F(DriverFeederWritesTest, TwoThousandWritesAllEndAndAreInThePlc)
+TEST_F(DriverFeederWritesTest, TwoThousandWritesAllReachThePlc)
 {
     enum { WRITES = 2000 };
     bench.poll({tagOf("IW", 0)});
@@ -191,7 +191,7 @@ TEST_F(DriverFeederWritesTest, TwoThousandWritesAllEndAndAreInThePlc)
     EXPECT_EQ(0, bench.sink.endedTwice);
 }
 
-TEST_F(DriverFeederWritesTest, WritesAllEndWithNothingPolled)
+TEST_F(DriverFeederWritesTest, WritesEndWithoutPolling)
 {
     std::vector<ElementWrite> writes;
     for (int i = 0; i < 35; ++i)
@@ -201,7 +201,7 @@ TEST_F(DriverFeederWritesTest, WritesAllEndWithNothingPolled)
     EXPECT_EQ(35, bench.plc.word(1, 3034));
 }
 
-TEST_F(DriverFeederWritesTest, TwoWritesOfOneElementBothReachThePlcInOrder)
+TEST_F(DriverFeederWritesTest, TwoWritesOfAnElementReachThePlcInOrder)
 {
     std::vector<int> echoed;
     bench.line.disturb = [&](const QByteArray& request, ModelLine::Coming&) {
@@ -217,7 +217,7 @@ TEST_F(DriverFeederWritesTest, TwoWritesOfOneElementBothReachThePlcInOrder)
     EXPECT_EQ(2, bench.plc.word(1, NUMBER));
 }
 
-TEST_F(DriverFeederWritesTest, TheSecondWriteOfAnElementIsNotDoneWithTheFirstOnesEcho)
+TEST_F(DriverFeederWritesTest, FirstEchoDoesNotConfirmTheSecondWriteOfAnElement)
 {
     bench.writeWord(JOB, NUMBER, 1);
     bench.runUntil([this] { return !bench.sent.empty(); });
@@ -230,7 +230,7 @@ TEST_F(DriverFeederWritesTest, TheSecondWriteOfAnElementIsNotDoneWithTheFirstOne
     EXPECT_EQ(1, bench.plc.word(1, NUMBER));
 }
 
-TEST_F(DriverFeederWritesTest, OfAHundredWritesOfOneElementTheNewestStays)
+TEST_F(DriverFeederWritesTest, NewestOfAHundredWritesOfAnElementStays)
 {
     bench.poll({tagOf("MW", NUMBER)});
     bench.run(SECOND);
@@ -245,11 +245,11 @@ TEST_F(DriverFeederWritesTest, OfAHundredWritesOfOneElementTheNewestStays)
         EXPECT_NE(JobEnd::DONE, bench.sink.outcome(JOB + i)) << i;
 }
 
-TEST_F(DriverFeederWritesTest, AValueThatThePlcChangedBeforeTheWriteCameIsShownAndThenTheWrittenOne)
+TEST_F(DriverFeederWritesTest, PlcsChangeBeforeTheWriteIsShownThenTheWrittenValue)
 {
     bench.poll({tagOf("MW", NUMBER)});
     bench.run(SECOND);
-    // The driver polls after ten writes, so a read comes ahead of this one.
+    // The driver polls after ten writes, so a read comes ahead of this write.
     for (int i = 1; i <= 12; ++i)
         bench.writeWord(JOB + i, NUMBER + i, i);
     bench.writeWord(JOB, NUMBER, 8);
@@ -263,13 +263,13 @@ TEST_F(DriverFeederWritesTest, AValueThatThePlcChangedBeforeTheWriteCameIsShownA
     EXPECT_EQ(8, bench.shown(0));
 }
 
-TEST_F(DriverFeederWritesTest, ABroadcastIsDoneAfterItsPause)
+TEST_F(DriverFeederWritesTest, BroadcastIsDoneAfterItsPause)
 {
     bench.writeWord(JOB, NUMBER, 5, 0);
     ASSERT_TRUE(bench.runUntilEnded(JOB));
     EXPECT_EQ(JobEnd::DONE, bench.sink.outcome(JOB));
     EXPECT_EQ(1u, bench.sent.size());
     EXPECT_TRUE(bench.fences.empty());
-    // The silent interval, 8 bytes and the default pause after a broadcast.
+    // The silent interval, the 8 bytes and the default pause after a broadcast.
     EXPECT_EQ(1750 + 2084 + 100 * MS, bench.now);
 }

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-TEST(GrowingPause, EachIsTwiceTheOneBefore)
+TEST(GrowingPause, EachIsTwiceAsLongAsThePauseBefore)
 {
     GrowingPause pause(500);
     for (const int ms : {500, 1000, 2000, 4000, 8000, 16000})
@@ -16,7 +16,7 @@ TEST(GrowingPause, NoneIsLongerThanThirtySeconds)
         EXPECT_EQ(ms, pause.take());
 }
 
-TEST(GrowingPause, AfterASuccessTheFirstComesAgain)
+TEST(GrowingPause, SuccessRestartsWithTheFirstPause)
 {
     GrowingPause pause(500);
     pause.take();

@@ -10,13 +10,13 @@
 
 #include <chrono>
 
-// A resident program's use of a link: driver, address, tags and a sink, without the command line.
+// A link without the command line, for a resident program: driver, address, tags and a sink.
 
 namespace {
 
 enum { JOB = 7, VALUE = 1234, NEWS_MS = 20, SECONDS = 30, PROCESS_MS = 10000 };
 
-/// The simulated PLC on a TCP port of its choice.
+/// The simulated PLC on a free TCP port.
 class NetworkPlc
 {
 public:
@@ -61,7 +61,7 @@ protected:
         return all;
     }
 
-    /// Collects the ends of jobs until the condition holds, a bounded time.
+    /// Collects the ends of jobs until the condition holds. The time is bounded.
     template <typename Condition> bool await(Condition condition)
     {
         const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(SECONDS);
@@ -106,7 +106,7 @@ TEST_F(LinkRunTest, PollsTheTagsAndConfirmsAWrite)
     EXPECT_EQ(write.bytes, values.tags()[0].bytes);
 }
 
-TEST_F(LinkRunTest, OnRequestReadsNothingBeforeItIsAsked)
+TEST_F(LinkRunTest, OnRequestReadsOnlyWhenAsked)
 {
     LinkRun run(driver(), settings(LinkRun::ON_REQUEST), tags, values);
     run.start();

@@ -7,7 +7,7 @@
 
 #include <string>
 
-// The tags of a link that is lost, or cannot be opened.
+// The tags of a lost link, and of a link that cannot be opened.
 
 namespace {
 
@@ -22,13 +22,13 @@ Tag someTag(int number)
     return tag;
 }
 
-/// A host that polls nothing and knows two tags.
+/// A link's thread that knows two tags and polls nothing.
 class LostLinkTagsTest : public testing::Test
 {
 protected:
     LostLinkTagsTest() : shared(2, false) {}
 
-    /// @return whether both tags come to have the trouble while the host runs
+    /// @return whether both tags get the trouble while the thread runs
     bool showTrouble(const LinkThread::OpenLink& openLink, const std::string& trouble)
     {
         LinkThread::Settings settings;

@@ -7,22 +7,22 @@
 #include <functional>
 #include <map>
 
-/// The way to a model PLC and back. Each station answers its requests in their order, one after the
-/// other, and begins each answer 2 ms after its request. Times are microseconds.
+/// The line between a host and a model PLC. Each station answers its requests in order, one after
+/// the other, and begins each answer 2 ms after the request. Times are microseconds.
 class ModelLine
 {
 public:
     enum { TURNAROUND = 2000, ALL_STATIONS = -1, ONCE = -1 };
 
-    /// What comes back for one request.
+    /// The answer to a request.
     struct Coming
     {
-        qint64 delay;     ///< from the request's end to the answer's begin
-        QByteArray bytes; ///< empty: nothing
+        qint64 delay;     ///< from the end of the request to the begin of the answer
+        QByteArray bytes; ///< empty: no answer
     };
     using Disturb = std::function<void(const QByteArray& request, Coming& coming)>;
 
-    /// No answer begins meanwhile; all that was asked is answered afterwards.
+    /// A time in which no answer begins. Its requests are answered afterwards.
     struct Stall
     {
         int station;
@@ -32,7 +32,7 @@ public:
 
     ModelLine(ModelPlc& plc, const LineTiming& timing) : m_plc(plc), m_timing(timing) {}
 
-    /// A request whose first byte goes out now.
+    /// Sends a request; its first byte goes out at `now`.
     void send(const QByteArray& request, qint64 now);
 
     bool isQuiet() const
@@ -40,24 +40,24 @@ public:
         return m_coming.empty();
     }
 
-    /// When the next bytes are there. Not of a quiet line.
+    /// The time at which the next bytes have come. Not for a quiet line.
     qint64 nextAt() const
     {
         return m_coming.begin()->first;
     }
     QByteArray takeNext();
 
-    /// What is on its way gets lost.
+    /// Loses all bytes on the line.
     void cut()
     {
         m_coming.clear();
     }
 
-    std::function<bool()> losesRequest; ///< one that the PLC is not to hear of
-    Disturb disturb;                    ///< may change what comes
-    std::function<qint64()> comesAgain; ///< so long behind itself; ONCE: not at all
+    std::function<bool()> losesRequest; ///< true: the request does not reach the PLC
+    Disturb disturb;                    ///< may change the answer
+    std::function<qint64()> comesAgain; ///< delay of the answer's second copy; ONCE: no copy
     Stall stall = {ALL_STATIONS, -1, -1};
-    bool echoes = false; ///< each request comes back ahead of its answer
+    bool echoes = false; ///< the line returns each request ahead of its answer
 
 private:
     void answer(int station, qint64 begins, const QByteArray& bytes);

@@ -64,7 +64,7 @@ QByteArray readReply(const std::map<int, int>& words, const QByteArray& request)
 
 } // namespace
 
-/// The generator polynomial x^16 + x^15 + x^2 + 1, a bit at a time, lowest first.
+/// Generator polynomial x^16 + x^15 + x^2 + 1, bit by bit, lowest bit first.
 QByteArray ModelPlc::withChecksum(QByteArray bytes)
 {
     int crc = 65535;

@@ -6,8 +6,8 @@
 #include <map>
 #include <set>
 
-/// A PLC as simple as it can be, to judge the host by: it shares no code with the driver, the host
-/// or the simulated PLC. Requests go in whole, replies come out whole, nothing takes time.
+/// A simple PLC as a reference for tests. It shares no code with the driver, the host or the
+/// simulated PLC. It takes whole requests, returns whole replies, and needs no time.
 ///
 ///   holding registers  QW from 0, MW from 3000
 ///   input registers    IW and the bits of IX
@@ -17,29 +17,29 @@ class ModelPlc
 public:
     struct Station
     {
-        std::map<int, int> holding;     ///< by register; one that is not there is 0
-        std::map<int, int> inputs;      ///< by register
-        bool silent = false;            ///< hears nothing
-        std::map<int, int> refusals;    ///< exception code by the first register or coil asked for
-        std::set<int> seen;             ///< first registers or coils of the requests it obeyed
-        int lastHolding = 65535;        ///< reads of holding registers behind it are refused
-        std::map<int, int> refusalsDue; ///< how many more times; one that is not there: always
+        std::map<int, int> holding;     ///< by register; a missing register is 0
+        std::map<int, int> inputs;      ///< by register; a missing register is 0
+        bool silent = false;            ///< ignores all requests
+        std::map<int, int> refusals;    ///< exception code, by the request's first register or coil
+        std::set<int> seen;             ///< first registers or coils of the accepted requests
+        int lastHolding = 65535;        ///< reads of higher holding registers are refused
+        std::map<int, int> refusalsDue; ///< number of further refusals; a missing entry: no limit
     };
 
-    /// A station there is none of hears nothing.
+    /// Adds the station when it does not exist. Other stations do not answer.
     Station& station(int number)
     {
         return m_stations[number];
     }
 
-    /// @return the reply; empty: none comes
+    /// @return the reply; empty: no reply
     QByteArray answer(const QByteArray& request);
 
     int word(int station, int number);
     bool coil(int station, int number);
     void setCoil(int station, int number, bool on);
 
-    /// A frame of these bytes.
+    /// The bytes with their checksum behind them.
     static QByteArray withChecksum(QByteArray bytes);
 
 private:

@@ -21,7 +21,7 @@ ReadBlock blockAt(int number)
 class OneShotReadsTest : public testing::Test
 {
 protected:
-    /// @return the number of the block that is started, -1: none
+    /// @return the number of the started block; -1: none
     int start()
     {
         const std::optional<OneShotReads::Read> read = reads.start();
@@ -47,7 +47,7 @@ TEST_F(OneShotReadsTest, NothingToReadStartsNothing)
     EXPECT_FALSE(reads.isUnderWay());
 }
 
-TEST_F(OneShotReadsTest, BlocksAreStartedOneAtATimeInTheirOrder)
+TEST_F(OneShotReadsTest, BlocksAreStartedOneAtATimeInOrder)
 {
     reads.add(FIRST_JOB, {blockAt(1), blockAt(2)});
     EXPECT_EQ(1, start());
@@ -57,7 +57,7 @@ TEST_F(OneShotReadsTest, BlocksAreStartedOneAtATimeInTheirOrder)
     EXPECT_EQ(2, start());
 }
 
-TEST_F(OneShotReadsTest, AJobEndsWithItsLastBlock)
+TEST_F(OneShotReadsTest, JobEndsWithItsLastBlock)
 {
     reads.add(FIRST_JOB, {blockAt(1), blockAt(2)});
     start();
@@ -72,7 +72,7 @@ TEST_F(OneShotReadsTest, AJobEndsWithItsLastBlock)
     EXPECT_TRUE(reads.takeEnded().empty());
 }
 
-TEST_F(OneShotReadsTest, AJobWithoutBlocksEndsAtOnce)
+TEST_F(OneShotReadsTest, JobWithoutBlocksEndsAtOnce)
 {
     reads.add(FIRST_JOB, {});
     const std::vector<JobEnd> ends = reads.takeEnded();
@@ -81,7 +81,7 @@ TEST_F(OneShotReadsTest, AJobWithoutBlocksEndsAtOnce)
     EXPECT_EQ(JobEnd::DONE, ends[0].outcome);
 }
 
-TEST_F(OneShotReadsTest, AJobEndsWithTheFirstBlockThatFailsAndDropsTheRest)
+TEST_F(OneShotReadsTest, FailedBlockEndsItsJob)
 {
     reads.add(FIRST_JOB, {blockAt(1), blockAt(2)});
     reads.add(SECOND_JOB, {blockAt(3)});
@@ -95,7 +95,7 @@ TEST_F(OneShotReadsTest, AJobEndsWithTheFirstBlockThatFailsAndDropsTheRest)
     EXPECT_EQ(3, start());
 }
 
-TEST_F(OneShotReadsTest, WhatIsReadForNoJobWaitsItsTurnAndEndsUntold)
+TEST_F(OneShotReadsTest, ReadWithoutAJobReportsNoEnd)
 {
     reads.add(FIRST_JOB, {blockAt(1)});
     reads.add(OneShotReads::NO_JOB, {blockAt(8)});
@@ -108,7 +108,7 @@ TEST_F(OneShotReadsTest, WhatIsReadForNoJobWaitsItsTurnAndEndsUntold)
     EXPECT_EQ(-1, start());
 }
 
-TEST_F(OneShotReadsTest, AFailingReadForNoJobEndsUntoldAndDropsNothing)
+TEST_F(OneShotReadsTest, FailedReadWithoutAJobDropsNothing)
 {
     reads.add(OneShotReads::NO_JOB, {blockAt(8), blockAt(9)});
     reads.add(OneShotReads::NO_JOB, {blockAt(10)});
@@ -121,7 +121,7 @@ TEST_F(OneShotReadsTest, AFailingReadForNoJobEndsUntoldAndDropsNothing)
     EXPECT_EQ(1, start());
 }
 
-TEST_F(OneShotReadsTest, AFailingJobDropsNoReadForNoJob)
+TEST_F(OneShotReadsTest, FailedJobDropsNoReadWithoutAJob)
 {
     reads.add(FIRST_JOB, {blockAt(1), blockAt(2)});
     reads.add(OneShotReads::NO_JOB, {blockAt(8)});
@@ -130,7 +130,7 @@ TEST_F(OneShotReadsTest, AFailingJobDropsNoReadForNoJob)
     EXPECT_EQ(8, start());
 }
 
-TEST_F(OneShotReadsTest, AnEndWithNothingUnderWayEndsNothing)
+TEST_F(OneShotReadsTest, EndWithoutAReadIsIgnored)
 {
     reads.add(FIRST_JOB, {blockAt(1)});
     endsWell();

@@ -52,56 +52,56 @@ protected:
     PolledTags polled;
 };
 
-TEST_F(PolledTagsTest, AFramesBlockIsFoundByItsFirstUnit)
+TEST_F(PolledTagsTest, BlockOfAFrameIsFoundByItsFirstUnit)
 {
     EXPECT_EQ(0, polled.blockOf(variableAt(1, MW, 3010)));
     EXPECT_EQ(1, polled.blockOf(variableAt(2, MX, 3016)));
 }
 
-TEST_F(PolledTagsTest, AFrameOfAnotherStationAreaOrNumberHasNoBlock)
+TEST_F(PolledTagsTest, FrameOfAnotherPlaceHasNoBlock)
 {
     EXPECT_EQ(-1, polled.blockOf(variableAt(2, MW, 3010)));
     EXPECT_EQ(-1, polled.blockOf(variableAt(2, MW, 3016)));
     EXPECT_EQ(-1, polled.blockOf(variableAt(1, MW, 3011)));
 }
 
-TEST_F(PolledTagsTest, AllTagsThatShowAUnitAreFound)
+TEST_F(PolledTagsTest, AllTagsOfAUnitAreFound)
 {
     EXPECT_EQ((std::vector<int>{0, 3}), polled.tagsAt(1, MW, 3010));
 }
 
-TEST_F(PolledTagsTest, ATagOfTwoWordsIsFoundByEither)
+TEST_F(PolledTagsTest, TwoWordTagIsFoundByEitherWord)
 {
     EXPECT_EQ(std::vector<int>{1}, polled.tagsAt(1, MW, 3011));
     EXPECT_EQ(std::vector<int>{1}, polled.tagsAt(1, MW, 3012));
 }
 
-TEST_F(PolledTagsTest, AUnitThatNoTagShowsHasNoTags)
+TEST_F(PolledTagsTest, UnitInAGapHasNoTags)
 {
     EXPECT_TRUE(polled.tagsAt(1, MW, 3013).empty());
     EXPECT_TRUE(polled.tagsAt(2, MX, 3017).empty());
 }
 
-TEST_F(PolledTagsTest, TheTagsOfAStationAreItsOwn)
+TEST_F(PolledTagsTest, TagsOfAStationAreFound)
 {
     EXPECT_EQ((std::vector<int>{0, 1, 3}), polled.tagsOfStation(1));
     EXPECT_EQ(std::vector<int>{2}, polled.tagsOfStation(2));
     EXPECT_TRUE(polled.tagsOfStation(3).empty());
 }
 
-TEST_F(PolledTagsTest, AllTagsAreAllOfThem)
+TEST_F(PolledTagsTest, AllTagsAreListed)
 {
     EXPECT_EQ((std::vector<int>{0, 1, 2, 3}), polled.allTags());
 }
 
-TEST_F(PolledTagsTest, TheStationsAreThoseOfTheBlocksEachOnce)
+TEST_F(PolledTagsTest, StationsOfBlocksAreListedOnce)
 {
     polled.set({},
                {block(3, MW, 3010, 3, {}), block(1, MX, 3016, 16, {}), block(3, MW, 4000, 1, {})});
     EXPECT_EQ((std::set<int>{1, 3}), polled.stations());
 }
 
-TEST_F(PolledTagsTest, KeysAreThoseOfTheAcceptedStations)
+TEST_F(PolledTagsTest, OnlyAcceptedStationsHaveKeys)
 {
     const QList<KEY_ADDRESS> keys = polled.keys([](int station) { return station == 2; });
     ASSERT_EQ(1, int(keys.size()));
@@ -117,7 +117,7 @@ TEST_F(PolledTagsTest, OnlyKeysOfBitAreasHaveTheBitUnitMode)
     EXPECT_NE(-1, PolledTags::keyOf(polled.block(0)).unitMode);
 }
 
-TEST_F(PolledTagsTest, ANewSetForgetsTheOldOne)
+TEST_F(PolledTagsTest, NewSetReplacesTheOldSet)
 {
     polled.set({tagAt(5, MW, 3000, Tag::UINT16)}, {block(5, MW, 3000, 1, {0})});
     EXPECT_EQ(-1, polled.blockOf(variableAt(1, MW, 3010)));

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-// Times are microseconds of a clock that only the tests move; the window is ten seconds.
+// Times are microseconds of a clock that only the tests advance. The window is ten seconds.
 
 namespace {
 
@@ -13,7 +13,7 @@ enum : qint64 { MS = 1000, SECOND = 1000000, REPLY = 20, LATE_REPLY = 60 };
 class RecentRatesTest : public testing::Test
 {
 protected:
-    /// `count` exchanges, one every 100 ms from a time on.
+    /// Adds `count` exchanges, one every 100 ms.
     void exchange(int count, qint64 from, qint64 replyTime = REPLY)
     {
         for (int i = 0; i < count; ++i)
@@ -23,7 +23,7 @@ protected:
     RecentRates rates;
 };
 
-TEST_F(RecentRatesTest, AreNoneBeforeAnythingHappens)
+TEST_F(RecentRatesTest, AreUnknownAtFirst)
 {
     rates.start(SECOND);
     for (const qint64 now : {qint64(SECOND), 5 * SECOND}) {
@@ -34,7 +34,7 @@ TEST_F(RecentRatesTest, AreNoneBeforeAnythingHappens)
     }
 }
 
-TEST_F(RecentRatesTest, AreThoseSinceTheStartWhileTheWindowIsNotYetFull)
+TEST_F(RecentRatesTest, CountFromTheStartUntilTheWindowIsFull)
 {
     rates.start(3 * SECOND);
     exchange(20, 3 * SECOND + 100 * MS);
@@ -44,7 +44,7 @@ TEST_F(RecentRatesTest, AreThoseSinceTheStartWhileTheWindowIsNotYetFull)
     EXPECT_DOUBLE_EQ(5, rates.at(7 * SECOND).exchangesPerSecond);
 }
 
-TEST_F(RecentRatesTest, ForgetWhatIsOlderThanTheWindow)
+TEST_F(RecentRatesTest, ForgetExchangesOlderThanTheWindow)
 {
     rates.start(0);
     exchange(1000, 100 * MS); // ten a second, up to 100 s
@@ -52,7 +52,7 @@ TEST_F(RecentRatesTest, ForgetWhatIsOlderThanTheWindow)
     EXPECT_DOUBLE_EQ(5, rates.at(105 * SECOND).exchangesPerSecond);
 }
 
-TEST_F(RecentRatesTest, AnExchangeCountsForTenSeconds)
+TEST_F(RecentRatesTest, ExchangeCountsForTenSeconds)
 {
     rates.start(0);
     rates.exchanged(REPLY, 30 * SECOND);
@@ -61,7 +61,7 @@ TEST_F(RecentRatesTest, AnExchangeCountsForTenSeconds)
     EXPECT_DOUBLE_EQ(0, rates.at(40 * SECOND).exchangesPerSecond);
 }
 
-TEST_F(RecentRatesTest, FallToNothingWhenThePlcIsSilent)
+TEST_F(RecentRatesTest, FallToZeroWhenThePlcIsSilent)
 {
     rates.start(0);
     exchange(100, 0);
@@ -73,7 +73,7 @@ TEST_F(RecentRatesTest, FallToNothingWhenThePlcIsSilent)
     EXPECT_DOUBLE_EQ(0, silent.wireShare);
 }
 
-TEST_F(RecentRatesTest, PercentilesAreThoseOfTheWindow)
+TEST_F(RecentRatesTest, PercentilesCoverOnlyTheWindow)
 {
     rates.start(0);
     exchange(100, 0, LATE_REPLY); // up to 9.9 s
@@ -84,7 +84,7 @@ TEST_F(RecentRatesTest, PercentilesAreThoseOfTheWindow)
     EXPECT_EQ(REPLY, rates.at(20 * SECOND - 1).reply99);
 }
 
-TEST_F(RecentRatesTest, AnExchangeWithoutAReplyHasNoReplyTime)
+TEST_F(RecentRatesTest, ExchangeWithoutReplyHasNoReplyTime)
 {
     rates.start(0);
     rates.exchanged(-1, SECOND);
@@ -93,7 +93,7 @@ TEST_F(RecentRatesTest, AnExchangeWithoutAReplyHasNoReplyTime)
     EXPECT_DOUBLE_EQ(0.1, rates.at(12 * SECOND).exchangesPerSecond);
 }
 
-TEST_F(RecentRatesTest, AFrameHalfWithinTheWindowCountsHalf)
+TEST_F(RecentRatesTest, FrameHalfWithinTheWindowCountsHalf)
 {
     rates.start(0);
     rates.wireTaken(19 * SECOND, 21 * SECOND);
@@ -101,14 +101,14 @@ TEST_F(RecentRatesTest, AFrameHalfWithinTheWindowCountsHalf)
     EXPECT_DOUBLE_EQ(0.1, rates.at(30 * SECOND).wireShare);
 }
 
-TEST_F(RecentRatesTest, AFrameStillBeingSentCountsAsFarAsItIsOnTheWire)
+TEST_F(RecentRatesTest, OnlyTheSentPartOfAFrameCounts)
 {
     rates.start(0);
     rates.wireTaken(19 * SECOND, 21 * SECOND);
     EXPECT_DOUBLE_EQ(0.1, rates.at(20 * SECOND).wireShare);
 }
 
-TEST_F(RecentRatesTest, TimesOnTheWireThatOverlapCountOnce)
+TEST_F(RecentRatesTest, OverlappingWireTimesCountOnce)
 {
     rates.start(0);
     rates.wireTaken(20 * SECOND, 22 * SECOND);
@@ -117,7 +117,7 @@ TEST_F(RecentRatesTest, TimesOnTheWireThatOverlapCountOnce)
     EXPECT_DOUBLE_EQ(0.3, rates.at(25 * SECOND).wireShare);
 }
 
-TEST_F(RecentRatesTest, TimeOnTheWireBeforeTheStartDoesNotCount)
+TEST_F(RecentRatesTest, WireTimeBeforeTheStartDoesNotCount)
 {
     rates.start(SECOND);
     rates.wireTaken(0, 2 * SECOND);

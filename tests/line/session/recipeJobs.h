@@ -4,7 +4,7 @@
 #include "plan/recipePlan.h"
 #include "session/recipeTransfers.h"
 
-/// The bytes of a word as the driver holds them, low byte first.
+/// The bytes of a word in the driver's order, low byte first.
 inline QByteArray wordBytes(int value)
 {
     QByteArray bytes(2, '\0');

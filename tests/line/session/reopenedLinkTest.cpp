@@ -8,8 +8,8 @@
 #include <chrono>
 #include <future>
 
-// The pauses between the openings of a link that is lost again and again. The thread is a real one,
-// so the tests know only the shortest time that it may take.
+// The pauses between the openings of a link that is lost repeatedly. The thread is real, so the
+// tests can check only the shortest time.
 
 namespace {
 
@@ -18,7 +18,7 @@ enum { FIRST_PAUSE_MS = 1 };
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
-/// The times of the first `count` openings of a link that brings the bytes and is lost.
+/// The times of the first `count` openings of a link that brings the bytes and is then lost.
 std::vector<Clock::time_point> openings(size_t count, const std::deque<QByteArray>& portions)
 {
     std::vector<Clock::time_point> times;
@@ -42,7 +42,7 @@ std::vector<Clock::time_point> openings(size_t count, const std::deque<QByteArra
 
 } // namespace
 
-TEST(ReopenedLink, PausesGoOnGrowingWhenItOpensAndBringsNothing)
+TEST(ReopenedLink, PausesGrowWhileItOpensWithoutBringingBytes)
 {
     const std::vector<Clock::time_point> opened = openings(8, {});
     milliseconds pause(FIRST_PAUSE_MS);
@@ -50,7 +50,7 @@ TEST(ReopenedLink, PausesGoOnGrowingWhenItOpensAndBringsNothing)
         EXPECT_GE(opened[i] - opened[i - 1], pause) << i;
 }
 
-TEST(ReopenedLink, PausesStartAnewWhenItBringsBytes)
+TEST(ReopenedLink, PausesStartAnewAfterBytesCame)
 {
     enum { OPENINGS = 14, GROWN_MS = (1 << (OPENINGS - 1)) - 1 };
     const std::vector<Clock::time_point> opened = openings(OPENINGS, {"x"});

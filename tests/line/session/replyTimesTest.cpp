@@ -4,7 +4,7 @@
 
 #include <limits>
 
-TEST(ReplyTimes, ThereAreNoneAtFirst)
+TEST(ReplyTimes, AreEmptyAtFirst)
 {
     const ReplyTimes times;
     EXPECT_EQ(0, times.count());
@@ -20,7 +20,7 @@ TEST(ReplyTimes, CountsEachReply)
     EXPECT_EQ(3, times.count());
 }
 
-TEST(ReplyTimes, AReplyThatNeverCameDoesNotCount)
+TEST(ReplyTimes, MissingReplyDoesNotCount)
 {
     ReplyTimes times;
     times.add(-1);
@@ -45,7 +45,7 @@ TEST(ReplyTimes, LongTimesAreWithinTwoPercent)
     }
 }
 
-TEST(ReplyTimes, TheLongestTimeThereIsFits)
+TEST(ReplyTimes, Longest63BitTimeFits)
 {
     const qint64 longest = std::numeric_limits<qint64>::max();
     ReplyTimes times;
@@ -53,9 +53,9 @@ TEST(ReplyTimes, TheLongestTimeThereIsFits)
     EXPECT_NEAR(double(longest), double(times.percentile(50)), double(longest) * 0.02);
 }
 
-TEST(ReplyTimes, APercentileIsTheTimeWithinWhichSoManyCame)
+TEST(ReplyTimes, PercentileIsTheTimeWithinWhichThatShareCame)
 {
-    // Of the times 1 to 60 in any order, half came within 30, and 59.4 of them, so 60, within 60.
+    // The times are 1 to 60 in any order. Half of them are within 30; 99 % are 59.4 times, so 60.
     ReplyTimes times;
     for (int i = 0; i < 60; ++i)
         times.add((i * 7) % 60 + 1);
@@ -68,7 +68,7 @@ TEST(ReplyTimes, APercentileIsTheTimeWithinWhichSoManyCame)
         EXPECT_EQ(row.time, times.percentile(row.percent)) << row.percent;
 }
 
-TEST(ReplyTimes, OneSlowReplyInAHundredIsPastThe99thPercentile)
+TEST(ReplyTimes, SlowestOfAHundredIsAboveThe99thPercentile)
 {
     ReplyTimes times;
     for (int i = 0; i < 99; ++i)
@@ -78,7 +78,7 @@ TEST(ReplyTimes, OneSlowReplyInAHundredIsPastThe99thPercentile)
     EXPECT_NEAR(500000, double(times.percentile(99.5)), 10000);
 }
 
-TEST(ReplyTimes, ATimeTakenBackNoLongerCounts)
+TEST(ReplyTimes, RemovedTimeDoesNotCount)
 {
     ReplyTimes times;
     for (const qint64 time : {20, 500000, 500000})

@@ -10,14 +10,14 @@
 #include <deque>
 #include <string>
 
-/// A link that brings the bytes of its script, a portion at each read, and is then gone, or stays
-/// open and silent. It is there at once: nothing of it takes time.
+/// A link that returns the bytes of a script, one portion for each read. Afterwards it is lost, or
+/// stays open and silent. All portions are readable at once.
 class ScriptedLink : public Link
 {
 public:
     enum End { IS_LOST, STAYS_SILENT };
 
-    /// @param trouble  said of the loss
+    /// @param trouble  message of the loss
     ScriptedLink(const std::deque<QByteArray>& portions, End end,
                  const std::string& trouble = "unplugged")
         : m_portions(portions),
@@ -55,7 +55,7 @@ private:
     std::deque<QByteArray> m_portions;
     const End m_end;
     const std::string m_trouble;
-    const int m_event; ///< readable as long as there is something to read, or the loss to see
+    const int m_event; ///< readable while a portion is left or the loss is to be noticed
 };
 
 #endif

@@ -12,8 +12,9 @@ namespace {
 
 enum { LOW_BYTES = 2 };
 
-// The driver has no way to ask how long its queue is, so what goes in and comes out is counted. Its
-// functions have no argument for the host's own data, so the counts lie here.
+// The driver does not tell the length of its queue, so the writes that enter and leave it are
+// counted. The counts are global, because the driver's functions have no argument for the host's
+// data.
 decltype(&intf_setData) realSetData = nullptr;
 int outstandingWrites = 0;
 int mostOutstandingWrites = 0;
@@ -150,8 +151,8 @@ void SessionBench::know(const std::vector<Tag>& tags)
     feeder.know(tags, blocks);
 }
 
-/// Does what is next.
-/// @return false when that is not before `end`; it is `end` then
+/// Does the next step. Without a step before `end` it only moves the clock to `end`.
+/// @return false when the clock is at `end`
 bool SessionBench::stepUntil(qint64 end)
 {
     if (!m_bound.allowsStepAt(now)) {

@@ -11,7 +11,7 @@
 #include <map>
 #include <vector>
 
-/// Notes what a session tells.
+/// Records the calls of a driver feeder.
 class RecordingSink : public SessionSink
 {
 public:
@@ -52,19 +52,19 @@ public:
 
     int changes() const;
 
-    std::function<void(int tag, const QByteArray& bytes)> onValue; ///< called with every value
+    std::function<void(int tag, const QByteArray& bytes)> onValue; ///< called for every value
     std::map<int, TagNote> tags;
     std::map<int, JobEnd> ends;
     std::vector<int> progress;
     std::vector<ExchangeNote> exchanges;
-    std::map<int, int> badCounts; ///< by tag: how often it turned bad, or bad for another reason
+    std::map<int, int> badCounts; ///< by tag: how often it became bad or got another reason
     std::vector<EndedExchange> fences;
     int endedTwice = 0;
     int echoesFound = 0;
 };
 
-/// A session with the real driver on a virtual clock, at the other end of a line of 38400 baud from
-/// a model PLC. Its link is open from the start.
+/// A driver feeder with the real driver, a line of 38400 baud and a model PLC, on a virtual clock.
+/// The link is open from the start.
 class SessionBench
 {
 public:
@@ -73,18 +73,18 @@ public:
     explicit SessionBench(qint64 answer = ANSWER,
                           const LineTiming& timing = LineTiming(LineSettings()));
 
-    /// Plans the reads of the tags and polls them; or only knows them.
+    /// Plans the reads of the tags; poll() also polls them.
     void poll(const std::vector<Tag>& tags);
     void know(const std::vector<Tag>& tags);
 
-    /// Polls a word of that number at station 1, tag 0, and at station 2, tag 1, for a second.
+    /// Polls the word at stations 1 (tag 0) and 2 (tag 1) for a second.
     void pollTwoStations(int number);
 
-    /// Lets so much time pass. Fails the test when the session lets none pass, see StepBound.
+    /// Lets the time pass. Fails the test when the feeder's steps let no time pass, see StepBound.
     void run(qint64 duration);
 
-    /// Until it is so, `most` at most.
-    /// @return whether it is
+    /// Runs until the condition holds, at most for the time `most`.
+    /// @return whether the condition holds
     bool runUntil(const std::function<bool()>& isSo, qint64 most = 600LL * SECOND);
     bool runUntilEnded(int job)
     {
@@ -96,20 +96,21 @@ public:
 
     void writeWord(int job, int number, int value, int station = 1);
 
-    /// Value of a tag as one number, its words in the order of their addresses; -1: never told.
+    /// The shown value of a tag as a number, with its words in the order of their addresses; -1: no
+    /// value was told.
     qint64 shown(int tag) const;
 
-    /// Requests sent to a station with a function.
+    /// Number of requests with the function that were sent to the station.
     int sentWith(int station, int function) const;
 
-    /// Most writes that the driver had at a time.
+    /// The largest number of writes in the driver's queue.
     static int mostOutstanding();
 
     qint64 now = 0;
     ModelPlc plc;
     RecordingSink sink;
     std::vector<QByteArray> sent;   ///< requests of the driver
-    std::vector<QByteArray> fences; ///< sent besides
+    std::vector<QByteArray> fences; ///< sent by the host itself
     std::vector<ReadBlock> blocks;
 
 private:

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-// What the board makes of a link's exchanges, losses and use of the wire.
+// The figures of SharedValues: exchanges, losses and the use of the wire.
 
 namespace {
 
@@ -28,7 +28,7 @@ protected:
     SharedValues shared;
 };
 
-TEST_F(SharedValuesFiguresTest, FiguresCountEachExchangeByItsEnd)
+TEST_F(SharedValuesFiguresTest, ExchangesAreCountedByTheirEnd)
 {
     shared.exchanged(exchangeOf(REPLY_ACCEPTED, 1000), 0);
     shared.exchanged(exchangeOf(REPLY_RETRY, -1), 0);
@@ -43,7 +43,7 @@ TEST_F(SharedValuesFiguresTest, FiguresCountEachExchangeByItsEnd)
     EXPECT_DOUBLE_EQ(1, figures.wholeRun.exchangesPerSecond); // the accepted and the refused
 }
 
-TEST_F(SharedValuesFiguresTest, FencesAreCountedWhateverBecameOfThemAndAreNoExchanges)
+TEST_F(SharedValuesFiguresTest, FencesAreCountedApartFromExchanges)
 {
     EndedExchange fence = {};
     fence.isFence = true;
@@ -57,7 +57,7 @@ TEST_F(SharedValuesFiguresTest, FencesAreCountedWhateverBecameOfThemAndAreNoExch
     EXPECT_EQ(0, figures.giveUps);
 }
 
-TEST_F(SharedValuesFiguresTest, TheRateCountsFromTheFirstOpeningOfTheLink)
+TEST_F(SharedValuesFiguresTest, RateCountsFromTheFirstOpening)
 {
     shared.linkChanged(true, QString(), 1000000);
     shared.exchanged(exchangeOf(REPLY_ACCEPTED, 1000), 0);
@@ -66,7 +66,7 @@ TEST_F(SharedValuesFiguresTest, TheRateCountsFromTheFirstOpeningOfTheLink)
     EXPECT_DOUBLE_EQ(0.5, shared.figures(3000000).wholeRun.exchangesPerSecond);
 }
 
-TEST_F(SharedValuesFiguresTest, ReplyTimesAreThoseOfAnswersOnly)
+TEST_F(SharedValuesFiguresTest, OnlyAnswersHaveReplyTimes)
 {
     for (int i = 0; i < 98; ++i)
         shared.exchanged(exchangeOf(REPLY_ACCEPTED, 1000), 0);
@@ -89,14 +89,14 @@ TEST_F(SharedValuesFiguresTest, FiguresAtTheStartAreZeroOrUnknown)
     EXPECT_FALSE(figures.connected);
 }
 
-TEST_F(SharedValuesFiguresTest, TheWiresShareIsTheTimeThatItWasTaken)
+TEST_F(SharedValuesFiguresTest, WireShareIsTheTimeInUse)
 {
     shared.wireTaken(0, 100);
     shared.wireTaken(300, 450);
     EXPECT_DOUBLE_EQ(0.25, shared.figures(1000).wholeRun.wireShare);
 }
 
-TEST_F(SharedValuesFiguresTest, ALinkThatWasNeverThereIsNotLost)
+TEST_F(SharedValuesFiguresTest, FailedFirstOpeningIsNoLoss)
 {
     shared.linkChanged(false, QLatin1String("no device"), 1);
     EXPECT_EQ(0, shared.figures(1).losses);
@@ -117,7 +117,7 @@ TEST_F(SharedValuesFiguresTest, LossesOfTheLinkAreCounted)
     EXPECT_EQ(25, news.linkEvents[5].time);
 }
 
-TEST_F(SharedValuesFiguresTest, RatesOfLateAreThoseOfTheLastTenSecondsAndTotalsAreOfTheRun)
+TEST_F(SharedValuesFiguresTest, RecentRatesCoverTenSecondsAndTotalsTheRun)
 {
     shared.linkChanged(true, QString(), 0);
     for (int i = 1; i <= 100; ++i) {
@@ -136,7 +136,7 @@ TEST_F(SharedValuesFiguresTest, RatesOfLateAreThoseOfTheLastTenSecondsAndTotalsA
     EXPECT_EQ(1, figures.retries);
 }
 
-TEST_F(SharedValuesFiguresTest, ASilentPlcsRateOfLateFallsToZeroThoughItIsAsked)
+TEST_F(SharedValuesFiguresTest, RecentRateOfASilentPlcFallsToZero)
 {
     shared.linkChanged(true, QString(), 0);
     for (int i = 1; i <= 10; ++i)
@@ -149,7 +149,7 @@ TEST_F(SharedValuesFiguresTest, ASilentPlcsRateOfLateFallsToZeroThoughItIsAsked)
     EXPECT_EQ(10, figures.giveUps);
 }
 
-TEST_F(SharedValuesFiguresTest, RatesOfLateGoOnAcrossALostLink)
+TEST_F(SharedValuesFiguresTest, RecentRatesContinueAcrossALostLink)
 {
     shared.linkChanged(true, QString(), 0);
     for (int i = 1; i <= 20; ++i)

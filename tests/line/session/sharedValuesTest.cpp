@@ -27,7 +27,7 @@ protected:
     SharedValues shared;
 };
 
-TEST_F(SharedValuesTest, ATagIsNeitherReadNorGoodAtFirst)
+TEST_F(SharedValuesTest, TagIsNeitherReadNorGoodAtFirst)
 {
     ASSERT_EQ(size_t(TAGS), shared.tags().size());
     EXPECT_TRUE(tag(0).bytes.isEmpty());
@@ -35,7 +35,7 @@ TEST_F(SharedValuesTest, ATagIsNeitherReadNorGoodAtFirst)
     EXPECT_FALSE(tag(0).good);
 }
 
-TEST_F(SharedValuesTest, AFirstValueOfZeroIsNewsThoughNoChange)
+TEST_F(SharedValuesTest, FirstValueOfZeroIsNewsButNoChange)
 {
     shared.tagRead(1, ZERO, 300);
     const News news = shared.takeNews();
@@ -47,7 +47,7 @@ TEST_F(SharedValuesTest, AFirstValueOfZeroIsNewsThoughNoChange)
     EXPECT_EQ(0, tag(1).changes);
 }
 
-TEST_F(SharedValuesTest, TheSameValueReadAgainIsNoNewsButFresh)
+TEST_F(SharedValuesTest, SameValueUpdatesOnlyTheReadTime)
 {
     shared.tagRead(1, SEVEN, 300);
     shared.takeNews();
@@ -56,7 +56,7 @@ TEST_F(SharedValuesTest, TheSameValueReadAgainIsNoNewsButFresh)
     EXPECT_EQ(400, tag(1).readAt);
 }
 
-TEST_F(SharedValuesTest, EveryOtherValueCountsAsOneChange)
+TEST_F(SharedValuesTest, EachDifferentValueCountsAsOneChange)
 {
     shared.tagRead(1, ZERO, 1);
     shared.tagValue(1, SEVEN, 2);
@@ -66,7 +66,7 @@ TEST_F(SharedValuesTest, EveryOtherValueCountsAsOneChange)
     EXPECT_EQ(3u, shared.takeNews().changes.size());
 }
 
-TEST_F(SharedValuesTest, AValueThatTheHostWroteIsShownButNotRead)
+TEST_F(SharedValuesTest, WrittenValueIsShownButDoesNotCountAsRead)
 {
     shared.tagValue(0, SEVEN, 100);
     EXPECT_EQ(SEVEN, tag(0).bytes);
@@ -75,7 +75,7 @@ TEST_F(SharedValuesTest, AValueThatTheHostWroteIsShownButNotRead)
     EXPECT_EQ(1u, shared.takeNews().changes.size());
 }
 
-TEST_F(SharedValuesTest, ABadTagKeepsItsValueAndTellsItsTrouble)
+TEST_F(SharedValuesTest, BadTagKeepsItsValue)
 {
     shared.tagRead(0, SEVEN, 100);
     shared.takeNews();
@@ -87,7 +87,7 @@ TEST_F(SharedValuesTest, ABadTagKeepsItsValueAndTellsItsTrouble)
     EXPECT_EQ(1u, shared.takeNews().changes.size());
 }
 
-TEST_F(SharedValuesTest, TheSameTroubleIsToldOnce)
+TEST_F(SharedValuesTest, SameTroubleIsToldOnce)
 {
     shared.tagsBad({0, 2}, SILENT, 100);
     EXPECT_EQ(2u, shared.takeNews().changes.size());
@@ -95,7 +95,7 @@ TEST_F(SharedValuesTest, TheSameTroubleIsToldOnce)
     EXPECT_TRUE(shared.takeNews().changes.empty());
 }
 
-TEST_F(SharedValuesTest, AnotherTroubleIsTold)
+TEST_F(SharedValuesTest, NewTroubleIsTold)
 {
     shared.tagsBad({0}, SILENT, 100);
     shared.takeNews();
@@ -104,7 +104,7 @@ TEST_F(SharedValuesTest, AnotherTroubleIsTold)
     EXPECT_EQ(QLatin1String("link lost"), tag(0).trouble);
 }
 
-TEST_F(SharedValuesTest, ATagThatIsGoodAgainIsNewsThoughItsValueIsTheSame)
+TEST_F(SharedValuesTest, RecoveredTagIsNewsEvenWithTheSameValue)
 {
     shared.tagRead(0, SEVEN, 100);
     shared.tagsBad({0}, SILENT, 200);
@@ -133,7 +133,7 @@ TEST_F(SharedValuesTest, NewsAreTakenOnce)
     EXPECT_FALSE(news.isEchoFound);
 }
 
-TEST_F(SharedValuesTest, AnEchoThatWasFoundIsNews)
+TEST_F(SharedValuesTest, FoundEchoIsNews)
 {
     EXPECT_FALSE(shared.takeNews().isEchoFound);
     shared.echoFound();
@@ -141,7 +141,7 @@ TEST_F(SharedValuesTest, AnEchoThatWasFoundIsNews)
     EXPECT_TRUE(shared.takeNews().isEchoFound);
 }
 
-TEST_F(SharedValuesTest, AJobsEndIsPassedOnAsItWas)
+TEST_F(SharedValuesTest, JobEndIsPassedOnUnchanged)
 {
     JobEnd end;
     end.job = JOB;
@@ -157,14 +157,14 @@ TEST_F(SharedValuesTest, AJobsEndIsPassedOnAsItWas)
     EXPECT_EQ(SEVEN, news.jobEnds[0].values);
 }
 
-TEST_F(SharedValuesTest, ARecipesProgressStaysKnown)
+TEST_F(SharedValuesTest, RecipeProgressStaysInTheNews)
 {
     shared.recipeProgress(JOB, 4);
     EXPECT_EQ(4, shared.takeNews().recipeBlocksDone);
     EXPECT_EQ(4, shared.takeNews().recipeBlocksDone);
 }
 
-TEST_F(SharedValuesTest, TheBlocksOfARecipeAreToldWithItsEndAndNotOfTheNextOne)
+TEST_F(SharedValuesTest, RecipeProgressIsResetAfterItsEndIsTaken)
 {
     JobEnd end;
     end.job = JOB;
@@ -174,7 +174,7 @@ TEST_F(SharedValuesTest, TheBlocksOfARecipeAreToldWithItsEndAndNotOfTheNextOne)
     EXPECT_EQ(0, shared.takeNews().recipeBlocksDone);
 }
 
-TEST_F(SharedValuesTest, TheEndOfAnotherJobLeavesARecipesBlocks)
+TEST_F(SharedValuesTest, EndOfAnotherJobKeepsRecipeProgress)
 {
     JobEnd end;
     end.job = JOB + 1;
@@ -184,7 +184,7 @@ TEST_F(SharedValuesTest, TheEndOfAnotherJobLeavesARecipesBlocks)
     EXPECT_EQ(4, shared.takeNews().recipeBlocksDone);
 }
 
-TEST_F(SharedValuesTest, ChangesThatNobodyTakesAreDroppedAndCounted)
+TEST_F(SharedValuesTest, ExcessChangesAreDroppedAndCounted)
 {
     for (int i = 0; i < SharedValues::MOST_CHANGES + 3; ++i)
         shared.tagRead(0, i % 2 == 0 ? ZERO : SEVEN, i);
@@ -193,7 +193,7 @@ TEST_F(SharedValuesTest, ChangesThatNobodyTakesAreDroppedAndCounted)
     EXPECT_EQ(3, news.changesMissed);
 }
 
-TEST_F(SharedValuesTest, ADroppedChangeIsStillInTheTagsState)
+TEST_F(SharedValuesTest, DroppedChangeUpdatesTheTag)
 {
     for (int i = 0; i < SharedValues::MOST_CHANGES; ++i)
         shared.tagRead(0, i % 2 == 0 ? ZERO : SEVEN, i);
@@ -202,7 +202,7 @@ TEST_F(SharedValuesTest, ADroppedChangeIsStillInTheTagsState)
     EXPECT_EQ(100000, tag(0).changes);
 }
 
-TEST_F(SharedValuesTest, MissedChangesStayCountedAfterNewsAreTaken)
+TEST_F(SharedValuesTest, MissedChangesCountFromTheStart)
 {
     for (int i = 0; i < SharedValues::MOST_CHANGES + 3; ++i)
         shared.tagRead(0, i % 2 == 0 ? ZERO : SEVEN, i);
@@ -213,7 +213,7 @@ TEST_F(SharedValuesTest, MissedChangesStayCountedAfterNewsAreTaken)
     EXPECT_EQ(3, news.changesMissed);
 }
 
-TEST_F(SharedValuesTest, FramesThatNobodyTakesAreDroppedAndCounted)
+TEST_F(SharedValuesTest, ExcessFramesAreDroppedAndCounted)
 {
     for (int i = 0; i < SharedValues::MOST_FRAMES + 2; ++i)
         shared.frame(FrameRecord::SENT, SEVEN, i);
@@ -230,7 +230,7 @@ TEST_F(SharedValuesTest, EndsOfJobsAreNeverDropped)
     EXPECT_EQ(size_t(jobs), shared.takeNews().jobEnds.size());
 }
 
-TEST_F(SharedValuesTest, AFrameKeepsItsTimeAndDirection)
+TEST_F(SharedValuesTest, FrameKeepsItsTimeAndDirection)
 {
     shared.frame(FrameRecord::RECEIVED, SEVEN, 77);
     const News news = shared.takeNews();
@@ -247,20 +247,20 @@ TEST(SharedValuesWithoutFrames, KeepsNone)
     EXPECT_TRUE(shared.takeNews().frames.empty());
 }
 
-TEST_F(SharedValuesTest, WaitingWithNewsAlreadyThereEndsAtOnce)
+TEST_F(SharedValuesTest, WaitEndsAtOnceWithNews)
 {
     shared.tagRead(0, SEVEN, 1);
     shared.waitForNews(60000);
     EXPECT_EQ(1u, shared.takeNews().changes.size());
 }
 
-TEST_F(SharedValuesTest, WaitingWithoutNewsEndsWithItsTime)
+TEST_F(SharedValuesTest, WaitWithoutNewsEndsAfterItsTime)
 {
     shared.waitForNews(0);
     EXPECT_TRUE(shared.takeNews().changes.empty());
 }
 
-TEST_F(SharedValuesTest, AnotherThreadIsWokenByNewsAndMissesNone)
+TEST_F(SharedValuesTest, ReadingThreadIsWokenAndMissesNoNews)
 {
     const int values = 20000;
     std::vector<News::Change> seen;

@@ -6,13 +6,13 @@
 #include <optional>
 #include <thread>
 
-// What the session lends to the driver.
+// The memory and the mutex that StartedDriver lends to the driver.
 
 namespace {
 
 enum { ATTEMPTS = 3, GLANCES = 1000 };
 
-// The driver's functions have no argument for the test's own data.
+// Global, because the driver's functions have no argument for the test's data.
 decltype(&intf_initProperty) realInitProperty = nullptr;
 unsigned char* lentBlock = nullptr;
 QMutex* lentMutex = nullptr;
@@ -37,8 +37,8 @@ protected:
         session.emplace(library, ATTEMPTS);
     }
 
-    /// Runs the call in another thread while somebody else has the mutex.
-    /// @return whether it waited for it
+    /// Runs the call in another thread while this thread holds the mutex.
+    /// @return whether the call waited for the mutex
     template <typename Call> bool waitsForTheMutex(Call call)
     {
         std::atomic<bool> begun{false};
@@ -63,7 +63,7 @@ protected:
     std::optional<StartedDriver> session;
 };
 
-TEST_F(StartedDriverTest, RaisesARecipesFlagUnderTheMutex)
+TEST_F(StartedDriverTest, RaisesARecipeFlagUnderTheMutex)
 {
     ASSERT_NE(nullptr, lentMutex);
     EXPECT_EQ(0, lentBlock[RECIPE_UPLOAD_FLAG]);
@@ -72,12 +72,12 @@ TEST_F(StartedDriverTest, RaisesARecipesFlagUnderTheMutex)
     EXPECT_EQ(0, lentBlock[RECIPE_DOWNLOAD_FLAG]);
 }
 
-TEST_F(StartedDriverTest, LooksAtARecipesFlagUnderTheMutex)
+TEST_F(StartedDriverTest, ReadsARecipeFlagUnderTheMutex)
 {
     EXPECT_TRUE(waitsForTheMutex([this] { session->isRaised(RECIPE_UPLOAD_FLAG); }));
 }
 
-TEST_F(StartedDriverTest, ClearsTheBufferOfTheRecipeBefore)
+TEST_F(StartedDriverTest, ClearsTheBufferBeforeANewRecipe)
 {
     enum { WORDS = 3 };
     session->setRecipe({}, QByteArray(2 * WORDS, 'x'));
@@ -86,7 +86,7 @@ TEST_F(StartedDriverTest, ClearsTheBufferOfTheRecipeBefore)
     EXPECT_EQ(QByteArray("yy\0\0\0\0", 2 * WORDS), session->recipeBytes(2 * WORDS));
 }
 
-TEST_F(StartedDriverTest, TakesBackWhatItLent)
+TEST_F(StartedDriverTest, TakesBackTheBorrowedMemory)
 {
     ASSERT_NE(nullptr, lentBlock);
     session.reset();

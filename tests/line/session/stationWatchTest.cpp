@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-// Times are microseconds of a clock that only the tests move. Pauses are counted in time-outs.
+// Times are microseconds of a clock that only the tests advance. Pauses are counted in time-outs.
 
 namespace {
 
@@ -15,14 +15,14 @@ class StationWatchTest : public testing::Test
 protected:
     StationWatchTest() : watch(TIME_OUT) {}
 
-    /// @return the station that is due to be asked by then, or NONE
+    /// @return the station whose probe is due at that time, or NONE
     int askedAt(qint64 time)
     {
         const std::optional<StationWatch::Probe> probe = watch.takeDueProbe(time);
         return probe ? probe->station : int(NONE);
     }
 
-    /// @return how long the due station's answer is waited for, or NONE
+    /// @return the wait of the probe that is due, or NONE
     qint64 waitAt(qint64 time)
     {
         const std::optional<StationWatch::Probe> probe = watch.takeDueProbe(time);
@@ -34,7 +34,7 @@ protected:
         return watch.nextProbe().value_or(NONE);
     }
 
-    /// The station's next probe goes out when it is due, and is not answered within a time-out.
+    /// The station's next probe is sent when it is due, and is given up after a time-out.
     void probeFails(bool heard = NOT_HEARD)
     {
         now = nextProbe();
@@ -43,7 +43,7 @@ protected:
         watch.gaveUp(STATION, heard, now);
     }
 
-    /// The station answered until now and does no more.
+    /// The station answered before and becomes silent.
     void goesSilent()
     {
         ASSERT_TRUE(watch.gaveUp(STATION, NOT_HEARD, now));
@@ -53,14 +53,14 @@ protected:
     qint64 now = 0;
 };
 
-TEST_F(StationWatchTest, AStationThatWasNeverExpectedIsPolledAndNotSilent)
+TEST_F(StationWatchTest, UnknownStationIsPolled)
 {
     EXPECT_TRUE(watch.isPolled(STATION));
     EXPECT_FALSE(watch.isSilent(STATION));
     EXPECT_EQ(NONE, nextProbe());
 }
 
-TEST_F(StationWatchTest, AnExpectedStationIsAskedAtOnceAndNotPolledBeforeItAnswers)
+TEST_F(StationWatchTest, ExpectedStationIsProbedBeforePolling)
 {
     watch.expect(STATION, 300);
     EXPECT_FALSE(watch.isPolled(STATION));
@@ -70,13 +70,13 @@ TEST_F(StationWatchTest, AnExpectedStationIsAskedAtOnceAndNotPolledBeforeItAnswe
     EXPECT_EQ(int(STATION), askedAt(300));
 }
 
-TEST_F(StationWatchTest, TheFirstAnswerOfAnExpectedStationIsWaitedForAnEighthOfTheTimeOut)
+TEST_F(StationWatchTest, FirstProbeWaitsForAnEighthOfTheTimeOut)
 {
     watch.expect(STATION, 0);
     EXPECT_EQ(TIME_OUT / 8, waitAt(0));
 }
 
-TEST_F(StationWatchTest, AnExpectedStationThatAnswersIsPolledAndAskedNoMore)
+TEST_F(StationWatchTest, AnsweringStationIsPolledAndNotProbed)
 {
     watch.expect(STATION, 0);
     askedAt(0);
@@ -85,7 +85,7 @@ TEST_F(StationWatchTest, AnExpectedStationThatAnswersIsPolledAndAskedNoMore)
     EXPECT_EQ(NONE, nextProbe());
 }
 
-TEST_F(StationWatchTest, AnExpectedStationThatMissesItsFirstProbeIsAskedAgainWithTheWholeTimeOut)
+TEST_F(StationWatchTest, SecondProbeWaitsForTheWholeTimeOut)
 {
     watch.expect(STATION, 0);
     askedAt(0);
@@ -96,7 +96,7 @@ TEST_F(StationWatchTest, AnExpectedStationThatMissesItsFirstProbeIsAskedAgainWit
     EXPECT_EQ(0, waitAt(125 + TIME_OUT));
 }
 
-TEST_F(StationWatchTest, AnExpectedStationThatMissesBothProbesIsSilent)
+TEST_F(StationWatchTest, TwoMissedProbesMakeAStationSilent)
 {
     watch.expect(STATION, 0);
     probeFails();
@@ -107,7 +107,7 @@ TEST_F(StationWatchTest, AnExpectedStationThatMissesBothProbesIsSilent)
     EXPECT_EQ(now + 5 * TIME_OUT, nextProbe());
 }
 
-TEST_F(StationWatchTest, NoiseInPlaceOfBothFirstAnswersMakesAStationSilentToo)
+TEST_F(StationWatchTest, NoiseInPlaceOfBothAnswersMakesAStationSilent)
 {
     watch.expect(STATION, 0);
     probeFails(HEARD);
@@ -116,7 +116,7 @@ TEST_F(StationWatchTest, NoiseInPlaceOfBothFirstAnswersMakesAStationSilentToo)
     EXPECT_TRUE(watch.isSilent(STATION));
 }
 
-TEST_F(StationWatchTest, AnAnswerToTheSecondProbeOrAfterItBringsTheStation)
+TEST_F(StationWatchTest, AnswerAfterTheFirstProbeMakesAStationPolled)
 {
     watch.expect(STATION, 0);
     probeFails();
@@ -124,7 +124,7 @@ TEST_F(StationWatchTest, AnAnswerToTheSecondProbeOrAfterItBringsTheStation)
     EXPECT_TRUE(watch.isPolled(STATION));
 }
 
-TEST_F(StationWatchTest, ALateAnswerBringsASilentStationAheadOfItsProbe)
+TEST_F(StationWatchTest, LateAnswerMakesASilentStationPolled)
 {
     goesSilent();
     EXPECT_TRUE(watch.answered(STATION));
@@ -132,21 +132,21 @@ TEST_F(StationWatchTest, ALateAnswerBringsASilentStationAheadOfItsProbe)
     EXPECT_EQ(int(NONE), askedAt(1000 * TIME_OUT));
 }
 
-TEST_F(StationWatchTest, OneGiveUpWithoutAByteMakesAStationSilent)
+TEST_F(StationWatchTest, GiveUpWithoutBytesMakesAStationSilent)
 {
     EXPECT_TRUE(watch.gaveUp(STATION, NOT_HEARD, 0));
     EXPECT_TRUE(watch.isSilent(STATION));
     EXPECT_FALSE(watch.isPolled(STATION));
 }
 
-TEST_F(StationWatchTest, OneSilentStationLeavesTheOthersAlone)
+TEST_F(StationWatchTest, OtherStationsArePolledBesideASilentStation)
 {
     goesSilent();
     EXPECT_FALSE(watch.isSilent(OTHER_STATION));
     EXPECT_TRUE(watch.isPolled(OTHER_STATION));
 }
 
-TEST_F(StationWatchTest, NoiseMakesAStationSilentOnlyAtTheThirdGiveUpInARow)
+TEST_F(StationWatchTest, ThirdConsecutiveNoisyGiveUpMakesAStationSilent)
 {
     EXPECT_FALSE(watch.gaveUp(STATION, HEARD, 0));
     EXPECT_FALSE(watch.gaveUp(STATION, HEARD, 1));
@@ -154,7 +154,7 @@ TEST_F(StationWatchTest, NoiseMakesAStationSilentOnlyAtTheThirdGiveUpInARow)
     EXPECT_TRUE(watch.gaveUp(STATION, HEARD, 2));
 }
 
-TEST_F(StationWatchTest, AnAnswerBetweenStartsTheCountOfNoisyGiveUpsAnew)
+TEST_F(StationWatchTest, AnswerResetsTheCountOfNoisyGiveUps)
 {
     watch.gaveUp(STATION, HEARD, 0);
     watch.gaveUp(STATION, HEARD, 1);
@@ -162,20 +162,20 @@ TEST_F(StationWatchTest, AnAnswerBetweenStartsTheCountOfNoisyGiveUpsAnew)
     EXPECT_FALSE(watch.gaveUp(STATION, HEARD, 2));
 }
 
-TEST_F(StationWatchTest, ASilentStationIsToldOfOnce)
+TEST_F(StationWatchTest, SilenceIsReportedOnce)
 {
     goesSilent();
     EXPECT_FALSE(watch.gaveUp(STATION, NOT_HEARD, 1));
 }
 
-TEST_F(StationWatchTest, ASilentStationIsAskedFirstAfterFourTimeOutsAndWithTheWholeTimeOut)
+TEST_F(StationWatchTest, SilentStationIsProbedAfterFourTimeOuts)
 {
     watch.gaveUp(STATION, NOT_HEARD, 500);
     EXPECT_EQ(int(NONE), askedAt(500 + 4 * TIME_OUT - 1));
     EXPECT_EQ(0, waitAt(500 + 4 * TIME_OUT));
 }
 
-TEST_F(StationWatchTest, ADueProbeIsTakenOnce)
+TEST_F(StationWatchTest, DueProbeIsTakenOnce)
 {
     goesSilent();
     askedAt(4 * TIME_OUT);
@@ -183,7 +183,7 @@ TEST_F(StationWatchTest, ADueProbeIsTakenOnce)
     EXPECT_EQ(NONE, nextProbe());
 }
 
-TEST_F(StationWatchTest, ThePausesGrowUpToAHundredAndTwentyTimeOuts)
+TEST_F(StationWatchTest, PausesGrowUpTo120TimeOuts)
 {
     goesSilent();
     for (const int pause : {4, 20, 40, 80, 120, 120}) {
@@ -192,14 +192,14 @@ TEST_F(StationWatchTest, ThePausesGrowUpToAHundredAndTwentyTimeOuts)
     }
 }
 
-TEST_F(StationWatchTest, AStationThatAnswersIsToldOfOnce)
+TEST_F(StationWatchTest, ReturnIsReportedOnce)
 {
     goesSilent();
     EXPECT_TRUE(watch.answered(STATION));
     EXPECT_FALSE(watch.answered(STATION));
 }
 
-TEST_F(StationWatchTest, AStationThatCameBackStartsWithTheShortestPauseAgain)
+TEST_F(StationWatchTest, PausesStartAnewAfterAReturn)
 {
     goesSilent();
     probeFails();
@@ -209,7 +209,7 @@ TEST_F(StationWatchTest, AStationThatCameBackStartsWithTheShortestPauseAgain)
     EXPECT_EQ(now + 4 * TIME_OUT, nextProbe());
 }
 
-TEST_F(StationWatchTest, TheNextProbeIsTheEarliestOfAllStations)
+TEST_F(StationWatchTest, NextProbeIsTheEarliestOfAllStations)
 {
     watch.gaveUp(OTHER_STATION, NOT_HEARD, 300);
     watch.gaveUp(STATION, NOT_HEARD, 100);
@@ -218,7 +218,7 @@ TEST_F(StationWatchTest, TheNextProbeIsTheEarliestOfAllStations)
     EXPECT_EQ(300 + 4 * TIME_OUT, nextProbe());
 }
 
-TEST_F(StationWatchTest, OfSeveralDueStationsTheOneThatHasWaitedLongestIsAsked)
+TEST_F(StationWatchTest, StationDueLongestIsProbedFirst)
 {
     watch.gaveUp(OTHER_STATION, NOT_HEARD, 100);
     watch.gaveUp(STATION, NOT_HEARD, 300);
@@ -226,7 +226,7 @@ TEST_F(StationWatchTest, OfSeveralDueStationsTheOneThatHasWaitedLongestIsAsked)
     EXPECT_EQ(int(STATION), askedAt(1000 * TIME_OUT));
 }
 
-TEST_F(StationWatchTest, AStationThatWasNeverHeardIsAskedAheadOfASilentOne)
+TEST_F(StationWatchTest, UnheardStationIsProbedBeforeASilentStation)
 {
     goesSilent();
     watch.expect(OTHER_STATION, 5 * TIME_OUT);
@@ -234,7 +234,7 @@ TEST_F(StationWatchTest, AStationThatWasNeverHeardIsAskedAheadOfASilentOne)
     EXPECT_EQ(int(STATION), askedAt(5 * TIME_OUT));
 }
 
-TEST_F(StationWatchTest, BehindAProbeThatFailsTheOthersHaveATimeOutForThemselves)
+TEST_F(StationWatchTest, FailedProbeDelaysOtherProbesByATimeOut)
 {
     watch.gaveUp(STATION, NOT_HEARD, 0);
     watch.gaveUp(OTHER_STATION, NOT_HEARD, 0);
@@ -245,7 +245,7 @@ TEST_F(StationWatchTest, BehindAProbeThatFailsTheOthersHaveATimeOutForThemselves
     EXPECT_EQ(int(OTHER_STATION), askedAt(6 * TIME_OUT));
 }
 
-TEST_F(StationWatchTest, TheShortProbesOfStationsThatWereNeverHeardFollowOneAnother)
+TEST_F(StationWatchTest, ShortProbesFollowWithoutAPause)
 {
     watch.expect(STATION, 0);
     watch.expect(OTHER_STATION, 0);
@@ -254,7 +254,7 @@ TEST_F(StationWatchTest, TheShortProbesOfStationsThatWereNeverHeardFollowOneAnot
     EXPECT_EQ(int(OTHER_STATION), askedAt(125));
 }
 
-TEST_F(StationWatchTest, AllStationsAreSilentWhenEveryExpectedOneIs)
+TEST_F(StationWatchTest, AllAreSilentWhenEachExpectedStationIs)
 {
     EXPECT_FALSE(watch.areAllSilent());
     watch.expect(STATION, 0);
@@ -269,7 +269,7 @@ TEST_F(StationWatchTest, AllStationsAreSilentWhenEveryExpectedOneIs)
     EXPECT_FALSE(watch.areAllSilent());
 }
 
-TEST_F(StationWatchTest, EveryStationIsAskedAnewWhenTheLinkIsBack)
+TEST_F(StationWatchTest, NewLinkProbesEveryStation)
 {
     goesSilent();
     watch.answered(OTHER_STATION);
@@ -285,7 +285,7 @@ TEST_F(StationWatchTest, EveryStationIsAskedAnewWhenTheLinkIsBack)
     EXPECT_EQ(int(NONE), askedAt(1000 * TIME_OUT));
 }
 
-TEST_F(StationWatchTest, AProbeThatWentWithTheOldLinkIsTakenAgainOnTheNewOne)
+TEST_F(StationWatchTest, ProbeLostWithALinkIsRepeated)
 {
     goesSilent();
     askedAt(4 * TIME_OUT);

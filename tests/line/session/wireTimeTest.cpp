@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-// The time on the wire that the frames of a link are counted with.
+// The time that the frames of a link take on the wire.
 
 namespace {
 
@@ -20,7 +20,7 @@ LineSettings lineOf(int baud)
     return settings;
 }
 
-/// The wire's share of an hour in which one request goes to a silent station; -1: no wire.
+/// The wire's share of an hour with one request to a silent station; -1: no wire.
 double shareOfOneRequest(const LineTiming& timing)
 {
     Tag tag;
@@ -57,7 +57,7 @@ double shareOfOneRequest(const LineTiming& timing)
 
 } // namespace
 
-TEST(WireTime, OfARequestHasTheSilenceAheadOfIt)
+TEST(WireTime, OfARequestIncludesTheSilenceAhead)
 {
     // 8 characters of 10 bits, and 3.5 characters of silence: 8333.3 and 3645.8 us, rounded up.
     EXPECT_NEAR(8334 + 3646, shareOfOneRequest(LineTiming(lineOf(9600))) * double(HOUR), 0.5);

@@ -2,12 +2,12 @@
 
 #include <gtest/gtest.h>
 
-TEST(WireUse, AWireNeverUsedHasNoShare)
+TEST(WireUse, UnusedWireHasNoShare)
 {
     EXPECT_DOUBLE_EQ(0, WireUse(1000).share(2000));
 }
 
-TEST(WireUse, ThereIsNoShareBeforeAnyTimeHasPassed)
+TEST(WireUse, ShareIsZeroBeforeAnyTimeHasPassed)
 {
     WireUse use(1000);
     use.add(1000, 2000);
@@ -15,7 +15,7 @@ TEST(WireUse, ThereIsNoShareBeforeAnyTimeHasPassed)
     EXPECT_DOUBLE_EQ(0, use.share(900));
 }
 
-TEST(WireUse, TheShareIsBusyTimeOfTheTimeSinceTheStart)
+TEST(WireUse, ShareIsTheBusyPartOfTheTime)
 {
     WireUse use(1000);
     use.add(1100, 1200);
@@ -23,7 +23,7 @@ TEST(WireUse, TheShareIsBusyTimeOfTheTimeSinceTheStart)
     EXPECT_DOUBLE_EQ(0.25, use.share(2000));
 }
 
-TEST(WireUse, TheShareFallsWhileTheWireRests)
+TEST(WireUse, ShareFallsWhileTheWireRests)
 {
     WireUse use(0);
     use.add(0, 100);
@@ -40,7 +40,7 @@ TEST(WireUse, OverlappingTimesCountOnce)
     EXPECT_DOUBLE_EQ(0.5, use.share(1000));
 }
 
-TEST(WireUse, WhatLiesBeforeTheEndOfAnEarlierCallDoesNotCount)
+TEST(WireUse, TimeBeforeTheEndOfAnEarlierCallDoesNotCount)
 {
     WireUse use(0);
     use.add(500, 600);
@@ -56,7 +56,7 @@ TEST(WireUse, TimeBeforeTheStartDoesNotCount)
     EXPECT_DOUBLE_EQ(0.1, use.share(2000));
 }
 
-TEST(WireUse, AnEmptyOrReversedTimeDoesNotCount)
+TEST(WireUse, EmptyOrReversedTimeDoesNotCount)
 {
     WireUse use(0);
     use.add(100, 100);
@@ -64,7 +64,7 @@ TEST(WireUse, AnEmptyOrReversedTimeDoesNotCount)
     EXPECT_DOUBLE_EQ(0, use.share(1000));
 }
 
-TEST(WireUse, AFrameStillBeingSentCountsAsFarAsItIsOnTheWire)
+TEST(WireUse, OnlyTheSentPartOfAFrameCounts)
 {
     WireUse use(0);
     use.add(50, 300);

@@ -43,7 +43,8 @@ protected:
         return jobs.ended(STATION, AREA, number, JobEnd::REFUSED, QLatin1String("refused"));
     }
 
-    /// Numbers of the elements that can be taken now.
+    /// Takes all elements that can be taken.
+    /// @return their numbers
     std::vector<int> takeAll()
     {
         std::vector<int> taken;
@@ -55,20 +56,20 @@ protected:
     WriteJobs jobs;
 };
 
-TEST_F(WriteJobsTest, NothingToWriteIsNothingToTake)
+TEST_F(WriteJobsTest, NothingIsTakenAtFirst)
 {
     EXPECT_FALSE(jobs.takeNext());
     EXPECT_TRUE(jobs.takeEnded().empty());
 }
 
-TEST_F(WriteJobsTest, ElementsAreTakenInTheirOrder)
+TEST_F(WriteJobsTest, ElementsAreTakenInOrder)
 {
     jobs.add(FIRST_JOB, {wordWrite(5, 1), wordWrite(3, 1)});
     jobs.add(SECOND_JOB, {wordWrite(4, 1)});
     EXPECT_EQ((std::vector<int>{5, 3, 4}), takeAll());
 }
 
-TEST_F(WriteJobsTest, AnElementKeepsItsBytesAndItsStation)
+TEST_F(WriteJobsTest, ElementKeepsItsBytesAndStation)
 {
     jobs.add(FIRST_JOB, {wordWrite(5, 42, OTHER_STATION)});
     const std::optional<ElementWrite> taken = jobs.takeNext();
@@ -77,7 +78,7 @@ TEST_F(WriteJobsTest, AnElementKeepsItsBytesAndItsStation)
     EXPECT_EQ(QByteArray::fromHex("2A00"), taken->bytes);
 }
 
-TEST_F(WriteJobsTest, AJobEndsWithItsLastElement)
+TEST_F(WriteJobsTest, JobEndsWithItsLastElement)
 {
     jobs.add(FIRST_JOB, {wordWrite(1, 1), wordWrite(2, 1)});
     takeAll();
@@ -91,7 +92,7 @@ TEST_F(WriteJobsTest, AJobEndsWithItsLastElement)
     EXPECT_TRUE(ends[0].trouble.isEmpty());
 }
 
-TEST_F(WriteJobsTest, AJobIsToldOfOnce)
+TEST_F(WriteJobsTest, JobEndIsReportedOnce)
 {
     jobs.add(FIRST_JOB, {wordWrite(1, 1)});
     takeAll();
@@ -100,7 +101,7 @@ TEST_F(WriteJobsTest, AJobIsToldOfOnce)
     EXPECT_TRUE(jobs.takeEnded().empty());
 }
 
-TEST_F(WriteJobsTest, AJobWithoutElementsEndsAtOnce)
+TEST_F(WriteJobsTest, JobWithoutElementsEndsAtOnce)
 {
     jobs.add(FIRST_JOB, {});
     const std::vector<JobEnd> ends = jobs.takeEnded();
@@ -109,7 +110,7 @@ TEST_F(WriteJobsTest, AJobWithoutElementsEndsAtOnce)
     EXPECT_EQ(JobEnd::DONE, ends[0].outcome);
 }
 
-TEST_F(WriteJobsTest, AJobTellsOfItsFirstFailureWithTheElementsLabel)
+TEST_F(WriteJobsTest, JobReportsItsFirstFailure)
 {
     jobs.add(FIRST_JOB, {wordWrite(1, 1), wordWrite(2, 1), wordWrite(3, 1)});
     takeAll();
@@ -122,14 +123,14 @@ TEST_F(WriteJobsTest, AJobTellsOfItsFirstFailureWithTheElementsLabel)
     EXPECT_EQ(QLatin1String("tag2: refused"), ends[0].trouble);
 }
 
-TEST_F(WriteJobsTest, FiveHundredElementsAreOutstandingAtMost)
+TEST_F(WriteJobsTest, AtMostFiveHundredElementsAreOutstanding)
 {
     jobs.add(FIRST_JOB, wordWrites(0, 600));
     EXPECT_EQ(500u, takeAll().size());
     EXPECT_EQ(500, jobs.outstanding());
 }
 
-TEST_F(WriteJobsTest, EachEndedElementMakesRoomForOne)
+TEST_F(WriteJobsTest, EndedElementMakesRoomForAnother)
 {
     jobs.add(FIRST_JOB, wordWrites(0, 600));
     takeAll();
@@ -137,7 +138,7 @@ TEST_F(WriteJobsTest, EachEndedElementMakesRoomForOne)
     EXPECT_EQ(std::vector<int>{500}, takeAll());
 }
 
-TEST_F(WriteJobsTest, ASecondWriteOfAnElementWaitsForTheFirstOnesEnd)
+TEST_F(WriteJobsTest, SecondWriteOfAnElementWaitsForTheFirst)
 {
     jobs.add(FIRST_JOB, {wordWrite(1, 11)});
     EXPECT_EQ(std::vector<int>{1}, takeAll());
@@ -149,7 +150,7 @@ TEST_F(WriteJobsTest, ASecondWriteOfAnElementWaitsForTheFirstOnesEnd)
     EXPECT_EQ(22, second->bytes.at(0));
 }
 
-TEST_F(WriteJobsTest, AWaitingElementDoesNotHoldUpTheOthers)
+TEST_F(WriteJobsTest, WaitingElementDoesNotDelayOthers)
 {
     jobs.add(FIRST_JOB, {wordWrite(1, 11)});
     takeAll();
@@ -157,7 +158,7 @@ TEST_F(WriteJobsTest, AWaitingElementDoesNotHoldUpTheOthers)
     EXPECT_EQ(std::vector<int>{2}, takeAll());
 }
 
-TEST_F(WriteJobsTest, TheSameNumberOfAnotherStationIsAnotherElement)
+TEST_F(WriteJobsTest, SameNumberOfAnotherStationIsAnotherElement)
 {
     jobs.add(FIRST_JOB, {wordWrite(1, 11), wordWrite(1, 11, OTHER_STATION)});
     EXPECT_EQ(2u, takeAll().size());
@@ -165,7 +166,7 @@ TEST_F(WriteJobsTest, TheSameNumberOfAnotherStationIsAnotherElement)
     EXPECT_EQ(1, jobs.outstanding());
 }
 
-TEST_F(WriteJobsTest, OfSeveralThatWaitTheNewestReplacesTheOlderWhichFails)
+TEST_F(WriteJobsTest, NewerWriteReplacesAWaitingWrite)
 {
     jobs.add(FIRST_JOB, {wordWrite(1, 11)});
     takeAll();
@@ -180,7 +181,7 @@ TEST_F(WriteJobsTest, OfSeveralThatWaitTheNewestReplacesTheOlderWhichFails)
     EXPECT_EQ(33, jobs.takeNext().value().bytes.at(0));
 }
 
-TEST_F(WriteJobsTest, EachOfTwoWritesOfOneElementEndsAsItsOwnFrameDid)
+TEST_F(WriteJobsTest, TwoWritesOfAnElementEndSeparately)
 {
     jobs.add(FIRST_JOB, {wordWrite(1, 11)});
     takeAll();
@@ -195,7 +196,7 @@ TEST_F(WriteJobsTest, EachOfTwoWritesOfOneElementEndsAsItsOwnFrameDid)
     EXPECT_EQ(JobEnd::DONE, ends[1].outcome);
 }
 
-TEST_F(WriteJobsTest, AnElementTwiceInOneJobEndsTheJobOnce)
+TEST_F(WriteJobsTest, ElementTwiceInAJobEndsTheJobOnce)
 {
     jobs.add(FIRST_JOB, {wordWrite(1, 11), wordWrite(1, 22)});
     EXPECT_EQ(std::vector<int>{1}, takeAll());
@@ -204,7 +205,7 @@ TEST_F(WriteJobsTest, AnElementTwiceInOneJobEndsTheJobOnce)
     EXPECT_EQ(1u, jobs.takeEnded().size());
 }
 
-TEST_F(WriteJobsTest, AnElementThatIsNotOutstandingCannotEnd)
+TEST_F(WriteJobsTest, OnlyOutstandingElementsEnd)
 {
     jobs.add(FIRST_JOB, {wordWrite(1, 11)});
     EXPECT_FALSE(done(1));
@@ -213,7 +214,7 @@ TEST_F(WriteJobsTest, AnElementThatIsNotOutstandingCannotEnd)
     EXPECT_FALSE(done(1));
 }
 
-TEST_F(WriteJobsTest, FailingAStationEndsWhatWaitsForItAndNothingElse)
+TEST_F(WriteJobsTest, FailWaitingEndsOnlyTheStationsWaitingElements)
 {
     jobs.add(FIRST_JOB, {wordWrite(1, 1)});
     jobs.add(SECOND_JOB, {wordWrite(1, 1, OTHER_STATION)});
@@ -227,7 +228,7 @@ TEST_F(WriteJobsTest, FailingAStationEndsWhatWaitsForItAndNothingElse)
     EXPECT_FALSE(jobs.takeNext());
 }
 
-TEST_F(WriteJobsTest, FailingAStationLeavesWhatTheDriverHas)
+TEST_F(WriteJobsTest, FailWaitingKeepsOutstandingElements)
 {
     jobs.add(FIRST_JOB, {wordWrite(1, 1)});
     takeAll();
@@ -236,7 +237,7 @@ TEST_F(WriteJobsTest, FailingAStationLeavesWhatTheDriverHas)
     EXPECT_TRUE(done(1));
 }
 
-TEST_F(WriteJobsTest, AnElementThatFailedWhileItWaitedCanBeWrittenAgain)
+TEST_F(WriteJobsTest, FailedWaitingElementCanBeWrittenAgain)
 {
     jobs.add(FIRST_JOB, {wordWrite(1, 11)});
     jobs.failWaiting(STATION, QLatin1String("silent"));
