@@ -8,9 +8,9 @@
 
 namespace {
 
-// A writer takes no data of the test's own.
+// Global, because the write function has no argument for the test's data.
 enum { INTERRUPTED = -1, PORT_IS_GONE = -2 };
-std::deque<int> takes; ///< by call: how many bytes are taken, or a failure; then as many as come
+std::deque<int> takes; ///< by call: number of bytes taken, or a failure; empty: all bytes
 QByteArray taken;
 
 ssize_t failWith(int number)
@@ -36,7 +36,7 @@ ssize_t writeSome(int, const void* bytes, size_t count)
 class DescriptorBytesTest : public testing::Test
 {
 protected:
-    /// @return what writeAll() returns when the system takes the bytes in these portions
+    /// @return the result of writeAll() when the system takes the bytes in these portions
     static int write(const QByteArray& bytes, const std::deque<int>& portions)
     {
         takes = portions;
@@ -47,25 +47,25 @@ protected:
 
 } // namespace
 
-TEST_F(DescriptorBytesTest, APartialWriteGoesOnBehindWhatWasTaken)
+TEST_F(DescriptorBytesTest, PartialWriteContinuesBehindTheTakenBytes)
 {
     EXPECT_EQ(0, write("0123456789", {3, 0, 1, 4}));
     EXPECT_EQ("0123456789", taken.toStdString());
 }
 
-TEST_F(DescriptorBytesTest, AnInterruptedWriteIsRepeatedWhereItWas)
+TEST_F(DescriptorBytesTest, InterruptedWriteIsRepeatedAtItsPlace)
 {
     EXPECT_EQ(0, write("0123456789", {INTERRUPTED, 6, INTERRUPTED, INTERRUPTED}));
     EXPECT_EQ("0123456789", taken.toStdString());
 }
 
-TEST_F(DescriptorBytesTest, AFailureBehindAPartialWriteEndsIt)
+TEST_F(DescriptorBytesTest, FailureAfterAPartialWriteEndsTheWrite)
 {
     EXPECT_EQ(EIO, write("0123456789", {4, PORT_IS_GONE}));
     EXPECT_EQ("0123", taken.toStdString());
 }
 
-TEST_F(DescriptorBytesTest, NoBytesAreNoWrite)
+TEST_F(DescriptorBytesTest, EmptyWriteMakesNoSystemCall)
 {
     EXPECT_EQ(0, write(QByteArray(), {PORT_IS_GONE}));
     EXPECT_EQ(1u, takes.size());

@@ -4,7 +4,7 @@
 
 namespace {
 
-/// The driver's parameter string as its manual lays it out, with settings told from any default.
+/// A driver's parameter string in the documented format. Its settings differ from all defaults.
 const char* const PARAMETER = "0,19200,7,EVEN,2,0,51,10.0.0.7,4001,a,MW,IW,QW,MX,IX,QX";
 
 LinkAddress parsed(const char* text)
@@ -39,21 +39,21 @@ TEST(LinkText, DefaultsComeFromTheDriversParameters)
     EXPECT_EQ(4001, defaults.port);
 }
 
-TEST(LinkText, TheSimulatedPlcIsReachedWithTheDefaultLine)
+TEST(LinkText, SimulatedPlcHasTheDefaultLine)
 {
     const LinkAddress address = parsed("sim");
     EXPECT_EQ(LinkAddress::SIMULATED, address.kind);
     EXPECT_EQ("19200 7E2", inWords(address.line));
 }
 
-TEST(LinkText, ASerialLinkNamesItsDevice)
+TEST(LinkText, SerialLinkNamesItsDevice)
 {
     const LinkAddress address = parsed("serial:/dev/ttyUSB0,9600");
     EXPECT_EQ(LinkAddress::SERIAL, address.kind);
     EXPECT_EQ("/dev/ttyUSB0", address.device.toStdString());
 }
 
-TEST(LinkText, PartsOfASerialLinkThatAreLeftOutTakeTheDefaults)
+TEST(LinkText, MissingPartsOfASerialLinkTakeDefaults)
 {
     const struct
     {
@@ -70,7 +70,7 @@ TEST(LinkText, PartsOfASerialLinkThatAreLeftOutTakeTheDefaults)
         EXPECT_EQ(row.line, inWords(parsed(row.text).line)) << row.text;
 }
 
-TEST(LinkText, TheEndsOfEachRangeAreTaken)
+TEST(LinkText, LimitsOfEachRangeAreAccepted)
 {
     EXPECT_EQ("300 5E1", inWords(parsed("serial:/dev/ttyS0,300,5,EVEN,1").line));
     EXPECT_EQ("4000000 8E2", inWords(parsed("serial:/dev/ttyS0,4000000,8,EVEN,2").line));
@@ -78,7 +78,7 @@ TEST(LinkText, TheEndsOfEachRangeAreTaken)
     EXPECT_EQ(65535, parsed("tcp:plc,65535").port);
 }
 
-TEST(LinkText, PartsOfANetworkLinkThatAreLeftOutTakeTheDefaults)
+TEST(LinkText, MissingPartsOfANetworkLinkTakeDefaults)
 {
     const struct
     {
@@ -98,7 +98,7 @@ TEST(LinkText, PartsOfANetworkLinkThatAreLeftOutTakeTheDefaults)
     }
 }
 
-TEST(LinkText, AnIpv6AddressKeepsItsColons)
+TEST(LinkText, Ipv6AddressKeepsItsColons)
 {
     for (const char* text : {"tcp:fe80::1,8000", "tcp:[fe80::1],8000"}) {
         EXPECT_EQ("fe80::1", parsed(text).host.toStdString()) << text;
@@ -106,7 +106,7 @@ TEST(LinkText, AnIpv6AddressKeepsItsColons)
     }
 }
 
-TEST(LinkText, ABadTextIsExplainedInOneSentence)
+TEST(LinkText, MalformedTextIsExplainedInOneSentence)
 {
     const struct
     {
@@ -128,7 +128,7 @@ TEST(LinkText, ABadTextIsExplainedInOneSentence)
         EXPECT_EQ(row.complaint, complaint(row.text)) << row.text;
 }
 
-TEST(LinkText, ABadNumberIsNamedWithItsRange)
+TEST(LinkText, BadNumberIsNamedWithItsRange)
 {
     const struct
     {
@@ -152,7 +152,7 @@ TEST(LinkText, ABadNumberIsNamedWithItsRange)
         EXPECT_EQ(row.complaint, complaint(row.text)) << row.text;
 }
 
-TEST(LinkText, AnUnknownParityIsNamed)
+TEST(LinkText, UnknownParityIsNamed)
 {
     EXPECT_EQ("the parity \"MARK\" is not NONE, EVEN or ODD",
               complaint("serial:/dev/ttyS0,9600,8,MARK"));

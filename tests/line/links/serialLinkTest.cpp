@@ -13,11 +13,11 @@
 #include <ostream>
 #include <string>
 
-// A serial port that is opened, looked at on a pseudo-terminal.
+// The opening of a serial port, observed on a pseudo-terminal.
 
-// A pseudo-terminal keeps neither the number of data bits nor whether there is a parity bit. So the
-// program's two calls are looked at: the settings that it asked for are those that it reads back,
-// as of a port that keeps them all.
+// A pseudo-terminal does not keep the number of data bits or the parity. The test therefore
+// replaces the two system calls: reading the settings returns the settings that were set, as on a
+// port that keeps all of them.
 
 namespace {
 
@@ -51,8 +51,8 @@ extern "C" int tcgetattr(int descriptor, termios* settings) noexcept
 
 namespace {
 
-/// A pseudo-terminal that hands bytes on as they are. The slave is a port, the master what is at
-/// the other end of its line.
+/// A pseudo-terminal that passes bytes on unchanged. The slave is the port; the master is the other
+/// end of the line.
 class SerialLinkTest : public testing::Test
 {
 protected:
@@ -64,7 +64,7 @@ protected:
         EXPECT_EQ(0, ptsname_r(m_master.number(), name, sizeof name));
         m_path = name;
         askedDescriptor = -1;
-        // Held open, so that the line keeps what comes while no link is open.
+        // Kept open, so that the terminal keeps bytes that come while no link is open.
         m_slave = Descriptor(open(name, O_RDWR | O_NOCTTY | O_CLOEXEC));
         termios raw = {};
         cfmakeraw(&raw);
@@ -76,7 +76,7 @@ protected:
         return QString::fromStdString(m_path);
     }
 
-    /// The bytes are there to be read when this returns.
+    /// Returns when the bytes can be read.
     void comes(const char* bytes)
     {
         const std::string text = bytes;
@@ -104,7 +104,7 @@ struct AskedLine
     LineSettings::Parity parity;
     int stopBits;
     speed_t speed;
-    tcflag_t characters; ///< the flags of size, parity and stop bits
+    tcflag_t characters; ///< flags of data bits, parity and stop bits
 };
 
 std::ostream& operator<<(std::ostream& out, const AskedLine& line)
@@ -118,7 +118,7 @@ class SerialLinkSettings : public SerialLinkTest, public testing::WithParamInter
 
 } // namespace
 
-TEST_P(SerialLinkSettings, AreAskedOfThePort)
+TEST_P(SerialLinkSettings, AreSetOnThePort)
 {
     LineSettings settings;
     settings.baud = GetParam().baud;
@@ -143,7 +143,7 @@ INSTANTIATE_TEST_SUITE_P(
                               CS7 | PARENB | PARODD | CSTOPB},
                     AskedLine{"6N1", 38400, 6, LineSettings::NO_PARITY, 1, B38400, CS6}));
 
-TEST_F(SerialLinkTest, BytesForAnEarlierHostAreDropped)
+TEST_F(SerialLinkTest, OpeningDropsEarlierBytes)
 {
     comes("late");
     SerialLink link(device(), LineSettings());

@@ -9,8 +9,8 @@
 
 #include <thread>
 
-// A wait that should end at once is given no end, so that one that does not hangs the test instead
-// of passing late.
+// Waits that should end at once have no time limit: a wait that does not end hangs the test. With a
+// limit the test would only pass late.
 
 namespace {
 
@@ -41,40 +41,40 @@ protected:
     WakeableWait waiting;
 };
 
-TEST_F(WakeableWaitTest, AWakeUpBeforehandEndsTheNextWait)
+TEST_F(WakeableWaitTest, WakeUpBeforehandEndsTheNextWait)
 {
     waiting.wake();
     EXPECT_FALSE(waiting.wait(NOTHING, WITHOUT_END));
 }
 
-TEST_F(WakeableWaitTest, AWakeUpFromAnotherThreadEndsTheWait)
+TEST_F(WakeableWaitTest, WakeUpFromAnotherThreadEndsTheWait)
 {
     std::thread other([this] { waiting.wake(); });
     EXPECT_FALSE(waiting.wait(ends[0], WITHOUT_END));
     other.join();
 }
 
-TEST_F(WakeableWaitTest, AByteEndsTheWait)
+TEST_F(WakeableWaitTest, ByteEndsTheWait)
 {
     std::thread other([this] { writeByte(); });
     EXPECT_TRUE(waiting.wait(ends[0], WITHOUT_END));
     other.join();
 }
 
-TEST_F(WakeableWaitTest, ATimeOutOfZeroSeesAByteThatIsThere)
+TEST_F(WakeableWaitTest, WaitOfZeroSeesAWaitingByte)
 {
     EXPECT_FALSE(waiting.wait(ends[0], 0));
     writeByte();
     EXPECT_TRUE(waiting.wait(ends[0], 0));
 }
 
-TEST_F(WakeableWaitTest, AWaitForNothingEndsWithItsTime)
+TEST_F(WakeableWaitTest, WaitWithoutDescriptorEndsAfterItsTime)
 {
     EXPECT_FALSE(waiting.wait(NOTHING, 0));
     EXPECT_FALSE(waiting.wait(NOTHING, SHORT));
 }
 
-TEST_F(WakeableWaitTest, AByteIsSeenTogetherWithAWakeUp)
+TEST_F(WakeableWaitTest, ByteIsSeenTogetherWithAWakeUp)
 {
     writeByte();
     waiting.wake();
@@ -91,7 +91,7 @@ TEST_F(WakeableWaitTest, ManyWakeUpsEndOneWait)
     EXPECT_TRUE(waiting.wait(ends[0], WITHOUT_END));
 }
 
-TEST_F(WakeableWaitTest, AWakeUpEndsOneWaitOnly)
+TEST_F(WakeableWaitTest, WakeUpEndsOnlyOneWait)
 {
     waiting.wake();
     waiting.wait(NOTHING, WITHOUT_END);
@@ -101,14 +101,14 @@ TEST_F(WakeableWaitTest, AWakeUpEndsOneWaitOnly)
     EXPECT_GE(clock.nsecsElapsed(), 1000LL * SHORT);
 }
 
-TEST_F(WakeableWaitTest, AnEndThatWasClosedBySomeoneElseShowsAsReadable)
+TEST_F(WakeableWaitTest, HungUpDescriptorIsReadable)
 {
     close(ends[1]);
     ends[1] = NOTHING;
     EXPECT_TRUE(waiting.wait(ends[0], WITHOUT_END));
 }
 
-TEST_F(WakeableWaitTest, ADescriptorThatIsNoneShowsAsReadable)
+TEST_F(WakeableWaitTest, InvalidDescriptorIsReadable)
 {
     EXPECT_TRUE(waiting.wait(CLOSED_DESCRIPTOR, WITHOUT_END));
 }
