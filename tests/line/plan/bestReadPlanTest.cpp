@@ -7,11 +7,11 @@
 #include <limits>
 #include <random>
 
-// How good plans are, and how soon they are there.
+// The quality of plans, and the time of planning.
 
 namespace {
 
-/// Tries every way to share the tags out among blocks, whatever lies between them.
+/// Tries all distributions of the tags among blocks, whatever the gaps.
 class ExhaustiveSearch
 {
 public:
@@ -79,7 +79,7 @@ std::vector<Tag> randomWords(std::mt19937& random, int count, int numbers)
     return tags;
 }
 
-/// The fastest of several runs, because others use the machine too.
+/// The time of the fastest run, because other programs also use the machine.
 double milliseconds(const std::vector<Tag>& tags)
 {
     double best = std::numeric_limits<double>::max();
@@ -122,7 +122,7 @@ TEST(ReadPlan, ReadsEachOfThousandsOfTagsOnce)
               cycleTime(planSingleReads(tags), costWithGap(20)));
 }
 
-// 5 and 50 ms are to be kept by an optimised build; a sanitizer takes several times as long.
+// The limits of 5 and 50 ms are for optimised builds. A sanitizer takes several times as long.
 TEST(ReadPlan, TakesMillisecondsForThousandsOfTags)
 {
     std::mt19937 random(9);

@@ -4,8 +4,8 @@
 
 #include <gtest/gtest.h>
 
-// Blocks are written as areas, numbers and counts; the driver polls MW, IW, QW, MX, IX, QX in this
-// order and then begins anew. Inputs (IW, IX) are read by another function than all others.
+// A block is written as area, number and count. The driver polls the areas in the order MW, IW, QW,
+// MX, IX, QX and then begins anew. Inputs (IW, IX) have a different read function.
 
 namespace {
 
@@ -20,8 +20,8 @@ ReadBlock blockAt(const char* area, int number, int count, int station = 1)
     return block;
 }
 
-/// The counts after neighbours were made to differ.
-/// @param alike  how many are said to be like the one before
+/// The counts of the blocks after differNeighbours().
+/// @param alike  expected number of blocks like the block before them
 std::vector<int> countsOf(std::vector<ReadBlock> blocks, int alike = 0, int mostWords = MOST_WORDS)
 {
     EXPECT_EQ(alike, differNeighbours(blocks, mostWords));
@@ -35,73 +35,74 @@ using Counts = std::vector<int>;
 
 } // namespace
 
-TEST(Neighbours, OfAnEmptyPlanOrASingleBlockNeedNotDiffer)
+TEST(Neighbours, OfEmptyAndSinglePlansStayUnchanged)
 {
     EXPECT_EQ(Counts(), countsOf({}));
     EXPECT_EQ((Counts{1}), countsOf({blockAt("MW", 3000, 1)}));
 }
 
-TEST(Neighbours, ThatDifferAlreadyAreLeftAlone)
+TEST(Neighbours, ThatDifferStayUnchanged)
 {
     EXPECT_EQ((Counts{1, 2}), countsOf({blockAt("MW", 3000, 1), blockAt("MW", 3100, 2)}));
 }
 
-TEST(Neighbours, OfTwoAlikeBlocksOneIsAWordLonger)
+TEST(Neighbours, OneOfTwoEqualBlocksBecomesAWordLonger)
 {
     EXPECT_EQ((Counts{1, 2}), countsOf({blockAt("MW", 3000, 1), blockAt("MW", 3100, 1)}));
 }
 
-TEST(Neighbours, TheLastBlockIsFollowedByTheFirst)
+TEST(Neighbours, IncludeTheLastAndTheFirstBlock)
 {
-    // 3 words, 4 words and 3 words: the last differs from the one before, not from the first.
+    // 3, 4 and 3 words: the last block differs from the second, but not from the first.
     EXPECT_EQ((Counts{5, 4, 3}),
               countsOf({blockAt("MW", 3000, 3), blockAt("MW", 3100, 4), blockAt("MW", 3200, 3)}));
 }
 
-TEST(Neighbours, OfThreeAlikeBlocksAllDiffer)
+TEST(Neighbours, ThreeEqualBlocksGetThreeLengths)
 {
     EXPECT_EQ((Counts{3, 2, 1}),
               countsOf({blockAt("MW", 3000, 1), blockAt("MW", 3100, 1), blockAt("MW", 3200, 1)}));
 }
 
-TEST(Neighbours, AlternateInALongRowOfAlikeBlocks)
+TEST(Neighbours, ManyEqualBlocksAlternate)
 {
     EXPECT_EQ((Counts{1, 2, 1, 2, 1, 2}),
               countsOf({blockAt("MW", 3000, 1), blockAt("MW", 3100, 1), blockAt("MW", 3200, 1),
                         blockAt("MW", 3300, 1), blockAt("MW", 3400, 1), blockAt("MW", 3500, 1)}));
 }
 
-TEST(Neighbours, ABlockThatWouldBeLikeItsOtherNeighbourIsTwoWordsLonger)
+TEST(Neighbours, BlockBetweenTwoLengthsBecomesTwoWordsLonger)
 {
     EXPECT_EQ((Counts{1, 3, 2}),
               countsOf({blockAt("MW", 3000, 1), blockAt("MW", 3100, 1), blockAt("MW", 3200, 2)}));
 }
 
-TEST(Neighbours, FollowOneAnotherInTheDriversOrderOfAreas)
+TEST(Neighbours, FollowTheDriversOrderOfAreas)
 {
-    // By name QW would follow MW; for the driver MW follows QW, so MW is the later one of the two.
+    // By name QW follows MW. In the driver's order MW follows QW, so MW is the later block.
     EXPECT_EQ((Counts{5, 3, 2}),
               countsOf({blockAt("IW", 0, 5), blockAt("MW", 3000, 2), blockAt("QW", 0, 2)}));
-    // By name MX stands between MW and QW; for the driver it follows QW.
+    // By name MX is between MW and QW. In the driver's order it follows QW.
     EXPECT_EQ((Counts{2, 16, 3}),
               countsOf({blockAt("MW", 3000, 2), blockAt("MX", 3000, 16), blockAt("QW", 0, 2)}));
 }
 
-TEST(Neighbours, AreOrderedByNumberWithinAnAreaWhateverOrderTheyComeIn)
+TEST(Neighbours, AreOrderedByNumberWithinAnArea)
 {
-    // 3000: 1, 3100: 1, 3200: 5; the second one is the later one of the two.
+    // By number: 1 word at 3000, 1 at 3100, 5 at 3200. The block at 3100 is the later of the equal
+    // blocks.
     EXPECT_EQ((Counts{5, 2, 1}),
               countsOf({blockAt("MW", 3200, 5), blockAt("MW", 3100, 1), blockAt("MW", 3000, 1)}));
 }
 
-TEST(Neighbours, ThatAreReadByAnotherFunctionDifferAnyway)
+TEST(Neighbours, WithDifferentFunctionsDiffer)
 {
     EXPECT_EQ((Counts{1, 1}), countsOf({blockAt("MW", 3000, 1), blockAt("IW", 0, 1)}));
     EXPECT_EQ((Counts{16, 16}), countsOf({blockAt("MX", 3000, 16), blockAt("IX", 0, 16)}));
     EXPECT_EQ((Counts{1, 2}), countsOf({blockAt("MW", 3000, 1), blockAt("QW", 0, 1)}));
 }
 
-TEST(Neighbours, OfOtherStationsNeedNotDiffer)
+TEST(Neighbours, OfDifferentStationsStayUnchanged)
 {
     EXPECT_EQ((Counts{1, 1}), countsOf({blockAt("MW", 3000, 1, 1), blockAt("MW", 3000, 1, 2)}));
     EXPECT_EQ((Counts{1, 4, 2, 5}),
@@ -109,14 +110,14 @@ TEST(Neighbours, OfOtherStationsNeedNotDiffer)
                         blockAt("MW", 3100, 1, 1), blockAt("MW", 3100, 4, 2)}));
 }
 
-TEST(Neighbours, GroupsOfBitsHaveOneLengthAndStayAlike)
+TEST(Neighbours, GroupsOfBitsStayEqual)
 {
     EXPECT_EQ((Counts{16, 16}), countsOf({blockAt("MX", 3000, 16), blockAt("MX", 3016, 16)}, 2));
     // 8 bits are read as one register too.
     EXPECT_EQ((Counts{16, 8}), countsOf({blockAt("MX", 65512, 16), blockAt("MX", 65528, 8)}, 2));
 }
 
-TEST(Neighbours, AWordBesideAGroupOfBitsIsTheOneThatIsLonger)
+TEST(Neighbours, WordBesideAGroupOfBitsBecomesLonger)
 {
     EXPECT_EQ((Counts{2, 16}), countsOf({blockAt("MW", 3000, 1), blockAt("MX", 3000, 16)}));
     EXPECT_EQ(
@@ -124,7 +125,7 @@ TEST(Neighbours, AWordBesideAGroupOfBitsIsTheOneThatIsLonger)
         countsOf({blockAt("MX", 3000, 16), blockAt("MW", 3000, 1), blockAt("MX", 3016, 16)}, 1));
 }
 
-TEST(Neighbours, AtTheEndOfAnAreaTheOtherBlockIsLonger)
+TEST(Neighbours, BlockAtTheEndOfAnAreaStaysUnchanged)
 {
     EXPECT_EQ((Counts{2, 1}), countsOf({blockAt("MW", 3000, 1), blockAt("MW", 7095, 1)}));
     EXPECT_EQ((Counts{2, 1}), countsOf({blockAt("QW", 0, 1), blockAt("QW", 255, 1)}));
@@ -132,7 +133,7 @@ TEST(Neighbours, AtTheEndOfAnAreaTheOtherBlockIsLonger)
     EXPECT_EQ((Counts{1, 1}), countsOf({blockAt("MW", 7095, 1), blockAt("QW", 255, 1)}, 2));
 }
 
-TEST(Neighbours, AreNotLongerThanABlockMayBe)
+TEST(Neighbours, AreNotLongerThanTheLimit)
 {
     EXPECT_EQ((Counts{124, 125}), countsOf({blockAt("MW", 3000, 124), blockAt("MW", 3200, 124)}));
     EXPECT_EQ((Counts{125, 125}),
@@ -149,7 +150,7 @@ TEST(Neighbours, KeepTheirStartsAndTheirTags)
     EXPECT_EQ(std::vector<int>{3100}, blocks[1].tags);
 }
 
-TEST(Neighbours, RegistersOfABlockAreItsWordsOrThoseThatHoldItsBits)
+TEST(Neighbours, RegistersOfABlockAreItsWordsOrGroups)
 {
     EXPECT_EQ(7, registersOf(blockAt("QW", 0, 7)));
     EXPECT_EQ(1, registersOf(blockAt("IX", 0, 16)));

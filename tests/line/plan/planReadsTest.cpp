@@ -10,7 +10,7 @@
 #include <map>
 #include <random>
 
-// Plans whose neighbours differ, and what that costs: a line of 38400 baud and stations that begin
+// Plans with different neighbours, and their cost: on a line of 38400 baud with stations that begin
 // their answers after 1 ms, unless a test says otherwise.
 
 namespace {
@@ -65,7 +65,7 @@ std::vector<Tag> randomTags(std::mt19937& random)
     return tags;
 }
 
-/// In the driver's order, which is not that of the plan.
+/// The blocks in the driver's order, which differs from the plan's order.
 std::map<int, std::vector<ReadBlock>> asPolled(const std::vector<ReadBlock>& blocks)
 {
     std::map<int, std::vector<ReadBlock>> stations;
@@ -88,7 +88,7 @@ bool endsItsArea(const ReadBlock& block)
     return block.number + block.count > last - 2;
 }
 
-/// No block has the length of the one before it, but where neither could be made longer.
+/// Expects that no block has the length of the block before it, unless neither block can be longer.
 void expectNeighboursToDiffer(const std::vector<ReadBlock>& blocks)
 {
     for (const auto& [station, polled] : asPolled(blocks)) {
@@ -105,7 +105,7 @@ void expectNeighboursToDiffer(const std::vector<ReadBlock>& blocks)
 
 } // namespace
 
-TEST(PlanReads, NeighboursDifferAndEveryTagIsRead)
+TEST(PlanReads, NeighboursDifferAndEachTagIsReadOnce)
 {
     std::mt19937 random(21);
     for (int i = 0; i < 2000; ++i) {
@@ -117,7 +117,7 @@ TEST(PlanReads, NeighboursDifferAndEveryTagIsRead)
     }
 }
 
-TEST(PlanReads, TakeNoBlockPastTheEndOfItsArea)
+TEST(PlanReads, DoNotPassTheEndOfAnArea)
 {
     std::mt19937 random(22);
     for (int i = 0; i < 2000; ++i) {
@@ -148,18 +148,18 @@ TEST(PlanReads, OfManyBlocksAreAtMostFourPercentLongerThanTheShortest)
 }
 
 // 7886 microseconds a request, 521 a word.
-TEST(PlanReads, OfWordsFarApartAreEveryOtherOneAWordLonger)
+TEST(PlanReads, OfScatteredWordsMakeEverySecondBlockAWordLonger)
 {
     EXPECT_DOUBLE_EQ((20 * 7886.0 + 30 * 521) / (20 * (7886 + 521)),
                      timesAsLong(words(3000, 20, 200)));
 }
 
-TEST(PlanReads, OfThreeWordsFarApartTakeThreeWordsMore)
+TEST(PlanReads, OfThreeScatteredWordsTakeThreeSpareWords)
 {
     EXPECT_DOUBLE_EQ((3 * 7886.0 + 6 * 521) / (3 * (7886 + 521)), timesAsLong(words(3000, 3, 200)));
 }
 
-TEST(PlanReads, OfTwoFullBlocksAreThreeThatDiffer)
+TEST(PlanReads, OfTwoFullBlocksAreThreeDifferentBlocks)
 {
     const std::vector<Tag> tags = words(3000, 250);
     EXPECT_EQ(2u, shortestReads(tags, costOfLine(), MOST_WORDS).size());
@@ -167,12 +167,12 @@ TEST(PlanReads, OfTwoFullBlocksAreThreeThatDiffer)
     EXPECT_EQ(3u, blocks.size());
     expectAllRead(tags, blocks, MOST_WORDS);
     expectNeighboursToDiffer(blocks);
-    // A request and a word or two, of two requests and 250 words.
+    // The third block adds a request and one or two words to two requests and 250 words.
     EXPECT_GT(timesAsLong(tags), 1.05);
     EXPECT_LT(timesAsLong(tags), 1.07);
 }
 
-TEST(PlanReads, OfSixteenFullBlocksAreSeventeenThatDiffer)
+TEST(PlanReads, OfSixteenFullBlocksAreSeventeenDifferentBlocks)
 {
     const std::vector<Tag> tags = words(3000, 2000);
     const std::vector<ReadBlock> blocks = planFor(tags);
@@ -183,7 +183,7 @@ TEST(PlanReads, OfSixteenFullBlocksAreSeventeenThatDiffer)
     EXPECT_LE(timesAsLong(tags), 1.02);
 }
 
-TEST(PlanReads, KeepTwoFullBlocksInARowWhereAFenceBetweenThemCostsNoMoreThanARequest)
+TEST(PlanReads, KeepTwoFullBlocksWhenAFenceCostsNoMoreThanARequest)
 {
     WireCost network;
     network.request = 1000;
@@ -195,13 +195,13 @@ TEST(PlanReads, KeepTwoFullBlocksInARowWhereAFenceBetweenThemCostsNoMoreThanAReq
     EXPECT_EQ(125, blocks[2].count);
 }
 
-TEST(PlanReads, OfASingleBlockAreTheShortest)
+TEST(PlanReads, OfASingleBlockAreUnchanged)
 {
     EXPECT_EQ(1.0, timesAsLong(words(3000, 125)));
     EXPECT_EQ(1.0, timesAsLong(words(3000, 1)));
 }
 
-TEST(PlanReads, OfBitsStayGroups)
+TEST(PlanReads, OfBitsAreGroupsOf16)
 {
     std::vector<Tag> tags;
     for (int i = 0; i < 10; ++i)

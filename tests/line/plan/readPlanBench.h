@@ -7,7 +7,7 @@
 
 #include <algorithm>
 
-// What the tests of read plans share.
+// Tools for the tests of read plans.
 
 enum { MOST_WORDS = 125 };
 
@@ -22,7 +22,7 @@ inline Tag wordTag(int number, Tag::Type type = Tag::UINT16, const char* area = 
     return tag;
 }
 
-/// Reading a gap of up to `gap` words is cheaper than another request, or as cheap.
+/// A cost at which reading a gap of up to `gap` words costs no more than another request.
 inline WireCost costWithGap(int gap)
 {
     WireCost cost;
@@ -41,7 +41,7 @@ inline std::vector<ReadBlock> planOf(const std::vector<Tag>& tags, int gap)
     return planReads(tags, costWithGap(gap), MOST_WORDS);
 }
 
-/// Every tag must lie in exactly one block, whole.
+/// Expects that each tag lies as a whole in exactly one block.
 inline void expectAllRead(const std::vector<Tag>& tags, const std::vector<ReadBlock>& blocks,
                           int mostWords)
 {

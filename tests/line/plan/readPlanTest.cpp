@@ -40,19 +40,19 @@ TEST(ShortestReads, NoTagsNeedNoBlock)
     EXPECT_TRUE(shortestOf({}, 5).empty());
 }
 
-TEST(ShortestReads, AGapIsReadAcrossWhileItCostsLessThanARequest)
+TEST(ShortestReads, GapIsReadWhenItCostsLessThanARequest)
 {
     expectBlocks({{1, "MW", 3000, 6, {0, 1}}}, shortestOf({wordTag(3000), wordTag(3005)}, 5));
     expectBlocks({{1, "MW", 3000, 1, {0}}, {1, "MW", 3007, 1, {1}}},
                  shortestOf({wordTag(3000), wordTag(3007)}, 5));
 }
 
-TEST(ShortestReads, OfEquallyFastPlansTheOneWithFewerRequestsIsTaken)
+TEST(ShortestReads, FewerRequestsWinAtEqualTime)
 {
     expectBlocks({{1, "MW", 3000, 7, {0, 1}}}, shortestOf({wordTag(3000), wordTag(3006)}, 5));
 }
 
-TEST(ShortestReads, StationsAndAreasHaveBlocksOfTheirOwn)
+TEST(ShortestReads, StationsAndAreasHaveSeparateBlocks)
 {
     const std::vector<Tag> tags = {wordTag(1, Tag::INT16, "QW", 2), wordTag(0, Tag::INT16, "QW", 1),
                                    wordTag(0, Tag::INT16, "IW", 1),
@@ -67,7 +67,7 @@ TEST(ShortestReads, BlocksAreSortedByNumber)
                  shortestOf({wordTag(3050), wordTag(3100), wordTag(3000)}, 5));
 }
 
-TEST(ShortestReads, ABlockIsNeverLongerThanTheMost)
+TEST(ShortestReads, BlockIsNotLongerThanTheLimit)
 {
     std::vector<Tag> tags;
     for (int number = 3000; number < 3126; ++number)
@@ -78,18 +78,18 @@ TEST(ShortestReads, ABlockIsNeverLongerThanTheMost)
     expectAllRead(tags, blocks, MOST_WORDS);
 }
 
-TEST(ShortestReads, ABlockMayBeAsLongAsTheMost)
+TEST(ShortestReads, BlockMayReachTheLimit)
 {
     expectBlocks({{1, "MW", 3000, 125, {0, 1}}}, shortestOf({wordTag(3000), wordTag(3124)}, 1000));
 }
 
-TEST(ShortestReads, ATagOfTwoWordsIsNotTorn)
+TEST(ShortestReads, TwoWordTagIsNotSplit)
 {
     const std::vector<Tag> tags = {wordTag(3000), wordTag(3124, Tag::FLOAT32)};
     expectBlocks({{1, "MW", 3000, 1, {0}}, {1, "MW", 3124, 2, {1}}}, shortestOf(tags, 1000));
 }
 
-TEST(ShortestReads, AWordWithinATagOfTwoWordsIsReadWithIt)
+TEST(ShortestReads, WordWithinATwoWordTagNeedsNoOtherRead)
 {
     const std::vector<Tag> tags = {wordTag(3001), wordTag(3000, Tag::INT32), wordTag(3000)};
     expectBlocks({{1, "MW", 3000, 2, {0, 1, 2}}}, shortestOf(tags, 0));
@@ -101,14 +101,14 @@ TEST(ShortestReads, SeveralTagsMayShareAnAddress)
                  shortestOf({wordTag(3000), wordTag(3000), wordTag(3000)}, 0));
 }
 
-TEST(ShortestReads, AShortestBlockStillHoldsATagOfTwoWords)
+TEST(ShortestReads, TwoWordTagFitsABlockOfTwoWords)
 {
     const std::vector<Tag> tags = {wordTag(3000, Tag::INT32), wordTag(3001, Tag::INT32)};
     expectBlocks({{1, "MW", 3000, 2, {0}}, {1, "MW", 3001, 2, {1}}},
                  shortestReads(tags, costWithGap(50), 2));
 }
 
-TEST(ShortestReads, BitsComeAsWholeGroupsOf16)
+TEST(ShortestReads, BitsAreReadAsWholeGroupsOf16)
 {
     const std::vector<Tag> tags = {bitTag("QX", 31), bitTag("QX", 16), bitTag("QX", 15),
                                    bitTag("IX", 4095)};
@@ -128,21 +128,21 @@ TEST(ShortestReads, TheLastGroupOfMarkersEndsWithTheArea)
                  shortestOf({bitTag("MX", 65527), bitTag("MX", 65528), bitTag("MX", 65535)}, 5));
 }
 
-TEST(SingleReads, AreOneATag)
+TEST(SingleReads, AreOneForEachTag)
 {
     const std::vector<Tag> tags = {wordTag(3001), wordTag(3000, Tag::INT32), bitTag("QX", 17)};
     expectBlocks({{1, "MW", 3000, 2, {1}}, {1, "MW", 3001, 1, {0}}, {1, "QX", 16, 16, {2}}},
                  planSingleReads(tags));
 }
 
-TEST(SingleReads, ThatStartAtTheSameUnitAreOne)
+TEST(SingleReads, WithTheSameStartAreShared)
 {
     const std::vector<Tag> tags = {wordTag(3000), wordTag(3000, Tag::INT32), bitTag("QX", 17),
                                    bitTag("QX", 18)};
     expectBlocks({{1, "MW", 3000, 2, {0, 1}}, {1, "QX", 16, 16, {2, 3}}}, planSingleReads(tags));
 }
 
-TEST(CycleTime, IsTheRequestsAndTheirData)
+TEST(CycleTime, IsTheTimeOfRequestsAndData)
 {
     WireCost cost;
     cost.request = 1000;
@@ -151,7 +151,7 @@ TEST(CycleTime, IsTheRequestsAndTheirData)
     EXPECT_EQ(2000 + 3 * 5 + 5, cycleTime(shortestReads(tags, cost, MOST_WORDS), cost));
 }
 
-TEST(CycleTime, AGroupCutShortTakesAWordAllTheSame)
+TEST(CycleTime, ShortGroupOfBitsTakesAWholeWord)
 {
     WireCost cost;
     cost.request = 1000;

@@ -13,13 +13,13 @@
 #include <ostream>
 #include <string>
 
-// Values as bytes: floats by IEEE 754 (72.5 is 0x42910000), integers by hand.
+// Expected bytes: floats by IEEE 754 (72.5 is 0x42910000), integers worked out by hand.
 
 namespace {
 
 const char* const HEADER = "name,station,area,address,type,value\n";
 
-/// No file of this program grows beyond so many bytes, as on a disk with no room for more.
+/// Limits the size of this program's files, as a full disk does.
 class FileSizeLimit
 {
 public:
@@ -70,7 +70,7 @@ protected:
         return readRecipeFile(path, driver(), valuesNeeded);
     }
 
-    /// What is said of the lines; empty when there is nothing to say.
+    /// The error message for the lines; empty: no error.
     std::string complaintOf(const QByteArray& lines, bool valuesNeeded = true)
     {
         try {
@@ -85,7 +85,7 @@ protected:
     const QString path;
 };
 
-TEST_F(RecipeFileTest, EachTagHasItsValueAsTheDriverTakesIt)
+TEST_F(RecipeFileTest, ValuesHaveTheDriversFormat)
 {
     const Recipe recipe = recipeOf("level,1,MW,100,float32:high,72.5\n"
                                    "offset,2,MW,108,int32,-2\n"
@@ -100,7 +100,7 @@ TEST_F(RecipeFileTest, EachTagHasItsValueAsTheDriverTakesIt)
     EXPECT_EQ(expected, recipe.values);
 }
 
-TEST_F(RecipeFileTest, AValueMayBeMissingWhenItIsOnlyToBeUploaded)
+TEST_F(RecipeFileTest, UploadNeedsNoValues)
 {
     const Recipe recipe = recipeOf("a,1,MW,100,uint16,\nb,1,MW,102,uint16,7\n", false);
     EXPECT_TRUE(recipe.values[0].isEmpty());
@@ -125,24 +125,24 @@ TEST_F(RecipeFileTest, AllBadLinesAreReportedAtOnce)
         << complaint;
 }
 
-TEST_F(RecipeFileTest, AWrongValueIsBadAlsoWhenNoneIsNeeded)
+TEST_F(RecipeFileTest, MalformedValueIsBadEvenForUploads)
 {
     EXPECT_NE("", complaintOf("a,1,MW,100,uint16,x\n", false));
     EXPECT_EQ("", complaintOf("a,1,MW,100,uint16,\n", false));
 }
 
-TEST_F(RecipeFileTest, ARecipeWithoutLinesIsRefused)
+TEST_F(RecipeFileTest, RecipeWithoutTagsIsRefused)
 {
     EXPECT_EQ("the recipe has no values", complaintOf(""));
 }
 
-TEST_F(RecipeFileTest, AFileWithoutTheValueColumnIsRefused)
+TEST_F(RecipeFileTest, FileWithoutTheValueColumnIsRefused)
 {
     put("name,station,area,address,type\na,1,MW,100,uint16\n");
     EXPECT_THROW(readRecipeFile(path, driver(), true), TagFileError);
 }
 
-TEST_F(RecipeFileTest, AFileThatIsNotThereIsNamed)
+TEST_F(RecipeFileTest, MissingFileIsNamed)
 {
     try {
         readRecipeFile(path, driver(), true);
@@ -152,7 +152,7 @@ TEST_F(RecipeFileTest, AFileThatIsNotThereIsNamed)
     }
 }
 
-TEST_F(RecipeFileTest, AWrittenRecipeReadsBackAsItWas)
+TEST_F(RecipeFileTest, WrittenRecipeReadsBackEqual)
 {
     const QByteArray lines = "\"a, \"\"quoted\"\"\",1,MW,100,float32:high,-0.1\n"
                              "\" b \",2,MW,104,uint32,4000000001\n"
@@ -174,7 +174,7 @@ TEST_F(RecipeFileTest, AWrittenRecipeReadsBackAsItWas)
     }
 }
 
-TEST_F(RecipeFileTest, AWrittenFileKeepsItsCommentLinesAndItsOrderOfColumns)
+TEST_F(RecipeFileTest, WritingKeepsCommentsAndColumnOrder)
 {
     put("# line 3, \"summer\"\n"
         "\n"
@@ -196,7 +196,7 @@ TEST_F(RecipeFileTest, AWrittenFileKeepsItsCommentLinesAndItsOrderOfColumns)
               fileText().toStdString());
 }
 
-/// A file's bytes before and after its one value, a uint16, became 999.
+/// The bytes of a file before and after its only value, a uint16, became 999.
 struct WrittenCell
 {
     const char* before;
@@ -239,7 +239,7 @@ INSTANTIATE_TEST_SUITE_P(
                     "\xEF\xBB\xBFvalue,name,station,area,address,type\n"
                     "999,\xC3\xA4,1,MW,0,uint16\n"}));
 
-TEST_F(RecipeFileTest, ARecipeWrittenToAnotherFileHasTheTextOfItsOwn)
+TEST_F(RecipeFileTest, OtherFileGetsTheTextOfTheRecipesFile)
 {
     Recipe recipe = recipeOf("# rpm\nspeed,1,QW,40,uint16,1450\n");
     recipe.values[0] = QByteArray::fromHex("E703");
@@ -249,7 +249,7 @@ TEST_F(RecipeFileTest, ARecipeWrittenToAnotherFileHasTheTextOfItsOwn)
     EXPECT_EQ(HEADER + QByteArray("# rpm\nspeed,1,QW,40,uint16,999\n"), fileBytes(other));
 }
 
-TEST_F(RecipeFileTest, AValueThatIsNotKnownIsWrittenAsNone)
+TEST_F(RecipeFileTest, UnknownValueIsWrittenAsEmpty)
 {
     Recipe recipe = recipeOf("speed,1,QW,40,uint16,1450\n");
     recipe.values[0].clear();
@@ -257,9 +257,9 @@ TEST_F(RecipeFileTest, AValueThatIsNotKnownIsWrittenAsNone)
     EXPECT_EQ(HEADER + QByteArray("speed,1,QW,40,uint16,\n"), fileText());
 }
 
-TEST_F(RecipeFileTest, AFullDiskLeavesTheOldFileWhole)
+TEST_F(RecipeFileTest, FullDiskKeepsTheOldFile)
 {
-    enum { ROOM = 60 }; // for the columns' names and some of the value's line
+    enum { ROOM = 60 }; // for the header and a part of the next line
     const QByteArray lines = "speed,1,QW,40,uint16,1450\n";
     Recipe recipe = recipeOf(lines);
     recipe.values[0] = QByteArray::fromHex("E703"); // 999
@@ -272,7 +272,7 @@ TEST_F(RecipeFileTest, AFullDiskLeavesTheOldFileWhole)
               QDir(folder.path()).entryList(QDir::Files | QDir::Hidden));
 }
 
-TEST_F(RecipeFileTest, AFileThatCannotBeWrittenIsNamed)
+TEST_F(RecipeFileTest, UnwritableFileIsNamed)
 {
     const Recipe recipe = recipeOf("speed,1,QW,40,uint16,1450\n");
     try {

@@ -4,8 +4,8 @@
 
 #include <string>
 
-// Offsets in the recipe buffer are counted in words; words lie low byte first, bits one byte each,
-// as the driver's header says.
+// Offsets in the recipe buffer count words. As the driver's header says, a word takes two bytes,
+// low byte first, and a bit takes one byte.
 
 namespace {
 
@@ -50,7 +50,7 @@ void expectRecord(const _RCP_VAR_PRO& record, const char* area, int number, int 
 
 } // namespace
 
-TEST(RecipePlan, WordsThatLieTogetherAreOneRecord)
+TEST(RecipePlan, AdjacentWordsAreOneRecord)
 {
     const RecipePlan plan({tagAt("MW", 3100, Tag::UINT16), tagAt("MW", 3101, Tag::FLOAT32)}, LINK);
     const QVector<_RCP_VAR_PRO> records = plan.downloadRecords();
@@ -61,7 +61,7 @@ TEST(RecipePlan, WordsThatLieTogetherAreOneRecord)
     EXPECT_EQ(6, plan.bufferBytes());
 }
 
-TEST(RecipePlan, AGapBetweenWordsStartsAnotherRecordRightBehindInTheBuffer)
+TEST(RecipePlan, GapStartsARecordButLeavesNoGapInTheBuffer)
 {
     const RecipePlan plan({tagAt("MW", 3100, Tag::UINT16), tagAt("MW", 3102, Tag::UINT16)}, LINK);
     const QVector<_RCP_VAR_PRO> records = plan.downloadRecords();
@@ -70,7 +70,7 @@ TEST(RecipePlan, AGapBetweenWordsStartsAnotherRecordRightBehindInTheBuffer)
     expectRecord(records[1], "MW", 3102, 1, 1);
 }
 
-TEST(RecipePlan, StationsAndAreasHaveRecordsOfTheirOwn)
+TEST(RecipePlan, StationsAndAreasHaveSeparateRecords)
 {
     const RecipePlan plan({tagAt("MW", 3000, Tag::UINT16, 2), tagAt("QW", 5, Tag::UINT16),
                            tagAt("MW", 3001, Tag::UINT16, 1)},
@@ -83,9 +83,9 @@ TEST(RecipePlan, StationsAndAreasHaveRecordsOfTheirOwn)
     EXPECT_EQ(2, records[2].station);
 }
 
-TEST(RecipePlan, ARecordEndsWhereTheStationChangesThoughTheNumbersGoOn)
+TEST(RecipePlan, RecordEndsAtAChangeOfStation)
 {
-    // The frame of a record is sent to one station only.
+    // A record's frame goes to one station.
     const RecipePlan plan({tagAt("MW", 3100, Tag::UINT16, 1), tagAt("MW", 3101, Tag::UINT16, 2),
                            tagAt("MX", 3000, Tag::BOOL, 3), tagAt("MX", 3001, Tag::BOOL, 4)},
                           LINK);
@@ -100,7 +100,7 @@ TEST(RecipePlan, ARecordEndsWhereTheStationChangesThoughTheNumbersGoOn)
     EXPECT_EQ(2, int(plan.uploadRecords().size()));
 }
 
-TEST(RecipePlan, ARecordEndsWhereTheAreaChangesThoughTheNumbersGoOn)
+TEST(RecipePlan, RecordEndsAtAChangeOfArea)
 {
     const RecipePlan plan({tagAt("MW", 4000, Tag::UINT16), tagAt("QW", 4001, Tag::UINT16)}, LINK);
     const QVector<_RCP_VAR_PRO> records = plan.downloadRecords();
@@ -117,7 +117,7 @@ TEST(RecipePlan, TagsMayComeInAnyOrder)
               plan.buffer({QByteArray::fromHex("1111"), QByteArray::fromHex("2222")}));
 }
 
-TEST(RecipePlan, ARecordHasNoMoreWordsThanOneRequestWrites)
+TEST(RecipePlan, RecordHasAtMost123Words)
 {
     const RecipePlan plan(words(3000, 124), LINK);
     const QVector<_RCP_VAR_PRO> records = plan.downloadRecords();
@@ -126,7 +126,7 @@ TEST(RecipePlan, ARecordHasNoMoreWordsThanOneRequestWrites)
     expectRecord(records[1], "MW", 3123, 1, 123);
 }
 
-TEST(RecipePlan, ATagOfTwoWordsAcrossTheLimitLiesWholeInTheNextRecord)
+TEST(RecipePlan, TwoWordTagAtTheLimitMovesToTheNextRecord)
 {
     std::vector<Tag> tags = words(3000, 122);
     tags.push_back(tagAt("MW", 3122, Tag::UINT32));
@@ -142,7 +142,7 @@ TEST(RecipePlan, ATagOfTwoWordsAcrossTheLimitLiesWholeInTheNextRecord)
     EXPECT_EQ(QByteArray::fromHex("01020304"), plan.value(122, buffer));
 }
 
-TEST(RecipePlan, NoValueOfTwoWordsIsCutWhereverItLies)
+TEST(RecipePlan, TwoWordTagIsNeverSplit)
 {
     enum { FIRST = 3000, BEHIND = 250 };
     for (int place = 0; place < 250; ++place) {
@@ -166,7 +166,7 @@ TEST(RecipePlan, NoValueOfTwoWordsIsCutWhereverItLies)
     }
 }
 
-TEST(RecipePlan, BitsThatTouchAreOneRecordOfOneByteABit)
+TEST(RecipePlan, AdjacentBitsAreOneRecordWithOneByteABit)
 {
     const RecipePlan plan(
         {tagAt("MX", 3001, Tag::BOOL), tagAt("MX", 3002, Tag::BOOL), tagAt("MX", 3003, Tag::BOOL)},
@@ -179,7 +179,7 @@ TEST(RecipePlan, BitsThatTouchAreOneRecordOfOneByteABit)
                            QByteArray::fromHex("01")}));
 }
 
-TEST(RecipePlan, WhatFollowsAnOddNumberOfBitsStartsAtAWholeWord)
+TEST(RecipePlan, RecordBehindAnOddNumberOfBitsStartsAtAWholeWord)
 {
     const RecipePlan plan({tagAt("MX", 3001, Tag::BOOL), tagAt("QW", 0, Tag::UINT16)}, LINK);
     const QVector<_RCP_VAR_PRO> records = plan.downloadRecords();
@@ -190,7 +190,7 @@ TEST(RecipePlan, WhatFollowsAnOddNumberOfBitsStartsAtAWholeWord)
               plan.buffer({QByteArray::fromHex("01"), QByteArray::fromHex("3412")}));
 }
 
-TEST(RecipePlan, BitsAreWrittenButNotRead)
+TEST(RecipePlan, BitsHaveNoUploadRecords)
 {
     const RecipePlan plan({tagAt("MX", 3001, Tag::BOOL), tagAt("QW", 0, Tag::UINT16)}, LINK);
     const QVector<_RCP_VAR_PRO> records = plan.uploadRecords();
@@ -198,7 +198,7 @@ TEST(RecipePlan, BitsAreWrittenButNotRead)
     expectRecord(records[0], "QW", 0, 1, 1);
 }
 
-TEST(RecipePlan, ValuesComeBackFromTheBufferOfAnUpload)
+TEST(RecipePlan, ValuesAreTakenFromAnUploadedBuffer)
 {
     const RecipePlan plan({tagAt("MW", 3200, Tag::UINT32), tagAt("MW", 3100, Tag::UINT16)}, LINK);
     const QByteArray buffer = QByteArray::fromHex("AABB01020304");
@@ -206,7 +206,7 @@ TEST(RecipePlan, ValuesComeBackFromTheBufferOfAnUpload)
     EXPECT_EQ(QByteArray::fromHex("AABB"), plan.value(1, buffer));
 }
 
-TEST(RecipePlan, TagsThatShareAUnitAreNamedAllAtOnce)
+TEST(RecipePlan, AllTagsThatShareAUnitAreNamed)
 {
     const std::string complaint =
         complaintOf({tagAt("MW", 3100, Tag::FLOAT32), tagAt("MW", 3101, Tag::UINT16),
@@ -216,7 +216,7 @@ TEST(RecipePlan, TagsThatShareAUnitAreNamedAllAtOnce)
               complaint);
 }
 
-TEST(RecipePlan, NamesAreToldAsTheyAre)
+TEST(RecipePlan, NamesWithPercentSignsStayUnchanged)
 {
     Tag first = tagAt("MW", 3100, Tag::UINT16, 2);
     Tag second = first;
@@ -225,7 +225,7 @@ TEST(RecipePlan, NamesAreToldAsTheyAre)
     EXPECT_EQ("x%4 and %1 %L2 %99 share a word of station 2", complaintOf({first, second}));
 }
 
-TEST(RecipePlan, AWordAndABitOfItShareMemory)
+TEST(RecipePlan, WordAndItsBitShareMemory)
 {
     EXPECT_EQ("MW3000 and MX3000 share a bit of station 1\n"
               "QX31 and QW1 share a bit of station 1",
@@ -233,13 +233,13 @@ TEST(RecipePlan, AWordAndABitOfItShareMemory)
                            tagAt("QX", 31, Tag::BOOL), tagAt("QW", 1, Tag::UINT16)}));
 }
 
-TEST(RecipePlan, TheSameUnitOfTwoStationsIsNotShared)
+TEST(RecipePlan, SameUnitOfTwoStationsIsNotShared)
 {
     EXPECT_EQ("",
               complaintOf({tagAt("MW", 3100, Tag::UINT16, 1), tagAt("MW", 3100, Tag::UINT16, 2)}));
 }
 
-TEST(RecipePlan, MoreThanTheBufferHoldsIsRefused)
+TEST(RecipePlan, RecipeLargerThanTheBufferIsRefused)
 {
     // 247 stations of 256 words in QW fill 63232 words of 65536.
     std::vector<Tag> tags;
@@ -253,14 +253,14 @@ TEST(RecipePlan, MoreThanTheBufferHoldsIsRefused)
     EXPECT_EQ("the recipe has more than 65536 words", complaintOf(tags));
 }
 
-TEST(RecipePlan, NoTagsNeedNothing)
+TEST(RecipePlan, NoTagsNeedNoRecords)
 {
     const RecipePlan plan({}, LINK);
     EXPECT_TRUE(plan.downloadRecords().isEmpty());
     EXPECT_EQ(0, plan.bufferBytes());
 }
 
-TEST(RecipePlan, NoRecordHasMoreBitsThanAreWrittenAtOnce)
+TEST(RecipePlan, RecordHasAtMost496Bits)
 {
     std::vector<Tag> tags;
     for (int i = 0; i < 497; ++i)

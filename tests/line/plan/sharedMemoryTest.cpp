@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-// Numbers and memory by the driver's header: MW n / 2 and MX start at 3000, all others at 0; bit k
-// of word w is bit 16 w + k.
+// Numbers and memory as in the driver's header: MW n / 2 and MX start at 3000, the other areas at
+// 0; bit k of word w is bit 16 w + k.
 
 namespace {
 
@@ -31,7 +31,7 @@ bool isWritable(const char* area, int number, int count = 1)
 
 } // namespace
 
-TEST(SharedMemory, AWordSharesItsSixteenBits)
+TEST(SharedMemory, WordSharesItsSixteenBits)
 {
     for (int bit = 0; bit < 64; ++bit) {
         EXPECT_EQ(bit / 16 == 2, share(tagAt("MW", 3002), tagAt("MX", 3000 + bit))) << bit;
@@ -42,7 +42,7 @@ TEST(SharedMemory, AWordSharesItsSixteenBits)
     }
 }
 
-TEST(SharedMemory, TagsOfOneKindShareTheirCommonUnits)
+TEST(SharedMemory, OverlappingTagsShareTheirCommonUnits)
 {
     EXPECT_TRUE(share(tagAt("MW", 3100), tagAt("MW", 3100)));
     EXPECT_TRUE(share(tagAt("QX", 7), tagAt("QX", 7)));
@@ -51,7 +51,7 @@ TEST(SharedMemory, TagsOfOneKindShareTheirCommonUnits)
     EXPECT_FALSE(share(tagAt("QX", 7), tagAt("QX", 8)));
 }
 
-TEST(SharedMemory, StationsAndLettersHaveMemoryOfTheirOwn)
+TEST(SharedMemory, StationsAndLettersHaveSeparateMemory)
 {
     EXPECT_FALSE(share(tagAt("MW", 3000), tagAt("MX", 3000, Tag::BOOL, 2)));
     EXPECT_FALSE(share(tagAt("QW", 0), tagAt("MX", 3000)));
@@ -65,8 +65,8 @@ TEST(SharedMemory, AllPairsAreNamedInOrder)
                            tagAt("MX", 3031), tagAt("QW", 1)}));
 }
 
-// Coil 3000 is the first marker's.
-TEST(SharedMemory, BitsWhoseCoilsAreTheMarkersCannotBeWritten)
+// Coil 3000 belongs to the first marker.
+TEST(SharedMemory, BitsWithCoilNumbersOfMarkersCannotBeWritten)
 {
     EXPECT_TRUE(isWritable("QX", 2999));
     EXPECT_FALSE(isWritable("QX", 3000));

@@ -6,13 +6,13 @@
 #include <ostream>
 #include <string>
 
-// What is said of a tag file that cannot be used.
+// The error messages for unusable tag files.
 
 namespace {
 
 const char* const HEADER = "name,station,area,address,type,comment\n";
 
-/// What is said of the text; empty when there is nothing to say.
+/// The error message for the text; empty: no error.
 std::string complaintOf(const QByteArray& csv)
 {
     try {
@@ -83,7 +83,7 @@ class TagFileBadTypes : public testing::TestWithParam<const char*>
 {
 };
 
-TEST_P(TagFileBadTypes, AreReportedWithThoseThatThereAre)
+TEST_P(TagFileBadTypes, AreReportedWithTheKnownTypes)
 {
     EXPECT_EQ(std::string("line 2: type \"") + GetParam() +
                   "\" is unknown; there are bool, int16, uint16, int32, uint32 and float32, the "
@@ -109,7 +109,7 @@ TEST(TagFile, ReportsAllBadLinesAtOnce)
                                "d\n"));
 }
 
-TEST(TagFile, ADuplicateNameIsReportedWithTheLineOfTheFirst)
+TEST(TagFile, DuplicateNameIsReportedWithTheFirstLine)
 {
     EXPECT_EQ("line 4: name \"a\" stands on line 2 already\n"
               "line 5: name \"a\" stands on line 2 already",
@@ -119,7 +119,7 @@ TEST(TagFile, ADuplicateNameIsReportedWithTheLineOfTheFirst)
                                "a,1,MW,4,int16,\n"));
 }
 
-TEST(TagFile, AQuoteLeftOpenIsReportedWhereItBeganAndTheLinesBehindAreReadOn)
+TEST(TagFile, UnclosedQuoteDoesNotHideLaterErrors)
 {
     EXPECT_EQ("line 3: a quoted field has no closing quote\n"
               "line 5: the name is missing",
@@ -129,21 +129,21 @@ TEST(TagFile, AQuoteLeftOpenIsReportedWhereItBeganAndTheLinesBehindAreReadOn)
                                ",1,MW,6,int16,\n"));
 }
 
-TEST(TagFile, AHeaderThatLacksColumnsIsOneError)
+TEST(TagFile, MissingColumnsAreOneError)
 {
     EXPECT_EQ("line 1: there is no column station; there is no column type; \"kind\" is no "
               "column; the columns are name, station, area, address, type and, if wanted, comment",
               complaintOf("name,area,address,kind\na,MW,0,int16\nb,MW,1,int16\n"));
 }
 
-TEST(TagFile, AHeaderThatRepeatsAColumnIsAnError)
+TEST(TagFile, RepeatedColumnIsAnError)
 {
     EXPECT_EQ("line 2: there are several columns name; the columns are name, station, area, "
               "address, type and, if wanted, comment",
               complaintOf("#\nname,station,name,area,address,type\n"));
 }
 
-TEST(TagFile, AnEmptyFileLacksItsHeader)
+TEST(TagFile, EmptyFileLacksItsHeader)
 {
     EXPECT_EQ("line 1: there is no line with the column names", complaintOf(""));
 }

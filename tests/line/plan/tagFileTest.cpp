@@ -38,7 +38,7 @@ std::ostream& operator<<(std::ostream& out, const Place& place)
 
 } // namespace
 
-TEST(TagFile, ATagHasWhatItsLineSays)
+TEST(TagFile, TagHasTheValuesOfItsLine)
 {
     const std::vector<Tag> tags = tagsOf("level,7,MW,100,float32:high,\"tank 1, metres\"\n");
     ASSERT_EQ(1u, tags.size());
@@ -56,7 +56,7 @@ class TagFileNumbers : public testing::TestWithParam<Place>
 };
 
 // Expected numbers follow the table of address numbers in the driver's header.
-TEST_P(TagFileNumbers, AreTheDrivers)
+TEST_P(TagFileNumbers, AreThoseOfTheDriver)
 {
     const Place& place = GetParam();
     const QByteArray line =
@@ -91,7 +91,7 @@ TEST(TagFile, EveryTypeIsKnown)
     }
 }
 
-TEST(TagFile, ColumnsStandInAnyOrderAndTheCommentMayBeMissing)
+TEST(TagFile, ColumnsMayHaveAnyOrder)
 {
     const std::vector<Tag> tags =
         readTags("type,address,area,station,name\nint16,4,QW,2,speed", driver());
@@ -108,9 +108,9 @@ TEST(TagFile, EmptyLinesAndCommentLinesAreSkipped)
     EXPECT_EQ(1u, readTags(csv, driver()).size());
 }
 
-TEST(TagFile, ACommentLineHasItsSignInTheFirstColumn)
+TEST(TagFile, CommentLineStartsInTheFirstColumn)
 {
-    // A name may begin with the sign: blanks ahead of it make the line a record.
+    // Blanks ahead of the # make the line a record: its name begins with #.
     const std::vector<Tag> tags = tagsOf(" #a,1,MW,0,int16,\n"
                                          "\t#b,1,MW,2,int16,\n"
                                          "\"#c\",1,MW,4,int16,\n"
@@ -122,18 +122,18 @@ TEST(TagFile, ACommentLineHasItsSignInTheFirstColumn)
     EXPECT_EQ(text("#c"), tags[2].name);
 }
 
-TEST(TagFile, ACommentLineMayFollowTheByteOrderMark)
+TEST(TagFile, CommentLineMayFollowTheByteOrderMark)
 {
     const QByteArray csv = QByteArray("\xEF\xBB\xBF# tags\n") + HEADER + "a,1,MW,0,int16,\n";
     EXPECT_EQ(1u, readTags(csv, driver()).size());
 }
 
-TEST(TagFile, AFileWithoutTagsHasNone)
+TEST(TagFile, HeaderAloneHasNoTags)
 {
     EXPECT_TRUE(tagsOf("").empty());
 }
 
-TEST(TagFile, LinesMayEndAsOnWindowsAndStartWithAByteOrderMark)
+TEST(TagFile, CrLfAndByteOrderMarkAreAccepted)
 {
     const std::vector<Tag> tags = readTags("\xEF\xBB\xBFname,station,area,address,type\r\n"
                                            "a,1,MW,0,int16\r\n\r\n"
@@ -161,7 +161,7 @@ TEST(TagFile, NamesAreUtf8)
     EXPECT_EQ(text("F\xFCllstand"), tags[0].name);
 }
 
-TEST(TagFile, AFileIsReadByItsName)
+TEST(TagFile, FileIsReadByItsName)
 {
     QTemporaryDir folder;
     QFile file(folder.filePath(text("tags.csv")));
@@ -171,7 +171,7 @@ TEST(TagFile, AFileIsReadByItsName)
     EXPECT_EQ(1u, readTagFile(file.fileName(), driver()).size());
 }
 
-TEST(TagFile, AFileThatCannotBeReadIsNamedWithTheReason)
+TEST(TagFile, UnreadableFileIsNamedWithTheReason)
 {
     QTemporaryDir folder;
     const QString name = folder.filePath(text("none.csv"));
@@ -184,7 +184,7 @@ TEST(TagFile, AFileThatCannotBeReadIsNamedWithTheReason)
     }
 }
 
-TEST(TagFile, AFolderCannotBeRead)
+TEST(TagFile, FolderCannotBeRead)
 {
     QTemporaryDir folder;
     EXPECT_THROW(readTagFile(folder.path(), driver()), TagFileError);

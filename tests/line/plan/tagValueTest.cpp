@@ -8,8 +8,8 @@
 #include <ostream>
 #include <random>
 
-// Bytes by python3's struct.pack: "<h", "<H", "<i", "<I" and "<f"; with the high word first the two
-// words change places.
+// Expected bytes by python3's struct.pack: "<h", "<H", "<i", "<I" and "<f". With the high word
+// first the two words are exchanged.
 
 namespace {
 
@@ -109,7 +109,7 @@ class TagValueRefused : public testing::TestWithParam<Text>
 {
 };
 
-TEST_P(TagValueRefused, IsNoValueOfTheType)
+TEST_P(TagValueRefused, HasNoBytes)
 {
     EXPECT_FALSE(bytesOf(GetParam().type, GetParam().text));
 }
@@ -147,14 +147,14 @@ TEST(TagValue, BlanksAndAPlusSignDoNotMatter)
     EXPECT_EQ(QByteArray::fromHex("0000c03f"), bytesOf(Tag::FLOAT32, " +1.5 "));
 }
 
-TEST(TagValue, AFloatsMinusZeroCanBeWrittenAndIsShownAsZero)
+TEST(TagValue, MinusZeroIsWrittenAndShownAsZero)
 {
     const QByteArray minusZero = QByteArray::fromHex("00000080");
     EXPECT_EQ(minusZero, bytesOf(Tag::FLOAT32, "-0"));
     EXPECT_EQ(QString::fromLatin1("0"), textOf(Tag::FLOAT32, minusZero));
 }
 
-TEST(TagValue, BytesBeyondTheValueAreNotLookedAt)
+TEST(TagValue, BytesBehindTheValueAreIgnored)
 {
     EXPECT_EQ(QString::fromLatin1("1"), textOf(Tag::BOOL, QByteArray::fromHex("01ff")));
     EXPECT_EQ(QString::fromLatin1("7"), textOf(Tag::UINT16, QByteArray::fromHex("0700ffff")));
@@ -167,7 +167,7 @@ TEST(TagValue, TooFewBytesHaveNoText)
     EXPECT_EQ(QString(), textOf(Tag::UINT32, QByteArray::fromHex("070000")));
 }
 
-TEST(TagValue, AFloatsTextBringsBackItsBits)
+TEST(TagValue, FloatTextRestoresItsBits)
 {
     std::mt19937 random(32);
     for (int i = 0; i < 200000; ++i) {

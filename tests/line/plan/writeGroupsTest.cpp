@@ -42,36 +42,36 @@ enum : bool { ALONE = false, ONE_FRAME = true };
 
 } // namespace
 
-TEST(WriteGroups, OfNoTagsAreNone)
+TEST(WriteGroups, OfNoTagsAreEmpty)
 {
     expectGroups({}, {});
 }
 
-TEST(WriteGroups, ASingleWordAndASingleBitStayAlone)
+TEST(WriteGroups, SingleWordAndSingleBitAreGroupsOfOne)
 {
     expectGroups({{{0}, ALONE}}, {tagAt("MW", 3000)});
     expectGroups({{{0}, ALONE}}, {tagAt("MX", 3000, Tag::BOOL)});
 }
 
-TEST(WriteGroups, AValueOfTwoWordsIsAFrameByItself)
+TEST(WriteGroups, TwoWordTagIsOneFrame)
 {
     for (const Tag::Type type : {Tag::INT32, Tag::UINT32, Tag::FLOAT32})
         expectGroups({{{0}, ONE_FRAME}}, {tagAt("MW", 3000, type)});
 }
 
-TEST(WriteGroups, WordsSideBySideAreOneFrame)
+TEST(WriteGroups, AdjacentWordsAreOneFrame)
 {
     expectGroups({{{0, 1, 2}, ONE_FRAME}},
                  {tagAt("QW", 5), tagAt("QW", 6, Tag::FLOAT32), tagAt("QW", 8)});
 }
 
-TEST(WriteGroups, TagsOfAGroupAreInTheOrderOfTheirPlaces)
+TEST(WriteGroups, TagsOfAGroupAreSortedByAddress)
 {
     expectGroups({{{2, 0, 1}, ONE_FRAME}},
                  {tagAt("MW", 3001), tagAt("MW", 3002), tagAt("MW", 3000)});
 }
 
-TEST(WriteGroups, AGapBetweenWordsParts)
+TEST(WriteGroups, GapStartsAnotherGroup)
 {
     expectGroups({{{0}, ALONE}, {{1, 2}, ONE_FRAME}},
                  {tagAt("MW", 3000), tagAt("MW", 3002), tagAt("MW", 3003)});
@@ -79,14 +79,14 @@ TEST(WriteGroups, AGapBetweenWordsParts)
                  {tagAt("MW", 3000, Tag::UINT32), tagAt("MW", 3003)});
 }
 
-TEST(WriteGroups, StationsAndAreasPart)
+TEST(WriteGroups, StationsAndAreasHaveSeparateGroups)
 {
     expectGroups({{{0}, ALONE}, {{1}, ALONE}},
                  {tagAt("MW", 3000, Tag::UINT16, 1), tagAt("MW", 3001, Tag::UINT16, 2)});
     expectGroups({{{1}, ALONE}, {{0}, ALONE}}, {tagAt("QW", 101), tagAt("MW", 100)});
 }
 
-TEST(WriteGroups, BitsSideBySideAndBesideWordsStayAlone)
+TEST(WriteGroups, AdjacentBitsAreGroupsOfOne)
 {
     expectGroups({{{0}, ALONE}, {{1}, ALONE}},
                  {tagAt("MX", 3000, Tag::BOOL), tagAt("MX", 3001, Tag::BOOL)});
@@ -94,7 +94,7 @@ TEST(WriteGroups, BitsSideBySideAndBesideWordsStayAlone)
                  {tagAt("MW", 3000), tagAt("MW", 3001), tagAt("MX", 3032, Tag::BOOL)});
 }
 
-TEST(WriteGroups, HaveAsManyWordsAsAFrameAndNoMore)
+TEST(WriteGroups, HaveAtMostTheWordsOfAFrame)
 {
     const std::vector<WriteGroup> full = writeGroups(words(3000, 123));
     ASSERT_EQ(1u, full.size());
@@ -106,7 +106,7 @@ TEST(WriteGroups, HaveAsManyWordsAsAFrameAndNoMore)
     EXPECT_FALSE(more[1].isOneFrame);
 }
 
-TEST(WriteGroups, AValueOfTwoWordsIsNotCutByTheLimitOfAFrame)
+TEST(WriteGroups, TwoWordTagAtTheLimitIsNotSplit)
 {
     std::vector<Tag> tags = words(3000, 122);
     tags.push_back(tagAt("MW", 3122, Tag::INT32));
@@ -117,7 +117,7 @@ TEST(WriteGroups, AValueOfTwoWordsIsNotCutByTheLimitOfAFrame)
     EXPECT_TRUE(groups[1].isOneFrame);
 }
 
-TEST(WriteGroups, HoldEveryTagOnceWhereverAValueOfTwoWordsLies)
+TEST(WriteGroups, HoldEachTagOnce)
 {
     for (int place = 0; place < 260; ++place) {
         std::vector<Tag> tags = words(3000, place);
