@@ -10,7 +10,8 @@
 #include <functional>
 #include <string>
 
-/// All that is printed to the file that `print` is given.
+/// Calls `print` with a file.
+/// @return the bytes printed to the file
 inline std::string printed(const std::function<void(std::FILE*)>& print)
 {
     char* bytes = nullptr;
@@ -23,7 +24,7 @@ inline std::string printed(const std::function<void(std::FILE*)>& print)
     return all;
 }
 
-/// The one object on the one line.
+/// The JSON object of a text with one line.
 inline QJsonObject objectOf(const std::string& line)
 {
     EXPECT_EQ(line.size() - 1, line.find('\n')) << line;

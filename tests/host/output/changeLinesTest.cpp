@@ -35,23 +35,23 @@ std::string jsonOfValue(const char* value)
 
 } // namespace
 
-TEST(ChangeLines, AChangeIsTimeNameAddressAndValue)
+TEST(ChangeLines, ChangeHasTimeNameAddressAndValue)
 {
     EXPECT_EQ("12.345678  level  MW100 = 17", changeLine(level(), TIME).toStdString());
 }
 
-TEST(ChangeLines, ABadTagSaysWhy)
+TEST(ChangeLines, BadTagHasItsReason)
 {
     EXPECT_EQ("12.345678  level  MW100 bad: station 1 does not answer",
               changeLine(badLevel("station 1 does not answer"), TIME).toStdString());
 }
 
-TEST(ChangeLines, ABadTagWithoutAReasonIsJustBad)
+TEST(ChangeLines, BadTagWithoutReasonSaysBad)
 {
     EXPECT_EQ("12.345678  level  MW100 bad", changeLine(badLevel(""), TIME).toStdString());
 }
 
-TEST(ChangeLines, TheFractionOfASecondHasAllItsZeros)
+TEST(ChangeLines, FractionOfASecondKeepsItsZeros)
 {
     EXPECT_EQ("3.000070  level  MW100 = 17", changeLine(level(), 3000070).toStdString());
     EXPECT_EQ("0.000000  level  MW100 = 17", changeLine(level(), 0).toStdString());
@@ -65,21 +65,21 @@ TEST(ChangeLines, ControlCharactersCannotBreakALine)
     EXPECT_EQ("12.345678  le?vel  MW100 = 1?[2J", changeLine(row, TIME).toStdString());
 }
 
-TEST(ChangeLines, AChangeAsJsonIsOneCompactObject)
+TEST(ChangeLines, JsonOfAChangeIsACompactObject)
 {
     EXPECT_EQ("{\"address\":\"MW100\",\"good\":true,\"name\":\"level\",\"time\":12.345678,"
               "\"trouble\":\"\",\"value\":17}",
               changeJson(level(), TIME).toStdString());
 }
 
-TEST(ChangeLines, ABadTagAsJsonSaysWhyAndKeepsItsValue)
+TEST(ChangeLines, JsonOfABadTagHasReasonAndValue)
 {
     EXPECT_EQ("{\"address\":\"MW100\",\"good\":false,\"name\":\"level\",\"time\":12.345678,"
               "\"trouble\":\"no answer\",\"value\":17}",
               changeJson(badLevel("no answer"), TIME).toStdString());
 }
 
-TEST(ChangeLines, AJsonValueIsANumberWhereThereIsOne)
+TEST(ChangeLines, JsonValueIsANumberWherePossible)
 {
     const struct
     {
@@ -92,7 +92,7 @@ TEST(ChangeLines, AJsonValueIsANumberWhereThereIsOne)
         EXPECT_EQ(row.json, jsonOfValue(row.value)) << row.value;
 }
 
-TEST(ChangeLines, ALineBreakInANameStaysEscapedInJson)
+TEST(ChangeLines, LineBreakInANameIsEscapedInJson)
 {
     WatchRow row = level();
     row.name = QString::fromLatin1("le\nvel");
@@ -100,7 +100,7 @@ TEST(ChangeLines, ALineBreakInANameStaysEscapedInJson)
     EXPECT_NE(std::string::npos, json.find("\"name\":\"le\\nvel\"")) << json;
 }
 
-TEST(ChangeLines, AnEventIsTimeAndText)
+TEST(ChangeLines, EventHasTimeAndText)
 {
     EXPECT_EQ("12.345678  link lost",
               eventLine(QString::fromLatin1("link lost"), TIME).toStdString());
@@ -112,7 +112,7 @@ TEST(ChangeLines, ControlCharactersCannotBreakAnEvent)
               eventLine(QString::fromLatin1("link\nlost"), TIME).toStdString());
 }
 
-TEST(ChangeLines, AnEventAsJsonIsOneCompactObject)
+TEST(ChangeLines, JsonOfAnEventIsACompactObject)
 {
     EXPECT_EQ("{\"event\":\"link back\",\"time\":12.345678}",
               eventJson(QString::fromLatin1("link back"), TIME).toStdString());

@@ -11,7 +11,7 @@ QString utf8(const char* text)
 
 } // namespace
 
-TEST(ColumnText, WhatMovesTheCursorOrBreaksTheLineBecomesAQuestionMark)
+TEST(ColumnText, ControlCharactersBecomeQuestionMarks)
 {
     const struct
     {
@@ -39,17 +39,17 @@ TEST(ColumnText, HalfACodePointIsNotPrinted)
     EXPECT_EQ(QLatin1Char('a'), printable.at(1));
 }
 
-TEST(ColumnText, ACodePointBeyond16BitsIsOneColumn)
+TEST(ColumnText, CodePointBeyond16BitsIsOneColumn)
 {
     EXPECT_EQ(2, columnsOf(utf8("\xf0\x9f\x94\xa5!")));
 }
 
-TEST(ColumnText, ATextThatFitsIsNotCut)
+TEST(ColumnText, FittingTextIsNotCut)
 {
     EXPECT_EQ("level", cutText(utf8("level"), 5).toStdString());
 }
 
-TEST(ColumnText, ALongerTextEndsInAnEllipsis)
+TEST(ColumnText, CutTextEndsInAnEllipsis)
 {
     EXPECT_EQ("lev\xe2\x80\xa6", cutText(utf8("level"), 4).toStdString());
     EXPECT_EQ("\xf0\x9f\x94\xa5\xe2\x80\xa6",
@@ -57,13 +57,13 @@ TEST(ColumnText, ALongerTextEndsInAnEllipsis)
     EXPECT_EQ("\xe2\x80\xa6", cutText(utf8("level"), 1).toStdString());
 }
 
-TEST(ColumnText, WithoutRoomThereIsNothing)
+TEST(ColumnText, WidthOfZeroLeavesNothing)
 {
     EXPECT_EQ("", cutText(utf8("level"), 0).toStdString());
     EXPECT_EQ("", cutText(utf8("level"), -3).toStdString());
 }
 
-TEST(ColumnText, AColumnHasExactlyItsWidth)
+TEST(ColumnText, ColumnHasExactlyItsWidth)
 {
     EXPECT_EQ("17   ", columnText(utf8("17"), 5, LEFT_ALIGNED).toStdString());
     EXPECT_EQ("   17", columnText(utf8("17"), 5, RIGHT_ALIGNED).toStdString());

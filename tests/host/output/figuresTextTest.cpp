@@ -40,7 +40,7 @@ TEST(FiguresText, ShowsAllFiguresInOneLine)
               figuresText(busyLink()).toStdString());
 }
 
-TEST(FiguresText, LiveItHasTheRatesOfLateAndTheTotals)
+TEST(FiguresText, LiveTextHasRecentRatesAndTotals)
 {
     LinkFigures figures = busyLink();
     figures.lately.exchangesPerSecond = 12.04;
@@ -52,14 +52,14 @@ TEST(FiguresText, LiveItHasTheRatesOfLateAndTheTotals)
               liveFiguresText(figures).toStdString());
 }
 
-TEST(FiguresText, ALostLinkComesFirst)
+TEST(FiguresText, LostLinkComesFirst)
 {
     LinkFigures figures = busyLink();
     figures.connected = false;
     EXPECT_EQ("link lost  47.3 exchanges/s", figuresText(figures).left(27).toStdString());
 }
 
-TEST(FiguresText, ReplyTimesHaveTheUnitThatSuitsThem)
+TEST(FiguresText, ReplyTimesHaveAFittingUnit)
 {
     const struct
     {
@@ -77,19 +77,19 @@ TEST(FiguresText, ReplyTimesHaveTheUnitThatSuitsThem)
     }
 }
 
-TEST(FiguresText, WithoutAReplyThereIsNoReplyTime)
+TEST(FiguresText, NoReplyTimeWithoutAReply)
 {
     EXPECT_TRUE(shows(LinkFigures(), "reply p50 -  p99 -  "));
 }
 
-TEST(FiguresText, AReplyInNoTimeIsAReply)
+TEST(FiguresText, ReplyTimeOfZeroIsShown)
 {
     LinkFigures figures = busyLink();
     figures.wholeRun.replyMedian = 0;
     EXPECT_TRUE(shows(figures, "p50 0.00 ms  "));
 }
 
-TEST(FiguresText, ALinkWithoutAWireHasNoShareOfIt)
+TEST(FiguresText, NetworkHasNoWireShare)
 {
     LinkFigures figures = busyLink();
     figures.wholeRun.wireShare = -1;
@@ -122,7 +122,7 @@ TEST(FiguresJson, HasTheRatesOfTheWholeRun)
     EXPECT_EQ(QJsonValue(0.634), jsonOf(figures, "wireShare"));
 }
 
-TEST(FiguresJson, WithoutAReplyTheReplyTimesAreNull)
+TEST(FiguresJson, ReplyTimesAreNullWithoutAReply)
 {
     EXPECT_TRUE(jsonOf(LinkFigures(), "replyMedian").isNull());
     EXPECT_TRUE(jsonOf(LinkFigures(), "reply99").isNull());

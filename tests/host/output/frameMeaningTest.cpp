@@ -45,14 +45,14 @@ void expectReplies(std::initializer_list<ReplyRow> rows)
 
 } // namespace
 
-TEST(RequestMeaning, NamesWhatIsReadAndFromWhere)
+TEST(RequestMeaning, NamesCountAndPlaceOfARead)
 {
     expectRequests({{READ_TWO, "station 1: read 2 holding registers from 3000"},
                     {"01030BB80001060B", "station 1: read 1 holding register from 3000"},
                     {"010400000003B00B", "station 1: read 3 input registers from 0"}});
 }
 
-TEST(RequestMeaning, NamesTheOneValueWritten)
+TEST(RequestMeaning, NamesTheSingleValueWritten)
 {
     expectRequests({{"01060BB904D2D896", "station 1: write register 3001 = 1234"},
                     {"02060BB904D2D8A5", "station 2: write register 3001 = 1234"},
@@ -88,7 +88,7 @@ TEST(RequestMeaning, NeverReadsPastAFrameThatIsTooShortForItsCount)
                     {"012B0E01B470", "station 1: function 43 in 6 bytes"}});
 }
 
-TEST(RequestMeaning, SaysWhatIsNoGoodFrame)
+TEST(RequestMeaning, ReportsDamagedFrames)
 {
     expectRequests({{"", "0 bytes that are no frame"},
                     {"01", "1 byte that is no frame"},
@@ -106,7 +106,7 @@ TEST(ReplyMeaning, ListsTheRegistersRead)
 
 TEST(ReplyMeaning, ShowsOnlyTheFirstOfManyRegisters)
 {
-    // The request's own checksum does not matter to what its reply means.
+    // A wrong checksum in the request does not change the meaning of the reply.
     expectReplies({{"01030000000A0000", "010314000100020003000400050006000700080009000A8F16",
                     "station 1: 10 registers 0x0001 0x0002 0x0003 0x0004 0x0005 0x0006 0x0007 "
                     "0x0008 \u2026"}});
@@ -139,7 +139,7 @@ TEST(ReplyMeaning, MarksAGoodFrameThatIsNotTheAnswer)
          {READ_TWO, "012B0E01B470", "station 1: function 43 in 6 bytes, not the answer"}});
 }
 
-TEST(ReplyMeaning, SaysHowMuchOfAReplyCame)
+TEST(ReplyMeaning, ReportsHowMuchOfAReplyCame)
 {
     expectReplies({{READ_TWO, "01030412345678", "7 bytes of a reply of 9"},
                    {READ_TWO, "018302C0", "4 bytes of a reply of 5"},

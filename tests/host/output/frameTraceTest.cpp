@@ -67,7 +67,7 @@ const char* const REQUEST_LINE =
 
 } // namespace
 
-TEST(FrameTrace, WritesALineForTheRequestAndOneForItsReply)
+TEST(FrameTrace, WritesALineForEachFrame)
 {
     EXPECT_EQ(std::string(REQUEST_LINE) +
                   "    1.256120 < 01 03 04 12 34 56 78 81 07  station 1: 2 registers 0x1234 "
@@ -75,7 +75,7 @@ TEST(FrameTrace, WritesALineForTheRequestAndOneForItsReply)
               traced({sent(1250000, READ_REQUEST), received(1256120, READ_REPLY)}));
 }
 
-TEST(FrameTrace, CallsAFenceOneAndReadsItsReplyAsThatOfARequest)
+TEST(FrameTrace, MarksFencesAndExplainsTheirReplies)
 {
     EXPECT_EQ("    1.250000 > 01 03 0B B8 00 02 46 0A  station 1: read 2 holding registers from "
               "3000, a fence\n"
@@ -83,7 +83,7 @@ TEST(FrameTrace, CallsAFenceOneAndReadsItsReplyAsThatOfARequest)
               traced({fence(1250000, READ_REQUEST), received(1256120, READ_REPLY)}));
 }
 
-TEST(FrameTrace, CallsTheCopyOfARequestItsEcho)
+TEST(FrameTrace, NamesTheEchoOfARequest)
 {
     EXPECT_EQ(std::string(REQUEST_LINE) +
                   "    1.252000 < 01 03 0B B8 00 02 46 0A  echo of the request\n"
@@ -92,7 +92,7 @@ TEST(FrameTrace, CallsTheCopyOfARequestItsEcho)
                       received(1256120, REFUSAL)}));
 }
 
-TEST(FrameTrace, WritesAReplyAtOnceWithoutAFlush)
+TEST(FrameTrace, WritesAReplyWithoutAFlush)
 {
     const std::string lines =
         traced({sent(1250000, READ_REQUEST), received(1256120, REFUSAL)}, false);
@@ -111,7 +111,7 @@ TEST(FrameTrace, HoldsAnUnfinishedReplyUntilTheFlush)
               traced(records));
 }
 
-TEST(FrameTrace, ShowsStrayBytesOnLinesOfTheirOwn)
+TEST(FrameTrace, ShowsStrayBytesOnSeparateLines)
 {
     const QByteArray noise = QByteArray::fromHex("FF");
     EXPECT_EQ(
@@ -129,13 +129,13 @@ TEST(FrameTrace, KeepsTheColumnsOverDays)
               line);
 }
 
-TEST(FrameTrace, TellsOfAHoleWhereItIs)
+TEST(FrameTrace, ReportsAHoleInItsPlace)
 {
     const std::string lines = tracedTo([](FrameTrace& trace) {
         trace.add(sent(1250000, READ_REQUEST));
         trace.add(received(1256120, READ_REPLY.left(7)));
         trace.addHole(42);
-        trace.add(received(2000000, REFUSAL)); // to a request that was missed
+        trace.add(received(2000000, REFUSAL)); // answers a missing request
         trace.add(sent(3250000, READ_REQUEST));
     });
     EXPECT_EQ(std::string(REQUEST_LINE) +
@@ -177,7 +177,7 @@ TEST(FrameGatherer, GivesEachFrameTheTimeOfItsFirstByte)
     EXPECT_EQ(30, frames[3].time);
 }
 
-TEST(FrameGatherer, GivesOutWhatCameBeforeTheNextRequest)
+TEST(FrameGatherer, GivesOutReceivedBytesAtTheNextRequest)
 {
     const std::vector<GatheredFrame> frames =
         gathered({sent(10, READ_REQUEST), received(20, READ_REPLY.left(4)), sent(30, WRITE_REQUEST),
@@ -203,7 +203,7 @@ TEST(FrameGatherer, TellsAFenceFromARequest)
     EXPECT_TRUE(isSent(frames[2]));
 }
 
-TEST(FrameGatherer, TakesOneAnswerOnly)
+TEST(FrameGatherer, TakesOneAnswerToARequest)
 {
     const std::vector<GatheredFrame> frames =
         gathered({sent(10, READ_REQUEST), received(20, READ_REPLY), received(30, READ_REPLY)});
@@ -229,7 +229,7 @@ TEST(FrameGatherer, TakesBytesBeforeAnyRequestAsStray)
     EXPECT_TRUE(frames[0].request.isEmpty());
 }
 
-TEST(FrameGatherer, FindsTheAnswerBehindEndlessChatterWithoutHoldingItAll)
+TEST(FrameGatherer, FindsTheAnswerBehindLongChatter)
 {
     FrameGatherer gatherer;
     gatherer.add(sent(0, READ_REQUEST));
@@ -249,7 +249,7 @@ TEST(FrameGatherer, FindsTheAnswerBehindEndlessChatterWithoutHoldingItAll)
     EXPECT_EQ(70000, chatter);
 }
 
-TEST(FrameGatherer, NeverCutsAnAnswerThatBeginsInLongChatter)
+TEST(FrameGatherer, KeepsAnAnswerThatBeginsInLongChatter)
 {
     for (int chatter = 1000; chatter < 1040; ++chatter) {
         const std::vector<GatheredFrame> frames = gathered(

@@ -10,11 +10,12 @@
 #include <utility>
 #include <vector>
 
-/// As much of a terminal (ECMA-48) as a frame may use. Anything else fails the test.
+/// A model of a terminal with the control sequences (ECMA-48) that a frame may use. Other sequences
+/// fail the test.
 class Terminal
 {
 public:
-    /// What stands on it at first.
+    /// The character that fills the screen at first.
     static QChar garbage()
     {
         return QLatin1Char('#');
@@ -57,14 +58,14 @@ public:
         return m_boldRows.count(row) > 0;
     }
 
-    /// Cells that were blanked or changed since the last call.
+    /// Number of cells that were erased or changed since the last call.
     int takeTouched()
     {
         return std::exchange(m_touched, 0);
     }
 
 private:
-    /// @return where the sequence ends whose parameters begin at `from`
+    /// @return the end of the sequence whose parameters begin at `from`
     int control(const QString& text, int from)
     {
         int end = from;

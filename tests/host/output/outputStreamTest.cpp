@@ -28,7 +28,7 @@ std::string readFrom(int descriptor)
 int slowReader = -1;
 std::string readSlowly;
 
-/// The program is to end, and its reader takes something whenever it is waited for.
+/// Says that the program is to end. Each call also lets the reader take some bytes.
 bool endsWhileItIsRead()
 {
     readSlowly += readFrom(slowReader);
@@ -40,7 +40,7 @@ Descriptor opened(const char* path)
     return Descriptor(open(path, O_WRONLY | O_CLOEXEC));
 }
 
-/// A pipe, and a variable such as stdout that is printed to.
+/// A pipe, and a stream variable in the place of stdout.
 class OutputStreamTest : public testing::Test
 {
 protected:
@@ -62,7 +62,7 @@ protected:
 
 } // namespace
 
-TEST_F(OutputStreamTest, TakesTheStreamsPlaceForAsLongAsItLives)
+TEST_F(OutputStreamTest, ReplacesTheStreamDuringItsLifetime)
 {
     {
         const OutputStream output(m_stream, m_writer.number(), goesOn);
@@ -73,7 +73,7 @@ TEST_F(OutputStreamTest, TakesTheStreamsPlaceForAsLongAsItLives)
     EXPECT_EQ("something", readFrom(m_reader.number()));
 }
 
-TEST_F(OutputStreamTest, TheFirstFailureIsKept)
+TEST_F(OutputStreamTest, FirstFailureIsKept)
 {
     OutputStream output(m_stream, m_writer.number(), goesOn);
     m_reader = Descriptor();
@@ -84,7 +84,7 @@ TEST_F(OutputStreamTest, TheFirstFailureIsKept)
     EXPECT_EQ(EPIPE, output.flush());
 }
 
-TEST_F(OutputStreamTest, AFullDeviceIsNoReaderThatHasSeenEnough)
+TEST_F(OutputStreamTest, FullDeviceIsAFailure)
 {
     const Descriptor full = opened("/dev/full");
     OutputStream output(m_stream, full.number(), goesOn);
@@ -92,7 +92,7 @@ TEST_F(OutputStreamTest, AFullDeviceIsNoReaderThatHasSeenEnough)
     EXPECT_EQ(ENOSPC, output.flush());
 }
 
-TEST_F(OutputStreamTest, AReaderThatTakesSomethingGetsAllEvenAtTheEnd)
+TEST_F(OutputStreamTest, SlowReaderGetsAllBytesAtTheEnd)
 {
     slowReader = m_reader.number();
     readSlowly.clear();
@@ -103,7 +103,7 @@ TEST_F(OutputStreamTest, AReaderThatTakesSomethingGetsAllEvenAtTheEnd)
     EXPECT_EQ(printed, readSlowly + readFrom(slowReader));
 }
 
-TEST_F(OutputStreamTest, WhetherAnybodyReadsIsKnownWithoutPrinting)
+TEST_F(OutputStreamTest, ClosedReaderIsSeenWithoutPrinting)
 {
     EXPECT_FALSE(hasNoReader(m_writer.number()));
     m_reader = Descriptor();

@@ -48,7 +48,7 @@ int wordAt(const QByteArray& bytes, int at)
            static_cast<unsigned char>(bytes.at(at + 1));
 }
 
-/// RFC 1071: over bytes with their checksum in place the sum is all ones.
+/// RFC 1071: the sum over bytes that include their checksum is all ones.
 bool sumsToOnes(QByteArray bytes)
 {
     if (bytes.size() % 2 != 0) bytes.append('\0');
@@ -60,7 +60,7 @@ bool sumsToOnes(QByteArray bytes)
     return sum == 0xFFFFu;
 }
 
-/// Reads the packets back as any program with libpcap does.
+/// Reads the packets of a capture with libpcap.
 std::vector<Packet> packetsIn(const QString& fileName)
 {
     char error[PCAP_ERRBUF_SIZE] = "";
@@ -144,7 +144,7 @@ TEST_F(PcapFileInAFolder, StampsPacketsWithTheWallClock)
     EXPECT_EQ(1700000001001006, packets[3].time);
 }
 
-TEST_F(PcapFileInAFolder, SendsRequestsToThePlcsPortAndAnswersFromIt)
+TEST_F(PcapFileInAFolder, RequestsGoToThePlcsPortAndAnswersComeFromIt)
 {
     writeExchanges();
     bool isRequest = true;
@@ -159,7 +159,7 @@ TEST_F(PcapFileInAFolder, SendsRequestsToThePlcsPortAndAnswersFromIt)
     }
 }
 
-TEST_F(PcapFileInAFolder, SendsAFenceToThePlcAsItDoesARequest)
+TEST_F(PcapFileInAFolder, FencesGoToThePlcsPort)
 {
     {
         PcapFile file(fileName(), CLOCK);
@@ -173,7 +173,7 @@ TEST_F(PcapFileInAFolder, SendsAFenceToThePlcAsItDoesARequest)
     EXPECT_EQ(10502, wordAt(packets[1].bytes, IP_BYTES));
 }
 
-TEST_F(PcapFileInAFolder, GivesEveryPacketRightLengthsAndChecksums)
+TEST_F(PcapFileInAFolder, PacketsHaveRightLengthsAndChecksums)
 {
     writeExchanges();
     for (const Packet& packet : packetsIn(fileName())) {
@@ -190,7 +190,7 @@ TEST_F(PcapFileInAFolder, GivesEveryPacketRightLengthsAndChecksums)
     }
 }
 
-TEST_F(PcapFileInAFolder, JoinsPiecesAndLeavesOutWhatIsNoAnswer)
+TEST_F(PcapFileInAFolder, JoinsPiecesAndOmitsStrayBytes)
 {
     {
         PcapFile file(fileName(), CLOCK);
@@ -209,7 +209,7 @@ TEST_F(PcapFileInAFolder, JoinsPiecesAndLeavesOutWhatIsNoAnswer)
     EXPECT_EQ(QByteArray::fromHex("00060BB904D2D947"), packets[3].payload());
 }
 
-TEST_F(PcapFileInAFolder, TakesNoAnswerBehindAHoleForThatToARequestAheadOfIt)
+TEST_F(PcapFileInAFolder, OmitsAnAnswerBehindAHole)
 {
     PcapFile file(fileName(), CLOCK);
     file.add(record(0, FrameRecord::SENT, EXCHANGES[0].request));
@@ -221,7 +221,7 @@ TEST_F(PcapFileInAFolder, TakesNoAnswerBehindAHoleForThatToARequestAheadOfIt)
     EXPECT_EQ(3u, packetsIn(fileName()).size());
 }
 
-TEST_F(PcapFileInAFolder, CanBeReadWhileItIsWritten)
+TEST_F(PcapFileInAFolder, IsReadableWhileItIsWritten)
 {
     PcapFile file(fileName(), CLOCK);
     EXPECT_EQ(0u, packetsIn(fileName()).size());
@@ -240,7 +240,7 @@ TEST_F(PcapFileInAFolder, ReplacesAnOlderCapture)
     EXPECT_EQ(0u, packetsIn(fileName()).size());
 }
 
-TEST(PcapFile, SaysInOneSentenceWhyAFileCannotBeWritten)
+TEST(PcapFile, UnwritableFileIsNamedInOneSentence)
 {
     EXPECT_EQ("the capture /nowhere/at/all.pcap cannot be written: No such file or directory",
               failureOf(QString::fromLatin1("/nowhere/at/all.pcap")));

@@ -6,7 +6,7 @@
 
 namespace {
 
-/// Lines of a screen of 80 columns, on which the figures take two.
+/// Line numbers on a screen of 80 columns, where the figures take two lines.
 enum { FIGURES, MORE_FIGURES, HEADINGS, FIRST_ROW };
 
 WatchRow row(const char* name, const char* value)
@@ -54,7 +54,7 @@ std::string ageShown(qint64 ms)
 
 } // namespace
 
-TEST(WatchScreen, ARowHasItsSixColumnsUnderTheirHeadings)
+TEST(WatchScreen, RowHasSixColumnsUnderTheirHeadings)
 {
     const Terminal terminal = shown({row("level", "17")}, 80, 24);
     EXPECT_EQ("name      address           value     age   changes  state",
@@ -63,14 +63,14 @@ TEST(WatchScreen, ARowHasItsSixColumnsUnderTheirHeadings)
               terminal.line(FIRST_ROW));
 }
 
-TEST(WatchScreen, TheLinksFiguresStandAbove)
+TEST(WatchScreen, FiguresAreOnTop)
 {
     EXPECT_EQ("0.0 exchanges/s  retries 0  give-ups 0  refused 0  fences 0  reply p50 -  p99 -  "
               "wire 0 %  losses 0",
               shown({}, 120, 24).line(FIGURES));
 }
 
-TEST(WatchScreen, TheRatesAreThoseOfLate)
+TEST(WatchScreen, RatesAreRecent)
 {
     LinkFigures figures = connected();
     figures.wholeRun.exchangesPerSecond = 99;
@@ -80,7 +80,7 @@ TEST(WatchScreen, TheRatesAreThoseOfLate)
     EXPECT_EQ("12.0 exchanges/s", terminal.line(FIGURES).substr(0, 16));
 }
 
-TEST(WatchScreen, FiguresTooLongForALineGoOnInTheNext)
+TEST(WatchScreen, LongFiguresContinueOnTheNextLine)
 {
     const Terminal terminal = shown({}, 80, 24);
     EXPECT_EQ("0.0 exchanges/s  retries 0  give-ups 0  refused 0  fences 0  reply p50 -  p99 -",
@@ -88,7 +88,7 @@ TEST(WatchScreen, FiguresTooLongForALineGoOnInTheNext)
     EXPECT_EQ("wire 0 %  losses 0", terminal.line(MORE_FIGURES));
 }
 
-TEST(WatchScreen, ALostLinkStandsOut)
+TEST(WatchScreen, LostLinkIsBold)
 {
     Terminal terminal(80, 24);
     terminal.write(WatchScreen().frame({}, LinkFigures(), 80, 24));
@@ -97,7 +97,7 @@ TEST(WatchScreen, ALostLinkStandsOut)
     EXPECT_FALSE(shown({}, 80, 24).isBold(FIGURES));
 }
 
-TEST(WatchScreen, ABadRowStandsOutAndSaysWhy)
+TEST(WatchScreen, BadRowIsBoldAndHasItsReason)
 {
     const Terminal terminal = shown({row("level", "17"), badRow("station 1 is silent")}, 80, 24);
     EXPECT_FALSE(terminal.isBold(FIRST_ROW));
@@ -106,18 +106,18 @@ TEST(WatchScreen, ABadRowStandsOutAndSaysWhy)
               terminal.line(FIRST_ROW + 1));
 }
 
-TEST(WatchScreen, ABadRowWithoutAReasonIsJustBad)
+TEST(WatchScreen, BadRowWithoutReasonSaysBad)
 {
     EXPECT_EQ("level     MW100                17   0.3 s         5  bad",
               shown({badRow("")}, 80, 24).line(FIRST_ROW));
 }
 
-TEST(WatchScreen, WhatWasOnTheScreenIsGone)
+TEST(WatchScreen, FrameOverwritesTheScreen)
 {
     EXPECT_FALSE(shown({row("level", "17")}, 80, 24).shows(Terminal::garbage()));
 }
 
-TEST(WatchScreen, ATableThatGotShorterLeavesNothingBehind)
+TEST(WatchScreen, ShorterTableErasesOldRows)
 {
     Terminal terminal = shown({row("level", "17"), row("flow", "18")}, 80, 24);
     terminal.write(WatchScreen().frame({row("flow", "18")}, connected(), 80, 24));
@@ -125,7 +125,7 @@ TEST(WatchScreen, ATableThatGotShorterLeavesNothingBehind)
     EXPECT_EQ("", terminal.line(FIRST_ROW + 1));
 }
 
-TEST(WatchScreen, OnlyCellsThatChangeAreTouched)
+TEST(WatchScreen, OnlyChangedCellsAreWritten)
 {
     Terminal terminal = shown({row("level", "17"), row("flow", "18")}, 80, 24);
     terminal.takeTouched();
@@ -134,20 +134,20 @@ TEST(WatchScreen, OnlyCellsThatChangeAreTouched)
     EXPECT_EQ(1, terminal.takeTouched());
 }
 
-TEST(WatchScreen, ATableOfExactlyTheScreensHeightIsShownWhole)
+TEST(WatchScreen, TableOfTheScreensHeightIsShownWhole)
 {
     const std::vector<WatchRow> table = {row("a", "1"), row("b", "2"), row("c", "3")};
     EXPECT_EQ(0u, shown(table, 80, 6).line(5).find("c "));
 }
 
-TEST(WatchScreen, RowsWithoutALineAreCounted)
+TEST(WatchScreen, HiddenRowsAreCounted)
 {
     const Terminal terminal = shown(std::vector<WatchRow>(2000, row("level", "17")), 80, 24);
     EXPECT_EQ(0u, terminal.line(22).find("level"));
     EXPECT_EQ("\xe2\x80\xa6 1,980 more", terminal.line(23));
 }
 
-TEST(WatchScreen, TheSmallestScreensAreKeptTo)
+TEST(WatchScreen, FrameFitsTheSmallestScreens)
 {
     const std::vector<WatchRow> table(9, row("level", "17"));
     for (int rows = 1; rows < 5; ++rows) {
@@ -157,13 +157,13 @@ TEST(WatchScreen, TheSmallestScreensAreKeptTo)
     EXPECT_EQ("", WatchScreen().frame(table, connected(), 80, 0).toStdString());
 }
 
-TEST(WatchScreen, ALineLongerThanTheScreenIsWideIsCut)
+TEST(WatchScreen, LongLineIsCut)
 {
     EXPECT_EQ("level     MW100               \xe2\x80\xa6",
               shown({row("level", "17")}, 32, 24).line(FIRST_ROW));
 }
 
-TEST(WatchScreen, ATextLongerThanItsColumnIsCut)
+TEST(WatchScreen, LongTextIsCut)
 {
     const std::string longName(60, 'n');
     WatchRow long1 = row(longName.c_str(), "-1.17549435082229e-38");
@@ -174,7 +174,7 @@ TEST(WatchScreen, ATextLongerThanItsColumnIsCut)
               shown({long1}, 80, 24).line(FIRST_ROW));
 }
 
-TEST(WatchScreen, AnAddressLongerThanItsColumnIsCut)
+TEST(WatchScreen, LongAddressIsCut)
 {
     WatchRow remote = row("level", "17");
     remote.address = QString::fromLatin1("247:MX4095.15!");
@@ -182,20 +182,20 @@ TEST(WatchScreen, AnAddressLongerThanItsColumnIsCut)
               shown({remote}, 80, 24).line(FIRST_ROW).substr(0, 40));
 }
 
-TEST(WatchScreen, AWideScreenShowsLongNamesWhole)
+TEST(WatchScreen, WideScreenShowsLongNamesWhole)
 {
     const std::string longName(60, 'n');
     EXPECT_EQ(longName + "  MW100",
               shown({row(longName.c_str(), "17")}, 160, 24).line(FIRST_ROW - 1).substr(0, 67));
 }
 
-TEST(WatchScreen, ColumnsStandStillWhileValuesChange)
+TEST(WatchScreen, ColumnsDoNotMoveWithValues)
 {
     const std::string before = shown({row("level", "1")}, 80, 24).line(HEADINGS);
     EXPECT_EQ(before, shown({row("level", "-1.175494e-38")}, 80, 24).line(HEADINGS));
 }
 
-TEST(WatchScreen, ControlCharactersInTextsDoNotReachTheTerminal)
+TEST(WatchScreen, ControlCharactersDoNotReachTheTerminal)
 {
     WatchRow evil = row("le\x1b[2Jvel", "1\r\n7");
     evil.address = QString::fromLatin1("MW\t1");
@@ -205,7 +205,7 @@ TEST(WatchScreen, ControlCharactersInTextsDoNotReachTheTerminal)
               shown({evil}, 80, 24).line(FIRST_ROW));
 }
 
-TEST(WatchScreen, AgesHaveTheUnitThatSuitsThem)
+TEST(WatchScreen, AgesHaveAFittingUnit)
 {
     const struct
     {

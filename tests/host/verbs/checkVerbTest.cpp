@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-// Address numbers and ranges are those of the table in the driver's header.
+// Address numbers and ranges as in the table of the driver's header.
 
 namespace {
 
@@ -50,7 +50,7 @@ protected:
 
 } // namespace
 
-TEST_F(CheckVerb, TellsWhereAWordIs)
+TEST_F(CheckVerb, ShowsThePlaceOfAWord)
 {
     expectChecked(
         true,
@@ -67,7 +67,7 @@ TEST_F(CheckVerb, TellsWhereAWordIs)
           "IW 510: valid, address number 255, input register 255 (function 4)"}});
 }
 
-TEST_F(CheckVerb, TellsWhereABitIs)
+TEST_F(CheckVerb, ShowsThePlaceOfABit)
 {
     // Bit k of word w is bit 16 w + k of the same memory.
     expectChecked(
@@ -84,7 +84,7 @@ TEST_F(CheckVerb, TellsWhereABitIs)
                 "3), written as coil 65535 (function 5)"}});
 }
 
-TEST_F(CheckVerb, ShowsAnAddressInTheAreasOwnForm)
+TEST_F(CheckVerb, ShowsAnAddressInNormalForm)
 {
     expectChecked(true, {{"QX", "12.9", 1, false,
                           "QX 13.1: valid, address number 105, bit 9 of holding register 6 "
@@ -173,23 +173,23 @@ TEST_F(CheckVerb, TheLastAddressThatFitsIsValidWithThatCount)
     }
 }
 
-TEST_F(CheckVerb, SaysThatAnAreaIsTooSmall)
+TEST_F(CheckVerb, SaysThatACountExceedsTheArea)
 {
     expectChecked(false, {{"MW", "0", 4097, false, "MW 0: not valid: MW has only 4096 words"},
                           {"IW", "0", 65536, false, "IW 0: not valid: IW has only 256 words"},
                           {"QX", "0.0", 4097, false, "QX 0.0: not valid: QX has only 4096 bits"}});
 }
 
-TEST_F(CheckVerb, NamesTheAreasThatThereAre)
+TEST_F(CheckVerb, NamesTheKnownAreas)
 {
-    for (int count : {1, 2, 65536}) // from two units on the driver would call it out of range
+    for (int count : {1, 2, 65536}) // for two or more units the driver says "out of range"
         expectChecked(false,
                       {{"DW", "0", count, false,
                         "DW 0: not valid: there is no area \"DW\"; the areas are MW, IW, QW, "
                         "MX, IX, QX"}});
 }
 
-TEST_F(CheckVerb, AsAnObjectHasNumberAndPlace)
+TEST_F(CheckVerb, JsonHasNumberAndPlace)
 {
     const QJsonObject bit = checkedObject("MX", "12.3", 1, true);
     EXPECT_TRUE(bit[text("valid")].toBool());
@@ -208,7 +208,7 @@ TEST_F(CheckVerb, AsAnObjectHasNumberAndPlace)
     EXPECT_FALSE(words.contains(text("bit")));
 }
 
-TEST_F(CheckVerb, AsAnObjectHasTheReason)
+TEST_F(CheckVerb, JsonHasTheReason)
 {
     const QJsonObject object = checkedObject("IW", "0", 1, true);
     EXPECT_FALSE(object[text("valid")].toBool(true));

@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-// Ranges are those of the table in the driver's header.
+// Ranges as in the table of the driver's header.
 
 namespace {
 
@@ -41,7 +41,7 @@ TEST_F(InfoVerb, ShowsIdentityLinkAndEveryArea)
               info);
 }
 
-TEST_F(InfoVerb, AsAnObjectHasTheSame)
+TEST_F(InfoVerb, JsonHasTheSameContent)
 {
     const QJsonObject info =
         objectOf(printed([this](std::FILE* out) { printInfo(out, m_driver, true); }));

@@ -9,8 +9,8 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
-// Requests by pymodbus 3.0's RTU framer; bits are read as the register that holds them. Times at
-// 9600 baud and a turnaround of 1 ms: 13542 + 2 * 3646 + 1000 a request, 2083 a word.
+// Requests by pymodbus 3.0's RTU framer; bits are read as their register. Times at 9600 baud and a
+// turnaround of 1 ms: 13542 + 2 * 3646 + 1000 for a request, 2083 for a word.
 
 namespace {
 
@@ -56,7 +56,7 @@ QJsonObject blockOf(const QJsonObject& plan, int index)
 
 } // namespace
 
-TEST(PlanVerb, TheTableHasEachBlockWithItsRequest)
+TEST(PlanVerb, TableHasEachBlockWithItsRequest)
 {
     EXPECT_EQ("station area number count  tags  request                  reply  names\n"
               "      1 MW     3050     4     2  01 03 0b ea 00 04 67 d9     13  level, speed\n"
@@ -69,7 +69,7 @@ TEST(PlanVerb, TheTableHasEachBlockWithItsRequest)
               printed(someTags(), false).toStdString());
 }
 
-TEST(PlanVerb, ATableNamesThreeTagsOfABlock)
+TEST(PlanVerb, TableNamesAtMostThreeTagsOfABlock)
 {
     const std::vector<Tag> tags = readTags("name,station,area,address,type\n"
                                            "a,1,QW,0,int16\nb,1,QW,2,int16\nc,1,QW,4,int16\n"
@@ -87,7 +87,7 @@ TEST(PlanVerb, NoTagsNeedNoRequest)
               printed({}, false).toStdString());
 }
 
-TEST(PlanVerb, AsJsonItIsOneObjectOnOneLine)
+TEST(PlanVerb, JsonIsOneObjectOnOneLine)
 {
     const QByteArray line = printed(someTags(), true);
     EXPECT_EQ(line.size() - 1, line.indexOf('\n'));
@@ -103,7 +103,7 @@ TEST(PlanVerb, AsJsonItIsOneObjectOnOneLine)
     EXPECT_EQ(13, block[text("replyLength")].toInt());
 }
 
-TEST(PlanVerb, AsJsonTimesAreMicroseconds)
+TEST(PlanVerb, JsonTimesAreMicroseconds)
 {
     const QJsonObject plan = QJsonDocument::fromJson(printed(someTags(), true)).object();
     const QJsonObject grouped = plan[text("grouped")].toObject();
@@ -112,13 +112,13 @@ TEST(PlanVerb, AsJsonTimesAreMicroseconds)
     const QJsonObject single = plan[text("single")].toObject();
     EXPECT_EQ(5, single[text("requests")].toInt());
     EXPECT_EQ(5 * 21834 + 6 * 2083, single[text("cycleTime")].toInt());
-    // One a station, of 1 to 50 words, so half of that.
+    // One fence for each station. A fence has 1 to 50 words; the time is that of the mean length.
     const QJsonObject fences = plan[text("fences")].toObject();
     EXPECT_EQ(2, fences[text("requests")].toInt());
     EXPECT_EQ(2 * (21834 + 25 * 2083), fences[text("cycleTime")].toInt());
 }
 
-TEST(PlanVerb, OnANetworkWithoutATurnaroundThereIsNoTime)
+TEST(PlanVerb, NetworkWithoutTurnaroundHasNoTimes)
 {
     const QByteArray table = printed(someTags(), false, LineTiming::network(), 0);
     EXPECT_TRUE(table.endsWith("grouped:              4 requests, no wire time\n"
@@ -131,7 +131,7 @@ TEST(PlanVerb, OnANetworkWithoutATurnaroundThereIsNoTime)
         EXPECT_TRUE(plan[text(kind)].toObject()[text("cycleTime")].isNull()) << kind;
 }
 
-TEST(PlanVerb, OnANetworkTheTimeIsThatOfTheTurnarounds)
+TEST(PlanVerb, NetworkTimesAreTurnarounds)
 {
     const QJsonObject plan =
         QJsonDocument::fromJson(printed(someTags(), true, LineTiming::network(), 2500)).object();
@@ -139,7 +139,7 @@ TEST(PlanVerb, OnANetworkTheTimeIsThatOfTheTurnarounds)
     EXPECT_EQ(5 * 2500, plan[text("single")].toObject()[text("cycleTime")].toInt());
 }
 
-TEST(PlanVerb, EveryBlockOfABigPlanHasItsRequest)
+TEST(PlanVerb, EachBlockOfALargePlanHasItsRequest)
 {
     QByteArray csv("name,station,area,address,type\n");
     for (int i = 0; i < 600; ++i)

@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-// Address numbers and ranges are those of the table in the driver's header.
+// Address numbers and ranges as in the table of the driver's header.
 
 namespace {
 
@@ -38,14 +38,14 @@ TEST_F(SeriesVerb, ListsAddressesAtTheInterval)
     EXPECT_EQ("QX 0.6 = 6\nQX 1.1 = 9\n", series("QX", "0.6", 2, 3, false));
 }
 
-TEST_F(SeriesVerb, SaysHowManyWereClipped)
+TEST_F(SeriesVerb, SaysHowManyAddressesWereClipped)
 {
     EXPECT_EQ("MW 8188 = 7094\nMW 8190 = 7095\nMW 8190 = 7095\nMW 8190 = 7095\n"
               "clipped: the last 2 lay past the end of MW and became 8190\n",
               series("MW", "8188", 4, 1, false));
 }
 
-TEST_F(SeriesVerb, AsAnObjectHasEntriesAndClipping)
+TEST_F(SeriesVerb, JsonHasEntriesAndClippedCount)
 {
     const QJsonObject object = objectOf(series("QX", "511.6", 3, 1, true));
     EXPECT_TRUE(object[text("valid")].toBool());
@@ -56,7 +56,7 @@ TEST_F(SeriesVerb, AsAnObjectHasEntriesAndClipping)
     EXPECT_EQ(4095, entries[1].toObject()[text("number")].toInt());
 }
 
-TEST_F(SeriesVerb, ExplainsABadStart)
+TEST_F(SeriesVerb, ExplainsAnInvalidStart)
 {
     EXPECT_EQ("MW 101: not valid: odd: a word starts at an even number\n",
               series("MW", "101", 3, 1, false, false));
