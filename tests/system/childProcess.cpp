@@ -38,7 +38,7 @@ struct Pipe
     }
 };
 
-/// A terminal of 24 lines of 80 characters: what is written to its own end is read at the other.
+/// A terminal of 24 lines of 80 characters. Bytes written to one end are read at the other end.
 Pipe terminal()
 {
     Pipe ends(NOT_OPENED);

@@ -7,15 +7,15 @@
 #include <string>
 #include <vector>
 
-/// A program beside the test, with pipes at its standard input, output and error; its output may be
-/// a terminal instead. The destructor kills it.
+/// A child process with pipes as its standard input, output and error. Its output may be a terminal
+/// instead. The destructor kills it.
 class ChildProcess
 {
 public:
     enum { KILLED = 1000 }; ///< status of a program that a signal ended
     enum Output { PIPE, TERMINAL };
 
-    /// Throws std::system_error when it does not start.
+    /// @throws std::system_error when the process does not start
     ChildProcess(const std::string& program, const std::vector<std::string>& arguments,
                  Output output = PIPE);
     ~ChildProcess();
@@ -27,28 +27,29 @@ public:
         return m_id;
     }
 
-    /// Of standard output, to wait on.
+    /// The descriptor of its standard output, to wait on.
     int outputDescriptor() const
     {
         return m_output;
     }
 
-    /// The next line of standard output without its end; none when it ended or `ms` are over.
+    /// The next line of standard output without its line end. None: the output has ended, or `ms`
+    /// milliseconds are over.
     std::optional<std::string> readLine(int ms);
 
-    /// Drops what comes next of standard output.
-    /// @return bytes; 0 when it ended or `ms` are over
+    /// Drops the next bytes of standard output.
+    /// @return number of bytes; 0: the output has ended, or `ms` milliseconds are over
     int skipOutput(int ms);
 
     void closeInput();
     void kill();
 
-    /// Reads to the end of standard output, then waits for the program. Throws std::runtime_error
-    /// when the output has not ended within `ms`.
+    /// Reads standard output to its end, then waits for the process.
     /// @return its exit status, or KILLED
+    /// @throws std::runtime_error when the output has not ended within `ms` milliseconds
     int waitForEnd(int ms);
 
-    /// What waitForEnd() read. Errors must fit into a pipe.
+    /// The bytes that waitForEnd() read. Errors must fit into a pipe.
     const std::string& output() const
     {
         return m_text;

@@ -1,4 +1,4 @@
-// Every kind of fault that the simulated PLC has, while a user writes all the time.
+// Each kind of fault of the simulated PLC, while a user writes without pause.
 
 #include "pollingHost.h"
 #include "simulatorProcess.h"
@@ -12,14 +12,15 @@ namespace {
 
 enum {
     FAULTY_EXCHANGES = 2000,
-    LEAST_FAULTS = 150, // of 200 that are due
+    LEAST_FAULTS = 150, // of 200 expected faults
     ANSWER_MS = 20,
-    ATTEMPTS = 2, // so that requests are given up as well, some twenty times
+    ATTEMPTS = 2, // few, so that some twenty requests are given up
     SEQUENCE_BITS = 11,
     SEQUENCE_MASK = (1 << SEQUENCE_BITS) - 1
 };
 
-// The line itself takes no time, so the host need not reckon with any but the silent interval.
+// The pseudo-terminal takes no time for bytes. At this rate the host allows almost no time but the
+// silent interval.
 const int BAUD = 1000000;
 
 const char* const DELAY_MS = "25"; // later than the time-out, and within the next one
@@ -38,7 +39,7 @@ std::string hex(const QByteArray& bytes)
     return bytes.toHex(' ').toStdString();
 }
 
-/// Toggles with a period of a day stand for what a PLC's program has set.
+/// Toggles with a period of a day are constant in the test, like values set by a PLC's program.
 std::vector<std::string> signalArguments()
 {
     std::vector<std::string> arguments;
@@ -71,13 +72,13 @@ std::vector<Tag> allTags()
     return tagsFrom(all);
 }
 
-/// Writes to every element of WRITTEN again and again, with values that tell the element.
+/// Writes to all elements of WRITTEN repeatedly, with values that identify the element.
 class Writer
 {
 public:
     Writer(PollingHost& host, const std::vector<Tag>& tags) : m_host(host), m_tags(tags) {}
 
-    /// To one element after the other whose tag is good, until enough is under way.
+    /// Writes to the elements with good tags in turn, until enough writes are under way.
     void writeMore()
     {
         const std::vector<TagState> states = m_host.states();
@@ -88,7 +89,7 @@ public:
         }
     }
 
-    /// A word that was written, or never.
+    /// Whether the value belongs to the element: 0, or a value written to this element.
     static bool isOf(size_t element, const QByteArray& bytes)
     {
         const int word =
@@ -122,7 +123,7 @@ private:
     int m_sequence = 0;
 };
 
-/// What is shown in the meantime is old, never another element's.
+/// Shown values may be old, but must belong to their element.
 void expectNoStrangeValues(PollingHost& host, const std::vector<Tag>& tags)
 {
     for (const News::Change& change : host.changes) {
@@ -167,7 +168,7 @@ struct FaultCase
 {
     const char* kind;
     bool network;
-    JobEnd::Outcome seen; ///< what some of the writes end as
+    JobEnd::Outcome seen; ///< outcome of some of the writes
 };
 
 void PrintTo(const FaultCase& faulty, std::ostream* out)
@@ -189,7 +190,7 @@ class Faults : public testing::TestWithParam<FaultCase>
 
 } // namespace
 
-TEST_P(Faults, LeaveEveryTagRightAndEveryWriteAccountedFor)
+TEST_P(Faults, LeaveTagsRightAndWritesAccountedFor)
 {
     std::vector<std::string> options = arguments(GetParam().kind);
     if (GetParam().network) options.insert(options.end(), {"--tcp", "0"});

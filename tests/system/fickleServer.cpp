@@ -58,7 +58,7 @@ void FickleServer::listenAnywhere()
     m_port = ntohs(address.sin_port);
 }
 
-/// False when the server is to stop.
+/// @return false when the server is to stop
 bool FickleServer::waitFor(int descriptor) const
 {
     pollfd awaited[] = {{descriptor, POLLIN, 0}, {m_stop, POLLIN, 0}};
@@ -77,7 +77,7 @@ void FickleServer::run()
     }
 }
 
-/// Until the host hangs up.
+/// Waits until the host hangs up.
 void FickleServer::listenOnly(int host) const
 {
     uint8_t heard[MODBUS_RTU_MAX_ADU_LENGTH];

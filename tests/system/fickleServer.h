@@ -4,14 +4,15 @@
 #include <atomic>
 #include <thread>
 
-/// A TCP peer with RTU frames, served by libmodbus, that hangs up after a few answers. Every
-/// register reads as REGISTER.
+/// A TCP server with RTU frames, made with libmodbus, that hangs up after a few answers. Each
+/// register has the value REGISTER.
 class FickleServer
 {
 public:
     enum { REGISTER = 4711, NO_ANSWERS = 0 };
 
-    /// @param answers  per connection before it is closed; NO_ANSWERS: keeps it and says nothing
+    /// @param answers  answers before a connection is closed; NO_ANSWERS: the connection stays open
+    ///                 without answers
     explicit FickleServer(int answers);
     ~FickleServer();
     FickleServer(const FickleServer&) = delete;
@@ -22,7 +23,8 @@ public:
         return m_port;
     }
 
-    /// From this connection on, the first being 1, hangs up no more; until told a higher one.
+    /// Makes the server keep this connection and all later connections. The first connection is 1.
+    /// A later call with a higher number replaces this call.
     void stayFrom(int connection)
     {
         m_stayFrom = connection;

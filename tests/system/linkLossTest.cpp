@@ -1,4 +1,4 @@
-// Links that go and come back, and peers that are not what they should be.
+// Links that are lost and return, and peers that are missing or never answer.
 
 #include "fickleServer.h"
 #include "links/serialLink.h"
@@ -19,7 +19,7 @@ namespace {
 
 enum {
     LOSSES = 1000,
-    FIRST_MEASURED = 100, // when what is kept for ever has been taken
+    FIRST_MEASURED = 100, // by then all permanent memory has been allocated
     MOST_GROWTH_KB = 1024,
     ANSWERS = 3,
     QUICK_PAUSE_MS = 1,
@@ -50,11 +50,12 @@ struct Holdings
     long kilobytesResident;
 };
 
-/// With the connection standing and the tags read over it, so that each time is like the other.
+/// Measures while the connection is open and after the tags were read, so that all measurements are
+/// alike.
 Holdings holdings(PollingHost& host, const FickleServer& server, int connection)
 {
     EXPECT_TRUE(host.await([&] {
-        host.changes.clear(); // the test's own hoard is not the host's
+        host.changes.clear(); // the test's memory must not count as the host's
         return server.connections() >= connection;
     }));
     const qint64 since = host.now();
@@ -70,7 +71,7 @@ int losses(const std::vector<News::LinkEvent>& events)
     return count;
 }
 
-/// Openings and losses in turn, beginning with an opening.
+/// Whether the events are openings and losses in turn, beginning with an opening.
 bool alternate(const std::vector<News::LinkEvent>& events)
 {
     for (size_t i = 0; i < events.size(); ++i) {
@@ -79,7 +80,7 @@ bool alternate(const std::vector<News::LinkEvent>& events)
     return true;
 }
 
-/// A server that has just hung up, so that nobody listens at its port.
+/// The port of a server that has ended, so that no program listens on it.
 int deadPort()
 {
     return FickleServer(ANSWERS).port();
@@ -97,7 +98,7 @@ std::string openingFailure(const LinkThread::OpenLink& open)
 
 } // namespace
 
-TEST(LostLink, RecoversFromAThousandLossesWithFilesAndMemoryFlat)
+TEST(LostLink, RecoversFromAThousandLossesWithoutLeaks)
 {
     FickleServer server(ANSWERS);
     server.stayFrom(FIRST_MEASURED + 1);
@@ -120,7 +121,7 @@ TEST(LostLink, RecoversFromAThousandLossesWithFilesAndMemoryFlat)
                 late.descriptors, late.kilobytesResident);
 }
 
-TEST(LostLink, ShowsTheRightValuesAfterEveryReturn)
+TEST(LostLink, ShowsCurrentValuesAfterEachReturn)
 {
     enum { RETURNS = 20 };
     FickleServer server(ANSWERS);
@@ -135,7 +136,7 @@ TEST(LostLink, ShowsTheRightValuesAfterEveryReturn)
     EXPECT_FALSE(host.changes.empty());
 }
 
-TEST(UnpluggedAdapter, IsToldOnceAndQueuedWritesAreConfirmedWhenItIsBack)
+TEST(UnpluggedAdapter, IsToldOnceAndQueuedWritesAreDoneAfterItsReturn)
 {
     QTemporaryDir folder;
     const QString path = folder.filePath(QLatin1String("plc"));
@@ -181,14 +182,14 @@ TEST(PeerThatNeverAnswers, IsASilentStationAndNotALostLink)
     PollingHost host(networkSettings(server.port()), tagsFrom({"MW100"}));
     ASSERT_TRUE(host.await([&] { return !host.states()[0].trouble.isEmpty(); }));
     EXPECT_EQ("station 1 does not answer", host.states()[0].trouble.toStdString());
-    EXPECT_GE(host.figures().fences, 2); // it is asked by fences alone
+    EXPECT_GE(host.figures().fences, 2); // only fences are sent to it
     EXPECT_EQ(0, host.figures().exchanges);
     ASSERT_EQ(1u, host.linkEvents.size());
     EXPECT_TRUE(host.linkEvents[0].connected);
     EXPECT_EQ(1, server.connections());
 }
 
-TEST(PeerThatNeverAnswers, GetsANewConnectionAfterAWhile)
+TEST(PeerThatNeverAnswers, IsConnectedAnewAfterSomeTime)
 {
     FickleServer server(FickleServer::NO_ANSWERS);
     LinkThread::Settings settings = networkSettings(server.port());
@@ -202,7 +203,7 @@ TEST(PeerThatNeverAnswers, GetsANewConnectionAfterAWhile)
               host.linkEvents[1].trouble.toStdString());
 }
 
-TEST(MissingPeer, IsNamedInOneSentenceAndTriedAgainWithGrowingPausesWithoutAnother)
+TEST(MissingPeer, IsToldOnceAndRetriedAfterGrowingPauses)
 {
     const int port = deadPort();
     std::atomic<int> openings{0};

@@ -1,5 +1,5 @@
-// Two thousand tags that all move, on eight stations of a 38400 baud line, watched by kakb-host as
-// a program.
+// The program kakb-host watches two thousand tags that all change, on eight stations of a line of
+// 38400 baud.
 
 #include "childProcess.h"
 #include "processFigures.h"
@@ -48,7 +48,7 @@ QByteArray tagFile()
     return csv;
 }
 
-/// Every tag counts, so that each cycle changes each of them.
+/// Each tag is a counter, so that each cycle changes all tags.
 std::vector<std::string> simulatorArguments()
 {
     std::vector<std::string> all = {"--stations", "1-" + std::to_string(STATIONS), "--baud",
@@ -62,13 +62,13 @@ std::vector<std::string> simulatorArguments()
     return all;
 }
 
-/// Where the host shows the tags, and what tells that this matters to it.
+/// The output of the host, and the amounts of bytes that prove that the output is in use.
 struct Shown
 {
     ChildProcess::Output output;
     std::vector<std::string> options;
-    int muchOutput; ///< in bytes, while it is read
-    int muchUnread; ///< in bytes, when it is left
+    int muchOutput; ///< least bytes of an output that is read
+    int muchUnread; ///< least bytes left in an output that is not read
 };
 
 const Shown LINES = {ChildProcess::PIPE, {"--json"}, 100000, 32768}; // half of a pipe
@@ -77,10 +77,10 @@ const Shown TABLE = {ChildProcess::TERMINAL, {}, 20000, 4000}; // Linux lets 409
 struct Measured
 {
     double requestsPerSecond = 0;
-    double shareOfACore = 0; ///< of the communication thread
-    long kilobytes = 0;      ///< the most that was resident
-    int unreadBytes = 0;     ///< at the end
-    long outputBytes = 0;    ///< that were read
+    double shareOfACore = 0; ///< used by the link's thread
+    long kilobytes = 0;      ///< largest resident memory
+    int unreadBytes = 0;     ///< left in the output at the end
+    long outputBytes = 0;    ///< read from the output
 };
 
 double secondsSince(Clock::time_point start)
@@ -88,7 +88,8 @@ double secondsSince(Clock::time_point start)
     return std::chrono::duration<double>(Clock::now() - start).count();
 }
 
-/// Counts the bytes of the output for the time that is measured.
+/// Reads the output for the measured time.
+/// @return number of bytes
 long readOutput(ChildProcess& host, Clock::time_point start)
 {
     long bytes = 0;
@@ -151,7 +152,7 @@ void writeTagFile(const QString& name)
     file.write(tagFile());
 }
 
-/// Other work on the machine may slow down one half of a try, but not that of every try.
+/// Repeats a failed measurement, because other work on the machine may slow down one half of it.
 void expectNoDelayByAReaderThatStops(const Shown& shown)
 {
     QTemporaryDir folder;
@@ -172,13 +173,13 @@ void expectNoDelayByAReaderThatStops(const Shown& shown)
 
 } // namespace
 
-TEST(ManyTags, TakeLittleAndAReaderThatStopsDoesNotDelayTheExchange)
+TEST(ManyTags, StoppedReaderDoesNotDelayTheLink)
 {
     if (KAKB_SANITIZED) GTEST_SKIP() << "a sanitizer's memory and time are not the host's";
     expectNoDelayByAReaderThatStops(LINES);
 }
 
-TEST(ManyTags, InATableTakeLittleAndATerminalThatStopsDoesNotDelayTheExchange)
+TEST(ManyTags, StoppedTerminalDoesNotDelayTheLink)
 {
     if (KAKB_SANITIZED) GTEST_SKIP() << "a sanitizer's memory and time are not the host's";
     expectNoDelayByAReaderThatStops(TABLE);

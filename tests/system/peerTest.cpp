@@ -1,4 +1,4 @@
-// The host as a program, against a Modbus RTU server of another make.
+// The program kakb-host against an independent Modbus RTU server.
 
 #include "childProcess.h"
 #include "terminalCable.h"
@@ -33,7 +33,7 @@ Lines linesOf(const std::string& text)
     return lines;
 }
 
-/// pymodbus at one end of a cable, kakb-host at the other.
+/// pymodbus at one end of a cable, kakb-host at the other end.
 class Peer : public testing::Test
 {
 protected:
@@ -58,7 +58,7 @@ protected:
         return run;
     }
 
-    /// What the host has left in the peer: lines "hr NUMBER VALUE" and "co NUMBER VALUE".
+    /// The peer's values at its end: lines "hr NUMBER VALUE" and "co NUMBER VALUE".
     Lines memory()
     {
         m_server.closeInput();
@@ -91,13 +91,13 @@ bool has(const Lines& lines, const std::string& line)
 
 TEST_F(Peer, ReadsWordsOfEveryArea)
 {
-    // Registers that pymodbusServer.py holds from its start: 3050 is MW100, 20 is QW40.
+    // Registers that pymodbusServer.py sets at its start: 3050 is MW100, 20 is QW40.
     const HostRun run = host({"read", "MW100", "MW102", "QW40", "IW0", "IW2"});
     EXPECT_EQ(DONE, run.status) << run.errors;
     EXPECT_EQ("MW100 = 1234\nMW102 = 65534\nQW40 = 65535\nIW0 = 4711\nIW2 = 32769\n", run.output);
 }
 
-TEST_F(Peer, ReadsBitsFromTheRegistersThatHoldThem)
+TEST_F(Peer, ReadsBitsFromTheirRegisters)
 {
     // Input register 1 is 0x8001, 5 is 0x0204; holding register 4 is 0x8008, 3050 is 1234 = 0x04D2.
     const HostRun run = host({"read", "IX2.0", "IX3.7", "IX2.1", "IX10.2", "IX11.1", "QX8.3",
@@ -131,7 +131,7 @@ TEST_F(Peer, TakesMultipleWritesOfRegistersAndCoils)
                                     "e,1,QX,2.2,bool,1\n");
     const HostRun run = host({"recipe", "download", file, "--trace"});
     EXPECT_EQ(DONE, run.status) << run.errors;
-    // Function 16 at register 3150 for three, function 15 at coil 16 for three.
+    // Function 16 for three registers from 3150, function 15 for three coils from 16.
     EXPECT_NE(std::string::npos, run.errors.find("01 10 0C 4E 00 03 06")) << run.errors;
     EXPECT_NE(std::string::npos, run.errors.find("01 0F 00 10 00 03 01 05")) << run.errors;
     const Lines left = memory();
@@ -143,7 +143,7 @@ TEST_F(Peer, TakesMultipleWritesOfRegistersAndCoils)
     EXPECT_TRUE(has(left, "co 18 1"));
 }
 
-TEST_F(Peer, HoldsWhatARecipeWroteWhenItIsReadBack)
+TEST_F(Peer, VerifiesARecipe)
 {
     const std::string file = recipe("a,1,MW,300,float32:high,-12.5\n"
                                     "b,1,MW,304,int32,-250000\n"
@@ -153,7 +153,7 @@ TEST_F(Peer, HoldsWhatARecipeWroteWhenItIsReadBack)
     EXPECT_EQ("downloaded 3 values, verified\n", run.output);
 }
 
-TEST_F(Peer, IsNotTakenForAStationThatItIsNot)
+TEST_F(Peer, DoesNotAnswerForAnotherStation)
 {
     const HostRun run = host({"read", "2:MW100", "--timeout-ms", "100", "--attempts", "2"});
     EXPECT_EQ(TIME_OUT, run.status);

@@ -8,16 +8,16 @@
 
 #include <chrono>
 
-/// The built driver, loaded once: there is one in a process.
+/// The built driver, loaded once, because a process has only one driver.
 const DriverLibrary& builtDriver();
 
-/// From texts such as "MW100" or "2:QX3.1".
+/// Tags from addresses such as "MW100" or "2:QX3.1".
 std::vector<Tag> tagsFrom(const std::vector<std::string>& addresses);
 
-/// One element of a write, of a tag that is a word or a bit.
+/// An element to write, for a tag with one word or one bit.
 ElementWrite elementOf(const Tag& tag, int value);
 
-/// The host in the test's own process, polling. The test takes the part of the user's side.
+/// Polls tags in the test's process. The test has the role of the user.
 class PollingHost
 {
 public:
@@ -30,11 +30,11 @@ public:
 
     int write(const std::vector<ElementWrite>& elements);
 
-    /// Takes what is new, after a wait of `ms` at most.
+    /// Takes the news, after a wait of at most `ms` milliseconds.
     void takeNews(int ms);
 
-    /// Takes news until the condition holds; `seconds` are a bound, not a wait.
-    /// @return false when it did not hold in time
+    /// Takes news until the condition holds, at most for `seconds`.
+    /// @return whether the condition holds
     template <typename Condition> bool await(Condition condition, int seconds = 60)
     {
         const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
@@ -45,10 +45,10 @@ public:
         return true;
     }
 
-    /// Every tag is good and was read after the time.
+    /// Whether all tags are good and were read after the time.
     bool allReadSince(qint64 time) const;
 
-    /// Names the tags that are not good, for the message of a failed test.
+    /// The names of all tags that are not good, for the message of a failed test.
     std::string badTags() const;
 
     qint64 now() const

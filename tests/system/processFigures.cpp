@@ -11,7 +11,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Places in /proc/PID/task/TID/stat behind the name in brackets, which may hold blanks.
+// Positions of fields in /proc/PID/task/TID/stat, counted behind the name in brackets, because the
+// name may contain blanks.
 enum { FIELDS_BEFORE_USER_TIME = 11 };
 
 fs::path folderOf(pid_t process)
@@ -25,7 +26,7 @@ double threadSeconds(const fs::path& thread)
     std::string line;
     std::getline(file, line);
     const size_t nameEnd = line.rfind(')');
-    if (nameEnd == std::string::npos) return 0; // it has ended
+    if (nameEnd == std::string::npos) return 0; // the thread has ended
     std::istringstream fields(line.substr(nameEnd + 1));
     std::string skipped;
     for (int i = 0; i < FIELDS_BEFORE_USER_TIME; ++i)

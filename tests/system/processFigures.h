@@ -5,15 +5,15 @@
 
 #include <string>
 
-// What the system tells of a process.
+// The system's figures of a process.
 
-/// Descriptors that this process holds.
+/// Number of open descriptors of this process.
 int openDescriptors();
 
-/// A line of /proc/PID/status that is in kB, such as "VmRSS" or "VmHWM"; -1: there is none.
+/// A figure in kB from /proc/PID/status, such as "VmRSS" or "VmHWM"; -1: no such figure.
 long kilobytes(pid_t process, const std::string& key);
 
-/// Seconds of a core that the busiest thread but the first has taken so far.
+/// Processor time in seconds of the busiest thread, without the first thread.
 double busiestThreadSeconds(pid_t process);
 
 #endif

@@ -1,9 +1,9 @@
-"""A Modbus RTU server of another make, as the host's peer.
+"""An independent Modbus RTU server, as the host's peer.
 
 usage: pymodbusServer.py DEVICE
 
-Serves station 1 on a terminal until standard input ends, then prints the registers and coils that
-are not 0, as lines "hr NUMBER VALUE" and "co NUMBER VALUE". The first line says when it serves.
+Serves station 1 on a terminal until standard input ends. Then it prints the registers and coils that
+are not 0, as lines "hr NUMBER VALUE" and "co NUMBER VALUE". The first line is printed when it serves.
 """
 
 import asyncio

@@ -1,4 +1,5 @@
-// The simulated PLC on a serial port, which a cable of two pseudo-terminals joins to the host's.
+// The simulated PLC on a serial port. A cable of two pseudo-terminals connects it to the host's
+// port.
 
 #include "links/serialLink.h"
 #include "pollingHost.h"
@@ -21,7 +22,7 @@ LinkThread::OpenLink openerOf(const std::string& device)
 
 } // namespace
 
-TEST(SerialSimulator, ServesAHostAtTheOtherEndOfTheCable)
+TEST(SerialSimulator, ServesAHostOverASerialCable)
 {
     const TerminalCable cable;
     SimulatorProcess plc(

@@ -1,4 +1,4 @@
-// Stations that do not answer, for good or for a while.
+// Stations that never answer, or do not answer for some time.
 
 #include "pollingHost.h"
 #include "simulatorProcess.h"
@@ -26,7 +26,7 @@ LinkThread::Settings settingsFor(const SimulatorProcess& plc)
 
 } // namespace
 
-TEST(SilentStation, IsShownAsBadAndSeldomAskedWhileTheOtherGoesOn)
+TEST(SilentStation, IsBadAndRarelyProbed)
 {
     SimulatorProcess plc({"--station", "1,2", "--silent", "2"});
     const std::vector<Tag> tags = tagsFrom({"MW100", "2:MW100"});
@@ -48,8 +48,8 @@ TEST(SilentStation, IsShownAsBadAndSeldomAskedWhileTheOtherGoesOn)
     EXPECT_LT(plc.reported("silent"), MOST_ASKED);
 }
 
-/// The write is handed in while the probe is under way, and nothing is monitored.
-TEST(SilentStation, ShowsWhatWasWrittenAsItCameBack)
+/// The write is handed in while the probe is under way and no block is polled.
+TEST(SilentStation, ShowsAWriteMadeDuringItsReturn)
 {
     SimulatorProcess plc({"--drop-request", "1", "--fault-exchanges", UNANSWERED});
     const std::vector<Tag> tags = tagsFrom({"MW100", "QW40", "QX3.1"});

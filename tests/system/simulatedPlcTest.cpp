@@ -1,4 +1,4 @@
-// The simulated PLC that a host has for itself: its terminal is another program's once it is gone.
+// The simulated PLC that a host starts itself. After its end, another program may get its terminal.
 
 #include "links/simulatedPlc.h"
 
@@ -20,7 +20,7 @@ std::string openingFailure(SimulatedPlc& plc)
     return "it was opened";
 }
 
-/// Gone too when Qt has noticed before.
+/// Also returns when Qt has already collected the child's status.
 void waitUntilAChildHasEnded()
 {
     siginfo_t ended = {};
@@ -29,16 +29,16 @@ void waitUntilAChildHasEnded()
 
 } // namespace
 
-TEST(SimulatedPlc, IsOpenedOnce)
+TEST(SimulatedPlc, IsOpenedOnlyOnce)
 {
     SimulatedPlc plc(QString::fromLatin1(KAKB_SIMULATOR_FILE), QStringList());
     EXPECT_EQ("it was opened", openingFailure(plc));
     EXPECT_EQ(HAS_ENDED, openingFailure(plc));
 }
 
-TEST(SimulatedPlc, IsNotOpenedWhenItHasEndedBefore)
+TEST(SimulatedPlc, IsNotOpenedAfterItsEnd)
 {
-    // A terminal that can be opened, by a program that is gone.
+    // The terminal can be opened although its program has ended.
     SimulatedPlc plc(QString::fromLatin1("/bin/sh"),
                      {QString::fromLatin1("-c"), QString::fromLatin1("echo /dev/ptmx")});
     waitUntilAChildHasEnded();

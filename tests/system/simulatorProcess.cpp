@@ -74,7 +74,7 @@ int SimulatorProcess::word(int station, const std::string& area, int number) con
     return found == m_memory.end() ? 0 : found->second;
 }
 
-/// Bit k of word w is bit 16 w + k of its area; marker bits are counted from 3000 as their words.
+/// Bit k of word w is bit 16 w + k of its area. Marker bits and marker words both count from 3000.
 QByteArray SimulatorProcess::bytesOf(const Tag& tag) const
 {
     const std::string words = tag.area.left(1).toStdString() + "W";

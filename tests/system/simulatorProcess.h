@@ -10,32 +10,32 @@
 #include <map>
 #include <tuple>
 
-/// The simulated PLC as a process of its own; what it held and counted is known after its end.
+/// The simulated PLC as a child process. Its memory and its report are known after its end.
 class SimulatorProcess
 {
 public:
-    /// Throws std::runtime_error when it does not start.
+    /// @throws std::runtime_error when the process does not start
     explicit SimulatorProcess(std::vector<std::string> arguments);
 
-    /// What a host opens: a path, or "tcp:ADDRESS,PORT".
+    /// The address for a host: a path, or "tcp:ADDRESS,PORT".
     const std::string& address() const
     {
         return m_address;
     }
 
-    /// Opens address() as the host does.
+    /// Opens address() in the same way as the host.
     LinkThread::OpenLink opener() const;
 
-    /// Gone without a word, as when the adapter is pulled out.
+    /// Kills the process, which has the effect of an unplugged adapter.
     void kill();
 
-    /// Ends it; afterwards its memory and its report can be asked for.
+    /// Ends the process and reads its memory and its report.
     void end();
 
-    /// The bytes that a host must show for the tag, from the memory at the end.
+    /// The bytes of the tag in the PLC's memory at its end.
     QByteArray bytesOf(const Tag& tag) const;
 
-    /// A count of the report; -1: there is none of that name.
+    /// A count from the report; -1: the report has no such count.
     long long reported(const std::string& key) const;
 
 private:

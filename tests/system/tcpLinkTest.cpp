@@ -15,8 +15,8 @@
 #include <memory>
 #include <thread>
 
-// Everything stays on this machine. Nothing sleeps: what is waited for is an event, and what must
-// not be waited for never comes.
+// All connections stay on this machine. No test sleeps: each wait ends with an event. An event that
+// a test must not wait for never comes, so a wrong wait hangs the test.
 
 namespace {
 
@@ -24,7 +24,7 @@ using Clock = std::chrono::steady_clock;
 
 enum { LONG_WAIT_MS = 10000 };
 
-/// A port of this machine, whose connections the test accepts or not.
+/// A port on this machine. The test decides whether it accepts connections.
 class Peer
 {
 public:
@@ -46,7 +46,7 @@ public:
         return Descriptor(accept4(m_listener.number(), nullptr, nullptr, SOCK_CLOEXEC));
     }
 
-    /// From now on the system answers nobody who wants to connect.
+    /// Fills the queue of connections: from now on the system does not answer connection requests.
     void fillBacklog()
     {
         for (Descriptor& one : m_fillers) {
@@ -88,7 +88,7 @@ bool isReadable(int descriptor, int ms)
     return poll(&awaited, 1, ms) == 1;
 }
 
-/// Connections to a port of this machine that nobody has answered yet, by the system's own list
+/// Number of unanswered connection requests to a port of this machine, from the system's list
 /// (state 02: a SYN was sent).
 int unansweredTo(int port)
 {
@@ -111,14 +111,14 @@ std::string failure(const std::function<void()>& fails)
     return "none";
 }
 
-/// A name server that answers when it is told to, and then knows nothing.
+/// A name server that answers only on request, and knows no name.
 struct SilentNameServer
 {
     std::promise<void> asked;
     std::promise<void> answer;
 };
 
-std::shared_ptr<SilentNameServer> silentNameServer; ///< none: the system's
+std::shared_ptr<SilentNameServer> silentNameServer; ///< none: the system's name server
 
 class TcpLinkTest : public testing::Test
 {
@@ -137,7 +137,7 @@ protected:
 
 } // namespace
 
-/// In place of the system's, which Qt calls in a thread of its own.
+/// Replaces the system's function, which Qt calls in a separate thread.
 extern "C" int getaddrinfo(const char* name, const char* service, const addrinfo* hints,
                            addrinfo** found)
 {
@@ -151,7 +151,7 @@ extern "C" int getaddrinfo(const char* name, const char* service, const addrinfo
     return systems(name, service, hints, found);
 }
 
-TEST_F(TcpLinkTest, APeerThatIsGoneWithoutAWordIsNoticedBySystemTimers)
+TEST_F(TcpLinkTest, VanishedPeerIsNoticedBySystemTimers)
 {
     const Peer peer(1);
     const TcpLink link = linkTo(peer);
@@ -162,15 +162,15 @@ TEST_F(TcpLinkTest, APeerThatIsGoneWithoutAWordIsNoticedBySystemTimers)
     EXPECT_EQ(5000, optionOf(link, IPPROTO_TCP, TCP_USER_TIMEOUT));
 }
 
-TEST_F(TcpLinkTest, AFrameIsNotHeldBackForMore)
+TEST_F(TcpLinkTest, FrameIsSentWithoutDelay)
 {
     const Peer peer(1);
     EXPECT_EQ(1, optionOf(linkTo(peer), IPPROTO_TCP, TCP_NODELAY));
 }
 
-TEST_F(TcpLinkTest, BytesThatComeDuringAWriteAreSeenByAWait)
+TEST_F(TcpLinkTest, BytesReceivedDuringAWriteAreSeenByAWait)
 {
-    const QByteArray many(16 << 20, 'x'); // more than the system takes at once
+    const QByteArray many(16 << 20, 'x'); // more bytes than the system takes at once
     const Peer peer(1);
     TcpLink link = linkTo(peer);
     const Descriptor other = peer.accept();
@@ -188,12 +188,12 @@ TEST_F(TcpLinkTest, BytesThatComeDuringAWriteAreSeenByAWait)
     link.write(many);
     EXPECT_TRUE(isReadable(link.descriptor(), 0));
     EXPECT_EQ("early", link.read().toStdString());
-    shutdown(link.descriptor(), SHUT_WR); // what was not sent would be waited for
+    shutdown(link.descriptor(), SHUT_WR); // otherwise closing waits for the unsent bytes
     reader.join();
     EXPECT_EQ(many.size(), taken);
 }
 
-TEST_F(TcpLinkTest, APeerThatHangsUpShowsAsReadableAndIsNamed)
+TEST_F(TcpLinkTest, HungUpPeerIsReadableAndNamed)
 {
     const Peer peer(1);
     TcpLink link = linkTo(peer);
@@ -203,7 +203,7 @@ TEST_F(TcpLinkTest, APeerThatHangsUpShowsAsReadableAndIsNamed)
               failure([&link] { link.read(); }));
 }
 
-TEST_F(TcpLinkTest, AReadBeforeAnythingHasComeIsEmpty)
+TEST_F(TcpLinkTest, ReadWithoutReceivedBytesIsEmpty)
 {
     const Peer peer(1);
     EXPECT_EQ("", linkTo(peer).read().toStdString());
@@ -229,7 +229,7 @@ TEST_F(TcpLinkTest, ConnectingEndsAtOnceWhenCancelled)
     EXPECT_EQ("127.0.0.1, port " + std::to_string(peer.port()) + ": interrupted", reason);
 }
 
-TEST_F(TcpLinkTest, ALookupOfANameEndsAtOnceWhenCancelled)
+TEST_F(TcpLinkTest, NameLookupEndsAtOnceWhenCancelled)
 {
     SilentNameServer& server = nameServer();
     Cancellation cancellation;
@@ -248,7 +248,7 @@ TEST_F(TcpLinkTest, ALookupOfANameEndsAtOnceWhenCancelled)
     server.answer.set_value();
 }
 
-TEST_F(TcpLinkTest, ANameServerThatDoesNotAnswerIsGivenUpAfterSeconds)
+TEST_F(TcpLinkTest, SilentNameServerIsGivenUpAfterSeconds)
 {
     SilentNameServer& server = nameServer();
     const Clock::time_point start = Clock::now();
@@ -260,7 +260,7 @@ TEST_F(TcpLinkTest, ANameServerThatDoesNotAnswerIsGivenUpAfterSeconds)
     server.answer.set_value();
 }
 
-TEST_F(TcpLinkTest, ACancellationHoldsForLaterLinksToo)
+TEST_F(TcpLinkTest, CancellationAlsoEndsLaterOpenings)
 {
     Cancellation cancellation;
     cancellation.ask();
@@ -275,7 +275,7 @@ TEST_F(TcpLinkTest, ACancellationHoldsForLaterLinksToo)
     EXPECT_LT(Clock::now() - start, std::chrono::milliseconds(500));
 }
 
-TEST_F(TcpLinkTest, AHostIsConnectedToByName)
+TEST_F(TcpLinkTest, ConnectsToAHostByName)
 {
     const Peer peer(1);
     TcpLink link(QString::fromLatin1("localhost"), peer.port());
@@ -284,19 +284,19 @@ TEST_F(TcpLinkTest, AHostIsConnectedToByName)
     EXPECT_EQ("here", link.read().toStdString());
 }
 
-TEST_F(TcpLinkTest, AHostThatIsUnknownIsNamedAsSuch)
+TEST_F(TcpLinkTest, UnknownHostIsNamed)
 {
     EXPECT_EQ("no host, port 502: Host not found",
               failure([] { TcpLink(QString::fromLatin1("no host"), 502); }));
 }
 
-TEST_F(TcpLinkTest, AHostWithAPercentSignKeepsIt)
+TEST_F(TcpLinkTest, HostNameKeepsItsPercentSign)
 {
     EXPECT_EQ("no%2host%1, port 502: Host not found",
               failure([] { TcpLink(QString::fromLatin1("no%2host%1"), 502); }));
 }
 
-TEST_F(TcpLinkTest, APortThatNobodyListensOnIsNamedAsSuch)
+TEST_F(TcpLinkTest, RefusedPortIsNamed)
 {
     const int port = Peer(1).port();
     EXPECT_EQ("127.0.0.1, port " + std::to_string(port) + ": Connection refused",

@@ -4,18 +4,18 @@
 #include <string>
 #include <thread>
 
-/// Two pseudo-terminals joined like two serial ports by a cable: what is written to one end can be
-/// read at the other.
+/// Two pseudo-terminals, connected like two serial ports by a cable. Bytes written to one end can
+/// be read at the other end.
 class TerminalCable
 {
 public:
-    /// Throws std::system_error when the system has no pseudo-terminal left.
+    /// @throws std::system_error when the system has no pseudo-terminal left
     TerminalCable();
     ~TerminalCable();
     TerminalCable(const TerminalCable&) = delete;
     TerminalCable& operator=(const TerminalCable&) = delete;
 
-    /// Devices to open; index 0 or 1.
+    /// The device of an end, to be opened; index 0 or 1.
     const std::string& end(int index) const
     {
         return m_ends[index].path;

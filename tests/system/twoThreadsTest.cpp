@@ -1,4 +1,4 @@
-// The user's side in two threads: one writes all the time, the other takes the news.
+// Two threads of the user beside the link's thread: one hands in writes, the other takes the news.
 
 #include "pollingHost.h"
 #include "simulatorProcess.h"
@@ -12,9 +12,9 @@ namespace {
 
 enum {
     WRITES = 5000,
-    MOST_OPEN = 12, // so that some are replaced by newer ones, and most are not
+    MOST_OPEN = 12, // few enough that newer writes replace only some of the waiting writes
     MANY_READS = 300,
-    PATIENCE_MS = 1000, // the machine's stalls are not what is tested
+    PATIENCE_MS = 1000, // long, so that a stall of the machine does not fail the test
     BIT_EVERY = 7
 };
 
@@ -29,7 +29,7 @@ ElementWrite nthWrite(const std::vector<Tag>& tags, int n)
     return elementOf(tag, tag.isBit() ? n / BIT_EVERY & 1 : n);
 }
 
-/// The last value that was handed in for each of the writable tags.
+/// The last value handed in for each writable tag.
 std::vector<QByteArray> lastValues(const std::vector<Tag>& tags)
 {
     std::vector<QByteArray> last(WRITABLE);
@@ -45,7 +45,8 @@ LinkThread::Settings patientSettings(const SimulatorProcess& plc)
     return settings;
 }
 
-/// Hands in all writes as fast as the other thread sees ends, whose count it is told.
+/// Hands in all writes, with at most MOST_OPEN of them open. The other thread tells the number of
+/// ended writes.
 class WritingThread
 {
 public:
@@ -86,7 +87,7 @@ private:
 
 } // namespace
 
-TEST(TwoThreads, LeaveTheLastValueOfEveryElementInThePlcAndEndEveryJobOnce)
+TEST(TwoThreads, WriteEachElementsLastValueAndEndEachJobOnce)
 {
     SimulatorProcess plc({"--station", "1,2", "--signal", "1:IW:0:counter:5"});
     const std::vector<Tag> tags = tagsFrom(TAGS);
@@ -117,7 +118,7 @@ TEST(TwoThreads, LeaveTheLastValueOfEveryElementInThePlcAndEndEveryJobOnce)
     }
 }
 
-TEST(TwoThreads, CanEndTheHostWithMostOfTheOthersReadsStillToBeMade)
+TEST(TwoThreads, CanEndTheHostWithUnfinishedReads)
 {
     SimulatorProcess plc({"--station", "1,2"});
     const std::vector<Tag> tags = tagsFrom(TAGS);

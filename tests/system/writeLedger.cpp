@@ -22,7 +22,8 @@ int WriteLedger::count(JobEnd::Outcome outcome) const
                              [outcome](const auto& entry) { return entry.second == outcome; }));
 }
 
-/// Of a job with several elements only the first trouble is known, so any of them may be there.
+/// A failed job with several elements reports only its first failure, so each of its elements may
+/// have been written.
 std::set<QByteArray> WriteLedger::possibleValues(int station, const QString& area, int number) const
 {
     std::set<QByteArray> possible;

@@ -8,20 +8,21 @@
 #include <set>
 #include <vector>
 
-/// What a test has written, what became of each write, and what the PLC may hold because of it.
+/// Records the writes of a test and their ends. From them it knows the values that the PLC may
+/// hold.
 class WriteLedger
 {
 public:
     void handedIn(int job, const std::vector<ElementWrite>& elements);
     void ended(const JobEnd& end);
 
-    /// Jobs without an end yet.
+    /// Number of jobs without an end.
     int open() const
     {
         return int(m_open.size());
     }
 
-    /// Ends of jobs that were not there, or had ended before.
+    /// Number of ends of unknown jobs or of jobs that had already ended.
     int surplusEnds() const
     {
         return m_surplusEnds;
@@ -29,8 +30,8 @@ public:
 
     int count(JobEnd::Outcome outcome) const;
 
-    /// What the PLC may hold: the newest value that it confirmed, and any newer one of whose end
-    /// only the answer is missing. Zero is what it holds at first.
+    /// The values that the PLC may hold: the newest confirmed value, and each newer value whose
+    /// write timed out, because only its answer may be missing. The first value is 0.
     std::set<QByteArray> possibleValues(int station, const QString& area, int number) const;
 
 private:
