@@ -32,8 +32,7 @@ struct LinkOptions
 /// The program around one verb with a link. It starts the LinkRun, waits for the ends of the verb's
 /// jobs, and records the frames for the trace and the capture.
 ///
-/// Only the program's main thread uses it. The link's thread writes to m_values, which guards
-/// itself.
+/// Only the program's main thread uses it. The link's thread uses two members, as noted below.
 class HostProgram
 {
 public:
@@ -98,8 +97,8 @@ private:
 
     const DriverLibrary& m_driver;
     const LinkOptions m_options;
-    std::optional<SimulatedPlc> m_simulator;
-    SharedValues m_values;
+    std::optional<SimulatedPlc> m_simulator; ///< the link's thread calls only its open()
+    SharedValues m_values;                   ///< the link's thread writes to it; guards itself
     std::optional<FrameTrace> m_trace;
     std::optional<PcapFile> m_capture;
     std::optional<LinkRun> m_run;

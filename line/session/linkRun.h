@@ -42,7 +42,7 @@ public:
 
     /// @param tags  the sink names each tag by its index in here
     /// @param sink  called from the link's thread; must outlive the LinkRun
-    /// Throws std::system_error when the system has no descriptor left.
+    /// @throws std::system_error when the system has no descriptor left
     LinkRun(const DriverLibrary& driver, const Settings& settings, const std::vector<Tag>& tags,
             LinkSink& sink);
 

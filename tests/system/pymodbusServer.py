@@ -2,8 +2,9 @@
 
 usage: pymodbusServer.py DEVICE
 
-Serves station 1 on a terminal until standard input ends. Then it prints the registers and coils that
-are not 0, as lines "hr NUMBER VALUE" and "co NUMBER VALUE". The first line is printed when it serves.
+Serves station 1 on a terminal until standard input ends. Then it prints the registers and coils
+that are not 0, as lines "hr NUMBER VALUE" and "co NUMBER VALUE". The first line is printed when it
+serves.
 """
 
 import asyncio
