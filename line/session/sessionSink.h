@@ -15,7 +15,8 @@ struct JobEnd
         DONE,
         REFUSED,   ///< the PLC answered with an exception
         TIMED_OUT, ///< no usable answer came
-        LOST       ///< the link failed, or the host stopped
+        LOST       ///< the link was lost, the host stopped, a newer write replaced this write, or
+                   ///< the driver kept no record of the recipe
     };
 
     int job = 0;
