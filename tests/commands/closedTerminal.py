@@ -3,7 +3,7 @@
 import os
 import signal
 
-from commandLine import CommandLineTest, matching
+from commandLine import CommandLineTest
 from processes import ends
 
 COUNTER = "--signal 1:IW:0:counter:20"
@@ -17,12 +17,6 @@ class ClosedTerminal(CommandLineTest):
         super().setUp()
         self.tags("count", "still")
 
-    def watch(self, options="", prefix=()):
-        """A watch that shows something."""
-        run = self.start(f"watch --tags tags.csv {options}", prefix)
-        run.await_that(lambda: matching(run.lines, " = "))
-        return run
-
     def await_more(self, watch):
         """The counter's values are still shown."""
         shown = len(watch.lines)
@@ -30,17 +24,17 @@ class ClosedTerminal(CommandLineTest):
 
     def test_watch_ends_with_its_figures_unless_under_nohup(self):
         with self.plc("pty", COUNTER) as plc:
-            watch = self.watch(f"--link {plc.link}")
+            watch = self.watching(f"--tags tags.csv --link {plc.link}")
             self.end(watch, signal.SIGHUP)
             self.assertRegex(watch.lines[-1], FIGURES)
-            watch = self.watch(f"--link {plc.link}", ("nohup",))
+            watch = self.watching(f"--tags tags.csv --link {plc.link}", prefix=("nohup",))
             watch.process.send_signal(signal.SIGHUP)
             self.await_more(watch)
             self.end(watch, signal.SIGINT)
 
     def test_own_simulated_plc_is_ended_by_its_host(self):
         """The signal reaches the simulated PLC as well, which must not look like a lost link."""
-        watch = self.watch()
+        watch = self.watching("--tags tags.csv")
         simulator = self.simulator_of(watch)
         os.kill(simulator, signal.SIGHUP)
         self.await_more(watch)

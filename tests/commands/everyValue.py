@@ -5,7 +5,8 @@ another address shows wherever it is printed, and not at the end alone."""
 
 import contextlib
 
-from commandLine import CommandLineTest, matching
+from commandLine import CommandLineTest
+from processes import matching
 from rtuFrames import write_words
 from simulatedPlc import RawLine
 from tagTables import HEADER, MARKERS, table, word_rows

@@ -10,8 +10,8 @@ FINAL_CODES = {1: "illegal function", 2: "illegal address", 3: "illegal value", 
 BUSY = 6
 REFUSED = ("read MW100", "read IX0.0", "write MW100=1", "write MX0.0=1",
            "recipe download recipe.csv", "recipe upload recipe.csv")
-# Each request once, behind a fence; and for two verbs a second fence, where the refusal of the first
-# fence could be taken for the refusal of the request.
+# Each request once, behind a fence; and for two verbs a second fence, where the refusal of the
+# first fence could be taken for the refusal of the request.
 REQUESTS = 14
 
 

@@ -2,8 +2,9 @@
 
 import signal
 
-from commandLine import CommandLineTest, matching, on_each_link
+from commandLine import CommandLineTest, on_each_link
 from networkPeers import SilentPort
+from processes import matching
 
 SIGNALS = (signal.SIGINT, signal.SIGTERM, signal.SIGHUP)
 FIGURES = "[0-9.]+ exchanges/s  retries [0-9]+ .* losses 0$"

@@ -6,9 +6,9 @@ run before."""
 
 import signal
 
-from commandLine import CommandLineTest, matching
+from commandLine import CommandLineTest
 from networkPeers import DeviceServer
-from processes import wait_until
+from processes import matching, wait_until
 
 WORDS = {3050: 4711, 5000: 99}  # of the device server's PLC: MW100 and MW4000
 
@@ -50,7 +50,7 @@ class LateAnswers(CommandLineTest):
         delay_s = 0.5
         link = self.server(delay_s)
         run = self.start(f"read MW100 --link {link} --timeout-ms 5000 --trace")
-        run.await_that(lambda: matching(run.errors, " > "))
+        run.await_request()
         self.end(run, signal.SIGINT, 8)
         self.assertFalse(matching(run.errors, " < "), run)
         wait_until(run.started + delay_s)
@@ -61,9 +61,8 @@ class LateAnswers(CommandLineTest):
     def test_answer_to_a_request_that_a_lost_connection_cut_short(self):
         """It comes on the next connection, and passes for no later answer."""
         self.tags("still", "far")
-        watch = self.start(f"watch --tags tags.csv --link {self.server(0.1, 1)} --pause-ms 50 "
-                           "--trace")
-        watch.await_that(lambda: matching(watch.lines, "far +MW4000 = 99$"))
+        watch = self.watching(f"--tags tags.csv --link {self.server(0.1, 1)} --pause-ms 50 "
+                              "--trace", "far +MW4000 = 99$")
         seen = len(matching(watch.errors, " > "))
         watch.await_that(lambda: len(matching(watch.errors, " > ")) > seen + 8)
         self.end(watch)

@@ -1,7 +1,7 @@
 """The simulated PLC's stalls, late answers, duplicates and echoes, byte by byte on the line.
 
-No answer has to be soon: a busy machine makes everything later, and nothing sooner. Only requests that
-are sent into a stall, or ahead of a second copy, have most of a second to arrive."""
+No answer has to be soon: a busy machine makes everything later, and nothing sooner. Only requests
+that are sent into a stall, or ahead of a second copy, have most of a second to arrive."""
 
 import contextlib
 import time

@@ -14,12 +14,9 @@ POWERLESS = without_powers("sys_admin")
 class PortInUse(CommandLineTest):
     """By whatever name it is opened, and by a host or a program that locks it with flock."""
 
-    def watch(self, link, prefix=()):
-        """A watch that shows something."""
+    def setUp(self):
+        super().setUp()
         self.tags("still")
-        run = self.start(f"watch --tags tags.csv --link {link}", prefix)
-        run.await_that(lambda: run.lines)
-        return run
 
     def test_port_in_use_is_refused_under_each_of_its_names(self):
         with self.plc("pty") as plc:
@@ -32,7 +29,7 @@ class PortInUse(CommandLineTest):
                     self.assertEqual([f"kakb-host: {name}: in use by another program"],
                                      self.fails(3, f"read MW100 --link serial:{name}").errors)
 
-            watch = self.watch(f"serial:{other_name}")
+            watch = self.watching(f"--tags tags.csv --link serial:{other_name}")
             is_refused()
             watch.close()
             self.host(f"read MW100 --link {plc.link}")
@@ -55,7 +52,7 @@ class PortInUse(CommandLineTest):
                 return self.start(read, POWERLESS).wait(20) == 0
 
             for number in (signal.SIGKILL, signal.SIGHUP, signal.SIGTERM):
-                watch = self.watch(plc.link, POWERLESS)
+                watch = self.watching(f"--tags tags.csv --link {plc.link}", prefix=POWERLESS)
                 self.fails(3, read, "in use by another program", prefix=POWERLESS)
                 watch.signal(number, 3)
                 self.assertTrue(eventually(reads, 2), f"the line stays taken after {number}")

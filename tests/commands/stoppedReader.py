@@ -12,8 +12,9 @@ import termios
 import threading
 import tty
 
-from commandLine import CANNOT_WRITE, CommandLineTest, matching
+from commandLine import CANNOT_WRITE, CommandLineTest
 from networkPeers import CountingPeer
+from processes import matching
 from tagTables import DEMO_TAGS, MARKERS, table, word_rows
 
 PAGE = 4096  # bytes

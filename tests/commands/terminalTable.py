@@ -1,12 +1,12 @@
-"""What the host shows on a terminal: a table in place while it watches, the old screen when it ends,
-and a recipe's progress."""
+"""What the host shows on a terminal: a table in place while it watches, the old screen when it
+ends, and a recipe's progress."""
 
 import re
 import subprocess
 import time
 
-from commandLine import CommandLineTest, matching
-from processes import eventually
+from commandLine import CommandLineTest
+from processes import eventually, matching
 from tagTables import DEMO_RECIPE, DEMO_TAGS
 
 REFRESHES_S = 0.6  # two refreshes of the table
@@ -113,8 +113,9 @@ class TerminalTable(CommandLineTest):
 
     def test_json_is_plain_and_a_recipe_shows_progress(self):
         with self.plc("pty", "--stations 1-2 --demo-signals") as plc:
-            self.runs(f"kakb-host watch --tags {DEMO_TAGS} --link {plc.link} --json --seconds 0.2")
+            self.runs(f"kakb-host watch --tags {DEMO_TAGS} --link {plc.link} --json")
             self.awaits(r'^\{"address":')
+            self.interrupts()
             self.awaits_end(0)
             self.runs(f"kakb-host recipe download {DEMO_RECIPE} --verify --link {plc.link}")
             self.awaits(r"^writing ([0-9]+) of \1 blocks$",

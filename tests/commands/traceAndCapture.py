@@ -2,7 +2,8 @@
 
 import subprocess
 
-from commandLine import CommandLineTest, matching, on_each_link
+from commandLine import CommandLineTest, on_each_link
+from processes import matching
 from rtuFrames import frame
 from tagTables import DEMO_TAGS
 
@@ -65,8 +66,8 @@ class TraceAndCapture(CommandLineTest):
         with self.plc(kind, "--baud 38400") as plc:
             self.host("recipe download recipe.csv --verify --pcap recipe.pcap "
                       f"--link {plc.link}")
-            self.host(f"watch --tags {DEMO_TAGS} --seconds 0.5 --pcap watch.pcap "
-                      f"--link {plc.link}")
+            self.end(self.watching(f"--tags {DEMO_TAGS} --pcap watch.pcap --link {plc.link}",
+                                   " IW0 = ", r" QX0\.5 = "))
         frames = self.well_formed("recipe.pcap", "watch.pcap")
         self.assertLessEqual({(function, is_request) for function in FUNCTIONS
                               for is_request in (True, False)}, set(frames))

@@ -2,7 +2,7 @@
 
 import subprocess
 
-from commandLine import CommandLineTest, matching
+from commandLine import CommandLineTest
 
 LOST = r"127\.0\.0\.1, port [0-9]+: Connection timed out$"
 
@@ -36,13 +36,12 @@ class VanishedPeer(CommandLineTest):
     def test_watch_reports_the_loss_and_connects_again(self):
         self.tags("count")
         with self.plc("tcp", "--signal 1:IW:0:counter:50", prefix=self.inside) as plc:
-            watch = self.start(f"watch --tags tags.csv --link {plc.link} --pause-ms 100",
-                               prefix=self.inside)
-            watch.await_that(lambda: matching(watch.lines, "IW0 = "))
+            watch = self.watching(f"--tags tags.csv --link {plc.link} --pause-ms 100",
+                                  prefix=self.inside)
             self.switch("down")
-            watch.await_that(lambda: matching(watch.lines, f"  link lost: {LOST}"), 10)
+            watch.await_lines(f"  link lost: {LOST}", seconds=10)
             self.switch("up")
-            watch.await_that(lambda: matching(watch.lines, "  link is back$"))
+            watch.await_lines("  link is back$")
             self.end(watch)
             self.assertRegex(watch.lines[-1], "  losses 1$")
 
@@ -51,7 +50,7 @@ class VanishedPeer(CommandLineTest):
         with self.plc("tcp", "--silent 1", prefix=self.inside) as plc:
             read = self.start(f"read MW100 --trace --link {plc.link} --timeout-ms 60000",
                               prefix=self.inside)
-            read.await_that(lambda: matching(read.errors, " > "))
+            read.await_request()
 
             def is_acknowledged():
                 fields = self.inside_run("ss", "-tnH", f"dport = :{plc.port}").split()

@@ -1,16 +1,14 @@
 """The test case that runs kakb-host as a user does, in a folder of its own."""
 
 import functools
-import json
 import os
-import re
 import shlex
 import signal
 import tempfile
 import unittest
 from pathlib import Path
 
-from processes import Program, child_of
+from processes import Program, child_of, matching
 from simulatedPlc import LINKS, SimulatedPlc
 from tagTables import recipe_table, tag_table
 
@@ -82,7 +80,7 @@ class CommandLineTest(unittest.TestCase):
 
     def objects(self, command, status=0):
         """The JSON objects that kakb-host prints, one on each line."""
-        return [json.loads(line) for line in self.host(f"{command} --json", status).lines]
+        return self.host(f"{command} --json", status).objects
 
     def quiet(self, command, **options):
         """Runs kakb-host, which must end with status 0 and nothing on standard error."""
@@ -96,6 +94,12 @@ class CommandLineTest(unittest.TestCase):
         self.assert_one_sentence(run, sentence)
         if within_ms:
             self.assertLess(run.milliseconds, within_ms, run)
+        return run
+
+    def watching(self, options, *patterns, prefix=()):
+        """Starts a watch; returns it when each pattern has matched one of its lines."""
+        run = self.start(f"watch {options}", prefix)
+        run.await_lines(*patterns or [" = "])
         return run
 
     def end(self, run, number=signal.SIGTERM, status=0, seconds=3):
@@ -119,8 +123,3 @@ class CommandLineTest(unittest.TestCase):
         found = child_of(run, "kakb-sim")
         self.assertIsNotNone(found, f"no kakb-sim beside the host: {run}")
         return found
-
-
-def matching(lines, pattern):
-    """The lines that match."""
-    return [line for line in lines if re.search(pattern, line)]

@@ -1,6 +1,8 @@
 """Programs that a test starts: their output, their end, and waits on events with a time limit."""
 
+import json
 import os
+import re
 import select
 import shlex
 import signal
@@ -89,6 +91,11 @@ class Program:
         """The lines of standard error."""
         return self.err.splitlines()
 
+    @property
+    def objects(self):
+        """The JSON objects on the lines of standard output."""
+        return [json.loads(line) for line in self.lines]
+
     def __str__(self):
         shown = [f"{self.command}: status {self.status}, {self.milliseconds} ms"]
         shown += ["stdout: " + line for line in self.lines]
@@ -110,6 +117,14 @@ class Program:
             return condition() or self.process.poll() is not None
         assert eventually(settled, seconds) and condition(), f"never came true: {self}"
 
+    def await_lines(self, *patterns, seconds=PATIENCE_S):
+        """Waits until each pattern matches a line of standard output."""
+        self.await_that(lambda: all(matching(self.lines, pattern) for pattern in patterns), seconds)
+
+    def await_request(self):
+        """Waits until a program with --trace has sent a request."""
+        self.await_that(lambda: matching(self.errors, " > "))
+
     def signal(self, number, seconds):
         """Sends a signal that ends the program; milliseconds then count from the signal."""
         self.started = time.monotonic()
@@ -123,6 +138,11 @@ class Program:
         self.process.wait()
         for file in (self.out_file, self.err_file):
             file.close()
+
+
+def matching(lines, pattern):
+    """The lines that match."""
+    return [line for line in lines if re.search(pattern, line)]
 
 
 def _text(file):
