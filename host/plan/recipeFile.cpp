@@ -33,7 +33,9 @@ void writeRecipeFile(const QString& fileName, const Recipe& recipe)
         values << tagValueText(recipe.tags[i], recipe.values[i]);
     const QByteArray bytes = withValues(recipe.text, values);
     QSaveFile file(fileName);
-    if (file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit())
+    // commit() takes no notice of a failure to write what is still buffered, as on a full disk.
+    if (file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.flush() &&
+        file.commit())
         return;
     throw TagFileError(QString(QLatin1String("cannot write %1: %2"))
                            .arg(fileName, file.errorString())

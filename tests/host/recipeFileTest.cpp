@@ -3,9 +3,13 @@
 
 #include <gtest/gtest.h>
 
+#include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 
+#include <sys/resource.h>
+
+#include <csignal>
 #include <ostream>
 #include <string>
 
@@ -14,6 +18,31 @@
 namespace {
 
 const char* const HEADER = "name,station,area,address,type,value\n";
+
+/// No file of this program grows beyond so many bytes, as on a disk with no room for more.
+class FileSizeLimit
+{
+public:
+    explicit FileSizeLimit(rlim_t bytes) : m_replaced(std::signal(SIGXFSZ, SIG_IGN))
+    {
+        EXPECT_EQ(0, getrlimit(RLIMIT_FSIZE, &m_before));
+        const rlimit limit = {bytes, m_before.rlim_max};
+        EXPECT_EQ(0, setrlimit(RLIMIT_FSIZE, &limit));
+    }
+    ~FileSizeLimit()
+    {
+        setrlimit(RLIMIT_FSIZE, &m_before);
+        std::signal(SIGXFSZ, m_replaced);
+    }
+    FileSizeLimit(const FileSizeLimit&) = delete;
+    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+
+private:
+    using Handler = void (*)(int);
+
+    rlimit m_before = {};
+    const Handler m_replaced;
+};
 
 } // namespace
 
@@ -226,6 +255,21 @@ TEST_F(RecipeFileTest, AValueThatIsNotKnownIsWrittenAsNone)
     recipe.values[0].clear();
     writeRecipeFile(path, recipe);
     EXPECT_EQ(HEADER + QByteArray("speed,1,QW,40,uint16,\n"), fileText());
+}
+
+TEST_F(RecipeFileTest, AFullDiskLeavesTheOldFileWhole)
+{
+    enum { ROOM = 60 }; // for the columns' names and some of the value's line
+    const QByteArray lines = "speed,1,QW,40,uint16,1450\n";
+    Recipe recipe = recipeOf(lines);
+    recipe.values[0] = QByteArray::fromHex("E703"); // 999
+    {
+        const FileSizeLimit limit(ROOM);
+        EXPECT_THROW(writeRecipeFile(path, recipe), TagFileError);
+    }
+    EXPECT_EQ((HEADER + lines).toStdString(), fileText().toStdString());
+    EXPECT_EQ(QStringList(QLatin1String("recipe.csv")),
+              QDir(folder.path()).entryList(QDir::Files | QDir::Hidden));
 }
 
 TEST_F(RecipeFileTest, AFileThatCannotBeWrittenIsNamed)
