@@ -69,6 +69,26 @@ TEST_F(HostSessionRecipeTest, ADownloadWritesWordsTogetherAndBitsTooInFewFrames)
     EXPECT_EQ(0xA8, bench.plc.word(1, 3007));
 }
 
+TEST_F(HostSessionRecipeTest, ValuesOfTwoStationsAtNumbersThatGoOnReachTheirOwnStation)
+{
+    bench.plc.station(2);
+    const std::vector<Tag> tags = {tagOf("MW", 3100, Tag::UINT16, 1),
+                                   tagOf("MW", 3101, Tag::UINT16, 2)};
+    bench.session.transfer(download(JOB, tags, {wordBytes(11), wordBytes(22)}));
+    ASSERT_TRUE(bench.runUntilEnded(JOB));
+    EXPECT_EQ(JobEnd::DONE, bench.sink.outcome(JOB));
+    EXPECT_EQ(11, bench.plc.word(1, 3100));
+    EXPECT_EQ(0, bench.plc.word(1, 3101));
+    EXPECT_EQ(22, bench.plc.word(2, 3101));
+
+    // An upload that asked the wrong station would show the first one's word.
+    bench.plc.station(1).holding[3101] = 99;
+    bench.session.transfer(upload(JOB + 1, tags));
+    ASSERT_TRUE(bench.runUntilEnded(JOB + 1));
+    const RecipePlan plan(tags, DriverSession::LINK_NUMBER);
+    EXPECT_EQ(wordBytes(22), plan.value(1, bench.sink.ends[JOB + 1].values));
+}
+
 TEST_F(HostSessionRecipeTest, AnUploadEndsWithThePlcsValues)
 {
     const std::vector<Tag> tags = scattered(5);

@@ -83,6 +83,32 @@ TEST(RecipePlan, StationsAndAreasHaveRecordsOfTheirOwn)
     EXPECT_EQ(2, records[2].station);
 }
 
+TEST(RecipePlan, ARecordEndsWhereTheStationChangesThoughTheNumbersGoOn)
+{
+    // The frame of a record is sent to one station only.
+    const RecipePlan plan({tagAt("MW", 3100, Tag::UINT16, 1), tagAt("MW", 3101, Tag::UINT16, 2),
+                           tagAt("MX", 3000, Tag::BOOL, 3), tagAt("MX", 3001, Tag::BOOL, 4)},
+                          LINK);
+    const QVector<_RCP_VAR_PRO> records = plan.downloadRecords();
+    ASSERT_EQ(4, int(records.size()));
+    expectRecord(records[0], "MW", 3100, 1, 0);
+    expectRecord(records[1], "MW", 3101, 1, 1);
+    expectRecord(records[2], "MX", 3000, 1, 2);
+    expectRecord(records[3], "MX", 3001, 1, 3);
+    for (int i = 0; i < 4; ++i)
+        EXPECT_EQ(i + 1, records[i].station) << i;
+    EXPECT_EQ(2, int(plan.uploadRecords().size()));
+}
+
+TEST(RecipePlan, ARecordEndsWhereTheAreaChangesThoughTheNumbersGoOn)
+{
+    const RecipePlan plan({tagAt("MW", 4000, Tag::UINT16), tagAt("QW", 4001, Tag::UINT16)}, LINK);
+    const QVector<_RCP_VAR_PRO> records = plan.downloadRecords();
+    ASSERT_EQ(2, int(records.size()));
+    expectRecord(records[0], "MW", 4000, 1, 0);
+    expectRecord(records[1], "QW", 4001, 1, 1);
+}
+
 TEST(RecipePlan, TagsMayComeInAnyOrder)
 {
     const RecipePlan plan({tagAt("MW", 3101, Tag::UINT16), tagAt("MW", 3100, Tag::UINT16)}, LINK);

@@ -108,6 +108,26 @@ TEST(TagFile, EmptyLinesAndCommentLinesAreSkipped)
     EXPECT_EQ(1u, readTags(csv, driver()).size());
 }
 
+TEST(TagFile, ACommentLineHasItsSignInTheFirstColumn)
+{
+    // A name may begin with the sign: blanks ahead of it make the line a record.
+    const std::vector<Tag> tags = tagsOf(" #a,1,MW,0,int16,\n"
+                                         "\t#b,1,MW,2,int16,\n"
+                                         "\"#c\",1,MW,4,int16,\n"
+                                         "#d,1,MW,6,int16,\n"
+                                         "#\n");
+    ASSERT_EQ(3u, tags.size());
+    EXPECT_EQ(text("#a"), tags[0].name);
+    EXPECT_EQ(text("#b"), tags[1].name);
+    EXPECT_EQ(text("#c"), tags[2].name);
+}
+
+TEST(TagFile, ACommentLineMayFollowTheByteOrderMark)
+{
+    const QByteArray csv = QByteArray("\xEF\xBB\xBF# tags\n") + HEADER + "a,1,MW,0,int16,\n";
+    EXPECT_EQ(1u, readTags(csv, driver()).size());
+}
+
 TEST(TagFile, AFileWithoutTagsHasNone)
 {
     EXPECT_TRUE(tagsOf("").empty());
