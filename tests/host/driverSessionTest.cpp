@@ -77,6 +77,15 @@ TEST_F(DriverSessionTest, LooksAtARecipesFlagUnderTheMutex)
     EXPECT_TRUE(waitsForTheMutex([this] { session->isRaised(RECIPE_UPLOAD_FLAG); }));
 }
 
+TEST_F(DriverSessionTest, ClearsTheBufferOfTheRecipeBefore)
+{
+    enum { WORDS = 3 };
+    session->setRecipe({}, QByteArray(2 * WORDS, 'x'));
+    ASSERT_EQ(QByteArray(2 * WORDS, 'x'), session->recipeBytes(2 * WORDS));
+    session->setRecipe({}, QByteArray(2, 'y'));
+    EXPECT_EQ(QByteArray("yy\0\0\0\0", 2 * WORDS), session->recipeBytes(2 * WORDS));
+}
+
 TEST_F(DriverSessionTest, TakesBackWhatItLent)
 {
     ASSERT_NE(nullptr, lentBlock);

@@ -95,6 +95,7 @@ TEST_F(OutputStreamTest, AFullDeviceIsNoReaderThatHasSeenEnough)
 TEST_F(OutputStreamTest, AReaderThatTakesSomethingGetsAllEvenAtTheEnd)
 {
     slowReader = m_reader.number();
+    readSlowly.clear();
     const std::string printed(3 * SMALLEST_PIPE, 'x');
     OutputStream output(m_stream, m_writer.number(), endsWhileItIsRead);
     std::fputs(printed.c_str(), m_stream);
