@@ -4,6 +4,7 @@
 #include "builtDriver.h"
 #include "modelLine.h"
 #include "session/driverExchange.h"
+#include "stepBound.h"
 
 #include <gtest/gtest.h>
 
@@ -65,6 +66,10 @@ protected:
     /// @return false when that is not before `end`; it is `end` then
     bool stepUntil(qint64 end)
     {
+        if (!bound.allowsStepAt(now)) {
+            now = end;
+            return false;
+        }
         const ExchangeMachine::Step step = exchange.advance(now);
         for (const FINISHED_EXCHANGE& one : exchange.takeFinished())
             finished.push_back(one);
@@ -122,6 +127,7 @@ protected:
     std::set<int> silent;
     DriverExchange exchange;
     qint64 now = 0;
+    StepBound bound;
     std::vector<SentFrame> sent;
     std::vector<FINISHED_EXCHANGE> finished;
     std::vector<HEARD_EXCHANGE> heard;

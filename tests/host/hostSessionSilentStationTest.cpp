@@ -99,6 +99,24 @@ TEST_F(HostSessionSilentStationTest, ARecipeThatItDoesNotAnswerIsOneFailureWhate
     EXPECT_NEAR(20, double(askedAt - failedAt) / SessionBench::ANSWER, 0.3);
 }
 
+TEST_F(HostSessionSilentStationTest, AReadOfAStationKnownToBeSilentEndsAtOnceAndHoldsUpNoOther)
+{
+    bench.pollTwoStations(NUMBER);
+    bench.plc.station(2).silent = true;
+    bench.run(2 * SECOND);
+    ASSERT_FALSE(bench.sink.tags[1].good);
+    const qint64 begin = bench.now;
+    bench.session.readOnce(JOB, {bench.blocks[1]});
+    bench.session.readOnce(JOB + 1, {bench.blocks[0]});
+    const auto haveEnded = [this] {
+        return bench.sink.hasEnded(JOB) && bench.sink.hasEnded(JOB + 1);
+    };
+    ASSERT_TRUE(bench.runUntil(haveEnded, 60 * SECOND));
+    EXPECT_EQ(JobEnd::TIMED_OUT, bench.sink.outcome(JOB));
+    EXPECT_EQ(JobEnd::DONE, bench.sink.outcome(JOB + 1));
+    EXPECT_LT(bench.now - begin, SessionBench::ANSWER);
+}
+
 TEST_F(HostSessionSilentStationTest, ASilentStationComesBackByItselfWithinTheLongestPause)
 {
     bench.pollTwoStations(NUMBER);

@@ -154,6 +154,10 @@ void SessionBench::know(const std::vector<Tag>& tags)
 /// @return false when that is not before `end`; it is `end` then
 bool SessionBench::stepUntil(qint64 end)
 {
+    if (!m_bound.allowsStepAt(now)) {
+        now = end;
+        return false;
+    }
     qint64 next = std::numeric_limits<qint64>::max();
     if (m_linkIsUp) {
         const ExchangeMachine::Step step = session.advance(now);

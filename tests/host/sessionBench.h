@@ -5,6 +5,7 @@
 #include "modelPlc.h"
 #include "plan/readPlan.h"
 #include "session/hostSession.h"
+#include "stepBound.h"
 
 #include <functional>
 #include <map>
@@ -79,7 +80,7 @@ public:
     /// Polls a word of that number at station 1, tag 0, and at station 2, tag 1, for a second.
     void pollTwoStations(int number);
 
-    /// Lets so much time pass.
+    /// Lets so much time pass. Fails the test when the session lets none pass, see StepBound.
     void run(qint64 duration);
 
     /// Until it is so, `most` at most.
@@ -118,6 +119,7 @@ private:
     const LineTiming m_timing;
     DriverSession m_driver;
     bool m_linkIsUp = true;
+    StepBound m_bound;
 
 public:
     ModelLine line;
