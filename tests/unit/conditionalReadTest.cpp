@@ -216,9 +216,10 @@ TEST_F(ConditionalRead, HugeCountsAndAddressesWrapAround)
 
 TEST_F(ConditionalRead, TheHostsKeyIsLeftAsItIs)
 {
-    KEY_ADDRESS wanted = key(1, "MX", 3000, 2000, BITS);
+    // More than 64 blocks of 800 groups, which are cut up in several parts.
+    KEY_ADDRESS wanted = key(1, "MX", 3000, 60000, BITS);
     intf_addConditionRead(wanted, 9);
-    EXPECT_EQ("1 MX 3000 x2000", blockText(wanted));
+    EXPECT_EQ("1 MX 3000 x60000", blockText(wanted));
     EXPECT_EQ(int(BITS), wanted.unitMode);
 }
 
