@@ -108,6 +108,7 @@ void Communication::runUntilStopped()
 {
     DriverSession driver(m_driver, m_settings.attempts);
     HostSession session(driver, m_settings.timing, m_settings.exchange, m_board);
+    takeWork(session); // the tags: a first opening that fails marks them
     while (!m_stop)
         runOnce(session);
 }

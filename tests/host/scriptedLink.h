@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <deque>
+#include <string>
 
 /// A link that brings the bytes of its script, a portion at each read, and is then gone, or stays
 /// open and silent. It is there at once: nothing of it takes time.
@@ -16,8 +17,13 @@ class ScriptedLink : public Link
 public:
     enum End { IS_LOST, STAYS_SILENT };
 
-    ScriptedLink(const std::deque<QByteArray>& portions, End end)
-        : m_portions(portions), m_end(end), m_event(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC))
+    /// @param trouble  said of the loss
+    ScriptedLink(const std::deque<QByteArray>& portions, End end,
+                 const std::string& trouble = "unplugged")
+        : m_portions(portions),
+          m_end(end),
+          m_trouble(trouble),
+          m_event(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC))
     {
         if (end == IS_LOST || !portions.empty()) eventfd_write(m_event, 1);
     }
@@ -32,7 +38,7 @@ public:
 
     QByteArray read() override
     {
-        if (m_portions.empty()) throw LinkError("unplugged");
+        if (m_portions.empty()) throw LinkError(m_trouble);
         const QByteArray bytes = m_portions.front();
         m_portions.pop_front();
         eventfd_t count = 0;
@@ -48,6 +54,7 @@ public:
 private:
     std::deque<QByteArray> m_portions;
     const End m_end;
+    const std::string m_trouble;
     const int m_event; ///< readable as long as there is something to read, or the loss to see
 };
 
