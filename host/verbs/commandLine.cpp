@@ -1,7 +1,7 @@
 #include "verbs/commandLine.h"
 
+#include "program/companionFiles.h"
 #include "verbs/addressVerbs.h"
-#include "verbs/companionFiles.h"
 #include "verbs/infoVerb.h"
 #include "verbs/planVerb.h"
 #include "verbs/readVerb.h"
@@ -173,7 +173,7 @@ ExitStatus write(const Options& options, const DriverLibrary& driver)
     std::vector<Assignment> assignments;
     for (const std::string& name : options.names)
         assignments.push_back(assignment(text(name), choice, driver));
-    return writeOnce(driver, options.link, assignments);
+    return writeTags(driver, options.link, assignments);
 }
 
 RecipeOptions recipeOptions(const Options& options)
@@ -247,7 +247,7 @@ void addTransfers(CLI::App& app, Options& o, Verb& chosen)
     addLink(readVerb, o);
     readVerb->callback([&] {
         chosen = [&](const DriverLibrary& driver) {
-            return readOnce(driver, o.link, someTags(o, driver));
+            return readTags(driver, o.link, someTags(o, driver));
         };
     });
     CLI::App* writeVerb = app.add_subcommand("write", "Writes values; the PLC confirms them");

@@ -1,6 +1,6 @@
 #include "verbs/usageTexts.h"
 
-#include "verbs/exitStatus.h"
+#include "program/exitStatus.h"
 
 #include <algorithm>
 
