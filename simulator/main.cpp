@@ -62,12 +62,8 @@
 // Exit status: 0 ended on request, 1 usage, 2 the link failed or a file could not be written.
 
 #include "echoingLine.h"
-#include "pseudoTerminal.h"
+#include "openLine.h"
 #include "report.h"
-#include "serialPort.h"
-#include "serverLoop.h"
-#include "simulatorOptions.h"
-#include "tcpPort.h"
 
 #include <sys/prctl.h>
 
@@ -92,14 +88,14 @@ void requestStop(int)
     stopRequested = 1;
 }
 
-/// @return the mask to wait with: elsewhere the signals stay blocked, so that none comes between
-///         the test and the wait
+/// @return the signal mask for waiting. At all other times the signals stay blocked, so that none
+///         comes between the test of `stopRequested` and the wait
 sigset_t stopOnSignals(bool untilStdinEnds)
 {
     struct sigaction action = {};
     action.sa_handler = requestStop;
     sigaction(SIGTERM, &action, nullptr);
-    // These two reach both a host and the PLC that it started; the host is to end the PLC.
+    // SIGINT and SIGHUP reach both a host and the PLC that it started, and the host ends the PLC.
     if (untilStdinEnds) action.sa_handler = SIG_IGN;
     sigaction(SIGINT, &action, nullptr);
     struct sigaction before = {};
@@ -117,16 +113,7 @@ sigset_t stopOnSignals(bool untilStdinEnds)
     return waiting;
 }
 
-std::unique_ptr<LineEnd> openLine(const SimulatorOptions& options)
-{
-    if (!options.serialDevice.empty())
-        return std::make_unique<SerialPort>(options.serialDevice, options.line.baud);
-    if (options.tcpPort >= 0)
-        return std::make_unique<TcpPort>(options.bindAddress, options.tcpPort);
-    return std::make_unique<PseudoTerminal>(options.linkPath);
-}
-
-/// Opened ahead of the run, so that a file that can't be written is known before and not after it.
+/// Opens the file before the run, so that a file that cannot be written ends the run at its start.
 std::unique_ptr<std::ofstream> openOutput(const std::string& path)
 {
     if (path.empty()) return nullptr;
@@ -153,7 +140,7 @@ int serve(const SimulatorOptions& options, const sigset_t& waitingMask)
     ServerLoop loop(options.echo ? echoing : *line, handler, stations, signals, pacing);
     std::printf("%s\n", line->address().c_str());
     std::fflush(stdout);
-    // What was measured until the link was lost is reported all the same.
+    // A lost link ends the run, but the report up to then is still written.
     int status = EXIT_ENDED;
     try {
         loop.run(stopRequested, waitingMask, options.untilStdinEnds);
@@ -161,9 +148,7 @@ int serve(const SimulatorOptions& options, const sigset_t& waitingMask)
         std::fprintf(stderr, "kakb-sim: %s\n", error.what());
         status = EXIT_LINK;
     }
-    if (report)
-        writeReport(*report, handler.counts(), {loop.badFrames(), echoing.echoedBytes()},
-                    handler.silences(), loop.lateness());
+    if (report) writeReport(*report, handler, loop, echoing.echoedBytes());
     if (dump) stations.dump(*dump);
     finishOutput(report.get(), options.reportFile);
     finishOutput(dump.get(), options.dumpFile);

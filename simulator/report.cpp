@@ -9,7 +9,7 @@ const std::int64_t MICROSECOND_NS = 1000;
 const double MEDIAN = 0.5;
 const double P99 = 0.99;
 
-/// Toward minus infinity, so that a silence never looks longer than it was.
+/// Rounds toward minus infinity, so that a silence never looks longer than it was.
 std::int64_t microseconds(std::int64_t ns)
 {
     const std::int64_t whole = ns / MICROSECOND_NS;
@@ -49,4 +49,11 @@ void writeReport(std::ostream& out, const ExchangeCounts& counts, const LineCoun
         out << keyOf(static_cast<Fault>(kind)) << ' ' << counts.faults[std::size_t(kind)] << '\n';
     writeDurations(out, "silence", silences);
     writeDurations(out, "lateness", lateness);
+}
+
+void writeReport(std::ostream& out, const RequestHandler& handler, const ServerLoop& loop,
+                 std::int64_t echoedBytes)
+{
+    writeReport(out, handler.counts(), {loop.badFrames(), echoedBytes}, handler.silences(),
+                loop.lateness());
 }

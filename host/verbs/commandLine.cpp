@@ -43,7 +43,8 @@ QString text(const std::string& utf8)
     return QString::fromStdString(utf8);
 }
 
-/// The library's range alone takes "nan", which is neither below it nor above.
+/// CLI::Range accepts "nan", because nan is neither below nor above the range. This check refuses
+/// it.
 CLI::Validator numberFrom(double lowest, double highest)
 {
     const CLI::Range range(lowest, highest);
@@ -56,7 +57,7 @@ CLI::Validator numberFrom(double lowest, double highest)
 
 void addJson(CLI::App* verb, Options& options)
 {
-    verb->add_flag("--json", options.link.json, "one JSON object a line");
+    verb->add_flag("--json", options.link.json, "print one JSON object on each line");
 }
 
 void addTags(CLI::App* verb, Options& options, const char* otherwise = "")
@@ -66,18 +67,18 @@ void addTags(CLI::App* verb, Options& options, const char* otherwise = "")
 
 void addPolledTags(CLI::App* verb, Options& options)
 {
-    addTags(verb, options, "; default, only on the simulated PLC: that of the demo");
+    addTags(verb, options, "; default, on the simulated PLC only: the demo's tag file");
 }
 
 void addTiming(CLI::App* verb, Options& options)
 {
     LinkOptions& link = options.link;
     verb->add_option("--link", link.link,
-                     "sim, serial:DEVICE,BAUD,DATA BITS,PARITY,STOP BITS or tcp:HOST,PORT; what "
-                     "is left out comes from the driver")
+                     "sim, serial:DEVICE,BAUD,DATA BITS,PARITY,STOP BITS or tcp:HOST,PORT; the "
+                     "driver supplies omitted parts")
         ->capture_default_str();
     verb->add_option("--turnaround-us", link.turnaroundUs,
-                     "how long a station takes to begin its answer, for the plan")
+                     "time that a station takes to begin its answer, for the plan")
         ->check(CLI::Range(0, 1000000))
         ->capture_default_str();
     addJson(verb, options);
@@ -94,28 +95,28 @@ void addLink(CLI::App* verb, Options& options)
     LinkOptions& link = options.link;
     addTiming(verb, options);
     verb->add_option("--timeout-ms", link.timeoutMs,
-                     "longest that a station takes to begin its answer; over TCP, until all of "
-                     "the answer is there")
+                     "longest time that a station takes to begin its answer; over TCP, until all "
+                     "of the answer is there")
         ->check(CLI::Range(10, 60000))
         ->capture_default_str();
-    verb->add_option("--attempts", link.attempts, "how often a request is tried")
+    verb->add_option("--attempts", link.attempts, "number of attempts for each request")
         ->check(CLI::Range(1, 20))
         ->capture_default_str();
     verb->add_option("--pause-ms", link.pauseMs,
-                     "before a lost link is tried again; doubles up to 30 s")
+                     "pause before the host opens a lost link again; doubles up to 30 s")
         ->check(CLI::Range(10, 30000))
         ->capture_default_str();
     verb->add_option_function<std::string>(
             "--echo", [&link](const std::string& mode) { link.echo = echoMode(mode); },
-            "whether the link returns what is sent")
+            "whether the link returns every byte that the host sends")
         ->check(CLI::IsMember({"yes", "no", "auto"}))
         ->default_str("auto");
     verb->add_flag("--trace", link.trace, "print every frame to standard error");
     verb->add_option("--pcap", link.pcap, "write the requests and their answers to a capture file");
     verb->add_option("--simulator", link.simulator,
-                     "program of the simulated PLC (default: the one beside this one)");
+                     "program of the simulated PLC (default: kakb-sim beside this program)");
     verb->add_option("--simulator-arguments", link.simulatorArguments,
-                     "more arguments for it, separated by blanks");
+                     "more arguments for the simulated PLC, separated by blanks");
 }
 
 void addAddress(CLI::App* verb, Options& options)
@@ -147,7 +148,8 @@ std::vector<Tag> someTags(const Options& options, const DriverLibrary& driver)
     return tags;
 }
 
-/// What a PLC has in which place only its own tag file says; of the simulated one it is known.
+/// Only the user's tag file says which variables a PLC has. The simulated PLC's variables are
+/// known, so it has a default tag file.
 std::vector<Tag> polledTags(Options options, const DriverLibrary& driver)
 {
     if (options.tagFile.empty()) {
@@ -197,7 +199,7 @@ void addQuestions(CLI::App& app, Options& o, Verb& chosen)
     });
     CLI::App* check = app.add_subcommand("check", "Whether an address is valid, or why not");
     addAddress(check, o);
-    check->add_flag("--write", o.write, "it is to be written as well");
+    check->add_flag("--write", o.write, "check also whether the address may be written");
     check->callback([&] {
         chosen = [&](const DriverLibrary& driver) {
             return printCheck(stdout, driver, text(o.area), text(o.address), o.count, o.write,
@@ -208,7 +210,7 @@ void addQuestions(CLI::App& app, Options& o, Verb& chosen)
     });
     CLI::App* series = app.add_subcommand("series", "Addresses at an interval");
     addAddress(series, o);
-    series->add_option("--interval", o.interval, "words or bits from one to the next")
+    series->add_option("--interval", o.interval, "words or bits from one address to the next")
         ->check(CLI::Range(1, 65536))
         ->capture_default_str();
     series->callback([&] {
@@ -220,8 +222,9 @@ void addQuestions(CLI::App& app, Options& o, Verb& chosen)
         };
     });
     CLI::App* planVerb = app.add_subcommand("plan", "The requests that read the tags");
-    planVerb->footer("Without grouping, bits still come in groups of 16, in one request each.\n\n" +
-                     helpFooter());
+    planVerb->footer(
+        "Without grouping, bits still come in groups of 16, in one request for each group.\n\n" +
+        helpFooter());
     addPolledTags(planVerb, o);
     addTiming(planVerb, o);
     planVerb->callback(
@@ -233,7 +236,7 @@ void addTransfers(CLI::App& app, Options& o, Verb& chosen)
     CLI::App* watchVerb = app.add_subcommand("watch", "Polls the tags and shows changes");
     addPolledTags(watchVerb, o);
     addLink(watchVerb, o);
-    watchVerb->add_option("--seconds", o.seconds, "then ends by itself; 0: when stopped")
+    watchVerb->add_option("--seconds", o.seconds, "end after so many seconds; 0: run until stopped")
         ->check(numberFrom(0, 1e7))
         ->capture_default_str();
     watchVerb->callback([&] {
@@ -242,7 +245,8 @@ void addTransfers(CLI::App& app, Options& o, Verb& chosen)
         };
     });
     CLI::App* readVerb = app.add_subcommand("read", "Reads tags or addresses once");
-    readVerb->add_option("NAME", o.names, "names of the tag file, or MW100, MX12.3, 2:QW8");
+    readVerb->add_option("NAME", o.names,
+                         "names of the tag file, or addresses: MW100, MX12.3, 2:QW8");
     addTags(readVerb, o);
     addLink(readVerb, o);
     readVerb->callback([&] {
@@ -263,11 +267,12 @@ void addRecipe(CLI::App& app, Options& o, Verb& chosen)
 {
     CLI::App* recipe = app.add_subcommand("recipe", "Transfers a recipe");
     recipe->require_subcommand(1);
-    CLI::App* download = recipe->add_subcommand("download", "Writes its values into the PLC");
-    CLI::App* upload = recipe->add_subcommand("upload", "Reads its values from the PLC");
+    CLI::App* download =
+        recipe->add_subcommand("download", "Writes the recipe's values into the PLC");
+    CLI::App* upload = recipe->add_subcommand("upload", "Reads the recipe's values from the PLC");
     for (CLI::App* verb : {download, upload}) {
         verb->add_option("FILE", o.recipeFile, "recipe (CSV)")->required();
-        verb->add_flag("--verify", o.verify, "reads back, and names every value that differs");
+        verb->add_flag("--verify", o.verify, "read back, and name every value that differs");
         addLink(verb, o);
     }
     upload->add_option("--output", o.recipeOutput, "file to write (default: FILE itself)");
@@ -293,7 +298,7 @@ std::optional<ExitStatus> parseCommandLine(int argc, char** argv, Command& comma
     app.set_version_flag("--version", "kakb-host " KAKB_PROJECT_VERSION);
     const auto options = std::make_shared<Options>();
     app.add_option("--driver", command.driver,
-                   "driver library (default: the one beside this program, else the system's)");
+                   "driver library (default: the library beside this program, else the system's)");
     addQuestions(app, *options, command.verb);
     addTransfers(app, *options, command.verb);
     addRecipe(app, *options, command.verb);

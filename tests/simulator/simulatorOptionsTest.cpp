@@ -16,7 +16,7 @@ SimulatorOptions parsed(std::vector<std::string> words)
 
 } // namespace
 
-TEST(SimulatorOptions, WithoutAnyThereIsOneStationWithoutPacingOrFaults)
+TEST(SimulatorOptions, DefaultIsOneStationWithoutPacingOrFaults)
 {
     const SimulatorOptions options = parsed({});
     EXPECT_EQ(std::vector<int>{1}, options.stations);
@@ -26,7 +26,7 @@ TEST(SimulatorOptions, WithoutAnyThereIsOneStationWithoutPacingOrFaults)
     EXPECT_TRUE(options.signals.empty());
 }
 
-TEST(SimulatorOptions, StationsAreGivenSinglyAsAListOrAsARange)
+TEST(SimulatorOptions, StationsAreGivenSinglyInAListOrInARange)
 {
     const SimulatorOptions options =
         parsed({"--station", "9", "--station", "247,3", "--stations", "2-4"});
@@ -41,7 +41,7 @@ TEST(SimulatorOptions, EachFaultHasItsRate)
     }
 }
 
-TEST(SimulatorOptions, AStationIsSilentAlwaysOrInAShareOfTheExchanges)
+TEST(SimulatorOptions, SilentStationHasAShareOrIsAlwaysSilent)
 {
     const SimulatorOptions options =
         parsed({"--stations", "1-5", "--silent", "2", "--silent", "3:0.25,5:0"});
@@ -49,7 +49,7 @@ TEST(SimulatorOptions, AStationIsSilentAlwaysOrInAShareOfTheExchanges)
               options.faults.silentStations);
 }
 
-TEST(SimulatorOptions, ADuplicateComesAtOnceOrAfterATime)
+TEST(SimulatorOptions, DuplicateComesAtOnceOrAfterATime)
 {
     const FaultSettings atOnce = parsed({"--duplicate", "0.1"}).faults;
     EXPECT_EQ(0.1, atOnce.rates[FAULT_DUPLICATE]);
@@ -59,7 +59,7 @@ TEST(SimulatorOptions, ADuplicateComesAtOnceOrAfterATime)
     EXPECT_EQ(2500000, after.duplicateAfterNs);
 }
 
-TEST(SimulatorOptions, LateRepliesHaveAShareAndALongestLateness)
+TEST(SimulatorOptions, LateHasAShareAndALongestTime)
 {
     const FaultSettings faults = parsed({"--late", "0.25:60000"}).faults;
     EXPECT_EQ(0.25, faults.lateShare);
@@ -67,7 +67,7 @@ TEST(SimulatorOptions, LateRepliesHaveAShareAndALongestLateness)
     EXPECT_EQ(0, parsed({}).faults.lateShare);
 }
 
-TEST(SimulatorOptions, AStallComesOnceOrAgainAndAgain)
+TEST(SimulatorOptions, StallComesOnceOrPeriodically)
 {
     const StallSettings once = parsed({"--stall", "0.3"}).faults.stall;
     EXPECT_EQ(300000000, once.lengthNs);
@@ -84,20 +84,20 @@ TEST(SimulatorOptions, AStallComesOnceOrAgainAndAgain)
     EXPECT_EQ(0, parsed({}).faults.stall.lengthNs);
 }
 
-TEST(SimulatorOptions, ALineEchoesWhenItIsAskedTo)
+TEST(SimulatorOptions, EchoIsOffByDefault)
 {
     EXPECT_FALSE(parsed({}).echo);
     EXPECT_TRUE(parsed({"--echo"}).echo);
 }
 
-TEST(SimulatorOptions, TimesAreTurnedIntoNanoseconds)
+TEST(SimulatorOptions, TimesAreConvertedToNanoseconds)
 {
     const SimulatorOptions options = parsed({"--turnaround-us", "10000000", "--delay-ms", "60000"});
     EXPECT_EQ(10000000000, options.line.turnaroundNs);
     EXPECT_EQ(60000000000, options.faults.delayNs);
 }
 
-TEST(SimulatorOptions, ASerialPortHasABaudRateOfItsOwn)
+TEST(SimulatorOptions, SerialPortDefaultsTo38400Baud)
 {
     EXPECT_EQ(38400, parsed({"--serial", "/dev/ttyS0"}).line.baud);
     EXPECT_EQ(9600, parsed({"--serial", "/dev/ttyS0", "--baud", "9600"}).line.baud);
@@ -113,29 +113,109 @@ TEST(SimulatorOptions, RatesMayAddUpToOne)
     EXPECT_NO_THROW(parsed(words));
 }
 
-TEST(SimulatorOptions, WhatCannotBeIsAUsageError)
+TEST(SimulatorOptions, ValuesAtTheirLimitsAreAccepted)
+{
+    const std::vector<std::string> rows[] = {
+        {"--station", "1"},
+        {"--station", "247"},
+        {"--stations", "1-247"},
+        {"--tcp", "0"},
+        {"--tcp", "65535"},
+        {"--baud", "300"},
+        {"--baud", "4000000"},
+        {"--turnaround-us", "0"},
+        {"--turnaround-us", "10000000"},
+        {"--seed", "0"},
+        {"--seed", "4294967295"},
+        {"--drop", "0"},
+        {"--drop", "1"},
+        {"--exception-code", "1"},
+        {"--exception-code", "255"},
+        {"--delay-ms", "0"},
+        {"--delay-ms", "60000"},
+        {"--fault-exchanges", "0"},
+        {"--fault-exchanges", "2000000000"},
+        {"--silent", "1:0"},
+        {"--silent", "1:1"},
+        {"--duplicate", "0:0"},
+        {"--duplicate", "1:60000"},
+        {"--late", "0:0"},
+        {"--late", "1:60000"},
+        {"--stall", "0.1"},
+        {"--stall", "3599.9:3600"},
+        {"--stall", "1", "--service-ms", "0"},
+        {"--stall", "1", "--service-ms", "60000"},
+    };
+    for (const std::vector<std::string>& row : rows)
+        EXPECT_NO_THROW(parsed(row)) << row[0] << ' ' << row.back();
+}
+
+TEST(SimulatorOptions, LinkSeedAndEndAreGivenByName)
+{
+    const SimulatorOptions options =
+        parsed({"--link-path", "link", "--seed", "4294967295", "--report", "report", "--dump",
+                "dump", "--until-stdin-ends", "--demo-signals", "--signal", "1:MW:3007:counter"});
+    EXPECT_EQ("link", options.linkPath);
+    EXPECT_EQ(4294967295u, options.seed);
+    EXPECT_EQ("report", options.reportFile);
+    EXPECT_EQ("dump", options.dumpFile);
+    EXPECT_TRUE(options.untilStdinEnds);
+    EXPECT_EQ(demoSignals({1}).size() + 1, options.signals.size());
+    EXPECT_EQ(3007, options.signals.back().place.number);
+    EXPECT_FALSE(parsed({}).untilStdinEnds);
+}
+
+TEST(SimulatorOptions, TheLinkDecidesHowTheLineIsPaced)
+{
+    const SimulatorOptions network = parsed({"--tcp", "502", "--bind", "::1"});
+    EXPECT_EQ(502, network.tcpPort);
+    EXPECT_EQ("::1", network.bindAddress);
+    EXPECT_TRUE(network.line.isNetwork);
+    EXPECT_FALSE(network.line.isSerialPort);
+    EXPECT_TRUE(parsed({"--tcp", "0"}).line.isNetwork);
+    const SimulatorOptions serial = parsed({"--serial", "/dev/ttyS0"});
+    EXPECT_TRUE(serial.line.isSerialPort);
+    EXPECT_FALSE(serial.line.isNetwork);
+    const SimulatorOptions terminal = parsed({"--baud", "9600", "--trickle"});
+    EXPECT_FALSE(terminal.line.isSerialPort);
+    EXPECT_FALSE(terminal.line.isNetwork);
+    EXPECT_TRUE(terminal.line.byteByByte);
+    EXPECT_EQ(9600, terminal.line.baud);
+}
+
+TEST(SimulatorOptions, InvalidOptionsAreUsageErrors)
 {
     const std::vector<std::string> rows[] = {
         {"--station", "0"},
         {"--station", "248"},
+        {"--stations", "0-2"},
         {"--stations", "4-2"},
         {"--stations", "1-248"},
         {"--stations", "1-2x"},
+        {"--tcp", "-1"},
         {"--tcp", "65536"},
         {"--tcp", "0", "--serial", "/dev/ttyS0"},
         {"--tcp", "0", "--link-path", "x"},
         {"--bind", "127.0.0.1"},
         {"--baud", "299"},
+        {"--baud", "4000001"},
         {"--trickle"},
+        {"--turnaround-us", "-1"},
         {"--turnaround-us", "10000001"},
+        {"--seed", "-1"},
+        {"--seed", "4294967296"},
         {"--signal", "1:IW:0:wave"},
         {"--signal", "2:IW:0:ramp"},
+        {"--drop", "-0.1"},
         {"--drop", "1.1"},
         {"--drop", "nan"},
         {"--exception", "-nan"},
         {"--delay", "inf"},
         {"--drop", "0.6", "--delay", "0.6"},
         {"--exception-code", "0"},
+        {"--exception-code", "256"},
+        {"--delay-ms", "-1"},
+        {"--delay-ms", "60001"},
         {"--silent", "0"},
         {"--silent", "2"}, // is not served
         {"--station", "2", "--silent", "1"},
@@ -147,6 +227,8 @@ TEST(SimulatorOptions, WhatCannotBeIsAUsageError)
         {"--silent", "01"},
         {"--silent", "x"},
         {"--fault-exchanges", "-1"},
+        {"--fault-exchanges", "2000000001"},
+        {"--duplicate", "-0.1"},
         {"--duplicate", "1.1"},
         {"--duplicate", "nan"},
         {"--duplicate", ""},
@@ -158,7 +240,9 @@ TEST(SimulatorOptions, WhatCannotBeIsAUsageError)
         {"--duplicate", "0.6", "--delay", "0.6"},
         {"--late", "0.1"},
         {"--late", ""},
+        {"--late", "-0.1:5"},
         {"--late", "1.1:5"},
+        {"--late", "0.1:-1"},
         {"--late", "0.1:inf"},
         {"--late", "0.1:60001"},
         {"--stall", "0.09"},
@@ -166,10 +250,10 @@ TEST(SimulatorOptions, WhatCannotBeIsAUsageError)
         {"--stall", "1e"},
         {"--stall", ""},
         {"--stall", "1:"},
-        {"--stall", "1:1"}, // leaves no time between
+        {"--stall", "1:1"}, // no time between stalls
         {"--stall", "2:1"},
         {"--stall", "1:3601"},
-        {"--stall-station", "1"}, // of no stall
+        {"--stall-station", "1"}, // without --stall
         {"--service-ms", "5"},
         {"--stall", "1", "--stall-station", "2"}, // is not served
         {"--stall", "1", "--stall-station", "0"},
@@ -179,4 +263,36 @@ TEST(SimulatorOptions, WhatCannotBeIsAUsageError)
     };
     for (const std::vector<std::string>& row : rows)
         EXPECT_THROW(parsed(row), CLI::ParseError) << row[0] << ' ' << row.back();
+}
+
+TEST(SimulatorOptions, UsageErrorsNameOptionAndReason)
+{
+    struct
+    {
+        std::vector<std::string> words;
+        const char* what;
+    } const rows[] = {
+        {{"--stations", "4-2"}, "--stations: '4-2' is not A-B with 1 <= A <= B <= 247"},
+        {{"--signal", "2:IW:0:ramp"}, "--signal: there is no station 2"},
+        {{"--silent", "2"}, "--silent: there is no station 2"},
+        {{"--silent", "1:"}, "--silent: '1:' is not STATION or STATION:SHARE"},
+        {{"--silent", "1:2"}, "--silent: 2 is not from 0 to 1"},
+        {{"--duplicate", "x"}, "--duplicate: 'x' is not SHARE or SHARE:AFTER-MS"},
+        {{"--duplicate", "1:60001"}, "--duplicate: 60001 is not from 0 to 60000"},
+        {{"--late", "0.1"}, "--late: '0.1' is not SHARE:UP-TO-MS"},
+        {{"--late", "2:1"}, "--late: 2 is not from 0 to 1"},
+        {{"--stall", "x"}, "--stall: 'x' is not SECONDS or SECONDS:EVERY"},
+        {{"--stall", "1:1"}, "--stall: '1:1': EVERY has to be more than SECONDS"},
+        {{"--stall", "1", "--stall-station", "2"}, "--stall-station: there is no station 2"},
+        {{"--drop", "0.6", "--delay", "0.6"}, "the fault rates are more than 1 together"},
+        {{"--drop", "nan"}, "--drop: nan is not a number"},
+    };
+    for (const auto& row : rows) {
+        try {
+            parsed(row.words);
+            ADD_FAILURE() << "taken: " << row.words[0] << ' ' << row.words[1];
+        } catch (const CLI::ParseError& error) {
+            EXPECT_STREQ(row.what, error.what());
+        }
+    }
 }

@@ -35,6 +35,24 @@ TEST_F(ConditionalRead, AWordRequestIsCutByTheWordLimit)
     EXPECT_EQ((Texts{"1 MW 0 x100", "1 MW 100 x100", "1 MW 200 x100"}), blocksOf(queued()));
 }
 
+TEST_F(ConditionalRead, AWordRequestOfTheLimitIsOneBlock)
+{
+    request("MW", 0, 100);
+    EXPECT_EQ(Texts{"1 MW 0 x100"}, blocksOf(queued()));
+}
+
+TEST_F(ConditionalRead, AWordRequestOneWordBeyondTheLimitIsTwoBlocks)
+{
+    request("MW", 0, 101);
+    EXPECT_EQ((Texts{"1 MW 0 x100", "1 MW 100 x1"}), blocksOf(queued()));
+}
+
+TEST_F(ConditionalRead, ABitRequestOfTheLimitIsOneBlock)
+{
+    request("IX", 0, 800, BITS);
+    EXPECT_EQ(Texts{"1 IX 0 x12800"}, blocksOf(queued()));
+}
+
 TEST_F(ConditionalRead, ABitRequestIsCutByTheBitLimit)
 {
     // 8 x 100 groups a block, and each group is 16 bits.
@@ -45,8 +63,12 @@ TEST_F(ConditionalRead, ABitRequestIsCutByTheBitLimit)
 TEST_F(ConditionalRead, TheUnitModeAndNotTheAreaChoosesTheLimit)
 {
     request("IX", 0, 101, WORDS);
+    request("IX", 0, 101, BITS);
+    EXPECT_EQ((Texts{"1 IX 0 x1600", "1 IX 100 x16", "1 IX 0 x1616"}), blocksOf(queued()));
+    driver.condReadList.clear();
+    request("MW", 3000, 101, WORDS);
     request("MW", 3000, 101, BITS);
-    EXPECT_EQ((Texts{"1 IX 0 x1600", "1 IX 100 x16", "1 MW 3000 x101"}), blocksOf(queued()));
+    EXPECT_EQ((Texts{"1 MW 3000 x100", "1 MW 3100 x1", "1 MW 3000 x101"}), blocksOf(queued()));
 }
 
 TEST_F(ConditionalRead, CountsOfBitAreasAreGroupsOfSixteen)
@@ -131,6 +153,16 @@ TEST_F(ConditionalRead, EntriesThatDifferInAnyPartOfTheKeyStay)
     request("MW", 3000, 2);
     ASSERT_EQ(6, int(queued().size()));
     EXPECT_EQ("1 MW 3000 x2", blockText(queued().at(5)));
+}
+
+TEST_F(ConditionalRead, AQueueOneBlockShortOfItsCapacityGrows)
+{
+    initialise(3, 1);
+    request("MW", 0, CAPACITY - 1);
+    request("IW", 7, 1);
+    ASSERT_EQ(int(CAPACITY), int(queued().size()));
+    EXPECT_EQ("1 MW 511 x1", blockText(queued().at(511)));
+    EXPECT_EQ("1 IW 7 x1", blockText(queued().at(512)));
 }
 
 TEST_F(ConditionalRead, AFullQueueTakesTheNewestInPlaceOfItsLast)

@@ -108,6 +108,17 @@ TEST_F(FrameSelection, TheHostGetsACopyOfTheWholeFrame)
     EXPECT_EQ(0, std::memcmp(polled.value, frame.var.value, sizeof polled.value));
 }
 
+TEST_F(FrameSelection, TheSpareFieldOfTheHostsRecordIsOverwrittenByTheFrames)
+{
+    poll(1);
+    frame.spare = 77;
+    request();
+    EXPECT_EQ(0, frame.spare);
+    driver.frameQueue[0].spare = 5;
+    request();
+    EXPECT_EQ(5, frame.spare);
+}
+
 TEST_F(FrameSelection, TheHostsCopyIsItsOwn)
 {
     poll(1);
@@ -141,9 +152,9 @@ TEST_F(FrameSelection, AfterThreeConditionalReadsOnePolledBlockIsLetThrough)
 TEST_F(FrameSelection, ConditionalReadsWaitWhenThreeWritesWentBefore)
 {
     queueWrites(3);
-    queueConditionalReads(1);
+    queueConditionalReads(2);
     poll(1);
-    EXPECT_EQ("WWWPCP", run(6));
+    EXPECT_EQ("WWWPCCP", run(7));
 }
 
 TEST_F(FrameSelection, TwoWritesLeaveRoomForOneConditionalRead)

@@ -52,7 +52,9 @@ TEST_F(KeyNormalising, BitsOfWordsBecomeTheWordsThatHoldThem)
 {
     EXPECT_EQ("1 MW_BIT 2 x1", bitNormalised("16", 35, 5));
     EXPECT_EQ("1 MW_BIT 2 x1", bitNormalised("16", 32, 16));
-    EXPECT_EQ("1 MW_BIT 2 x2", bitNormalised("16", 35, 16));
+    EXPECT_EQ("1 MW_BIT 2 x2", bitNormalised("16", 32, 17));
+    EXPECT_EQ("1 MW_BIT 2 x2", bitNormalised("16", 33, 16));
+    EXPECT_EQ("1 MW_BIT 1 x2", bitNormalised("16", 31, 16));
     EXPECT_EQ("1 MW_BIT 0 x0", bitNormalised("16", 0, 0));
 }
 

@@ -197,12 +197,15 @@ TEST_F(RecipeFrameSelection, AFlagWithoutARecipeOffersNothingToAnIdleDriver)
 
 TEST_F(RecipeFrameSelection, AFlagBehindTheLastBlockRepeatsTheLastRequest)
 {
-    driver.rcpIndex = 2;
-    driver.curVar = variable(1, "QW", 5, 1, {7, 0});
-    driver.frameKind = FRAME_RECIPE_DOWNLOAD;
     raise(RECIPE_DOWNLOAD_FLAG);
-    EXPECT_EQ(hex(QW5_WRITE), request());
-    EXPECT_EQ(2, driver.rcpIndex);
+    for (int index : {1, 2}) {
+        driver.frameQueue.clear();
+        driver.rcpIndex = index;
+        driver.curVar = variable(1, "QW", 5, 1, {7, 0});
+        driver.frameKind = FRAME_RECIPE_DOWNLOAD;
+        EXPECT_EQ(hex(index == 2 ? QW5_WRITE : SECOND_DOWNLOAD), request()) << index;
+        EXPECT_EQ(index, driver.rcpIndex);
+    }
 }
 
 TEST_F(RecipeFrameSelection, ALoweredFlagLetsTheListsGoOn)

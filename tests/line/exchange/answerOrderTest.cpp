@@ -14,7 +14,7 @@ const QByteArray F = readOf(3000, 9);
 const QByteArray G = readOf(3000, 11);
 const QByteArray W = writeOf(3001, 1234);
 
-/// Station, function and number of data bytes of the reply to a read.
+/// The signature of the reply to a read: station, function and number of data bytes.
 QByteArray signatureTo(const QByteArray& read)
 {
     return answerTo(read).left(3);
@@ -23,7 +23,7 @@ QByteArray signatureTo(const QByteArray& read)
 class AnswerOrderTest : public testing::Test
 {
 protected:
-    /// A fence was answered: nothing is outstanding.
+    /// Answers a fence, so that no request is outstanding.
     AnswerOrderTest()
     {
         order.ask(F, 0, FENCE);
@@ -35,7 +35,7 @@ protected:
 
 } // namespace
 
-TEST(NewAnswerOrder, IsNotCleanBeforeAFenceIsAnswered)
+TEST(NewAnswerOrder, StartsInDoubtUntilAFenceIsAnswered)
 {
     AnswerOrder order;
     EXPECT_FALSE(order.isClean());
@@ -45,7 +45,7 @@ TEST(NewAnswerOrder, IsNotCleanBeforeAFenceIsAnswered)
     EXPECT_TRUE(order.isClean());
 }
 
-TEST(NewAnswerOrder, BelievesNoAnswerButAFences)
+TEST(NewAnswerOrder, IsSureOnlyOfTheAnswerToAFence)
 {
     AnswerOrder order;
     order.ask(R, 0, FIRST);
@@ -71,7 +71,7 @@ TEST_F(AnswerOrderTest, TheAnswerToTheOnlyRequestIsSure)
     EXPECT_TRUE(order.isClean());
 }
 
-TEST_F(AnswerOrderTest, ARefusalAnswersARequestToo)
+TEST_F(AnswerOrderTest, RefusalAnswersTheRequest)
 {
     order.ask(W, 0, FIRST);
     const AnswerOrder::Taken taken = order.take(refusalOf(W));
@@ -80,7 +80,7 @@ TEST_F(AnswerOrderTest, ARefusalAnswersARequestToo)
     EXPECT_TRUE(order.isClean());
 }
 
-TEST_F(AnswerOrderTest, AnAnswerEndsAllThatWasAskedBefore)
+TEST_F(AnswerOrderTest, AnswerDropsAllEarlierRequests)
 {
     order.ask(R, 0, FIRST);
     order.ask(F, 0, FENCE);
@@ -89,7 +89,7 @@ TEST_F(AnswerOrderTest, AnAnswerEndsAllThatWasAskedBefore)
     EXPECT_FALSE(order.take(answerTo(R)).isAsked);
 }
 
-TEST_F(AnswerOrderTest, AnAnswerLeavesWhatWasAskedBehindItOpen)
+TEST_F(AnswerOrderTest, AnswerLeavesLaterRequestsOutstanding)
 {
     order.ask(R, 0, FIRST);
     order.ask(F, 0, FENCE);
@@ -100,7 +100,7 @@ TEST_F(AnswerOrderTest, AnAnswerLeavesWhatWasAskedBehindItOpen)
     EXPECT_TRUE(order.isClean());
 }
 
-TEST_F(AnswerOrderTest, TheAnswerToAnEarlierFenceLeavesTheLaterOneOpen)
+TEST_F(AnswerOrderTest, AnswerToEarlierFenceLeavesLaterFenceOutstanding)
 {
     order.ask(F, 0, FENCE);
     order.ask(G, 0, FENCE);
@@ -110,7 +110,7 @@ TEST_F(AnswerOrderTest, TheAnswerToAnEarlierFenceLeavesTheLaterOneOpen)
     EXPECT_TRUE(order.isClean());
 }
 
-TEST_F(AnswerOrderTest, ARefusalThatTwoMayHaveGotIsTheOldestsAndNotSure)
+TEST_F(AnswerOrderTest, RefusalOfOneOfTwoRequestsGoesToTheOlderAndIsNotSure)
 {
     order.ask(R, 0, FIRST);
     order.ask(F, 0, FENCE);
@@ -120,7 +120,7 @@ TEST_F(AnswerOrderTest, ARefusalThatTwoMayHaveGotIsTheOldestsAndNotSure)
     EXPECT_FALSE(order.isClean());
 }
 
-TEST_F(AnswerOrderTest, ASecondRefusalInARowAnswersNothing)
+TEST_F(AnswerOrderTest, SecondEqualRefusalAnswersNoRequest)
 {
     order.ask(R, 0, FIRST);
     order.ask(F, 0, FENCE);
@@ -131,7 +131,7 @@ TEST_F(AnswerOrderTest, ASecondRefusalInARowAnswersNothing)
     EXPECT_TRUE(order.isClean());
 }
 
-TEST_F(AnswerOrderTest, ARefusalOfAnotherFunctionIsSure)
+TEST_F(AnswerOrderTest, RefusalOfAnotherFunctionIsSure)
 {
     order.ask(W, 0, FIRST);
     order.ask(F, 0, FENCE);
@@ -140,7 +140,7 @@ TEST_F(AnswerOrderTest, ARefusalOfAnotherFunctionIsSure)
     EXPECT_TRUE(order.isClean());
 }
 
-TEST_F(AnswerOrderTest, AnAnswerThatComesTwiceLeavesTheRequestInFlightSure)
+TEST_F(AnswerOrderTest, DoubledAnswerLeavesAnswerInFlightSure)
 {
     order.ask(R, 0, FIRST);
     order.take(answerTo(R));
@@ -151,7 +151,7 @@ TEST_F(AnswerOrderTest, AnAnswerThatComesTwiceLeavesTheRequestInFlightSure)
     EXPECT_FALSE(order.isClean());
 }
 
-TEST_F(AnswerOrderTest, AnAnswerThatNobodyAskedForLeavesNothingSureButAFence)
+TEST_F(AnswerOrderTest, AfterUnaskedAnswerOnlyAFencesAnswerIsSure)
 {
     order.ask(R, 0, FIRST);
     EXPECT_FALSE(order.take(answerTo(S)).isAsked);
@@ -162,7 +162,7 @@ TEST_F(AnswerOrderTest, AnAnswerThatNobodyAskedForLeavesNothingSureButAFence)
     EXPECT_TRUE(order.isClean());
 }
 
-TEST_F(AnswerOrderTest, ADoubtEndsWithAFenceAlone)
+TEST_F(AnswerOrderTest, OnlyAFencesAnswerEndsADoubt)
 {
     for (AnswerOrder::Doubt doubt : {AnswerOrder::CAME_AGAIN, AnswerOrder::UNEXPLAINED}) {
         order.doubt(doubt);
@@ -176,7 +176,7 @@ TEST_F(AnswerOrderTest, ADoubtEndsWithAFenceAlone)
     }
 }
 
-TEST_F(AnswerOrderTest, ALesserDoubtHidesNoGreaterOne)
+TEST_F(AnswerOrderTest, LesserDoubtDoesNotReplaceGreaterDoubt)
 {
     order.doubt(AnswerOrder::UNEXPLAINED);
     order.doubt(AnswerOrder::CAME_AGAIN);
@@ -184,9 +184,9 @@ TEST_F(AnswerOrderTest, ALesserDoubtHidesNoGreaterOne)
     EXPECT_FALSE(order.take(answerTo(R)).isSure);
 }
 
-// What may come, and so must not be the answer to the next thing asked.
+// Replies that may still come. The answer to the next request must differ from them.
 
-TEST_F(AnswerOrderTest, WhatWasAskedMayBeAnsweredOrRefused)
+TEST_F(AnswerOrderTest, AnswerAndRefusalOfAnOutstandingRequestMayCome)
 {
     order.ask(R, 0, FIRST);
     order.ask(G, 0, FENCE);
@@ -197,7 +197,7 @@ TEST_F(AnswerOrderTest, WhatWasAskedMayBeAnsweredOrRefused)
     EXPECT_FALSE(order.mayCome(refusalOf(W).left(2)));
 }
 
-TEST_F(AnswerOrderTest, TheAnswerTakenLastMayComeAgainAndNoOtherOne)
+TEST_F(AnswerOrderTest, OnlyTheLastAcceptedAnswerMayComeAgain)
 {
     order.ask(R, 0, FIRST);
     order.take(answerTo(R));
@@ -205,7 +205,7 @@ TEST_F(AnswerOrderTest, TheAnswerTakenLastMayComeAgainAndNoOtherOne)
     EXPECT_FALSE(order.mayCome(signatureTo(F)));
 }
 
-TEST_F(AnswerOrderTest, WhatCameUnaskedMayComeAgainUntilAFenceIsAnswered)
+TEST_F(AnswerOrderTest, UnaskedReplyMayComeAgainUntilAFenceIsAnswered)
 {
     order.take(answerTo(S));
     order.take(answerTo(R));
@@ -217,18 +217,18 @@ TEST_F(AnswerOrderTest, WhatCameUnaskedMayComeAgainUntilAFenceIsAnswered)
     EXPECT_FALSE(order.mayCome(signatureTo(R)));
 }
 
-TEST_F(AnswerOrderTest, TheRequestAnsweredLastIsRemembered)
+TEST_F(AnswerOrderTest, RemembersTheRequestThatWasAnsweredLast)
 {
     order.ask(R, 0, FIRST);
     order.take(answerTo(R));
     EXPECT_TRUE(order.isLast(R));
-    EXPECT_FALSE(order.isLast(readOf(3050, 2))); // of the same signature
+    EXPECT_FALSE(order.isLast(readOf(3050, 2))); // its answer has the same signature
     EXPECT_FALSE(order.isLast(F));
 }
 
-// What was sent several times.
+// Requests that were sent several times.
 
-TEST_F(AnswerOrderTest, WhatIsSentAgainIsOneEntryThatCountsItsTimes)
+TEST_F(AnswerOrderTest, RepeatedRequestIsOneEntryWithACount)
 {
     order.ask(G, 10, FENCE);
     order.ask(G, 20, FENCE);
@@ -237,7 +237,7 @@ TEST_F(AnswerOrderTest, WhatIsSentAgainIsOneEntryThatCountsItsTimes)
     EXPECT_EQ(2, order.take(answerTo(G)).asked.times);
 }
 
-TEST_F(AnswerOrderTest, WhatWasSentTwiceStaysOpenUntilALaterAnswer)
+TEST_F(AnswerOrderTest, RequestSentTwiceStaysOutstandingUntilALaterAnswer)
 {
     order.ask(R, 0, FIRST);
     order.ask(G, 0, FENCE);
@@ -263,9 +263,9 @@ TEST_F(AnswerOrderTest, IsFullWith24Entries)
     EXPECT_FALSE(order.isFull());
 }
 
-// Copies that the link returns.
+// Copies of requests on a link that echoes.
 
-TEST_F(AnswerOrderTest, OfAWriteWhoseCopyIsDueTheFirstReplyIsNoAnswer)
+TEST_F(AnswerOrderTest, FirstReplyToAnEchoedWriteIsItsCopy)
 {
     order.ask(W, 0, FIRST, true);
     const AnswerOrder::Taken copy = order.take(answerTo(W));
@@ -278,13 +278,13 @@ TEST_F(AnswerOrderTest, OfAWriteWhoseCopyIsDueTheFirstReplyIsNoAnswer)
     EXPECT_TRUE(order.isClean());
 }
 
-TEST_F(AnswerOrderTest, ACopyThatIsDueIsNoRefusal)
+TEST_F(AnswerOrderTest, RefusalOfAnEchoedWriteIsNotItsCopy)
 {
     order.ask(W, 0, FIRST, true);
     EXPECT_TRUE(order.take(refusalOf(W)).isSure);
 }
 
-TEST_F(AnswerOrderTest, ACopyLeavesOpenWhatWasAskedBeforeAndBehind)
+TEST_F(AnswerOrderTest, CopyLeavesAllOtherRequestsOutstanding)
 {
     order.ask(R, 0, FIRST);
     order.ask(W, 0, SECOND, true);

@@ -10,7 +10,7 @@ namespace {
 
 enum { SHORTEST = 1000, SECOND = 1000000 };
 
-/// Answers of one length of time in a row.
+/// Notes the same time several times.
 void noteOften(AnswerTime& time, qint64 took, int times)
 {
     for (int i = 0; i < times; ++i)
@@ -19,12 +19,12 @@ void noteOften(AnswerTime& time, qint64 took, int times)
 
 } // namespace
 
-TEST(AnswerTime, WithoutAnAnswerTheTimeOutIsTheShortest)
+TEST(AnswerTime, TimeOutBeforeTheFirstAnswerIsTheShortest)
 {
     EXPECT_EQ(SHORTEST, AnswerTime(SHORTEST).timeOut());
 }
 
-TEST(AnswerTime, TheFirstAnswerIsWaitedForThreefold)
+TEST(AnswerTime, FirstAnswerMakesTheTimeOutThreeTimesItsTime)
 {
     AnswerTime time(SHORTEST);
     time.note(8000); // mean 8000, deviation 4000
@@ -41,7 +41,7 @@ TEST(AnswerTime, FurtherAnswersAreSmoothed)
     EXPECT_EQ(8000 + 4 * 5750, time.timeOut());
 }
 
-TEST(AnswerTime, QuickAnswersDoNotShortenTheShortest)
+TEST(AnswerTime, QuickAnswersKeepTheShortestTimeOut)
 {
     AnswerTime time(SHORTEST);
     noteOften(time, 10, 50);
@@ -50,13 +50,13 @@ TEST(AnswerTime, QuickAnswersDoNotShortenTheShortest)
     EXPECT_EQ(SHORTEST, time.timeOut());
 }
 
-TEST(AnswerTime, ATimeThatIsAlwaysTheSameIsMetClosely)
+TEST(AnswerTime, ConstantTimeBringsTheTimeOutCloseToIt)
 {
     // The deviation falls by a quarter each time: 3/4 to the 40th is 0.00001.
     AnswerTime time(SHORTEST);
     noteOften(time, 64000, 40);
     EXPECT_GE(time.timeOut(), 64000);
-    EXPECT_LE(time.timeOut(), 64000 + 4 * 4); // a deviation under 4 is not divided any more
+    EXPECT_LE(time.timeOut(), 64000 + 4 * 4); // integers: a deviation below 4 does not fall further
 }
 
 TEST(AnswerTime, OneStallIsForgottenWithinFortyAnswers)

@@ -3,12 +3,13 @@
 
 #include "exchangeMachineFixture.h"
 
-// Two-wire adapters return what is sent ahead of the answer. The answer to a write of one register
-// or coil has the same bytes, so that the first copy proves nothing there.
+// Two-wire adapters return each request ahead of its answer. The answer to a write of one register
+// or coil has the same bytes as the write, so the first copy does not prove that the station
+// answered.
 
 const QByteArray OTHER_WRITE = writeOf(3002, 1);
 
-/// Of several registers: it is longer than its answer.
+/// A write of several registers: the request is longer than its answer.
 const QByteArray LONG_WRITE = frameWith(QByteArray::fromHex("01100001000204000A0102"));
 
 /// A copy with a wrong bit.
@@ -18,7 +19,7 @@ inline QByteArray damaged(QByteArray copy)
     return copy;
 }
 
-/// What an echoing link returns, in addition to what the stations answer.
+/// A link that echoes: copies of the requests come in addition to the answers.
 class EchoTest : public ExchangeMachineTest
 {
 protected:
@@ -29,7 +30,7 @@ protected:
         come(sent, REQUEST_TIME);
     }
 
-    /// Behind the copy, where there is one.
+    /// The answer to the sent frame comes. Call copyComes() before, where the link echoes.
     void answerComes()
     {
         come(answerTo(sent), ANSWERED - REQUEST_TIME);

@@ -1,14 +1,14 @@
 #include "exchangeMachineFixture.h"
 
-// Each thing that leaves a doubt of what a station may still answer, and so brings a fence ahead of
-// the next request to it. The request in flight is believed as long as it can be told from all
-// else.
+// Each event that puts a station in doubt, so that a fence goes ahead of the next request to it.
+// The answer to the request in flight is believed as long as it differs from all other possible
+// replies.
 
 class ExchangeMachineDoubtTest : public InStepTest
 {
 };
 
-TEST_F(ExchangeMachineDoubtTest, WithoutADoubtThereIsNoFence)
+TEST_F(ExchangeMachineDoubtTest, NoFenceInStep)
 {
     for (int i = 0; i < 10; ++i) {
         const QByteArray request = readOf(3000, 10 + i);
@@ -17,14 +17,14 @@ TEST_F(ExchangeMachineDoubtTest, WithoutADoubtThereIsNoFence)
     }
 }
 
-TEST_F(ExchangeMachineDoubtTest, AfterATimeOutAFenceGoesFirst)
+TEST_F(ExchangeMachineDoubtTest, FenceAfterTimeOut)
 {
     ask(READ_A);
     waitInVain();
     expectOneFence();
 }
 
-TEST_F(ExchangeMachineDoubtTest, AfterATimeOutAnAnswerThatIsHalfThereMakesNoDifference)
+TEST_F(ExchangeMachineDoubtTest, FenceAfterTimeOutInTheMiddleOfAnAnswer)
 {
     ask(READ_A);
     come(REPLY.left(7));
@@ -32,7 +32,7 @@ TEST_F(ExchangeMachineDoubtTest, AfterATimeOutAnAnswerThatIsHalfThereMakesNoDiff
     expectOneFence();
 }
 
-TEST_F(ExchangeMachineDoubtTest, ALateAnswerLeavesNothingOutstanding)
+TEST_F(ExchangeMachineDoubtTest, NoFenceAfterALateAnswer)
 {
     ask(READ_A);
     waitInVain();
@@ -41,7 +41,7 @@ TEST_F(ExchangeMachineDoubtTest, ALateAnswerLeavesNothingOutstanding)
     expectNoFence();
 }
 
-TEST_F(ExchangeMachineDoubtTest, ALateAnswerEndsTheRequestThatIsAskedAgain)
+TEST_F(ExchangeMachineDoubtTest, LateAnswerEndsTheRepeatedRequest)
 {
     ask(READ_A);
     waitInVain();
@@ -52,7 +52,7 @@ TEST_F(ExchangeMachineDoubtTest, ALateAnswerEndsTheRequestThatIsAskedAgain)
     EXPECT_TRUE(machine.isFree());
 }
 
-TEST_F(ExchangeMachineDoubtTest, ALateAnswerIsNotTheNextRequests)
+TEST_F(ExchangeMachineDoubtTest, LateAnswerDoesNotAnswerTheNextRequest)
 {
     ask(READ_A);
     waitInVain();
@@ -64,7 +64,7 @@ TEST_F(ExchangeMachineDoubtTest, ALateAnswerIsNotTheNextRequests)
     EXPECT_EQ(answerTo(READ_B), last().reply);
 }
 
-TEST_F(ExchangeMachineDoubtTest, ARequestThatTheFenceShowedToBeLostIsSentAgain)
+TEST_F(ExchangeMachineDoubtTest, LostRequestIsSentAgainAfterTheFencesAnswer)
 {
     ask(READ_A);
     waitInVain();
@@ -74,15 +74,15 @@ TEST_F(ExchangeMachineDoubtTest, ARequestThatTheFenceShowedToBeLostIsSentAgain)
     EXPECT_EQ(Ends({END_SILENT, END_ANSWERED}), ends());
 }
 
-// Bytes at a time when no answer is awaited.
+// Bytes that come while no answer is awaited.
 
-TEST_F(ExchangeMachineDoubtTest, BehindBytesBetweenExchangesAFenceGoesFirst)
+TEST_F(ExchangeMachineDoubtTest, FenceAfterBytesBetweenExchanges)
 {
     come(noise());
     expectOneFence();
 }
 
-TEST_F(ExchangeMachineDoubtTest, BehindBytesInTheSilenceAheadOfARequestAFenceGoesFirst)
+TEST_F(ExchangeMachineDoubtTest, FenceAfterBytesInTheSilenceBeforeARequest)
 {
     exchange(READ_A);
     machine.start(READ_LONG, false, now);
@@ -91,7 +91,7 @@ TEST_F(ExchangeMachineDoubtTest, BehindBytesInTheSilenceAheadOfARequestAFenceGoe
     expectOneFence();
 }
 
-TEST_F(ExchangeMachineDoubtTest, BehindBytesThatFollowAnAnswerAFenceGoesFirst)
+TEST_F(ExchangeMachineDoubtTest, FenceAfterBytesBehindAnAnswer)
 {
     ask(READ_A);
     come(REPLY + noise());
@@ -99,7 +99,7 @@ TEST_F(ExchangeMachineDoubtTest, BehindBytesThatFollowAnAnswerAFenceGoesFirst)
     expectOneFence();
 }
 
-TEST_F(ExchangeMachineDoubtTest, BehindBytesThatFollowTheFencesAnswerAnotherFenceGoesFirst)
+TEST_F(ExchangeMachineDoubtTest, SecondFenceAfterBytesBehindTheFencesAnswer)
 {
     machine.linkOpened(now);
     ask(READ_LONG);
@@ -107,10 +107,10 @@ TEST_F(ExchangeMachineDoubtTest, BehindBytesThatFollowTheFencesAnswerAnotherFenc
     expectOneFence();
 }
 
-// Bytes ahead of an answer. What begins before the station can have answered is no noise of the
-// line's that the answer had to pass.
+// Bytes ahead of an answer. Bytes that begin before the station can have answered are no noise
+// around the answer: they may be the rest of an earlier reply.
 
-TEST_F(ExchangeMachineDoubtTest, BehindBytesThatBeganTooEarlyForAnAnswerAFenceGoesFirst)
+TEST_F(ExchangeMachineDoubtTest, FenceAfterBytesTooEarlyForAnAnswer)
 {
     ask(READ_A);
     come(noise(), REQUEST_TIME + SILENCE - 1);
@@ -119,7 +119,7 @@ TEST_F(ExchangeMachineDoubtTest, BehindBytesThatBeganTooEarlyForAnAnswerAFenceGo
     expectOneFence();
 }
 
-TEST_F(ExchangeMachineDoubtTest, BytesAheadOfAnAnswerAreNoiseOtherwise)
+TEST_F(ExchangeMachineDoubtTest, NoFenceAfterStrayBytesBeforeAReply)
 {
     ask(READ_A);
     come(noise(), REQUEST_TIME + SILENCE);
@@ -128,9 +128,9 @@ TEST_F(ExchangeMachineDoubtTest, BytesAheadOfAnAnswerAreNoiseOtherwise)
     expectNoFence();
 }
 
-// Whole answers that nobody asked for.
+// Whole answers without a request.
 
-TEST_F(ExchangeMachineDoubtTest, ALengthThatWasNotAskedLeavesTheAnswerBehindItUnbelieved)
+TEST_F(ExchangeMachineDoubtTest, AnswerBehindAnUnaskedLengthIsNotBelieved)
 {
     ask(READ_A);
     come(answerTo(readOf(3000, 7)));
@@ -145,7 +145,7 @@ TEST_F(ExchangeMachineDoubtTest, ALengthThatWasNotAskedLeavesTheAnswerBehindItUn
     expectNoFence();
 }
 
-TEST_F(ExchangeMachineDoubtTest, ARequestWhoseAnswersAreNeverBelievedEndsAsUnusable)
+TEST_F(ExchangeMachineDoubtTest, RequestEndsUnusableWhenNoAnswerIsEverSure)
 {
     machine.start(READ_A, false, now);
     for (int i = 0; i < 10 && ends().empty(); ++i) {
@@ -159,21 +159,21 @@ TEST_F(ExchangeMachineDoubtTest, ARequestWhoseAnswersAreNeverBelievedEndsAsUnusa
     EXPECT_TRUE(machine.isFree());
 }
 
-TEST_F(ExchangeMachineDoubtTest, BehindAnAnswerWhenNothingWasAskedAFenceGoesFirst)
+TEST_F(ExchangeMachineDoubtTest, FenceAfterAnAnswerWithoutARequest)
 {
     come(answerTo(readOf(3000, 7)));
     EXPECT_TRUE(ended.empty());
     expectOneFence();
 }
 
-TEST_F(ExchangeMachineDoubtTest, BehindTheEchoOfAWriteThatNobodySentAFenceGoesFirst)
+TEST_F(ExchangeMachineDoubtTest, FenceAfterTheEchoOfAnUnsentWrite)
 {
     come(WRITE);
     EXPECT_TRUE(ended.empty());
     expectOneFence();
 }
 
-TEST_F(ExchangeMachineDoubtTest, AnAnswerOfAnotherFunctionIsNotAskedFor)
+TEST_F(ExchangeMachineDoubtTest, AnswerOfAnotherFunctionPutsTheStationInDoubt)
 {
     ask(READ_A);
     come(answerTo(readOf(0, 2)));
@@ -182,16 +182,16 @@ TEST_F(ExchangeMachineDoubtTest, AnAnswerOfAnotherFunctionIsNotAskedFor)
     EXPECT_TRUE(ends().empty());
 }
 
-// Answers that come twice.
+// Doubled answers.
 
-TEST_F(ExchangeMachineDoubtTest, BehindAnAnswerThatCameTwiceAFenceGoesFirst)
+TEST_F(ExchangeMachineDoubtTest, FenceAfterADoubledAnswer)
 {
     exchange(READ_A);
     come(answerTo(READ_A), 100);
     expectOneFence();
 }
 
-TEST_F(ExchangeMachineDoubtTest, BehindAnAnswerThatCameTwiceAtOnceAFenceGoesFirst)
+TEST_F(ExchangeMachineDoubtTest, FenceAfterADoubledAnswerInOnePiece)
 {
     ask(READ_A);
     come(REPLY + REPLY);
@@ -199,10 +199,11 @@ TEST_F(ExchangeMachineDoubtTest, BehindAnAnswerThatCameTwiceAtOnceAFenceGoesFirs
     expectOneFence();
 }
 
-TEST_F(ExchangeMachineDoubtTest, AnAnswerThatComesAgainIsNotTheNextRequests)
+TEST_F(ExchangeMachineDoubtTest, DoubledAnswerDoesNotAnswerTheNextRequest)
 {
     exchange(READ_A);
-    EXPECT_NE(READ_B, ask(READ_B)); // two registers as well, so it asks for one more
+    EXPECT_NE(READ_B,
+              ask(READ_B)); // READ_B is as long as READ_A, so the machine reads one register more
     come(answerTo(READ_A));
     EXPECT_EQ(1u, ends().size());
     answer(1000);
@@ -211,7 +212,7 @@ TEST_F(ExchangeMachineDoubtTest, AnAnswerThatComesAgainIsNotTheNextRequests)
     expectOneFence();
 }
 
-TEST_F(ExchangeMachineDoubtTest, AFencesAnswerThatComesTwiceDoesNotAnswerTheNextFence)
+TEST_F(ExchangeMachineDoubtTest, FencesDoubledAnswerDoesNotAnswerTheNextFence)
 {
     machine.linkOpened(now);
     const QByteArray first = ask(READ_LONG);

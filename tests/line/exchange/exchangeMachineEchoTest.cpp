@@ -1,8 +1,9 @@
 #include "echoFixture.h"
 
-// The fences find out whether the link echoes. Until then no write is sent but a broadcast.
+// The fences find out whether the link echoes. Until then the machine sends no write except
+// broadcasts.
 
-/// Whether the link echoes is not known, and is found out.
+/// The caller does not know whether the link echoes.
 class UnknownEchoTest : public EchoTest
 {
 protected:
@@ -11,7 +12,7 @@ protected:
     const QByteArray LONG_BROADCAST = frameWith(fromHex("00100001000204000A0102"));
 };
 
-TEST_F(UnknownEchoTest, BeforeAFenceIsAnsweredItIsNotKnown)
+TEST_F(UnknownEchoTest, EchoIsUnknownBeforeTheFirstFencesAnswer)
 {
     EXPECT_EQ(ECHO_UNKNOWN, machine.echo());
     ask(WRITE);
@@ -19,7 +20,7 @@ TEST_F(UnknownEchoTest, BeforeAFenceIsAnsweredItIsNotKnown)
     EXPECT_EQ(ECHO_UNKNOWN, machine.echo());
 }
 
-TEST_F(UnknownEchoTest, AnAnswerWithoutACopyShowsThatTheLinkReturnsNothing)
+TEST_F(UnknownEchoTest, AnswerWithoutCopyMeansNoEcho)
 {
     ask(WRITE);
     answer();
@@ -29,7 +30,7 @@ TEST_F(UnknownEchoTest, AnAnswerWithoutACopyShowsThatTheLinkReturnsNothing)
     EXPECT_EQ(Ends{END_ANSWERED}, ends());
 }
 
-TEST_F(UnknownEchoTest, ACopyAheadOfTheAnswerShowsThatTheLinkEchoes)
+TEST_F(UnknownEchoTest, CopyBeforeTheAnswerMeansEcho)
 {
     ask(WRITE);
     copyComes();
@@ -43,7 +44,7 @@ TEST_F(UnknownEchoTest, ACopyAheadOfTheAnswerShowsThatTheLinkEchoes)
     EXPECT_EQ(Ends{END_ANSWERED}, ends());
 }
 
-TEST_F(UnknownEchoTest, ACopyMayComeInPiecesAndWithTheAnswer)
+TEST_F(UnknownEchoTest, CopyMayComeInPiecesAndWithTheAnswer)
 {
     ask(READ_LONG);
     come(sent.left(3), 1000);
@@ -52,7 +53,7 @@ TEST_F(UnknownEchoTest, ACopyMayComeInPiecesAndWithTheAnswer)
     EXPECT_EQ(READ_LONG, nextSent());
 }
 
-TEST_F(UnknownEchoTest, ASilentStationShowsThatTheLinkEchoes)
+TEST_F(UnknownEchoTest, CopyWithoutAnswerMeansEcho)
 {
     ask(WRITE);
     copyComes();
@@ -61,7 +62,7 @@ TEST_F(UnknownEchoTest, ASilentStationShowsThatTheLinkEchoes)
     EXPECT_FALSE(last().wasSent);
 }
 
-TEST_F(UnknownEchoTest, ASilentStationShowsNotThatTheLinkReturnsNothing)
+TEST_F(UnknownEchoTest, SilentStationLeavesTheEchoUnknown)
 {
     ask(WRITE);
     waitInVain();
@@ -69,7 +70,7 @@ TEST_F(UnknownEchoTest, ASilentStationShowsNotThatTheLinkReturnsNothing)
     EXPECT_FALSE(last().wasSent);
 }
 
-TEST_F(UnknownEchoTest, ARefusalBehindACopyShowsThatTheLinkEchoes)
+TEST_F(UnknownEchoTest, RefusalBehindACopyMeansEcho)
 {
     ask(WRITE);
     copyComes();
@@ -82,7 +83,7 @@ TEST_F(UnknownEchoTest, ARefusalBehindACopyShowsThatTheLinkEchoes)
     EXPECT_EQ(Ends{END_REFUSED}, ends());
 }
 
-TEST_F(UnknownEchoTest, ARefusalWithoutACopyShowsThatTheLinkReturnsNothing)
+TEST_F(UnknownEchoTest, RefusalWithoutCopyMeansNoEcho)
 {
     ask(WRITE);
     come(refusalOf(sent));
@@ -94,7 +95,7 @@ TEST_F(UnknownEchoTest, ARefusalWithoutACopyShowsThatTheLinkReturnsNothing)
 
 // Damaged copies.
 
-TEST_F(UnknownEchoTest, ADamagedCopyAheadOfTheAnswerLeavesItOpen)
+TEST_F(UnknownEchoTest, DamagedCopyLeavesTheEchoUnknown)
 {
     ask(WRITE);
     come(damaged(sent), REQUEST_TIME);
@@ -108,7 +109,7 @@ TEST_F(UnknownEchoTest, ADamagedCopyAheadOfTheAnswerLeavesItOpen)
     EXPECT_EQ(WRITE, nextSent());
 }
 
-TEST_F(UnknownEchoTest, ACopyThatLostBytesLeavesItOpen)
+TEST_F(UnknownEchoTest, ShortenedCopyLeavesTheEchoUnknown)
 {
     for (int left = 4; left < 8; ++left) {
         machine.linkOpened(now);
@@ -120,7 +121,7 @@ TEST_F(UnknownEchoTest, ACopyThatLostBytesLeavesItOpen)
     }
 }
 
-TEST_F(UnknownEchoTest, StrayBytesThatAreFewerAreNoCopy)
+TEST_F(UnknownEchoTest, FewStrayBytesAreNoDamagedCopy)
 {
     ask(WRITE);
     come(noise(3), REQUEST_TIME);
@@ -128,7 +129,7 @@ TEST_F(UnknownEchoTest, StrayBytesThatAreFewerAreNoCopy)
     EXPECT_EQ(ECHO_ABSENT, machine.echo());
 }
 
-TEST_F(UnknownEchoTest, ADamagedCopyLeavesItOpenWhateverComesBetweenItAndTheAnswer)
+TEST_F(UnknownEchoTest, DamagedCopyLeavesTheEchoUnknownWhateverFollows)
 {
     exchangeWithCopies(READ_LONG);
     const QByteArray doubled = answerTo(READ_LONG);
@@ -142,7 +143,7 @@ TEST_F(UnknownEchoTest, ADamagedCopyLeavesItOpenWhateverComesBetweenItAndTheAnsw
     EXPECT_TRUE(isFence);
 }
 
-TEST_F(UnknownEchoTest, WhereEveryCopyIsDamagedAReadIsAskedAndNoWrite)
+TEST_F(UnknownEchoTest, DamagedCopiesAllowReadsButNoWrite)
 {
     ask(READ_LONG);
     come(damaged(sent) + answerTo(sent));
@@ -162,9 +163,9 @@ TEST_F(UnknownEchoTest, WhereEveryCopyIsDamagedAReadIsAskedAndNoWrite)
     EXPECT_EQ(ECHO_UNKNOWN, machine.echo());
 }
 
-// Another link.
+// A link that is opened anew.
 
-TEST_F(UnknownEchoTest, OverAnOpenedLinkItIsNotKnownAnew)
+TEST_F(UnknownEchoTest, OpeningALinkMakesTheEchoUnknownAgain)
 {
     exchangeWithCopies(READ_LONG);
     EXPECT_EQ(ECHO_PRESENT, machine.echo());
@@ -176,7 +177,7 @@ TEST_F(UnknownEchoTest, OverAnOpenedLinkItIsNotKnownAnew)
     EXPECT_EQ(ECHO_ABSENT, machine.echo());
 }
 
-TEST_F(UnknownEchoTest, ACopyThatComesAfterAllShowsThatTheLinkEchoes)
+TEST_F(UnknownEchoTest, LaterCopyStillMeansEcho)
 {
     bringIntoStep();
     ASSERT_EQ(ECHO_ABSENT, machine.echo());
@@ -191,9 +192,9 @@ TEST_F(UnknownEchoTest, ACopyThatComesAfterAllShowsThatTheLinkEchoes)
     EXPECT_EQ(2u, ends().size());
 }
 
-// Broadcasts have no answer that a copy could be taken for.
+// Broadcasts have no answer, so their copy cannot be mistaken for one.
 
-TEST_F(UnknownEchoTest, ABroadcastIsSentAtOnceAndItsCopyIsNoAnswer)
+TEST_F(UnknownEchoTest, BroadcastIsSentAtOnceAndItsCopyIsIgnored)
 {
     for (const QByteArray& broadcast : {BROADCAST, LONG_BROADCAST}) {
         ended.clear();
@@ -206,7 +207,7 @@ TEST_F(UnknownEchoTest, ABroadcastIsSentAtOnceAndItsCopyIsNoAnswer)
     }
 }
 
-TEST_F(UnknownEchoTest, TheCopyOfABroadcastLeavesNoDoubtOfAStation)
+TEST_F(UnknownEchoTest, CopyOfABroadcastLeavesAllStationsInStep)
 {
     bringIntoStep();
     for (const QByteArray& broadcast : {BROADCAST, LONG_BROADCAST}) {

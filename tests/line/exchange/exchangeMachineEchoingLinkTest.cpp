@@ -1,6 +1,6 @@
 #include "echoFixture.h"
 
-// A link of which the caller knows that it echoes, or that it does not.
+// The caller knows whether the link echoes.
 
 /// The caller knows that the link echoes.
 class EchoingLinkTest : public EchoTest
@@ -12,7 +12,7 @@ protected:
     }
 };
 
-TEST_F(EchoingLinkTest, AWritesFirstCopyDoesNotConfirmIt)
+TEST_F(EchoingLinkTest, FirstCopyDoesNotConfirmAWrite)
 {
     EXPECT_EQ(WRITE, ask(WRITE));
     copyComes();
@@ -21,7 +21,7 @@ TEST_F(EchoingLinkTest, AWritesFirstCopyDoesNotConfirmIt)
     EXPECT_EQ(Ends{END_ANSWERED}, ends());
 }
 
-TEST_F(EchoingLinkTest, TheCopyAndTheAnswerMayComeTogether)
+TEST_F(EchoingLinkTest, CopyAndAnswerMayComeInOnePiece)
 {
     ask(WRITE);
     come(WRITE + WRITE);
@@ -29,7 +29,7 @@ TEST_F(EchoingLinkTest, TheCopyAndTheAnswerMayComeTogether)
     EXPECT_EQ(OTHER_WRITE, ask(OTHER_WRITE));
 }
 
-TEST_F(EchoingLinkTest, AWriteOfSeveralRegistersIsConfirmedBehindItsCopy)
+TEST_F(EchoingLinkTest, WriteOfSeveralRegistersIsConfirmedBehindItsCopy)
 {
     ask(LONG_WRITE);
     copyComes();
@@ -39,7 +39,7 @@ TEST_F(EchoingLinkTest, AWriteOfSeveralRegistersIsConfirmedBehindItsCopy)
     EXPECT_EQ(OTHER_WRITE, ask(OTHER_WRITE));
 }
 
-TEST_F(EchoingLinkTest, AWriteWhoseCopyAloneComesIsNotConfirmed)
+TEST_F(EchoingLinkTest, CopyAloneDoesNotConfirmAWrite)
 {
     ask(WRITE);
     copyComes();
@@ -48,7 +48,7 @@ TEST_F(EchoingLinkTest, AWriteWhoseCopyAloneComesIsNotConfirmed)
     EXPECT_NE(END_ANSWERED, ends().back());
 }
 
-TEST_F(EchoingLinkTest, AWriteWhoseCopyIsDamagedIsNotConfirmedByTheFirstWholeOne)
+TEST_F(EchoingLinkTest, FirstWholeEchoBehindADamagedCopyDoesNotConfirmAWrite)
 {
     ask(WRITE);
     come(damaged(WRITE), REQUEST_TIME);
@@ -63,7 +63,7 @@ TEST_F(EchoingLinkTest, AWriteWhoseCopyIsDamagedIsNotConfirmedByTheFirstWholeOne
     EXPECT_EQ(WRITE, nextSent());
 }
 
-TEST_F(EchoingLinkTest, ARefusalBehindTheCopyIsTheWritesEnd)
+TEST_F(EchoingLinkTest, RefusalBehindTheCopyEndsTheWrite)
 {
     ask(WRITE);
     copyComes();
@@ -71,7 +71,7 @@ TEST_F(EchoingLinkTest, ARefusalBehindTheCopyIsTheWritesEnd)
     EXPECT_EQ(Ends{END_REFUSED}, ends());
 }
 
-TEST_F(EchoingLinkTest, TheCopyOfAReadIsNoiseOfNoKind)
+TEST_F(EchoingLinkTest, CopyOfAReadCausesNoDoubt)
 {
     for (int i = 0; i < 10; ++i) {
         const QByteArray request = readOf(3000, 10 + i);
@@ -82,7 +82,7 @@ TEST_F(EchoingLinkTest, TheCopyOfAReadIsNoiseOfNoKind)
     }
 }
 
-TEST_F(EchoingLinkTest, AStationThatSaysNothingBehindTheCopyIsSilent)
+TEST_F(EchoingLinkTest, StationWithoutAnswerBehindTheCopyIsSilent)
 {
     for (const QByteArray& request : {READ_LONG, LONG_WRITE, WRITE}) {
         bringIntoStep();
@@ -93,7 +93,7 @@ TEST_F(EchoingLinkTest, AStationThatSaysNothingBehindTheCopyIsSilent)
     }
 }
 
-TEST_F(EchoingLinkTest, ASilentStationsFenceIsSentOnceThoughItsCopyComes)
+TEST_F(EchoingLinkTest, FenceToASilentStationIsSentOnceDespiteItsCopy)
 {
     machine.linkOpened(now);
     ask(READ_LONG);
@@ -103,7 +103,7 @@ TEST_F(EchoingLinkTest, ASilentStationsFenceIsSentOnceThoughItsCopyComes)
     EXPECT_EQ(Ends{END_SILENT}, ends());
 }
 
-TEST_F(EchoingLinkTest, NoiseBehindTheCopyIsHeard)
+TEST_F(EchoingLinkTest, NoiseBehindTheCopyIsNotSilence)
 {
     ask(READ_LONG);
     copyComes();
@@ -112,9 +112,9 @@ TEST_F(EchoingLinkTest, NoiseBehindTheCopyIsHeard)
     EXPECT_EQ(Ends{END_UNUSABLE}, ends());
 }
 
-// A link that stalls returns copies when their requests have timed out.
+// A link that stalls returns the copy of a request after the request has timed out.
 
-TEST_F(EchoingLinkTest, AWritesCopyThatComesBehindTheNextFenceDoesNotConfirmIt)
+TEST_F(EchoingLinkTest, CopyBehindTheNextFenceDoesNotConfirmAWrite)
 {
     ask(WRITE);
     waitInVain();
@@ -132,7 +132,7 @@ TEST_F(EchoingLinkTest, AWritesCopyThatComesBehindTheNextFenceDoesNotConfirmIt)
     EXPECT_EQ(Ends({END_SILENT, END_ANSWERED}), ends());
 }
 
-TEST_F(EchoingLinkTest, AWritesCopyThatComesWhileItsSilenceIsKeptDoesNotConfirmIt)
+TEST_F(EchoingLinkTest, CopyInTheSilentIntervalDoesNotConfirmAWrite)
 {
     ask(WRITE);
     waitInVain();
@@ -143,7 +143,7 @@ TEST_F(EchoingLinkTest, AWritesCopyThatComesWhileItsSilenceIsKeptDoesNotConfirmI
     EXPECT_TRUE(isFence);
 }
 
-TEST_F(EchoingLinkTest, AWritesLateEchoBehindItsCopyConfirmsIt)
+TEST_F(EchoingLinkTest, LateEchoBehindTheCopyConfirmsAWrite)
 {
     ask(WRITE);
     copyComes();
@@ -155,7 +155,7 @@ TEST_F(EchoingLinkTest, AWritesLateEchoBehindItsCopyConfirmsIt)
     EXPECT_EQ(END_ANSWERED, ends().back());
 }
 
-TEST_F(EchoingLinkTest, AWritesLateCopyDoesNotShowThatItsStationAnswered)
+TEST_F(EchoingLinkTest, LateCopyDoesNotCountAsTheStationsAnswer)
 {
     bringIntoStep(2);
     ask(WRITE);
@@ -169,7 +169,7 @@ TEST_F(EchoingLinkTest, AWritesLateCopyDoesNotShowThatItsStationAnswered)
     EXPECT_TRUE(isFence);
 }
 
-/// The caller knows that the link returns nothing.
+/// The caller knows that the link does not echo.
 class EcholessLinkTest : public EchoTest
 {
 protected:
@@ -179,14 +179,14 @@ protected:
     }
 };
 
-TEST_F(EcholessLinkTest, AWritesFirstCopyIsItsAnswer)
+TEST_F(EcholessLinkTest, FirstCopyOfAWriteIsItsAnswer)
 {
     ask(WRITE);
     come(WRITE);
     EXPECT_EQ(Ends{END_ANSWERED}, ends());
 }
 
-TEST_F(EcholessLinkTest, TheCopyOfAReadChangesNothing)
+TEST_F(EcholessLinkTest, CopyOfAReadHasNoEffect)
 {
     ask(READ_LONG);
     copyComes();

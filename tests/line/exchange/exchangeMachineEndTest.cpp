@@ -1,19 +1,19 @@
 #include "exchangeMachineFixture.h"
 
-// What is told of an exchange that is over, and the waits that chatter must not keep from ending.
+// The entries of takeEnded(), and the deadlines that chatter must not extend.
 
 class ExchangeMachineEndTest : public InStepTest
 {
 };
 
-TEST_F(ExchangeMachineEndTest, AnAnswersTimeCountsFromTheRequestsEnd)
+TEST_F(ExchangeMachineEndTest, ReplyTimeCountsFromTheEndOfTheRequest)
 {
     ask(READ_A);
     come(REPLY, 5000);
     EXPECT_EQ(5000 - REQUEST_TIME, last().replyTime);
 }
 
-TEST_F(ExchangeMachineEndTest, AnAnswerInPiecesIsThereWithItsLastByte)
+TEST_F(ExchangeMachineEndTest, ReplyTimeOfAnAnswerInPiecesEndsWithItsLastByte)
 {
     ask(READ_A);
     come(REPLY.left(4), 4000);
@@ -21,7 +21,7 @@ TEST_F(ExchangeMachineEndTest, AnAnswerInPiecesIsThereWithItsLastByte)
     EXPECT_EQ(5500 - REQUEST_TIME, last().replyTime);
 }
 
-TEST_F(ExchangeMachineEndTest, ARefusalHasATimeToo)
+TEST_F(ExchangeMachineEndTest, RefusalHasAReplyTime)
 {
     ask(READ_A);
     come(REFUSAL, 4000);
@@ -29,7 +29,7 @@ TEST_F(ExchangeMachineEndTest, ARefusalHasATimeToo)
     EXPECT_EQ(REFUSAL, last().reply);
 }
 
-TEST_F(ExchangeMachineEndTest, OfSilenceNothingIsTold)
+TEST_F(ExchangeMachineEndTest, SilentEndHasNoReplyAndNoTime)
 {
     ask(READ_A);
     waitInVain();
@@ -38,7 +38,7 @@ TEST_F(ExchangeMachineEndTest, OfSilenceNothingIsTold)
     EXPECT_TRUE(last().reply.isEmpty());
 }
 
-TEST_F(ExchangeMachineEndTest, NoiseIsHeardButIsNoAnswer)
+TEST_F(ExchangeMachineEndTest, NoiseWithoutAnswerEndsUnusable)
 {
     ask(READ_A);
     come(REPLY.left(8));
@@ -48,7 +48,7 @@ TEST_F(ExchangeMachineEndTest, NoiseIsHeardButIsNoAnswer)
     EXPECT_TRUE(last().reply.isEmpty());
 }
 
-TEST_F(ExchangeMachineEndTest, NoiseBeforeARequestIsNotHeardOfTheNextOne)
+TEST_F(ExchangeMachineEndTest, NoiseBeforeARequestDoesNotCountForIt)
 {
     ask(READ_A);
     come(REPLY + noise());
@@ -57,7 +57,7 @@ TEST_F(ExchangeMachineEndTest, NoiseBeforeARequestIsNotHeardOfTheNextOne)
     EXPECT_EQ(Ends({END_ANSWERED, END_SILENT}), ends());
 }
 
-TEST_F(ExchangeMachineEndTest, ABroadcastHasNoAnswer)
+TEST_F(ExchangeMachineEndTest, BroadcastEndHasNoReply)
 {
     ask(BROADCAST);
     waitInVain();
@@ -66,7 +66,7 @@ TEST_F(ExchangeMachineEndTest, ABroadcastHasNoAnswer)
     EXPECT_TRUE(last().wasSent);
 }
 
-TEST_F(ExchangeMachineEndTest, AnEndIsToldOfOnce)
+TEST_F(ExchangeMachineEndTest, EachEndIsTakenOnce)
 {
     ask(READ_A);
     machine.received(REPLY, now + ANSWERED);
@@ -76,7 +76,7 @@ TEST_F(ExchangeMachineEndTest, AnEndIsToldOfOnce)
     EXPECT_TRUE(machine.takeEnded().empty());
 }
 
-TEST_F(ExchangeMachineEndTest, AnEndNamesItsStation)
+TEST_F(ExchangeMachineEndTest, EndNamesItsStation)
 {
     bringIntoStep(247);
     exchange(readOf(3000, 2, 247));
@@ -88,15 +88,15 @@ TEST_F(ExchangeMachineEndTest, AnEndNamesItsStation)
     EXPECT_EQ(0, last().station);
 }
 
-// Whether the request itself went out, at this attempt or an earlier one.
+// wasSent: the request itself went out, in this attempt or an earlier one.
 
-TEST_F(ExchangeMachineEndTest, ARequestThatIsAnsweredWasSent)
+TEST_F(ExchangeMachineEndTest, AnsweredRequestWasSent)
 {
     exchange(READ_A);
     EXPECT_TRUE(last().wasSent);
 }
 
-TEST_F(ExchangeMachineEndTest, ARequestBehindUnansweredFencesWasNotSent)
+TEST_F(ExchangeMachineEndTest, RequestBehindUnansweredFencesWasNotSent)
 {
     come(noise());
     ask(READ_A);
@@ -106,7 +106,7 @@ TEST_F(ExchangeMachineEndTest, ARequestBehindUnansweredFencesWasNotSent)
     EXPECT_FALSE(last().wasSent);
 }
 
-TEST_F(ExchangeMachineEndTest, ARequestThatWentOutAtAnEarlierAttemptWasSent)
+TEST_F(ExchangeMachineEndTest, RequestOfAnEarlierAttemptWasSent)
 {
     ask(READ_A);
     waitInVain();
@@ -117,7 +117,7 @@ TEST_F(ExchangeMachineEndTest, ARequestThatWentOutAtAnEarlierAttemptWasSent)
     EXPECT_TRUE(last().wasSent);
 }
 
-TEST_F(ExchangeMachineEndTest, WhatAnotherRequestSentIsNotThisOnes)
+TEST_F(ExchangeMachineEndTest, EarlierRequestDoesNotMakeThisOneSent)
 {
     ask(READ_A);
     waitInVain();
@@ -126,7 +126,7 @@ TEST_F(ExchangeMachineEndTest, WhatAnotherRequestSentIsNotThisOnes)
     EXPECT_FALSE(last().wasSent);
 }
 
-TEST_F(ExchangeMachineEndTest, AFenceOfTheCallersBetweenTwoAttemptsChangesNothingInThat)
+TEST_F(ExchangeMachineEndTest, CallersFenceBetweenAttemptsKeepsWasSent)
 {
     ask(READ_A);
     waitInVain();
@@ -138,7 +138,7 @@ TEST_F(ExchangeMachineEndTest, AFenceOfTheCallersBetweenTwoAttemptsChangesNothin
     EXPECT_TRUE(last().wasSent);
 }
 
-TEST_F(ExchangeMachineEndTest, ChatterWithoutEndAheadOfARequestCountsAsNoAnswer)
+TEST_F(ExchangeMachineEndTest, EndlessChatterBeforeARequestEndsUnusable)
 {
     come(noise());
     const qint64 startedAt = now;
@@ -151,7 +151,7 @@ TEST_F(ExchangeMachineEndTest, ChatterWithoutEndAheadOfARequestCountsAsNoAnswer)
     EXPECT_FALSE(last().wasSent);
 }
 
-TEST_F(ExchangeMachineEndTest, ChatterWithoutEndEndsEachAttempt)
+TEST_F(ExchangeMachineEndTest, EndlessChatterEndsEachAttempt)
 {
     come(noise());
     const qint64 startedAt = now;
@@ -163,7 +163,7 @@ TEST_F(ExchangeMachineEndTest, ChatterWithoutEndEndsEachAttempt)
     EXPECT_LE(now, startedAt + 3 * (ANSWER + SILENCE + 1500));
 }
 
-TEST_F(ExchangeMachineEndTest, WhenTheChatterEndsWhatIsDueGoesOut)
+TEST_F(ExchangeMachineEndTest, RequestGoesOutWhenTheChatterEnds)
 {
     machine.start(READ_A, false, now);
     for (int i = 0; i < 10; ++i) {
@@ -176,7 +176,7 @@ TEST_F(ExchangeMachineEndTest, WhenTheChatterEndsWhatIsDueGoesOut)
     EXPECT_TRUE(ends().empty());
 }
 
-TEST_F(ExchangeMachineEndTest, AReplyBehindAHundredThousandBytesOfChatterIsTaken)
+TEST_F(ExchangeMachineEndTest, ReplyBehindAHundredThousandBytesOfChatterIsTaken)
 {
     ask(READ_A);
     for (int i = 0; i < 1000; ++i)
@@ -185,14 +185,14 @@ TEST_F(ExchangeMachineEndTest, AReplyBehindAHundredThousandBytesOfChatterIsTaken
     EXPECT_EQ(REPLY, last().reply);
 }
 
-TEST_F(ExchangeMachineEndTest, AReplyBehindChatterInOnePieceIsTaken)
+TEST_F(ExchangeMachineEndTest, ReplyBehindChatterInOnePieceIsTaken)
 {
     ask(READ_A);
     come(noise(100000) + REPLY);
     EXPECT_EQ(REPLY, last().reply);
 }
 
-TEST_F(ExchangeMachineEndTest, TheLongestReplyBehindChatterIsTakenByteByByte)
+TEST_F(ExchangeMachineEndTest, LongestReplyBehindChatterIsTakenByteByByte)
 {
     // 125 registers of 0, by pymodbus' computeCRC.
     const QByteArray reply = fromHex("0103FA") + QByteArray(250, '\0') + fromHex("08E8");
@@ -205,14 +205,14 @@ TEST_F(ExchangeMachineEndTest, TheLongestReplyBehindChatterIsTakenByteByByte)
     EXPECT_EQ(reply, last().reply);
 }
 
-TEST_F(ExchangeMachineEndTest, AReplyJustBeforeItsDeadlineIsTaken)
+TEST_F(ExchangeMachineEndTest, ReplyJustBeforeItsDeadlineIsTaken)
 {
     ask(READ_A);
     come(REPLY, REQUEST_TIME + WAIT - 1);
     EXPECT_EQ(Ends{END_ANSWERED}, ends());
 }
 
-TEST_F(ExchangeMachineEndTest, AReplyBehindItsDeadlineIsLate)
+TEST_F(ExchangeMachineEndTest, ReplyAfterItsDeadlineIsLate)
 {
     ask(READ_A);
     waitInVain();
@@ -221,9 +221,9 @@ TEST_F(ExchangeMachineEndTest, AReplyBehindItsDeadlineIsLate)
     EXPECT_TRUE(last().reply.isEmpty());
 }
 
-// At its deadline an answer may be half there. It is waited for as long as its bytes follow.
+// At its deadline an answer may have come in part. The machine waits as long as its bytes follow.
 
-TEST_F(ExchangeMachineEndTest, AReplyThatHasBegunAtItsDeadlineIsTakenWhole)
+TEST_F(ExchangeMachineEndTest, ReplyThatBeganBeforeItsDeadlineIsTakenWhole)
 {
     ask(READ_A);
     come(REPLY.left(6), REQUEST_TIME + WAIT - 100);
@@ -233,7 +233,7 @@ TEST_F(ExchangeMachineEndTest, AReplyThatHasBegunAtItsDeadlineIsTakenWhole)
     EXPECT_EQ(REPLY, last().reply);
 }
 
-TEST_F(ExchangeMachineEndTest, AReplyThatBreaksOffAtItsDeadlineIsGivenUpAfterASilence)
+TEST_F(ExchangeMachineEndTest, ReplyThatBreaksOffAtItsDeadlineEndsAfterASilence)
 {
     ask(READ_A);
     come(REPLY.left(6), REQUEST_TIME + WAIT - 100);
@@ -243,7 +243,7 @@ TEST_F(ExchangeMachineEndTest, AReplyThatBreaksOffAtItsDeadlineIsGivenUpAfterASi
     EXPECT_EQ(brokeOffAt + SILENCE, now);
 }
 
-TEST_F(ExchangeMachineEndTest, NothingIsSentIntoTheRestOfAnAnswer)
+TEST_F(ExchangeMachineEndTest, NothingIsSentDuringTheRestOfAnAnswer)
 {
     ask(READ_A);
     come(REPLY.left(6), REQUEST_TIME + WAIT - 100);

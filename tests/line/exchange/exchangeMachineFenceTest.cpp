@@ -3,8 +3,8 @@
 #include <set>
 #include <string>
 
-// What brings a station into step: a fence is a read whose length no reply that may come has, and
-// its answer shows that all that was asked before is answered or lost.
+// Fences bring a station into step. A fence is a read. Its length differs from the length of every
+// reply that may still come. So its answer shows that each earlier request is answered or lost.
 
 namespace {
 
@@ -16,7 +16,7 @@ bool isReadRequest(const QByteArray& request)
     return function == READ_HOLDING || function == READ_INPUT;
 }
 
-/// Station, function and number of data bytes.
+/// The signature of the answer to a read: station, function and number of data bytes.
 std::string lengthOf(const QByteArray& request)
 {
     return answerTo(request).left(3).toHex().toStdString();
@@ -24,7 +24,7 @@ std::string lengthOf(const QByteArray& request)
 
 } // namespace
 
-/// A link was just opened.
+/// The link was just opened.
 class ExchangeMachineFenceTest : public ExchangeMachineTest
 {
 protected:
@@ -34,7 +34,7 @@ protected:
     }
 };
 
-TEST_F(ExchangeMachineFenceTest, TheFirstThingOverAnOpenedLinkIsAFence)
+TEST_F(ExchangeMachineFenceTest, FirstFrameOnAnOpenedLinkIsAFence)
 {
     EXPECT_NE(READ_A, ask(READ_A));
     EXPECT_TRUE(isFence);
@@ -43,7 +43,7 @@ TEST_F(ExchangeMachineFenceTest, TheFirstThingOverAnOpenedLinkIsAFence)
     EXPECT_EQ(frameWith(sent.left(6)), sent);
 }
 
-TEST_F(ExchangeMachineFenceTest, TheRequestFollowsTheFencesAnswer)
+TEST_F(ExchangeMachineFenceTest, RequestFollowsTheFencesAnswer)
 {
     ask(READ_A);
     answer();
@@ -56,7 +56,7 @@ TEST_F(ExchangeMachineFenceTest, TheRequestFollowsTheFencesAnswer)
     EXPECT_EQ(Ends{END_ANSWERED}, fenceEnds());
 }
 
-TEST_F(ExchangeMachineFenceTest, BehindItsFirstFenceAStationIsAskedWithoutOne)
+TEST_F(ExchangeMachineFenceTest, NoFurtherFenceAfterTheFirstFencesAnswer)
 {
     exchange(READ_A);
     EXPECT_EQ(READ_LONG, ask(READ_LONG));
@@ -64,7 +64,7 @@ TEST_F(ExchangeMachineFenceTest, BehindItsFirstFenceAStationIsAskedWithoutOne)
     EXPECT_EQ(WRITE, ask(WRITE));
 }
 
-TEST_F(ExchangeMachineFenceTest, EachStationHasAFenceOfItsOwn)
+TEST_F(ExchangeMachineFenceTest, EachStationHasItsOwnFence)
 {
     exchange(READ_A);
     ask(readOf(3000, 70, 2));
@@ -75,7 +75,7 @@ TEST_F(ExchangeMachineFenceTest, EachStationHasAFenceOfItsOwn)
     EXPECT_EQ(READ_LONG, ask(READ_LONG));
 }
 
-TEST_F(ExchangeMachineFenceTest, NoFenceHasTheLengthOfTheRequestBehindIt)
+TEST_F(ExchangeMachineFenceTest, FenceDiffersFromTheRequestBehindIt)
 {
     for (int registers : {1, 2, 7, 30, 48, int(MOST_REGISTERS)}) {
         const QByteArray request = readOf(4000, registers);
@@ -91,7 +91,7 @@ TEST_F(ExchangeMachineFenceTest, NoFenceHasTheLengthOfTheRequestBehindIt)
     }
 }
 
-TEST_F(ExchangeMachineFenceTest, NoFenceHasALengthThatIsOutstanding)
+TEST_F(ExchangeMachineFenceTest, FenceDiffersFromOutstandingLengths)
 {
     exchange(READ_LONG);
     ask(READ_A);
@@ -102,7 +102,7 @@ TEST_F(ExchangeMachineFenceTest, NoFenceHasALengthThatIsOutstanding)
     }
 }
 
-TEST_F(ExchangeMachineFenceTest, NoFenceHasALengthThatCameUnasked)
+TEST_F(ExchangeMachineFenceTest, FenceDiffersFromUnaskedLengths)
 {
     exchange(READ_A);
     for (int registers = 1; registers <= 8; ++registers) {
@@ -115,7 +115,7 @@ TEST_F(ExchangeMachineFenceTest, NoFenceHasALengthThatCameUnasked)
     }
 }
 
-TEST_F(ExchangeMachineFenceTest, WhenAllEntriesAreTakenTheNewestFenceIsSentAgain)
+TEST_F(ExchangeMachineFenceTest, FullOrderSendsTheNewestFenceAgain)
 {
     std::vector<QByteArray> fences = {ask(READ_A)};
     while (fences.size() < MOST_OUTSTANDING + 5)
@@ -126,7 +126,7 @@ TEST_F(ExchangeMachineFenceTest, WhenAllEntriesAreTakenTheNewestFenceIsSentAgain
         EXPECT_EQ(newest, fences[i]) << i;
 }
 
-TEST_F(ExchangeMachineFenceTest, AFenceThatWasSentAgainMakesRoomForOneThatWasNot)
+TEST_F(ExchangeMachineFenceTest, AnswerToARepeatedFenceFreesTheOrder)
 {
     for (int i = 0; i < MOST_OUTSTANDING; ++i) {
         ask(READ_A);
@@ -140,14 +140,14 @@ TEST_F(ExchangeMachineFenceTest, AFenceThatWasSentAgainMakesRoomForOneThatWasNot
     EXPECT_EQ(READ_A, nextSent());
 }
 
-TEST_F(ExchangeMachineFenceTest, AnUnansweredFenceIsFollowedByOneOfAnotherLength)
+TEST_F(ExchangeMachineFenceTest, UnansweredFenceIsFollowedByAnotherLength)
 {
     const QByteArray first = ask(WRITE);
     const QByteArray second = nextFence();
     EXPECT_NE(lengthOf(first), lengthOf(second));
 }
 
-TEST_F(ExchangeMachineFenceTest, TheAnswerToAnEarlierFenceDoesNotLetTheRequestOut)
+TEST_F(ExchangeMachineFenceTest, AnswerToAnEarlierFenceDoesNotReleaseTheRequest)
 {
     const QByteArray first = ask(READ_A);
     const QByteArray second = nextFence();
@@ -158,7 +158,7 @@ TEST_F(ExchangeMachineFenceTest, TheAnswerToAnEarlierFenceDoesNotLetTheRequestOu
     EXPECT_EQ(Ends({END_SILENT, END_ANSWERED, END_ANSWERED}), fenceEnds());
 }
 
-TEST_F(ExchangeMachineFenceTest, TheNewestFenceIsAwaitedAnewBehindTheAnswerToAnEarlierOne)
+TEST_F(ExchangeMachineFenceTest, AnswerToAnEarlierFenceExtendsTheWaitForTheNewest)
 {
     const QByteArray first = ask(READ_A);
     const QByteArray second = nextFence();
@@ -169,7 +169,7 @@ TEST_F(ExchangeMachineFenceTest, TheNewestFenceIsAwaitedAnewBehindTheAnswerToAnE
     EXPECT_EQ(READ_A, nextSent());
 }
 
-TEST_F(ExchangeMachineFenceTest, TheAnswerToTheNewestFenceIsEnough)
+TEST_F(ExchangeMachineFenceTest, AnswerToTheNewestFenceReleasesTheRequest)
 {
     ask(READ_A);
     nextFence();
@@ -178,7 +178,7 @@ TEST_F(ExchangeMachineFenceTest, TheAnswerToTheNewestFenceIsEnough)
     EXPECT_EQ(READ_A, nextSent());
 }
 
-TEST_F(ExchangeMachineFenceTest, AFenceIsAlwaysARead)
+TEST_F(ExchangeMachineFenceTest, FenceIsAlwaysARead)
 {
     exchange(WRITE);
     exchange(frameWith(fromHex("0110000100020400"
@@ -190,9 +190,9 @@ TEST_F(ExchangeMachineFenceTest, AFenceIsAlwaysARead)
     }
 }
 
-// Where a fence asks.
+// The place that a fence reads from.
 
-TEST_F(ExchangeMachineFenceTest, ARefusedFenceShowsThatAllBeforeItIsOver)
+TEST_F(ExchangeMachineFenceTest, RefusedFenceBringsTheStationIntoStep)
 {
     ask(WRITE);
     come(refusalOf(sent));
@@ -200,11 +200,11 @@ TEST_F(ExchangeMachineFenceTest, ARefusedFenceShowsThatAllBeforeItIsOver)
     EXPECT_EQ(WRITE, nextSent());
 }
 
-TEST_F(ExchangeMachineFenceTest, ARefusedFenceIsFollowedByOneThatAsksElsewhere)
+TEST_F(ExchangeMachineFenceTest, RefusedFenceIsFollowedByAnotherPlace)
 {
     const QByteArray first = ask(READ_A);
     ASSERT_EQ(READ_HOLDING, byteOf(first, 1));
-    come(refusalOf(first)); // may come again, and look like that of READ_A
+    come(refusalOf(first)); // may come again, and would look like a refusal of READ_A
     nextSent();
     EXPECT_TRUE(isFence);
     EXPECT_EQ(READ_INPUT, byteOf(sent, 1));
@@ -212,7 +212,7 @@ TEST_F(ExchangeMachineFenceTest, ARefusedFenceIsFollowedByOneThatAsksElsewhere)
     EXPECT_EQ(READ_A, nextSent());
 }
 
-TEST_F(ExchangeMachineFenceTest, AStationThatRefusesEveryFenceIsAskedAllTheSame)
+TEST_F(ExchangeMachineFenceTest, StationThatRefusesEveryFenceStillGetsTheRequest)
 {
     ask(READ_A);
     int fences = 0;
@@ -224,7 +224,7 @@ TEST_F(ExchangeMachineFenceTest, AStationThatRefusesEveryFenceIsAskedAllTheSame)
     EXPECT_EQ(READ_A, sent);
 }
 
-TEST_F(ExchangeMachineFenceTest, WhereTheStationAnsweredAReadIsThePlaceBehindTwoFailures)
+TEST_F(ExchangeMachineFenceTest, FenceReadsFromAServedPlaceAfterTwoFailures)
 {
     exchange(readOf(4500, 3));
     machine.linkOpened(now);

@@ -6,21 +6,21 @@
 #include <ostream>
 #include <string>
 
-// A network link whose peer passes the requests on over a serial line that the host knows nothing
-// of: one after the other, each for as long as that line takes.
+// A network link whose peer is a gateway. The gateway passes the requests on over a serial line,
+// one after the other. The host does not know the speed of that line.
 
 namespace {
 
 enum {
     EXCHANGES = 10000,
-    ALL = EXCHANGES - 10, ///< but for those that the machine learns from
+    ALL = EXCHANGES - 10, ///< without the first exchanges, from which the machine learns
     MOST = EXCHANGES * 9 / 10,
     MS = 1000,
     TIME_OUT = 500 * MS,
     TURNAROUND = 5 * MS,
     DOWN_TIME = 50 * MS,
     CHARACTER_BITS = 10,
-    PIECE = 16 ///< bytes that are passed on together, where the peer waits for no whole frame
+    PIECE = 16 ///< bytes in one piece from a peer that does not wait for whole frames
 };
 
 struct GatewayCase
@@ -31,8 +31,8 @@ struct GatewayCase
     int attempts;
     int leastAnswered;
     bool inPieces = false;
-    double lost = 0;        ///< share of requests, and of answers
-    int reconnectEvery = 0; ///< so many requests
+    double lost = 0;        ///< share of requests that are lost, and of answers
+    int reconnectEvery = 0; ///< number of requests between two reconnects; 0: no reconnect
 };
 
 void PrintTo(const GatewayCase& one, std::ostream* out)
@@ -44,7 +44,7 @@ const std::vector<QByteArray> LONG_ONES = {readOf(3000, 125), readOf(3125, 125)}
 const std::vector<QByteArray> MIXED = {readOf(3000, 125), readOf(3125, 60), readOf(3200, 125),
                                        readOf(3400, 2),   readOf(3402, 60), readOf(3500, 2)};
 
-/// The other end of the link, and the line behind it.
+/// The gateway at the other end of the link, and the serial line behind it.
 class Gateway : public OrderlyPeer
 {
 public:

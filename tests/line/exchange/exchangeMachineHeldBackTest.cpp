@@ -1,8 +1,8 @@
 #include "exchangeMachineFixture.h"
 
-// A request behind fences that are not answered, and fences that the caller asks for.
+// Requests that wait behind unanswered fences, and fences that the caller starts.
 
-/// A link was just opened.
+/// The link was just opened.
 class ExchangeMachineHeldBackTest : public ExchangeMachineTest
 {
 protected:
@@ -12,7 +12,7 @@ protected:
     }
 };
 
-TEST_F(ExchangeMachineHeldBackTest, IntoSilenceOneFenceIsSentForARequest)
+TEST_F(ExchangeMachineHeldBackTest, OneFenceIsSentForARequestToASilentStation)
 {
     ask(READ_A);
     EXPECT_EQ(0, waitInVain());
@@ -20,7 +20,7 @@ TEST_F(ExchangeMachineHeldBackTest, IntoSilenceOneFenceIsSentForARequest)
     EXPECT_EQ(Ends{END_SILENT}, fenceEnds());
 }
 
-TEST_F(ExchangeMachineHeldBackTest, WhereSomethingIsHeardFourFencesAreSentForARequest)
+TEST_F(ExchangeMachineHeldBackTest, FourFencesAreSentWhenBytesAreHeard)
 {
     ask(READ_A);
     come(noise());
@@ -29,7 +29,7 @@ TEST_F(ExchangeMachineHeldBackTest, WhereSomethingIsHeardFourFencesAreSentForARe
     EXPECT_EQ(Ends({END_UNUSABLE, END_UNUSABLE, END_UNUSABLE, END_UNUSABLE}), fenceEnds());
 }
 
-TEST_F(ExchangeMachineHeldBackTest, ALineThatAddsBytesBehindEachFenceEndsTheRequest)
+TEST_F(ExchangeMachineHeldBackTest, BytesBehindEachFencesAnswerEndTheRequest)
 {
     ask(READ_A);
     int fences = 0;
@@ -43,9 +43,9 @@ TEST_F(ExchangeMachineHeldBackTest, ALineThatAddsBytesBehindEachFenceEndsTheRequ
     EXPECT_LT(fences, 10);
 }
 
-// A fence that the caller asks for.
+// Fences that the caller starts.
 
-TEST_F(ExchangeMachineHeldBackTest, AFenceAloneTellsThatItsStationIsThere)
+TEST_F(ExchangeMachineHeldBackTest, CallersFenceTellsThatTheStationIsThere)
 {
     machine.startFence(5, 0, now);
     EXPECT_FALSE(machine.isFree());
@@ -60,7 +60,7 @@ TEST_F(ExchangeMachineHeldBackTest, AFenceAloneTellsThatItsStationIsThere)
     EXPECT_EQ(readOf(3000, 70, 5), ask(readOf(3000, 70, 5)));
 }
 
-TEST_F(ExchangeMachineHeldBackTest, ARefusalShowsAsWellThatTheStationIsThere)
+TEST_F(ExchangeMachineHeldBackTest, RefusedFenceTellsThatTheStationIsThere)
 {
     machine.startFence(5, 0, now);
     nextSent();
@@ -69,7 +69,7 @@ TEST_F(ExchangeMachineHeldBackTest, ARefusalShowsAsWellThatTheStationIsThere)
     EXPECT_TRUE(machine.isFree());
 }
 
-TEST_F(ExchangeMachineHeldBackTest, AFenceAloneIsSentOnceIntoSilence)
+TEST_F(ExchangeMachineHeldBackTest, CallersFenceIsSentOnceToASilentStation)
 {
     machine.startFence(5, 0, now);
     nextSent();
@@ -78,7 +78,7 @@ TEST_F(ExchangeMachineHeldBackTest, AFenceAloneIsSentOnceIntoSilence)
     EXPECT_EQ(Ends{END_SILENT}, fenceEnds());
 }
 
-TEST_F(ExchangeMachineHeldBackTest, AFenceAloneIsAwaitedForAsLongAsTheCallerSays)
+TEST_F(ExchangeMachineHeldBackTest, CallersFenceHasTheCallersTimeOut)
 {
     machine.startFence(5, 300000, now);
     nextSent();
@@ -88,7 +88,7 @@ TEST_F(ExchangeMachineHeldBackTest, AFenceAloneIsAwaitedForAsLongAsTheCallerSays
     EXPECT_EQ(Ends{END_ANSWERED}, fenceEnds());
 }
 
-TEST_F(ExchangeMachineHeldBackTest, AFenceAloneOnALineThatIsNeverSilentEndsAsAFence)
+TEST_F(ExchangeMachineHeldBackTest, CallersFenceOnANeverSilentLineEndsAsAFence)
 {
     come(noise());
     machine.startFence(5, 0, now);
@@ -99,9 +99,9 @@ TEST_F(ExchangeMachineHeldBackTest, AFenceAloneOnALineThatIsNeverSilentEndsAsAFe
     EXPECT_TRUE(machine.isFree());
 }
 
-// A late answer may end a request while its fence is still out.
+// A late answer may end a request while its fence is outstanding.
 
-TEST_F(ExchangeMachineHeldBackTest, TheNextRequestWaitsForTheFenceThatIsStillOut)
+TEST_F(ExchangeMachineHeldBackTest, NextRequestWaitsForTheOutstandingFence)
 {
     exchange(READ_LONG);
     ask(READ_A);
@@ -116,7 +116,7 @@ TEST_F(ExchangeMachineHeldBackTest, TheNextRequestWaitsForTheFenceThatIsStillOut
     EXPECT_EQ(WRITE, nextSent());
 }
 
-TEST_F(ExchangeMachineHeldBackTest, ARequestToAnotherStationOutlivesTheFenceThatIsStillOut)
+TEST_F(ExchangeMachineHeldBackTest, RequestToAnotherStationSurvivesTheOutstandingFence)
 {
     bringIntoStep(2);
     exchange(READ_LONG);

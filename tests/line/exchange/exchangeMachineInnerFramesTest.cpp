@@ -1,7 +1,7 @@
 #include "exchangeMachineFixture.h"
 
-// Registers may hold the bytes of a frame, as those do in which a controller keeps what its port
-// received. An answer with such data is one answer, however its bytes come.
+// Registers may hold the bytes of a frame, for example where a controller stores frames that its
+// port received. An answer with such data is one answer, in whatever pieces its bytes come.
 
 class ExchangeMachineInnerFramesTest : public InStepTest
 {
@@ -30,25 +30,25 @@ protected:
     }
 };
 
-TEST_F(ExchangeMachineInnerFramesTest, ARefusalInAnAnswerIsData)
+TEST_F(ExchangeMachineInnerFramesTest, RefusalBytesInsideAnAnswerAreData)
 {
     for (int piece = 1; piece < 45; ++piece)
         expectTaken(REFUSAL, piece);
 }
 
-TEST_F(ExchangeMachineInnerFramesTest, AWritesEchoInAnAnswerIsData)
+TEST_F(ExchangeMachineInnerFramesTest, WriteEchoInsideAnAnswerIsData)
 {
     for (int piece = 1; piece < 45; ++piece)
         expectTaken(WRITE, piece);
 }
 
-TEST_F(ExchangeMachineInnerFramesTest, AReadsAnswerInAnAnswerIsData)
+TEST_F(ExchangeMachineInnerFramesTest, ReadAnswerInsideAnAnswerIsData)
 {
     for (int piece = 1; piece < 45; ++piece)
         expectTaken(REPLY, piece);
 }
 
-TEST_F(ExchangeMachineInnerFramesTest, ARefusalBehindABrokenAnswerIsNotWaitedForLongerThanATimeOut)
+TEST_F(ExchangeMachineInnerFramesTest, RefusalBehindABrokenAnswerEndsWithinTheTimeOut)
 {
     ask(BLOCK);
     come(answerTo(BLOCK).left(10));
@@ -58,7 +58,7 @@ TEST_F(ExchangeMachineInnerFramesTest, ARefusalBehindABrokenAnswerIsNotWaitedFor
     EXPECT_LE(now, sentAt + 3 * ANSWER);
 }
 
-TEST_F(ExchangeMachineInnerFramesTest, ABrokenAnswerHidesNoWholeOneThatComesBehindIt)
+TEST_F(ExchangeMachineInnerFramesTest, WholeAnswerBehindABrokenAnswerIsTaken)
 {
     ask(BLOCK);
     come(answerTo(BLOCK).left(40));

@@ -4,8 +4,8 @@
 
 #include <cstdio>
 
-// One request of forty is lost and one answer of forty, and a quarter of the other answers is late,
-// by up to twice as long as the host waits at the moment.
+// One request of forty is lost, and one answer of forty. A quarter of the other answers is late by
+// up to two of the host's present time-outs.
 
 namespace {
 
@@ -28,7 +28,7 @@ PollRun runLate(const std::vector<QByteArray>& requests, int firstRefused)
     return host.figures;
 }
 
-/// Ten blocks, the one behind the other, of as many words as there are lengths at most.
+/// Ten blocks side by side. Their lengths go round from 1 to `lengths` words.
 std::vector<QByteArray> blocksOf(int lengths)
 {
     std::vector<QByteArray> blocks;
@@ -39,7 +39,7 @@ std::vector<QByteArray> blocksOf(int lengths)
 
 } // namespace
 
-TEST(ExchangeMachineLateReplies, NoneIsTakenForTheNextRequests)
+TEST(ExchangeMachineLateReplies, LateReplyIsNeverTakenForTheNextAnswer)
 {
     const PollRun run = runLate(blocksOf(1), 65536);
     std::printf("late replies: %d requests, %d answered, %d with a wrong value\n", int(REQUESTS),
@@ -49,7 +49,7 @@ TEST(ExchangeMachineLateReplies, NoneIsTakenForTheNextRequests)
     EXPECT_GT(run.answered, REQUESTS * 9 / 10);
 }
 
-TEST(ExchangeMachineLateReplies, NoneIsTakenForAnotherWhereSomeAreRefused)
+TEST(ExchangeMachineLateReplies, LateReplyIsNeverTakenForAnotherAmongRefusals)
 {
     const PollRun run = runLate(blocksOf(2), 3070);
     EXPECT_EQ(0, run.wrong);

@@ -4,15 +4,15 @@
 
 #include <algorithm>
 
-// Two reads of one length that follow each other have answers that only their order tells apart.
-// One of them asks for a register more; where that cannot be, a fence goes between.
+// The answers to two successive reads of equal length differ only in their order. So one of the
+// reads asks for one register more. Where this is not possible, a fence goes between the two reads.
 
 class ExchangeMachineLikenessTest : public InStepTest
 {
 protected:
     enum { SECOND = 1000000, ALIKE_FOR = 100000 };
 
-    /// The last request was answered with its own registers and no more.
+    /// The last request was answered with exactly its own registers.
     void expectAnsweredAs(const QByteArray& request)
     {
         ASSERT_FALSE(ended.empty());
@@ -20,7 +20,7 @@ protected:
         EXPECT_EQ(answerTo(request), last().reply);
     }
 
-    /// Polls for so long, and answers everything.
+    /// Polls for the given time, and answers every request.
     void poll(const std::vector<QByteArray>& requests, qint64 duration)
     {
         const qint64 end = now + duration;
@@ -45,7 +45,7 @@ protected:
     qint64 longestWithout = 0;
 };
 
-TEST_F(ExchangeMachineLikenessTest, TheSecondOfOneLengthAsksForARegisterMore)
+TEST_F(ExchangeMachineLikenessTest, SecondReadOfEqualLengthAsksForOneRegisterMore)
 {
     exchange(readOf(3000, 2));
     EXPECT_EQ(readOf(3010, 3), ask(readOf(3010, 2)));
@@ -54,7 +54,7 @@ TEST_F(ExchangeMachineLikenessTest, TheSecondOfOneLengthAsksForARegisterMore)
     expectAnsweredAs(readOf(3010, 2));
 }
 
-TEST_F(ExchangeMachineLikenessTest, TheThirdOfOneLengthIsSentAsItIs)
+TEST_F(ExchangeMachineLikenessTest, ThirdReadOfEqualLengthIsUnchanged)
 {
     exchange(readOf(3000, 2));
     exchange(readOf(3010, 2));
@@ -63,7 +63,7 @@ TEST_F(ExchangeMachineLikenessTest, TheThirdOfOneLengthIsSentAsItIs)
     expectAnsweredAs(readOf(3020, 2));
 }
 
-TEST_F(ExchangeMachineLikenessTest, ANeighbourThatIsARegisterLongerStaysItself)
+TEST_F(ExchangeMachineLikenessTest, NeighbourWithOneRegisterMoreIsUnchanged)
 {
     exchange(readOf(3000, 2));
     exchange(readOf(3010, 2)); // three registers
@@ -72,14 +72,14 @@ TEST_F(ExchangeMachineLikenessTest, ANeighbourThatIsARegisterLongerStaysItself)
     expectAnsweredAs(readOf(3020, 3));
 }
 
-TEST_F(ExchangeMachineLikenessTest, BlocksOfOneLengthNeedNoFences)
+TEST_F(ExchangeMachineLikenessTest, BlocksOfEqualLengthNeedNoFences)
 {
     poll({readOf(3000, 2), readOf(3010, 2), readOf(3020, 2)}, 5 * SECOND);
     EXPECT_GT(polled, 500);
     EXPECT_EQ(0, fences);
 }
 
-TEST_F(ExchangeMachineLikenessTest, AtTheEndOfAnAreaTheRegisterAheadIsAskedForAsWell)
+TEST_F(ExchangeMachineLikenessTest, LongerReadAtTheEndOfAnAreaTakesTheRegisterAhead)
 {
     exchange(readOf(3000, 2));
     EXPECT_EQ(readOf(7093, 3), ask(readOf(7094, 2)));
@@ -91,20 +91,20 @@ TEST_F(ExchangeMachineLikenessTest, AtTheEndOfAnAreaTheRegisterAheadIsAskedForAs
     expectAnsweredAs(readOf(255, 1));
 }
 
-TEST_F(ExchangeMachineLikenessTest, OfAnotherFunctionNothingIsAlike)
+TEST_F(ExchangeMachineLikenessTest, ReadsOfDifferentFunctionsAreUnchanged)
 {
     exchange(readOf(3000, 2));
     EXPECT_EQ(readOf(0, 2), ask(readOf(0, 2)));
 }
 
-TEST_F(ExchangeMachineLikenessTest, OfAnotherStationNothingIsAlike)
+TEST_F(ExchangeMachineLikenessTest, ReadsOfDifferentStationsAreUnchanged)
 {
     bringIntoStep(2);
     exchange(readOf(3000, 2));
     EXPECT_EQ(readOf(3000, 2, 2), ask(readOf(3000, 2, 2)));
 }
 
-TEST_F(ExchangeMachineLikenessTest, AnAnswerThatComesTwiceIsNotTheNeighbours)
+TEST_F(ExchangeMachineLikenessTest, DoubledAnswerDoesNotAnswerTheNeighbour)
 {
     exchange(readOf(3000, 2));
     ask(readOf(3010, 2));
@@ -114,9 +114,9 @@ TEST_F(ExchangeMachineLikenessTest, AnAnswerThatComesTwiceIsNotTheNeighbours)
     expectAnsweredAs(readOf(3010, 2));
 }
 
-// A station that refuses a register more.
+// A station that refuses reads with one register more.
 
-TEST_F(ExchangeMachineLikenessTest, ALongerReadThatIsRefusedFallsBackToTheRequest)
+TEST_F(ExchangeMachineLikenessTest, RefusedLongerReadFallsBackToTheRequest)
 {
     exchange(readOf(3000, 2));
     ask(readOf(3010, 2));
@@ -130,7 +130,7 @@ TEST_F(ExchangeMachineLikenessTest, ALongerReadThatIsRefusedFallsBackToTheReques
     expectAnsweredAs(readOf(3010, 2));
 }
 
-TEST_F(ExchangeMachineLikenessTest, ARefusalOfTheRequestItselfIsToldBehindThatOfTheLongerOne)
+TEST_F(ExchangeMachineLikenessTest, RefusalOfTheRequestIsReportedAfterThatOfTheLongerRead)
 {
     exchange(readOf(3000, 2));
     ask(readOf(3010, 2));
@@ -141,7 +141,7 @@ TEST_F(ExchangeMachineLikenessTest, ARefusalOfTheRequestItselfIsToldBehindThatOf
     EXPECT_EQ(END_REFUSED, last().end);
 }
 
-TEST_F(ExchangeMachineLikenessTest, WhereALongerReadWasRefusedFencesGoBetween)
+TEST_F(ExchangeMachineLikenessTest, FencesReplaceLongerReadsAfterARefusal)
 {
     exchange(readOf(3000, 2));
     ask(readOf(3010, 2));
@@ -154,7 +154,7 @@ TEST_F(ExchangeMachineLikenessTest, WhereALongerReadWasRefusedFencesGoBetween)
     EXPECT_EQ(readOf(3020, 2), behindFences());
 }
 
-TEST_F(ExchangeMachineLikenessTest, AStationThatWasBusyIsAskedForLongerReadsAfterwards)
+TEST_F(ExchangeMachineLikenessTest, BusyStationStillGetsLongerReads)
 {
     for (int code : {DEVICE_BUSY, STILL_WORKING}) {
         exchange(readOf(3000, 2));
@@ -171,7 +171,7 @@ TEST_F(ExchangeMachineLikenessTest, AStationThatWasBusyIsAskedForLongerReadsAfte
     }
 }
 
-TEST_F(ExchangeMachineLikenessTest, ALongerReadThatComesLateIsCutAsWell)
+TEST_F(ExchangeMachineLikenessTest, LateAnswerToALongerReadIsCut)
 {
     exchange(readOf(3000, 2));
     const QByteArray longer = ask(readOf(3010, 2));
@@ -182,10 +182,10 @@ TEST_F(ExchangeMachineLikenessTest, ALongerReadThatComesLateIsCutAsWell)
     expectAnsweredAs(readOf(3010, 2));
 }
 
-// Two answers to one request differ in their age alone. Over a wire they may look alike for a tenth
-// of a second.
+// Two answers to the same request differ only in their age. On a line they may look alike for a
+// tenth of a second.
 
-TEST_F(ExchangeMachineLikenessTest, TheSameRequestIsSentAsItIsForATenthOfASecond)
+TEST_F(ExchangeMachineLikenessTest, RepeatedReadIsUnchangedForATenthOfASecond)
 {
     const QByteArray request = readOf(3000, 2);
     exchange(request);
@@ -200,7 +200,7 @@ TEST_F(ExchangeMachineLikenessTest, TheSameRequestIsSentAsItIsForATenthOfASecond
     expectAnsweredAs(request);
 }
 
-TEST_F(ExchangeMachineLikenessTest, ARegisterMoreSetsTheTenthOfASecondAnew)
+TEST_F(ExchangeMachineLikenessTest, LongerReadRestartsTheTenthOfASecond)
 {
     const QByteArray request = readOf(3000, 2);
     exchange(request);
@@ -212,7 +212,7 @@ TEST_F(ExchangeMachineLikenessTest, ARegisterMoreSetsTheTenthOfASecondAnew)
     EXPECT_EQ(request, ask(request));
 }
 
-TEST_F(ExchangeMachineLikenessTest, AnotherRequestOfItsLengthIsNeverAlike)
+TEST_F(ExchangeMachineLikenessTest, DifferentReadsOfEqualLengthAlternateInLength)
 {
     for (int i = 0; i < 20; ++i) {
         const QByteArray request = readOf(3000 + 10 * i, 2);
@@ -225,9 +225,9 @@ TEST_F(ExchangeMachineLikenessTest, AnotherRequestOfItsLengthIsNeverAlike)
     }
 }
 
-// Reads of all the registers that one request may ask for have no longer form.
+// A read of 125 registers has no longer form: 125 is the limit of one request.
 
-TEST_F(ExchangeMachineLikenessTest, BetweenTwoFullBlocksAFenceGoes)
+TEST_F(ExchangeMachineLikenessTest, FenceBetweenTwoFullBlocks)
 {
     exchange(readOf(3000, 125));
     ask(readOf(3125, 125));
@@ -237,7 +237,7 @@ TEST_F(ExchangeMachineLikenessTest, BetweenTwoFullBlocksAFenceGoes)
     expectAnsweredAs(readOf(3125, 125));
 }
 
-TEST_F(ExchangeMachineLikenessTest, OneFullBlockIsPolledWithAFenceASecond)
+TEST_F(ExchangeMachineLikenessTest, SingleFullBlockIsPolledWithOneFenceASecond)
 {
     poll({readOf(3000, 125)}, 20 * SECOND);
     EXPECT_GT(polled, 500);
@@ -246,7 +246,7 @@ TEST_F(ExchangeMachineLikenessTest, OneFullBlockIsPolledWithAFenceASecond)
     EXPECT_LE(longestWithout, SECOND + 3 * ANSWER);
 }
 
-TEST_F(ExchangeMachineLikenessTest, AnAnswerOfAFullBlockThatComesTwiceLeadsToAFence)
+TEST_F(ExchangeMachineLikenessTest, DoubledAnswerOfAFullBlockLeadsToAFence)
 {
     bringIntoStep();
     exchange(readOf(3000, 125));
@@ -257,7 +257,7 @@ TEST_F(ExchangeMachineLikenessTest, AnAnswerOfAFullBlockThatComesTwiceLeadsToAFe
     EXPECT_TRUE(isFence);
 }
 
-TEST_F(ExchangeMachineLikenessTest, ABlockOf124RegistersHasALongerForm)
+TEST_F(ExchangeMachineLikenessTest, BlockOf124RegistersHasALongerRead)
 {
     exchange(readOf(3000, 124));
     EXPECT_EQ(readOf(3124, 125), ask(readOf(3124, 124)));

@@ -1,12 +1,12 @@
 #include "exchangeMachineFixture.h"
 
-// A link that goes away takes the request with it, and tells no end of it. What the stations were
-// asked may still be answered over the next link.
+// A lost link drops the request under way without an end. The stations may still answer it over the
+// next link.
 
 class ExchangeMachineLinkTest : public InStepTest
 {
 protected:
-    /// The request is gone without an end, now and later.
+    /// The request was dropped, and no end of it ever comes.
     void expectDropped()
     {
         machine.linkLost();
@@ -26,13 +26,13 @@ protected:
     }
 };
 
-TEST_F(ExchangeMachineLinkTest, LostBetweenRequestsChangesNothing)
+TEST_F(ExchangeMachineLinkTest, LossBetweenRequestsHasNoEffect)
 {
     machine.linkLost();
     EXPECT_EQ(READ_A, ask(READ_A));
 }
 
-TEST_F(ExchangeMachineLinkTest, LostWhileItWaitsForSilenceTheRequestIsDropped)
+TEST_F(ExchangeMachineLinkTest, LossInTheSilentIntervalDropsTheRequest)
 {
     come(noise());
     machine.start(READ_A, false, now);
@@ -40,14 +40,14 @@ TEST_F(ExchangeMachineLinkTest, LostWhileItWaitsForSilenceTheRequestIsDropped)
     expectDropped();
 }
 
-TEST_F(ExchangeMachineLinkTest, LostWhileItWaitsForTheReplyTheRequestIsDropped)
+TEST_F(ExchangeMachineLinkTest, LossBeforeTheReplyDropsTheRequest)
 {
     ask(READ_A);
     now += 3000;
     expectDropped();
 }
 
-TEST_F(ExchangeMachineLinkTest, LostWhileItDrainsTheRequestIsDropped)
+TEST_F(ExchangeMachineLinkTest, LossWhileDrainingDropsTheRequest)
 {
     ask(READ_A);
     come(noise(), REQUEST_TIME + WAIT);
@@ -55,14 +55,14 @@ TEST_F(ExchangeMachineLinkTest, LostWhileItDrainsTheRequestIsDropped)
     expectDropped();
 }
 
-TEST_F(ExchangeMachineLinkTest, LostInThePauseAfterItABroadcastIsDropped)
+TEST_F(ExchangeMachineLinkTest, LossInTheTurnaroundDropsTheBroadcast)
 {
     ask(BROADCAST);
     now += REQUEST_TIME + TURNAROUND / 2;
     expectDropped();
 }
 
-TEST_F(ExchangeMachineLinkTest, LostWhileAFenceIsAwaitedTheRequestIsDropped)
+TEST_F(ExchangeMachineLinkTest, LossBeforeTheFencesAnswerDropsTheRequest)
 {
     come(noise());
     ask(READ_A);
@@ -70,7 +70,7 @@ TEST_F(ExchangeMachineLinkTest, LostWhileAFenceIsAwaitedTheRequestIsDropped)
     expectDropped();
 }
 
-TEST_F(ExchangeMachineLinkTest, AnEndThatCameBeforeTheLossIsStillTold)
+TEST_F(ExchangeMachineLinkTest, EndBeforeTheLossIsStillReported)
 {
     ask(READ_A);
     machine.received(REPLY, now + ANSWERED);
@@ -79,7 +79,7 @@ TEST_F(ExchangeMachineLinkTest, AnEndThatCameBeforeTheLossIsStillTold)
     EXPECT_EQ(Ends{END_ANSWERED}, ends());
 }
 
-TEST_F(ExchangeMachineLinkTest, WhatCameBeforeTheLossIsNoPartOfAReply)
+TEST_F(ExchangeMachineLinkTest, BytesBeforeTheLossAreNoPartOfAReply)
 {
     ask(READ_A);
     come(REPLY.left(5), 3000);
@@ -89,7 +89,7 @@ TEST_F(ExchangeMachineLinkTest, WhatCameBeforeTheLossIsNoPartOfAReply)
     EXPECT_TRUE(ended.empty());
 }
 
-TEST_F(ExchangeMachineLinkTest, ARequestIsFreshAfterALoss)
+TEST_F(ExchangeMachineLinkTest, RequestAfterALossCountsAsNotSent)
 {
     ask(READ_A);
     reopen();
@@ -100,7 +100,7 @@ TEST_F(ExchangeMachineLinkTest, ARequestIsFreshAfterALoss)
     EXPECT_FALSE(last().wasSent);
 }
 
-TEST_F(ExchangeMachineLinkTest, TheReplyToTheRequestThatIsAskedAgainIsTaken)
+TEST_F(ExchangeMachineLinkTest, ReplyToTheRequestAfterALossIsTaken)
 {
     ask(READ_A);
     reopen();
@@ -111,7 +111,7 @@ TEST_F(ExchangeMachineLinkTest, TheReplyToTheRequestThatIsAskedAgainIsTaken)
     EXPECT_EQ(REPLY, last().reply);
 }
 
-TEST_F(ExchangeMachineLinkTest, AnAnswerToARequestBeforeTheLossIsLate)
+TEST_F(ExchangeMachineLinkTest, AnswerToARequestBeforeTheLossIsLate)
 {
     ask(READ_A);
     reopen();
@@ -124,7 +124,7 @@ TEST_F(ExchangeMachineLinkTest, AnAnswerToARequestBeforeTheLossIsLate)
     EXPECT_EQ(REPLY, last().reply);
 }
 
-TEST_F(ExchangeMachineLinkTest, AnAnswerToAWriteBeforeTheLossConfirmsNoOther)
+TEST_F(ExchangeMachineLinkTest, EchoOfAWriteBeforeTheLossConfirmsNoLaterWrite)
 {
     ask(WRITE);
     reopen();
@@ -137,7 +137,7 @@ TEST_F(ExchangeMachineLinkTest, AnAnswerToAWriteBeforeTheLossConfirmsNoOther)
     EXPECT_EQ(Ends({END_LATE, END_ANSWERED}), ends());
 }
 
-TEST_F(ExchangeMachineLinkTest, AThousandLossesStillLeadToAnAnswer)
+TEST_F(ExchangeMachineLinkTest, AnswerComesAfterAThousandLosses)
 {
     for (int i = 0; i < 1000; ++i) {
         ASSERT_FALSE(ask(READ_A).isEmpty());
@@ -146,7 +146,7 @@ TEST_F(ExchangeMachineLinkTest, AThousandLossesStillLeadToAnAnswer)
     EXPECT_TRUE(ended.empty());
     ask(READ_A);
     const QByteArray often = sent;
-    answer(); // may come as often as the fence was sent
+    answer(); // the answer may come as often as the fence was sent
     EXPECT_TRUE(ends().empty());
     EXPECT_NE(often, nextSent());
     EXPECT_EQ(READ_A, behindFences());
@@ -154,7 +154,7 @@ TEST_F(ExchangeMachineLinkTest, AThousandLossesStillLeadToAnAnswer)
     EXPECT_EQ(Ends{END_ANSWERED}, ends());
 }
 
-TEST_F(ExchangeMachineLinkTest, WhatIsSentFirstOverAnOpenedLinkWaitsForSilence)
+TEST_F(ExchangeMachineLinkTest, FirstFrameOnAnOpenedLinkWaitsForSilence)
 {
     machine.linkLost();
     now += LONG;
@@ -164,7 +164,7 @@ TEST_F(ExchangeMachineLinkTest, WhatIsSentFirstOverAnOpenedLinkWaitsForSilence)
     EXPECT_EQ(openedAt + SILENCE, sentAt);
 }
 
-TEST_F(ExchangeMachineLinkTest, WhatAPeerKeptForWhoeverOpensTheLinkIsNotTaken)
+TEST_F(ExchangeMachineLinkTest, RepliesKeptByThePeerAreNotTaken)
 {
     reopen();
     come(REPLY, 10);
@@ -179,9 +179,9 @@ TEST_F(ExchangeMachineLinkTest, WhatAPeerKeptForWhoeverOpensTheLinkIsNotTaken)
     EXPECT_EQ(answerTo(READ_A), last().reply);
 }
 
-// Another program had the line, or the request that is awaited went over another link.
+// Another program used the line, or the request went over an earlier link.
 
-TEST_F(ExchangeMachineLinkTest, AnAnswerToARequestOverAnEarlierLinkIsNotBelieved)
+TEST_F(ExchangeMachineLinkTest, AnswerToARequestOfAnEarlierLinkIsNotBelieved)
 {
     ask(READ_A);
     machine.linkOpened(now);
@@ -191,9 +191,9 @@ TEST_F(ExchangeMachineLinkTest, AnAnswerToARequestOverAnEarlierLinkIsNotBelieved
     EXPECT_TRUE(isFence);
 }
 
-// Whether a request may be started.
+// isFree(): a request may be started.
 
-TEST_F(ExchangeMachineLinkTest, AFreshMachineIsFree)
+TEST_F(ExchangeMachineLinkTest, NewMachineIsFree)
 {
     ExchangeMachine fresh(LineTiming::network(), settingsOf(ECHO_UNKNOWN));
     EXPECT_TRUE(fresh.isFree());
@@ -201,7 +201,7 @@ TEST_F(ExchangeMachineLinkTest, AFreshMachineIsFree)
     EXPECT_TRUE(fresh.isFree());
 }
 
-TEST_F(ExchangeMachineLinkTest, ItIsNotFreeBeforeTheReply)
+TEST_F(ExchangeMachineLinkTest, IsNotFreeBeforeTheReply)
 {
     come(noise());
     machine.start(READ_A, false, now);
@@ -214,14 +214,14 @@ TEST_F(ExchangeMachineLinkTest, ItIsNotFreeBeforeTheReply)
     EXPECT_TRUE(machine.isFree());
 }
 
-TEST_F(ExchangeMachineLinkTest, ItIsFreeAfterATimeOut)
+TEST_F(ExchangeMachineLinkTest, IsFreeAfterATimeOut)
 {
     ask(READ_A);
     waitInVain();
     EXPECT_TRUE(machine.isFree());
 }
 
-TEST_F(ExchangeMachineLinkTest, ItIsNotFreeInThePauseAfterABroadcast)
+TEST_F(ExchangeMachineLinkTest, IsNotFreeInTheTurnaroundAfterABroadcast)
 {
     ask(BROADCAST);
     now += REQUEST_TIME + TURNAROUND - 1;

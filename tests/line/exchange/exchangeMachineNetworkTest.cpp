@@ -1,6 +1,6 @@
 #include "exchangeMachineFixture.h"
 
-// Over a network nothing takes time on a line, and no silence parts two frames.
+// Over a network frames take no time, and no silence separates two frames.
 
 class ExchangeMachineNetworkTest : public ExchangeMachineTest
 {
@@ -11,7 +11,7 @@ protected:
     }
 };
 
-TEST_F(ExchangeMachineNetworkTest, TheNextRequestGoesOutWithTheAnswer)
+TEST_F(ExchangeMachineNetworkTest, NextRequestGoesOutWithoutASilence)
 {
     exchange(READ_A);
     const qint64 answeredAt = now;
@@ -19,7 +19,7 @@ TEST_F(ExchangeMachineNetworkTest, TheNextRequestGoesOutWithTheAnswer)
     EXPECT_EQ(answeredAt, sentAt);
 }
 
-TEST_F(ExchangeMachineNetworkTest, ASilentStationIsAwaitedForItsAnswersBeginAlone)
+TEST_F(ExchangeMachineNetworkTest, TimeOutHasNoFrameTimes)
 {
     ask(READ_LONG);
     waitInVain();
@@ -27,7 +27,7 @@ TEST_F(ExchangeMachineNetworkTest, ASilentStationIsAwaitedForItsAnswersBeginAlon
     EXPECT_EQ(Ends{END_SILENT}, ends());
 }
 
-TEST_F(ExchangeMachineNetworkTest, TheSameRequestAlternatesWithALongerOne)
+TEST_F(ExchangeMachineNetworkTest, RepeatedReadAlternatesWithALongerRead)
 {
     for (int i = 0; i < 20; ++i) {
         const QByteArray before = sent;
@@ -39,7 +39,7 @@ TEST_F(ExchangeMachineNetworkTest, TheSameRequestAlternatesWithALongerOne)
     }
 }
 
-TEST_F(ExchangeMachineNetworkTest, AnAnswerThatIsHalfThereAtItsTimeOutIsTakenWithItsRest)
+TEST_F(ExchangeMachineNetworkTest, RestOfAnAnswerAfterItsTimeOutCompletesIt)
 {
     ask(READ_A);
     come(REPLY.left(5));
@@ -52,7 +52,7 @@ TEST_F(ExchangeMachineNetworkTest, AnAnswerThatIsHalfThereAtItsTimeOutIsTakenWit
     EXPECT_EQ(REPLY, last().reply);
 }
 
-TEST_F(ExchangeMachineNetworkTest, AnAnswerThatIsHalfThereAtItsTimeOutIsNotTheNextRequests)
+TEST_F(ExchangeMachineNetworkTest, RestOfAnAnswerDoesNotAnswerTheNextRequest)
 {
     ask(READ_A);
     come(answerTo(READ_A).left(5));
@@ -66,7 +66,7 @@ TEST_F(ExchangeMachineNetworkTest, AnAnswerThatIsHalfThereAtItsTimeOutIsNotTheNe
     EXPECT_EQ(answerTo(READ_B), last().reply);
 }
 
-TEST_F(ExchangeMachineNetworkTest, WhatALateAnswerInPiecesTookIsLearnt)
+TEST_F(ExchangeMachineNetworkTest, TimeOfALateAnswerInPiecesIsLearnt)
 {
     ask(READ_A);
     come(REPLY.left(5));

@@ -2,8 +2,8 @@
 
 #include "wire/exceptionText.h"
 
-// A refusal names station and function only: 018302C0F1 refuses any read by function 3. It is
-// believed when one request alone can have got it.
+// A refusal names station and function only: 018302C0F1 refuses any read by function 3. A refusal
+// is believed when it can belong to one request only.
 
 class ExchangeMachineRefusalTest : public InStepTest
 {
@@ -13,7 +13,7 @@ protected:
     const QByteArray OTHER_WRITE = writeOf(3002, 1);
 };
 
-TEST_F(ExchangeMachineRefusalTest, OfTheOnlyRequestItIsBelieved)
+TEST_F(ExchangeMachineRefusalTest, RefusalOfTheOnlyRequestIsBelieved)
 {
     ask(READ_A);
     come(REFUSAL);
@@ -24,12 +24,12 @@ TEST_F(ExchangeMachineRefusalTest, OfTheOnlyRequestItIsBelieved)
     EXPECT_EQ(refusalOf(WRITE, DEVICE_BUSY), last().reply);
 }
 
-TEST_F(ExchangeMachineRefusalTest, OfAnotherFunctionItIsNotBelieved)
+TEST_F(ExchangeMachineRefusalTest, RefusalOfAnotherFunctionIsNotBelieved)
 {
     ask(READ_A);
     come(refusalOf(WRITE));
     EXPECT_TRUE(ends().empty());
-    come(REFUSAL, 100); // not now either: something came that nobody asked for
+    come(REFUSAL, 100); // not believed either: the refusal before had no request
     EXPECT_TRUE(ends().empty());
     nextSent();
     EXPECT_TRUE(isFence);
@@ -38,9 +38,9 @@ TEST_F(ExchangeMachineRefusalTest, OfAnotherFunctionItIsNotBelieved)
     EXPECT_EQ(Ends{END_REFUSED}, ends());
 }
 
-// One request timed out, and a fence of its function follows: either may have been refused.
+// A request timed out, and a fence of the same function follows. The refusal may belong to either.
 
-TEST_F(ExchangeMachineRefusalTest, ThatMayBeTheFencesDoesNotEndTheRequest)
+TEST_F(ExchangeMachineRefusalTest, RefusalThatMayBelongToTheFenceDoesNotEndTheRequest)
 {
     ask(READ_A);
     waitInVain();
@@ -53,7 +53,7 @@ TEST_F(ExchangeMachineRefusalTest, ThatMayBeTheFencesDoesNotEndTheRequest)
     EXPECT_FALSE(machine.isFree());
 }
 
-TEST_F(ExchangeMachineRefusalTest, ThatMayBeAnothersIsClearedByTheNextFencesAnswer)
+TEST_F(ExchangeMachineRefusalTest, NextFencesAnswerClearsAnUncertainRefusal)
 {
     ask(READ_A);
     waitInVain();
@@ -68,7 +68,7 @@ TEST_F(ExchangeMachineRefusalTest, ThatMayBeAnothersIsClearedByTheNextFencesAnsw
     EXPECT_EQ(Ends({END_SILENT, END_REFUSED}), ends());
 }
 
-TEST_F(ExchangeMachineRefusalTest, ThatMayBeAnothersLeavesTheFencesAnswerGood)
+TEST_F(ExchangeMachineRefusalTest, UncertainRefusalKeepsTheFencesAnswerValid)
 {
     ask(READ_A);
     waitInVain();
@@ -78,13 +78,13 @@ TEST_F(ExchangeMachineRefusalTest, ThatMayBeAnothersLeavesTheFencesAnswerGood)
     EXPECT_EQ(READ_A, nextSent());
 }
 
-TEST_F(ExchangeMachineRefusalTest, OfTheFenceBehindThatOfTheRequestClearsNothing)
+TEST_F(ExchangeMachineRefusalTest, SecondEqualRefusalDoesNotClearTheFirst)
 {
     ask(READ_A);
     waitInVain();
     askAgain(READ_A);
     come(REFUSAL);
-    come(REFUSAL, 100); // or the first one once more
+    come(REFUSAL, 100); // may be a second copy of the first refusal
     EXPECT_TRUE(nextSent(SILENCE + 100).isEmpty());
     EXPECT_EQ(Ends{END_SILENT}, ends());
     nextSent();
@@ -92,9 +92,9 @@ TEST_F(ExchangeMachineRefusalTest, OfTheFenceBehindThatOfTheRequestClearsNothing
     EXPECT_EQ(READ_INPUT, byteOf(sent, 1));
 }
 
-// Refusals that come twice.
+// Doubled refusals.
 
-TEST_F(ExchangeMachineRefusalTest, BehindARefusalARequestOfItsFunctionWaitsForAFence)
+TEST_F(ExchangeMachineRefusalTest, SameFunctionAfterARefusalWaitsForAFence)
 {
     ask(READ_A);
     come(REFUSAL);
@@ -104,14 +104,14 @@ TEST_F(ExchangeMachineRefusalTest, BehindARefusalARequestOfItsFunctionWaitsForAF
     EXPECT_EQ(READ_LONG, nextSent());
 }
 
-TEST_F(ExchangeMachineRefusalTest, BehindARefusalARequestOfAnotherFunctionGoesOutAtOnce)
+TEST_F(ExchangeMachineRefusalTest, AnotherFunctionAfterARefusalGoesOutAtOnce)
 {
     ask(READ_A);
     come(REFUSAL);
     EXPECT_EQ(WRITE, ask(WRITE));
 }
 
-TEST_F(ExchangeMachineRefusalTest, ThatComesAgainIsNotTheNextRequests)
+TEST_F(ExchangeMachineRefusalTest, DoubledRefusalDoesNotEndTheNextRequest)
 {
     ask(READ_A);
     come(REFUSAL);
@@ -125,7 +125,7 @@ TEST_F(ExchangeMachineRefusalTest, ThatComesAgainIsNotTheNextRequests)
     EXPECT_EQ(Ends({END_REFUSED, END_ANSWERED}), ends());
 }
 
-TEST_F(ExchangeMachineRefusalTest, ThatComesAgainInFlightIsNotTheNextRequestsOfAnotherFunction)
+TEST_F(ExchangeMachineRefusalTest, DoubledRefusalDoesNotEndARequestOfAnotherFunction)
 {
     ask(READ_A);
     come(REFUSAL);
@@ -137,7 +137,7 @@ TEST_F(ExchangeMachineRefusalTest, ThatComesAgainInFlightIsNotTheNextRequestsOfA
     EXPECT_TRUE(isFence);
 }
 
-TEST_F(ExchangeMachineRefusalTest, ABusyStationIsAskedAgainBehindAFence)
+TEST_F(ExchangeMachineRefusalTest, BusyStationIsAskedAgainBehindAFence)
 {
     ask(READ_A);
     come(refusalOf(READ_A, DEVICE_BUSY));
@@ -148,9 +148,9 @@ TEST_F(ExchangeMachineRefusalTest, ABusyStationIsAskedAgainBehindAFence)
     EXPECT_EQ(Ends({END_REFUSED, END_ANSWERED}), ends());
 }
 
-// Refusals that come late.
+// Late refusals.
 
-TEST_F(ExchangeMachineRefusalTest, ThatComesLateIsNotTheNextRequests)
+TEST_F(ExchangeMachineRefusalTest, LateRefusalDoesNotEndTheNextRequest)
 {
     ask(WRITE);
     waitInVain();
@@ -164,7 +164,7 @@ TEST_F(ExchangeMachineRefusalTest, ThatComesLateIsNotTheNextRequests)
     EXPECT_EQ(Ends({END_SILENT, END_LATE, END_ANSWERED}), ends());
 }
 
-TEST_F(ExchangeMachineRefusalTest, ThatComesLateDoesNotHideTheReplyThatComesWithIt)
+TEST_F(ExchangeMachineRefusalTest, LateRefusalDoesNotHideTheReplyBehindIt)
 {
     ask(WRITE);
     waitInVain();
@@ -173,7 +173,7 @@ TEST_F(ExchangeMachineRefusalTest, ThatComesLateDoesNotHideTheReplyThatComesWith
     EXPECT_EQ(OTHER_WRITE, nextSent());
 }
 
-TEST_F(ExchangeMachineRefusalTest, ThatComesLateEndsItsRequestWhenThatIsAskedAgain)
+TEST_F(ExchangeMachineRefusalTest, LateRefusalEndsTheRepeatedRequest)
 {
     ask(WRITE);
     waitInVain();
@@ -185,7 +185,7 @@ TEST_F(ExchangeMachineRefusalTest, ThatComesLateEndsItsRequestWhenThatIsAskedAga
     EXPECT_TRUE(machine.isFree());
 }
 
-TEST_F(ExchangeMachineRefusalTest, ThatComesLateIsNotAnotherStations)
+TEST_F(ExchangeMachineRefusalTest, LateRefusalDoesNotEndAnotherStationsRequest)
 {
     bringIntoStep(2);
     ask(WRITE);

@@ -1,6 +1,6 @@
 #include "exchangeMachineFixture.h"
 
-// Several stations behind one link: each is in doubt, or in step, by itself.
+// Several stations behind one link: each station has its own doubt.
 
 class ExchangeMachineStationsTest : public InStepTest
 {
@@ -11,7 +11,7 @@ protected:
     }
 };
 
-TEST_F(ExchangeMachineStationsTest, BytesLeaveADoubtOfTheStationAskedLast)
+TEST_F(ExchangeMachineStationsTest, StrayBytesPutTheLastAskedStationInDoubt)
 {
     come(noise());
     EXPECT_EQ(READ_LONG, ask(READ_LONG));
@@ -20,7 +20,7 @@ TEST_F(ExchangeMachineStationsTest, BytesLeaveADoubtOfTheStationAskedLast)
     EXPECT_TRUE(isFence);
 }
 
-TEST_F(ExchangeMachineStationsTest, BytesLeaveADoubtThoughAnotherStationsAnswerFollowsThem)
+TEST_F(ExchangeMachineStationsTest, StrayBytesCauseADoubtEvenBeforeAnotherStationsAnswer)
 {
     ask(readOf(3000, 60, 2));
     waitInVain();
@@ -31,14 +31,14 @@ TEST_F(ExchangeMachineStationsTest, BytesLeaveADoubtThoughAnotherStationsAnswerF
     expectOneFence();
 }
 
-TEST_F(ExchangeMachineStationsTest, BytesLeaveNoDoubtOfTheStationAskedNext)
+TEST_F(ExchangeMachineStationsTest, StrayBytesLeaveTheNextStationInStep)
 {
     come(noise());
     exchange(READ_LONG);
     expectNoFence();
 }
 
-TEST_F(ExchangeMachineStationsTest, AnAnswerOfAnotherStationLeavesNoDoubtOfThisOne)
+TEST_F(ExchangeMachineStationsTest, AnotherStationsAnswerLeavesThisStationInStep)
 {
     ask(READ_A);
     come(answerTo(readOf(3000, 2, 2)));
@@ -49,7 +49,7 @@ TEST_F(ExchangeMachineStationsTest, AnAnswerOfAnotherStationLeavesNoDoubtOfThisO
     EXPECT_TRUE(isFence);
 }
 
-TEST_F(ExchangeMachineStationsTest, AReopenedLinkLeavesADoubtOfEveryStation)
+TEST_F(ExchangeMachineStationsTest, ReopenedLinkPutsEveryStationInDoubt)
 {
     machine.linkOpened(now);
     ask(readOf(3000, 60, 2));
@@ -59,7 +59,7 @@ TEST_F(ExchangeMachineStationsTest, AReopenedLinkLeavesADoubtOfEveryStation)
     expectOneFence();
 }
 
-TEST_F(ExchangeMachineStationsTest, WhileOneStationIsStalledTheOtherGoesOnWithoutFences)
+TEST_F(ExchangeMachineStationsTest, StalledStationCausesNoFencesToTheOther)
 {
     ask(READ_A);
     waitInVain();
@@ -72,7 +72,7 @@ TEST_F(ExchangeMachineStationsTest, WhileOneStationIsStalledTheOtherGoesOnWithou
     expectOneFence();
 }
 
-TEST_F(ExchangeMachineStationsTest, WhatAStalledStationAnswersAtLastIsNotTheOthers)
+TEST_F(ExchangeMachineStationsTest, LateAnswersOfAStalledStationAreNotTheOthers)
 {
     const QByteArray ofTheOther = readOf(3000, 2, 2);
     ask(READ_A);
@@ -89,7 +89,7 @@ TEST_F(ExchangeMachineStationsTest, WhatAStalledStationAnswersAtLastIsNotTheOthe
     EXPECT_EQ(answerTo(ofTheOther), last().reply);
 }
 
-TEST_F(ExchangeMachineStationsTest, AStalledStationIsInStepOnceItsFencesAreAnswered)
+TEST_F(ExchangeMachineStationsTest, StalledStationIsInStepAfterItsFencesAnswers)
 {
     ask(READ_A);
     waitInVain();

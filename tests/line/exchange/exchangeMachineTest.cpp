@@ -2,10 +2,9 @@
 
 #include <algorithm>
 
-// One exchange after the other over a line that keeps its order: silent intervals, stray bytes,
-// time-outs, broadcasts.
+// Single exchanges with a station in step: silent intervals, stray bytes, time-outs, broadcasts.
 
-TEST_F(InStepTest, AWholeReplyEndsTheExchangeAtOnce)
+TEST_F(InStepTest, WholeReplyEndsTheExchangeAtOnce)
 {
     EXPECT_EQ(READ_A, ask(READ_A));
     EXPECT_FALSE(isFence);
@@ -15,7 +14,7 @@ TEST_F(InStepTest, AWholeReplyEndsTheExchangeAtOnce)
     EXPECT_TRUE(machine.isFree());
 }
 
-TEST_F(InStepTest, AReplyMayComeInPieces)
+TEST_F(InStepTest, ReplyMayComeInPieces)
 {
     ask(READ_A);
     for (int i = 0; i < REPLY.size(); ++i) {
@@ -25,7 +24,7 @@ TEST_F(InStepTest, AReplyMayComeInPieces)
     EXPECT_EQ(REPLY, last().reply);
 }
 
-TEST_F(InStepTest, AReplyAmongStrayBytesIsGivenWithoutThem)
+TEST_F(InStepTest, ReplyIsTakenOutOfStrayBytes)
 {
     ask(READ_A);
     come(fromHex("01FF") + REPLY + fromHex("00"));
@@ -33,7 +32,7 @@ TEST_F(InStepTest, AReplyAmongStrayBytesIsGivenWithoutThem)
     EXPECT_EQ(REPLY, last().reply);
 }
 
-TEST_F(InStepTest, ARefusalEndsTheExchangeAtOnce)
+TEST_F(InStepTest, RefusalEndsTheExchangeAtOnce)
 {
     ask(READ_A);
     come(REFUSAL);
@@ -41,7 +40,7 @@ TEST_F(InStepTest, ARefusalEndsTheExchangeAtOnce)
     EXPECT_EQ(REFUSAL, last().reply);
 }
 
-TEST_F(InStepTest, TheNextRequestKeepsTheSilentInterval)
+TEST_F(InStepTest, NextRequestKeepsTheSilentInterval)
 {
     exchange(READ_A);
     const qint64 answeredAt = now;
@@ -49,7 +48,7 @@ TEST_F(InStepTest, TheNextRequestKeepsTheSilentInterval)
     EXPECT_EQ(answeredAt + SILENCE, sentAt);
 }
 
-TEST_F(InStepTest, ARequestThatIsStartedLaterGoesOutAtOnce)
+TEST_F(InStepTest, RequestAfterALongSilenceGoesOutAtOnce)
 {
     exchange(READ_A);
     now += SILENCE;
@@ -58,7 +57,7 @@ TEST_F(InStepTest, ARequestThatIsStartedLaterGoesOutAtOnce)
     EXPECT_EQ(startedAt, sentAt);
 }
 
-TEST_F(InStepTest, StrayBytesInTheSilenceStartItAnew)
+TEST_F(InStepTest, StrayBytesRestartTheSilentInterval)
 {
     exchange(READ_A);
     machine.start(READ_LONG, false, now);
@@ -69,7 +68,7 @@ TEST_F(InStepTest, StrayBytesInTheSilenceStartItAnew)
     EXPECT_EQ(noisyAt + SILENCE, sentAt);
 }
 
-TEST_F(InStepTest, TheSilenceCountsFromTheLastBitOfWhatWasSent)
+TEST_F(InStepTest, SilentIntervalBeginsAtTheEndOfTheSentFrame)
 {
     ask(READ_A);
     const qint64 startedAt = now;
@@ -78,7 +77,7 @@ TEST_F(InStepTest, TheSilenceCountsFromTheLastBitOfWhatWasSent)
     EXPECT_EQ(startedAt + REQUEST_TIME + SILENCE, sentAt);
 }
 
-TEST_F(InStepTest, ASilentStationEndsTheExchangeAtItsTimeOut)
+TEST_F(InStepTest, SilentStationEndsTheExchangeAtItsTimeOut)
 {
     ask(READ_A);
     EXPECT_EQ(sentAt + REQUEST_TIME + WAIT, machine.advance(now).wakeAt);
@@ -90,7 +89,7 @@ TEST_F(InStepTest, ASilentStationEndsTheExchangeAtItsTimeOut)
 TEST_F(InStepTest, ChatterDoesNotExtendTheTimeOut)
 {
     ask(READ_A);
-    // 8 bytes out, then the answer's begin, then its 9 bytes, then as long as a line is drained.
+    // The 8 bytes of the request, the wait for the answer's start, its 9 bytes, then the draining.
     const qint64 deadline = sentAt + REQUEST_TIME + WAIT;
     chatterUntilEnded(sentAt + 3000);
     EXPECT_EQ(Ends{END_UNUSABLE}, ends());
@@ -98,7 +97,7 @@ TEST_F(InStepTest, ChatterDoesNotExtendTheTimeOut)
     EXPECT_LE(now, deadline + ANSWER + 1000);
 }
 
-TEST_F(InStepTest, OneLostAnswerCostsOneFenceAndNoneAfterIt)
+TEST_F(InStepTest, LostAnswerCostsOneFence)
 {
     ask(READ_A);
     waitInVain();
@@ -117,7 +116,7 @@ TEST_F(InStepTest, OneLostAnswerCostsOneFenceAndNoneAfterIt)
         ends());
 }
 
-TEST_F(InStepTest, ABroadcastWaitsTheTurnaroundAndNoReply)
+TEST_F(InStepTest, BroadcastWaitsForTheTurnaroundNotForAReply)
 {
     EXPECT_EQ(BROADCAST, ask(BROADCAST));
     EXPECT_FALSE(isFence);
@@ -127,14 +126,14 @@ TEST_F(InStepTest, ABroadcastWaitsTheTurnaroundAndNoReply)
     EXPECT_EQ(sentAt + REQUEST_TIME + TURNAROUND, now);
 }
 
-TEST_F(InStepTest, ABroadcastLeavesItsStationsInStep)
+TEST_F(InStepTest, BroadcastLeavesAllStationsInStep)
 {
     ask(BROADCAST);
     waitInVain();
     EXPECT_EQ(READ_A, ask(READ_A));
 }
 
-TEST_F(InStepTest, WithoutARequestNothingHappens)
+TEST_F(InStepTest, NothingHappensWithoutARequest)
 {
     const ExchangeMachine::Step step = machine.advance(now);
     EXPECT_TRUE(step.isIdle);
@@ -145,7 +144,7 @@ TEST_F(InStepTest, WithoutARequestNothingHappens)
     EXPECT_FALSE(machine.isFree());
 }
 
-TEST_F(InStepTest, AnEndIsWaitingUntilItIsTaken)
+TEST_F(InStepTest, EndWaitsUntilItIsTaken)
 {
     ask(READ_A);
     machine.received(REPLY, now + ANSWERED);

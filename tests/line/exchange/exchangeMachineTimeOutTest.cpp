@@ -1,6 +1,6 @@
 #include "exchangeMachineFixture.h"
 
-// How long an answer is waited for: each station's answers tell.
+// The time-out of a station follows the times of its answers.
 
 class ExchangeMachineTimeOutTest : public testing::Test
 {
@@ -19,8 +19,8 @@ protected:
         return made;
     }
 
-    /// So many requests, each answered that long after its end.
-    /// @return what was sent
+    /// Exchanges several requests. Each answer comes `lateness` after the end of its request.
+    /// @return number of frames that were sent
     int run(int requests, qint64 lateness)
     {
         peer.habits.service = lateness;
@@ -33,35 +33,35 @@ protected:
     PollingHost host{peer, LineTiming::network(), settings()};
 };
 
-TEST_F(ExchangeMachineTimeOutTest, WithoutAnAnswerTheTimeOutIsTheCallers)
+TEST_F(ExchangeMachineTimeOutTest, TimeOutBeforeTheFirstAnswerIsTheCallers)
 {
     EXPECT_EQ(ANSWER, host.machine.timeOut(1));
     EXPECT_EQ(ANSWER, host.machine.timeOut(247));
 }
 
-TEST_F(ExchangeMachineTimeOutTest, QuickAnswersLeaveItAsItIs)
+TEST_F(ExchangeMachineTimeOutTest, QuickAnswersKeepTheCallersTimeOut)
 {
     run(50, QUICK);
     EXPECT_EQ(ANSWER, host.machine.timeOut(1));
 }
 
-TEST_F(ExchangeMachineTimeOutTest, AGatewayThatIsAlwaysLateIsWaitedFor)
+TEST_F(ExchangeMachineTimeOutTest, TimeOutGrowsForAnAlwaysLateGateway)
 {
     run(LEARNT, SLOW);
     EXPECT_GT(host.machine.timeOut(1), SLOW);
-    EXPECT_EQ(100, run(100, SLOW)); // each request once, and no fence
+    EXPECT_EQ(100, run(100, SLOW)); // each request once, no fence
     EXPECT_EQ(LEARNT + 100, host.figures.answered + host.figures.givenUp);
     EXPECT_LE(host.figures.givenUp, 2);
 }
 
-TEST_F(ExchangeMachineTimeOutTest, AGatewayThatBecomesLateIsWaitedForAsWell)
+TEST_F(ExchangeMachineTimeOutTest, TimeOutGrowsForAGatewayThatBecomesLate)
 {
     run(50, QUICK);
     run(LEARNT, SLOW);
     EXPECT_EQ(100, run(100, SLOW));
 }
 
-TEST_F(ExchangeMachineTimeOutTest, OneStallIsForgotten)
+TEST_F(ExchangeMachineTimeOutTest, SingleStallIsForgotten)
 {
     run(50, QUICK);
     run(1, SLOW);
@@ -70,24 +70,25 @@ TEST_F(ExchangeMachineTimeOutTest, OneStallIsForgotten)
     EXPECT_EQ(ANSWER, host.machine.timeOut(1));
 }
 
-TEST_F(ExchangeMachineTimeOutTest, ASlowStationLeavesTheOthersTimeOutAsItIs)
+TEST_F(ExchangeMachineTimeOutTest, SlowStationKeepsTheOthersTimeOut)
 {
     run(LEARNT, SLOW);
     EXPECT_EQ(ANSWER, host.machine.timeOut(2));
 }
 
-TEST_F(ExchangeMachineTimeOutTest, ItGrowsTo128TimesTheCallersAndNoFurther)
+TEST_F(ExchangeMachineTimeOutTest, TimeOutGrowsTo128TimesTheCallersAtMost)
 {
     run(200, 200 * ANSWER);
     EXPECT_EQ(128 * ANSWER, host.machine.timeOut(1));
 }
 
-// What a late answer teaches. The times are those of RFC 6298, 2: threefold for the first one.
+// The time learnt from a late answer. By RFC 6298, 2 the first time makes a time-out of three times
+// it.
 
 class ExchangeMachineLearningTest : public ExchangeMachineTest
 {
 protected:
-    /// Comes whole, and began so long after the end of what it answers.
+    /// The answer comes in one piece. It began `lateness` after the end of its request.
     void answerLate(const QByteArray& request, qint64 requestAt, qint64 lateness)
     {
         const QByteArray reply = answerTo(request);
@@ -96,14 +97,14 @@ protected:
     }
 };
 
-TEST_F(ExchangeMachineLearningTest, TheTimeCountsToTheAnswersBegin)
+TEST_F(ExchangeMachineLearningTest, LearntTimeEndsAtTheStartOfTheAnswer)
 {
     ask(READ_LONG);
     answerLate(sent, sentAt, 8000);
     EXPECT_EQ(3 * 8000, machine.timeOut(1));
 }
 
-TEST_F(ExchangeMachineLearningTest, AnAnswerThatComesAfterItsTimeOutCountsFromItsOwnRequest)
+TEST_F(ExchangeMachineLearningTest, LateAnswerCountsFromItsOwnRequest)
 {
     const QByteArray first = ask(READ_LONG);
     const qint64 firstAt = sentAt;
@@ -112,14 +113,14 @@ TEST_F(ExchangeMachineLearningTest, AnAnswerThatComesAfterItsTimeOutCountsFromIt
     EXPECT_EQ(3 * 20000, machine.timeOut(1));
 }
 
-TEST_F(ExchangeMachineLearningTest, AnAnswerThatNobodyAskedForTeachesNothing)
+TEST_F(ExchangeMachineLearningTest, UnaskedAnswerIsNotLearnt)
 {
     ask(READ_LONG);
     answerLate(readOf(3000, 70), sentAt, 9000);
     EXPECT_EQ(ANSWER, machine.timeOut(1));
 }
 
-TEST_F(ExchangeMachineLearningTest, AnAnswerToWhatWasSentSeveralTimesTeachesNothing)
+TEST_F(ExchangeMachineLearningTest, AnswerToARepeatedFrameIsNotLearnt)
 {
     ask(READ_LONG);
     QByteArray before;
@@ -133,7 +134,7 @@ TEST_F(ExchangeMachineLearningTest, AnAnswerToWhatWasSentSeveralTimesTeachesNoth
     EXPECT_EQ(ANSWER, machine.timeOut(1));
 }
 
-TEST_F(ExchangeMachineLearningTest, WhatIsSentNextIsAwaitedForThatLong)
+TEST_F(ExchangeMachineLearningTest, NextRequestHasTheLearntTimeOut)
 {
     ask(READ_LONG);
     answerLate(sent, sentAt, 8000);

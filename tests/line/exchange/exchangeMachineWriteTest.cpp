@@ -1,7 +1,7 @@
 #include "exchangeMachineFixture.h"
 
-// A write is confirmed by its first six bytes and a checksum, and by nothing else. Two writes of
-// the same bytes are confirmed alike.
+// Only an echo of the first six bytes with a checksum confirms a write. Identical writes have
+// identical echoes.
 
 class ExchangeMachineWriteTest : public InStepTest
 {
@@ -31,7 +31,7 @@ TEST_F(ExchangeMachineWriteTest, IsConfirmedByItsFirstSixBytes)
     EXPECT_EQ(4u, ended.size());
 }
 
-TEST_F(ExchangeMachineWriteTest, OfAnotherValueGoesOutAtOnce)
+TEST_F(ExchangeMachineWriteTest, WriteOfAnotherValueGoesOutAtOnce)
 {
     exchange(WRITE);
     EXPECT_EQ(OTHER_VALUE, ask(OTHER_VALUE));
@@ -41,7 +41,7 @@ TEST_F(ExchangeMachineWriteTest, OfAnotherValueGoesOutAtOnce)
     EXPECT_EQ(WRITE, ask(WRITE));
 }
 
-TEST_F(ExchangeMachineWriteTest, OfTheSameBytesWaitsForAFence)
+TEST_F(ExchangeMachineWriteTest, IdenticalWriteWaitsForAFence)
 {
     exchange(WRITE);
     EXPECT_NE(WRITE, ask(WRITE));
@@ -52,7 +52,7 @@ TEST_F(ExchangeMachineWriteTest, OfTheSameBytesWaitsForAFence)
     EXPECT_EQ(Ends({END_ANSWERED, END_ANSWERED}), ends());
 }
 
-TEST_F(ExchangeMachineWriteTest, OfTheSameBytesIsNotConfirmedByTheFirstOnesEchoThatCameTwice)
+TEST_F(ExchangeMachineWriteTest, DoubledEchoDoesNotConfirmAnIdenticalWrite)
 {
     exchange(WRITE);
     ask(WRITE);
@@ -65,7 +65,7 @@ TEST_F(ExchangeMachineWriteTest, OfTheSameBytesIsNotConfirmedByTheFirstOnesEchoT
     EXPECT_EQ(2u, ends().size());
 }
 
-TEST_F(ExchangeMachineWriteTest, IsConfirmedByItsOwnLateEchoWhenItIsAskedAgain)
+TEST_F(ExchangeMachineWriteTest, LateEchoConfirmsTheRepeatedWrite)
 {
     ask(WRITE);
     waitInVain();
@@ -78,7 +78,7 @@ TEST_F(ExchangeMachineWriteTest, IsConfirmedByItsOwnLateEchoWhenItIsAskedAgain)
     EXPECT_TRUE(nextSent().isEmpty());
 }
 
-TEST_F(ExchangeMachineWriteTest, IsNotConfirmedByTheLateEchoOfAnEarlierOneOfTheSameBytes)
+TEST_F(ExchangeMachineWriteTest, LateEchoOfAnIdenticalEarlierWriteDoesNotConfirm)
 {
     ask(WRITE);
     waitInVain();
@@ -93,7 +93,7 @@ TEST_F(ExchangeMachineWriteTest, IsNotConfirmedByTheLateEchoOfAnEarlierOneOfTheS
     EXPECT_EQ(Ends({END_SILENT, END_LATE, END_ANSWERED}), ends());
 }
 
-TEST_F(ExchangeMachineWriteTest, IsNotConfirmedByTheLateEchoOfAnotherValue)
+TEST_F(ExchangeMachineWriteTest, LateEchoOfAnotherValueDoesNotConfirm)
 {
     ask(WRITE);
     waitInVain();
@@ -105,7 +105,7 @@ TEST_F(ExchangeMachineWriteTest, IsNotConfirmedByTheLateEchoOfAnotherValue)
     EXPECT_EQ(OTHER_VALUE, nextSent());
 }
 
-TEST_F(ExchangeMachineWriteTest, IsNotConfirmedByAnotherValueOrRegister)
+TEST_F(ExchangeMachineWriteTest, EchoOfAnotherValueOrRegisterDoesNotConfirm)
 {
     for (const QByteArray& other : {OTHER_VALUE, OTHER_REGISTER}) {
         ask(WRITE);
@@ -118,7 +118,7 @@ TEST_F(ExchangeMachineWriteTest, IsNotConfirmedByAnotherValueOrRegister)
     }
 }
 
-TEST_F(ExchangeMachineWriteTest, IsSentAgainBehindAFenceWhenAnotherValueCameAheadOfItsEcho)
+TEST_F(ExchangeMachineWriteTest, WriteIsRepeatedBehindAFenceAfterTheEchoOfAnotherValue)
 {
     ask(WRITE);
     come(OTHER_VALUE);
@@ -131,7 +131,7 @@ TEST_F(ExchangeMachineWriteTest, IsSentAgainBehindAFenceWhenAnotherValueCameAhea
     EXPECT_EQ(Ends{END_ANSWERED}, ends());
 }
 
-TEST_F(ExchangeMachineWriteTest, IsNotConfirmedByADamagedEcho)
+TEST_F(ExchangeMachineWriteTest, DamagedEchoDoesNotConfirm)
 {
     ask(WRITE);
     QByteArray damaged = WRITE;
@@ -141,7 +141,7 @@ TEST_F(ExchangeMachineWriteTest, IsNotConfirmedByADamagedEcho)
     EXPECT_EQ(Ends{END_UNUSABLE}, ends());
 }
 
-TEST_F(ExchangeMachineWriteTest, ReadsBetweenWritesOfTheSameBytesStandForTheFence)
+TEST_F(ExchangeMachineWriteTest, ReadBetweenIdenticalWritesReplacesTheFence)
 {
     exchange(WRITE);
     exchange(READ_A);

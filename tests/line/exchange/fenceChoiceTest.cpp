@@ -54,7 +54,7 @@ protected:
 
 } // namespace
 
-TEST_F(FenceChoiceTest, AFenceReadsRegistersOfItsStation)
+TEST_F(FenceChoiceTest, FenceReadsRegistersOfItsStation)
 {
     const QByteArray fence = choice.next(17, order, NOTHING_AHEAD);
     EXPECT_EQ(8, fence.size());
@@ -66,7 +66,7 @@ TEST_F(FenceChoiceTest, AFenceReadsRegistersOfItsStation)
     EXPECT_EQ(frameWith(fence.left(6)), fence);
 }
 
-TEST_F(FenceChoiceTest, NoFenceHasTheLengthOfAnotherThatIsOutstanding)
+TEST_F(FenceChoiceTest, FenceDiffersFromOutstandingFences)
 {
     std::set<int> lengths;
     for (int i = 0; i < MOST_KEPT; ++i) {
@@ -76,7 +76,7 @@ TEST_F(FenceChoiceTest, NoFenceHasTheLengthOfAnotherThatIsOutstanding)
     }
 }
 
-TEST_F(FenceChoiceTest, NoFenceHasTheLengthOfTheRequestBehindIt)
+TEST_F(FenceChoiceTest, FenceDiffersFromTheRequestBehindIt)
 {
     for (unsigned seed = 0; seed < 20; ++seed) {
         for (int registers = 1; registers <= 125; ++registers) {
@@ -87,7 +87,7 @@ TEST_F(FenceChoiceTest, NoFenceHasTheLengthOfTheRequestBehindIt)
     }
 }
 
-TEST_F(FenceChoiceTest, NoFenceHasTheLengthOfTheAnswerTakenLast)
+TEST_F(FenceChoiceTest, FenceDiffersFromTheLastAcceptedAnswer)
 {
     for (int registers = 1; registers <= 48; ++registers) {
         order.ask(readOf(4000, registers), 0, 1);
@@ -96,7 +96,7 @@ TEST_F(FenceChoiceTest, NoFenceHasTheLengthOfTheAnswerTakenLast)
     }
 }
 
-TEST_F(FenceChoiceTest, NoFenceHasALengthThatCameUnasked)
+TEST_F(FenceChoiceTest, FenceDiffersFromUnaskedLengths)
 {
     std::set<int> came;
     for (int registers = 1; registers <= MOST_KEPT; ++registers) {
@@ -107,13 +107,13 @@ TEST_F(FenceChoiceTest, NoFenceHasALengthThatCameUnasked)
     }
 }
 
-TEST_F(FenceChoiceTest, LengthsOfAnotherFunctionAreNoHindrance)
+TEST_F(FenceChoiceTest, LengthsOfAnotherFunctionStayAvailable)
 {
     const int registers = registersOf(FenceChoice(choice).next(1, order, NOTHING_AHEAD));
     EXPECT_EQ(registers, registersOf(next(readOf(0, registers))));
 }
 
-TEST_F(FenceChoiceTest, WhenTheOrderIsFullTheNewestIsTheFence)
+TEST_F(FenceChoiceTest, FullOrderRepeatsTheNewestFence)
 {
     for (int i = 0; i < MOST_KEPT; ++i)
         order.ask(readOf(3500, 60 + i), 0, i == 0 ? 1 : 0);
@@ -121,10 +121,10 @@ TEST_F(FenceChoiceTest, WhenTheOrderIsFullTheNewestIsTheFence)
     EXPECT_EQ(readOf(3500, 60 + MOST_KEPT - 1), next());
 }
 
-TEST_F(FenceChoiceTest, ALengthIsFoundHoweverManyAreTaken)
+TEST_F(FenceChoiceTest, FreeLengthIsFoundWithTheMostLengthsOccupied)
 {
-    // 23 outstanding, 24 that came unasked, the last answer and the request behind: the most there
-    // can be. All are lengths that fences have.
+    // The most lengths that can be occupied: 23 outstanding requests, 24 unasked replies, the last
+    // accepted answer and the request behind the fence. A fence may have any of these lengths.
     order.ask(readOf(4000, 48), 0, 0);
     order.take(answerOf(READ_HOLDING, 48));
     for (int registers = 1; registers <= MOST_KEPT; ++registers)
@@ -138,16 +138,16 @@ TEST_F(FenceChoiceTest, ALengthIsFoundHoweverManyAreTaken)
     EXPECT_NE(signatureTo(ahead), signatureTo(fence));
 }
 
-TEST_F(FenceChoiceTest, AProgramWithAnotherSeedBeginsWithAnotherLength)
+TEST_F(FenceChoiceTest, AnotherSeedBeginsWithAnotherLength)
 {
     const int registers = registersOf(FenceChoice(4).next(1, order, NOTHING_AHEAD));
     EXPECT_NE(registers, registersOf(FenceChoice(5).next(1, order, NOTHING_AHEAD)));
     EXPECT_EQ(registers, registersOf(FenceChoice(4).next(1, order, NOTHING_AHEAD)));
 }
 
-// Where fences ask.
+// The places that fences read from.
 
-TEST_F(FenceChoiceTest, AfterAFailureTheNextFenceAsksElsewhere)
+TEST_F(FenceChoiceTest, FailureMovesTheFenceToAnotherPlace)
 {
     choice.failed();
     const QByteArray fence = next();
@@ -158,7 +158,7 @@ TEST_F(FenceChoiceTest, AfterAFailureTheNextFenceAsksElsewhere)
     EXPECT_EQ(MARKERS, firstOf(next()));
 }
 
-TEST_F(FenceChoiceTest, WhereTheStationAnsweredAReadIsAPlaceToo)
+TEST_F(FenceChoiceTest, ServedReadIsAPlaceForFences)
 {
     choice.noteServed(readOf(4500, 3));
     choice.failed();
@@ -170,14 +170,14 @@ TEST_F(FenceChoiceTest, WhereTheStationAnsweredAReadIsAPlaceToo)
     EXPECT_EQ(MARKERS, firstOf(next()));
 }
 
-TEST_F(FenceChoiceTest, APlaceThatAnswersIsKept)
+TEST_F(FenceChoiceTest, AnsweredPlaceIsKept)
 {
     choice.failed();
     for (int i = 0; i < 100; ++i)
         EXPECT_EQ(READ_INPUT, functionOf(next()));
 }
 
-TEST_F(FenceChoiceTest, AFenceIsBuiltFromNoWrite)
+TEST_F(FenceChoiceTest, WriteIsNoPlaceForFences)
 {
     choice.noteServed(writeOf(4500, 3));
     for (int i = 0; i < 12; ++i) {
@@ -188,7 +188,7 @@ TEST_F(FenceChoiceTest, AFenceIsBuiltFromNoWrite)
     }
 }
 
-TEST_F(FenceChoiceTest, AWriteHidesNoReadThatWasAnsweredBefore)
+TEST_F(FenceChoiceTest, WriteKeepsTheServedReadAsAPlace)
 {
     choice.noteServed(readOf(4500, 3));
     choice.noteServed(writeOf(4600, 3));

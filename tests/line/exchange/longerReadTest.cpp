@@ -21,7 +21,7 @@ QByteArray read(int function, int first, int count)
     return frameWith(bytes);
 }
 
-/// Register n holds n.
+/// The reply of a station whose register n holds n.
 QByteArray replyOf(int function, int first, int count)
 {
     QByteArray bytes(1, '\x01');
@@ -38,14 +38,14 @@ QByteArray fromHex(const char* text)
 
 } // namespace
 
-TEST(LongerRead, HasOneRegisterMoreBehind)
+TEST(LongerRead, TakesOneRegisterBehind)
 {
     EXPECT_EQ(read(MARKERS, 3000, 3), longerRead(read(MARKERS, 3000, 2)));
     EXPECT_EQ(read(OUTPUTS, 0, 2), longerRead(read(OUTPUTS, 0, 1)));
     EXPECT_EQ(read(INPUTS, 100, 11), longerRead(read(INPUTS, 100, 10)));
 }
 
-TEST(LongerRead, AtTheEndOfItsAreaHasTheRegisterAhead)
+TEST(LongerRead, TakesTheRegisterAheadAtTheEndOfItsArea)
 {
     EXPECT_EQ(read(OUTPUTS, 254, 2), longerRead(read(OUTPUTS, 255, 1)));
     EXPECT_EQ(read(INPUTS, 249, 7), longerRead(read(INPUTS, 250, 6)));
@@ -53,7 +53,7 @@ TEST(LongerRead, AtTheEndOfItsAreaHasTheRegisterAhead)
     EXPECT_EQ(read(MARKERS, 6971, MOST), longerRead(read(MARKERS, 6972, 124)));
 }
 
-TEST(LongerRead, OneRegisterAheadOfTheEndReachesTheEnd)
+TEST(LongerRead, MayReachTheLastRegister)
 {
     EXPECT_EQ(read(OUTPUTS, 254, 2), longerRead(read(OUTPUTS, 254, 1)));
     EXPECT_EQ(read(MARKERS, 7090, 6), longerRead(read(MARKERS, 7090, 5)));
@@ -75,18 +75,18 @@ TEST(LongerRead, NeverLeavesItsArea)
     }
 }
 
-TEST(LongerRead, OfTheMostThatOneRequestMayAskForThereIsNone)
+TEST(LongerRead, IsEmptyFor125Registers)
 {
     EXPECT_TRUE(longerRead(read(MARKERS, 3000, MOST)).isEmpty());
     EXPECT_FALSE(longerRead(read(MARKERS, 3000, MOST - 1)).isEmpty());
 }
 
-TEST(LongerRead, OfNoRegistersThereIsNone)
+TEST(LongerRead, IsEmptyForNoRegisters)
 {
     EXPECT_TRUE(longerRead(read(MARKERS, 3000, 0)).isEmpty());
 }
 
-TEST(LongerRead, OutsideTheAreasThereIsNone)
+TEST(LongerRead, IsEmptyOutsideTheAreas)
 {
     EXPECT_TRUE(longerRead(read(OUTPUTS, 256, 1)).isEmpty());
     EXPECT_TRUE(longerRead(read(OUTPUTS, 2999, 1)).isEmpty());
@@ -95,26 +95,26 @@ TEST(LongerRead, OutsideTheAreasThereIsNone)
     EXPECT_TRUE(longerRead(read(MARKERS, 7090, 10)).isEmpty());
 }
 
-TEST(LongerRead, OfAWriteThereIsNone)
+TEST(LongerRead, IsEmptyForAWrite)
 {
     for (const char* write : {"010500ACFF00", "01060BB904D2", "010F0013000A02CD01"})
         EXPECT_TRUE(longerRead(frameWith(fromHex(write))).isEmpty()) << write;
 }
 
-TEST(CutReply, OfTheRequestItselfIsLeftAsItIs)
+TEST(CutReply, KeepsTheReplyToTheRequestItself)
 {
     const QByteArray reply = replyOf(MARKERS, 3000, 2);
     const QByteArray request = read(MARKERS, 3000, 2);
     EXPECT_EQ(reply, cutReply(reply, request, request));
 }
 
-TEST(CutReply, OfARegisterMoreBehindLosesItsEnd)
+TEST(CutReply, DropsTheRegisterBehind)
 {
     EXPECT_EQ(replyOf(MARKERS, 3000, 2),
               cutReply(replyOf(MARKERS, 3000, 3), read(MARKERS, 3000, 3), read(MARKERS, 3000, 2)));
 }
 
-TEST(CutReply, OfARegisterMoreAheadLosesItsFront)
+TEST(CutReply, DropsTheRegisterAhead)
 {
     EXPECT_EQ(replyOf(INPUTS, 255, 1),
               cutReply(replyOf(INPUTS, 254, 2), read(INPUTS, 254, 2), read(INPUTS, 255, 1)));
@@ -123,13 +123,13 @@ TEST(CutReply, OfARegisterMoreAheadLosesItsFront)
         cutReply(replyOf(MARKERS, 6971, 125), read(MARKERS, 6971, 125), read(MARKERS, 6972, 124)));
 }
 
-TEST(CutReply, OfARefusalIsTheRefusal)
+TEST(CutReply, KeepsARefusal)
 {
     const QByteArray refusal = fromHex("018302C0F1");
     EXPECT_EQ(refusal, cutReply(refusal, read(MARKERS, 3000, 3), read(MARKERS, 3000, 2)));
 }
 
-TEST(CutReply, OfTheLongerReadIsTheReplyToTheRequestEverywhere)
+TEST(CutReply, EqualsTheReplyToTheRequestInEveryPlace)
 {
     for (int count = 1; count < MOST; ++count) {
         for (int first : {0, 256 - count}) {
@@ -141,7 +141,7 @@ TEST(CutReply, OfTheLongerReadIsTheReplyToTheRequestEverywhere)
     }
 }
 
-TEST(AreaStart, IsThatOfTheAreaThatTheRegisterLiesIn)
+TEST(AreaStart, IsTheFirstRegisterOfTheRegistersArea)
 {
     EXPECT_EQ(0, areaStart(INPUTS, 255));
     EXPECT_EQ(0, areaStart(INPUTS, 3000));

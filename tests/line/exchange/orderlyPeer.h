@@ -7,46 +7,47 @@
 #include <random>
 #include <set>
 
-/// What a peer does to its answers. Shares are 0 to 1, times are microseconds.
+/// The faults of a peer. Shares are 0 to 1, times are microseconds.
 struct Habits
 {
-    qint64 service = 2000;     ///< from a request, or the answer ahead of it, to the answer's begin
-    double late = 0;           ///< share of answers that are later than that
-    double lateness = 0;       ///< by up to so many of the host's time-outs
-    qint64 timeOut = 0;        ///< that lateness counts in; 0: the one that the host has just then
-    bool isAlwaysLate = false; ///< by all of the lateness, each time
-    double lost = 0;           ///< share of requests that are never heard
+    qint64 service = 2000;     ///< from a request, or the answer before, to the start of the answer
+    double late = 0;           ///< share of answers that begin at a random time, or later
+    double lateness = 0;       ///< upper limit of that time from the request, in units of timeOut
+    qint64 timeOut = 0;        ///< unit of `lateness`; 0: the host's present time-out
+    bool isAlwaysLate = false; ///< the random time is always its upper limit
+    double lost = 0;           ///< share of requests that no station hears
     double mute = 0;           ///< share of answers that are lost
     double doubled = 0;        ///< share of answers that come twice
-    qint64 doubledAfter = 0;   ///< the second copy comes up to so long behind the first
+    qint64 doubledAfter = 0;   ///< longest time from the first copy to the second copy
     double corrupt = 0;        ///< share of answers with one to three flipped bits
     double stray = 0;          ///< share of answers with up to three stray bytes ahead or behind
     double busy = 0;           ///< share of requests that are refused
-    int firstRefused = 65536;  ///< registers from here on are refused
-    qint64 stallEvery = 0;     ///< begin to begin; 0: it never stalls
-    qint64 stallFor = 0;       ///< then all that was asked is answered, in order
-    int stalledStation = 0;    ///< 0: all of them
-    bool echoes = false;       ///< returns what is sent ahead of all else
+    int firstRefused = 65536;  ///< requests for registers from this number on are refused
+    qint64 stallEvery = 0;     ///< from the start of a stall to the start of the next; 0: no stalls
+    qint64 stallFor = 0;       ///< length of a stall; the waiting requests are answered afterwards
+    int stalledStation = 0;    ///< 0: all stations stall
+    bool echoes = false;       ///< the link returns each request ahead of all other bytes
 };
 
-/// A link with stations that answer in order, each its own requests. It shares no code with the
-/// host. What a station answers names the request: register r of station s holds what valueOf()
-/// says until it is written.
+/// A link with several stations. Each station answers its own requests in order. The class shares
+/// no code with the host. The values identify the request: until register r of station s is
+/// written, it holds valueOf(s, r).
 class OrderlyPeer
 {
 public:
     OrderlyPeer(const Habits& given, unsigned seed) : habits(given), m_random(seed) {}
     virtual ~OrderlyPeer() = default;
 
-    /// A request that has ended on the line at `at`.
-    /// @param timeOut  how long the host waits for the answer
+    /// Takes a request.
+    /// @param at       time at which the request has ended on the line
+    /// @param timeOut  the host's time-out for the answer
     virtual void hear(const QByteArray& request, qint64 at, qint64 timeOut);
 
-    /// When the next bytes come, or -1.
+    /// Time at which the next bytes come; -1: no bytes are on their way.
     qint64 nextAt() const;
     QByteArray takeNext();
 
-    /// What is on its way gets lost.
+    /// Loses the bytes that are on their way.
     void cutLine()
     {
         m_coming.clear();
@@ -57,7 +58,7 @@ public:
         return (reg * 31 + station * 1009) & 0xFFFF;
     }
 
-    /// What a register or coil was written with last; -1: never.
+    /// The value that was last written to a register or coil; -1: no write came.
     int written(int station, int function, int place) const;
 
     std::map<int, bool> isSilent; ///< by station
@@ -69,7 +70,7 @@ protected:
     double drawn();
     QByteArray answerTo(const QByteArray& request);
 
-    /// Bytes come at a time; those of the same time in the order of the calls.
+    /// Lets bytes come at a time. Bytes with the same time come in the order of the calls.
     void come(qint64 at, const QByteArray& bytes)
     {
         m_coming.emplace(at, bytes);
@@ -89,7 +90,8 @@ private:
     std::multimap<qint64, QByteArray> m_coming;
 };
 
-/// The frame of these bytes (MODBUS over Serial Line V1.02, appendix B: a bit at a time).
+/// The given bytes with their checksum, which is worked out bit by bit (MODBUS over Serial Line
+/// V1.02, appendix B).
 QByteArray frameWith(QByteArray bytes);
 
 int byteOf(const QByteArray& bytes, int at);

@@ -1,4 +1,4 @@
-// One habit at a time, with the figures that each must reach.
+// One fault at a time. Each has figures that the exchange must reach.
 
 #include "pollingHost.h"
 
@@ -20,7 +20,7 @@ void expectNothingWrong(const PollRun& run)
     EXPECT_EQ(0, run.falselyConfirmed);
 }
 
-/// Twenty words of one length, so that the plan does not help.
+/// Twenty reads of equal length, so that the plan does not tell them apart.
 std::vector<QByteArray> wordsOfOneLength(int station = 1)
 {
     std::vector<QByteArray> requests;
@@ -32,7 +32,7 @@ std::vector<QByteArray> wordsOfOneLength(int station = 1)
 struct Lateness
 {
     double timeOuts;
-    bool isFixed; ///< else of the time-out that the host has just then
+    bool isFixed; ///< the lateness counts in TIME_OUT; else in the host's present time-out
     bool isNetwork;
 };
 
@@ -42,7 +42,7 @@ class LatePeer : public testing::TestWithParam<Lateness>
 
 } // namespace
 
-TEST_P(LatePeer, IsNeverMisunderstoodAndRightAgainBehindOneFence)
+TEST_P(LatePeer, CausesNoWrongValueAndIsInStepAfterOneFence)
 {
     Habits habits;
     habits.late = 0.3;
@@ -56,10 +56,10 @@ TEST_P(LatePeer, IsNeverMisunderstoodAndRightAgainBehindOneFence)
     host.writeEvery(7);
     host.run(RUN);
     expectNothingWrong(host.figures);
-    // A peer that is always later than any time-out gets few answers through, but right ones.
+    // Of a peer that is later than any time-out few answers count. All of them are right.
     EXPECT_GT(host.figures.answered, GetParam().isFixed ? RUN / 2 : 0);
 
-    // From now on in time: behind what is still on its way, and one fence, all is as at first.
+    // From now on the peer is in time. After the late answers and one fence no fence is needed.
     peer.habits = Habits();
     host.run(50);
     const int fences = host.figures.fences;
@@ -76,7 +76,7 @@ INSTANTIATE_TEST_SUITE_P(ByTimeOuts, LatePeer,
                                          Lateness{11, true, false}, Lateness{11, false, true},
                                          Lateness{100, true, true}, Lateness{100, false, false}));
 
-TEST(AlwaysLatePeer, IsPolledWithATimeOutThatFits)
+TEST(AlwaysLatePeer, GetsATimeOutThatFits)
 {
     Habits habits;
     habits.service = 5 * TIME_OUT;
@@ -91,7 +91,7 @@ TEST(AlwaysLatePeer, IsPolledWithATimeOutThatFits)
     EXPECT_EQ(before.fences, host.figures.fences);
 }
 
-TEST(StalledPeer, AnswersEverythingAfterwardsAndIsAtFullSpeedWithinASecond)
+TEST(StalledPeer, IsPolledAtFullSpeedWithinASecondAfterTheStall)
 {
     for (const qint64 timeOut : {40 * MS, 100 * MS}) {
         for (qint64 stall = 100 * MS; stall <= 5 * SECOND; stall += 20 * MS) {
@@ -114,7 +114,7 @@ TEST(StalledPeer, AnswersEverythingAfterwardsAndIsAtFullSpeedWithinASecond)
     }
 }
 
-TEST(DoublingPeer, ShowsNoOtherValueInAnyPlan)
+TEST(DoublingPeer, CausesNoWrongValueInAnyPlan)
 {
     const std::vector<std::vector<QByteArray>> plans = {
         wordsApart(), wordsOfOneLength(), fullBlocks(), {readOf(3000, 20)}, {readOf(3000, 125)}};
@@ -138,7 +138,7 @@ TEST(DoublingPeer, ShowsNoOtherValueInAnyPlan)
     }
 }
 
-TEST(EchoingLink, ConfirmsNothingOfASilentOrRefusingPeer)
+TEST(EchoingLink, ConfirmsNoWriteOfASilentOrRefusingPeer)
 {
     for (const bool isSilent : {false, true}) {
         for (const int firstRefused : {6000, 65536}) {
@@ -163,7 +163,7 @@ TEST(EchoingLink, ConfirmsNothingOfASilentOrRefusingPeer)
     }
 }
 
-TEST(TwoStations, OfWhichOneStallsLeaveTheOtherItsRateBetweenTheStalls)
+TEST(TwoStations, KeepTheOthersRateBetweenTheStallsOfOne)
 {
     Habits habits;
     OrderlyPeer quiet(habits, 5);
@@ -190,7 +190,7 @@ TEST(TwoStations, OfWhichOneStallsLeaveTheOtherItsRateBetweenTheStalls)
     EXPECT_GT(share, 0.95);
 }
 
-TEST(RefusingPeer, IsPutDownToNoOtherRequestHoweverLateItIs)
+TEST(RefusingPeer, CausesNoWrongRefusalHoweverLateItIs)
 {
     for (const double timeOuts : {1.9, 3.0, 11.0, 100.0}) {
         Habits habits;
@@ -211,7 +211,7 @@ TEST(RefusingPeer, IsPutDownToNoOtherRequestHoweverLateItIs)
     }
 }
 
-TEST(DamagingLine, WithDoubledFramesShowsNothingWrong)
+TEST(DamagingLine, CausesNoWrongValueWithDoubledFrames)
 {
     for (const double share : {0.01, 0.1, 0.3}) {
         Habits habits;
@@ -230,7 +230,7 @@ TEST(DamagingLine, WithDoubledFramesShowsNothingWrong)
     }
 }
 
-TEST(RefusingPeer, OfEverythingCostsNoTimeOut)
+TEST(RefusingPeer, CostsNoTimeOutWhenItRefusesEverything)
 {
     Habits habits;
     habits.firstRefused = 0;

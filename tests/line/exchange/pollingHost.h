@@ -6,24 +6,24 @@
 
 #include <vector>
 
-/// What a run came to.
+/// The counts of a run.
 struct PollRun
 {
     int answered = 0;
-    int wrong = 0; ///< values of another register
+    int wrong = 0; ///< reads that brought the value of another register
     int refused = 0;
-    int wronglyRefused = 0;   ///< refusals of what the peer never refuses
-    int confirmed = 0;        ///< writes
-    int falselyConfirmed = 0; ///< that the peer never executed
+    int wronglyRefused = 0;   ///< refused requests that the peer never refuses
+    int confirmed = 0;        ///< confirmed writes
+    int falselyConfirmed = 0; ///< confirmed writes that the peer never executed
     int givenUp = 0;
-    int sent = 0;
+    int sent = 0; ///< frames, fences included
     int fences = 0;
     int fencesThatWrite = 0;
-    qint64 longestGap = 0; ///< between two answers, in microseconds
+    qint64 longestGap = 0; ///< longest time between two answers, in microseconds
 };
 
-/// Asks a machine for one request after the other, each up to three times as the driver does, and
-/// looks at every answer. The clock jumps from event to event.
+/// A host that gives a machine one request after the other, judges every answer, and tries each
+/// request up to three times, as the driver does. The clock jumps from event to event.
 class PollingHost
 {
 public:
@@ -37,28 +37,28 @@ public:
         m_polled = requests;
     }
 
-    /// A request is asked so often before it is given up.
+    /// Sets the number of attempts for each request.
     void tryEach(int attempts)
     {
         m_attempts = attempts;
     }
 
-    /// One of so many requests is a write of a value of its own to station 1.
+    /// Makes one of so many requests a write to station 1. Each write has another value.
     void writeEvery(int requests)
     {
         m_writeEvery = requests;
     }
 
-    /// Until so many requests have ended.
+    /// Runs until so many requests have ended.
     void run(int requests);
 
-    /// Until so much time has passed.
+    /// Runs until so much time has passed.
     void runFor(qint64 duration);
 
-    /// The link is lost and back after so long.
+    /// Loses the link, and opens it again after `downTime`.
     void reconnect(qint64 downTime);
 
-    /// Answers to a station's requests since the start.
+    /// Number of answers to a station's requests since the start.
     int answeredBy(int station) const
     {
         const auto found = m_answeredBy.find(station);
@@ -68,7 +68,7 @@ public:
     qint64 now = 0;
     PollRun figures;
     ExchangeMachine machine;
-    std::vector<QByteArray> sent; ///< the last thousand
+    std::vector<QByteArray> sent; ///< the last thousand frames that were sent
 
 private:
     void step(qint64 end);
@@ -85,7 +85,7 @@ private:
     int m_started = 0;
     int m_attempts = ATTEMPTS;
     int m_failures = 0;
-    QByteArray m_request; ///< under way; empty: none
+    QByteArray m_request; ///< the request under way; empty: none
     bool m_isRepeat = false;
     qint64 m_lastAnswer = 0;
     int m_ended = 0;
@@ -96,14 +96,14 @@ ExchangeMachine::Settings settingsOf(qint64 answer);
 
 void print(const char* what, const PollRun& run);
 
-/// Reads `count` registers with function 3, or 4 below 1000.
+/// A read of `count` registers: function 4 for registers below 1000, else function 3.
 QByteArray readOf(int first, int count, int station = 1);
 QByteArray writeOf(int reg, int value, int station = 1);
 
-/// Twenty words 200 apart, as a plan with one tag a block reads them.
+/// Reads of twenty words that lie 200 registers apart, as in a plan with one tag in each block.
 std::vector<QByteArray> wordsApart(int station = 1);
 
-/// 2,000 words side by side, in 16 blocks of 125.
+/// Reads of 2,000 neighbouring words, in 16 blocks of 125 words.
 std::vector<QByteArray> fullBlocks();
 
 #endif

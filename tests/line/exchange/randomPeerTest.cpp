@@ -1,5 +1,6 @@
-// Peers that answer in order and have every other fault: no value is ever another register's, no
-// write is confirmed that was not executed, no refusal is put down to another request.
+// Peers that answer in order and have every other fault. No value is ever the value of another
+// register, no write is confirmed that the peer did not execute, and no refusal ends another
+// request.
 
 #include "pollingHost.h"
 
@@ -22,7 +23,7 @@ std::vector<QByteArray> planOf(int kind)
         return {readOf(3000, 20)};
     case 3:
         return {readOf(0, 1), readOf(16, 1), readOf(32, 1)};
-    case 4: { // two stations, all blocks of one length
+    case 4: { // two stations, all blocks of equal length
         std::vector<QByteArray> both;
         for (int i = 0; i < 10; ++i)
             both.push_back(readOf(3000 + 100 * i, 3, 1 + i % 2));
@@ -35,7 +36,7 @@ std::vector<QByteArray> planOf(int kind)
 
 enum { PLANS = 6 };
 
-/// Habits drawn far beyond what a host would expect.
+/// Random faults, far more frequent and longer than on a real link.
 Habits drawnHabits(std::mt19937& random)
 {
     const auto share = [&random](double most) { return double(random() % 1000) / 1000 * most; };
@@ -63,7 +64,7 @@ Habits drawnHabits(std::mt19937& random)
 
 } // namespace
 
-TEST(RandomPeer, IsNeverMisunderstood)
+TEST(RandomPeer, CausesNoWrongValueConfirmationOrRefusal)
 {
     enum { A_RUN = 2000 };
     std::mt19937 random(12);

@@ -4,16 +4,16 @@
 #include <cstdio>
 #include <random>
 
-// Stray bytes around a good reply: whatever they are and however the bytes are cut, the caller must
+// Stray bytes around a good reply. Whatever the bytes are and however they are cut, the caller must
 // get the reply alone, in the same exchange, and the request goes out once. Bytes behind a reply
-// bring a fence ahead of the next request; here its answer comes alone. Frames of the MODBUS
-// Application Protocol V1.1b3 (6.3, 6.6).
+// put a fence ahead of the next request; no stray bytes come around the fence's answer. Frames of
+// the MODBUS Application Protocol V1.1b3 (6.3, 6.6).
 
 namespace {
 
 enum { BYTE_VALUES = 256, SAMPLES = 10000, MOST_TRAILING = 3, MOST_STEPS = 50 };
 
-/// Runs one exchange after the other over a line with stray bytes.
+/// A line with stray bytes, and the exchanges over it.
 class StrayLine
 {
 public:
@@ -23,7 +23,7 @@ public:
         m_machine.linkOpened(0);
     }
 
-    /// One exchange each for bytes that come whole, halved, and one by one.
+    /// Three exchanges with the given stray bytes: the bytes come whole, halved, and one by one.
     void exchangeWith(const QByteArray& ahead, const QByteArray& behind)
     {
         for (const int pieces : {1, 2, 0}) {
@@ -53,7 +53,7 @@ private:
         return made;
     }
 
-    /// The fences ahead of it are answered.
+    /// Advances the machine until it sends the request, and answers the fences ahead of it.
     QByteArray sendRequest()
     {
         for (int steps = 0; steps < MOST_STEPS; ++steps) {
@@ -68,7 +68,7 @@ private:
             m_now += ANSWERED;
             m_machine.received(answerTo(step.send), m_now);
         }
-        return m_request; // never sent, and not counted as such
+        return m_request; // the machine never sent the request: not counted
     }
 
     void count()
@@ -114,7 +114,7 @@ void runAll(StrayLine& line)
 
 } // namespace
 
-TEST(StrayBytes, NoneKeepAReplyFromTheCallerOrReachIt)
+TEST(StrayBytes, NeverHideAReplyNorBecomePartOfIt)
 {
     int cases = 0;
     int right = 0;

@@ -26,7 +26,7 @@ Tag someTag(int number)
 class LostLinkTagsTest : public testing::Test
 {
 protected:
-    LostLinkTagsTest() : values(2, false) {}
+    LostLinkTagsTest() : shared(2, false) {}
 
     /// @return whether both tags come to have the trouble while the host runs
     bool showTrouble(const LinkThread::OpenLink& openLink, const std::string& trouble)
@@ -34,23 +34,23 @@ protected:
         LinkThread::Settings settings;
         settings.firstPauseMs = 1;
         settings.openLink = openLink;
-        LinkThread thread(driver(), settings, values);
+        LinkThread thread(driver(), settings, shared);
         thread.know({someTag(3000), someTag(3001)}, {});
         thread.start();
         for (int waits = 0; waits < MOST_WAITS; ++waits) {
             if (haveTrouble(trouble)) return true;
-            values.waitForNews(WAIT_MS);
-            values.takeNews();
+            shared.waitForNews(WAIT_MS);
+            shared.takeNews();
         }
         return false;
     }
 
-    SharedValues values;
+    SharedValues shared;
 
 private:
     bool haveTrouble(const std::string& trouble) const
     {
-        for (const TagState& state : values.tags()) {
+        for (const TagState& state : shared.tags()) {
             if (state.good || state.trouble.toStdString() != trouble) return false;
         }
         return true;

@@ -30,9 +30,9 @@ std::vector<Clock::time_point> openings(size_t count, const std::deque<QByteArra
         if (times.size() == count) enough.set_value();
         return std::make_unique<ScriptedLink>(portions, ScriptedLink::IS_LOST);
     };
-    SharedValues values(0, false);
+    SharedValues shared(0, false);
     {
-        LinkThread thread(driver(), settings, values);
+        LinkThread thread(driver(), settings, shared);
         thread.start();
         enough.get_future().wait();
     }

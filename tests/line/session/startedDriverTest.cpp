@@ -34,7 +34,7 @@ protected:
     {
         realInitProperty = library.initProperty;
         library.initProperty = notedInitProperty;
-        started.emplace(library, ATTEMPTS);
+        session.emplace(library, ATTEMPTS);
     }
 
     /// Runs the call in another thread while somebody else has the mutex.
@@ -60,36 +60,36 @@ protected:
     }
 
     DriverLibrary library{QString::fromLatin1(KAKB_DRIVER_FILE)};
-    std::optional<StartedDriver> started;
+    std::optional<StartedDriver> session;
 };
 
 TEST_F(StartedDriverTest, RaisesARecipesFlagUnderTheMutex)
 {
     ASSERT_NE(nullptr, lentMutex);
     EXPECT_EQ(0, lentBlock[RECIPE_UPLOAD_FLAG]);
-    EXPECT_TRUE(waitsForTheMutex([this] { started->raise(RECIPE_UPLOAD_FLAG); }));
+    EXPECT_TRUE(waitsForTheMutex([this] { session->raise(RECIPE_UPLOAD_FLAG); }));
     EXPECT_EQ(1, lentBlock[RECIPE_UPLOAD_FLAG]);
     EXPECT_EQ(0, lentBlock[RECIPE_DOWNLOAD_FLAG]);
 }
 
 TEST_F(StartedDriverTest, LooksAtARecipesFlagUnderTheMutex)
 {
-    EXPECT_TRUE(waitsForTheMutex([this] { started->isRaised(RECIPE_UPLOAD_FLAG); }));
+    EXPECT_TRUE(waitsForTheMutex([this] { session->isRaised(RECIPE_UPLOAD_FLAG); }));
 }
 
 TEST_F(StartedDriverTest, ClearsTheBufferOfTheRecipeBefore)
 {
     enum { WORDS = 3 };
-    started->setRecipe({}, QByteArray(2 * WORDS, 'x'));
-    ASSERT_EQ(QByteArray(2 * WORDS, 'x'), started->recipeBytes(2 * WORDS));
-    started->setRecipe({}, QByteArray(2, 'y'));
-    EXPECT_EQ(QByteArray("yy\0\0\0\0", 2 * WORDS), started->recipeBytes(2 * WORDS));
+    session->setRecipe({}, QByteArray(2 * WORDS, 'x'));
+    ASSERT_EQ(QByteArray(2 * WORDS, 'x'), session->recipeBytes(2 * WORDS));
+    session->setRecipe({}, QByteArray(2, 'y'));
+    EXPECT_EQ(QByteArray("yy\0\0\0\0", 2 * WORDS), session->recipeBytes(2 * WORDS));
 }
 
 TEST_F(StartedDriverTest, TakesBackWhatItLent)
 {
     ASSERT_NE(nullptr, lentBlock);
-    started.reset();
+    session.reset();
     EXPECT_EQ(nullptr, lentBlock);
     EXPECT_EQ(nullptr, lentMutex);
 }

@@ -40,19 +40,19 @@ double shareOfOneRequest(const LineTiming& timing)
     settings.openLink = [] {
         return std::make_unique<ScriptedLink>(std::deque<QByteArray>(), ScriptedLink::STAYS_SILENT);
     };
-    SharedValues values(1, true);
+    SharedValues shared(1, true);
     {
-        LinkThread thread(driver(), settings, values);
+        LinkThread thread(driver(), settings, shared);
         thread.poll({tag}, {block});
         thread.start();
         std::vector<FrameRecord> frames;
         while (frames.empty()) {
-            values.waitForNews(WAIT_MS);
-            frames = values.takeNews().frames;
+            shared.waitForNews(WAIT_MS);
+            frames = shared.takeNews().frames;
         }
         EXPECT_EQ(8, int(frames.front().bytes.size()));
     }
-    return values.figures(HOUR).wholeRun.wireShare;
+    return shared.figures(HOUR).wholeRun.wireShare;
 }
 
 } // namespace

@@ -7,7 +7,7 @@
 
 // MODBUS Application Protocol V1.1b3, 7.
 
-TEST(ExceptionText, EachCodeOfTheProtocolHasWordsOfItsOwn)
+TEST(ExceptionText, EachProtocolCodeHasItsOwnWords)
 {
     std::set<std::string> texts;
     for (int code : {1, 2, 3, 4, 5, 6, 8, 10, 11})
@@ -16,7 +16,7 @@ TEST(ExceptionText, EachCodeOfTheProtocolHasWordsOfItsOwn)
     EXPECT_EQ(0u, texts.count(exceptionText(255)));
 }
 
-TEST(ExceptionText, WordsSayWhatTheProtocolSays)
+TEST(ExceptionText, WordsMatchTheProtocolsMeaning)
 {
     EXPECT_STREQ("illegal function", exceptionText(1));
     EXPECT_STREQ("illegal address", exceptionText(2));
@@ -25,7 +25,7 @@ TEST(ExceptionText, WordsSayWhatTheProtocolSays)
     EXPECT_STREQ("gateway target does not respond", exceptionText(11));
 }
 
-TEST(ExceptionText, AnyOtherCodeIsCalledUnknown)
+TEST(ExceptionText, OtherCodesAreUnknown)
 {
     for (int code = 0; code < 256; ++code) {
         const bool isOfProtocol = (code >= 1 && code <= 6) || code == 8 || code == 10 || code == 11;
@@ -35,7 +35,7 @@ TEST(ExceptionText, AnyOtherCodeIsCalledUnknown)
     EXPECT_STREQ("unknown exception", exceptionText(-1));
 }
 
-TEST(ExceptionText, TheCodesThatAreAskedAgainAreAcknowledgeAndBusy)
+TEST(ExceptionText, OnlyAcknowledgeAndBusyAreAskedAgain)
 {
     EXPECT_EQ(5, STILL_WORKING);
     EXPECT_EQ(6, DEVICE_BUSY);

@@ -22,13 +22,13 @@ const char* const KNOWN_FRAMES[] = {
 
 } // namespace
 
-TEST(FrameShape, AKnownFrameHasTheRightChecksum)
+TEST(FrameShape, KnownFrameHasTheRightChecksum)
 {
     for (const char* frame : KNOWN_FRAMES)
         EXPECT_TRUE(hasRightChecksum(fromHex(frame))) << frame;
 }
 
-TEST(FrameShape, AFrameIsItsBytesAndTheKnownChecksum)
+TEST(FrameShape, FrameIsItsBytesAndTheKnownChecksum)
 {
     for (const char* text : KNOWN_FRAMES) {
         const QByteArray frame = fromHex(text);
@@ -36,7 +36,7 @@ TEST(FrameShape, AFrameIsItsBytesAndTheKnownChecksum)
     }
 }
 
-TEST(FrameShape, AChecksumIsThatOfTheBitByBitMethod)
+TEST(FrameShape, ChecksumEqualsTheBitByBitMethod)
 {
     std::mt19937 random(3);
     for (int length = 1; length <= 254; ++length) {
@@ -47,7 +47,7 @@ TEST(FrameShape, AChecksumIsThatOfTheBitByBitMethod)
     }
 }
 
-TEST(FrameShape, EveryFlippedBitSpoilsTheChecksum)
+TEST(FrameShape, AnyFlippedBitMakesTheChecksumWrong)
 {
     const QByteArray frame = fromHex("010304123456788107");
     for (int bit = 0; bit < 8 * frame.size(); ++bit) {
@@ -57,19 +57,19 @@ TEST(FrameShape, EveryFlippedBitSpoilsTheChecksum)
     }
 }
 
-TEST(FrameShape, ExchangedChecksumBytesAreNoChecksum)
+TEST(FrameShape, SwappedChecksumBytesAreWrong)
 {
     EXPECT_FALSE(hasRightChecksum(fromHex("01030BB800020A46")));
 }
 
-TEST(FrameShape, NothingShorterThanAFrameHasAChecksum)
+TEST(FrameShape, TooShortFramesHaveNoChecksum)
 {
     EXPECT_FALSE(hasRightChecksum(QByteArray()));
     EXPECT_FALSE(hasRightChecksum(fromHex("FFFF"))); // the checksum of no bytes
     EXPECT_FALSE(hasRightChecksum(frameWith(fromHex("01"))));
 }
 
-TEST(FrameShape, BytesAndWordsAreWithoutSign)
+TEST(FrameShape, BytesAndWordsAreUnsigned)
 {
     const QByteArray frame = fromHex("80FFFE01");
     EXPECT_EQ(0x80, frameByte(frame, 0));
@@ -78,7 +78,7 @@ TEST(FrameShape, BytesAndWordsAreWithoutSign)
     EXPECT_EQ(0xFE01, frameWord(frame, 2));
 }
 
-TEST(FrameShape, AReadRequestHasItsFieldsInOrder)
+TEST(FrameShape, ReadRequestHasItsFieldsInOrder)
 {
     EXPECT_EQ(fromHex("01030BB80002460A"), readRequest(1, READ_HOLDING, 3000, 2));
     EXPECT_EQ(frameWith(fromHex("F704FFFE007D")), readRequest(247, READ_INPUT, 65534, 125));
@@ -93,7 +93,7 @@ TEST(FrameShape, OnlyFunctions3And4AreReads)
     }
 }
 
-TEST(FrameShape, AReadIsAnsweredByTwoBytesARegisterAndFive)
+TEST(FrameShape, ReadReplyHasFiveBytesAndTwoForEachRegister)
 {
     for (int registers = 1; registers <= 125; ++registers) {
         EXPECT_EQ(2 * registers + 5, dueReplyLength(readRequest(1, READ_HOLDING, 0, registers)));
@@ -101,7 +101,7 @@ TEST(FrameShape, AReadIsAnsweredByTwoBytesARegisterAndFive)
     }
 }
 
-TEST(FrameShape, AWriteIsAnsweredByEightBytes)
+TEST(FrameShape, WriteReplyHasEightBytes)
 {
     // MODBUS Application Protocol V1.1b3, 6.5, 6.6, 6.11 and 6.12.
     for (const char* request : {"010500ACFF00", "010600010003", "010F0013000A02CD01",
@@ -110,7 +110,7 @@ TEST(FrameShape, AWriteIsAnsweredByEightBytes)
         EXPECT_EQ(8, dueReplyLength(frameWith(fromHex(request)))) << request;
 }
 
-TEST(FrameShape, WhatNoStationAnswersIsDueNothing)
+TEST(FrameShape, UnanswerableRequestHasReplyLengthZero)
 {
     EXPECT_EQ(0, dueReplyLength(frameWith(fromHex("00060BB904D2")))); // a broadcast
     EXPECT_EQ(0, dueReplyLength(frameWith(fromHex("010100130013")))); // a function never sent

@@ -13,7 +13,7 @@ LineSettings settings(int baud)
 
 } // namespace
 
-TEST(LineTiming, ADriversParameterGivesTheSettings)
+TEST(LineTiming, DriverParameterGivesTheSettings)
 {
     const QStringList texts = QString::fromLatin1("9600,7,EVEN,2").split(QLatin1Char(','));
     const LineSettings read = LineSettings::fromTexts(texts);
@@ -23,7 +23,7 @@ TEST(LineTiming, ADriversParameterGivesTheSettings)
     EXPECT_EQ(2, read.stopBits);
 }
 
-TEST(LineTiming, WhatIsNoSettingLeavesTheDefault)
+TEST(LineTiming, MalformedTextKeepsTheDefault)
 {
     const QStringList texts = QString::fromLatin1("fast,,MAYBE,-1").split(QLatin1Char(','));
     const LineSettings read = LineSettings::fromTexts(texts);
@@ -33,7 +33,7 @@ TEST(LineTiming, WhatIsNoSettingLeavesTheDefault)
     EXPECT_EQ(1, read.stopBits);
 }
 
-TEST(LineTiming, ParityIsNamedInEitherCase)
+TEST(LineTiming, ParityNameMayBeUpperOrLowerCase)
 {
     const struct
     {
@@ -52,7 +52,7 @@ TEST(LineTiming, ParityIsNamedInEitherCase)
     }
 }
 
-TEST(LineTiming, AnyOtherNameLeavesTheParityAsItIs)
+TEST(LineTiming, UnknownNameKeepsTheParity)
 {
     for (const char* text : {"MARK", "", "EVENODD"}) {
         LineSettings::Parity parity = LineSettings::ODD_PARITY;
@@ -61,7 +61,7 @@ TEST(LineTiming, AnyOtherNameLeavesTheParityAsItIs)
     }
 }
 
-TEST(LineTiming, ACharacterIsStartDataAndStopBits)
+TEST(LineTiming, CharacterHasStartDataAndStopBits)
 {
     // 8 bytes of 10 bits at 9600 baud are 8333.3 microseconds; of 9 bits, 7500.
     EXPECT_EQ(8334, LineTiming(settings(9600)).frame(8));
@@ -70,7 +70,7 @@ TEST(LineTiming, ACharacterIsStartDataAndStopBits)
     EXPECT_EQ(7500, LineTiming(shorter).frame(8));
 }
 
-TEST(LineTiming, EitherParityAddsABitToEachCharacter)
+TEST(LineTiming, ParityAddsOneBitToEachCharacter)
 {
     // 8 bytes of 11 bits at 9600 baud are 9166.7 microseconds.
     for (LineSettings::Parity parity : {LineSettings::EVEN_PARITY, LineSettings::ODD_PARITY}) {
@@ -80,7 +80,7 @@ TEST(LineTiming, EitherParityAddsABitToEachCharacter)
     }
 }
 
-TEST(LineTiming, NothingTakesTimeOnANetworkLink)
+TEST(LineTiming, NetworkLinkTakesNoTime)
 {
     EXPECT_EQ(0, LineTiming::network().frame(256));
     EXPECT_EQ(0, LineTiming::network().silentInterval());

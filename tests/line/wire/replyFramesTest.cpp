@@ -33,7 +33,7 @@ QByteArray read(const QByteArray& received)
     return replyTo(READ_REQUEST, received);
 }
 
-/// The reply must come out of the bytes at the moment when its last byte is there, not before.
+/// The reply must be found as soon as its last byte is there, and not before.
 void expectFound(const QByteArray& ahead, const QByteArray& reply, const QByteArray& behind,
                  const QByteArray& request)
 {
@@ -64,7 +64,7 @@ std::string nameOf(const testing::TestParamInfo<Exchange>& named)
 
 } // namespace
 
-TEST(ReplyTo, AReplyIsFoundByteByByteBehindAnyStrayByte)
+TEST(ReplyTo, FindsAReplyBehindAnyStrayByte)
 {
     for (int stray = 0; stray < 256; ++stray) {
         const QByteArray ahead(1, static_cast<char>(stray));
@@ -73,7 +73,7 @@ TEST(ReplyTo, AReplyIsFoundByteByByteBehindAnyStrayByte)
     }
 }
 
-TEST(ReplyTo, AReplyIsFoundBehindAnyTwoStrayBytes)
+TEST(ReplyTo, FindsAReplyBehindAnyTwoStrayBytes)
 {
     for (int stray = 0; stray < 65536; ++stray) {
         QByteArray ahead(2, static_cast<char>(stray >> 8));
@@ -82,7 +82,7 @@ TEST(ReplyTo, AReplyIsFoundBehindAnyTwoStrayBytes)
     }
 }
 
-TEST(ReplyTo, AReplyIsFoundBetweenThreeStrayBytesAndThree)
+TEST(ReplyTo, FindsAReplyBetweenThreeStrayBytesOnEachSide)
 {
     std::mt19937 random(20);
     for (int i = 0; i < 2000; ++i) {
@@ -94,19 +94,19 @@ TEST(ReplyTo, AReplyIsFoundBetweenThreeStrayBytesAndThree)
     }
 }
 
-TEST(ReplyTo, ARefusalIsAReplyToo)
+TEST(ReplyTo, FindsARefusal)
 {
     EXPECT_EQ(REFUSAL, read(fromHex("FF") + REFUSAL));
 }
 
-TEST(ReplyTo, OfTwoRepliesTheFirstIsTaken)
+TEST(ReplyTo, TakesTheFirstOfTwoReplies)
 {
     const QByteArray other = frame("01030400010002");
     EXPECT_EQ(READ_REPLY, read(READ_REPLY + other));
     EXPECT_EQ(other, read(other + READ_REPLY));
 }
 
-TEST(ReplyTo, AReplyIsFoundBehindOneToAnotherRequest)
+TEST(ReplyTo, FindsAReplyBehindTheReplyToAnotherRequest)
 {
     EXPECT_EQ(READ_REPLY, read(frame("0103020001") + WRITE_REQUEST + READ_REPLY));
 }
@@ -141,13 +141,13 @@ INSTANTIATE_TEST_SUITE_P(Each, OtherAnswers,
                                          OtherAnswer{"a refusal of another function", "018402C2C1"},
                                          OtherAnswer{"an echo of a write", "01060BB904D2D896"}));
 
-TEST(ReplyTo, AnEchoOfAnotherWriteIsNotTaken)
+TEST(ReplyTo, IgnoresTheEchoOfAnotherWrite)
 {
     const QByteArray other = fromHex("01060BB8000A");
     EXPECT_TRUE(replyTo(WRITE_REQUEST, other + fromHex("8BCC")).isEmpty());
 }
 
-// Each function that is sent, with the answer that the protocol's document gives for it.
+// Each function that the driver sends, with the answer from the protocol's document.
 
 class Answers : public testing::TestWithParam<Exchange>
 {
@@ -156,13 +156,13 @@ protected:
     const QByteArray answer = frame(GetParam().answer);
 };
 
-TEST_P(Answers, HaveTheSignatureThatTheRequestAsksFor)
+TEST_P(Answers, HaveTheSignatureThatTheRequestExpects)
 {
     EXPECT_EQ(answerSignature(request), signatureOf(answer));
     EXPECT_EQ(answer, replyTo(request, answer));
 }
 
-TEST_P(Answers, AreAsLongAsTheirFrame)
+TEST_P(Answers, HaveTheLengthOfTheirFrame)
 {
     EXPECT_EQ(answer.size(), replyLengthAt(answer, 0));
     EXPECT_EQ(answer.size(), replyLengthAt(fromHex("55AA") + answer + fromHex("55"), 2));
@@ -191,24 +191,24 @@ INSTANTIATE_TEST_SUITE_P(
                     Exchange{"WriteMultipleRegisters", "01100001000204000A0102", "011000010002"}),
     nameOf);
 
-TEST(Signature, OfAReadIsStationFunctionAndNumberOfBytes)
+TEST(Signature, IsStationFunctionAndByteCountForARead)
 {
     EXPECT_EQ(fromHex("010304"), answerSignature(READ_REQUEST));
     EXPECT_EQ(fromHex("F704FA"), answerSignature(frame("F7040000007D")));
 }
 
-TEST(Signature, OfAWriteIsItsFirstSixBytes)
+TEST(Signature, IsTheFirstSixBytesForAWrite)
 {
     EXPECT_EQ(fromHex("01060BB904D2"), answerSignature(WRITE_REQUEST));
     EXPECT_EQ(fromHex("01060BB904D2"), signatureOf(WRITE_REQUEST));
 }
 
-TEST(Signature, OfReadsOfOneLengthIsTheSameWhereverTheyRead)
+TEST(Signature, IsTheSameForReadsOfEqualLength)
 {
     EXPECT_EQ(answerSignature(frame("01030BB80002")), answerSignature(frame("01030C000002")));
 }
 
-TEST(ExceptionCode, IsToldOfRefusalsAlone)
+TEST(ExceptionCode, IsGivenForRefusalsOnly)
 {
     EXPECT_EQ(2, exceptionCodeOf(REFUSAL));
     EXPECT_EQ(255, exceptionCodeOf(frame("0190FF")));
@@ -225,14 +225,14 @@ TEST(ReplyLength, IsFoundUpToTheLongestReply)
     }
 }
 
-TEST(ReplyLength, IsNoneForAReadReplyOfNoBytesOrOfAnOddNumber)
+TEST(ReplyLength, IsZeroForAnEmptyOrOddReadReply)
 {
     EXPECT_EQ(0, replyLengthAt(frame("010300"), 0));
     EXPECT_EQ(0, replyLengthAt(frame("01030112"), 0));
     EXPECT_EQ(0, replyLengthAt(frame("010303123456"), 0));
 }
 
-TEST(ReplyLength, IsNoneForFunctionsThatAreNeverSent)
+TEST(ReplyLength, IsZeroForFunctionsThatAreNeverSent)
 {
     for (const char* text : {"0101021234", "010212", "0107FF", "0181025555", "01161234567890"})
         EXPECT_EQ(0, replyLengthAt(frame(text), 0)) << text;
