@@ -82,7 +82,7 @@ static int packedBytes(int bits)
     return bits > 0 ? (bits - 1) / BYTE_BITS + 1 : bits / BYTE_BITS;
 }
 
-static const FRAME_PRO EMPTY_FRAME;
+static const FRAME_PRO EMPTY_FRAME = FRAME_PRO();
 
 /// Frames are filled where they lie in the queue, because they are large to copy.
 static FRAME_PRO& queueFrame(const VARIABLE& var)

@@ -61,20 +61,23 @@ enum {
     FRAME_BYTES = 1024  ///< longest request
 };
 
-// The records assign their bytes as a whole: an assignment that the compiler makes up goes byte by
-// byte.
+// The records are aggregates in C++14 and C++17: `VARIABLE var = {1, 2, area, 3000, 1, {}}`. C++11
+// knows no aggregate with initial values; there, set the fields one by one.
+//
+// Three records copy their bytes with memcpy: the assignment that a compiler generates copies byte
+// by byte.
 
 /// One PLC variable, or a block of PLC memory.
 struct VARIABLE
 {
-    qint32 varId;    ///< the host's own of a write or a one-shot read; 4: polled; recipe: any
-    qint32 station;  ///< the lowest byte is sent; 0 is a broadcast: no station answers
-    QString regName; ///< MW, IW, QW, MX, IX or QX
-    qint32 addr;     ///< address number of the first unit
-    qint32 count;    ///< words or bits
-    unsigned char value[VALUE_BYTES]; ///< words low byte first, bits one byte each
+    qint32 varId = 0;   ///< writes and one-shot reads: the host's number; polled: 4; recipe: any
+    qint32 station = 0; ///< the lowest byte is sent; 0 is a broadcast: no station answers
+    QString regName;    ///< MW, IW, QW, MX, IX or QX
+    qint32 addr = 0;    ///< address number of the first unit
+    qint32 count = 0;   ///< words or bits
+    unsigned char value[VALUE_BYTES] = {}; ///< words low byte first, bits one byte each
 
-    VARIABLE() : varId(0), station(0), addr(0), count(0), value() {}
+    VARIABLE() = default;
     /// Copies every field.
     VARIABLE(const VARIABLE&) = default;
     /// Copies every field.
@@ -94,15 +97,16 @@ struct VARIABLE
 /// One request frame and what its reply must look like.
 struct FRAME_PRO
 {
-    unsigned char sendBuf[FRAME_BYTES]; ///< the request, checksum included
-    qint32 sendLen;                     ///< bytes of sendBuf to send; 0: send nothing
-    qint32 recvLen;   ///< exact length of the reply; 0 or less, or with sendLen 0: none can come
-    qint32 dataStart; ///< offset of the first data byte in a read reply, else 0
-    qint32 itemCount; ///< words or bits that a read asked for; 0: a write, or a read of station 0
-    qint32 spare;     ///< not used
+    unsigned char sendBuf[FRAME_BYTES] = {}; ///< the request, checksum included
+    qint32 sendLen = 0;                      ///< bytes of sendBuf to send; 0: send nothing
+    qint32 recvLen = 0; ///< exact length of the reply; 0 or less, or with sendLen 0: none can come
+    qint32 dataStart = 0; ///< offset of the first data byte in a read reply, else 0
+    qint32 itemCount =
+        0;            ///< words or bits that a read asked for; 0: a write, or a read of station 0
+    qint32 spare = 0; ///< not used
     VARIABLE var;     ///< what the frame reads or writes
 
-    FRAME_PRO() : sendBuf(), sendLen(0), recvLen(0), dataStart(0), itemCount(0), spare(0) {}
+    FRAME_PRO() = default;
     /// Copies every field.
     FRAME_PRO(const FRAME_PRO&) = default;
     /// Copies every field.
@@ -123,18 +127,18 @@ struct FRAME_PRO
 /// One address key of the host: what to poll, or what to read once.
 struct KEY_ADDRESS
 {
-    QString label;                   ///< the host's
-    qint32 param1;                   ///< the host's
-    qint32 param2;                   ///< the host's
-    qint32 station;                  ///< only keys of one station share a request
-    QString regName;                 ///< MW, IW, QW, MX, IX or QX
-    QString typeText;                ///< the host's
-    qint32 addr;                     ///< address number
-    qint32 unitMode;                 ///< -1: a bit area; anything else: a word area
-    qint32 count;                    ///< units from addr on
-    unsigned char data[VALUE_BYTES]; ///< the host's; the driver reads it nowhere
+    QString label;                        ///< the host's
+    qint32 param1 = 0;                    ///< the host's
+    qint32 param2 = 0;                    ///< the host's
+    qint32 station = 0;                   ///< only keys of one station share a request
+    QString regName;                      ///< MW, IW, QW, MX, IX or QX
+    QString typeText;                     ///< the host's
+    qint32 addr = 0;                      ///< address number
+    qint32 unitMode = 0;                  ///< -1: a bit area; anything else: a word area
+    qint32 count = 0;                     ///< units from addr on
+    unsigned char data[VALUE_BYTES] = {}; ///< the host's; the driver does not use it
 
-    KEY_ADDRESS() : param1(0), param2(0), station(0), addr(0), unitMode(0), count(0), data() {}
+    KEY_ADDRESS() = default;
     /// Copies every field.
     KEY_ADDRESS(const KEY_ADDRESS&) = default;
     /// Copies every field.
@@ -158,15 +162,13 @@ struct KEY_ADDRESS
 /// One recipe variable.
 struct _RCP_VAR_PRO
 {
-    qint32 linkNo;  ///< the driver keeps records whose linkNo is the first number of its properties
-    qint32 station; ///< 0 is a broadcast: a download to all, and no upload
-    QString regName;  ///< MW, IW, QW, MX, IX or QX
-    qint32 addr;      ///< address number of the first unit
-    qint32 count;     ///< words or bits
-    qint32 bufOffset; ///< place of the first value in the recipe buffer, in 16-bit words
-    qint32 spare;     ///< the host's
-
-    _RCP_VAR_PRO() : linkNo(0), station(0), addr(0), count(0), bufOffset(0), spare(0) {}
+    qint32 linkNo = 0;    ///< the driver keeps records whose linkNo is its context number
+    qint32 station = 0;   ///< 0 is a broadcast: a download to all, and no upload
+    QString regName;      ///< MW, IW, QW, MX, IX or QX
+    qint32 addr = 0;      ///< address number of the first unit
+    qint32 count = 0;     ///< words or bits
+    qint32 bufOffset = 0; ///< place of the first value in the recipe buffer, in 16-bit words
+    qint32 spare = 0;     ///< the host's
 };
 
 Q_DECLARE_TYPEINFO(VARIABLE, Q_MOVABLE_TYPE);
