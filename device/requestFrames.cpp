@@ -1,7 +1,7 @@
 #include "requestFrames.h"
 
+#include "addressBase.h"
 #include "areaClass.h"
-#include "areaRow.h"
 #include "checksum.h"
 #include "driverState.h"
 #include "wrapAround.h"
@@ -112,7 +112,7 @@ int getReadFrame(const QList<VARIABLE>& variables)
     int firstRegister = var.addr;
     int registers = var.count;
     if (!isWordArea(var.regName)) {
-        const int base = var.regName == QLatin1String("MX") ? MARKER_BASE : 0;
+        const int base = addressBase(var.regName, BITS);
         const int bit = wrapSub(var.addr, base);
         firstRegister = bit / REGISTER_BITS + base;
         registers = registersOfBits(wrapAdd(bit % REGISTER_BITS, var.count));

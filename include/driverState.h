@@ -35,7 +35,7 @@ enum FrameKind {
     FRAME_IDLE = 0,
     FRAME_HANDSHAKE = 1,
     FRAME_WRITE = 2,
-    FRAME_CONDITIONAL_READ = 3,
+    FRAME_ONE_SHOT_READ = 3,
     FRAME_CYCLIC_READ = 4,
     FRAME_RECIPE_DOWNLOAD = 5,
     FRAME_RECIPE_UPLOAD = 6
@@ -91,7 +91,7 @@ public:
     VARIABLE curVar;               ///< the variable that the frame was built from
     QList<VARIABLE> curReadList;   ///< curVar again, as the read-frame builder takes it
     qint32 frameKind = FRAME_IDLE; ///< a FrameKind
-    qint32 priorityCount = 0;      ///< write and conditional-read frames sent one after the other
+    qint32 priorityCount = 0;      ///< write and one-shot read frames sent one after the other
     qint32 handshakePending = 0;   ///< nonzero: the next frame is the handshake; nothing sets it
     qint32 failCount = 0;          ///< rejected replies to the frame at the head of frameQueue
 

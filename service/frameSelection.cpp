@@ -7,7 +7,7 @@
 // Which frame goes out next. Writes come before one-shot reads and those before cyclic reads, but
 // both counts are capped so that a busy panel keeps polling.
 
-enum { WRITES_IN_A_ROW = 10, PRIORITY_FRAMES_BEFORE_CONDITIONAL = 3, FLAG_RAISED = 1 };
+enum { WRITES_IN_A_ROW = 10, PRIORITY_FRAMES_BEFORE_ONE_SHOT = 3, FLAG_RAISED = 1 };
 
 struct RECIPE_REQUESTS
 {
@@ -54,7 +54,7 @@ static void buildCurrentFrame()
     case FRAME_WRITE:
     case FRAME_RECIPE_DOWNLOAD:
         return buildWriteFrame();
-    case FRAME_CONDITIONAL_READ:
+    case FRAME_ONE_SHOT_READ:
     case FRAME_CYCLIC_READ:
     case FRAME_RECIPE_UPLOAD:
         return buildReadFrame();
@@ -90,8 +90,8 @@ static void buildVariableFrame()
     const int count = driver.priorityCount;
     if (!driver.writeList.isEmpty() && count < WRITES_IN_A_ROW)
         return buildFrameFor(driver.writeList, FRAME_WRITE, count + 1);
-    if (!driver.condReadList.isEmpty() && count < PRIORITY_FRAMES_BEFORE_CONDITIONAL)
-        return buildFrameFor(driver.condReadList, FRAME_CONDITIONAL_READ, count + 1);
+    if (!driver.condReadList.isEmpty() && count < PRIORITY_FRAMES_BEFORE_ONE_SHOT)
+        return buildFrameFor(driver.condReadList, FRAME_ONE_SHOT_READ, count + 1);
     if (!driver.readList.isEmpty()) return buildFrameFor(driver.readList, FRAME_CYCLIC_READ, 0);
     driver.priorityCount = 0;
     driver.frameKind = FRAME_IDLE;

@@ -1,5 +1,6 @@
 #include "multiCopy.h"
 
+#include "addressBase.h"
 #include "addressCodec.h"
 #include "areaRow.h"
 #include "quorvane_ka_kb_plc.h"
@@ -13,8 +14,7 @@ static QString wordText(const QString& regName, const QString& format, int numbe
 {
     const quint32 byteOffset = quint32(wrapMul(number, 2));
     if (format.startsWith(QLatin1Char('D'))) {
-        const bool marker = regName == QLatin1String("MW");
-        return QString::number(marker ? byteOffset - 2u * MARKER_BASE : byteOffset);
+        return QString::number(byteOffset - 2u * quint32(addressBase(regName, WORDS)));
     }
     if (format.startsWith(QLatin1Char('H'))) return QString::number(byteOffset, 16);
     if (format.startsWith(QLatin1Char('O'))) return QString::number(byteOffset, 8);

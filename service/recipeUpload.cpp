@@ -2,7 +2,7 @@
 
 #include "changeNotification.h"
 #include "driverState.h"
-#include "replyDecoding.h"
+#include "replyBytes.h"
 #include "wrapAround.h"
 
 // What the callback is told for a filled word, in place of context, station and area.

@@ -1,8 +1,10 @@
 #include "replyDecoding.h"
 
+#include "addressBase.h"
 #include "changeNotification.h"
 #include "dataAreas.h"
 #include "recipeUpload.h"
+#include "replyBytes.h"
 #include "serviceForProtocol.h"
 #include "variableName.h"
 #include "wrapAround.h"
@@ -11,11 +13,6 @@
 #include <utility>
 
 enum { GROUP_BITS = 16, BYTE_BITS = 8 };
-
-quint8 replyByte(const QByteArray& reply, qint64 at)
-{
-    return quint64(at) < quint64(reply.size()) ? quint8(reply.at(int(at))) : quint8(0);
-}
 
 /// A read that brings a changed value ends the pending state of a write, unless bits of the unit
 /// are still to be written.
@@ -67,7 +64,7 @@ static void decodeUnits(const QByteArray& reply, int count, int dataStart, const
 /// First bit of the group of 16 that holds `addr`. Marker groups are counted from 3000.
 static int groupStart(const QString& regName, int addr)
 {
-    const int base = regName == QLatin1String("MX") ? MARKER_BASE : 0;
+    const int base = addressBase(regName, BITS);
     return wrapAdd(wrapSub(addr, base) / GROUP_BITS * GROUP_BITS, base);
 }
 

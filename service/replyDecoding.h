@@ -17,7 +17,4 @@ void analyzeFrameOfVal(const QByteArray& reply, int count, int dataStart, const 
 void decodeReplyInRow(AreaRow row, const QByteArray& reply, int count, int dataStart,
                       const VARIABLE& var);
 
-/// Byte `at` of a reply; what lies outside the reply counts as 0.
-quint8 replyByte(const QByteArray& reply, qint64 at);
-
 #endif

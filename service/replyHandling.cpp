@@ -9,8 +9,8 @@
 
 #include <QMutexLocker>
 
-// What the callback is told when the conditional read queued last has ended.
-enum { CONDITIONAL_READ_DONE = 0, CONDITIONAL_READ_FAILED = -1, NO_CONTEXT = -1, NO_STATION = -1 };
+// What the callback is told when the one-shot read queued last has ended.
+enum { ONE_SHOT_READ_DONE = 0, ONE_SHOT_READ_FAILED = -1, NO_CONTEXT = -1, NO_STATION = -1 };
 
 int dealReadFrameReturnSaveData(QByteArray reply)
 {
@@ -26,13 +26,13 @@ static void finishWrite()
     driver.writeList.removeFirst();
 }
 
-static void finishConditionalRead()
+static void finishOneShotRead()
 {
     if (driver.condReadList.isEmpty()) return;
     const bool failed = driver.commFailed != 0;
     if (namesSameBlock(driver.condReadList.at(0), driver.condVar))
         notifyHost(NO_CONTEXT, NO_STATION, QLatin1String("-1"),
-                   failed ? CONDITIONAL_READ_FAILED : CONDITIONAL_READ_DONE);
+                   failed ? ONE_SHOT_READ_FAILED : ONE_SHOT_READ_DONE);
     if (failed)
         driver.condReadList.clear();
     else
@@ -64,8 +64,8 @@ void dealListWhenFinish()
     switch (driver.frameKind) {
     case FRAME_WRITE:
         return finishWrite();
-    case FRAME_CONDITIONAL_READ:
-        return finishConditionalRead();
+    case FRAME_ONE_SHOT_READ:
+        return finishOneShotRead();
     case FRAME_CYCLIC_READ:
         return finishCyclicRead();
     case FRAME_RECIPE_DOWNLOAD:

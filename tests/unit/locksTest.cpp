@@ -156,11 +156,11 @@ TEST_F(Locks, TheTwoMutexesAreNeverHeldTogether)
 
 TEST_F(Locks, ReadsEndWithoutAnyMutex)
 {
-    queueConditionalReads(1);
+    queueOneShotReads(1);
     poll(2);
     hostMutex.lock();
     driver.queueMutex.lock();
-    finish(FRAME_CONDITIONAL_READ);
+    finish(FRAME_ONE_SHOT_READ);
     finish(FRAME_CYCLIC_READ);
     driver.queueMutex.unlock();
     hostMutex.unlock();
@@ -181,7 +181,7 @@ TEST_F(Locks, NoMutexIsHeldWhileTheHostIsTold)
     KEY_ADDRESS wanted = key(1, "IW", 5, 1);
     intf_addConditionRead(wanted, 0);
     request();
-    answerWord(0); // of the end of a conditional read
+    answerWord(0); // of the end of a one-shot read
     QVector<_RCP_VAR_PRO> records = {recipeVariable(CONTEXT, 1, "MW", 3000, 1, 0)};
     intf_setRcpAddress(records);
     raise(RECIPE_UPLOAD_FLAG);

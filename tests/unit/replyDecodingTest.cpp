@@ -1,5 +1,6 @@
 #include "replyDecoding.h"
 #include "cacheHelpers.h"
+#include "replyBytes.h"
 
 namespace {
 
