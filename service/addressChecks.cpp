@@ -51,7 +51,7 @@ static int checkUnknownArea(int outAddr, int count)
     return isInRange(outAddr, count, 1.0, 0, 0) ? ADDRESS_UNKNOWN_AREA : ADDRESS_OUT_OF_RANGE;
 }
 
-int checkAddressInRow(AreaRow row, const ADDRESS_QUESTION& question, int& outAddr)
+int checkAddressOfArea(AreaRow row, const ADDRESS_QUESTION& question, int& outAddr)
 {
     const bool bitVariable = question.dataType == BIT_VARIABLE;
     if (!kindsAgree(row, bitVariable)) return ADDRESS_KIND_MISMATCH;
@@ -69,7 +69,7 @@ int intf_checkAddr(QString regName, QString addrText, int& outAddr, int dataType
     const int index = areaIndex(regName);
     if (index == AREA_COUNT) return checkUnknownArea(outAddr, count);
     const ADDRESS_QUESTION question = {regName, addrText, dataType, count, accessMode};
-    return checkAddressInRow(areaRow(index), question, outAddr);
+    return checkAddressOfArea(areaRow(index), question, outAddr);
 }
 
 int intf_checkAddrValidity(QString regName, QString addrText, int& outAddr, int count, int isWord)

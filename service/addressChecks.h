@@ -16,6 +16,6 @@ struct ADDRESS_QUESTION
 };
 
 /// intf_checkAddr's verdict for an area with the given row.
-int checkAddressInRow(AreaRow row, const ADDRESS_QUESTION& question, int& outAddr);
+int checkAddressOfArea(AreaRow row, const ADDRESS_QUESTION& question, int& outAddr);
 
 #endif

@@ -42,8 +42,13 @@ inline int getIndexOfDataAreaAfter(int previous, int station, const QString& reg
 void _setDataAreaMonitorFlag(int station, const QString& regName, int startAddress, int count);
 
 /// The same in an area with the given row.
-void setMonitorFlagsInRow(AreaRow row, int station, const QString& regName, int startAddress,
-                          int count);
+void setMonitorFlagsOfArea(AreaRow row, int station, const QString& regName, int startAddress,
+                           int count);
+
+/// Marks the neighbouring units of `elements` elements, `units` units each, with the bits from
+/// firstMark on.
+void markElements(int station, const QString& name, int startAddress, int elements, int units,
+                  int firstMark);
 
 /// Takes every mark and every record of pending bit writes off all units.
 void clearMonitorFlags();

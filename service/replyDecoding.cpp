@@ -94,8 +94,8 @@ static void decodeBits(const QByteArray& reply, int count, int dataStart, const 
     }
 }
 
-void decodeReplyInRow(AreaRow row, const QByteArray& reply, int count, int dataStart,
-                      const VARIABLE& var)
+void decodeReplyOfArea(AreaRow row, const QByteArray& reply, int count, int dataStart,
+                       const VARIABLE& var)
 {
     switch (row[UNIT_BITS].toInt()) {
     case 1:
@@ -118,5 +118,5 @@ void decodeReplyInRow(AreaRow row, const QByteArray& reply, int count, int dataS
 
 void analyzeFrameOfVal(const QByteArray& reply, int count, int dataStart, const VARIABLE& var)
 {
-    decodeReplyInRow(areaRow(var.regName), reply, count, dataStart, var);
+    decodeReplyOfArea(areaRow(var.regName), reply, count, dataStart, var);
 }

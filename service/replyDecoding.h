@@ -14,7 +14,7 @@
 void analyzeFrameOfVal(const QByteArray& reply, int count, int dataStart, const VARIABLE& var);
 
 /// The same in an area with the given row.
-void decodeReplyInRow(AreaRow row, const QByteArray& reply, int count, int dataStart,
-                      const VARIABLE& var);
+void decodeReplyOfArea(AreaRow row, const QByteArray& reply, int count, int dataStart,
+                       const VARIABLE& var);
 
 #endif

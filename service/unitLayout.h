@@ -5,13 +5,13 @@
 
 #include <QString>
 
-/// How the elements of a variable lie in the cached units of its area. Bits and words are this
-/// device's; the others serve register tables with 8-bit or 32-bit units or bits inside words.
+/// How the elements of a variable lie in the cached units of its area. This device's areas have
+/// the first two layouts; otherWidths/layoutTable.h has the functions of the others, in this order.
 enum UnitLayout {
-    NO_UNITS,    ///< an unknown area: nothing is cached
     BIT_UNIT,    ///< one bit, or one byte, a unit
-    BYTE_UNIT,   ///< one byte a unit
     WORD_UNIT,   ///< one word a unit
+    NO_UNITS,    ///< an unknown area: nothing is cached
+    BYTE_UNIT,   ///< one byte a unit
     DOUBLE_UNIT, ///< four bytes a unit
     BYTE_PAIR,   ///< a word in two byte units
     BYTE_QUAD,   ///< four bytes in four byte units

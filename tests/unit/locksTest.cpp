@@ -47,7 +47,7 @@ protected:
     static void storeBitOfWord()
     {
         const unsigned char value = 1;
-        storeWritesInRow(OtherRow("1", "16"), 1, text("V_bit"), 3, 1, &value);
+        storeWritesOfArea(OtherRow("1", "16"), 1, text("V_bit"), 3, 1, &value);
     }
 };
 

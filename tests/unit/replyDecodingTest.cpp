@@ -20,8 +20,8 @@ protected:
     void decodeAs(const char* unitBits, const QByteArray& reply, int count, const char* regName,
                   int addr)
     {
-        decodeReplyInRow(OtherRow("", unitBits), reply, count, 3,
-                         variable(1, regName, addr, count));
+        decodeReplyOfArea(OtherRow("", unitBits), reply, count, 3,
+                          variable(1, regName, addr, count));
     }
 
     static Notification told(const char* name, int addr)
