@@ -1,4 +1,5 @@
 #include "driverState.h"
+#include "readMarks.h"
 #include "recipes.h"
 #include "requestFrames.h"
 
@@ -90,7 +91,9 @@ static void buildVariableFrame()
     const int count = driver.priorityCount;
     if (!driver.writeList.isEmpty() && count < WRITES_IN_A_ROW)
         return buildFrameFor(driver.writeList, FRAME_WRITE, count + 1);
-    if (!driver.condReadList.isEmpty() && count < PRIORITY_FRAMES_BEFORE_ONE_SHOT)
+    // A read whose end is being told is over, though still in its list.
+    if (!driver.condReadList.isEmpty() && !isOneShotEndTold() &&
+        count < PRIORITY_FRAMES_BEFORE_ONE_SHOT)
         return buildFrameFor(driver.condReadList, FRAME_ONE_SHOT_READ, count + 1);
     if (!driver.readList.isEmpty()) return buildFrameFor(driver.readList, FRAME_CYCLIC_READ, 0);
     driver.priorityCount = 0;

@@ -2,6 +2,7 @@
 
 #include "changeNotification.h"
 #include "driverState.h"
+#include "readMarks.h"
 #include "replyBytes.h"
 #include "wrapAround.h"
 
@@ -26,6 +27,7 @@ void distributeRecipeUpload(const QByteArray& reply, int dataStart)
     const QVector<_RCP_VAR_PRO> staged = driver.rcpVarsStaged;
     const int first = starts.at(block);
     const bool last = block + 1 == starts.size();
+    const bool inExchange = isReplyTakenIn();
     const int end = qMin(last ? int(staged.size()) : starts.at(block + 1), int(staged.size()));
     for (int j = first; j < end; ++j) {
         const _RCP_VAR_PRO& variable = staged.at(j);
@@ -33,6 +35,8 @@ void distributeRecipeUpload(const QByteArray& reply, int dataStart)
         for (int k = 0; k < variable.count; ++k) {
             const qint64 at = qint64(dataStart) + 2 * (qint64(offset) + k);
             fillWord(reply, at, wrapAdd(variable.bufOffset, k));
+            // The callback has started the driver anew: the buffer may be another one by now.
+            if (isReplyTakenIn() != inExchange) return;
         }
     }
 }
