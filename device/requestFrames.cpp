@@ -16,8 +16,8 @@
 //   several words   | station | 16     | first register | words | n | n bytes  | crc lo | crc hi |
 //
 // The device has no functions 1 and 2: bits are read as the 16-bit registers that hold them, yet
-// written by their own number. Nothing is validated here: addresses and counts are the planner's,
-// and counts below zero come from a host's slip, so only the buffers are guarded.
+// written by their own number. The builders do not validate addresses and counts. A mistake of the
+// host may bring any count, below zero too, so the ends of the buffers are guarded.
 
 enum FunctionCode {
     READ_HOLDING_REGISTERS = 3,
@@ -69,7 +69,7 @@ static int registersOfBits(int bits)
     return bits / REGISTER_BITS + (bits % REGISTER_BITS != 0 ? 1 : 0);
 }
 
-/// A count so far out that the length has no number must not end up as one that some reply has.
+/// A length that does not fit an int must not become the length of a possible reply.
 static int readReplyBytes(int registers)
 {
     const qint64 length = qint64(registers) * 2 + READ_REPLY_BYTES;
@@ -84,7 +84,7 @@ static int packedBytes(int bits)
 
 static const FRAME_PRO EMPTY_FRAME = FRAME_PRO();
 
-/// Frames are filled where they lie in the queue, because they are large to copy.
+/// Appends a frame to be filled in its place in the queue, because frames are large to copy.
 static FRAME_PRO& queueFrame(const VARIABLE& var)
 {
     driver.frameQueue.append(EMPTY_FRAME);
@@ -149,7 +149,7 @@ static void putWords(unsigned char* at, const VARIABLE& var)
     }
 }
 
-/// Packs eight value bytes into one. They are added, so a byte other than 0 or 1 spills over.
+/// Packs eight value bytes into one. It adds them, so a byte other than 0 or 1 spills over.
 static void putBits(unsigned char* at, const VARIABLE& var)
 {
     const int bytes = packedBytes(var.count);

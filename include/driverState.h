@@ -41,8 +41,8 @@ enum FrameKind {
     FRAME_RECIPE_UPLOAD = 6
 };
 
-/// The whole state of the driver; `driver` is its one instance. Functions of the two units work on
-/// it, so it has no members but its fields.
+/// The whole state of the driver; `driver` is its one instance. Free functions of the two units
+/// work on it.
 ///
 /// The order of the fields is fixed, because panel projects know it. So a heading comes back where
 /// fields of its group follow later. service/recordTypes.cpp pins the types.
@@ -71,11 +71,11 @@ public:
 
     QList<VARIABLE> readList;     ///< cyclic read blocks; the head moves to the end after its turn
     QList<VARIABLE> writeList;    ///< one element each
-    QList<VARIABLE> condReadList; ///< blocks to read once
+    QList<VARIABLE> condReadList; ///< blocks of one-shot reads
     QList<_DATA_> dataAreas;      ///< the cache; units are only appended, so indices stay valid
 
-    // Recipes. intf_setRcpAddress fills all three together; block i of rcpVars covers the staged
-    // variables from blockStartIndex[i] to before blockStartIndex[i + 1].
+    // Recipes. Block i of rcpVars covers the staged variables from blockStartIndex[i] to before
+    // blockStartIndex[i + 1]. A set without a variable of this link empties rcpVarsStaged alone.
 
     QVector<_RCP_VAR_PRO> rcpVarsStaged; ///< recipe variables of this link in register order
     QVector<_RCP_VAR_PRO> rcpVars;       ///< merged recipe blocks

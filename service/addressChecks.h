@@ -5,7 +5,7 @@
 
 #include <QString>
 
-/// What intf_checkAddr asks about one variable.
+/// The arguments of intf_checkAddr about one variable.
 struct ADDRESS_QUESTION
 {
     QString regName;

@@ -5,8 +5,9 @@
 
 #include <QMutexLocker>
 
-// Which frame goes out next. Writes come before one-shot reads and those before cyclic reads, but
-// both counts are capped so that a busy panel keeps polling.
+// Chooses and builds the next frame. Writes go before one-shot reads, and one-shot reads before
+// cyclic reads. priorityCount caps both, so that a busy panel keeps polling; a cyclic read resets
+// it. frameKind and curVar always belong to the frame built last, so that it can be built again.
 
 enum { WRITES_IN_A_ROW = 10, PRIORITY_FRAMES_BEFORE_ONE_SHOT = 3, FLAG_RAISED = 1 };
 
@@ -28,7 +29,7 @@ static RECIPE_REQUESTS readRecipeFlags()
 
 static void buildReadFrame()
 {
-    // The one place of the list is used again, not freed and made anew for every read.
+    // The list keeps its one entry: no allocation for each read.
     while (driver.curReadList.size() > 1)
         driver.curReadList.removeLast();
     if (driver.curReadList.isEmpty())
@@ -64,8 +65,8 @@ static void buildCurrentFrame()
     }
 }
 
-/// Takes the next recipe block. With none left, which a host brings about by raising a flag without
-/// a recipe, the last request is built again.
+/// Takes the next recipe block. With no block left, as after a flag raised without a recipe, the
+/// last request is built again.
 static void buildRecipeFrame(const RECIPE_REQUESTS& requests)
 {
     if (driver.rcpIndex >= driver.rcpVars.size()) return buildCurrentFrame();

@@ -33,7 +33,7 @@ void storeUnits(const VARIABLE_ELEMENTS& elements, qint64 units, int bytes,
     }
 }
 
-/// Bits are reported whether they are monitored or not.
+/// Bits are reported even if they are not monitored.
 static void storeBits(const VARIABLE_ELEMENTS& elements, const unsigned char* values)
 {
     int index = -1;

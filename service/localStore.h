@@ -6,8 +6,8 @@
 
 #include <QString>
 
-/// Stores the host's values in the cache as pending, so that the host reads back what it wrote, and
-/// reports those that differ from what it has seen.
+/// Stores the host's values in the cache as pending, so that the host reads back its own writes at
+/// once, and reports the values that differ from the shown ones.
 void write_saveDataToArea(int station, const QString& regName, int addr, int count,
                           const unsigned char* values);
 

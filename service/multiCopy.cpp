@@ -8,7 +8,7 @@
 #include "wrapAround.h"
 
 /// Text of a word address number. Marker words are shifted back only in decimal, the one radix that
-/// the device uses. An unknown radix repeats the entry before.
+/// the device uses. An unknown radix repeats the text of the entry before.
 static QString wordText(const QString& regName, const QString& format, int number,
                         const QString& previous)
 {

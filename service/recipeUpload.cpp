@@ -6,7 +6,7 @@
 #include "replyBytes.h"
 #include "wrapAround.h"
 
-// What the callback is told for a filled word, in place of context, station and area.
+// First arguments of the callback for a filled word.
 enum { UPLOAD_CONTEXT = 0, UPLOAD_STATION = -1 };
 
 static void fillWord(const QByteArray& reply, qint64 at, int bufferWord)

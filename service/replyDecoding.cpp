@@ -22,7 +22,7 @@ static void clearPending(_DATA_& unit)
     unit.writePending = 0;
 }
 
-/// Byte by byte: compared as a whole, the bytes would have to be in memory first.
+/// Compares byte by byte: to compare them as a whole, the compiler would store the bytes first.
 template <int BYTES> static bool isSameImage(const quint8* image, const quint8* fresh)
 {
     for (int k = 0; k < BYTES; ++k) {
@@ -41,7 +41,7 @@ template <int BYTES> static void storeFreshUnit(int index, const quint8* fresh)
     std::memcpy(driver.dataAreas[index].readImage, fresh, BYTES);
 }
 
-/// A template, so that the width is a constant where every unit of every reply passes.
+/// A template, because every unit of every reply passes here and a constant width is fast.
 template <int BYTES>
 static void decodeUnits(const QByteArray& reply, int count, int dataStart, const VARIABLE& var)
 {
@@ -54,7 +54,7 @@ static void decodeUnits(const QByteArray& reply, int count, int dataStart, const
         quint8 fresh[BYTES];
         for (int k = 0; k < BYTES; ++k)
             fresh[k] = replyByte(reply, p + k);
-        // Only words are turned round; wider units are taken in the order of the wire.
+        // Words turn from high byte first to low byte first; wider units keep the wire's order.
         if (BYTES == 2) std::swap(fresh[0], fresh[BYTES - 1]);
         index = getIndexOfDataAreaAfter(index, station, area, wrapAdd(start, i), driver.dataAreas);
         storeFreshUnit<BYTES>(index, fresh);
@@ -77,8 +77,9 @@ static void storeFreshBit(int index, quint8 fresh)
     driver.dataAreas[index].readImage[0] = fresh;
 }
 
-/// A group comes as one word, high byte first. Only the first 16 units have a byte of their own;
-/// those behind run backwards over the reply's head, and from the 48th on read as 0.
+/// A group of 16 comes as one word, high byte first. Only the first 16 bits are decoded right:
+/// later bits take bytes further and further in front of the word, and from the 48th on they read
+/// as 0.
 static void decodeBits(const QByteArray& reply, int count, int dataStart, const VARIABLE& var)
 {
     const QString regName = sharedName(var.regName);

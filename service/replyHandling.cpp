@@ -10,7 +10,11 @@
 
 #include <QMutexLocker>
 
-// What the callback is told when the one-shot read queued last has ended.
+// Ends the exchange of the frame in flight, which is the head of frameQueue: its reply is accepted,
+// or rejected retryLimit times. frameKind names the list whose head the frame came from; the entry
+// leaves or rotates at the end of the exchange, not before.
+
+// Arguments of the callback at the end of the newest one-shot read.
 enum { ONE_SHOT_READ_DONE = 0, ONE_SHOT_READ_FAILED = -1, NO_CONTEXT = -1, NO_STATION = -1 };
 
 int dealReadFrameReturnSaveData(QByteArray reply)

@@ -4,8 +4,8 @@
 #include "registerTables.h"
 
 // Holds the service unit's one copy of the register tables and identity texts, the driver state,
-// which is built after them because its constructor copies the area names, and the identity
-// exports.
+// and the identity exports. The state is built after the tables, because its constructor copies the
+// area names.
 
 Protocol driver;
 

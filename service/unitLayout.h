@@ -23,8 +23,8 @@ enum UnitLayout {
 /// Layout for marking units and for reading values.
 UnitLayout layoutForReading(AreaRow row, const QString& regName);
 
-/// Layout for storing and completing writes. It differs from the one for reading in 8-bit areas,
-/// and takes a 32-bit area without word elements as whole units.
+/// Layout for storing and completing writes. It differs from the layout for reading in 8-bit areas,
+/// and in 32-bit areas of byte units, which it takes as whole units.
 UnitLayout layoutForWriting(AreaRow row, const QString& regName);
 
 #endif

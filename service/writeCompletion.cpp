@@ -32,7 +32,7 @@ void completeUnits(int station, const QString& name, int addr, qint64 units, int
     }
 }
 
-/// Bits are reported whether they are monitored or not.
+/// Bits are reported even if they are not monitored.
 static void completeBits(int station, const QString& regName, int addr, int count, bool confirmed)
 {
     int index = -1;
