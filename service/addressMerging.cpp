@@ -3,6 +3,7 @@
 #include "dataAreas.h"
 #include "driverState.h"
 #include "mergeRule.h"
+#include "monitorFlags.h"
 #include "otherWidths/keyNormalising.h"
 #include "registerOrder.h"
 #include "serviceForProtocol.h"

@@ -1,7 +1,6 @@
 #ifndef DATA_AREAS_H
 #define DATA_AREAS_H
 
-#include "areaRow.h"
 #include "driverState.h"
 
 #include <QList>
@@ -37,18 +36,6 @@ inline int getIndexOfDataAreaAfter(int previous, int station, const QString& reg
     if (next < int(list.size()) && hasKey(list.at(next), station, regName, address)) return next;
     return getIndexOfDataArea(station, regName, address, list);
 }
-
-/// Marks the units of one variable that the host wants reported.
-void _setDataAreaMonitorFlag(int station, const QString& regName, int startAddress, int count);
-
-/// The same in an area with the given row.
-void setMonitorFlagsOfArea(AreaRow row, int station, const QString& regName, int startAddress,
-                           int count);
-
-/// Marks the neighbouring units of `elements` elements, `units` units each, with the bits from
-/// firstMark on.
-void markElements(int station, const QString& name, int startAddress, int elements, int units,
-                  int firstMark);
 
 /// Clears the marks and the pending bit writes of all units.
 void clearMonitorFlags();

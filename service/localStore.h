@@ -2,7 +2,6 @@
 #define LOCAL_STORE_H
 
 #include "areaRow.h"
-#include "variableElements.h"
 
 #include <QString>
 
@@ -14,12 +13,5 @@ void write_saveDataToArea(int station, const QString& regName, int addr, int cou
 /// The same in an area with the given row.
 void storeWritesOfArea(AreaRow row, int station, const QString& regName, int addr, int count,
                        const unsigned char* values);
-
-/// Stores `bytes` bytes in each of `units` neighbouring units.
-void storeUnits(const VARIABLE_ELEMENTS& elements, qint64 units, int bytes,
-                const unsigned char* values);
-
-/// Makes `bytes` bytes the pending write of one unit.
-void keepWritten(int index, int bytes, const quint8* written);
 
 #endif

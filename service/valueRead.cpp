@@ -1,25 +1,10 @@
 #include "valueRead.h"
 
-#include "dataAreas.h"
-#include "driverState.h"
 #include "otherWidths/layoutTable.h"
+#include "quorvane_ka_kb_plc.h"
 #include "serviceForProtocol.h"
 #include "unitLayout.h"
-#include "wrapAround.h"
-
-#include <cstring>
-
-void copyUnits(int station, const QString& name, int address, qint64 units, int bytes,
-               unsigned char* out)
-{
-    int index = -1;
-    for (int i = 0; i < units; ++i) {
-        index =
-            getIndexOfDataAreaAfter(index, station, name, wrapAdd(address, i), driver.dataAreas);
-        std::memcpy(out, shownImage(driver.dataAreas.at(index)), size_t(bytes));
-        out += bytes;
-    }
-}
+#include "unitRuns.h"
 
 void readValuesOfArea(AreaRow row, int station, const QString& regName, int address, int count,
                       unsigned char* out)

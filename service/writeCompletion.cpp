@@ -6,31 +6,10 @@
 #include "otherWidths/layoutTable.h"
 #include "serviceForProtocol.h"
 #include "unitLayout.h"
+#include "unitRuns.h"
 #include "wrapAround.h"
 
-#include <cstring>
-
 enum { WRITE_CONFIRMED = 1 };
-
-void settleUnit(int index, int bytes, bool confirmed)
-{
-    _DATA_& unit = driver.dataAreas[index];
-    unit.writePending = 0;
-    if (confirmed) std::memcpy(unit.readImage, unit.writeImage, size_t(bytes));
-}
-
-void completeUnits(int station, const QString& name, int addr, qint64 units, int bytes,
-                   bool confirmed)
-{
-    int index = -1;
-    for (qint64 i = 0; i < units; ++i) {
-        index =
-            getIndexOfDataAreaAfter(index, station, name, wrapAdd(addr, int(i)), driver.dataAreas);
-        settleUnit(index, bytes, confirmed);
-        const _DATA_& unit = driver.dataAreas.at(index);
-        if (!confirmed) unitDataChange(bytes, unit.writeImage, unit.readImage, index);
-    }
-}
 
 /// Bits are reported even if they are not monitored.
 static void completeBits(int station, const QString& regName, int addr, int count, bool confirmed)

@@ -13,13 +13,4 @@ void _write_FailOrSuc(int station, const QString& regName, int addr, int count, 
 void completeWritesOfArea(AreaRow row, int station, const QString& regName, int addr, int count,
                           int ok);
 
-/// Ends the pending state of `units` neighbouring units of `bytes` bytes. Of an unconfirmed write
-/// the change back to the read value is reported.
-void completeUnits(int station, const QString& name, int addr, qint64 units, int bytes,
-                   bool confirmed);
-
-/// Ends the pending state of one unit. The first `bytes` written bytes become the read ones if the
-/// write is confirmed.
-void settleUnit(int index, int bytes, bool confirmed);
-
 #endif

@@ -2,7 +2,7 @@
 
 #include "changeNotification.h"
 #include "dataAreas.h"
-#include "localStore.h"
+#include "unitRuns.h"
 #include "unitValues.h"
 #include "wrapAround.h"
 

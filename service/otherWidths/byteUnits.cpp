@@ -1,9 +1,7 @@
 #include "byteUnits.h"
 
 #include "dataAreas.h"
-#include "localStore.h"
-#include "valueRead.h"
-#include "writeCompletion.h"
+#include "unitRuns.h"
 
 void storeByteUnits(const VARIABLE_ELEMENTS& elements, const unsigned char* values)
 {

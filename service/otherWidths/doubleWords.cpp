@@ -2,10 +2,8 @@
 
 #include "changeNotification.h"
 #include "dataAreas.h"
-#include "localStore.h"
-#include "valueRead.h"
+#include "unitRuns.h"
 #include "wrapAround.h"
-#include "writeCompletion.h"
 
 #include <cstring>
 

@@ -1,5 +1,5 @@
 #include "cacheHelpers.h"
-#include "dataAreas.h"
+#include "monitorFlags.h"
 
 namespace {
 
