@@ -4,28 +4,10 @@
 #include "byteUnits.h"
 #include "doubleWords.h"
 
-static void markNothing(const VARIABLE_ELEMENTS& elements)
-{
-    Q_UNUSED(elements);
-}
-
-static void readNothing(const VARIABLE_ELEMENTS& elements, unsigned char* out)
-{
-    Q_UNUSED(elements);
-    Q_UNUSED(out);
-}
-
-static void storeNothing(const VARIABLE_ELEMENTS& elements, const unsigned char* values)
-{
-    Q_UNUSED(elements);
-    Q_UNUSED(values);
-}
-
-static void completeNothing(const VARIABLE_ELEMENTS& elements, bool confirmed)
-{
-    Q_UNUSED(elements);
-    Q_UNUSED(confirmed);
-}
+static void markNothing(const VARIABLE_ELEMENTS&) {}
+static void readNothing(const VARIABLE_ELEMENTS&, unsigned char*) {}
+static void storeNothing(const VARIABLE_ELEMENTS&, const unsigned char*) {}
+static void completeNothing(const VARIABLE_ELEMENTS&, bool) {}
 
 /// In the order of UnitLayout, from NO_UNITS on. Areas of 8 bits are marked and read as BIT_UNIT
 /// and written as BYTE_UNIT; double words in byte units are marked and read as BYTE_QUAD and
