@@ -59,7 +59,7 @@ def read_arguments():
 def driver_files():
     """Sources first, as a header's mutant takes much longer."""
     found = []
-    for pattern in ("device/*.cpp", "service/*.cpp", "device/*.h", "service/*.h", "include/*.h"):
+    for pattern in ("device/*.cpp", "service/**/*.cpp", "device/*.h", "service/**/*.h", "include/*.h"):
         found += sorted(str(path.relative_to(ROOT)) for path in ROOT.glob(pattern))
     return found
 

@@ -33,7 +33,7 @@ protected:
             const int index = putPendingWrite(STATION, "V", UNIT + i, read[i], written[i]);
             driver.dataAreas[index].bitMonitorMask = i == 0 ? EVERY_BIT : 0;
         }
-        completeWritesInRow(OtherRow("32", "16"), STATION, text("V"), UNIT, 1, FAILED);
+        completeWritesOfArea(OtherRow("32", "16"), STATION, text("V"), UNIT, 1, FAILED);
         return takeNotifications();
     }
 };
@@ -64,7 +64,7 @@ TEST_F(DoubleWordBits, APairOfWordsGivenUpTellsOfTheBitsThatChangeBack)
 TEST_F(DoubleWordBits, AConfirmedWriteLeavesTheWrittenBytes)
 {
     putPendingWrite(STATION, "V", UNIT, 0x04030201, 0xA4A3A2A1);
-    completeWritesInRow(OtherRow("32", "32"), STATION, text("V"), UNIT, 1, CONFIRMED);
+    completeWritesOfArea(OtherRow("32", "32"), STATION, text("V"), UNIT, 1, CONFIRMED);
     EXPECT_EQ((Bytes{0xA1, 0xA2, 0xA3, 0xA4}),
               imageBytes(cachedUnit(STATION, "V", UNIT).writeImage));
 }

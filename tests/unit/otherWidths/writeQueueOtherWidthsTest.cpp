@@ -30,8 +30,8 @@ void PrintTo(const WIDTH_CASE& tested, std::ostream* out)
 TEST_P(WriteQueueOtherWidths, AnEntryTakesOneUnit)
 {
     const WIDTH_CASE& tested = GetParam();
-    queueWritesInRow(OtherRow(tested.dataWidth, tested.unitBits), 3, text("VW"), 100, tested.count,
-                     VALUES, 9);
+    queueWritesOfArea(OtherRow(tested.dataWidth, tested.unitBits), 3, text("VW"), 100, tested.count,
+                      VALUES, 9);
     ASSERT_EQ(tested.entries.size(), size_t(driver.writeList.size()));
     for (size_t i = 0; i < tested.entries.size(); ++i) {
         SCOPED_TRACE(i);

@@ -13,10 +13,10 @@ void noteQueue(int, int, QString& name, int)
     name = text("spoilt");
 }
 
-class ConditionalReadEnd : public ExchangeTest
+class OneShotReadEnd : public ExchangeTest
 {
 protected:
-    ConditionalReadEnd()
+    OneShotReadEnd()
     {
         initialise(2, 1);
     }
@@ -39,7 +39,7 @@ const Notifications FAILED = {{-1, -1, "-1", -1}};
 
 } // namespace
 
-TEST_F(ConditionalReadEnd, AGoodReplyIsStoredAndReported)
+TEST_F(OneShotReadEnd, AGoodReplyIsStoredAndReported)
 {
     ask(1);
     EXPECT_EQ("01 04 00 05 00 01 21 CB", request());
@@ -50,7 +50,7 @@ TEST_F(ConditionalReadEnd, AGoodReplyIsStoredAndReported)
     EXPECT_EQ("none", request());
 }
 
-TEST_F(ConditionalReadEnd, AChangedValueIsReportedBeforeTheEnd)
+TEST_F(OneShotReadEnd, AChangedValueIsReportedBeforeTheEnd)
 {
     putUnit(1, "IW", 5, 0, 1);
     ask(1);
@@ -59,7 +59,7 @@ TEST_F(ConditionalReadEnd, AChangedValueIsReportedBeforeTheEnd)
     EXPECT_EQ((Notifications{{CONTEXT, 1, "IW", 5}, DONE[0]}), takeNotifications());
 }
 
-TEST_F(ConditionalReadEnd, OnlyTheLastBlockEndsTheRequest)
+TEST_F(OneShotReadEnd, OnlyTheLastBlockEndsTheRequest)
 {
     ask(3);
     for (int left = 2; left >= 0; --left) {
@@ -70,7 +70,7 @@ TEST_F(ConditionalReadEnd, OnlyTheLastBlockEndsTheRequest)
     }
 }
 
-TEST_F(ConditionalReadEnd, AGivenUpReadIsReportedAsFailed)
+TEST_F(OneShotReadEnd, AGivenUpReadIsReportedAsFailed)
 {
     ask(1);
     request();
@@ -83,7 +83,7 @@ TEST_F(ConditionalReadEnd, AGivenUpReadIsReportedAsFailed)
     EXPECT_EQ(0, queued());
 }
 
-TEST_F(ConditionalReadEnd, AFailureDropsEveryQueuedReadUnreportedUnlessTheLastFailed)
+TEST_F(OneShotReadEnd, AFailureDropsEveryQueuedReadUnreportedUnlessTheLastFailed)
 {
     ask(3);
     request();
@@ -93,7 +93,7 @@ TEST_F(ConditionalReadEnd, AFailureDropsEveryQueuedReadUnreportedUnlessTheLastFa
     EXPECT_EQ("none", request());
 }
 
-TEST_F(ConditionalReadEnd, AnEarlierFailureElsewhereDoesNotFailTheRead)
+TEST_F(OneShotReadEnd, AnEarlierFailureElsewhereDoesNotFailTheRead)
 {
     queueWrites(1);
     request();
@@ -105,7 +105,7 @@ TEST_F(ConditionalReadEnd, AnEarlierFailureElsewhereDoesNotFailTheRead)
     EXPECT_EQ(DONE, takeNotifications());
 }
 
-TEST_F(ConditionalReadEnd, AHeadThatDiffersFromTheLastRequestIsNotReported)
+TEST_F(OneShotReadEnd, AHeadThatDiffersFromTheLastRequestIsNotReported)
 {
     const VARIABLE others[] = {
         variable(2, "IW", 5, 1),
@@ -129,7 +129,7 @@ TEST_F(ConditionalReadEnd, AHeadThatDiffersFromTheLastRequestIsNotReported)
     }
 }
 
-TEST_F(ConditionalReadEnd, TheIdDoesNotTellRequestsApart)
+TEST_F(OneShotReadEnd, TheIdDoesNotTellRequestsApart)
 {
     ask(1);
     driver.condVar.varId = 1000;
@@ -138,7 +138,7 @@ TEST_F(ConditionalReadEnd, TheIdDoesNotTellRequestsApart)
     EXPECT_EQ(DONE, takeNotifications());
 }
 
-TEST_F(ConditionalReadEnd, ARequestForTheSameRangeInFlightIsReadAgain)
+TEST_F(OneShotReadEnd, ARequestForTheSameRangeInFlightIsReadAgain)
 {
     ask(1);
     request();
@@ -150,7 +150,7 @@ TEST_F(ConditionalReadEnd, ARequestForTheSameRangeInFlightIsReadAgain)
     EXPECT_EQ("01 04 00 05 00 01 21 CB", request());
 }
 
-TEST_F(ConditionalReadEnd, AnotherRequestInFlightIsTheOneThatEnds)
+TEST_F(OneShotReadEnd, AnotherRequestInFlightIsTheOneThatEnds)
 {
     ask(1);
     request();
@@ -163,7 +163,7 @@ TEST_F(ConditionalReadEnd, AnotherRequestInFlightIsTheOneThatEnds)
     EXPECT_EQ(DONE, takeNotifications());
 }
 
-TEST_F(ConditionalReadEnd, AListEmptiedMeanwhileIsSkipped)
+TEST_F(OneShotReadEnd, AListEmptiedMeanwhileIsSkipped)
 {
     for (bool good : {true, false}) {
         ask(1);
@@ -178,7 +178,7 @@ TEST_F(ConditionalReadEnd, AListEmptiedMeanwhileIsSkipped)
     }
 }
 
-TEST_F(ConditionalReadEnd, ABroadcastEndsAtOnce)
+TEST_F(OneShotReadEnd, ABroadcastEndsAtOnce)
 {
     ask(1, 0);
     request();
@@ -187,7 +187,7 @@ TEST_F(ConditionalReadEnd, ABroadcastEndsAtOnce)
     EXPECT_EQ(0, int(driver.dataAreas.size()));
 }
 
-TEST_F(ConditionalReadEnd, TheHostIsToldBeforeTheReadLeavesItsList)
+TEST_F(OneShotReadEnd, TheHostIsToldBeforeTheReadLeavesItsList)
 {
     intf_setAddrValueChangeCallBack(noteQueue);
     for (bool good : {true, false}) {
@@ -202,7 +202,7 @@ TEST_F(ConditionalReadEnd, TheHostIsToldBeforeTheReadLeavesItsList)
     }
 }
 
-TEST_F(ConditionalReadEnd, TheReportedTextIsTheHostsToChange)
+TEST_F(OneShotReadEnd, TheReportedTextIsTheHostsToChange)
 {
     intf_setAddrValueChangeCallBack(noteQueue);
     nameSeen.clear();
@@ -214,7 +214,7 @@ TEST_F(ConditionalReadEnd, TheReportedTextIsTheHostsToChange)
     EXPECT_EQ("-1-1", nameSeen);
 }
 
-TEST_F(ConditionalReadEnd, WithoutACallbackTheReadEndsAllTheSame)
+TEST_F(OneShotReadEnd, WithoutACallbackTheReadEndsAllTheSame)
 {
     intf_setAddrValueChangeCallBack(nullptr);
     ask(1);

@@ -20,47 +20,47 @@ const QList<VARIABLE>& queued()
 
 } // namespace
 
-class ConditionalRead : public DriverTest
+class OneShotRead : public DriverTest
 {
 protected:
-    ConditionalRead()
+    OneShotRead()
     {
         initialise(3, 100);
     }
 };
 
-TEST_F(ConditionalRead, AWordRequestIsCutByTheWordLimit)
+TEST_F(OneShotRead, AWordRequestIsCutByTheWordLimit)
 {
     EXPECT_EQ(1, request("MW", 0, 300));
     EXPECT_EQ((Texts{"1 MW 0 x100", "1 MW 100 x100", "1 MW 200 x100"}), blocksOf(queued()));
 }
 
-TEST_F(ConditionalRead, AWordRequestOfTheLimitIsOneBlock)
+TEST_F(OneShotRead, AWordRequestOfTheLimitIsOneBlock)
 {
     request("MW", 0, 100);
     EXPECT_EQ(Texts{"1 MW 0 x100"}, blocksOf(queued()));
 }
 
-TEST_F(ConditionalRead, AWordRequestOneWordBeyondTheLimitIsTwoBlocks)
+TEST_F(OneShotRead, AWordRequestOneWordBeyondTheLimitIsTwoBlocks)
 {
     request("MW", 0, 101);
     EXPECT_EQ((Texts{"1 MW 0 x100", "1 MW 100 x1"}), blocksOf(queued()));
 }
 
-TEST_F(ConditionalRead, ABitRequestOfTheLimitIsOneBlock)
+TEST_F(OneShotRead, ABitRequestOfTheLimitIsOneBlock)
 {
     request("IX", 0, 800, BITS);
     EXPECT_EQ(Texts{"1 IX 0 x12800"}, blocksOf(queued()));
 }
 
-TEST_F(ConditionalRead, ABitRequestIsCutByTheBitLimit)
+TEST_F(OneShotRead, ABitRequestIsCutByTheBitLimit)
 {
     // 8 x 100 groups a block, and each group is 16 bits.
     EXPECT_EQ(1, request("IX", 0, 801, BITS));
     EXPECT_EQ((Texts{"1 IX 0 x12800", "1 IX 800 x16"}), blocksOf(queued()));
 }
 
-TEST_F(ConditionalRead, TheUnitModeAndNotTheAreaChoosesTheLimit)
+TEST_F(OneShotRead, TheUnitModeAndNotTheAreaChoosesTheLimit)
 {
     request("IX", 0, 101, WORDS);
     request("IX", 0, 101, BITS);
@@ -71,7 +71,7 @@ TEST_F(ConditionalRead, TheUnitModeAndNotTheAreaChoosesTheLimit)
     EXPECT_EQ((Texts{"1 MW 3000 x100", "1 MW 3100 x1", "1 MW 3000 x101"}), blocksOf(queued()));
 }
 
-TEST_F(ConditionalRead, CountsOfBitAreasAreGroupsOfSixteen)
+TEST_F(OneShotRead, CountsOfBitAreasAreGroupsOfSixteen)
 {
     request("MX", 16, 4, BITS);
     request("IX", 0, 1, BITS);
@@ -79,7 +79,7 @@ TEST_F(ConditionalRead, CountsOfBitAreasAreGroupsOfSixteen)
     EXPECT_EQ((Texts{"1 MX 16 x64", "1 IX 0 x16", "1 QX 0 x32"}), blocksOf(queued()));
 }
 
-TEST_F(ConditionalRead, CountsOfWordAreasStay)
+TEST_F(OneShotRead, CountsOfWordAreasStay)
 {
     request("MW", 3000, 7);
     request("IW", 0, 8);
@@ -87,14 +87,14 @@ TEST_F(ConditionalRead, CountsOfWordAreasStay)
     EXPECT_EQ((Texts{"1 MW 3000 x7", "1 IW 0 x8", "1 QW 0 x9"}), blocksOf(queued()));
 }
 
-TEST_F(ConditionalRead, EveryBlockCarriesTheHostsId)
+TEST_F(OneShotRead, EveryBlockCarriesTheHostsId)
 {
     request("MW", 0, 200, WORDS, 77);
     EXPECT_EQ(77, queued().at(0).varId);
     EXPECT_EQ(77, queued().at(1).varId);
 }
 
-TEST_F(ConditionalRead, TheBlockQueuedLastIsRemembered)
+TEST_F(OneShotRead, TheBlockQueuedLastIsRemembered)
 {
     request("MW", 0, 250, WORDS, 77);
     EXPECT_EQ("1 MW 200 x50", blockText(driver.condVar));
@@ -103,14 +103,14 @@ TEST_F(ConditionalRead, TheBlockQueuedLastIsRemembered)
     EXPECT_EQ("1 MX 3000 x16", blockText(driver.condVar));
 }
 
-TEST_F(ConditionalRead, ARequestWithoutUnitsQueuesOneBlock)
+TEST_F(OneShotRead, ARequestWithoutUnitsQueuesOneBlock)
 {
     EXPECT_EQ(1, request("MW", 3000, 0));
     EXPECT_EQ(1, request("MX", 3000, -2, BITS));
     EXPECT_EQ((Texts{"1 MW 3000 x0", "1 MX 3000 x-32"}), blocksOf(queued()));
 }
 
-TEST_F(ConditionalRead, ARepeatedRequestBehindTheHeadIsRefreshed)
+TEST_F(OneShotRead, ARepeatedRequestBehindTheHeadIsRefreshed)
 {
     request("IW", 0, 1);
     request("MW", 3000, 2, WORDS, 1);
@@ -124,7 +124,7 @@ TEST_F(ConditionalRead, ARepeatedRequestBehindTheHeadIsRefreshed)
     EXPECT_EQ(2, driver.condVar.varId);
 }
 
-TEST_F(ConditionalRead, ARepeatedRequestAtTheHeadIsQueuedAgain)
+TEST_F(OneShotRead, ARepeatedRequestAtTheHeadIsQueuedAgain)
 {
     request("MW", 3000, 2, WORDS, 1);
     request("MW", 3000, 2, WORDS, 2);
@@ -133,7 +133,7 @@ TEST_F(ConditionalRead, ARepeatedRequestAtTheHeadIsQueuedAgain)
     EXPECT_EQ(2, queued().at(1).varId);
 }
 
-TEST_F(ConditionalRead, OfTwoEqualEntriesTheNewerIsRefreshed)
+TEST_F(OneShotRead, OfTwoEqualEntriesTheNewerIsRefreshed)
 {
     for (int i = 0; i < 3; ++i)
         driver.condReadList.append(variable(1, "MW", 3000, 2));
@@ -143,7 +143,7 @@ TEST_F(ConditionalRead, OfTwoEqualEntriesTheNewerIsRefreshed)
     EXPECT_EQ(5, queued().at(2).varId);
 }
 
-TEST_F(ConditionalRead, EntriesThatDifferInAnyPartOfTheKeyStay)
+TEST_F(OneShotRead, EntriesThatDifferInAnyPartOfTheKeyStay)
 {
     driver.condReadList.append(variable(1, "QX", 0, 1));
     driver.condReadList.append(variable(2, "MW", 3000, 2));
@@ -155,7 +155,7 @@ TEST_F(ConditionalRead, EntriesThatDifferInAnyPartOfTheKeyStay)
     EXPECT_EQ("1 MW 3000 x2", blockText(queued().at(5)));
 }
 
-TEST_F(ConditionalRead, AQueueOneBlockShortOfItsCapacityGrows)
+TEST_F(OneShotRead, AQueueOneBlockShortOfItsCapacityGrows)
 {
     initialise(3, 1);
     request("MW", 0, CAPACITY - 1);
@@ -165,7 +165,7 @@ TEST_F(ConditionalRead, AQueueOneBlockShortOfItsCapacityGrows)
     EXPECT_EQ("1 IW 7 x1", blockText(queued().at(512)));
 }
 
-TEST_F(ConditionalRead, AFullQueueTakesTheNewestInPlaceOfItsLast)
+TEST_F(OneShotRead, AFullQueueTakesTheNewestInPlaceOfItsLast)
 {
     initialise(3, 1);
     request("MW", 0, CAPACITY);
@@ -179,7 +179,7 @@ TEST_F(ConditionalRead, AFullQueueTakesTheNewestInPlaceOfItsLast)
     EXPECT_EQ("1 IW 7 x1", blockText(driver.condVar));
 }
 
-TEST_F(ConditionalRead, ARequestLongerThanTheQueueKeepsItsLastBlock)
+TEST_F(OneShotRead, ARequestLongerThanTheQueueKeepsItsLastBlock)
 {
     initialise(3, 1);
     request("MW", 0, 600);
@@ -189,7 +189,7 @@ TEST_F(ConditionalRead, ARequestLongerThanTheQueueKeepsItsLastBlock)
     EXPECT_EQ("1 MW 599 x1", blockText(queued().at(512)));
 }
 
-TEST_F(ConditionalRead, AFullQueueStillRefreshesAnEqualEntry)
+TEST_F(OneShotRead, AFullQueueStillRefreshesAnEqualEntry)
 {
     initialise(3, 1);
     request("MW", 0, CAPACITY, WORDS, 1);
@@ -198,7 +198,7 @@ TEST_F(ConditionalRead, AFullQueueStillRefreshesAnEqualEntry)
     EXPECT_EQ("1 MW 512 x1", blockText(queued().at(512)));
 }
 
-TEST_F(ConditionalRead, ARepeatOfTheHeadOfAFullQueueReplacesTheLast)
+TEST_F(OneShotRead, ARepeatOfTheHeadOfAFullQueueReplacesTheLast)
 {
     initialise(3, 1);
     request("MW", 0, CAPACITY, WORDS, 1);
@@ -208,7 +208,7 @@ TEST_F(ConditionalRead, ARepeatOfTheHeadOfAFullQueueReplacesTheLast)
     EXPECT_EQ("1 MW 0 x1", blockText(queued().at(512)));
 }
 
-TEST_F(ConditionalRead, ARequestForABitOfAUnitQueuesNothing)
+TEST_F(OneShotRead, ARequestForABitOfAUnitQueuesNothing)
 {
     request("IW", 7, 1);
     for (const char* name : {"MW_bit", "MX_bit", "ZZ_bit"}) {
@@ -219,7 +219,7 @@ TEST_F(ConditionalRead, ARequestForABitOfAUnitQueuesNothing)
     }
 }
 
-TEST_F(ConditionalRead, ARequestForAnUnknownAreaQueuesNothing)
+TEST_F(OneShotRead, ARequestForAnUnknownAreaQueuesNothing)
 {
     for (const char* name : {"ZZ", "mw", ""}) {
         SCOPED_TRACE(name);
@@ -229,7 +229,7 @@ TEST_F(ConditionalRead, ARequestForAnUnknownAreaQueuesNothing)
     }
 }
 
-TEST_F(ConditionalRead, WithoutABlockLimitARequestPassesWhole)
+TEST_F(OneShotRead, WithoutABlockLimitARequestPassesWhole)
 {
     initialise(3, 0);
     request("MW", 3000, 300);
@@ -237,7 +237,7 @@ TEST_F(ConditionalRead, WithoutABlockLimitARequestPassesWhole)
     EXPECT_EQ((Texts{"1 MW 3000 x300", "1 MX 3000 x4800"}), blocksOf(queued()));
 }
 
-TEST_F(ConditionalRead, HugeCountsAndAddressesWrapAround)
+TEST_F(OneShotRead, HugeCountsAndAddressesWrapAround)
 {
     initialise(3, 0);
     request("MW", INT_MAX, INT_MAX);
@@ -246,7 +246,7 @@ TEST_F(ConditionalRead, HugeCountsAndAddressesWrapAround)
     EXPECT_EQ((Texts{"1 MW 2147483647 x2147483647", "1 MX -2147483648 x-16"}), blocksOf(queued()));
 }
 
-TEST_F(ConditionalRead, TheHostsKeyIsLeftAsItIs)
+TEST_F(OneShotRead, TheHostsKeyIsLeftAsItIs)
 {
     // More than 64 blocks of 800 groups, which are cut up in several parts.
     KEY_ADDRESS wanted = key(1, "MX", 3000, 60000, BITS);
@@ -255,7 +255,7 @@ TEST_F(ConditionalRead, TheHostsKeyIsLeftAsItIs)
     EXPECT_EQ(int(BITS), wanted.unitMode);
 }
 
-TEST_F(ConditionalRead, NothingIsReportedWhenARequestIsQueued)
+TEST_F(OneShotRead, NothingIsReportedWhenARequestIsQueued)
 {
     request("MW", 3000, 1);
     EXPECT_TRUE(takeNotifications().empty());

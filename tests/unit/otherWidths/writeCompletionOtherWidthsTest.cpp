@@ -20,7 +20,8 @@ protected:
     void complete(const char* dataWidth, const char* unitBits, const char* regName, int addr,
                   int count, int ok)
     {
-        completeWritesInRow(OtherRow(dataWidth, unitBits), STATION, text(regName), addr, count, ok);
+        completeWritesOfArea(OtherRow(dataWidth, unitBits), STATION, text(regName), addr, count,
+                             ok);
     }
 
     /// Units of V from 10 on, read as 01 02 03 04 and written as A1 A2 A3 A4.

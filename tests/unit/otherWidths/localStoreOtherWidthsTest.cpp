@@ -20,8 +20,8 @@ protected:
     void store(const char* dataWidth, const char* unitBits, const char* regName, int addr,
                int count, std::vector<unsigned char> values)
     {
-        storeWritesInRow(OtherRow(dataWidth, unitBits), STATION, text(regName), addr, count,
-                         values.data());
+        storeWritesOfArea(OtherRow(dataWidth, unitBits), STATION, text(regName), addr, count,
+                          values.data());
     }
 
     static Bytes written(int address)

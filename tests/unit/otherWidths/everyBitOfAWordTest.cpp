@@ -29,7 +29,7 @@ TEST_F(EveryBitOfAWord, IsReadFromItsPlace)
     for (int bit = 0; bit < WORD_BITS; ++bit) {
         putUnit(STATION, "V", UNIT, 1u << bit);
         unsigned char out[WORD_BITS] = {};
-        readValuesInRow(BITS_OF_WORDS, STATION, text("V_bit"), UNIT * WORD_BITS, WORD_BITS, out);
+        readValuesOfArea(BITS_OF_WORDS, STATION, text("V_bit"), UNIT * WORD_BITS, WORD_BITS, out);
         Bytes expected(WORD_BITS, 0);
         expected[std::size_t(bit)] = 1;
         EXPECT_EQ(expected, Bytes(out, out + WORD_BITS)) << "bit " << bit;
@@ -41,8 +41,8 @@ TEST_F(EveryBitOfAWord, IsTakenOverAtItsPlaceWhenItsWriteIsConfirmed)
     for (int bit = 0; bit < WORD_BITS; ++bit) {
         const int index = putPendingWrite(STATION, "V", UNIT, 0, 1u << bit);
         driver.dataAreas[index].pendingBitWrites = 1u << (2 * bit);
-        completeWritesInRow(BITS_OF_WORDS, STATION, text("V_bit"), UNIT * WORD_BITS + bit, 1,
-                            CONFIRMED);
+        completeWritesOfArea(BITS_OF_WORDS, STATION, text("V_bit"), UNIT * WORD_BITS + bit, 1,
+                             CONFIRMED);
         EXPECT_EQ(oneBit(bit), readBytes(STATION, "V", UNIT)) << "bit " << bit;
     }
 }

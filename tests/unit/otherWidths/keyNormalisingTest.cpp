@@ -1,4 +1,4 @@
-#include "addressMerging.h"
+#include "otherWidths/keyNormalising.h"
 
 #include "driverFixture.h"
 #include "listTexts.h"

@@ -15,8 +15,8 @@ TEST_F(UploadOtherWidths, AnUploadFillsTheBufferWhateverTheUnitsOfItsArea)
     driver.frameKind = FRAME_RECIPE_UPLOAD;
     for (const char* unitBits : {"1", "8", "16", "32"}) {
         std::fill(recipe.begin(), recipe.end(), static_cast<unsigned char>(0));
-        decodeReplyInRow(OtherRow("16", unitBits), bytes({1, 3, 4, 1, 2, 3, 4, 0, 0}), 1, 3,
-                         variable(1, "V", 0, 1));
+        decodeReplyOfArea(OtherRow("16", unitBits), bytes({1, 3, 4, 1, 2, 3, 4, 0, 0}), 1, 3,
+                          variable(1, "V", 0, 1));
         const std::vector<unsigned char> filled(recipe.begin() + 20, recipe.begin() + 24);
         EXPECT_EQ((std::vector<unsigned char>{2, 1, 4, 3}), filled) << unitBits;
     }

@@ -1,6 +1,6 @@
 // Keys in areas of fewer bits an element, or a unit, than any of this device's.
 
-#include "addressMerging.h"
+#include "otherWidths/keyNormalising.h"
 
 #include "cacheHelpers.h"
 #include "listTexts.h"

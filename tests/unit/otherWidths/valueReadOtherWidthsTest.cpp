@@ -5,7 +5,7 @@ namespace {
 
 enum { BUFFER_BYTES = 64, UNTOUCHED = 0xEE };
 
-class ValueReadInRow : public DriverTest
+class ValueReadOtherWidths : public DriverTest
 {
 protected:
     /// What was written to the buffer; none of the test values is UNTOUCHED.
@@ -13,8 +13,8 @@ protected:
                       int count)
     {
         std::vector<unsigned char> out(BUFFER_BYTES, UNTOUCHED);
-        readValuesInRow(OtherRow(dataWidth, unitBits), 1, text(regName), address, count,
-                        out.data());
+        readValuesOfArea(OtherRow(dataWidth, unitBits), 1, text(regName), address, count,
+                         out.data());
         while (!out.empty() && out.back() == UNTOUCHED)
             out.pop_back();
         return Bytes(out.begin(), out.end());
@@ -36,7 +36,7 @@ const char* const ROWS[][3] = {
 
 } // namespace
 
-TEST_F(ValueReadInRow, UnitsOfOneOrEightBitsGiveTheirFirstByteUnderTheWholeName)
+TEST_F(ValueReadOtherWidths, UnitsOfOneOrEightBitsGiveTheirFirstByteUnderTheWholeName)
 {
     putUnit(1, "V_B", 4, 0x2211);
     putUnit(1, "V_B", 5, 0x4433);
@@ -46,7 +46,7 @@ TEST_F(ValueReadInRow, UnitsOfOneOrEightBitsGiveTheirFirstByteUnderTheWholeName)
     }
 }
 
-TEST_F(ValueReadInRow, BitsOfWordsAreTakenFromTheWordThatHoldsThem)
+TEST_F(ValueReadOtherWidths, BitsOfWordsAreTakenFromTheWordThatHoldsThem)
 {
     putUnit(1, "V", 1, 0x4080);
     putUnit(1, "V", 2, 0x0005);
@@ -56,7 +56,7 @@ TEST_F(ValueReadInRow, BitsOfWordsAreTakenFromTheWordThatHoldsThem)
     }
 }
 
-TEST_F(ValueReadInRow, BitsOfBytesAreTakenFromTheByteThatHoldsThem)
+TEST_F(ValueReadOtherWidths, BitsOfBytesAreTakenFromTheByteThatHoldsThem)
 {
     putUnit(1, "V", 0, 0xFF40);
     putUnit(1, "V", 1, 0xFF02);
@@ -64,7 +64,7 @@ TEST_F(ValueReadInRow, BitsOfBytesAreTakenFromTheByteThatHoldsThem)
         EXPECT_EQ(Bytes({0, 1, 0, 0, 1, 0}), read(width, "8", "V_bit", 5, 6));
 }
 
-TEST_F(ValueReadInRow, BitsShowAnUnconfirmedWriteOfTheirUnit)
+TEST_F(ValueReadOtherWidths, BitsShowAnUnconfirmedWriteOfTheirUnit)
 {
     putPendingWrite(1, "V", 0, 0x0001, 0x8000);
     EXPECT_EQ(Bytes({0, 0}), read("1", "16", "V_bit", 0, 2));
@@ -72,13 +72,13 @@ TEST_F(ValueReadInRow, BitsShowAnUnconfirmedWriteOfTheirUnit)
     EXPECT_EQ(Bytes({0}), read("1", "8", "V_bit", 0, 1));
 }
 
-TEST_F(ValueReadInRow, BitsNeverReadAreZeroAndLeaveTheirUnitsBehind)
+TEST_F(ValueReadOtherWidths, BitsNeverReadAreZeroAndLeaveTheirUnitsBehind)
 {
     EXPECT_EQ(Bytes({0, 0}), read("1", "16", "V_bit", 31, 2));
     EXPECT_EQ(Marks({{1, "V", 1, 0, 0}, {1, "V", 2, 0, 0}}), allMarks());
 }
 
-TEST_F(ValueReadInRow, BitsOfUnitsOfAnyOtherWidthAreNotRead)
+TEST_F(ValueReadOtherWidths, BitsOfUnitsOfAnyOtherWidthAreNotRead)
 {
     for (const char* width : {"1", "8"}) {
         for (const char* unitBits : {"1", "32", ""})
@@ -87,7 +87,7 @@ TEST_F(ValueReadInRow, BitsOfUnitsOfAnyOtherWidthAreNotRead)
     EXPECT_EQ(Marks(), allMarks());
 }
 
-TEST_F(ValueReadInRow, ANegativeBitIsLookedUpAtTheTruncatedQuotient)
+TEST_F(ValueReadOtherWidths, ANegativeBitIsLookedUpAtTheTruncatedQuotient)
 {
     // -16 is bit 0 of word -1, -8 bit 0 of byte -1.
     putUnit(1, "V", -1, 0x0001);
@@ -96,7 +96,7 @@ TEST_F(ValueReadInRow, ANegativeBitIsLookedUpAtTheTruncatedQuotient)
     EXPECT_EQ(Bytes({1}), read("1", "8", "V_bit", -8, 1));
 }
 
-TEST_F(ValueReadInRow, ABitNumberBelowZeroHasNoByteToRead)
+TEST_F(ValueReadOtherWidths, ABitNumberBelowZeroHasNoByteToRead)
 {
     putUnit(1, "V", 0, 0xFFFFFFFFu);
     EXPECT_EQ(Bytes({0, 0, 1}), read("1", "16", "V_bit", -2, 3));
@@ -104,7 +104,7 @@ TEST_F(ValueReadInRow, ABitNumberBelowZeroHasNoByteToRead)
     EXPECT_EQ(1, int(driver.dataAreas.size()));
 }
 
-TEST_F(ValueReadInRow, WordsInWordUnitsAreReadUnderTheWholeName)
+TEST_F(ValueReadOtherWidths, WordsInWordUnitsAreReadUnderTheWholeName)
 {
     putUnit(1, "V_bit", 4, 0xFFFF1234u);
     putUnit(1, "V_bit", 5, 0xFFFF5678u);
@@ -112,27 +112,27 @@ TEST_F(ValueReadInRow, WordsInWordUnitsAreReadUnderTheWholeName)
         EXPECT_EQ(Bytes({0x34, 0x12, 0x78, 0x56}), read("16", unitBits, "V_bit", 4, 2));
 }
 
-TEST_F(ValueReadInRow, WordsInByteUnitsTakeTwoUnitsEach)
+TEST_F(ValueReadOtherWidths, WordsInByteUnitsTakeTwoUnitsEach)
 {
     putUnits(4, 8);
     EXPECT_EQ(Bytes({0x41, 0x51, 0x61, 0x71}), read("16", "8", "V_W", 4, 2));
 }
 
-TEST_F(ValueReadInRow, DoubleWordsInByteUnitsTakeFourUnitsForEveryTwoCounted)
+TEST_F(ValueReadOtherWidths, DoubleWordsInByteUnitsTakeFourUnitsForEveryTwoCounted)
 {
     putUnits(0, 9);
     EXPECT_EQ(Bytes({0x01, 0x11, 0x21, 0x31, 0x41, 0x51, 0x61, 0x71}),
               read("32", "8", "V_D", 0, 5));
 }
 
-TEST_F(ValueReadInRow, DoubleWordsInWordUnitsTakeTwoUnitsForEveryTwoCounted)
+TEST_F(ValueReadOtherWidths, DoubleWordsInWordUnitsTakeTwoUnitsForEveryTwoCounted)
 {
     putUnits(0, 5);
     EXPECT_EQ(Bytes({0x01, 0x02, 0x11, 0x12, 0x21, 0x22, 0x31, 0x32}),
               read("32", "16", "V_D", 0, 5));
 }
 
-TEST_F(ValueReadInRow, DoubleWordUnitsGiveFourBytesForEveryTwoCounted)
+TEST_F(ValueReadOtherWidths, DoubleWordUnitsGiveFourBytesForEveryTwoCounted)
 {
     putUnits(0, 3);
     for (const char* unitBits : {"32", "1", ""})
@@ -140,7 +140,7 @@ TEST_F(ValueReadInRow, DoubleWordUnitsGiveFourBytesForEveryTwoCounted)
                   read("32", unitBits, "V_x", 1, 5));
 }
 
-TEST_F(ValueReadInRow, EachUnitShowsItsOwnUnconfirmedWrite)
+TEST_F(ValueReadOtherWidths, EachUnitShowsItsOwnUnconfirmedWrite)
 {
     putUnit(1, "V", 0, 0x04030201u);
     putPendingWrite(1, "V", 1, 0x04030201u, 0x44332211u);
@@ -149,21 +149,21 @@ TEST_F(ValueReadInRow, EachUnitShowsItsOwnUnconfirmedWrite)
     EXPECT_EQ(Bytes({0x11, 0x22, 0x33, 0x44}), read("32", "32", "V", 1, 2));
 }
 
-TEST_F(ValueReadInRow, OneCountedUnitIsNoDoubleWord)
+TEST_F(ValueReadOtherWidths, OneCountedUnitIsNoDoubleWord)
 {
     for (const char* unitBits : {"8", "16", "32"})
         EXPECT_EQ(Bytes(), read("32", unitBits, "V", 0, 1)) << unitBits;
     EXPECT_EQ(Marks(), allMarks());
 }
 
-TEST_F(ValueReadInRow, AnyOtherWidthReadsNothing)
+TEST_F(ValueReadOtherWidths, AnyOtherWidthReadsNothing)
 {
     for (const char* width : {"", "0", "24", "64"})
         EXPECT_EQ(Bytes(), read(width, "16", "V", 0, 4)) << width;
     EXPECT_EQ(Marks(), allMarks());
 }
 
-TEST_F(ValueReadInRow, ACountBelowOneReadsNothing)
+TEST_F(ValueReadOtherWidths, ACountBelowOneReadsNothing)
 {
     for (const auto& row : ROWS) {
         for (int count : {0, -1, -2, -16, LOWEST + 2, LOWEST + 1, int(LOWEST)})
@@ -173,7 +173,7 @@ TEST_F(ValueReadInRow, ACountBelowOneReadsNothing)
     EXPECT_EQ(Marks(), allMarks());
 }
 
-TEST_F(ValueReadInRow, UnitsWrapAroundBehindTheHighestAddress)
+TEST_F(ValueReadOtherWidths, UnitsWrapAroundBehindTheHighestAddress)
 {
     putUnit(1, "V", HIGHEST, 0x2211);
     putUnit(1, "V", LOWEST, 0x4433);

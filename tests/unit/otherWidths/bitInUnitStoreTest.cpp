@@ -16,8 +16,8 @@ protected:
 
     void store(const char* unitBits, int addr, std::vector<unsigned char> values)
     {
-        storeWritesInRow(OtherRow("1", unitBits), STATION, text("V_bit"), addr, int(values.size()),
-                         values.data());
+        storeWritesOfArea(OtherRow("1", unitBits), STATION, text("V_bit"), addr, int(values.size()),
+                          values.data());
     }
 
     void queue(int station, const char* regName, int addr, int count)

@@ -19,7 +19,7 @@ int check(AreaRow row, const char* addrText, int dataType, int count = 1, int ac
 {
     const ADDRESS_QUESTION question = {text("DW"), text(addrText), dataType, count, accessMode};
     int addr = 0;
-    return checkAddressInRow(row, question, addr);
+    return checkAddressOfArea(row, question, addr);
 }
 
 } // namespace
@@ -82,6 +82,6 @@ TEST_F(AddressWidths, AValidAddressIsHandedBack)
 {
     const ADDRESS_QUESTION question = {text("DW"), text("20"), WIDE_TYPE, 1, READING};
     int addr = -77;
-    ASSERT_EQ(ADDRESS_VALID, checkAddressInRow(WIDE_ROW, question, addr));
+    ASSERT_EQ(ADDRESS_VALID, checkAddressOfArea(WIDE_ROW, question, addr));
     EXPECT_EQ(10, addr);
 }

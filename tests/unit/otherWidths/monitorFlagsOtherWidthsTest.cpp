@@ -1,15 +1,15 @@
 #include "cacheHelpers.h"
-#include "dataAreas.h"
+#include "monitorFlags.h"
 
 namespace {
 
-class MonitorFlagsInRow : public DriverTest
+class MonitorFlagsOtherWidths : public DriverTest
 {
 protected:
     void mark(const char* dataWidth, const char* unitBits, const char* regName, int start,
               int count)
     {
-        setMonitorFlagsInRow(OtherRow(dataWidth, unitBits), 1, text(regName), start, count);
+        setMonitorFlagsOfArea(OtherRow(dataWidth, unitBits), 1, text(regName), start, count);
     }
 };
 
@@ -21,7 +21,7 @@ const char* const ROWS[][3] = {
 
 } // namespace
 
-TEST_F(MonitorFlagsInRow, UnitsOfOneOrEightBitsAreMarkedUnderTheWholeName)
+TEST_F(MonitorFlagsOtherWidths, UnitsOfOneOrEightBitsAreMarkedUnderTheWholeName)
 {
     for (const char* width : {"1", "8"}) {
         for (const char* unitBits : {"1", "8", "16", ""}) {
@@ -32,7 +32,7 @@ TEST_F(MonitorFlagsInRow, UnitsOfOneOrEightBitsAreMarkedUnderTheWholeName)
     }
 }
 
-TEST_F(MonitorFlagsInRow, BitsOfWordsAreMarkedInTheWordsThatHoldThem)
+TEST_F(MonitorFlagsOtherWidths, BitsOfWordsAreMarkedInTheWordsThatHoldThem)
 {
     for (const char* width : {"1", "8"}) {
         driver.dataAreas.clear();
@@ -41,7 +41,7 @@ TEST_F(MonitorFlagsInRow, BitsOfWordsAreMarkedInTheWordsThatHoldThem)
     }
 }
 
-TEST_F(MonitorFlagsInRow, BitsOfBytesAreMarkedInTheBytesThatHoldThem)
+TEST_F(MonitorFlagsOtherWidths, BitsOfBytesAreMarkedInTheBytesThatHoldThem)
 {
     for (const char* width : {"1", "8"}) {
         driver.dataAreas.clear();
@@ -50,14 +50,14 @@ TEST_F(MonitorFlagsInRow, BitsOfBytesAreMarkedInTheBytesThatHoldThem)
     }
 }
 
-TEST_F(MonitorFlagsInRow, BitMarksAreAddedToThoseTheUnitHas)
+TEST_F(MonitorFlagsOtherWidths, BitMarksAreAddedToThoseTheUnitHas)
 {
     putUnit(1, "V", 1, 0, 1, 0x8000);
     mark("1", "16", "V_bit", 16, 1);
     EXPECT_EQ(Marks({{1, "V", 1, 1, 0x8001}}), allMarks());
 }
 
-TEST_F(MonitorFlagsInRow, BitsOfUnitsOfAnyOtherWidthAreNotMarked)
+TEST_F(MonitorFlagsOtherWidths, BitsOfUnitsOfAnyOtherWidthAreNotMarked)
 {
     for (const char* width : {"1", "8"}) {
         for (const char* unitBits : {"1", "32", ""})
@@ -66,21 +66,21 @@ TEST_F(MonitorFlagsInRow, BitsOfUnitsOfAnyOtherWidthAreNotMarked)
     EXPECT_EQ(Marks(), allMarks());
 }
 
-TEST_F(MonitorFlagsInRow, NegativeBitsOfWordsGoToTheTruncatedQuotient)
+TEST_F(MonitorFlagsOtherWidths, NegativeBitsOfWordsGoToTheTruncatedQuotient)
 {
     // -17 is bit -1 of word -1, which no mask has; -16 is bit 0 of word -1.
     mark("1", "16", "V_bit", -17, 2);
     EXPECT_EQ(Marks({{1, "V", -1, 0, 0x0001}}), allMarks());
 }
 
-TEST_F(MonitorFlagsInRow, NegativeBitsOfBytesGoToTheTruncatedQuotient)
+TEST_F(MonitorFlagsOtherWidths, NegativeBitsOfBytesGoToTheTruncatedQuotient)
 {
     // -1 is bit -1 of byte 0, which no mask has.
     mark("1", "8", "V_bit", -1, 2);
     EXPECT_EQ(Marks({{1, "V", 0, 0, 0x01}}), allMarks());
 }
 
-TEST_F(MonitorFlagsInRow, WordsInWordUnitsAreMarkedUnderTheWholeName)
+TEST_F(MonitorFlagsOtherWidths, WordsInWordUnitsAreMarkedUnderTheWholeName)
 {
     for (const char* unitBits : {"16", "1", "32", ""}) {
         driver.dataAreas.clear();
@@ -89,13 +89,13 @@ TEST_F(MonitorFlagsInRow, WordsInWordUnitsAreMarkedUnderTheWholeName)
     }
 }
 
-TEST_F(MonitorFlagsInRow, OfWordsInByteUnitsOnlyTheFirstPairIsMarked)
+TEST_F(MonitorFlagsOtherWidths, OfWordsInByteUnitsOnlyTheFirstPairIsMarked)
 {
     mark("16", "8", "V_W", 4, 3);
     EXPECT_EQ(Marks({{1, "V", 4, 0x02, 0}, {1, "V", 5, 0x04, 0}}), allMarks());
 }
 
-TEST_F(MonitorFlagsInRow, DoubleWordsInByteUnitsMarkFourBytesForEveryTwoCounted)
+TEST_F(MonitorFlagsOtherWidths, DoubleWordsInByteUnitsMarkFourBytesForEveryTwoCounted)
 {
     mark("32", "8", "V_D", 8, 4);
     EXPECT_EQ(Marks({{1, "V", 8, 0x08, 0},
@@ -109,7 +109,7 @@ TEST_F(MonitorFlagsInRow, DoubleWordsInByteUnitsMarkFourBytesForEveryTwoCounted)
               allMarks());
 }
 
-TEST_F(MonitorFlagsInRow, DoubleWordsInWordUnitsMarkTwoWordsForEveryTwoCounted)
+TEST_F(MonitorFlagsOtherWidths, DoubleWordsInWordUnitsMarkTwoWordsForEveryTwoCounted)
 {
     mark("32", "16", "V_D", 8, 5);
     EXPECT_EQ(Marks({{1, "V", 8, 0x02, 0},
@@ -119,7 +119,7 @@ TEST_F(MonitorFlagsInRow, DoubleWordsInWordUnitsMarkTwoWordsForEveryTwoCounted)
               allMarks());
 }
 
-TEST_F(MonitorFlagsInRow, AWordCanBeSecondOfOneDoubleWordAndFirstOfTheNext)
+TEST_F(MonitorFlagsOtherWidths, AWordCanBeSecondOfOneDoubleWordAndFirstOfTheNext)
 {
     mark("32", "16", "V_D", 8, 2);
     mark("32", "16", "V_D", 9, 2);
@@ -127,7 +127,7 @@ TEST_F(MonitorFlagsInRow, AWordCanBeSecondOfOneDoubleWordAndFirstOfTheNext)
               allMarks());
 }
 
-TEST_F(MonitorFlagsInRow, DoubleWordUnitsAreMarkedUnderTheAreaForEveryTwoCounted)
+TEST_F(MonitorFlagsOtherWidths, DoubleWordUnitsAreMarkedUnderTheAreaForEveryTwoCounted)
 {
     for (const char* unitBits : {"32", "1", ""}) {
         driver.dataAreas.clear();
@@ -136,21 +136,21 @@ TEST_F(MonitorFlagsInRow, DoubleWordUnitsAreMarkedUnderTheAreaForEveryTwoCounted
     }
 }
 
-TEST_F(MonitorFlagsInRow, OneCountedUnitIsNoDoubleWord)
+TEST_F(MonitorFlagsOtherWidths, OneCountedUnitIsNoDoubleWord)
 {
     for (const char* unitBits : {"8", "16", "32"})
         mark("32", unitBits, "V", 0, 1);
     EXPECT_EQ(Marks(), allMarks());
 }
 
-TEST_F(MonitorFlagsInRow, AnyOtherWidthMarksNothing)
+TEST_F(MonitorFlagsOtherWidths, AnyOtherWidthMarksNothing)
 {
     for (const char* width : {"", "0", "24", "64"})
         mark(width, "16", "V", 0, 4);
     EXPECT_EQ(Marks(), allMarks());
 }
 
-TEST_F(MonitorFlagsInRow, ACountBelowOneMarksNothing)
+TEST_F(MonitorFlagsOtherWidths, ACountBelowOneMarksNothing)
 {
     for (const auto& row : ROWS) {
         for (int count : {0, -1, -2, -16, LOWEST + 2, LOWEST + 1, int(LOWEST)})

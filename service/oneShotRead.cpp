@@ -26,13 +26,13 @@ static void queueBlocks(const KEY_ADDRESS& key, int maxLen, int unitBits, int va
 
 int intf_addConditionRead(KEY_ADDRESS& key, int varId)
 {
-    // A "_bit" name is no area's either.
+    // An unknown area has units of 0 bits; a name with "_bit" is unknown too.
     const int unitBits = areaRow(key.regName)[UNIT_BITS].toInt();
     if (unitBits < 1) return 1;
 
     const int maxLen =
         key.unitMode == BIT_UNIT_MODE ? driver.maxBitBlockLen : driver.maxWordBlockLen;
-    // The queue is capped, so the blocks of a huge count need never be in memory all at once.
+    // Parts keep memory small: of the blocks of a huge count the capped queue holds only 513.
     const qint64 partLen = maxLen < 1 ? qint64(key.count) : qint64(maxLen) * BLOCKS_AT_ONCE;
     KEY_ADDRESS part = key;
     qint64 first = 0;

@@ -23,7 +23,7 @@ protected:
 
     void complete(const char* unitBits, int addr, int count, int ok)
     {
-        completeWritesInRow(OtherRow("1", unitBits), STATION, text("V_bit"), addr, count, ok);
+        completeWritesOfArea(OtherRow("1", unitBits), STATION, text("V_bit"), addr, count, ok);
     }
 
     /// Unit 0 of V with a write on its way.
