@@ -1,5 +1,7 @@
 #include "plcModel.h"
 
+#include "modbusChecksum.h"
+
 namespace {
 
 enum {
@@ -57,19 +59,6 @@ template <typename Registers> Bytes readReply(const Registers& registers, const 
 
 } // namespace
 
-Bytes closedFrame(Bytes body)
-{
-    unsigned crc = 0xFFFF;
-    for (const std::uint8_t byte : body) {
-        crc ^= byte;
-        for (int bit = 0; bit < 8; ++bit)
-            crc = (crc & 1u) != 0 ? crc >> 1 ^ 0xA001u : crc >> 1;
-    }
-    body.push_back(static_cast<std::uint8_t>(crc & 255u));
-    body.push_back(static_cast<std::uint8_t>(crc >> 8));
-    return body;
-}
-
 PlcModel::PlcModel(int stations)
 {
     for (int station = 1; station <= stations; ++station)
@@ -79,9 +68,9 @@ PlcModel::PlcModel(int stations)
 Bytes PlcModel::answer(const Bytes& request)
 {
     if (request.size() < SHORTEST_REQUEST) return Bytes();
-    if (closedFrame(Bytes(request.begin(), request.end() - CRC_BYTES)) != request) return Bytes();
+    if (frameWith(Bytes(request.begin(), request.end() - CRC_BYTES)) != request) return Bytes();
     const auto found = m_stations.find(request[0]);
-    return found == m_stations.end() ? Bytes() : closedFrame(obey(found->second, request));
+    return found == m_stations.end() ? Bytes() : frameWith(obey(found->second, request));
 }
 
 void PlcModel::putCoil(Station& station, int coil, bool on)

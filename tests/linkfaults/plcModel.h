@@ -9,9 +9,6 @@
 
 typedef std::vector<std::uint8_t> Bytes;
 
-/// `body` and its CRC, MODBUS over Serial Line V1.02, 6.2.2.
-Bytes closedFrame(Bytes body);
-
 /// A Modbus RTU server with the memory of the device. Shares no code with the driver, the host or
 /// the simulated PLC.
 ///

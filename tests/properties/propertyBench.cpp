@@ -1,5 +1,7 @@
 #include "propertyBench.h"
 
+#include "modbusChecksum.h"
+
 #include <new>
 #include <random>
 
@@ -21,15 +23,6 @@ void renewDriver()
     new (&driver) Protocol();
 }
 
-QByteArray closed(QByteArray body)
-{
-    const int crc = serialLineCrc(reinterpret_cast<const unsigned char*>(body.constData()),
-                                  static_cast<int>(body.size()));
-    body.append(static_cast<char>(crc & 255));
-    body.append(static_cast<char>(crc >> 8));
-    return body;
-}
-
 QByteArray noiseBytes(std::mt19937& random, int length)
 {
     QByteArray out;
@@ -44,11 +37,11 @@ QByteArray goodReply(const FRAME_PRO& frame, std::mt19937& random, int stationSh
     if (frame.recvLen <= 0 || frame.sendLen == 0) return QByteArray();
     QByteArray body(reinterpret_cast<const char*>(frame.sendBuf), ECHOED);
     body[0] = static_cast<char>(frame.sendBuf[0] + stationShift);
-    if (frame.sendBuf[1] > READ_INPUTS) return closed(body);
+    if (frame.sendBuf[1] > READ_INPUTS) return frameWith(body);
     const int dataBytes = frame.recvLen - FIRST_DATA - 2;
     body.truncate(2);
     body.append(static_cast<char>(dataBytes & 255));
-    return closed(body + noiseBytes(random, dataBytes));
+    return frameWith(body + noiseBytes(random, dataBytes));
 }
 
 QByteArray damaged(QByteArray reply, std::mt19937& random)
@@ -66,20 +59,6 @@ QByteArray cut(const QByteArray& reply, std::mt19937& random)
 }
 
 } // namespace
-
-std::uint16_t serialLineCrc(const unsigned char* bytes, int length)
-{
-    unsigned crc = 0xFFFF;
-    for (int i = 0; i < length; ++i) {
-        for (unsigned bit = 0; bit < 8; ++bit) {
-            const unsigned feedback = (crc ^ static_cast<unsigned>(bytes[i]) >> bit) & 1u;
-            crc >>= 1;
-            // x^15 + x^13 + 1, the generator read backwards
-            if (feedback != 0) crc ^= 1u << 15 | 1u << 13 | 1u;
-        }
-    }
-    return static_cast<std::uint16_t>(crc);
-}
 
 const char* nameOf(Reply reply)
 {

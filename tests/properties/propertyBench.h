@@ -6,13 +6,9 @@
 #include <QByteArray>
 #include <QMutex>
 
-#include <cstdint>
 #include <ostream>
 #include <string>
 #include <vector>
-
-/// CRC-16 of MODBUS over Serial Line V1.02, 6.2.2, a bit at a time.
-std::uint16_t serialLineCrc(const unsigned char* bytes, int length);
 
 /// One call of the value-change callback.
 struct Told

@@ -25,19 +25,6 @@ void putWord(QByteArray& bytes, int word)
     bytes.append(static_cast<char>(word & 255));
 }
 
-QByteArray frameWith(QByteArray bytes)
-{
-    int crc = 65535;
-    for (int i = 0; i < bytes.size(); ++i) {
-        crc ^= byteOf(bytes, i);
-        for (int bit = 0; bit < 8; ++bit)
-            crc = crc % 2 == 1 ? crc / 2 ^ 40961 : crc / 2;
-    }
-    bytes.append(static_cast<char>(crc % 256));
-    bytes.append(static_cast<char>(crc / 256));
-    return bytes;
-}
-
 double OrderlyPeer::drawn()
 {
     return double(m_random()) / 4294967296.0;

@@ -1,6 +1,8 @@
 #ifndef ORDERLY_PEER_H
 #define ORDERLY_PEER_H
 
+#include "modbusChecksum.h"
+
 #include <QByteArray>
 
 #include <map>
@@ -88,9 +90,6 @@ private:
     std::map<std::pair<int, std::pair<int, int>>, int> m_written;
     std::multimap<qint64, QByteArray> m_coming;
 };
-
-/// The frame of these bytes (MODBUS over Serial Line V1.02, appendix B: a bit at a time).
-QByteArray frameWith(QByteArray bytes);
 
 int byteOf(const QByteArray& bytes, int at);
 int wordOf(const QByteArray& bytes, int at);

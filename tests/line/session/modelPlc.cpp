@@ -1,5 +1,7 @@
 #include "modelPlc.h"
 
+#include "modbusChecksum.h"
+
 namespace {
 
 enum {
@@ -64,25 +66,9 @@ QByteArray readReply(const std::map<int, int>& words, const QByteArray& request)
 
 } // namespace
 
-/// The generator polynomial x^16 + x^15 + x^2 + 1, a bit at a time, lowest first.
-QByteArray ModelPlc::withChecksum(QByteArray bytes)
-{
-    int crc = 65535;
-    for (const char byte : bytes) {
-        for (int bit = 0; bit < 8; ++bit) {
-            const bool in = (static_cast<unsigned char>(byte) >> bit & 1) != (crc & 1);
-            crc = crc / 2;
-            if (in) crc ^= 40961;
-        }
-    }
-    bytes.append(static_cast<char>(crc % 256));
-    bytes.append(static_cast<char>(crc / 256));
-    return bytes;
-}
-
 QByteArray ModelPlc::answer(const QByteArray& request)
 {
-    if (request.size() < 8 || withChecksum(request.left(request.size() - 2)) != request)
+    if (request.size() < 8 || frameWith(request.left(request.size() - 2)) != request)
         return QByteArray();
     const auto found = m_stations.find(byteOf(request, 0));
     if (found == m_stations.end() || found->second.silent) return QByteArray();
@@ -91,7 +77,7 @@ QByteArray ModelPlc::answer(const QByteArray& request)
         wordOf(request, 2) + wordOf(request, 4) - 1 > found->second.lastHolding;
     const int code =
         isBehindTheEnd ? int(ILLEGAL_ADDRESS) : refusalOf(found->second, wordOf(request, 2));
-    return withChecksum(code != 0 ? refusal(request, code) : obey(found->second, request));
+    return frameWith(code != 0 ? refusal(request, code) : obey(found->second, request));
 }
 
 int ModelPlc::refusalOf(Station& station, int first)

@@ -39,9 +39,6 @@ public:
     bool coil(int station, int number);
     void setCoil(int station, int number, bool on);
 
-    /// A frame of these bytes.
-    static QByteArray withChecksum(QByteArray bytes);
-
 private:
     static int refusalOf(Station& station, int first);
     static QByteArray obey(Station& station, const QByteArray& request);
