@@ -24,7 +24,7 @@ static_assert(int(Branch::CALLED_FILL_BUFFER) - int(Branch::CALLED_SET_PAGE) + 2
 class Runner
 {
 public:
-    explicit Runner(const DriverLibrary& library) : m_driver(library) {}
+    explicit Runner(const DriverFunctions& driver) : m_driver(driver) {}
 
     /// Empty, or what differs.
     std::string run(const Call& call)
@@ -113,9 +113,9 @@ void put(Report& report, const Disagreement& disagreement)
     report.found = disagreement.found;
 }
 
-Disagreement run(const DriverLibrary& library, const std::vector<Call>& calls, size_t& progress)
+Disagreement run(const DriverFunctions& driver, const std::vector<Call>& calls, size_t& progress)
 {
-    Runner runner(library);
+    Runner runner(driver);
     for (progress = 0; progress < calls.size(); ++progress) {
         const std::string text = runner.run(calls[progress]);
         if (!text.empty()) return {true, progress, text};
@@ -126,7 +126,7 @@ Disagreement run(const DriverLibrary& library, const std::vector<Call>& calls, s
 
 } // namespace
 
-Disagreement runApart(const DriverLibrary& library, const std::vector<Call>& calls,
+Disagreement runApart(const DriverFunctions& driver, const std::vector<Call>& calls,
                       unsigned mostCpuSeconds)
 {
     static Report* const report = sharedReport();
@@ -136,7 +136,7 @@ Disagreement runApart(const DriverLibrary& library, const std::vector<Call>& cal
     if (child < 0) throw std::bad_alloc();
     if (child == 0) {
         limitTime(mostCpuSeconds);
-        put(*report, run(library, calls, report->callIndex));
+        put(*report, run(driver, calls, report->callIndex));
         _exit(0);
     }
     int status = 0;

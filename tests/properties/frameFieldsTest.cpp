@@ -98,32 +98,28 @@ DrawnFrame drawnCase(const std::vector<FrameUse>& uses)
     return drawn;
 }
 
+Units unitsOf(const DrawnFrame& drawn)
+{
+    return {drawn.station, areaOf(drawn).name, numberOf(drawn), countOf(drawn)};
+}
+
 void startRecipe(PropertyBench& bench, const DrawnFrame& drawn, RecipeFlag flag)
 {
-    _RCP_VAR_PRO record;
-    record.linkNo = PropertyBench::CONTEXT;
-    record.station = drawn.station;
-    record.regName = nameOf(areaOf(drawn));
-    record.addr = numberOf(drawn);
-    record.count = countOf(drawn);
-    bench.setRecipe({record});
+    bench.setRecipe({unitsOf(drawn)});
     bench.raise(flag);
 }
 
 void ask(PropertyBench& bench, const DrawnFrame& drawn)
 {
-    const char* const area = areaOf(drawn).name;
-    const int number = numberOf(drawn);
-    const int count = countOf(drawn);
     switch (drawn.use) {
     case CYCLIC:
-        bench.poll({PropertyBench::key(drawn.station, nameOf(areaOf(drawn)), number, count)});
+        bench.poll({unitsOf(drawn)});
         break;
     case ONE_SHOT:
-        bench.readOnce(drawn.station, area, number, count, 1);
+        bench.readOnce(unitsOf(drawn), 1);
         break;
     case WRITE:
-        bench.write(drawn.station, area, number, drawn.size, 1);
+        bench.writeRun(unitsOf(drawn), drawn.size, 1);
         break;
     case DOWNLOAD:
         startRecipe(bench, drawn, RECIPE_DOWNLOAD_FLAG);

@@ -71,7 +71,7 @@ RC_GTEST_PROP(AnyReply, ToAReadIsTakenByLengthAndChecksumAlone, ())
 {
     PropertyBench bench(TWO_ATTEMPTS, MERGE);
     const int words = *rc::gen::inRange(1, int(MOST_WORDS));
-    bench.poll({PropertyBench::key(1, QString::fromLatin1("MW"), 3000, words)});
+    bench.poll({{1, "MW", 3000, words}});
     FRAME_PRO frame;
     RC_ASSERT(intf_getSendFrame(&frame) == 1);
     checkVerdict(frame);
@@ -80,7 +80,7 @@ RC_GTEST_PROP(AnyReply, ToAReadIsTakenByLengthAndChecksumAlone, ())
 RC_GTEST_PROP(AnyReply, ToAWriteIsTakenByLengthAndChecksumAlone, ())
 {
     PropertyBench bench(TWO_ATTEMPTS, MERGE);
-    bench.write(1, "QX", *rc::gen::inRange(0, 4096), 1, 1);
+    bench.write({1, "QX", *rc::gen::inRange(0, 4096), 1}, {1}, 1);
     FRAME_PRO frame;
     RC_ASSERT(intf_getSendFrame(&frame) == 1);
     checkVerdict(frame);

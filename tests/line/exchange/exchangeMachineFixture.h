@@ -34,7 +34,6 @@ QByteArray fromHex(const char* text);
 
 /// What an orderly station answers: register n holds n. The checksum is worked out bit by bit.
 QByteArray answerTo(const QByteArray& request);
-QByteArray refusalOf(const QByteArray& request, int code = 2);
 
 /// Bytes that are no frame and no begin of one.
 QByteArray noise(int bytes = 1);

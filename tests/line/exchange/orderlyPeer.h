@@ -1,7 +1,7 @@
 #ifndef ORDERLY_PEER_H
 #define ORDERLY_PEER_H
 
-#include "modbusChecksum.h"
+#include "modbusFrames.h"
 
 #include <QByteArray>
 
@@ -90,9 +90,5 @@ private:
     std::map<std::pair<int, std::pair<int, int>>, int> m_written;
     std::multimap<qint64, QByteArray> m_coming;
 };
-
-int byteOf(const QByteArray& bytes, int at);
-int wordOf(const QByteArray& bytes, int at);
-void putWord(QByteArray& bytes, int word);
 
 #endif
