@@ -1,18 +1,18 @@
 #include "exchangeMachineFixture.h"
 
-// A request behind fences that are not answered, and fences that the caller asks for.
+// How a fence ends, and what becomes of the request behind it.
 
 /// A link was just opened.
-class ExchangeMachineHeldBackTest : public ExchangeMachineTest
+class ExchangeMachineFenceEndTest : public ExchangeMachineTest
 {
 protected:
-    ExchangeMachineHeldBackTest()
+    ExchangeMachineFenceEndTest()
     {
         machine.linkOpened(now);
     }
 };
 
-TEST_F(ExchangeMachineHeldBackTest, IntoSilenceOneFenceIsSentForARequest)
+TEST_F(ExchangeMachineFenceEndTest, IntoSilenceOneFenceIsSentForARequest)
 {
     ask(READ_A);
     EXPECT_EQ(0, waitInVain());
@@ -20,7 +20,7 @@ TEST_F(ExchangeMachineHeldBackTest, IntoSilenceOneFenceIsSentForARequest)
     EXPECT_EQ(Ends{END_SILENT}, fenceEnds());
 }
 
-TEST_F(ExchangeMachineHeldBackTest, WhereSomethingIsHeardFourFencesAreSentForARequest)
+TEST_F(ExchangeMachineFenceEndTest, WhereSomethingIsHeardFourFencesAreSentForARequest)
 {
     ask(READ_A);
     come(noise());
@@ -29,7 +29,7 @@ TEST_F(ExchangeMachineHeldBackTest, WhereSomethingIsHeardFourFencesAreSentForARe
     EXPECT_EQ(Ends({END_UNUSABLE, END_UNUSABLE, END_UNUSABLE, END_UNUSABLE}), fenceEnds());
 }
 
-TEST_F(ExchangeMachineHeldBackTest, ALineThatAddsBytesBehindEachFenceEndsTheRequest)
+TEST_F(ExchangeMachineFenceEndTest, ALineThatAddsBytesBehindEachFenceEndsTheRequest)
 {
     ask(READ_A);
     int fences = 0;
@@ -45,7 +45,7 @@ TEST_F(ExchangeMachineHeldBackTest, ALineThatAddsBytesBehindEachFenceEndsTheRequ
 
 // A fence that the caller asks for.
 
-TEST_F(ExchangeMachineHeldBackTest, AFenceAloneTellsThatItsStationIsThere)
+TEST_F(ExchangeMachineFenceEndTest, AFenceAloneTellsThatItsStationIsThere)
 {
     machine.startFence(5, 0, now);
     EXPECT_FALSE(machine.isFree());
@@ -60,7 +60,7 @@ TEST_F(ExchangeMachineHeldBackTest, AFenceAloneTellsThatItsStationIsThere)
     EXPECT_EQ(readOf(3000, 70, 5), ask(readOf(3000, 70, 5)));
 }
 
-TEST_F(ExchangeMachineHeldBackTest, ARefusalShowsAsWellThatTheStationIsThere)
+TEST_F(ExchangeMachineFenceEndTest, ARefusalShowsAsWellThatTheStationIsThere)
 {
     machine.startFence(5, 0, now);
     nextSent();
@@ -69,7 +69,7 @@ TEST_F(ExchangeMachineHeldBackTest, ARefusalShowsAsWellThatTheStationIsThere)
     EXPECT_TRUE(machine.isFree());
 }
 
-TEST_F(ExchangeMachineHeldBackTest, AFenceAloneIsSentOnceIntoSilence)
+TEST_F(ExchangeMachineFenceEndTest, AFenceAloneIsSentOnceIntoSilence)
 {
     machine.startFence(5, 0, now);
     nextSent();
@@ -78,7 +78,7 @@ TEST_F(ExchangeMachineHeldBackTest, AFenceAloneIsSentOnceIntoSilence)
     EXPECT_EQ(Ends{END_SILENT}, fenceEnds());
 }
 
-TEST_F(ExchangeMachineHeldBackTest, AFenceAloneIsAwaitedForAsLongAsTheCallerSays)
+TEST_F(ExchangeMachineFenceEndTest, AFenceAloneIsAwaitedForAsLongAsTheCallerSays)
 {
     machine.startFence(5, 300000, now);
     nextSent();
@@ -88,7 +88,7 @@ TEST_F(ExchangeMachineHeldBackTest, AFenceAloneIsAwaitedForAsLongAsTheCallerSays
     EXPECT_EQ(Ends{END_ANSWERED}, fenceEnds());
 }
 
-TEST_F(ExchangeMachineHeldBackTest, AFenceAloneOnALineThatIsNeverSilentEndsAsAFence)
+TEST_F(ExchangeMachineFenceEndTest, AFenceAloneOnALineThatIsNeverSilentEndsAsAFence)
 {
     come(noise());
     machine.startFence(5, 0, now);
@@ -101,7 +101,7 @@ TEST_F(ExchangeMachineHeldBackTest, AFenceAloneOnALineThatIsNeverSilentEndsAsAFe
 
 // A late answer may end a request while its fence is still out.
 
-TEST_F(ExchangeMachineHeldBackTest, TheNextRequestWaitsForTheFenceThatIsStillOut)
+TEST_F(ExchangeMachineFenceEndTest, TheNextRequestWaitsForTheFenceThatIsStillOut)
 {
     exchange(READ_LONG);
     ask(READ_A);
@@ -116,7 +116,7 @@ TEST_F(ExchangeMachineHeldBackTest, TheNextRequestWaitsForTheFenceThatIsStillOut
     EXPECT_EQ(WRITE, nextSent());
 }
 
-TEST_F(ExchangeMachineHeldBackTest, ARequestToAnotherStationOutlivesTheFenceThatIsStillOut)
+TEST_F(ExchangeMachineFenceEndTest, ARequestToAnotherStationOutlivesTheFenceThatIsStillOut)
 {
     bringIntoStep(2);
     exchange(READ_LONG);
