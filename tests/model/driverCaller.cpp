@@ -46,6 +46,10 @@ DriverCaller::~DriverCaller()
 void DriverCaller::onChange(int context, int station, QString& name, int addr)
 {
     Notification told = {context, station, plainText(name), addr, {}};
+    if (s_host->m_mutex.tryLock())
+        s_host->m_mutex.unlock();
+    else
+        s_host->m_isToldUnderMutex = true;
     told.seen = s_host->valueRead(station, name, addr, 1);
     s_host->m_notifications.push_back(told);
     name = QLatin1String("changed by the callee");
@@ -250,6 +254,7 @@ const HostMemory& DriverCaller::memory()
 std::string DriverCaller::misuse()
 {
     if (!m_notifications.empty()) return "  the callback was told by a call that must not\n";
+    if (m_isToldUnderMutex) return "  the callback was told while the host's mutex was locked\n";
     if (!m_mutex.tryLock()) return "  the host's mutex is still locked\n";
     m_mutex.unlock();
     return "";

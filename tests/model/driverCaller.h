@@ -54,6 +54,7 @@ private:
     HostMemory m_memory;
     Bytes m_shared;
     QMutex m_mutex;
+    bool m_isToldUnderMutex = false;
     std::vector<Notification> m_notifications;
 };
 
