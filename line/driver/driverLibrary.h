@@ -12,13 +12,9 @@ struct DriverError : std::runtime_error
     using std::runtime_error::runtime_error;
 };
 
-/// The driver as a host sees it: loaded by file name, its functions found by their exported names
-/// without the prefix. The constructor throws DriverError when the file or a function is missing.
-class DriverLibrary
+/// The driver's exported functions, by their names without the prefix.
+struct DriverFunctions
 {
-public:
-    explicit DriverLibrary(const QString& fileName);
-
     decltype(&intf_getProtocolType) getProtocolType;
     decltype(&intf_getVersion) getVersion;
     decltype(&intf_getDriverParameter) getDriverParameter;
@@ -38,6 +34,14 @@ public:
     decltype(&intf_dealRcvFrame) dealRcvFrame;
     decltype(&intf_getData) getData;
     decltype(&intf_setData) setData;
+};
+
+/// The driver as a host sees it: loaded by file name, its functions found by their exported names.
+/// The constructor throws DriverError when the file or a function is missing.
+class DriverLibrary : public DriverFunctions
+{
+public:
+    explicit DriverLibrary(const QString& fileName);
 
 private:
     template <typename Function> void resolve(Function& function, const char* name);

@@ -8,9 +8,6 @@
 
 #include <chrono>
 
-/// The built driver, loaded once: there is one in a process.
-const DriverLibrary& builtDriver();
-
 /// From texts such as "MW100" or "2:QX3.1".
 std::vector<Tag> tagsFrom(const std::vector<std::string>& addresses);
 

@@ -1,5 +1,5 @@
-#ifndef CAREFUL_HOST_H
-#define CAREFUL_HOST_H
+#ifndef LISTENING_HOST_H
+#define LISTENING_HOST_H
 
 #include "faultyLine.h"
 
@@ -18,10 +18,10 @@
 ///   checks have to hold as well.
 /// - After an exchange without an answer, a request of the same shape waits until the line is
 /// quiet.
-class CarefulHost
+class ListeningHost
 {
 public:
-    explicit CarefulHost(FaultyLine& line) : m_line(line) {}
+    explicit ListeningHost(FaultyLine& line) : m_line(line) {}
 
     QByteArray exchange(const FRAME_PRO& frame);
 

@@ -1,6 +1,6 @@
-#include "carefulHost.h"
+#include "listeningHost.h"
 
-#include "lineBytes.h"
+#include "benchHost.h"
 #include "wire/frameShape.h"
 #include "wire/replyFrames.h"
 
@@ -16,21 +16,19 @@ bool isWholeFrame(const QByteArray& received)
 
 } // namespace
 
-QByteArray CarefulHost::exchange(const FRAME_PRO& frame)
+QByteArray ListeningHost::exchange(const FRAME_PRO& frame)
 {
     ++m_exchange;
-    const Bytes request = requestOf(frame);
-    const QByteArray asked = arrayOf(request);
-    const QByteArray signature = answerSignature(asked);
+    const QByteArray request = requestOf(frame);
+    const QByteArray signature = answerSignature(request);
     holdBack(signature);
     bool answered = false;
-    const QByteArray reply =
-        handedIn(arrayOf(m_line.exchange(request)), asked, frame.recvLen, answered);
+    const QByteArray reply = handedIn(m_line.exchange(request), request, frame.recvLen, answered);
     if (!answered) m_awaited.push_back({signature, m_exchange + FaultyLine::LATEST});
     return reply;
 }
 
-void CarefulHost::holdBack(const QByteArray& signature)
+void ListeningHost::holdBack(const QByteArray& signature)
 {
     while (!m_awaited.empty() && m_awaited.front().until < m_exchange)
         m_awaited.pop_front();
@@ -43,8 +41,8 @@ void CarefulHost::holdBack(const QByteArray& signature)
     ++m_heldBack;
 }
 
-QByteArray CarefulHost::handedIn(const QByteArray& received, const QByteArray& request, int length,
-                                 bool& answered)
+QByteArray ListeningHost::handedIn(const QByteArray& received, const QByteArray& request,
+                                   int length, bool& answered)
 {
     const QByteArray reply = replyTo(request, received);
     answered = !reply.isEmpty();

@@ -5,8 +5,6 @@
 #include <cstdint>
 #include <vector>
 
-namespace model {
-
 /// SplitMix64: the same numbers for a seed with every compiler and library.
 class RandomSource
 {
@@ -59,7 +57,5 @@ public:
 private:
     std::uint64_t m_state;
 };
-
-} // namespace model
 
 #endif

@@ -3,16 +3,16 @@
 // Requests that wait behind unanswered fences, and fences that the caller starts.
 
 /// The link was just opened.
-class ExchangeMachineHeldBackTest : public ExchangeMachineTest
+class ExchangeMachineFenceEndTest : public ExchangeMachineTest
 {
 protected:
-    ExchangeMachineHeldBackTest()
+    ExchangeMachineFenceEndTest()
     {
         machine.linkOpened(now);
     }
 };
 
-TEST_F(ExchangeMachineHeldBackTest, OneFenceIsSentForARequestToASilentStation)
+TEST_F(ExchangeMachineFenceEndTest, OneFenceIsSentForARequestToASilentStation)
 {
     ask(READ_A);
     EXPECT_EQ(0, waitInVain());
@@ -20,7 +20,7 @@ TEST_F(ExchangeMachineHeldBackTest, OneFenceIsSentForARequestToASilentStation)
     EXPECT_EQ(Ends{END_SILENT}, fenceEnds());
 }
 
-TEST_F(ExchangeMachineHeldBackTest, FourFencesAreSentWhenBytesAreHeard)
+TEST_F(ExchangeMachineFenceEndTest, FourFencesAreSentWhenBytesAreHeard)
 {
     ask(READ_A);
     come(noise());
@@ -29,7 +29,7 @@ TEST_F(ExchangeMachineHeldBackTest, FourFencesAreSentWhenBytesAreHeard)
     EXPECT_EQ(Ends({END_UNUSABLE, END_UNUSABLE, END_UNUSABLE, END_UNUSABLE}), fenceEnds());
 }
 
-TEST_F(ExchangeMachineHeldBackTest, BytesBehindEachFencesAnswerEndTheRequest)
+TEST_F(ExchangeMachineFenceEndTest, BytesBehindEachFencesAnswerEndTheRequest)
 {
     ask(READ_A);
     int fences = 0;
@@ -45,7 +45,7 @@ TEST_F(ExchangeMachineHeldBackTest, BytesBehindEachFencesAnswerEndTheRequest)
 
 // Fences that the caller starts.
 
-TEST_F(ExchangeMachineHeldBackTest, CallersFenceTellsThatTheStationIsThere)
+TEST_F(ExchangeMachineFenceEndTest, CallersFenceTellsThatTheStationIsThere)
 {
     machine.startFence(5, 0, now);
     EXPECT_FALSE(machine.isFree());
@@ -60,7 +60,7 @@ TEST_F(ExchangeMachineHeldBackTest, CallersFenceTellsThatTheStationIsThere)
     EXPECT_EQ(readOf(3000, 70, 5), ask(readOf(3000, 70, 5)));
 }
 
-TEST_F(ExchangeMachineHeldBackTest, RefusedFenceTellsThatTheStationIsThere)
+TEST_F(ExchangeMachineFenceEndTest, RefusedFenceTellsThatTheStationIsThere)
 {
     machine.startFence(5, 0, now);
     nextSent();
@@ -69,7 +69,7 @@ TEST_F(ExchangeMachineHeldBackTest, RefusedFenceTellsThatTheStationIsThere)
     EXPECT_TRUE(machine.isFree());
 }
 
-TEST_F(ExchangeMachineHeldBackTest, CallersFenceIsSentOnceToASilentStation)
+TEST_F(ExchangeMachineFenceEndTest, CallersFenceIsSentOnceToASilentStation)
 {
     machine.startFence(5, 0, now);
     nextSent();
@@ -78,7 +78,7 @@ TEST_F(ExchangeMachineHeldBackTest, CallersFenceIsSentOnceToASilentStation)
     EXPECT_EQ(Ends{END_SILENT}, fenceEnds());
 }
 
-TEST_F(ExchangeMachineHeldBackTest, CallersFenceHasTheCallersTimeOut)
+TEST_F(ExchangeMachineFenceEndTest, CallersFenceHasTheCallersTimeOut)
 {
     machine.startFence(5, 300000, now);
     nextSent();
@@ -88,7 +88,7 @@ TEST_F(ExchangeMachineHeldBackTest, CallersFenceHasTheCallersTimeOut)
     EXPECT_EQ(Ends{END_ANSWERED}, fenceEnds());
 }
 
-TEST_F(ExchangeMachineHeldBackTest, CallersFenceOnANeverSilentLineEndsAsAFence)
+TEST_F(ExchangeMachineFenceEndTest, CallersFenceOnANeverSilentLineEndsAsAFence)
 {
     come(noise());
     machine.startFence(5, 0, now);
@@ -101,7 +101,7 @@ TEST_F(ExchangeMachineHeldBackTest, CallersFenceOnANeverSilentLineEndsAsAFence)
 
 // A late answer may end a request while its fence is outstanding.
 
-TEST_F(ExchangeMachineHeldBackTest, NextRequestWaitsForTheOutstandingFence)
+TEST_F(ExchangeMachineFenceEndTest, NextRequestWaitsForTheOutstandingFence)
 {
     exchange(READ_LONG);
     ask(READ_A);
@@ -116,7 +116,7 @@ TEST_F(ExchangeMachineHeldBackTest, NextRequestWaitsForTheOutstandingFence)
     EXPECT_EQ(WRITE, nextSent());
 }
 
-TEST_F(ExchangeMachineHeldBackTest, RequestToAnotherStationSurvivesTheOutstandingFence)
+TEST_F(ExchangeMachineFenceEndTest, RequestToAnotherStationSurvivesTheOutstandingFence)
 {
     bringIntoStep(2);
     exchange(READ_LONG);
