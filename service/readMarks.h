@@ -10,20 +10,20 @@
 // The mark is the first value byte, which carries nothing in a read. It never outlives the call:
 // what is marked leaves its queue at the end of it.
 
-enum ReadMark { REPLY_TAKEN_IN = 1, END_TOLD = 2 };
+enum { READ_MARK = 1 };
 
 /// True while the reply to the read at the head of the queue is taken in.
 inline bool isReplyTakenIn()
 {
     if (driver.frameQueue.isEmpty()) return false;
     const FRAME_PRO& frame = driver.frameQueue.at(0);
-    return frame.itemCount != 0 && frame.var.value[0] == REPLY_TAKEN_IN;
+    return frame.itemCount != 0 && frame.var.value[0] == READ_MARK;
 }
 
 /// True while the host is told that the one-shot read at the head of its list has ended.
 inline bool isOneShotEndTold()
 {
-    return !driver.condReadList.isEmpty() && driver.condReadList.at(0).value[0] == END_TOLD;
+    return !driver.condReadList.isEmpty() && driver.condReadList.at(0).value[0] == READ_MARK;
 }
 
 #endif

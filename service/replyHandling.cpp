@@ -35,7 +35,7 @@ static void finishWrite()
 /// @return false when the callback took the read off the list, for example by a new start
 static bool tellOneShotEnd(bool failed)
 {
-    driver.condReadList[0].value[0] = END_TOLD;
+    driver.condReadList[0].value[0] = READ_MARK;
     notifyHost(NO_CONTEXT, NO_STATION, QLatin1String("-1"),
                failed ? ONE_SHOT_READ_FAILED : ONE_SHOT_READ_DONE);
     return isOneShotEndTold();
@@ -122,7 +122,7 @@ static int rejectReply(int length, QString& errorText)
 /// @return false when the callback took the read out of the queue by a new start
 static bool takeInReply(const QByteArray& reply)
 {
-    driver.frameQueue[0].var.value[0] = REPLY_TAKEN_IN;
+    driver.frameQueue[0].var.value[0] = READ_MARK;
     dealReadFrameReturnSaveData(reply);
     return isReplyTakenIn();
 }
