@@ -62,12 +62,8 @@
 // Exit status: 0 ended on request, 1 usage, 2 the link failed or a file could not be written.
 
 #include "echoingLine.h"
-#include "pseudoTerminal.h"
+#include "openLine.h"
 #include "report.h"
-#include "serialPort.h"
-#include "serverLoop.h"
-#include "simulatorOptions.h"
-#include "tcpPort.h"
 
 #include <sys/prctl.h>
 
@@ -117,15 +113,6 @@ sigset_t stopOnSignals(bool untilStdinEnds)
     return waiting;
 }
 
-std::unique_ptr<LineEnd> openLine(const SimulatorOptions& options)
-{
-    if (!options.serialDevice.empty())
-        return std::make_unique<SerialPort>(options.serialDevice, options.line.baud);
-    if (options.tcpPort >= 0)
-        return std::make_unique<TcpPort>(options.bindAddress, options.tcpPort);
-    return std::make_unique<PseudoTerminal>(options.linkPath);
-}
-
 /// Opened ahead of the run, so that a file that can't be written is known before and not after it.
 std::unique_ptr<std::ofstream> openOutput(const std::string& path)
 {
@@ -161,9 +148,7 @@ int serve(const SimulatorOptions& options, const sigset_t& waitingMask)
         std::fprintf(stderr, "kakb-sim: %s\n", error.what());
         status = EXIT_LINK;
     }
-    if (report)
-        writeReport(*report, handler.counts(), {loop.badFrames(), echoing.echoedBytes()},
-                    handler.silences(), loop.lateness());
+    if (report) writeReport(*report, handler, loop, echoing.echoedBytes());
     if (dump) stations.dump(*dump);
     finishOutput(report.get(), options.reportFile);
     finishOutput(dump.get(), options.dumpFile);

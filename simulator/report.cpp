@@ -50,3 +50,10 @@ void writeReport(std::ostream& out, const ExchangeCounts& counts, const LineCoun
     writeDurations(out, "silence", silences);
     writeDurations(out, "lateness", lateness);
 }
+
+void writeReport(std::ostream& out, const RequestHandler& handler, const ServerLoop& loop,
+                 std::int64_t echoedBytes)
+{
+    writeReport(out, handler.counts(), {loop.badFrames(), echoedBytes}, handler.silences(),
+                loop.lateness());
+}

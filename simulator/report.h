@@ -1,7 +1,7 @@
 #ifndef REPORT_H
 #define REPORT_H
 
-#include "requestHandler.h"
+#include "serverLoop.h"
 
 #include <ostream>
 
@@ -16,5 +16,9 @@ struct LineCounts
 /// @param lateness  by how much replies left after their time, in nanoseconds
 void writeReport(std::ostream& out, const ExchangeCounts& counts, const LineCounts& line,
                  const Durations& silences, const Durations& lateness);
+
+/// The same of a run that is over.
+void writeReport(std::ostream& out, const RequestHandler& handler, const ServerLoop& loop,
+                 std::int64_t echoedBytes);
 
 #endif

@@ -66,6 +66,26 @@ TEST_F(Served, InputRegistersAreReadByFunctionFour)
     EXPECT_EQ("01 04 02 80 01 19 30", reply("01 04 00 00 00 01 31 CA"));
 }
 
+TEST_F(Served, TheLastRegisterIsReadAndWritten)
+{
+    memory(1).setInputRegister(65535, 0x1234);
+    EXPECT_EQ("01 04 02 12 34 B4 47", reply("01 04 FF FF 00 01 31 EE"));
+    EXPECT_EQ("01 06 FF FF 12 34 84 99", reply("01 06 FF FF 12 34 84 99"));
+    EXPECT_EQ("01 03 02 12 34 B5 33", reply("01 03 FF FF 00 01 84 2E"));
+    memory(1).setHoldingRegister(65535, 0);
+    EXPECT_EQ("01 10 FF FF 00 01 01 ED", reply("01 10 FF FF 00 01 02 12 34 B0 27"));
+    EXPECT_EQ("01 03 02 12 34 B5 33", reply("01 03 FF FF 00 01 84 2E"));
+}
+
+TEST_F(Served, TheLastCoilIsWritten)
+{
+    EXPECT_EQ("01 05 FF FF FF 00 8C 1E", reply("01 05 FF FF FF 00 8C 1E"));
+    EXPECT_EQ(0x0080, memory(1).holdingRegister(6908)); // MX 65535: 3000 + 16 * 3908 + 7
+    memory(1).setCoil(65535, false);
+    EXPECT_EQ("01 0F FF FF 00 01 94 2F", reply("01 0F FF FF 00 01 01 01 EF 4C"));
+    EXPECT_EQ(0x0080, memory(1).holdingRegister(6908));
+}
+
 TEST_F(Served, EachStationHasItsOwnMemory)
 {
     reply("02 0F 00 00 00 10 02 1F 80 FF 40");

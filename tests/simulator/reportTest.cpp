@@ -7,10 +7,11 @@
 
 namespace {
 
-std::map<std::string, long> reported(const ExchangeCounts& counts, const Durations& silences)
+std::map<std::string, long> reported(const ExchangeCounts& counts, const Durations& silences,
+                                     const Durations& lateness = Durations())
 {
     std::stringstream text;
-    writeReport(text, counts, {9, 10}, silences, Durations());
+    writeReport(text, counts, {9, 10}, silences, lateness);
     std::map<std::string, long> lines;
     std::string key;
     for (long value = 0; text >> key >> value;)
@@ -59,4 +60,23 @@ TEST(Report, SilencesAreRoundedDownToMicroseconds)
     EXPECT_EQ(-1, lines["silence_min_us"]);
     EXPECT_EQ(1749, lines["silence_median_us"]);
     EXPECT_EQ(2000, lines["silence_p99_us"]);
+}
+
+TEST(Report, SilencesAndLatenessHaveTheirOwnLines)
+{
+    Durations silences;
+    for (const std::int64_t ns : {3000, 5000, 4000})
+        silences.add(ns);
+    Durations lateness;
+    for (const std::int64_t ns : {70000, 60000})
+        lateness.add(ns);
+    std::map<std::string, long> lines = reported(ExchangeCounts(), silences, lateness);
+    EXPECT_EQ(3, lines["silence_count"]);
+    EXPECT_EQ(3, lines["silence_min_us"]);
+    EXPECT_EQ(4, lines["silence_median_us"]);
+    EXPECT_EQ(5, lines["silence_p99_us"]);
+    EXPECT_EQ(2, lines["lateness_count"]);
+    EXPECT_EQ(60, lines["lateness_min_us"]);
+    EXPECT_EQ(60, lines["lateness_median_us"]);
+    EXPECT_EQ(70, lines["lateness_p99_us"]);
 }

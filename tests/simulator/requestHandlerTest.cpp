@@ -4,6 +4,14 @@ namespace {
 
 const char* const BUSY = "01 83 06 C1 32"; // pymodbus 3.0's RTU framer
 
+std::vector<std::string> textsOf(const std::vector<OutgoingPiece>& pieces)
+{
+    std::vector<std::string> texts;
+    for (const OutgoingPiece& piece : pieces)
+        texts.push_back(hexOf(piece.bytes));
+    return texts;
+}
+
 } // namespace
 
 TEST_F(HandledRequests, AnUnpacedReplyIsDueAtOnce)
@@ -112,6 +120,25 @@ TEST_F(HandledRequests, SilencesTakeTheirShareOfAnyOtherFault)
         handle(READ, 0);
     EXPECT_NEAR(2500, double(handler().counts().silent), 250);
     EXPECT_NEAR(1875, double(handler().counts().faults[FAULT_DROP]), 200);
+}
+
+// The faults are of kinds whose bytes are not random, so that each shows by its bytes alone.
+TEST_F(HandledRequests, SilencesLeaveTheFaultsOfTheOtherExchangesWhereTheyAre)
+{
+    m_faults.rates[FAULT_DROP] = 0.25;
+    m_faults.rates[FAULT_DUPLICATE] = 0.25;
+    m_faults.rates[FAULT_EXCEPTION] = 0.25;
+    RequestHandler neverSilent(m_stations, LinePacing(m_line), m_faults, 1);
+    m_faults.silentStations = {{1, 0.5}};
+    for (int i = 0; i < 1000; ++i) {
+        const Request request = {bytesOf(READ), i * 1000 * MS, i * 1000 * MS};
+        const std::int64_t silentBefore = handler().counts().silent;
+        const auto expected = textsOf(neverSilent.handle(request));
+        const auto seen = textsOf(handler().handle(request));
+        if (handler().counts().silent != silentBefore) continue;
+        ASSERT_EQ(expected, seen) << i;
+    }
+    EXPECT_NEAR(500, double(handler().counts().silent), 80); // sqrt(1000 * 0.5 * 0.5) = 16
 }
 
 TEST_F(HandledRequests, ASilenceIsOneOfTheFaultExchanges)

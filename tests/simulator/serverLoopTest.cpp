@@ -1,0 +1,144 @@
+#include "report.h"
+
+#include "scriptedLine.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <sstream>
+
+namespace {
+
+const std::int64_t MS = 1000000;
+
+// pymodbus 3.0's RTU framer
+const char* const WRITE = "01 06 0B B9 04 D2 D8 96"; // MW 3001 = 1234; the reply is the same
+const char* const READ = "01 03 00 00 00 01 84 0A";
+const char* const READ_REPLY = "01 03 02 00 00 B8 44";
+
+using Texts = std::vector<std::string>;
+
+std::int64_t nanosecondsNow()
+{
+    return std::chrono::nanoseconds(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
+
+/// A loop that serves station 1; a test makes its settings and its hosts' steps first.
+class ServedLine : public ::testing::Test
+{
+protected:
+    void run()
+    {
+        const LinePacing pacing(m_settings);
+        m_handler = std::make_unique<RequestHandler>(m_stations, pacing, FaultSettings(), 1);
+        m_loop = std::make_unique<ServerLoop>(m_line, *m_handler, m_stations, m_signals, pacing);
+        sigset_t mask;
+        sigprocmask(SIG_BLOCK, nullptr, &mask);
+        m_loop->run(m_line.stopRequested(), mask, false);
+        EXPECT_FALSE(m_line.timedOut);
+    }
+    /// What another host than the first one got.
+    Texts sentToTheSecondHost() const
+    {
+        Texts all;
+        for (const std::string& text : m_line.sent) {
+            if (text[0] == '2') all.push_back(text.substr(3));
+        }
+        return all;
+    }
+
+    ScriptedLine m_line;
+    LineSettings m_settings;
+    PlcStations m_stations{{1}};
+    SignalSet m_signals{{}, 1};
+    std::unique_ptr<RequestHandler> m_handler;
+    std::unique_ptr<ServerLoop> m_loop;
+};
+
+} // namespace
+
+// The reply of 8 bytes is on the wire for 267 ms after it was handed to the serial port, and the
+// next request comes at once: a silence that counts from any earlier moment is too long by that.
+TEST_F(ServedLine, SilenceRunsFromTheReplysLastByteOnTheWire)
+{
+    m_settings.baud = 300;
+    m_settings.isSerialPort = true;
+    const std::int64_t replyTime = 266666667; // 80 bits
+    const std::int64_t began = nanosecondsNow();
+    m_line.hostSends(WRITE);
+    m_line.afterSend = [this] {
+        if (m_line.sent.size() == 1) m_line.hostSends(READ);
+        if (m_line.sent.size() == 2) m_line.stop();
+    };
+    run();
+    const std::int64_t passed = nanosecondsNow() - began;
+    ASSERT_EQ(1u, m_handler->silences().count());
+    EXPECT_LE(m_handler->silences().quantile(0), passed - replyTime);
+    EXPECT_GE(m_handler->silences().quantile(0), -replyTime);
+}
+
+// The reply to the first host waits for its turnaround when the second host comes.
+TEST_F(ServedLine, ANewHostGetsNoReplyToTheHostBefore)
+{
+    m_settings.turnaroundNs = 5 * MS;
+    m_line.hostSends(WRITE);
+    m_line.afterReceive = [this] {
+        m_line.afterReceive = [] {};
+        m_line.nextHostComes();
+    };
+    m_line.afterAccept = [this] { m_line.hostSends(READ); };
+    m_line.afterSend = [this] {
+        if (m_line.sent.back() == std::string("2: ") + READ_REPLY) m_line.stop();
+    };
+    run();
+    EXPECT_EQ(Texts{READ_REPLY}, sentToTheSecondHost());
+    EXPECT_EQ(1234, m_stations.find(1)->holdingRegister(3001));
+}
+
+TEST_F(ServedLine, ANewHostsRequestIsNotJoinedToHalfARequestOfTheHostBefore)
+{
+    m_line.hostSends("01 10 00 00 00 64 C8"); // 202 more bytes would follow
+    m_line.afterReceive = [this] {
+        m_line.afterReceive = [] {};
+        m_line.nextHostComes();
+    };
+    m_line.afterAccept = [this] { m_line.hostSends(READ); };
+    m_line.afterSend = [this] { m_line.stop(); };
+    m_settings.isNetwork = true; // half a request would wait for 100 ms
+    run();
+    EXPECT_EQ(Texts{READ_REPLY}, sentToTheSecondHost());
+    EXPECT_EQ(1, m_handler->counts().requests);
+    EXPECT_EQ(0, m_loop->badFrames());
+}
+
+TEST_F(ServedLine, AheadOfANewHostsFirstRequestThereIsNoSilence)
+{
+    m_line.hostSends(WRITE);
+    m_line.afterAccept = [this] { m_line.hostSends(READ); };
+    m_line.afterSend = [this] {
+        if (m_line.sent.size() == 1) m_line.nextHostComes();
+        if (m_line.sent.size() == 2) m_line.stop();
+    };
+    run();
+    EXPECT_EQ((Texts{std::string("1: ") + WRITE, std::string("2: ") + READ_REPLY}), m_line.sent);
+    EXPECT_EQ(0u, m_handler->silences().count());
+    EXPECT_EQ(2u, m_loop->lateness().count());
+}
+
+TEST_F(ServedLine, TheReportOfARunHasItsCountsSilencesAndLateness)
+{
+    m_line.hostSends(WRITE);
+    m_line.afterSend = [this] {
+        if (m_line.sent.size() == 1) m_line.hostSends(std::string("FF FF ") + READ);
+        if (m_line.sent.size() == 2) m_line.stop();
+    };
+    run();
+    std::stringstream report;
+    writeReport(report, *m_handler, *m_loop, 18);
+    std::set<std::string> lines;
+    for (std::string line; std::getline(report, line);)
+        lines.insert(line);
+    for (const char* line : {"requests 2", "replies 2", "bad_frames 1", "echoed 18",
+                             "silence_count 1", "lateness_count 2"})
+        EXPECT_EQ(1u, lines.count(line)) << line;
+}
