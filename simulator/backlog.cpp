@@ -26,7 +26,7 @@ Exchange Backlog::take()
     const std::int64_t at = *nextServiceAt();
     Exchange first = std::move(m_held.front());
     m_held.pop_front();
-    // A broadcast has no answer that could take its time.
+    // A broadcast is not answered, so that it takes no service time.
     if (first.request[STATION_AT] != BROADCAST_STATION) m_busyUntil = at + m_settings.serviceNs;
     return first;
 }

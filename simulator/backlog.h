@@ -7,11 +7,11 @@
 #include <deque>
 #include <set>
 
-/// Whether anybody is left to read a reply.
+/// Whether a host is left to read the reply.
 enum Audience { AUDIENCE_HOST, AUDIENCE_NONE };
 
-/// A request that is to be served, with all that chance decides about it: that is drawn when it
-/// comes, so that a stall leaves the other faults where they are.
+/// A request to serve, with every random decision about it. The decisions are drawn when the
+/// request comes, so that a stall does not shift the other faults.
 struct Exchange
 {
     Bytes request;
@@ -19,37 +19,39 @@ struct Exchange
     Fault fault = NO_FAULT;
     Draws draws;
     std::optional<std::int64_t> lateness;
-    std::set<int> deaf; ///< the stations that do not execute it, if it is a broadcast
+    std::set<int> deaf; ///< stations that do not execute this broadcast
     Audience audience = AUDIENCE_HOST;
 };
 
-/// The requests that a stall holds back, in the order in which they came. Times are nanoseconds.
+/// Requests that a stall holds back, in order of arrival. Times are nanoseconds.
 class Backlog
 {
 public:
     explicit Backlog(const StallSettings& settings);
 
-    /// A good frame came, whomever it is for.
+    /// A request with a good checksum came, for any station.
     void requestSeen(std::int64_t at)
     {
         m_schedule.requestSeen(at);
     }
 
-    /// A request that is there at `at` has to wait: the station stalls, or others wait ahead of it.
+    /// True when a request that is complete at `at` has to wait: its station stalls, or other
+    /// requests wait ahead of it.
     bool holds(int station, std::int64_t at) const;
 
     void add(const Exchange& exchange);
 
-    /// When the first one is to be served; nothing when there is none.
+    /// When the first held request is to be served; nothing when no request is held.
     std::optional<std::int64_t> nextServiceAt() const;
 
-    /// The first one, which is served at nextServiceAt(). There must be one.
+    /// Removes the first held request, which is served at nextServiceAt(). A request must be held.
     Exchange take();
 
-    /// A reply that could start at `start` starts then, or when the stall that this is in ends.
+    /// When a reply that is ready at `start` begins: at `start`, or at the end of a stall that
+    /// contains `start`.
     std::int64_t replyStart(int station, std::int64_t start) const;
 
-    /// The host is gone: what it asked is executed all the same.
+    /// The host is gone: its held requests are still executed, but not answered.
     void audienceLeft();
 
 private:

@@ -5,8 +5,8 @@
 
 #include <cstdint>
 
-/// A line whose adapter hears what the host sends, as one on two wires does: every byte goes back
-/// at once, ahead of any reply.
+/// A line with local echo, as of a two-wire adapter: every byte of the host goes back to it at
+/// once, ahead of any reply.
 class EchoingLine : public LineEnd
 {
 public:

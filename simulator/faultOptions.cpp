@@ -20,7 +20,7 @@ const char* const MEANINGS[FAULT_KINDS] = {
     "1 to 3 stray bytes ahead", "1 to 3 stray bytes behind", "reply of another station",
     "refused, not executed"};
 
-/// The library's range alone takes "nan", which is neither below it nor above.
+/// CLI::Range alone accepts "nan", which is neither below the range nor above it.
 CLI::Validator numberFrom(double lowest, double highest)
 {
     const CLI::Range range(lowest, highest);
@@ -65,14 +65,14 @@ void addStall(CLI::App& app, RawFaults& raw)
         ->capture_default_str();
 }
 
-/// "3", or "3:0.1".
+/// From "3" or "3:0.1".
 struct NumberPair
 {
     double first = 0;
     std::optional<double> second;
 };
 
-/// Decimals alone: the library would take "nan", "inf" and "0x1" as well.
+/// Takes decimal numbers only: strtod alone would also take "nan", "inf" and "0x1".
 std::optional<double> numberOf(const std::string& text)
 {
     if (text.find_first_not_of("0123456789.+-eE") != std::string::npos) return std::nullopt;
@@ -151,7 +151,7 @@ void finishStalls(StallSettings& stall, const RawFaults& raw, const std::vector<
     stall.station = raw.stallStation;
 }
 
-/// "3", or "3:0.1".
+/// Share by station, from texts "3" (always) or "3:0.1".
 std::map<int, double> silentStationsOf(const RawFaults& raw, const std::vector<int>& stations)
 {
     std::map<int, double> silent;
@@ -174,7 +174,7 @@ std::map<int, double> silentStationsOf(const RawFaults& raw, const std::vector<i
 
 void checkRates(const FaultRates& rates)
 {
-    const double rounding = 1e-9; // ten rates of 0.1 are meant to fit
+    const double rounding = 1e-9; // ten rates of 0.1 must fit
     double together = 0;
     for (const double rate : rates)
         together += rate;

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-/// As they come from the command line, to be turned into FaultSettings.
+/// Fault options as the command line gives them; finishFaults() turns them into FaultSettings.
 struct RawFaults
 {
     std::string duplicate = "0";
@@ -22,8 +22,8 @@ struct RawFaults
 
 void addFaults(CLI::App& app, FaultSettings& faults, RawFaults& raw);
 
-/// Once the command line is read. Throws CLI::ParseError.
-/// @param stations  those that are served
+/// Call it after the command line is read. Throws CLI::ParseError.
+/// @param stations  the stations that are served
 void finishFaults(FaultSettings& faults, const RawFaults& raw, const std::vector<int>& stations);
 
 #endif

@@ -4,13 +4,13 @@ namespace {
 
 const double RANDOM_VALUES = 4294967296.0; // of std::mt19937
 
-const unsigned LATENESS_SEED = 0x55555555; // not the seed of another sequence
+const unsigned LATENESS_SEED = 0x55555555; // unlike the seeds of the other generators
 
 const char* const NAMES[FAULT_KINDS] = {
     "drop",  "drop-request", "corrupt",     "truncate",      "duplicate",
     "delay", "stray-before", "stray-after", "wrong-station", "exception"};
 
-/// 0 to 1. Not a standard distribution: those differ from one library to the next.
+/// 0 to 1. No standard distribution: its numbers differ between libraries, so a seed would too.
 double drawnFrom(std::mt19937& random)
 {
     return double(random()) / RANDOM_VALUES;

@@ -9,7 +9,7 @@ std::size_t strayCount(const Draws& draws)
     return 1 + draws[0] % MOST_STRAY_BYTES;
 }
 
-/// How many a fault needs. That may depend on those that it has.
+/// How many numbers the fault needs in all, which may depend on the numbers drawn so far.
 std::size_t drawCount(Fault fault, const Draws& draws)
 {
     switch (fault) {

@@ -6,14 +6,14 @@
 #include <stdexcept>
 #include <string>
 
-/// The link can't be had, or is lost for good. what() names the device and the reason.
+/// The link cannot be opened, or is lost for good. what() names the device and the reason.
 class LinkError : public std::runtime_error
 {
 public:
     using std::runtime_error::runtime_error;
 };
 
-/// The PLC's end of a line. Nothing here waits. Where a call fails for good, it throws LinkError.
+/// The PLC's end of a line. No call waits. A call that fails for good throws LinkError.
 class LineEnd
 {
 public:
@@ -22,40 +22,40 @@ public:
     LineEnd(const LineEnd&) = delete;
     LineEnd& operator=(const LineEnd&) = delete;
 
-    /// What a host opens: a path, or "tcp:ADDRESS,PORT".
+    /// What a host opens: a path or "tcp:ADDRESS,PORT".
     virtual std::string address() const = 0;
 
-    /// Readable when bytes are there; -1 when no host is connected.
+    /// Becomes readable when bytes have come; -1 when no host is connected.
     virtual int descriptor() const = 0;
 
-    /// Readable when a host wants to connect; -1 when that is not how hosts come.
+    /// Becomes readable when a host wants to connect; -1 when hosts do not connect to this line.
     virtual int listener() const
     {
         return -1;
     }
 
-    /// Lets the newest host take the place of the one before it.
+    /// Connects the waiting host and disconnects the host before it.
     virtual void acceptHost() {}
 
-    /// Readable when a host has left the line; -1 when that is not told.
+    /// Becomes readable when a host has closed the line; -1 when the line cannot tell.
     virtual int departures() const
     {
         return -1;
     }
 
-    /// Makes the line free for the next host.
+    /// Frees the line for the next host, after departures() became readable.
     virtual void hostLeft() {}
 
-    /// What has come; nothing when nothing has, or when the host is gone.
+    /// The bytes that have come; none when none have come or the host is gone.
     virtual Bytes receive() = 0;
 
-    /// What the host's side has no room for is lost, as on a wire.
+    /// Bytes that the host's side has no room for are lost, as on a wire.
     virtual void send(const Bytes& bytes) = 0;
 };
 
 enum { READ_BYTES = 4096 };
 
-/// "what: reason", the reason by errno.
+/// Throws LinkError "what: reason" with the reason that errno names.
 [[noreturn]] void failLink(const std::string& what);
 
 #endif

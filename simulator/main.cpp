@@ -88,14 +88,14 @@ void requestStop(int)
     stopRequested = 1;
 }
 
-/// @return the mask to wait with: elsewhere the signals stay blocked, so that none comes between
-///         the test and the wait
+/// @return the signal mask for waiting. At all other times the signals stay blocked, so that none
+///         comes between the test of `stopRequested` and the wait
 sigset_t stopOnSignals(bool untilStdinEnds)
 {
     struct sigaction action = {};
     action.sa_handler = requestStop;
     sigaction(SIGTERM, &action, nullptr);
-    // These two reach both a host and the PLC that it started; the host is to end the PLC.
+    // SIGINT and SIGHUP reach both a host and the PLC that it started, and the host ends the PLC.
     if (untilStdinEnds) action.sa_handler = SIG_IGN;
     sigaction(SIGINT, &action, nullptr);
     struct sigaction before = {};
@@ -113,7 +113,7 @@ sigset_t stopOnSignals(bool untilStdinEnds)
     return waiting;
 }
 
-/// Opened ahead of the run, so that a file that can't be written is known before and not after it.
+/// Opens the file before the run, so that a file that cannot be written ends the run at its start.
 std::unique_ptr<std::ofstream> openOutput(const std::string& path)
 {
     if (path.empty()) return nullptr;
@@ -140,7 +140,7 @@ int serve(const SimulatorOptions& options, const sigset_t& waitingMask)
     ServerLoop loop(options.echo ? echoing : *line, handler, stations, signals, pacing);
     std::printf("%s\n", line->address().c_str());
     std::fflush(stdout);
-    // What was measured until the link was lost is reported all the same.
+    // A lost link ends the run, but the report up to then is still written.
     int status = EXIT_ENDED;
     try {
         loop.run(stopRequested, waitingMask, options.untilStdinEnds);

@@ -9,13 +9,13 @@
 
 namespace {
 
-// All of a request is there before libmodbus looks, so these only keep it from waiting. It also
-// sleeps a response time-out ahead of some exceptions.
+// The whole request is in the socket before libmodbus reads it, so the time-outs only keep
+// libmodbus from waiting. It also sleeps for a response time-out ahead of some exceptions.
 const unsigned BYTE_TIMEOUT_US = 10000;
 const unsigned RESPONSE_TIMEOUT_US = 1;
 const int REQUEST_WAIT_MS = 100;
 
-const int ANY_BAUD = 38400; // libmodbus asks for one, but never opens the port
+const int ANY_BAUD = 38400; // libmodbus requires a rate, but never opens the port
 
 [[noreturn]] void fail(const char* what)
 {
@@ -75,7 +75,7 @@ bool ModbusServer::receive(const Bytes& request, std::uint8_t* received, int& le
 {
     if (send(m_ours.get(), request.data(), request.size(), MSG_NOSIGNAL) != ssize_t(request.size()))
         return false;
-    // libmodbus itself would wait for the first byte without an end.
+    // Hazard: libmodbus would wait for the first byte for ever.
     pollfd wanted = {m_theirs.get(), POLLIN, 0};
     if (poll(&wanted, 1, REQUEST_WAIT_MS) <= 0) return false;
     length = modbus_receive(m_context.get(), received);
@@ -86,7 +86,7 @@ bool ModbusServer::receive(const Bytes& request, std::uint8_t* received, int& le
     return false;
 }
 
-/// libmodbus could not receive it: of the functions that it does not know it knows no lengths.
+/// Bypasses modbus_receive(), which knows no request length for functions that it does not serve.
 Bytes ModbusServer::refuse(const Bytes& request)
 {
     if (request[STATION_AT] == BROADCAST_STATION) return {};

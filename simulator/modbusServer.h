@@ -10,17 +10,17 @@
 #include <memory>
 #include <set>
 
-/// libmodbus at one end of a pair of connected sockets, which stands for the line. It reads and
-/// checks each request and writes the reply by itself. Throws std::system_error when the system
-/// refuses the pair.
+/// libmodbus at one end of a socket pair, which stands for the line. libmodbus itself reads and
+/// checks each request and writes the reply. The constructor throws std::system_error when the
+/// system refuses the socket pair.
 class ModbusServer
 {
 public:
     ModbusServer();
 
-    /// Executes a request on the memory of the station that it names; a broadcast on that of all
-    /// but the deaf ones. A function that the device does not have is refused, whatever its data
-    /// are.
+    /// Executes a request on the memory of its station, and a broadcast on the memory of all
+    /// stations but the deaf ones. Refuses a function code that the device does not have, whatever
+    /// its data.
     /// @return the reply; empty when none is due
     Bytes serve(const Bytes& request, PlcStations& stations, const std::set<int>& deaf = {});
 

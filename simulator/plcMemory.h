@@ -13,12 +13,13 @@
 //   coils               bits of the holding registers: coil n below 3000 is bit n of QW memory,
 //                       coil 3000 + m is bit m of MW memory; bit k of word w is bit 16 w + k
 //
-// libmodbus keeps coils and registers apart, so what a request wrote in one is copied to the other.
+// libmodbus stores coils and registers separately. After a write to coils or holding registers the
+// other view is updated.
 
 class PlcMemory
 {
 public:
-    enum { UNITS = 65536, MARKER_BASE = 3000 }; // of each of the three kinds above
+    enum { UNITS = 65536, MARKER_BASE = 3000 }; // so many units of each kind above
 
     PlcMemory();
 
@@ -27,7 +28,7 @@ public:
         return m_mapping.get();
     }
 
-    /// Carries what a served request wrote over to the other view of the same memory.
+    /// Updates the other view of the same memory after a write request was served.
     /// @param request  the request as received, from the station byte on
     void reflectWrite(const uint8_t* request);
 

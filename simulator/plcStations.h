@@ -22,7 +22,7 @@ public:
         return m_memories;
     }
 
-    /// Puts a signal's value where the signal is; that of a station which is not there, nowhere.
+    /// Stores a signal's value at its place. Ignores a station that is not served.
     void apply(const SignalValue& value);
 
     /// A line "STATION AREA NUMBER VALUE" for every word that is not 0: QW, MW and IW, numbered as

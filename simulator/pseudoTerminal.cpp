@@ -22,7 +22,8 @@ PseudoTerminal::PseudoTerminal(const std::string& linkPath)
     m_hostSide.reset(slave);
     m_path = path;
     if (fcntl(master, F_SETFL, O_NONBLOCK) != 0) failLink(m_path);
-    // Hosts that leave in order are served all the same when the system has no more of these.
+    // Failure is ignored: without inotify, hosts that unlock the terminal themselves are still
+    // served.
     m_departures.reset(inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
     inotify_add_watch(m_departures.get(), path, IN_CLOSE);
     if (!linkPath.empty()) makeLink(linkPath);
@@ -37,8 +38,8 @@ PseudoTerminal::~PseudoTerminal()
         unlink(m_linkPath.c_str());
 }
 
-/// A host that was killed leaves the lock behind that it had put on the terminal, and the system
-/// takes it away only with the last descriptor, which is ours.
+/// Removes the lock that a killed host left on the terminal. The system removes it only with the
+/// last descriptor, and that is m_hostSide.
 void PseudoTerminal::hostLeft()
 {
     char events[READ_BYTES];

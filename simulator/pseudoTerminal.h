@@ -3,13 +3,13 @@
 
 #include "terminalLine.h"
 
-/// A pseudo-terminal in raw mode. A host opens address() like a serial port, one at a time if it
-/// asks for that.
+/// A pseudo-terminal in raw mode. A host opens address() like a serial port, and may lock it
+/// against other hosts.
 class PseudoTerminal : public TerminalLine
 {
 public:
-    /// @param linkPath  a symbolic link to make for as long as this lives; empty: none. One that is
-    ///                  there already is replaced.
+    /// @param linkPath  symbolic link to the terminal, removed by the destructor; empty: none. An
+    ///                  existing link is replaced.
     explicit PseudoTerminal(const std::string& linkPath);
     ~PseudoTerminal() override;
 
@@ -26,7 +26,7 @@ public:
 private:
     void makeLink(const std::string& linkPath);
 
-    UniqueDescriptor m_hostSide; // held open, so that the line does not hang up between two hosts
+    UniqueDescriptor m_hostSide; // kept open: the line must not hang up between two hosts
     UniqueDescriptor m_departures;
     std::string m_path;
     std::string m_linkPath;

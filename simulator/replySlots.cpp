@@ -15,7 +15,7 @@ std::int64_t ReplySlots::take(int station, std::int64_t ready, std::int64_t dura
     auto next = m_taken.begin();
     for (; next != m_taken.end() && next->start < start + duration; ++next)
         start = std::max(start, next->end);
-    // A frame that takes no time is in no other one's way.
+    // A frame that takes no time blocks no other frame.
     if (duration > 0) m_taken.insert(next, {start, start + duration});
     m_stationEnds[station] = start + duration;
     return start;

@@ -5,25 +5,27 @@
 #include <map>
 #include <vector>
 
-/// When replies start on the line, which carries one at a time. A station's replies keep their
-/// order; another station's may go ahead of one that is late. Times are nanoseconds.
+/// Decides when replies start on the line, which carries one reply at a time. Replies of one
+/// station keep their order; a reply of another station may overtake a late reply. Times are
+/// nanoseconds.
 class ReplySlots
 {
 public:
-    /// The first moment from `ready` on at which the station may reply, if the line is free.
+    /// The earliest start, from `ready` on, of the station's next reply on a free line.
     std::int64_t earliest(int station, std::int64_t ready) const;
 
-    /// Takes the line for the station's next reply.
-    /// @return its start: earliest(), or as soon after it as the line is free for so long
+    /// Reserves the line for the station's next reply.
+    /// @return its start: the first moment from earliest() on at which the line is free for
+    ///         `duration`
     std::int64_t take(int station, std::int64_t ready, std::int64_t duration);
 
-    /// Replies that are not placed yet start no sooner, of any station.
+    /// Later reservations, of any station, start at `until` at the earliest.
     void holdEveryone(std::int64_t until);
 
-    /// Nothing is placed ahead of `now` any more.
+    /// Forgets reservations that end by `now`. The caller reserves nothing before `now` any more.
     void timeIs(std::int64_t now);
 
-    /// Takes back all that was placed.
+    /// Forgets all reservations.
     void clear();
 
 private:
@@ -32,7 +34,7 @@ private:
         std::int64_t start;
         std::int64_t end;
     };
-    std::vector<Slot> m_taken; // in order, apart
+    std::vector<Slot> m_taken; // in order of time, without overlap
     std::map<int, std::int64_t> m_stationEnds;
     std::int64_t m_everyoneAfter = 0;
 };

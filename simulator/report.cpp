@@ -9,7 +9,7 @@ const std::int64_t MICROSECOND_NS = 1000;
 const double MEDIAN = 0.5;
 const double P99 = 0.99;
 
-/// Toward minus infinity, so that a silence never looks longer than it was.
+/// Rounds toward minus infinity, so that a silence never looks longer than it was.
 std::int64_t microseconds(std::int64_t ns)
 {
     const std::int64_t whole = ns / MICROSECOND_NS;

@@ -5,19 +5,19 @@
 
 #include <ostream>
 
-/// What came over the line besides requests.
+/// Counts of what came over the line besides requests.
 struct LineCounts
 {
     std::int64_t badFrames = 0;
     std::int64_t echoedBytes = 0;
 };
 
-/// Lines "key value". Durations in whole microseconds; 0 where there was nothing to measure.
+/// Writes lines "key value". Durations are whole microseconds; 0 when nothing was measured.
 /// @param lateness  by how much replies left after their time, in nanoseconds
 void writeReport(std::ostream& out, const ExchangeCounts& counts, const LineCounts& line,
                  const Durations& silences, const Durations& lateness);
 
-/// The same of a run that is over.
+/// Writes the report of a run that is over.
 void writeReport(std::ostream& out, const RequestHandler& handler, const ServerLoop& loop,
                  std::int64_t echoedBytes);
 

@@ -23,7 +23,7 @@ ExpectedLength expectedLength(const Bytes& held)
 {
     if (held.size() <= FUNCTION_AT) return {LENGTH_NEEDS_MORE_BYTES, 0};
     switch (held[FUNCTION_AT]) {
-    case 1: // the device has no functions 1 and 2, but refuses them
+    case 1: // the device does not serve functions 1 and 2: it refuses them
     case 2:
     case 3:
     case 4:
@@ -40,8 +40,8 @@ ExpectedLength expectedLength(const Bytes& held)
     }
 }
 
-/// Of the request that the bytes start with; 0: none, or not all of it.
-/// @param silent  the bytes are all that came ahead of a silence
+/// Length of the request at the start of the bytes; 0 when there is none or it is incomplete.
+/// @param silent  the line fell silent after the bytes
 std::size_t requestLength(const Bytes& held, bool silent)
 {
     const ExpectedLength expected = expectedLength(held);
@@ -60,7 +60,7 @@ bool holdsRequestBehindItsStart(const Bytes& held)
     return false;
 }
 
-/// More bytes, or a silence, may make a request of them.
+/// True when more bytes, or a silence, may complete a request.
 bool mayBecomeRequest(const Bytes& held)
 {
     const ExpectedLength expected = expectedLength(held);
@@ -126,7 +126,7 @@ Request RequestCutter::takeFront(std::size_t length)
     return request;
 }
 
-/// Byte by byte, because a good request may start anywhere in bad bytes.
+/// Drops one byte only, because a good request may start anywhere in bad bytes.
 void RequestCutter::dropOne()
 {
     if (!m_inBadFrame) ++m_badFrames;

@@ -6,29 +6,29 @@
 #include <cstdint>
 #include <optional>
 
-/// One request as it came, checksum and all.
+/// A request as it came, with its checksum.
 struct Request
 {
     Bytes bytes;
-    std::int64_t firstByteAt = 0; ///< nanoseconds, when its first byte was seen
+    std::int64_t firstByteAt = 0; ///< nanoseconds, when the first byte was read
     std::int64_t lastByteAt = 0;
 };
 
-/// Cuts requests out of the bytes that a line brings. It knows a request's length by its function
-/// (1 to 6, 15, 16) and takes it by its checksum; one of another function ends where the line falls
-/// silent. Bytes that make no request are dropped and counted.
+/// Cuts requests out of the bytes of a line. The function code gives a request's length (1 to 6,
+/// 15, 16), and the checksum must be good; a request of another function ends where the line falls
+/// silent. Bytes that belong to no request are dropped and counted.
 class RequestCutter
 {
 public:
-    /// @param at  nanoseconds, when the bytes were seen
+    /// @param at  nanoseconds, when the bytes were read
     void add(const Bytes& bytes, std::int64_t at);
 
-    /// The next whole request. None: what is held is the start of one, or nothing.
+    /// The next whole request; nothing when the held bytes are only the start of a request.
     std::optional<Request> take();
 
-    /// The line has been silent for too long for the bytes held to be a request's start. Call
-    /// take() until it has none: a request may lie behind bytes that looked like a longer one's
-    /// start.
+    /// The line has been silent for so long that the held bytes are no start of a request. Call
+    /// take() until it returns nothing: a request may follow bytes that looked like the start of a
+    /// longer request.
     void lineFellSilent();
 
     bool holdsBytes() const
@@ -40,13 +40,13 @@ public:
         return m_lastByteAt;
     }
 
-    /// Runs of bytes that made no request.
+    /// Number of runs of bytes that belonged to no request.
     std::int64_t badFrames() const
     {
         return m_badFrames;
     }
 
-    /// Forgets what is held, as a new connection does.
+    /// Forgets the held bytes, for a new connection.
     void reset();
 
 private:

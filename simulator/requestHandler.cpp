@@ -4,7 +4,7 @@
 
 namespace {
 
-/// Later replies of other stations wait for these as well.
+/// True when later replies of all stations wait for the faulted reply.
 bool holdsEveryone(Fault fault)
 {
     return fault == FAULT_DELAY || fault == FAULT_DUPLICATE;
@@ -42,7 +42,7 @@ std::vector<OutgoingPiece> RequestHandler::handle(const Request& request)
         return {};
     }
     if (isSilentNow(station)) {
-        m_schedule.next(); // an exchange like any other, of the fault exchanges that there are
+        m_schedule.next(); // is drawn all the same, so that later faults do not shift
         ++m_counts.silent;
         return {};
     }
@@ -104,7 +104,7 @@ Bytes RequestHandler::replyTo(const Exchange& exchange)
     return m_server.serve(exchange.request, m_stations, exchange.deaf);
 }
 
-/// Stations that stall execute it when they go on.
+/// Stations that stall execute the broadcast after the stall.
 void RequestHandler::takeBroadcast(const Request& request)
 {
     ++m_counts.broadcasts;
@@ -141,13 +141,13 @@ std::vector<OutgoingPiece> RequestHandler::scheduled(const Bytes& reply, const E
     std::vector<OutgoingPiece> pieces =
         m_pacing.pieces(m_slots.take(station, start, m_pacing.pacedTime(reply.size())), reply);
     if (exchange.fault == FAULT_DUPLICATE) addSecondCopy(pieces, reply, station);
-    // Nobody but the station itself waits for what its stall adds.
+    // The time that a stall adds delays only the station itself.
     if (holdsEveryone(exchange.fault)) m_slots.holdEveryone(pieces.back().dueAt - (start - ready));
     return pieces;
 }
 
-/// A delay counts from when the reply could have started, a lateness from the request: so late
-/// replies that come one upon the other do not add up.
+/// A delay counts from the reply's earliest start. A lateness counts from the request, so that the
+/// latenesses of successive replies do not add up.
 std::int64_t RequestHandler::readyAt(const Exchange& exchange, std::int64_t servedAt) const
 {
     const std::int64_t prompt = std::max(m_pacing.replyStart(exchange.requestEnd), servedAt);

@@ -16,56 +16,55 @@ struct FaultSettings
     FaultRates rates = {};
     std::int64_t exchanges = 0; ///< 0: always
     std::int64_t delayNs = 0;
-    std::int64_t duplicateAfterNs = 0; ///< from the first copy's end to the second one's start
+    std::int64_t duplicateAfterNs = 0; ///< from the first copy's end to the second's start
     int exceptionCode = 6;
-    std::map<int, double> silentStations; ///< each with its share of the exchanges
+    std::map<int, double> silentStations; ///< share of the exchanges by station
     double lateShare = 0;                 ///< of the exchanges
     std::int64_t longestLatenessNs = 0;
     StallSettings stall;
 };
 
-/// What happened, for the report.
+/// Counts for the report.
 struct ExchangeCounts
 {
-    std::int64_t requests = 0; ///< good frames, whomever they are for
-    std::int64_t replies = 0;  ///< sent, whatever a fault made of them
+    std::int64_t requests = 0; ///< with a good checksum, for any station
+    std::int64_t replies = 0;  ///< sent, with or without a fault
     std::int64_t broadcasts = 0;
-    std::int64_t foreign = 0; ///< requests to stations that are not here
-    std::int64_t silent = 0;  ///< requests to stations that were silent
-    std::int64_t stalled = 0; ///< replies that a stall, or its backlog, held back
-    std::int64_t late = 0;    ///< replies
+    std::int64_t foreign = 0; ///< requests to stations that are not served
+    std::int64_t silent = 0;  ///< requests that a silent station ignored
+    std::int64_t stalled = 0; ///< replies held back by a stall or its backlog
+    std::int64_t late = 0;    ///< late replies sent
     std::array<std::int64_t, FAULT_KINDS> faults = {};
 };
 
-/// Has requests executed and decides what goes back, and when. Times are nanoseconds.
+/// Has requests executed and decides which reply goes back, and when. Times are nanoseconds.
 class RequestHandler
 {
 public:
     RequestHandler(PlcStations& stations, const LinePacing& pacing, const FaultSettings& faults,
                    unsigned seed);
 
-    /// Executes it, or holds it back. What nextServiceAt() has come for goes ahead.
-    /// @return what to send, each piece at its time, and those of one time in the order in which
-    ///         they were returned
+    /// Executes the request or holds it back. Call serveHeld() first when nextServiceAt() has come.
+    /// @return the pieces to send, each at its time; pieces of the same time in this order
     std::vector<OutgoingPiece> handle(const Request& request);
 
-    /// When a request that was held back is to be served; nothing when there is none.
+    /// When the next held request is to be served; nothing when no request is held.
     std::optional<std::int64_t> nextServiceAt() const
     {
         return m_backlog.nextServiceAt();
     }
 
     /// Executes the held requests whose time has come.
-    /// @return as handle() does
+    /// @return as handle()
     std::vector<OutgoingPiece> serveHeld(std::int64_t now);
 
-    /// A frame of ours has its last byte on the wire at `at`.
+    /// The last byte of a reply is on the wire at `at`.
     void replyEnded(std::int64_t at)
     {
         m_silence.frameEnded(at);
     }
 
-    /// The host is another one, or gone. What it asked is executed all the same.
+    /// The host has changed or is gone. Its held requests are still executed.
     void lineReset();
 
     const ExchangeCounts& counts() const
@@ -100,7 +99,7 @@ private:
     SilenceMeter m_silence;
     Backlog m_backlog;
     ReplySlots m_slots;
-    std::int64_t m_requestEnd = 0; ///< of the request last seen
+    std::int64_t m_requestEnd = 0; ///< of the last request
 };
 
 #endif

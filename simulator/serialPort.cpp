@@ -36,7 +36,7 @@ void SerialPort::configure(int baud)
     cfmakeraw(&settings);
     settings.c_cflag |= CLOCAL | CREAD;
     settings.c_cflag &= ~tcflag_t(CSTOPB | CRTSCTS);
-    // Without a byte a read must fail, not return 0: that means that the device is gone.
+    // With VMIN 0 a read without a byte would return 0, which means here that the device is gone.
     settings.c_cc[VMIN] = 1;
     settings.c_cc[VTIME] = 0;
     for (const SpeedRow& row : SPEEDS) {

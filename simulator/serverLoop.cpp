@@ -13,7 +13,7 @@ const std::int64_t SECOND_NS = 1000000000;
 const std::int64_t MILLISECOND_NS = 1000000;
 const std::int64_t NEVER = std::numeric_limits<std::int64_t>::max();
 
-// Waking up takes the system tens of microseconds, so the last ones are spent awake.
+// The system takes tens of microseconds to wake a process: the loop spins for the last 80.
 const std::int64_t AWAKE_AHEAD_NS = 80000;
 
 std::int64_t monotonicNow()
@@ -73,7 +73,7 @@ void ServerLoop::run(const volatile std::sig_atomic_t& stop, const sigset_t& wai
     }
 }
 
-/// False when a signal came in between.
+/// False when a signal interrupted the wait.
 bool ServerLoop::waitForEvent(const sigset_t& waitingMask, bool (&ready)[WAITED_FOR],
                               bool withInput)
 {
@@ -116,7 +116,7 @@ void ServerLoop::receive(std::int64_t at)
     handleRequests();
 }
 
-/// Only when nothing was there to read: bytes that wait for us have not been silent.
+/// Call it only when nothing is readable: bytes that wait to be read end a silence.
 void ServerLoop::endSilentFrame(std::int64_t now)
 {
     if (!m_cutter.holdsBytes()) return;
@@ -141,8 +141,8 @@ void ServerLoop::serveHeld(std::int64_t now)
     queue(m_handler.serveHeld(now));
 }
 
-/// A request whose end a silence has told may be older than what was served since; signals do not
-/// go back for it.
+/// A request that ended with a silence may be older than the requests served since. Signals never
+/// go back in time.
 void ServerLoop::moveSignals(std::int64_t at)
 {
     m_signalsAt = std::max(m_signalsAt, at);
@@ -150,7 +150,7 @@ void ServerLoop::moveSignals(std::int64_t at)
         m_stations.apply(value);
 }
 
-/// A prompt reply goes ahead of a late one that was scheduled before it.
+/// Sorts by time: a prompt reply overtakes a late reply that was scheduled before it.
 void ServerLoop::queue(std::vector<OutgoingPiece> pieces)
 {
     const auto isSooner = [](const OutgoingPiece& first, const OutgoingPiece& second) {
@@ -162,7 +162,7 @@ void ServerLoop::queue(std::vector<OutgoingPiece> pieces)
     }
 }
 
-/// One piece a turn, so that a host that talks in between is seen at its time.
+/// Sends one piece a turn, so that bytes of the host in between get their true time.
 void ServerLoop::sendDue()
 {
     if (m_outgoing.empty()) return;

@@ -11,14 +11,14 @@
 class ServerLoop
 {
 public:
-    /// @param signals  moved on before each request is executed
+    /// @param signals  updated before each request is executed
     ServerLoop(LineEnd& line, RequestHandler& handler, PlcStations& stations, SignalSet& signals,
                const LinePacing& pacing);
 
-    /// Until `stop` is set by a signal, or standard input ends where that counts.
-    /// @param waitingMask  the signals blocked while waiting; those that end the loop are blocked
-    /// at
-    ///                     all other times, so that none is missed
+    /// Serves until a signal handler sets `stop`, or until standard input ends if `untilStdinEnds`.
+    /// @param waitingMask  signals that stay blocked while the loop waits. The signals that set
+    /// `stop`
+    ///                     must be blocked at all other times: none comes between test and wait.
     void run(const volatile std::sig_atomic_t& stop, const sigset_t& waitingMask,
              bool untilStdinEnds);
 
@@ -51,7 +51,7 @@ private:
     SignalSet& m_signals;
     LinePacing m_pacing;
     RequestCutter m_cutter;
-    std::deque<OutgoingPiece> m_outgoing; // in the order of their times
+    std::deque<OutgoingPiece> m_outgoing; // in order of time
     Durations m_lateness;
     std::int64_t m_startedAt;
     std::int64_t m_signalsAt;

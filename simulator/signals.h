@@ -12,7 +12,7 @@ enum SignalKind {
     SIGNAL_RAMP,    ///< from 0 to the amplitude within a period, then from 0 again
     SIGNAL_SINE,    ///< from minus to plus amplitude, in two's complement
     SIGNAL_TOGGLE,  ///< 0 for half a period, the amplitude for the other half
-    SIGNAL_COUNTER, ///< one up each period, from 0 again beyond the amplitude
+    SIGNAL_COUNTER, ///< one up each period, from 0 again above the amplitude
     SIGNAL_KINDS
 };
 
@@ -34,25 +34,25 @@ struct Signal
 struct SignalValue
 {
     SignalPlace place;
-    std::uint16_t value = 0; ///< of a bit 0 or 1
+    std::uint16_t value = 0; ///< 0 or 1 for a bit
 };
 
 /// A signal from "STATION:AREA:NUMBER:KIND[:PERIOD_MS[:AMPLITUDE]]".
-/// @return what is wrong with the text; empty: nothing, and `signal` is set
+/// @return what is wrong with the text; empty when it is right and `signal` is set
 std::string parseSignal(const std::string& text, Signal& signal);
 
-/// A set that shows every kind, for each of the stations.
+/// Signals of every kind for each station.
 std::vector<Signal> demoSignals(const std::vector<int>& stations);
 
-/// Moves signals on with the time that it is told.
+/// Works out signal values for the times that it is given.
 class SignalSet
 {
 public:
-    /// @param seed  decides where in its period each signal starts
+    /// @param seed  decides the phase at which each signal starts
     SignalSet(const std::vector<Signal>& moving, unsigned seed);
 
-    /// Those that have another value than when last asked. A value that stays is not repeated, so
-    /// that what a host wrote there stands until the signal moves.
+    /// The values that changed since the last call. An unchanged value is not repeated, so that a
+    /// host's write to its place lasts until the signal changes.
     std::vector<SignalValue> changes(std::int64_t timeMs);
 
 private:

@@ -25,7 +25,7 @@ std::int64_t Durations::quantile(double share) const
 
 void SilenceMeter::frameEnded(std::int64_t at)
 {
-    // A request that cuts into a pending reply ends before it.
+    // A request that overlaps a pending reply ends before the reply does.
     m_lastEnd = m_lastEnd ? std::max(*m_lastEnd, at) : at;
 }
 

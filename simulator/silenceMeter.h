@@ -5,8 +5,8 @@
 #include <optional>
 #include <vector>
 
-/// Durations in nanoseconds and their order: the latest ones, so that a simulator that runs for
-/// months takes no more memory.
+/// Durations in nanoseconds and their quantiles. Keeps the last MOST_KEPT durations, so that the
+/// memory of a simulator that runs for months stays bounded.
 class Durations
 {
 public:
@@ -18,8 +18,8 @@ public:
         return m_all.size();
     }
 
-    /// The smallest duration that at least `share` (0 to 1) of them do not exceed; 0 when there are
-    /// none.
+    /// The smallest kept duration that at least `share` (0 to 1) of all kept durations do not
+    /// exceed; 0 when there are none.
     std::int64_t quantile(double share) const;
 
 private:
@@ -31,14 +31,14 @@ private:
 class SilenceMeter
 {
 public:
-    /// A frame, ours or the host's, has its last byte on the wire at `at`.
+    /// The last byte of a request or a reply is on the wire at `at`.
     void frameEnded(std::int64_t at);
 
-    /// The first byte of a request was seen. Ahead of any other frame there is nothing to measure.
-    /// Below 0: the request began before the last frame was over.
+    /// The first byte of a request came at `at`. Measures the silence since the last frame, if
+    /// there was a frame: negative when the request began before the last frame was over.
     void requestBegan(std::int64_t at);
 
-    /// The line was lost: what comes next follows no frame.
+    /// The line was lost: the next request follows no frame.
     void lineReset();
 
     const Durations& silences() const

@@ -8,13 +8,13 @@
 namespace {
 
 const int LAST_STATION = 247;
-const int SERIAL_BAUD = 38400; // the controllers' own
+const int SERIAL_BAUD = 38400; // the controllers' own rate
 const int SLOWEST_BAUD = 300;
 const int FASTEST_BAUD = 4000000;
 const int LONGEST_TURNAROUND_US = 10000000;
 const std::int64_t MICROSECOND_NS = 1000;
 
-/// As they come from the command line, to be turned into SimulatorOptions.
+/// Options as the command line gives them; parseOptions() turns them into SimulatorOptions.
 struct RawOptions
 {
     std::vector<int> stations;

@@ -13,7 +13,7 @@
 /// What the command line asks for.
 struct SimulatorOptions
 {
-    std::vector<int> stations; ///< in order, each once
+    std::vector<int> stations; ///< ascending, each once
     std::string linkPath;
     std::string serialDevice; ///< empty: none
     int tcpPort = -1;         ///< -1: none; 0: any that is free

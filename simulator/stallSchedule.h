@@ -7,22 +7,22 @@
 struct StallSettings
 {
     std::int64_t lengthNs = 0;  ///< 0: there is none
-    std::int64_t everyNs = 0;   ///< from one's start to the next one's; 0: there is only one
-    std::optional<int> station; ///< the only one that stalls; none: all of them
-    std::int64_t serviceNs = 0; ///< from one held answer's start to the next one's
+    std::int64_t everyNs = 0;   ///< from start to start; 0: a single stall
+    std::optional<int> station; ///< the only station that stalls; none: all stations
+    std::int64_t serviceNs = 0; ///< from the start of one held reply to the start of the next
 };
 
-/// When the PLC stands still. Its clock starts with the first request, so that a host which starts
-/// late finds the same. Times are nanoseconds.
+/// When the PLC stands still. Its clock starts with the first request, so that stalls do not depend
+/// on when the host starts. Times are nanoseconds.
 class StallSchedule
 {
 public:
     explicit StallSchedule(const StallSettings& settings);
 
-    /// A good frame came, whomever it is for. Only the first one counts.
+    /// A request with a good checksum came, for any station. Only the first request counts.
     void requestSeen(std::int64_t at);
 
-    /// The end of the stall that `at` lies in; else `at`.
+    /// The end of the stall that contains `at`; `at` itself outside a stall.
     std::int64_t goesOnAt(std::int64_t at) const;
 
 private:

@@ -4,13 +4,13 @@
 #include "lineEnd.h"
 #include "uniqueDescriptor.h"
 
-/// A TCP port that carries frames as a serial line does. One host at a time: a new one takes the
-/// place of the one before, which may be dead without a word.
+/// A TCP port that carries RTU frames. It serves one host at a time: a new host replaces the host
+/// before it, which may be gone without having closed its connection.
 class TcpPort : public LineEnd
 {
 public:
     /// @param bindAddress  IPv4 or IPv6, in digits
-    /// @param port         0: any that is free
+    /// @param port         0: any free port
     TcpPort(const std::string& bindAddress, int port);
 
     std::string address() const override;

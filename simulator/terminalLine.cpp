@@ -7,7 +7,7 @@ Bytes TerminalLine::receive()
     Bytes bytes(READ_BYTES);
     const ssize_t count = read(m_descriptor.get(), bytes.data(), bytes.size());
     if (count < 0 && errno != EAGAIN && errno != EINTR) failLink(address());
-    // Readable and yet at its end: an adapter that was unplugged.
+    // End of file on a terminal: the adapter was unplugged.
     if (count == 0) throw LinkError(address() + ": the device is gone");
     bytes.resize(count > 0 ? std::size_t(count) : 0);
     return bytes;

@@ -4,7 +4,7 @@
 #include "lineEnd.h"
 #include "uniqueDescriptor.h"
 
-/// What a pseudo-terminal and a serial port have in common: bytes through one descriptor.
+/// The common part of a pseudo-terminal and a serial port: bytes through one descriptor.
 class TerminalLine : public LineEnd
 {
 public:

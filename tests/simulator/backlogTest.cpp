@@ -35,7 +35,7 @@ protected:
     {
         backlog().add(exchangeWith(station, endMs));
     }
-    /// The first one's time in milliseconds and its station.
+    /// Serves the first held request: its time in milliseconds and its station.
     std::pair<std::int64_t, int> taken()
     {
         const std::int64_t at = backlog().nextServiceAt().value_or(-MS);
@@ -60,7 +60,7 @@ TEST_F(HeldBack, RequestsWaitDuringAStall)
     EXPECT_FALSE(holds(1, 1300));
 }
 
-TEST_F(HeldBack, WithOneStationThatStallsTheOthersDoNotWait)
+TEST_F(HeldBack, OnlyRequestsToTheStallingStationWait)
 {
     m_settings.station = 2;
     add(2, 1000);
@@ -70,7 +70,7 @@ TEST_F(HeldBack, WithOneStationThatStallsTheOthersDoNotWait)
     EXPECT_EQ(1100 * MS, backlog().replyStart(1, 1100 * MS));
 }
 
-TEST_F(HeldBack, TheyAreServedInTheirOrderWhenTheStallEnds)
+TEST_F(HeldBack, RequestsAreServedInOrderAfterTheStall)
 {
     EXPECT_FALSE(backlog().nextServiceAt());
     add(2, 1000);
@@ -82,7 +82,7 @@ TEST_F(HeldBack, TheyAreServedInTheirOrderWhenTheStallEnds)
     EXPECT_FALSE(backlog().nextServiceAt());
 }
 
-TEST_F(HeldBack, EachAnswerTakesItsTime)
+TEST_F(HeldBack, EachReplyTakesTheServiceTime)
 {
     m_settings.serviceNs = 50 * MS;
     add(1, 1000);
@@ -95,7 +95,7 @@ TEST_F(HeldBack, EachAnswerTakesItsTime)
     EXPECT_FALSE(holds(1, 1450));
 }
 
-TEST_F(HeldBack, ABroadcastHasNoAnswerThatTakesTime)
+TEST_F(HeldBack, ABroadcastTakesNoServiceTime)
 {
     m_settings.serviceNs = 50 * MS;
     add(1, 1000);
@@ -106,16 +106,16 @@ TEST_F(HeldBack, ABroadcastHasNoAnswerThatTakesTime)
     EXPECT_EQ(Taken(1350, 2), taken());
 }
 
-TEST_F(HeldBack, WhoeverComesWhileOthersWaitIsServedBehindThem)
+TEST_F(HeldBack, ALaterRequestIsServedBehindWaitingRequests)
 {
     add(1, 1000);
-    EXPECT_TRUE(holds(2, 1310)); // nobody has served the first one yet
+    EXPECT_TRUE(holds(2, 1310)); // the first request is not served yet
     add(2, 1310);
     EXPECT_EQ(Taken(1300, 1), taken());
     EXPECT_EQ(Taken(1310, 2), taken());
 }
 
-TEST_F(HeldBack, TheNextStallInterruptsTheService)
+TEST_F(HeldBack, TheNextStallInterruptsService)
 {
     m_settings.everyNs = 400 * MS;
     m_settings.serviceNs = 60 * MS;
@@ -127,7 +127,7 @@ TEST_F(HeldBack, TheNextStallInterruptsTheService)
     EXPECT_EQ(Taken(1100, 3), taken()); // 820 is in the stall from 800 to 1100
 }
 
-TEST_F(HeldBack, WithoutAHostTheyAreServedForNobody)
+TEST_F(HeldBack, RequestsOfAHostThatLeftHaveNoAudience)
 {
     add(1, 1000);
     backlog().audienceLeft();

@@ -28,21 +28,21 @@ protected:
 
 } // namespace
 
-TEST_F(Duplicates, AreAPieceOfTheirOwnRightBehind)
+TEST_F(Duplicates, SecondCopyFollowsAsASeparatePiece)
 {
     expectTwo(handle(WRITE, 5 * MS), 5 * MS, 5 * MS);
     EXPECT_EQ(1, handler().counts().replies);
     EXPECT_EQ(1, handler().counts().faults[FAULT_DUPLICATE]);
 }
 
-TEST_F(Duplicates, ComeSoLongAfterTheFirstCopysEnd)
+TEST_F(Duplicates, SecondCopyStartsTheGivenTimeAfterTheFirstEnds)
 {
     m_line.baud = 10000; // a byte takes 1 ms
     m_faults.duplicateAfterNs = 30 * MS;
     expectTwo(handle(WRITE, 0), (8 + 8) * MS, (8 + 8 + 30 + 8) * MS);
 }
 
-TEST_F(Duplicates, ComeByteByByteOnALineThatDoes)
+TEST_F(Duplicates, BothCopiesComeByteByByteWithTrickle)
 {
     m_line.baud = 10000;
     m_line.byteByByte = true;
@@ -54,7 +54,7 @@ TEST_F(Duplicates, ComeByteByByteOnALineThatDoes)
     EXPECT_EQ(54 * MS, pieces[15].dueAt);
 }
 
-TEST_F(Duplicates, LaterRepliesQueueBehindThem)
+TEST_F(Duplicates, LaterRepliesQueueBehindTheSecondCopy)
 {
     m_faults.duplicateAfterNs = 30 * MS;
     handle(WRITE, 0);
@@ -63,7 +63,7 @@ TEST_F(Duplicates, LaterRepliesQueueBehindThem)
     expectOne(handle(OTHER, 31 * MS), OTHER, 31 * MS);
 }
 
-TEST_F(Duplicates, OfAStationThatStallsKeepNobodyElseWaiting)
+TEST_F(Duplicates, OfAStallingStationDoNotDelayOtherStations)
 {
     m_faults.duplicateAfterNs = 30 * MS;
     m_faults.stall.lengthNs = 300 * MS;

@@ -8,7 +8,7 @@
 
 namespace {
 
-/// What comes from the host is given; what goes back to it is kept, one text a call.
+/// A line in memory: delivers the chunks in `coming` and records each call.
 class HostSide : public LineEnd
 {
 public:
@@ -56,7 +56,7 @@ using Texts = std::vector<std::string>;
 
 } // namespace
 
-TEST(EchoingLine, WhatTheHostSendsGoesBackAsItCame)
+TEST(EchoingLine, HostBytesAreReturnedUnchanged)
 {
     HostSide host;
     EchoingLine line(host);
@@ -68,7 +68,7 @@ TEST(EchoingLine, WhatTheHostSendsGoesBackAsItCame)
     EXPECT_EQ(4, line.echoedBytes());
 }
 
-TEST(EchoingLine, WhenNothingCameNothingGoesBack)
+TEST(EchoingLine, NothingIsReturnedWhenNothingCame)
 {
     HostSide host;
     EchoingLine line(host);
@@ -77,7 +77,7 @@ TEST(EchoingLine, WhenNothingCameNothingGoesBack)
     EXPECT_EQ(0, line.echoedBytes());
 }
 
-TEST(EchoingLine, IsTheLineThatItStandsFor)
+TEST(EchoingLine, OtherCallsGoToTheLineItself)
 {
     HostSide host;
     EchoingLine line(host);

@@ -25,7 +25,7 @@ TEST(FaultSchedule, WithoutRatesThereIsNoFault)
     EXPECT_EQ(DRAWS, counted({}, 1)[NO_FAULT]);
 }
 
-TEST(FaultSchedule, ARateOfOneHitsEveryExchange)
+TEST(FaultSchedule, RateOneHitsEveryExchange)
 {
     for (std::size_t kind = 0; kind < FAULT_KINDS; ++kind) {
         FaultRates rates = {};
@@ -46,7 +46,7 @@ TEST(FaultSchedule, EachKindComesAsOftenAsItsRate)
     EXPECT_NEAR(0.45 * DRAWS, counts[NO_FAULT], 787); // sqrt(100000 * 0.45 * 0.55) = 157
 }
 
-TEST(FaultSchedule, ASeedDecidesTheOrder)
+TEST(FaultSchedule, TheSeedDecidesTheOrder)
 {
     FaultRates rates = {};
     rates.fill(0.1);
@@ -62,7 +62,7 @@ TEST(FaultSchedule, ASeedDecidesTheOrder)
     EXPECT_GT(differences, 500);
 }
 
-TEST(FaultSchedule, StopsAfterItsExchanges)
+TEST(FaultSchedule, NoFaultAfterTheFaultExchanges)
 {
     FaultRates rates = {};
     rates[FAULT_CORRUPT] = 1;
@@ -73,7 +73,7 @@ TEST(FaultSchedule, StopsAfterItsExchanges)
         EXPECT_EQ(NO_FAULT, schedule.next()) << i;
 }
 
-TEST(FaultSchedule, AShareOfTheRepliesIsLateAnyTimeUpToTheLongest)
+TEST(FaultSchedule, AShareOfRepliesIsLateByUpToTheLongestTime)
 {
     FaultSchedule schedule({}, 1, 0);
     int late = 0;
@@ -91,7 +91,7 @@ TEST(FaultSchedule, AShareOfTheRepliesIsLateAnyTimeUpToTheLongest)
     EXPECT_FALSE(schedule.lateness(0, 1000));
 }
 
-TEST(FaultSchedule, LatenessesAndSilencesLeaveTheOtherFaultsWhereTheyAre)
+TEST(FaultSchedule, LatenessAndSilenceDoNotShiftOtherFaults)
 {
     FaultRates rates = {};
     rates.fill(0.09);
@@ -104,7 +104,7 @@ TEST(FaultSchedule, LatenessesAndSilencesLeaveTheOtherFaultsWhereTheyAre)
     }
 }
 
-TEST(FaultSchedule, LatenessesEndWithItsExchanges)
+TEST(FaultSchedule, NoLatenessAfterTheFaultExchanges)
 {
     FaultSchedule schedule({}, 1, 1);
     EXPECT_TRUE(schedule.lateness(1, 1000));

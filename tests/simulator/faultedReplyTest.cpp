@@ -42,7 +42,7 @@ bool endsWith(const Bytes& bytes, const Bytes& end)
 
 } // namespace
 
-TEST(FaultedReply, ExceptionIsTheFunctionWithItsTopBitAndTheCode)
+TEST(FaultedReply, ExceptionReplyHasFunctionWithTopBitAndCode)
 {
     // pymodbus 3.0's RTU framer
     EXPECT_EQ("01 83 06 C1 32", hexOf(exceptionReply(bytesOf("01 03 0B B8 00 01 06 0B"), 6)));
@@ -50,7 +50,7 @@ TEST(FaultedReply, ExceptionIsTheFunctionWithItsTopBitAndTheCode)
               hexOf(exceptionReply(bytesOf("01 10 00 0A 00 01 02 00 01 00 00"), 6)));
 }
 
-TEST(FaultedReply, OneBitIsFlippedAnywhere)
+TEST(FaultedReply, CorruptFlipsOneBitAnywhere)
 {
     std::mt19937 random(1);
     std::set<Bytes> seen;
@@ -63,7 +63,7 @@ TEST(FaultedReply, OneBitIsFlippedAnywhere)
     EXPECT_GT(seen.size(), 80u); // of 88 bits
 }
 
-TEST(FaultedReply, ATruncatedReplyKeepsItsStartAndNeverAll)
+TEST(FaultedReply, TruncatedReplyIsAProperStartOfTheReply)
 {
     std::mt19937 random(1);
     std::set<std::size_t> lengths;
@@ -76,7 +76,7 @@ TEST(FaultedReply, ATruncatedReplyKeepsItsStartAndNeverAll)
     EXPECT_EQ(goodReply().size() - 1, *lengths.rbegin());
 }
 
-TEST(FaultedReply, OneToThreeStrayBytesLieAheadOrBehind)
+TEST(FaultedReply, OneToThreeStrayBytesBeforeOrAfter)
 {
     std::mt19937 random(1);
     std::set<std::size_t> ahead;
@@ -93,7 +93,7 @@ TEST(FaultedReply, OneToThreeStrayBytesLieAheadOrBehind)
     EXPECT_EQ((std::set<std::size_t>{1, 2, 3}), behind);
 }
 
-TEST(FaultedReply, AnotherStationsReplyHasAGoodChecksum)
+TEST(FaultedReply, ReplyOfWrongStationHasAGoodChecksum)
 {
     std::mt19937 random(1);
     for (int i = 0; i < TRIES; ++i) {
@@ -107,7 +107,7 @@ TEST(FaultedReply, AnotherStationsReplyHasAGoodChecksum)
     }
 }
 
-TEST(FaultedReply, TheOtherFaultsLeaveTheBytesAlone)
+TEST(FaultedReply, OtherFaultsDoNotChangeTheBytes)
 {
     std::mt19937 random(1);
     for (const Fault fault : {NO_FAULT, FAULT_DELAY, FAULT_DUPLICATE, FAULT_EXCEPTION})

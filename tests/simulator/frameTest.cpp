@@ -3,20 +3,20 @@
 
 #include <gtest/gtest.h>
 
-TEST(Frame, ChecksumIsThatOfOtherModbusSoftware)
+TEST(Frame, ChecksumMatchesPymodbus)
 {
     // pymodbus 3.0's RTU framer
     EXPECT_EQ("11 03 00 6B 00 03 76 87", hexOf(withCrc(bytesOf("11 03 00 6B 00 03"))));
     EXPECT_EQ("01 83 06 C1 32", hexOf(withCrc(bytesOf("01 83 06"))));
 }
 
-TEST(Frame, AFrameEndsWithItsChecksum)
+TEST(Frame, GoodChecksumAtTheEndIsRecognised)
 {
     const Bytes frame = bytesOf("01 0F 00 00 00 10 02 1F 80 EB B0"); // pymodbus 3.0's RTU framer
     EXPECT_TRUE(endsWithItsCrc(frame.data(), frame.size()));
 }
 
-TEST(Frame, AnyFlippedBitSpoilsTheChecksum)
+TEST(Frame, AnyFlippedBitMakesTheChecksumBad)
 {
     const Bytes frame = bytesOf("01 03 0B B8 00 01 06 0B"); // pymodbus 3.0's RTU framer
     for (std::size_t bit = 0; bit < frame.size() * 8; ++bit) {
@@ -26,7 +26,7 @@ TEST(Frame, AnyFlippedBitSpoilsTheChecksum)
     }
 }
 
-TEST(Frame, LessThanAChecksumIsNoFrame)
+TEST(Frame, FewerBytesThanAChecksumAreNoFrame)
 {
     const std::uint8_t byte = 0xFF;
     EXPECT_FALSE(endsWithItsCrc(&byte, 0));

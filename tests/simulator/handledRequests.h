@@ -14,7 +14,8 @@ const char* const WRITE = "01 06 0B B9 04 D2 D8 96";     // MW 3001 = 1234; the 
 const char* const READ = "01 03 00 00 00 01 84 0A";      // the reply has 7 bytes
 const char* const BROADCAST = "00 06 00 C8 00 4D C9 D0"; // QW 200 = 77
 
-/// A request handler with the stations 1 and 2, whose settings a test makes first.
+/// A request handler with stations 1 and 2. A test sets m_line and m_faults before the first
+/// request.
 class HandledRequests : public ::testing::Test
 {
 protected:

@@ -25,7 +25,7 @@ protected:
         const std::vector<OutgoingPiece> pieces = handle(hex, at);
         return pieces.empty() ? -1 : pieces.back().dueAt;
     }
-    /// By how much each of so many replies is late, with a second between the requests.
+    /// The lateness of each of `count` replies, one request a second.
     std::vector<std::int64_t> latenesses(int count)
     {
         std::vector<std::int64_t> all;
@@ -37,7 +37,7 @@ protected:
 
 } // namespace
 
-TEST_F(LateReplies, ComeAnyTimeUpToTheLongest)
+TEST_F(LateReplies, AreLateByUpToTheLongestTime)
 {
     late(1);
     const std::vector<std::int64_t> all = latenesses(1000);
@@ -48,7 +48,7 @@ TEST_F(LateReplies, ComeAnyTimeUpToTheLongest)
     EXPECT_EQ(1000, handler().counts().late);
 }
 
-TEST_F(LateReplies, AreTheirShareOfTheExchanges)
+TEST_F(LateReplies, AreTheGivenShareOfTheExchanges)
 {
     late(0.25);
     const std::vector<std::int64_t> all = latenesses(10000);
@@ -56,14 +56,14 @@ TEST_F(LateReplies, AreTheirShareOfTheExchanges)
     EXPECT_EQ(10000 - std::count(all.begin(), all.end(), 0), handler().counts().late);
 }
 
-TEST_F(LateReplies, AreExecutedAtTheirRequest)
+TEST_F(LateReplies, RequestIsExecutedAtOnce)
 {
     late(1);
     handle(WRITE, 0);
     EXPECT_EQ(1234, marker());
 }
 
-TEST_F(LateReplies, OfAStationKeepTheirOrderAndDoNotAddUp)
+TEST_F(LateReplies, OfOneStationKeepOrderAndDoNotAddUp)
 {
     late(1);
     std::int64_t last = 0;
@@ -76,7 +76,7 @@ TEST_F(LateReplies, OfAStationKeepTheirOrderAndDoNotAddUp)
     EXPECT_GT(last, LONGEST / 2);
 }
 
-TEST_F(LateReplies, OfAnotherStationMayGoAhead)
+TEST_F(LateReplies, OfOneStationMayBeOvertakenByAnother)
 {
     late(1);
     int ahead = 0;
@@ -100,7 +100,7 @@ TEST_F(LateReplies, DoNotOverlapOnAPacedLine)
         EXPECT_GE(ends[i] - ends[i - 1], 7 * MS) << i;
 }
 
-TEST_F(LateReplies, LeaveTheOtherFaultsWhereTheyAre)
+TEST_F(LateReplies, DoNotShiftOtherFaults)
 {
     m_faults.rates[FAULT_DROP] = 0.3;
     m_faults.rates[FAULT_CORRUPT] = 0.5;
@@ -113,7 +113,7 @@ TEST_F(LateReplies, LeaveTheOtherFaultsWhereTheyAre)
     EXPECT_GT(handler().counts().late, 0);
 }
 
-TEST_F(LateReplies, EndWithTheFaultExchanges)
+TEST_F(LateReplies, EndAfterTheFaultExchanges)
 {
     late(1);
     m_faults.exchanges = 10;
@@ -121,7 +121,7 @@ TEST_F(LateReplies, EndWithTheFaultExchanges)
     EXPECT_EQ(10, handler().counts().late);
 }
 
-TEST_F(LateReplies, OneThatIsNotSentIsNotCounted)
+TEST_F(LateReplies, AreNotCountedWhenDropped)
 {
     late(1);
     always(FAULT_DROP);

@@ -24,7 +24,7 @@ Request request(std::size_t bytes, std::int64_t firstByteAt, std::int64_t lastBy
 
 } // namespace
 
-TEST(LinePacing, AByteIsTenBitsRoundedUp)
+TEST(LinePacing, ByteTimeIsTenBitsRoundedUp)
 {
     EXPECT_EQ(1041667, LinePacing(at(9600)).pacedTime(1));  // 1 / 960 s
     EXPECT_EQ(8333334, LinePacing(at(9600)).pacedTime(8));  // 1 / 120 s
@@ -32,32 +32,32 @@ TEST(LinePacing, AByteIsTenBitsRoundedUp)
     EXPECT_EQ(0, LinePacing(at(0)).pacedTime(8));
 }
 
-TEST(LinePacing, ARequestThatCameAtOnceEndsWhenTheWireWouldHaveIt)
+TEST(LinePacing, RequestReadAtOnceEndsAfterItsWireTime)
 {
     EXPECT_EQ(100 * MS + 8333334,
               LinePacing(at(9600)).requestEnd(request(8, 100 * MS, 100 * MS), 0));
     EXPECT_EQ(100 * MS, LinePacing(at(0)).requestEnd(request(8, 100 * MS, 100 * MS), 0));
 }
 
-TEST(LinePacing, ARequestThatCameSlowlyEndsWithItsLastByte)
+TEST(LinePacing, SlowRequestEndsWithItsLastByte)
 {
     EXPECT_EQ(120 * MS, LinePacing(at(9600)).requestEnd(request(8, 100 * MS, 120 * MS), 0));
 }
 
-TEST(LinePacing, ARequestCannotOverlapTheOneBefore)
+TEST(LinePacing, RequestDoesNotOverlapThePreviousRequest)
 {
     EXPECT_EQ(105 * MS + 8333334,
               LinePacing(at(9600)).requestEnd(request(8, 100 * MS, 100 * MS), 105 * MS));
 }
 
-TEST(LinePacing, TheTurnaroundComesAheadOfTheReply)
+TEST(LinePacing, ReplyStartsAfterTheTurnaround)
 {
     LineSettings settings = at(38400);
     settings.turnaroundNs = 2 * MS;
     EXPECT_EQ(12 * MS, LinePacing(settings).replyStart(10 * MS));
 }
 
-TEST(LinePacing, AReplyComesWholeAtItsEnd)
+TEST(LinePacing, WholeReplyIsDueAtItsEnd)
 {
     const std::vector<OutgoingPiece> pieces = LinePacing(at(9600)).pieces(MS, Bytes(8, 0x55));
     ASSERT_EQ(1u, pieces.size());
@@ -66,7 +66,7 @@ TEST(LinePacing, AReplyComesWholeAtItsEnd)
     EXPECT_TRUE(pieces[0].endsFrame);
 }
 
-TEST(LinePacing, ByteByByteEachComesAtItsOwnEnd)
+TEST(LinePacing, TrickledBytesAreDueAtTheirOwnEnds)
 {
     LineSettings settings = at(9600);
     settings.byteByByte = true;
@@ -80,7 +80,7 @@ TEST(LinePacing, ByteByByteEachComesAtItsOwnEnd)
     }
 }
 
-TEST(LinePacing, ASerialPortTakesItsTimeByItself)
+TEST(LinePacing, SerialPortIsNotPaced)
 {
     LineSettings settings = at(9600);
     settings.isSerialPort = true;
@@ -91,14 +91,14 @@ TEST(LinePacing, ASerialPortTakesItsTimeByItself)
     EXPECT_EQ(0, LinePacing(at(9600)).timeAfterWrite(8));
 }
 
-TEST(LinePacing, ANetworkMayHoldTheRestOfAFrameBack)
+TEST(LinePacing, NetworkSilenceThatEndsAFrameIs100Ms)
 {
     LineSettings settings = at(38400);
     settings.isNetwork = true;
     EXPECT_EQ(100 * MS, LinePacing(settings).endOfFrameSilence());
 }
 
-TEST(LinePacing, AFrameIsOverAfterThreeAndAHalfCharactersOrFiveMilliseconds)
+TEST(LinePacing, SilenceThatEndsAFrameIs3HalfCharactersButAtLeast5Ms)
 {
     EXPECT_EQ(5 * MS, LinePacing(at(0)).endOfFrameSilence());
     EXPECT_EQ(5 * MS, LinePacing(at(38400)).endOfFrameSilence());

@@ -26,7 +26,7 @@ protected:
 
 } // namespace
 
-TEST_F(Served, RegistersWrittenAreRead)
+TEST_F(Served, WrittenRegistersAreReadBack)
 {
     EXPECT_EQ("01 06 0B B9 04 D2 D8 96", reply("01 06 0B B9 04 D2 D8 96"));
     EXPECT_EQ(1234, memory(1).holdingRegister(3001));
@@ -34,7 +34,7 @@ TEST_F(Served, RegistersWrittenAreRead)
     EXPECT_EQ("01 03 06 00 01 00 02 FF FF BC C5", reply("01 03 00 0A 00 03 25 C9"));
 }
 
-TEST_F(Served, AWrittenBitIsSeenByARegisterRead)
+TEST_F(Served, WrittenCoilShowsInItsRegister)
 {
     EXPECT_EQ("01 05 0B C9 FF 00 5E 20", reply("01 05 0B C9 FF 00 5E 20")); // MX 3017 on
     EXPECT_EQ("01 03 02 00 02 39 85", reply("01 03 0B B9 00 01 57 CB"));    // MW 3001
@@ -42,13 +42,13 @@ TEST_F(Served, AWrittenBitIsSeenByARegisterRead)
     EXPECT_EQ(0, memory(1).holdingRegister(3001));
 }
 
-TEST_F(Served, SeveralWrittenBitsAreSeenByARegisterRead)
+TEST_F(Served, SeveralWrittenCoilsShowInTheirRegister)
 {
     EXPECT_EQ("01 0F 00 00 00 10 54 07", reply("01 0F 00 00 00 10 02 1F 80 EB B0"));
     EXPECT_EQ("01 03 02 80 1F 98 4C", reply("01 03 00 00 00 01 84 0A"));
 }
 
-TEST_F(Served, WrittenRegistersAreSeenAsCoils)
+TEST_F(Served, WrittenRegistersShowInTheirCoils)
 {
     reply("01 06 0B B9 04 D2 D8 96"); // MW 3001 = 1234 = 0x04D2
     for (int bit = 0; bit < 16; ++bit)
@@ -59,7 +59,7 @@ TEST_F(Served, WrittenRegistersAreSeenAsCoils)
     EXPECT_TRUE(memory(1).coil(207));
 }
 
-TEST_F(Served, InputRegistersAreReadByFunctionFour)
+TEST_F(Served, FunctionFourReadsInputRegisters)
 {
     memory(1).setInputBit(0, true);
     memory(1).setInputBit(15, true);
@@ -93,7 +93,7 @@ TEST_F(Served, EachStationHasItsOwnMemory)
     EXPECT_EQ(0, memory(1).holdingRegister(0));
 }
 
-TEST_F(Served, ABroadcastIsExecutedByAllAndAnsweredByNone)
+TEST_F(Served, BroadcastIsExecutedByAllStationsWithoutReply)
 {
     EXPECT_EQ("", reply("00 06 00 C8 00 4D C9 D0"));
     EXPECT_EQ("", reply("00 10 00 0A 00 03 06 00 01 00 02 FF FF 59 91"));
@@ -104,13 +104,13 @@ TEST_F(Served, ABroadcastIsExecutedByAllAndAnsweredByNone)
     EXPECT_EQ("01 03 06 00 01 00 02 FF FF BC C5", reply("01 03 00 0A 00 03 25 C9"));
 }
 
-TEST_F(Served, AStationThatIsNotThereDoesNotAnswer)
+TEST_F(Served, AbsentStationDoesNotReply)
 {
     EXPECT_EQ("", reply("03 03 00 00 00 01 85 E8"));
     EXPECT_EQ("01 03 02 00 00 B8 44", reply("01 03 00 00 00 01 84 0A"));
 }
 
-TEST_F(Served, WhatTheDeviceCannotDoIsRefused)
+TEST_F(Served, RequestOutsideTheDevicesLimitsIsRefused)
 {
     EXPECT_EQ("01 81 01 81 90", reply("01 01 00 00 00 08 3D CC")); // reads coils
     EXPECT_EQ("01 83 02 C0 F1", reply("01 03 FF FF 00 02 C4 2F")); // past the last register
@@ -119,7 +119,7 @@ TEST_F(Served, WhatTheDeviceCannotDoIsRefused)
 
 // Requests by pymodbus' messages 43 (device identification), 7 and 22, answers by its
 // ExceptionResponse.
-TEST_F(Served, AFunctionThatTheDeviceDoesNotHaveIsRefusedWhateverItsDataAre)
+TEST_F(Served, UnknownFunctionIsRefusedWhateverItsData)
 {
     EXPECT_EQ("01 AB 01 9E F0", reply("01 2B 0E 01 00 70 77"));
     EXPECT_EQ("01 87 01 82 30", reply("01 07 41 E2"));
@@ -127,13 +127,13 @@ TEST_F(Served, AFunctionThatTheDeviceDoesNotHaveIsRefusedWhateverItsDataAre)
     EXPECT_EQ("01 06 0B B9 04 D2 D8 96", reply("01 06 0B B9 04 D2 D8 96"));
 }
 
-TEST_F(Served, ABroadcastOfAFunctionThatIsNotThereIsAnsweredByNone)
+TEST_F(Served, BroadcastOfUnknownFunctionHasNoReply)
 {
     EXPECT_EQ("", reply("00 2B 0E 01 00 4D B7"));
     EXPECT_EQ("01 06 0B B9 04 D2 D8 96", reply("01 06 0B B9 04 D2 D8 96"));
 }
 
-TEST_F(Served, ARequestThatIsRefusedLeavesNothingBehind)
+TEST_F(Served, RefusedRequestLeavesNoBytesBehind)
 {
     reply("01 03 00 00 00 7E C5 EA");
     EXPECT_EQ("01 06 0B B9 04 D2 D8 96", reply("01 06 0B B9 04 D2 D8 96"));

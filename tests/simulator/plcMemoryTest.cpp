@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-TEST(PlcMemory, ACoilIsABitOfItsWord)
+TEST(PlcMemory, CoilIsABitOfItsRegister)
 {
     struct
     {
@@ -25,7 +25,7 @@ TEST(PlcMemory, ACoilIsABitOfItsWord)
     }
 }
 
-TEST(PlcMemory, AWordIsItsSixteenCoils)
+TEST(PlcMemory, RegisterIsItsSixteenCoils)
 {
     PlcMemory memory;
     memory.setHoldingRegister(3002, 0x8005);
@@ -35,7 +35,7 @@ TEST(PlcMemory, AWordIsItsSixteenCoils)
     EXPECT_FALSE(memory.coil(3048));
 }
 
-TEST(PlcMemory, AWordWithoutCoilsTouchesNoMarker)
+TEST(PlcMemory, OutputRegisterWithoutCoilsChangesNoMarker)
 {
     PlcMemory memory;
     memory.setHoldingRegister(187, 0xFFFF); // coils 2992 to 2999 are its low half
@@ -45,7 +45,7 @@ TEST(PlcMemory, AWordWithoutCoilsTouchesNoMarker)
     EXPECT_EQ(0, memory.holdingRegister(3000));
 }
 
-TEST(PlcMemory, ACoilLeavesTheOtherBitsOfItsWordAlone)
+TEST(PlcMemory, WritingACoilKeepsTheOtherBitsOfItsRegister)
 {
     PlcMemory memory;
     memory.setHoldingRegister(3000, 0xF0F0);
@@ -54,7 +54,7 @@ TEST(PlcMemory, ACoilLeavesTheOtherBitsOfItsWordAlone)
     EXPECT_EQ(0x70F1, memory.holdingRegister(3000));
 }
 
-TEST(PlcMemory, AnInputBitIsABitOfAnInputRegister)
+TEST(PlcMemory, InputBitIsABitOfItsInputRegister)
 {
     PlcMemory memory;
     memory.setInputRegister(4, 0x0100);
@@ -63,7 +63,7 @@ TEST(PlcMemory, AnInputBitIsABitOfAnInputRegister)
     EXPECT_EQ(0x0001, memory.inputRegister(4));
 }
 
-TEST(PlcMemory, InputsAndOutputsAreApart)
+TEST(PlcMemory, InputAndHoldingRegistersAreSeparate)
 {
     PlcMemory memory;
     memory.setInputRegister(0, 7);

@@ -4,7 +4,7 @@
 
 #include <sstream>
 
-TEST(PlcStations, OnlyThoseNamedAreThere)
+TEST(PlcStations, OnlyNamedStationsExist)
 {
     PlcStations stations({3, 247});
     EXPECT_NE(nullptr, stations.find(3));
@@ -12,7 +12,7 @@ TEST(PlcStations, OnlyThoseNamedAreThere)
     EXPECT_EQ(nullptr, stations.find(1));
 }
 
-TEST(PlcStations, ASignalMovesItsPlaceInBothViews)
+TEST(PlcStations, SignalChangesBothViewsOfItsPlace)
 {
     PlcStations stations({1, 2});
     stations.apply({{1, AREA_IW, 2}, 11});
@@ -32,7 +32,7 @@ TEST(PlcStations, ASignalMovesItsPlaceInBothViews)
     EXPECT_EQ(1, second.holdingRegister(1));
 }
 
-TEST(PlcStations, TheDumpNamesEveryWordThatIsNotZero)
+TEST(PlcStations, DumpListsEveryWordThatIsNotZero)
 {
     PlcStations stations({2, 1});
     stations.find(1)->setHoldingRegister(2999, 5);

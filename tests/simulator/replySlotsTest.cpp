@@ -2,14 +2,14 @@
 
 #include <gtest/gtest.h>
 
-TEST(ReplySlots, AReplyStartsWhenItIsReady)
+TEST(ReplySlots, ReplyStartsWhenReadyOnAFreeLine)
 {
     ReplySlots slots;
     EXPECT_EQ(100, slots.take(1, 100, 10));
     EXPECT_EQ(150, slots.take(1, 150, 10));
 }
 
-TEST(ReplySlots, AStationsRepliesKeepTheirOrder)
+TEST(ReplySlots, RepliesOfOneStationKeepTheirOrder)
 {
     ReplySlots slots;
     slots.take(1, 100, 10);
@@ -18,16 +18,16 @@ TEST(ReplySlots, AStationsRepliesKeepTheirOrder)
     EXPECT_EQ(120, slots.take(1, 119, 10));
 }
 
-TEST(ReplySlots, AnotherStationGoesAheadOfALateReply)
+TEST(ReplySlots, AnotherStationOvertakesALateReply)
 {
     ReplySlots slots;
     slots.take(1, 100, 10);
     EXPECT_EQ(50, slots.earliest(2, 50));
     EXPECT_EQ(50, slots.take(2, 50, 10));
-    EXPECT_EQ(90, slots.take(2, 90, 10)); // is over as the late one starts
+    EXPECT_EQ(90, slots.take(2, 90, 10)); // ends when the late reply starts
 }
 
-TEST(ReplySlots, AReplyThatDoesNotFitAheadGoesBehind)
+TEST(ReplySlots, ReplyTooLongForAGapGoesBehind)
 {
     ReplySlots slots;
     slots.take(1, 100, 10);
@@ -37,7 +37,7 @@ TEST(ReplySlots, AReplyThatDoesNotFitAheadGoesBehind)
     EXPECT_EQ(80, slots.take(4, 80, 20));
 }
 
-TEST(ReplySlots, RepliesThatTakeNoTimeAreInNobodysWay)
+TEST(ReplySlots, RepliesWithoutDurationBlockNoOther)
 {
     ReplySlots slots;
     EXPECT_EQ(100, slots.take(1, 100, 0));
@@ -46,7 +46,7 @@ TEST(ReplySlots, RepliesThatTakeNoTimeAreInNobodysWay)
     EXPECT_EQ(90, slots.take(3, 90, 20));
 }
 
-TEST(ReplySlots, EveryoneMayBeHeldUp)
+TEST(ReplySlots, HoldEveryoneDelaysAllStations)
 {
     ReplySlots slots;
     slots.holdEveryone(200);
@@ -56,7 +56,7 @@ TEST(ReplySlots, EveryoneMayBeHeldUp)
     EXPECT_EQ(300, slots.take(2, 300, 10));
 }
 
-TEST(ReplySlots, WhatIsOverIsForgotten)
+TEST(ReplySlots, PastReservationsAreForgotten)
 {
     ReplySlots slots;
     slots.take(1, 100, 10);
@@ -66,7 +66,7 @@ TEST(ReplySlots, WhatIsOverIsForgotten)
     EXPECT_EQ(105, slots.take(3, 105, 5));
 }
 
-TEST(ReplySlots, AClearedLineIsFreeForAll)
+TEST(ReplySlots, ClearFreesTheLine)
 {
     ReplySlots slots;
     slots.take(1, 100, 10);

@@ -31,7 +31,7 @@ std::string taken(RequestCutter& cutter)
 TEST(RequestCutter, TakesAWholeRequestOfEachFunction)
 {
     const char* const rows[] = {
-        // pymodbus 3.0's RTU framer, as those above
+        // pymodbus 3.0's RTU framer
         "01 01 00 00 00 08 3D CC", "01 02 00 00 00 08 79 CC", READ,        READ_INPUT,
         "01 05 0B C9 FF 00 5E 20", "01 06 0B B9 04 D2 D8 96", WRITE_WORDS, WRITE_BITS,
     };
@@ -57,7 +57,7 @@ TEST(RequestCutter, WaitsForTheRestOfARequest)
     EXPECT_EQ(0, cutter.badFrames());
 }
 
-TEST(RequestCutter, KnowsWhenARequestsFirstAndLastByteCame)
+TEST(RequestCutter, ReportsTimesOfFirstAndLastByte)
 {
     RequestCutter cutter;
     add(cutter, "01 03 0B", 1000);
@@ -69,7 +69,7 @@ TEST(RequestCutter, KnowsWhenARequestsFirstAndLastByteCame)
     EXPECT_EQ(3000, request->lastByteAt);
 }
 
-TEST(RequestCutter, CutsRequestsThatAreGluedTogether)
+TEST(RequestCutter, SplitsRequestsReadTogether)
 {
     RequestCutter cutter;
     add(cutter, std::string(READ) + " " + WRITE_WORDS + " 11 04", 1000);
@@ -91,7 +91,7 @@ TEST(RequestCutter, DropsGarbageAheadOfARequest)
     EXPECT_EQ(1, cutter.badFrames());
 }
 
-TEST(RequestCutter, AnyByteAheadOfARequestIsOvercome)
+TEST(RequestCutter, FindsARequestBehindAnyStrayByte)
 {
     for (unsigned value = 0; value < 256; ++value) {
         RequestCutter cutter;
@@ -106,7 +106,7 @@ TEST(RequestCutter, AnyByteAheadOfARequestIsOvercome)
     }
 }
 
-TEST(RequestCutter, TakesTheGoodRequestBehindOneWithABadChecksum)
+TEST(RequestCutter, FindsARequestBehindABadChecksum)
 {
     RequestCutter cutter;
     add(cutter, std::string("01 03 0B B8 00 01 06 0C ") + READ_INPUT);
@@ -133,7 +133,7 @@ TEST(RequestCutter, SilenceEndsAPartialRequest)
     EXPECT_EQ(1, cutter.badFrames());
 }
 
-TEST(RequestCutter, ARequestOfAnotherFunctionEndsWithTheSilence)
+TEST(RequestCutter, UnknownFunctionEndsWithTheSilence)
 {
     for (const char* row : {IDENTIFICATION, STATUS, MASKED_WRITE}) {
         RequestCutter cutter;
@@ -146,7 +146,7 @@ TEST(RequestCutter, ARequestOfAnotherFunctionEndsWithTheSilence)
     }
 }
 
-TEST(RequestCutter, ARequestOfAnotherFunctionNeedsItsChecksum)
+TEST(RequestCutter, UnknownFunctionNeedsAGoodChecksum)
 {
     RequestCutter cutter;
     std::string damaged = IDENTIFICATION;
@@ -157,7 +157,7 @@ TEST(RequestCutter, ARequestOfAnotherFunctionNeedsItsChecksum)
     EXPECT_EQ(1, cutter.badFrames());
 }
 
-TEST(RequestCutter, AWholeRequestBehindOneOfAnotherFunctionDoesNotWait)
+TEST(RequestCutter, RequestBehindUnknownFunctionDoesNotWaitForSilence)
 {
     RequestCutter cutter;
     add(cutter, std::string(IDENTIFICATION) + " " + READ);
@@ -165,7 +165,7 @@ TEST(RequestCutter, AWholeRequestBehindOneOfAnotherFunctionDoesNotWait)
     EXPECT_EQ(1, cutter.badFrames());
 }
 
-TEST(RequestCutter, ChatterWithoutASilenceIsNotHeldForEver)
+TEST(RequestCutter, EndlessNoiseWithoutSilenceIsDropped)
 {
     RequestCutter cutter;
     for (int i = 0; i < 1000; ++i)
@@ -176,7 +176,7 @@ TEST(RequestCutter, ChatterWithoutASilenceIsNotHeldForEver)
     EXPECT_EQ(READ, taken(cutter));
 }
 
-TEST(RequestCutter, SilenceFreesARequestBehindAPretendedLongOne)
+TEST(RequestCutter, SilenceFreesARequestBehindAFalseLongHeader)
 {
     RequestCutter cutter;
     add(cutter, std::string("01 10 00 00 00 64 C8 ") + READ); // promises 200 more bytes
@@ -186,7 +186,7 @@ TEST(RequestCutter, SilenceFreesARequestBehindAPretendedLongOne)
     EXPECT_EQ("none", taken(cutter));
 }
 
-TEST(RequestCutter, EachRunOfBadBytesIsCountedOnce)
+TEST(RequestCutter, EachRunOfBadBytesCountsOnce)
 {
     RequestCutter cutter;
     for (int run = 0; run < 3; ++run) {
@@ -196,7 +196,7 @@ TEST(RequestCutter, EachRunOfBadBytesIsCountedOnce)
     EXPECT_EQ(3, cutter.badFrames());
 }
 
-TEST(RequestCutter, ANewConnectionStartsFromNothing)
+TEST(RequestCutter, ResetDropsHeldBytes)
 {
     RequestCutter cutter;
     add(cutter, "01 10 00 00 00 64 C8");

@@ -14,21 +14,21 @@ std::vector<std::string> textsOf(const std::vector<OutgoingPiece>& pieces)
 
 } // namespace
 
-TEST_F(HandledRequests, AnUnpacedReplyIsDueAtOnce)
+TEST_F(HandledRequests, UnpacedReplyIsDueAtOnce)
 {
     expectOne(handle(WRITE, 5 * MS), WRITE, 5 * MS);
     EXPECT_EQ(1, handler().counts().requests);
     EXPECT_EQ(1, handler().counts().replies);
 }
 
-TEST_F(HandledRequests, APacedReplyIsDueAfterRequestTurnaroundAndReply)
+TEST_F(HandledRequests, PacedReplyIsDueAfterRequestTurnaroundAndReply)
 {
     m_line.baud = 10000; // a byte takes 1 ms
     m_line.turnaroundNs = 3 * MS;
     expectOne(handle(WRITE, 100 * MS), WRITE, (100 + 8 + 3 + 8) * MS);
 }
 
-TEST_F(HandledRequests, AReplyQueuesBehindTheOneBefore)
+TEST_F(HandledRequests, ReplyQueuesBehindADelayedReply)
 {
     m_line.baud = 10000;
     m_faults.exchanges = 1;
@@ -40,7 +40,7 @@ TEST_F(HandledRequests, AReplyQueuesBehindTheOneBefore)
     EXPECT_EQ(1, handler().counts().faults[FAULT_DELAY]);
 }
 
-TEST_F(HandledRequests, ADelayedReplyHoldsUpThoseOfOtherStations)
+TEST_F(HandledRequests, DelayedReplyHoldsUpOtherStations)
 {
     m_faults.exchanges = 1;
     m_faults.delayNs = 700 * MS;
@@ -51,7 +51,7 @@ TEST_F(HandledRequests, ADelayedReplyHoldsUpThoseOfOtherStations)
     expectOne(handle(other, 800 * MS), other, 800 * MS);
 }
 
-TEST_F(HandledRequests, ABroadcastIsExecutedWithoutAReply)
+TEST_F(HandledRequests, BroadcastIsExecutedWithoutReply)
 {
     EXPECT_TRUE(handle(BROADCAST, 0).empty());
     EXPECT_EQ(77, m_stations.find(1)->holdingRegister(200));
@@ -61,7 +61,7 @@ TEST_F(HandledRequests, ABroadcastIsExecutedWithoutAReply)
     EXPECT_FALSE(handler().nextServiceAt()); // nothing is left to do later
 }
 
-TEST_F(HandledRequests, ADroppedReplysRequestIsExecuted)
+TEST_F(HandledRequests, RequestOfADroppedReplyIsExecuted)
 {
     always(FAULT_DROP);
     EXPECT_TRUE(handle(WRITE, 0).empty());
@@ -70,7 +70,7 @@ TEST_F(HandledRequests, ADroppedReplysRequestIsExecuted)
     EXPECT_EQ(0, handler().counts().replies);
 }
 
-TEST_F(HandledRequests, ADroppedRequestIsNotExecuted)
+TEST_F(HandledRequests, DroppedRequestIsNotExecuted)
 {
     always(FAULT_DROP_REQUEST);
     EXPECT_TRUE(handle(WRITE, 0).empty());
@@ -78,7 +78,7 @@ TEST_F(HandledRequests, ADroppedRequestIsNotExecuted)
     EXPECT_EQ(1, handler().counts().faults[FAULT_DROP_REQUEST]);
 }
 
-TEST_F(HandledRequests, ARefusedRequestIsNotExecuted)
+TEST_F(HandledRequests, RefusedRequestIsNotExecuted)
 {
     always(FAULT_EXCEPTION);
     expectOne(handle(READ, 0), BUSY, 0);
@@ -86,7 +86,7 @@ TEST_F(HandledRequests, ARefusedRequestIsNotExecuted)
     EXPECT_EQ(0, marker());
 }
 
-TEST_F(HandledRequests, ASilentStationExecutesNothing)
+TEST_F(HandledRequests, SilentStationExecutesNothing)
 {
     m_faults.silentStations = {{1, 1.0}};
     EXPECT_TRUE(handle(WRITE, 0).empty());
@@ -94,7 +94,7 @@ TEST_F(HandledRequests, ASilentStationExecutesNothing)
     EXPECT_EQ(1, handler().counts().silent);
 }
 
-TEST_F(HandledRequests, ASilentStationExecutesNoBroadcast)
+TEST_F(HandledRequests, SilentStationExecutesNoBroadcast)
 {
     m_faults.silentStations = {{1, 1.0}};
     handle(BROADCAST, 0);
@@ -102,7 +102,7 @@ TEST_F(HandledRequests, ASilentStationExecutesNoBroadcast)
     EXPECT_EQ(77, m_stations.find(2)->holdingRegister(200));
 }
 
-TEST_F(HandledRequests, AStationIsSilentInItsShareOfTheExchanges)
+TEST_F(HandledRequests, SilentStationIgnoresItsShareOfTheExchanges)
 {
     m_faults.silentStations = {{1, 0.25}};
     int answered = 0;
@@ -112,7 +112,7 @@ TEST_F(HandledRequests, AStationIsSilentInItsShareOfTheExchanges)
     EXPECT_EQ(10000 - answered, handler().counts().silent);
 }
 
-TEST_F(HandledRequests, SilencesTakeTheirShareOfAnyOtherFault)
+TEST_F(HandledRequests, SilenceReplacesAnyOtherFault)
 {
     m_faults.silentStations = {{1, 0.25}};
     m_faults.rates[FAULT_DROP] = 0.25;
@@ -123,7 +123,7 @@ TEST_F(HandledRequests, SilencesTakeTheirShareOfAnyOtherFault)
 }
 
 // The faults are of kinds whose bytes are not random, so that each shows by its bytes alone.
-TEST_F(HandledRequests, SilencesLeaveTheFaultsOfTheOtherExchangesWhereTheyAre)
+TEST_F(HandledRequests, SilentExchangesDoNotShiftOtherFaults)
 {
     m_faults.rates[FAULT_DROP] = 0.25;
     m_faults.rates[FAULT_DUPLICATE] = 0.25;
@@ -141,7 +141,7 @@ TEST_F(HandledRequests, SilencesLeaveTheFaultsOfTheOtherExchangesWhereTheyAre)
     EXPECT_NEAR(500, double(handler().counts().silent), 80); // sqrt(1000 * 0.5 * 0.5) = 16
 }
 
-TEST_F(HandledRequests, ASilenceIsOneOfTheFaultExchanges)
+TEST_F(HandledRequests, SilentExchangeCountsAsAFaultExchange)
 {
     m_faults.silentStations = {{1, 1.0}};
     m_faults.exchanges = 2;
@@ -151,14 +151,14 @@ TEST_F(HandledRequests, ASilenceIsOneOfTheFaultExchanges)
     EXPECT_EQ(2, handler().counts().silent);
 }
 
-TEST_F(HandledRequests, AStationThatIsNotHereIsCountedAsForeign)
+TEST_F(HandledRequests, RequestToAnAbsentStationCountsAsForeign)
 {
     EXPECT_TRUE(handle("03 03 00 00 00 01 85 E8", 0).empty());
     EXPECT_EQ(1, handler().counts().foreign);
     EXPECT_EQ(0, handler().counts().replies);
 }
 
-TEST_F(HandledRequests, TheSilenceRunsFromTheReplysEndToTheNextRequest)
+TEST_F(HandledRequests, SilenceRunsFromReplyEndToNextRequest)
 {
     m_line.baud = 10000;
     handle(READ, 100 * MS);
@@ -168,7 +168,7 @@ TEST_F(HandledRequests, TheSilenceRunsFromTheReplysEndToTheNextRequest)
     EXPECT_EQ(4 * MS, handler().silences().quantile(0));
 }
 
-TEST_F(HandledRequests, AfterABroadcastTheSilenceRunsFromItsEndOnTheWire)
+TEST_F(HandledRequests, SilenceAfterABroadcastRunsFromItsEndOnTheWire)
 {
     m_line.baud = 10000;
     handle(BROADCAST, 0);
@@ -176,7 +176,7 @@ TEST_F(HandledRequests, AfterABroadcastTheSilenceRunsFromItsEndOnTheWire)
     EXPECT_EQ(100 * MS, handler().silences().quantile(0));
 }
 
-TEST_F(HandledRequests, ANewHostFindsAFreeLine)
+TEST_F(HandledRequests, LineResetFreesTheLine)
 {
     m_line.baud = 10000;
     m_faults.delayNs = 60000 * MS;

@@ -14,8 +14,8 @@
 #include <string>
 #include <vector>
 
-/// A line in memory. Each step of its hosts follows an event of the loop that serves it, so that
-/// nothing waits longer than the loop does. A loop that does nothing for 10 s is stopped.
+/// A line in memory. Each step of its hosts follows a call of the loop, so that a test waits no
+/// longer than the loop does. A loop that runs for 10 s is stopped: it would hang instead of fail.
 class ScriptedLine : public LineEnd
 {
 public:

@@ -31,7 +31,7 @@ std::string troubleOf(const std::string& device, int baud)
 
 } // namespace
 
-TEST(SerialPort, IsSetToTheBaudRateThatIsAskedFor)
+TEST(SerialPort, IsSetToTheGivenBaudRate)
 {
     struct
     {
@@ -73,7 +73,7 @@ TEST(SerialPort, BytesPassUnchangedBothWays)
     EXPECT_EQ(REQUEST, hexOf(terminal.received()));
 }
 
-TEST(SerialPort, BytesFromBeforeItWasOpenedAreDiscarded)
+TEST(SerialPort, OpeningDiscardsEarlierBytes)
 {
     TerminalPair terminal;
     terminal.send(bytesOf("0A"));
@@ -82,7 +82,7 @@ TEST(SerialPort, BytesFromBeforeItWasOpenedAreDiscarded)
     EXPECT_EQ(REQUEST, hexOf(port->receive()));
 }
 
-TEST(SerialPort, AnUnpluggedAdapterIsALostLink)
+TEST(SerialPort, UnpluggedAdapterIsALostLink)
 {
     TerminalPair terminal;
     const std::unique_ptr<LineEnd> port = portAt(terminal.path(), 9600);
@@ -91,7 +91,7 @@ TEST(SerialPort, AnUnpluggedAdapterIsALostLink)
     EXPECT_THROW(port->send({1}), LinkError);
 }
 
-TEST(SerialPort, WhatCannotBeOpenedIsNamedWithTheReason)
+TEST(SerialPort, OpeningFailureNamesDeviceAndReason)
 {
     const TerminalPair terminal;
     EXPECT_EQ(terminal.path() + ": 12345 baud is no rate of serial ports",

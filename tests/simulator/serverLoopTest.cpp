@@ -23,7 +23,7 @@ std::int64_t nanosecondsNow()
     return std::chrono::nanoseconds(std::chrono::steady_clock::now().time_since_epoch()).count();
 }
 
-/// A loop that serves station 1; a test makes its settings and its hosts' steps first.
+/// A loop that serves station 1. A test sets the line and the hosts' steps before run().
 class ServedLine : public ::testing::Test
 {
 protected:
@@ -37,7 +37,7 @@ protected:
         m_loop->run(m_line.stopRequested(), mask, false);
         EXPECT_FALSE(m_line.timedOut);
     }
-    /// What another host than the first one got.
+    /// What the second host received.
     Texts sentToTheSecondHost() const
     {
         Texts all;
@@ -59,7 +59,7 @@ protected:
 
 // The reply of 8 bytes is on the wire for 267 ms after it was handed to the serial port, and the
 // next request comes at once: a silence that counts from any earlier moment is too long by that.
-TEST_F(ServedLine, SilenceRunsFromTheReplysLastByteOnTheWire)
+TEST_F(ServedLine, SilenceStartsAfterTheLastReplyByteOnTheWire)
 {
     m_settings.baud = 300;
     m_settings.isSerialPort = true;
@@ -78,7 +78,7 @@ TEST_F(ServedLine, SilenceRunsFromTheReplysLastByteOnTheWire)
 }
 
 // The reply to the first host waits for its turnaround when the second host comes.
-TEST_F(ServedLine, ANewHostGetsNoReplyToTheHostBefore)
+TEST_F(ServedLine, NewHostGetsNoReplyOfThePreviousHost)
 {
     m_settings.turnaroundNs = 5 * MS;
     m_line.hostSends(WRITE);
@@ -95,7 +95,7 @@ TEST_F(ServedLine, ANewHostGetsNoReplyToTheHostBefore)
     EXPECT_EQ(1234, m_stations.find(1)->holdingRegister(3001));
 }
 
-TEST_F(ServedLine, ANewHostsRequestIsNotJoinedToHalfARequestOfTheHostBefore)
+TEST_F(ServedLine, NewHostDropsHalfARequestOfThePreviousHost)
 {
     m_line.hostSends("01 10 00 00 00 64 C8"); // 202 more bytes would follow
     m_line.afterReceive = [this] {
@@ -111,7 +111,7 @@ TEST_F(ServedLine, ANewHostsRequestIsNotJoinedToHalfARequestOfTheHostBefore)
     EXPECT_EQ(0, m_loop->badFrames());
 }
 
-TEST_F(ServedLine, AheadOfANewHostsFirstRequestThereIsNoSilence)
+TEST_F(ServedLine, NoSilenceIsMeasuredAheadOfANewHost)
 {
     m_line.hostSends(WRITE);
     m_line.afterAccept = [this] { m_line.hostSends(READ); };
@@ -125,7 +125,7 @@ TEST_F(ServedLine, AheadOfANewHostsFirstRequestThereIsNoSilence)
     EXPECT_EQ(2u, m_loop->lateness().count());
 }
 
-TEST_F(ServedLine, TheReportOfARunHasItsCountsSilencesAndLateness)
+TEST_F(ServedLine, ReportHasCountsSilencesAndLateness)
 {
     m_line.hostSends(WRITE);
     m_line.afterSend = [this] {

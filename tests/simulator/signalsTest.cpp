@@ -30,7 +30,7 @@ std::vector<int> valuesOf(const Signal& signal, int milliseconds)
 
 } // namespace
 
-TEST(Signals, ARampClimbsToItsAmplitudeAndStartsAgain)
+TEST(Signals, RampClimbsToItsAmplitudeAndRestarts)
 {
     const std::vector<int> values = valuesOf(signalOf(SIGNAL_RAMP, 100, 99), 300);
     int restarts = 0;
@@ -41,7 +41,7 @@ TEST(Signals, ARampClimbsToItsAmplitudeAndStartsAgain)
     EXPECT_EQ(3, restarts);
 }
 
-TEST(Signals, ASineSwingsBothWaysInTwosComplement)
+TEST(Signals, SineIsSignedInTwosComplement)
 {
     std::set<int> seen;
     for (const int value : valuesOf(signalOf(SIGNAL_SINE, 400, 1000), 400))
@@ -51,7 +51,7 @@ TEST(Signals, ASineSwingsBothWaysInTwosComplement)
     EXPECT_EQ(1u, seen.count(0));
 }
 
-TEST(Signals, AToggleSpendsHalfOfItsPeriodOnEachSide)
+TEST(Signals, ToggleIsOnForHalfItsPeriod)
 {
     std::map<int, int> times;
     for (const int value : valuesOf(signalOf(SIGNAL_TOGGLE, 100, 5), 300))
@@ -59,7 +59,7 @@ TEST(Signals, AToggleSpendsHalfOfItsPeriodOnEachSide)
     EXPECT_EQ((std::map<int, int>{{0, 150}, {5, 150}}), times);
 }
 
-TEST(Signals, ACounterGoesUpOnceAPeriodAndWrapsAtItsAmplitude)
+TEST(Signals, CounterCountsPeriodsAndWrapsAboveItsAmplitude)
 {
     std::vector<int> steps;
     for (const int value : valuesOf(signalOf(SIGNAL_COUNTER, 10, 2), 100)) {
@@ -70,7 +70,7 @@ TEST(Signals, ACounterGoesUpOnceAPeriodAndWrapsAtItsAmplitude)
         EXPECT_EQ(int(i % 3), steps[i]) << i;
 }
 
-TEST(Signals, AValueThatStaysIsNotRepeated)
+TEST(Signals, UnchangedValueIsNotRepeated)
 {
     SignalSet set({signalOf(SIGNAL_COUNTER, 1000, 65535)}, 1);
     EXPECT_EQ(1u, set.changes(0).size());
@@ -78,7 +78,7 @@ TEST(Signals, AValueThatStaysIsNotRepeated)
     EXPECT_EQ(1u, set.changes(1000).size());
 }
 
-TEST(Signals, ASeedDecidesThePhases)
+TEST(Signals, TheSeedDecidesThePhases)
 {
     const std::vector<Signal> signals(8, signalOf(SIGNAL_RAMP, 10000, 9999));
     SignalSet first(signals, 1);
@@ -98,7 +98,7 @@ TEST(Signals, ASeedDecidesThePhases)
     EXPECT_GT(differences, 6);
 }
 
-TEST(Signals, TheDemoSetShowsEveryKindOnEachStationWithoutOverlap)
+TEST(Signals, DemoSignalsHaveEveryKindOnEachStationWithoutOverlap)
 {
     std::map<int, std::set<SignalKind>> kinds;
     std::set<std::pair<int, int>> inputWords;
@@ -118,7 +118,7 @@ TEST(Signals, TheDemoSetShowsEveryKindOnEachStationWithoutOverlap)
         EXPECT_EQ(std::size_t(SIGNAL_KINDS), kinds[station].size()) << station;
 }
 
-TEST(SignalText, NamesPlaceKindPeriodAndAmplitude)
+TEST(SignalText, AllFieldsAreParsed)
 {
     Signal signal;
     EXPECT_EQ("", parseSignal("247:MW:3007:sine:2500:300", signal));
@@ -141,7 +141,7 @@ TEST(SignalText, PeriodAndAmplitudeHaveDefaultsByKind)
     EXPECT_EQ(1, signal.amplitude);
 }
 
-TEST(SignalText, WhatIsWrongIsNamed)
+TEST(SignalText, ErrorNamesTheWrongField)
 {
     struct
     {

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-TEST(SilenceMeter, MeasuresFromAFramesEndToTheNextRequestsStart)
+TEST(SilenceMeter, MeasuresFromFrameEndToNextRequestStart)
 {
     SilenceMeter meter;
     meter.frameEnded(1000);
@@ -11,7 +11,7 @@ TEST(SilenceMeter, MeasuresFromAFramesEndToTheNextRequestsStart)
     EXPECT_EQ(1750, meter.silences().quantile(0.5));
 }
 
-TEST(SilenceMeter, AheadOfTheFirstFrameThereIsNothingToMeasure)
+TEST(SilenceMeter, MeasuresNothingAheadOfTheFirstFrame)
 {
     SilenceMeter meter;
     meter.requestBegan(2750);
@@ -19,7 +19,7 @@ TEST(SilenceMeter, AheadOfTheFirstFrameThereIsNothingToMeasure)
     EXPECT_EQ(0, meter.silences().quantile(0));
 }
 
-TEST(SilenceMeter, ARequestWithoutAReplyEndsAFrameToo)
+TEST(SilenceMeter, MeasuresFromTheEndOfAnUnansweredRequest)
 {
     SilenceMeter meter;
     meter.requestBegan(0);
@@ -28,7 +28,7 @@ TEST(SilenceMeter, ARequestWithoutAReplyEndsAFrameToo)
     EXPECT_EQ(4200, meter.silences().quantile(0));
 }
 
-TEST(SilenceMeter, ARequestThatCutsInIsBelowZero)
+TEST(SilenceMeter, OverlappingRequestIsANegativeSilence)
 {
     SilenceMeter meter;
     meter.frameEnded(5000);
@@ -36,7 +36,7 @@ TEST(SilenceMeter, ARequestThatCutsInIsBelowZero)
     EXPECT_EQ(-1000, meter.silences().quantile(0));
 }
 
-TEST(SilenceMeter, TheLatestEndCounts)
+TEST(SilenceMeter, MeasuresFromTheLatestFrameEnd)
 {
     SilenceMeter meter;
     meter.frameEnded(5000);
@@ -45,7 +45,7 @@ TEST(SilenceMeter, TheLatestEndCounts)
     EXPECT_EQ(1000, meter.silences().quantile(0));
 }
 
-TEST(SilenceMeter, ALostLineEndsTheMeasurement)
+TEST(SilenceMeter, MeasuresNothingAfterALineReset)
 {
     SilenceMeter meter;
     meter.frameEnded(5000);
@@ -54,7 +54,7 @@ TEST(SilenceMeter, ALostLineEndsTheMeasurement)
     EXPECT_EQ(0u, meter.silences().count());
 }
 
-TEST(Durations, AQuantileIsTheSmallestThatItsShareDoesNotExceed)
+TEST(Durations, QuantileIsTheSmallestDurationThatItsShareDoesNotExceed)
 {
     Durations durations;
     for (int i = 100; i >= 1; --i)

@@ -16,7 +16,7 @@ SimulatorOptions parsed(std::vector<std::string> words)
 
 } // namespace
 
-TEST(SimulatorOptions, WithoutAnyThereIsOneStationWithoutPacingOrFaults)
+TEST(SimulatorOptions, DefaultIsOneStationWithoutPacingOrFaults)
 {
     const SimulatorOptions options = parsed({});
     EXPECT_EQ(std::vector<int>{1}, options.stations);
@@ -26,7 +26,7 @@ TEST(SimulatorOptions, WithoutAnyThereIsOneStationWithoutPacingOrFaults)
     EXPECT_TRUE(options.signals.empty());
 }
 
-TEST(SimulatorOptions, StationsAreGivenSinglyAsAListOrAsARange)
+TEST(SimulatorOptions, StationsAreGivenSinglyInAListOrInARange)
 {
     const SimulatorOptions options =
         parsed({"--station", "9", "--station", "247,3", "--stations", "2-4"});
@@ -41,7 +41,7 @@ TEST(SimulatorOptions, EachFaultHasItsRate)
     }
 }
 
-TEST(SimulatorOptions, AStationIsSilentAlwaysOrInAShareOfTheExchanges)
+TEST(SimulatorOptions, SilentStationHasAShareOrIsAlwaysSilent)
 {
     const SimulatorOptions options =
         parsed({"--stations", "1-5", "--silent", "2", "--silent", "3:0.25,5:0"});
@@ -49,7 +49,7 @@ TEST(SimulatorOptions, AStationIsSilentAlwaysOrInAShareOfTheExchanges)
               options.faults.silentStations);
 }
 
-TEST(SimulatorOptions, ADuplicateComesAtOnceOrAfterATime)
+TEST(SimulatorOptions, DuplicateComesAtOnceOrAfterATime)
 {
     const FaultSettings atOnce = parsed({"--duplicate", "0.1"}).faults;
     EXPECT_EQ(0.1, atOnce.rates[FAULT_DUPLICATE]);
@@ -59,7 +59,7 @@ TEST(SimulatorOptions, ADuplicateComesAtOnceOrAfterATime)
     EXPECT_EQ(2500000, after.duplicateAfterNs);
 }
 
-TEST(SimulatorOptions, LateRepliesHaveAShareAndALongestLateness)
+TEST(SimulatorOptions, LateHasAShareAndALongestTime)
 {
     const FaultSettings faults = parsed({"--late", "0.25:60000"}).faults;
     EXPECT_EQ(0.25, faults.lateShare);
@@ -67,7 +67,7 @@ TEST(SimulatorOptions, LateRepliesHaveAShareAndALongestLateness)
     EXPECT_EQ(0, parsed({}).faults.lateShare);
 }
 
-TEST(SimulatorOptions, AStallComesOnceOrAgainAndAgain)
+TEST(SimulatorOptions, StallComesOnceOrPeriodically)
 {
     const StallSettings once = parsed({"--stall", "0.3"}).faults.stall;
     EXPECT_EQ(300000000, once.lengthNs);
@@ -84,20 +84,20 @@ TEST(SimulatorOptions, AStallComesOnceOrAgainAndAgain)
     EXPECT_EQ(0, parsed({}).faults.stall.lengthNs);
 }
 
-TEST(SimulatorOptions, ALineEchoesWhenItIsAskedTo)
+TEST(SimulatorOptions, EchoIsOffByDefault)
 {
     EXPECT_FALSE(parsed({}).echo);
     EXPECT_TRUE(parsed({"--echo"}).echo);
 }
 
-TEST(SimulatorOptions, TimesAreTurnedIntoNanoseconds)
+TEST(SimulatorOptions, TimesAreConvertedToNanoseconds)
 {
     const SimulatorOptions options = parsed({"--turnaround-us", "10000000", "--delay-ms", "60000"});
     EXPECT_EQ(10000000000, options.line.turnaroundNs);
     EXPECT_EQ(60000000000, options.faults.delayNs);
 }
 
-TEST(SimulatorOptions, ASerialPortHasABaudRateOfItsOwn)
+TEST(SimulatorOptions, SerialPortDefaultsTo38400Baud)
 {
     EXPECT_EQ(38400, parsed({"--serial", "/dev/ttyS0"}).line.baud);
     EXPECT_EQ(9600, parsed({"--serial", "/dev/ttyS0", "--baud", "9600"}).line.baud);
@@ -113,7 +113,7 @@ TEST(SimulatorOptions, RatesMayAddUpToOne)
     EXPECT_NO_THROW(parsed(words));
 }
 
-TEST(SimulatorOptions, WhatCannotBeIsAUsageError)
+TEST(SimulatorOptions, InvalidOptionsAreUsageErrors)
 {
     const std::vector<std::string> rows[] = {
         {"--station", "0"},
@@ -166,10 +166,10 @@ TEST(SimulatorOptions, WhatCannotBeIsAUsageError)
         {"--stall", "1e"},
         {"--stall", ""},
         {"--stall", "1:"},
-        {"--stall", "1:1"}, // leaves no time between
+        {"--stall", "1:1"}, // no time between stalls
         {"--stall", "2:1"},
         {"--stall", "1:3601"},
-        {"--stall-station", "1"}, // of no stall
+        {"--stall-station", "1"}, // without --stall
         {"--service-ms", "5"},
         {"--stall", "1", "--stall-station", "2"}, // is not served
         {"--stall", "1", "--stall-station", "0"},

@@ -14,7 +14,7 @@ StallSettings stalls(std::int64_t lengthMs, std::int64_t everyMs)
     return settings;
 }
 
-/// In milliseconds, of a PLC that has seen its first request at `firstMs`.
+/// goesOnAt() in milliseconds, after a first request at `firstMs`.
 std::int64_t goesOnAt(const StallSettings& settings, std::int64_t firstMs, std::int64_t atMs)
 {
     StallSchedule schedule(settings);
@@ -24,13 +24,13 @@ std::int64_t goesOnAt(const StallSettings& settings, std::int64_t firstMs, std::
 
 } // namespace
 
-TEST(StallSchedule, WithoutALengthThereIsNoStall)
+TEST(StallSchedule, NoStallWithoutALength)
 {
     for (const std::int64_t at : {0, 1000, 1001, 5000})
         EXPECT_EQ(at, goesOnAt(StallSettings(), 0, at));
 }
 
-TEST(StallSchedule, ASingleStallBeginsASecondAfterTheFirstRequest)
+TEST(StallSchedule, SingleStallStartsOneSecondAfterTheFirstRequest)
 {
     EXPECT_EQ(5999, goesOnAt(stalls(300, 0), 5000, 5999));
     EXPECT_EQ(6300, goesOnAt(stalls(300, 0), 5000, 6000));
@@ -40,7 +40,7 @@ TEST(StallSchedule, ASingleStallBeginsASecondAfterTheFirstRequest)
         EXPECT_EQ(at, goesOnAt(stalls(300, 0), 5000, at));
 }
 
-TEST(StallSchedule, StallsComeFromStartToStart)
+TEST(StallSchedule, PeriodicStallsAreTimedFromStartToStart)
 {
     for (const std::int64_t start : {12000, 14000, 16000, 1010000}) {
         EXPECT_EQ(start - 1, goesOnAt(stalls(500, 2000), 10000, start - 1));
@@ -52,7 +52,7 @@ TEST(StallSchedule, StallsComeFromStartToStart)
     EXPECT_EQ(10000, goesOnAt(stalls(500, 2000), 10000, 10000));
 }
 
-TEST(StallSchedule, TheFirstRequestStartsTheClockAndNoLaterOne)
+TEST(StallSchedule, OnlyTheFirstRequestStartsTheClock)
 {
     StallSchedule schedule(stalls(300, 0));
     EXPECT_EQ(9000 * MS, schedule.goesOnAt(9000 * MS));

@@ -43,7 +43,7 @@ protected:
 
 } // namespace
 
-TEST_F(StalledRequests, AreAnsweredInTheirOrderWhenTheStallEnds)
+TEST_F(StalledRequests, AreAnsweredInOrderAfterTheStall)
 {
     begin();
     expectHeld(READ_MARKER, 1000 * MS);
@@ -58,7 +58,7 @@ TEST_F(StalledRequests, AreAnsweredInTheirOrderWhenTheStallEnds)
     EXPECT_EQ(4, handler().counts().stalled);
 }
 
-TEST_F(StalledRequests, AreExecutedWhenTheyAreServed)
+TEST_F(StalledRequests, AreExecutedAfterTheStall)
 {
     begin();
     expectHeld(WRITE, 1000 * MS);
@@ -69,7 +69,7 @@ TEST_F(StalledRequests, AreExecutedWhenTheyAreServed)
     EXPECT_EQ(1234, marker());
 }
 
-TEST_F(StalledRequests, AreServedOneAfterTheOtherWhenEachTakesItsTime)
+TEST_F(StalledRequests, AreServedOneServiceTimeApart)
 {
     m_faults.stall.serviceNs = 50 * MS;
     begin();
@@ -85,7 +85,7 @@ TEST_F(StalledRequests, AreServedOneAfterTheOtherWhenEachTakesItsTime)
     EXPECT_EQ(3, handler().counts().stalled);
 }
 
-TEST_F(StalledRequests, OfOneStationLeaveTheOthersAlone)
+TEST_F(StalledRequests, OfOneStationDoNotDelayOtherStations)
 {
     m_faults.stall.station = 2;
     begin();
@@ -96,7 +96,7 @@ TEST_F(StalledRequests, OfOneStationLeaveTheOthersAlone)
     EXPECT_EQ(2, handler().counts().stalled);
 }
 
-TEST_F(StalledRequests, WaitBehindABroadcastAsOnTheLine)
+TEST_F(StalledRequests, KeepTheirOrderWithABroadcast)
 {
     begin();
     expectHeld(READ_ALL, 1000 * MS);
@@ -109,7 +109,7 @@ TEST_F(StalledRequests, WaitBehindABroadcastAsOnTheLine)
     EXPECT_EQ(2, handler().counts().stalled);
 }
 
-TEST_F(StalledRequests, ABroadcastIsExecutedLaterByTheStationThatStalls)
+TEST_F(StalledRequests, BroadcastIsExecutedLaterByTheStallingStation)
 {
     m_faults.stall.station = 2;
     begin();
@@ -119,10 +119,10 @@ TEST_F(StalledRequests, ABroadcastIsExecutedLaterByTheStationThatStalls)
     m_stations.find(1)->setHoldingRegister(200, 5);
     EXPECT_EQ(Texts{}, servedAt(1300 * MS));
     EXPECT_EQ(77, m_stations.find(2)->holdingRegister(200));
-    EXPECT_EQ(5, m_stations.find(1)->holdingRegister(200)); // not a second time
+    EXPECT_EQ(5, m_stations.find(1)->holdingRegister(200)); // not executed twice
 }
 
-TEST_F(StalledRequests, ASilentStationExecutesNoBroadcastAfterTheStallEither)
+TEST_F(StalledRequests, SilentStationExecutesNoBroadcastAfterTheStall)
 {
     m_faults.silentStations = {{1, 1.0}};
     begin();
@@ -134,7 +134,7 @@ TEST_F(StalledRequests, ASilentStationExecutesNoBroadcastAfterTheStallEither)
     EXPECT_EQ(0, marker());
 }
 
-TEST_F(StalledRequests, AReplyThatWouldStartInTheStallWaitsForItsEnd)
+TEST_F(StalledRequests, ReplyDueInTheStallStartsAtItsEnd)
 {
     m_line.turnaroundNs = 200 * MS;
     handle(READ_OTHER, 0);
@@ -145,7 +145,7 @@ TEST_F(StalledRequests, AReplyThatWouldStartInTheStallWaitsForItsEnd)
     EXPECT_EQ(Texts{MARKER_WRITTEN}, servedAt(1300 * MS));
 }
 
-TEST_F(StalledRequests, OnAPacedLineTheStallEndsWithTheStartOfAReply)
+TEST_F(StalledRequests, PacedReplyStartsAtTheEndOfTheStall)
 {
     m_line.baud = 10000; // a byte takes 1 ms
     handle(READ_OTHER, 0);
@@ -155,7 +155,7 @@ TEST_F(StalledRequests, OnAPacedLineTheStallEndsWithTheStartOfAReply)
     expectOne(pieces, WRITE, 1308 * MS);
 }
 
-TEST_F(StalledRequests, OfAHostThatIsGoneAreExecutedWithoutAReply)
+TEST_F(StalledRequests, OfAHostThatLeftAreExecutedWithoutReply)
 {
     begin();
     expectHeld(WRITE, 1000 * MS);
@@ -165,7 +165,7 @@ TEST_F(StalledRequests, OfAHostThatIsGoneAreExecutedWithoutAReply)
     EXPECT_EQ(1, handler().counts().stalled);
 }
 
-TEST_F(StalledRequests, HaveTheFaultsThatTheyWouldHave)
+TEST_F(StalledRequests, KeepTheFaultsDrawnWhenTheyCame)
 {
     m_faults.rates[FAULT_DROP] = 1;
     m_faults.exchanges = 2;
@@ -176,7 +176,7 @@ TEST_F(StalledRequests, HaveTheFaultsThatTheyWouldHave)
     EXPECT_EQ(2, handler().counts().faults[FAULT_DROP]);
 }
 
-TEST_F(StalledRequests, ARequestThatWasNeverSeenIsNotHeld)
+TEST_F(StalledRequests, DroppedRequestIsNotHeld)
 {
     always(FAULT_DROP_REQUEST);
     handle(WRITE, 0);
@@ -184,7 +184,7 @@ TEST_F(StalledRequests, ARequestThatWasNeverSeenIsNotHeld)
     EXPECT_FALSE(handler().nextServiceAt());
 }
 
-TEST_F(StalledRequests, TheOrderOfServiceChangesNoSpoiltByte)
+TEST_F(StalledRequests, OrderOfServiceChangesNoRandomByte)
 {
     always(FAULT_CORRUPT);
     m_faults.stall.station = 2;
@@ -205,7 +205,7 @@ TEST_F(StalledRequests, TheOrderOfServiceChangesNoSpoiltByte)
         for (const OutgoingPiece& piece : handler().handle(request))
             seen.insert(hexOf(piece.bytes));
     }
-    EXPECT_EQ(3u, seen.size()); // two of the stalling station wait
+    EXPECT_EQ(3u, seen.size()); // two requests to the stalling station wait
     for (const std::string& text : servedAt(1300 * MS))
         seen.insert(text);
     EXPECT_EQ(expected, seen);
