@@ -111,6 +111,16 @@ TEST_F(ServedLine, NewHostDropsHalfARequestOfThePreviousHost)
     EXPECT_EQ(0, m_loop->badFrames());
 }
 
+TEST_F(ServedLine, RepliesDueAtTheSameTimeKeepTheirOrder)
+{
+    m_line.hostSends(std::string(WRITE) + " " + READ);
+    m_line.afterSend = [this] {
+        if (m_line.sent.size() == 2) m_line.stop();
+    };
+    run();
+    EXPECT_EQ((Texts{std::string("1: ") + WRITE, std::string("1: ") + READ_REPLY}), m_line.sent);
+}
+
 TEST_F(ServedLine, NoSilenceIsMeasuredAheadOfANewHost)
 {
     m_line.hostSends(WRITE);

@@ -44,10 +44,10 @@ TEST(Signals, RampClimbsToItsAmplitudeAndRestarts)
 TEST(Signals, SineIsSignedInTwosComplement)
 {
     std::set<int> seen;
-    for (const int value : valuesOf(signalOf(SIGNAL_SINE, 400, 1000), 400))
+    for (const int value : valuesOf(signalOf(SIGNAL_SINE, 400, 999), 400))
         seen.insert(static_cast<std::int16_t>(value));
-    EXPECT_EQ(-1000, *seen.begin());
-    EXPECT_EQ(1000, *seen.rbegin());
+    EXPECT_EQ(-999, *seen.begin());
+    EXPECT_EQ(999, *seen.rbegin());
     EXPECT_EQ(1u, seen.count(0));
 }
 
@@ -116,6 +116,50 @@ TEST(Signals, DemoSignalsHaveEveryKindOnEachStationWithoutOverlap)
     EXPECT_EQ(inputs, inputWords.size());
     for (const int station : {1, 9})
         EXPECT_EQ(std::size_t(SIGNAL_KINDS), kinds[station].size()) << station;
+}
+
+TEST(Signals, DemoSignalsAreAtTheirDocumentedPlaces)
+{
+    using Row = std::tuple<Area, int, SignalKind>;
+    std::vector<Row> rows;
+    for (const Signal& signal : demoSignals({7})) {
+        EXPECT_EQ(7, signal.place.station);
+        rows.push_back({signal.place.area, signal.place.number, signal.kind});
+    }
+    const std::vector<Row> expected = {
+        {AREA_IW, 0, SIGNAL_RAMP},      {AREA_IW, 1, SIGNAL_SINE},
+        {AREA_IW, 2, SIGNAL_COUNTER},   {AREA_IX, 64, SIGNAL_TOGGLE},
+        {AREA_IX, 65, SIGNAL_TOGGLE},   {AREA_IX, 66, SIGNAL_TOGGLE},
+        {AREA_IX, 67, SIGNAL_TOGGLE},   {AREA_MW, 3000, SIGNAL_COUNTER},
+        {AREA_MX, 3160, SIGNAL_TOGGLE},
+    };
+    EXPECT_EQ(expected, rows);
+}
+
+TEST(SignalText, NumbersOfEachAreaHaveTheirLimits)
+{
+    struct
+    {
+        const char* area;
+        int first;
+        int last;
+        const char* kind;
+    } const rows[] = {
+        {"IW", 0, 65535, "ramp"},   {"QW", 0, 2999, "ramp"},   {"MW", 3000, 65535, "ramp"},
+        {"IX", 0, 65535, "toggle"}, {"QX", 0, 2999, "toggle"}, {"MX", 3000, 65535, "toggle"},
+    };
+    for (const auto& row : rows) {
+        const auto trouble = [&row](int number) {
+            Signal signal;
+            return parseSignal(std::string("1:") + row.area + ":" + std::to_string(number) + ":" +
+                                   row.kind,
+                               signal);
+        };
+        EXPECT_EQ("", trouble(row.first)) << row.area;
+        EXPECT_EQ("", trouble(row.last)) << row.area;
+        EXPECT_NE("", trouble(row.first - 1)) << row.area;
+        EXPECT_NE("", trouble(row.last + 1)) << row.area;
+    }
 }
 
 TEST(SignalText, AllFieldsAreParsed)

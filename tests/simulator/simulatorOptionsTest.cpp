@@ -113,29 +113,109 @@ TEST(SimulatorOptions, RatesMayAddUpToOne)
     EXPECT_NO_THROW(parsed(words));
 }
 
+TEST(SimulatorOptions, ValuesAtTheirLimitsAreAccepted)
+{
+    const std::vector<std::string> rows[] = {
+        {"--station", "1"},
+        {"--station", "247"},
+        {"--stations", "1-247"},
+        {"--tcp", "0"},
+        {"--tcp", "65535"},
+        {"--baud", "300"},
+        {"--baud", "4000000"},
+        {"--turnaround-us", "0"},
+        {"--turnaround-us", "10000000"},
+        {"--seed", "0"},
+        {"--seed", "4294967295"},
+        {"--drop", "0"},
+        {"--drop", "1"},
+        {"--exception-code", "1"},
+        {"--exception-code", "255"},
+        {"--delay-ms", "0"},
+        {"--delay-ms", "60000"},
+        {"--fault-exchanges", "0"},
+        {"--fault-exchanges", "2000000000"},
+        {"--silent", "1:0"},
+        {"--silent", "1:1"},
+        {"--duplicate", "0:0"},
+        {"--duplicate", "1:60000"},
+        {"--late", "0:0"},
+        {"--late", "1:60000"},
+        {"--stall", "0.1"},
+        {"--stall", "3599.9:3600"},
+        {"--stall", "1", "--service-ms", "0"},
+        {"--stall", "1", "--service-ms", "60000"},
+    };
+    for (const std::vector<std::string>& row : rows)
+        EXPECT_NO_THROW(parsed(row)) << row[0] << ' ' << row.back();
+}
+
+TEST(SimulatorOptions, LinkSeedAndEndAreGivenByName)
+{
+    const SimulatorOptions options =
+        parsed({"--link-path", "link", "--seed", "4294967295", "--report", "report", "--dump",
+                "dump", "--until-stdin-ends", "--demo-signals", "--signal", "1:MW:3007:counter"});
+    EXPECT_EQ("link", options.linkPath);
+    EXPECT_EQ(4294967295u, options.seed);
+    EXPECT_EQ("report", options.reportFile);
+    EXPECT_EQ("dump", options.dumpFile);
+    EXPECT_TRUE(options.untilStdinEnds);
+    EXPECT_EQ(demoSignals({1}).size() + 1, options.signals.size());
+    EXPECT_EQ(3007, options.signals.back().place.number);
+    EXPECT_FALSE(parsed({}).untilStdinEnds);
+}
+
+TEST(SimulatorOptions, TheLinkDecidesHowTheLineIsPaced)
+{
+    const SimulatorOptions network = parsed({"--tcp", "502", "--bind", "::1"});
+    EXPECT_EQ(502, network.tcpPort);
+    EXPECT_EQ("::1", network.bindAddress);
+    EXPECT_TRUE(network.line.isNetwork);
+    EXPECT_FALSE(network.line.isSerialPort);
+    EXPECT_TRUE(parsed({"--tcp", "0"}).line.isNetwork);
+    const SimulatorOptions serial = parsed({"--serial", "/dev/ttyS0"});
+    EXPECT_TRUE(serial.line.isSerialPort);
+    EXPECT_FALSE(serial.line.isNetwork);
+    const SimulatorOptions terminal = parsed({"--baud", "9600", "--trickle"});
+    EXPECT_FALSE(terminal.line.isSerialPort);
+    EXPECT_FALSE(terminal.line.isNetwork);
+    EXPECT_TRUE(terminal.line.byteByByte);
+    EXPECT_EQ(9600, terminal.line.baud);
+}
+
 TEST(SimulatorOptions, InvalidOptionsAreUsageErrors)
 {
     const std::vector<std::string> rows[] = {
         {"--station", "0"},
         {"--station", "248"},
+        {"--stations", "0-2"},
         {"--stations", "4-2"},
         {"--stations", "1-248"},
         {"--stations", "1-2x"},
+        {"--tcp", "-1"},
         {"--tcp", "65536"},
         {"--tcp", "0", "--serial", "/dev/ttyS0"},
         {"--tcp", "0", "--link-path", "x"},
         {"--bind", "127.0.0.1"},
         {"--baud", "299"},
+        {"--baud", "4000001"},
         {"--trickle"},
+        {"--turnaround-us", "-1"},
         {"--turnaround-us", "10000001"},
+        {"--seed", "-1"},
+        {"--seed", "4294967296"},
         {"--signal", "1:IW:0:wave"},
         {"--signal", "2:IW:0:ramp"},
+        {"--drop", "-0.1"},
         {"--drop", "1.1"},
         {"--drop", "nan"},
         {"--exception", "-nan"},
         {"--delay", "inf"},
         {"--drop", "0.6", "--delay", "0.6"},
         {"--exception-code", "0"},
+        {"--exception-code", "256"},
+        {"--delay-ms", "-1"},
+        {"--delay-ms", "60001"},
         {"--silent", "0"},
         {"--silent", "2"}, // is not served
         {"--station", "2", "--silent", "1"},
@@ -147,6 +227,8 @@ TEST(SimulatorOptions, InvalidOptionsAreUsageErrors)
         {"--silent", "01"},
         {"--silent", "x"},
         {"--fault-exchanges", "-1"},
+        {"--fault-exchanges", "2000000001"},
+        {"--duplicate", "-0.1"},
         {"--duplicate", "1.1"},
         {"--duplicate", "nan"},
         {"--duplicate", ""},
@@ -158,7 +240,9 @@ TEST(SimulatorOptions, InvalidOptionsAreUsageErrors)
         {"--duplicate", "0.6", "--delay", "0.6"},
         {"--late", "0.1"},
         {"--late", ""},
+        {"--late", "-0.1:5"},
         {"--late", "1.1:5"},
+        {"--late", "0.1:-1"},
         {"--late", "0.1:inf"},
         {"--late", "0.1:60001"},
         {"--stall", "0.09"},
