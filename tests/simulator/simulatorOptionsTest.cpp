@@ -264,3 +264,35 @@ TEST(SimulatorOptions, InvalidOptionsAreUsageErrors)
     for (const std::vector<std::string>& row : rows)
         EXPECT_THROW(parsed(row), CLI::ParseError) << row[0] << ' ' << row.back();
 }
+
+TEST(SimulatorOptions, UsageErrorsNameOptionAndReason)
+{
+    struct
+    {
+        std::vector<std::string> words;
+        const char* what;
+    } const rows[] = {
+        {{"--stations", "4-2"}, "--stations: '4-2' is not A-B with 1 <= A <= B <= 247"},
+        {{"--signal", "2:IW:0:ramp"}, "--signal: there is no station 2"},
+        {{"--silent", "2"}, "--silent: there is no station 2"},
+        {{"--silent", "1:"}, "--silent: '1:' is not STATION or STATION:SHARE"},
+        {{"--silent", "1:2"}, "--silent: 2 is not from 0 to 1"},
+        {{"--duplicate", "x"}, "--duplicate: 'x' is not SHARE or SHARE:AFTER-MS"},
+        {{"--duplicate", "1:60001"}, "--duplicate: 60001 is not from 0 to 60000"},
+        {{"--late", "0.1"}, "--late: '0.1' is not SHARE:UP-TO-MS"},
+        {{"--late", "2:1"}, "--late: 2 is not from 0 to 1"},
+        {{"--stall", "x"}, "--stall: 'x' is not SECONDS or SECONDS:EVERY"},
+        {{"--stall", "1:1"}, "--stall: '1:1': EVERY has to be more than SECONDS"},
+        {{"--stall", "1", "--stall-station", "2"}, "--stall-station: there is no station 2"},
+        {{"--drop", "0.6", "--delay", "0.6"}, "the fault rates are more than 1 together"},
+        {{"--drop", "nan"}, "--drop: nan is not a number"},
+    };
+    for (const auto& row : rows) {
+        try {
+            parsed(row.words);
+            ADD_FAILURE() << "taken: " << row.words[0] << ' ' << row.words[1];
+        } catch (const CLI::ParseError& error) {
+            EXPECT_STREQ(row.what, error.what());
+        }
+    }
+}
