@@ -17,14 +17,14 @@
 //   --timeout-ms --attempts --pause-ms --turnaround-us --trace --pcap FILE --json
 //   --simulator FILE --simulator-arguments TEXT
 //
-// Exit statuses: kakb-host --help, from verbs/exitStatus.h
+// Exit statuses: kakb-host --help, from program/exitStatus.h
 
 #include "links/tcpLink.h"
 #include "output/outputStream.h"
+#include "program/companionFiles.h"
+#include "program/interrupt.h"
+#include "program/printing.h"
 #include "verbs/commandLine.h"
-#include "verbs/companionFiles.h"
-#include "verbs/interrupt.h"
-#include "verbs/printing.h"
 
 #include <QCoreApplication>
 

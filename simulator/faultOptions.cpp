@@ -14,11 +14,16 @@ const double LONGEST_STALL_S = 3600;
 const double SECOND_NS = 1e9;
 const std::int64_t MILLISECOND_NS = 1000000;
 
-const char* const MEANINGS[FAULT_KINDS] = {
-    "reply not sent",           "request never seen",        "one bit of the reply flipped",
-    "end of the reply missing", "reply sent twice",          "reply late",
-    "1 to 3 stray bytes ahead", "1 to 3 stray bytes behind", "reply of another station",
-    "refused, not executed"};
+const char* const MEANINGS[FAULT_KINDS] = {"reply not sent",
+                                           "request dropped before the PLC sees it",
+                                           "one bit of the reply flipped",
+                                           "end of the reply missing",
+                                           "reply sent twice",
+                                           "reply late",
+                                           "1 to 3 stray bytes ahead of the reply",
+                                           "1 to 3 stray bytes behind the reply",
+                                           "reply with the number of another station",
+                                           "request refused and not executed"};
 
 /// CLI::Range alone accepts "nan", which is neither below the range nor above it.
 CLI::Validator numberFrom(double lowest, double highest)
@@ -38,7 +43,7 @@ void addRates(CLI::App& app, FaultSettings& faults, RawFaults& raw)
         const std::string meaning = std::string("share of exchanges: ") + MEANINGS[kind];
         if (kind == FAULT_DUPLICATE) {
             app.add_option(option, raw.duplicate,
-                           meaning + ", the second copy so many milliseconds behind the first")
+                           meaning + ", the second copy AFTER-MS milliseconds behind the first")
                 ->type_name("SHARE[:AFTER-MS]")
                 ->capture_default_str();
             continue;
@@ -53,13 +58,16 @@ void addStall(CLI::App& app, RawFaults& raw)
 {
     auto* const stall =
         app.add_option("--stall", raw.stall,
-                       "stand still for so long, then answer what was asked meanwhile: once, 1 s "
-                       "after the first request, or every so many seconds (default: never)");
+                       "stand still for SECONDS, then answer the requests that came meanwhile: "
+                       "once, 1 s after the first request, or every EVERY seconds (default: "
+                       "never)");
     stall->type_name("SECONDS[:EVERY]");
-    app.add_option("--stall-station", raw.stallStation, "the only one to stall (default: all)")
+    app.add_option("--stall-station", raw.stallStation,
+                   "the only station that stalls (default: all stations stall)")
         ->check(CLI::Range(1, LAST_STATION))
         ->needs(stall);
-    app.add_option("--service-ms", raw.serviceMs, "from one held answer to the next")
+    app.add_option("--service-ms", raw.serviceMs,
+                   "milliseconds from the start of a held answer to the start of the next one")
         ->check(CLI::Range(0, LONGEST_DELAY_MS))
         ->needs(stall)
         ->capture_default_str();
@@ -82,7 +90,8 @@ std::optional<double> numberOf(const std::string& text)
     return number;
 }
 
-/// Throws when the text is of another form.
+/// @param form  the accepted forms, for the message
+/// Throws CLI::ValidationError when the text has another form.
 NumberPair pairOf(const char* option, const std::string& text, const char* form)
 {
     const std::size_t colon = text.find(':');
@@ -187,22 +196,24 @@ void checkRates(const FaultRates& rates)
 void addFaults(CLI::App& app, FaultSettings& faults, RawFaults& raw)
 {
     addRates(app, faults, raw);
-    app.add_option("--delay-ms", raw.delayMs, "how late --delay is")
+    app.add_option("--delay-ms", raw.delayMs, "milliseconds by which --delay makes a reply late")
         ->check(CLI::Range(0, LONGEST_DELAY_MS))
         ->capture_default_str();
-    app.add_option("--exception-code", faults.exceptionCode, "code of --exception")
+    app.add_option("--exception-code", faults.exceptionCode, "exception code of --exception")
         ->check(CLI::Range(1, 255))
         ->capture_default_str();
     app.add_option("--silent", raw.silentStations,
-                   "station that never answers and executes nothing, or only in a share of the "
-                   "exchanges, 0 to 1; several times (default: none)")
+                   "a station that never answers and executes nothing; with SHARE, 0 to 1, it is "
+                   "silent in that share of the exchanges; repeat the option for more stations "
+                   "(default: none)")
         ->type_name("STATION[:SHARE]")
         ->delimiter(',');
     app.add_option("--late", raw.late,
-                   "share of exchanges, besides the others: reply late by a random time up to so "
-                   "many milliseconds (default: none)")
+                   "share of exchanges, independent of the other faults: reply late by a random "
+                   "time up to UP-TO-MS milliseconds (default: none)")
         ->type_name("SHARE:UP-TO-MS");
-    app.add_option("--fault-exchanges", faults.exchanges, "only the first N have faults; 0: all")
+    app.add_option("--fault-exchanges", faults.exchanges,
+                   "only the first N exchanges have faults; 0: all")
         ->check(CLI::Range(0, 2000000000))
         ->capture_default_str();
     addStall(app, raw);

@@ -27,26 +27,32 @@ struct RawOptions
 
 void addStations(CLI::App& app, RawOptions& raw)
 {
-    app.add_option("--station", raw.stations, "station, several times or as a list (default 1)")
+    app.add_option("--station", raw.stations,
+                   "a station; repeat the option, or give a list (default 1)")
         ->check(CLI::Range(1, LAST_STATION))
         ->delimiter(',');
-    app.add_option("--stations", raw.ranges, "stations from A to B, 1 to 247")->type_name("A-B");
+    app.add_option("--stations", raw.ranges, "all stations from A to B, 1 to 247")
+        ->type_name("A-B");
 }
 
 void addLink(CLI::App& app, SimulatorOptions& options, RawOptions& raw)
 {
     auto* const linkPath = app.add_option("--link-path", options.linkPath,
-                                          "symbolic link to the pseudo-terminal (default: none)");
+                                          "make a symbolic link to the pseudo-terminal "
+                                          "(default: none)");
     auto* const serial = app.add_option("--serial", options.serialDevice,
                                         "serve a serial port, 8N1, 38400 baud unless --baud is "
                                         "given (default: a pseudo-terminal)");
     auto* const tcp = app.add_option("--tcp", options.tcpPort,
                                      "serve a TCP port, 0 for any free one (default: none)");
     auto* const bind = app.add_option("--bind", options.bindAddress, "address of the TCP port");
-    auto* const baud = app.add_option("--baud", options.line.baud,
-                                      "let frames take as long as on the wire (default: no time)");
+    auto* const baud =
+        app.add_option("--baud", options.line.baud,
+                       "let frames take as long as on the wire (default: frames take "
+                       "no time)");
     auto* const turnaround =
-        app.add_option("--turnaround-us", raw.turnaroundUs, "from request end to reply start");
+        app.add_option("--turnaround-us", raw.turnaroundUs,
+                       "time from the end of a request to the start of its reply");
     app.add_flag("--trickle", options.line.byteByByte,
                  "deliver each byte at its time, not each reply at its end")
         ->needs(baud);
@@ -61,20 +67,22 @@ void addLink(CLI::App& app, SimulatorOptions& options, RawOptions& raw)
 void addSignals(CLI::App& app, SimulatorOptions& options, RawOptions& raw)
 {
     app.add_option("--signal", raw.signals,
-                   "a memory place that moves by itself, several times (default: none)")
+                   "a memory place whose value changes by itself; repeat the option for more "
+                   "places (default: none)")
         ->type_name("STATION:AREA:NUMBER:KIND[:PERIOD_MS[:AMPLITUDE]]");
-    app.add_flag("--demo-signals", raw.demoSignals, "a set of signals on every station");
-    app.add_option("--seed", options.seed, "decides signal phases and faults, 0 to 4294967295")
+    app.add_flag("--demo-signals", raw.demoSignals, "add the demo's signals on every station");
+    app.add_option("--seed", options.seed, "seed of signal phases and faults, 0 to 4294967295")
         ->capture_default_str();
 }
 
 void addEnd(CLI::App& app, SimulatorOptions& options)
 {
-    app.add_option("--report", options.reportFile, "counts and times at the end (default: none)")
+    app.add_option("--report", options.reportFile,
+                   "write counts and times at the end (default: none)")
         ->type_name("FILE");
-    app.add_option("--dump", options.dumpFile, "memory at the end (default: none)")
+    app.add_option("--dump", options.dumpFile, "write the memory at the end (default: none)")
         ->type_name("FILE");
-    app.add_flag("--until-stdin-ends", options.untilStdinEnds, "end when standard input does");
+    app.add_flag("--until-stdin-ends", options.untilStdinEnds, "end when standard input ends");
 }
 
 [[noreturn]] void refuse(const char* option, const std::string& why)
@@ -127,8 +135,8 @@ SimulatorOptions parseOptions(CLI::App& app, int argc, char** argv)
     addSignals(app, options, raw);
     addFaults(app, options.faults, raw.faults);
     app.add_flag("--echo", options.echo,
-                 "return every byte the host sends ahead of anything else, as an adapter for two "
-                 "wires does");
+                 "return every byte that the host sends, ahead of all other bytes, as a two-wire "
+                 "adapter does");
     addEnd(app, options);
     app.parse(argc, argv);
 

@@ -1,7 +1,8 @@
-// A host for the field in one file: polls, writes until each value is confirmed, reads once,
-// transfers a recipe both ways and verifies it. The exchange library keeps the link honest.
+// A host for the field in one file. It polls, writes until each value is confirmed, reads once,
+// transfers a recipe both ways and verifies it. The exchange library tells each request's answer
+// from all other bytes on the line.
 // usage: carefulHost DEVICE     a serial port that is set to 38400 baud, or a pseudo-terminal
-// Exit status: 0 everything was confirmed and verified, 1 usage, 2 something was not.
+// Exit status: 0 every step was confirmed and verified, 1 usage, 2 a step failed.
 
 #include <exchange/exchangeMachine.h>
 #include <quorvane_ka_kb_plc.h>
@@ -22,7 +23,7 @@ namespace {
 
 enum { STATION = 1, ONE_SHOT = 1, ANSWER_US = 30000, BUSY_PAUSE_US = 100000 };
 enum { FIRST_WRITTEN = 3100, WRITES = 8, READ_ONCE = 3200, RECIPE = 3300, RECIPE_WORDS = 40 };
-enum { MOST_TRIES = 60 }; // of what is refused or lost
+enum { MOST_TRIES = 60 }; // for a request that is refused or lost
 
 qint64 now()
 {
@@ -48,8 +49,8 @@ struct Ended
     EndedExchange exchange;
 };
 
-// Driver, exchange machine and line. The machine says what to send and when to look again; the host
-// owns port and clock.
+// Driver, exchange machine and line. The machine returns the bytes to send and the time of the next
+// call. The host owns port and clock.
 class Host
 {
 public:
@@ -58,7 +59,7 @@ public:
         m_machine.linkOpened(now());
     }
 
-    // One request of the driver, with all its attempts; false: there was nothing to send.
+    // Carries one request of the driver through all its attempts. False: there was nothing to send.
     bool exchange(Ended& ended)
     {
         if (!next(ended.frame)) return false;
@@ -83,14 +84,15 @@ private:
         return made;
     }
 
-    // A single 0 is no sign of idleness.
+    // A single 0 does not mean that the driver is idle, so ask twice.
     static bool next(FRAME_PRO& frame)
     {
         if (intf_getSendFrame(&frame) != 0) return true;
         return intf_getSendFrame(&frame) != 0;
     }
 
-    // A refusal is final, so it is handed in until the driver gives up. A busy PLC is asked again.
+    // A refusal is final: hand it in until the driver gives the request up. A busy PLC is
+    // different: pause, then let the driver offer the request again.
     static int handIn(const EndedExchange& ended)
     {
         QByteArray reply = ended.reply;
@@ -108,13 +110,14 @@ private:
         return result;
     }
 
-    // The driver offers a frame without bytes for what no frame holds: an empty reply ends it.
+    // For a request that fits in no frame the driver offers a frame without bytes. An empty reply
+    // ends the request.
     static EndedExchange nothingSent(const FRAME_PRO& frame)
     {
         return EndedExchange{false, frame.var.station, END_SILENT, false, QByteArray(), -1};
     }
 
-    // One attempt. Fences come and go inside of it.
+    // One attempt of one request. The machine may send fences during the attempt.
     EndedExchange carry(const FRAME_PRO& frame, bool isRepeat)
     {
         if (frame.sendLen == 0) return nothingSent(frame);
@@ -135,7 +138,7 @@ private:
         for (int sent = 0; sent < bytes.size();) {
             const ssize_t some =
                 write(m_line, bytes.constData() + sent, size_t(bytes.size() - sent));
-            if (some <= 0) return; // the time-out tells
+            if (some <= 0) return; // the request then ends by its time-out
             sent += int(some);
         }
     }
@@ -172,7 +175,7 @@ int shown(int number)
     return value[0] + 256 * value[1];
 }
 
-// Writes one word until it is confirmed: a write that was given up is queued again.
+// Writes one word until the PLC confirms it. A write that the driver gave up is queued again.
 bool writeWord(Host& host, int number, int value)
 {
     unsigned char bytes[2] = {static_cast<unsigned char>(value & 255),
@@ -182,13 +185,13 @@ bool writeWord(Host& host, int number, int value)
         Ended ended;
         do {
             if (!host.exchange(ended)) return false;
-        } while (ended.frame.itemCount != 0); // polled meanwhile
+        } while (ended.frame.itemCount != 0); // the frame was a poll, not the write
         if (ended.result == REPLY_ACCEPTED) return true;
     }
     return false;
 }
 
-// Polls until the block was read.
+// Exchanges until the polled block has been read.
 bool pollOnce(Host& host)
 {
     Ended ended;
@@ -199,7 +202,7 @@ bool pollOnce(Host& host)
     return false;
 }
 
-// A read that was given up has left the driver's queue, so it is queued again.
+// Reads one word once. A read that the driver gave up has left its queue, so it is queued again.
 bool readOnce(Host& host, int number)
 {
     for (int tries = 0; tries < MOST_TRIES; ++tries) {
@@ -214,7 +217,8 @@ bool readOnce(Host& host, int number)
     return false;
 }
 
-// The flag is lowered after a failure as well: the result of the last frame tells.
+// Transfers the recipe in one direction. The driver lowers the flag after a failure, too: the
+// result of the last frame tells success from failure.
 bool transfer(Host& host, unsigned char* shared, RecipeFlag flag)
 {
     for (int tries = 0; tries < MOST_TRIES; ++tries) {
@@ -236,7 +240,7 @@ bool transferBothWays(Host& host, unsigned char* shared, std::vector<unsigned ch
         record.linkNo = 1;
         record.station = STATION;
         record.regName = QLatin1String("MW");
-        record.addr = RECIPE + half * RECIPE_WORDS; // apart, so that two blocks go
+        record.addr = RECIPE + half * RECIPE_WORDS; // a gap between the records keeps two blocks
         record.count = RECIPE_WORDS / 2;
         record.bufOffset = half * RECIPE_WORDS / 2;
         records.append(record);
@@ -262,7 +266,7 @@ int main(int argc, char** argv)
     std::vector<unsigned char> shared(RECIPE_UPLOAD_FLAG + 1);
     std::vector<unsigned char> recipe(2 * RECIPE_WORDS);
     char properties[] = "1#0#0#3#125"; // context, localOnly, number, retryLimit, mergeLimit
-    QMutex mutex;                      // nothing here runs on a second thread, so it is never held
+    QMutex mutex;                      // this host has one thread, so it never locks the mutex
     int status = 0;
     intf_initProperty(shared.data(), 0, recipe.data(), &status, properties, &mutex);
     QList<KEY_ADDRESS> keys;

@@ -1,5 +1,5 @@
-// Loads the driver as a panel does, by its file name, and prints which one it is.
-// usage: loadedDriver FILE     with or without its folder and its suffix
+// Loads the driver by its file name, as a panel does, and prints the driver's version.
+// usage: loadedDriver FILE     FILE may omit the folder and the suffix
 
 #include "quorvane_ka_kb_plc.h"
 

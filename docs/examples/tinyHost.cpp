@@ -1,4 +1,4 @@
-// A host in one file: polls two blocks of a PLC, writes one word, and prints what changes.
+// A host in one file: polls two blocks of a PLC, writes one word, and prints changed values.
 // usage: tinyHost DEVICE     a serial port that is set to 38400 baud, or a pseudo-terminal
 
 #include <quorvane_ka_kb_plc.h>
@@ -25,7 +25,7 @@ struct Change
 
 std::vector<Change> changes;
 
-// Only notes: the new value is not in the cache yet.
+// Only notes the change: the new value is not in the cache yet.
 void noteChange(int, int station, QString& area, int number)
 {
     changes.push_back(Change{station, area, number});
@@ -52,7 +52,7 @@ int openLine(const char* device)
     return tcsetattr(line, TCSANOW, &settings) == 0 ? line : -1;
 }
 
-// Up to `length` bytes, under one deadline that nothing extends.
+// Receives up to `length` bytes, under one deadline that no byte extends.
 QByteArray receive(int line, int length)
 {
     typedef std::chrono::steady_clock Clock;
@@ -71,7 +71,8 @@ QByteArray receive(int line, int length)
     return bytes;
 }
 
-// The driver looks at length and checksum alone: station, function, byte count or echo are ours.
+// The driver tests length and checksum only. So the host compares station, function, byte count or
+// echo with the request.
 bool answers(const QByteArray& reply, const FRAME_PRO& frame)
 {
     const QByteArray request(reinterpret_cast<const char*>(frame.sendBuf), frame.sendLen);
@@ -80,7 +81,7 @@ bool answers(const QByteArray& reply, const FRAME_PRO& frame)
            static_cast<unsigned char>(reply.at(2)) == frame.recvLen - 5;
 }
 
-// One request and its end; false: there was nothing to send.
+// Carries one request to its end. False: there was nothing to send.
 bool exchange(int line)
 {
     FRAME_PRO frame;

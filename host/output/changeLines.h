@@ -1,7 +1,7 @@
 #ifndef CHANGE_LINES_H
 #define CHANGE_LINES_H
 
-#include "output/watchView.h"
+#include "output/watchRow.h"
 
 #include <QByteArray>
 #include <QJsonValue>

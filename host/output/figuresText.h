@@ -1,7 +1,7 @@
 #ifndef FIGURES_TEXT_H
 #define FIGURES_TEXT_H
 
-#include "output/watchView.h"
+#include "session/linkFigures.h"
 
 #include <QJsonObject>
 

@@ -1,7 +1,7 @@
 #ifndef FRAME_GATHERER_H
 #define FRAME_GATHERER_H
 
-#include "output/frameRecord.h"
+#include "session/frameRecord.h"
 
 #include <vector>
 

@@ -1,7 +1,8 @@
 #ifndef WATCH_SCREEN_H
 #define WATCH_SCREEN_H
 
-#include "output/watchView.h"
+#include "output/watchRow.h"
+#include "session/linkFigures.h"
 
 #include <QByteArray>
 

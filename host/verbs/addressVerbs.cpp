@@ -1,8 +1,8 @@
 #include "verbs/addressVerbs.h"
 
 #include "plan/sharedMemory.h"
+#include "program/printing.h"
 #include "verbs/addressVerdict.h"
-#include "verbs/printing.h"
 
 #include <QJsonArray>
 

@@ -1,6 +1,6 @@
 #include "verbs/addressVerdict.h"
 
-#include "driver/addressing.h"
+#include "driver/addressText.h"
 #include "plan/sharedMemory.h"
 
 #include <QRegularExpression>

@@ -1,7 +1,8 @@
 #include "verbs/commandLine.h"
 
+#include "program/companionFiles.h"
 #include "verbs/addressVerbs.h"
-#include "verbs/companionFiles.h"
+#include "verbs/commandOptions.h"
 #include "verbs/infoVerb.h"
 #include "verbs/planVerb.h"
 #include "verbs/readVerb.h"
@@ -10,31 +11,11 @@
 #include "verbs/watchVerb.h"
 #include "verbs/writeVerb.h"
 
-#include <CLI/CLI.hpp>
-
-#include <cmath>
 #include <cstdio>
-#include <cstdlib>
 #include <memory>
 #include <vector>
 
 namespace {
-
-struct Options
-{
-    std::string area;
-    std::string address;
-    int count = 1;
-    int interval = 1;
-    bool write = false;
-    std::string tagFile;
-    std::vector<std::string> names;
-    double seconds = 0;
-    std::string recipeFile;
-    std::string recipeOutput;
-    bool verify = false;
-    LinkOptions link;
-};
 
 using Verb = std::function<ExitStatus(const DriverLibrary&)>;
 
@@ -43,92 +24,7 @@ QString text(const std::string& utf8)
     return QString::fromStdString(utf8);
 }
 
-/// The library's range alone takes "nan", which is neither below it nor above.
-CLI::Validator numberFrom(double lowest, double highest)
-{
-    const CLI::Range range(lowest, highest);
-    const auto problem = [range](const std::string& number) {
-        return std::isnan(std::strtod(number.c_str(), nullptr)) ? number + " is not a number"
-                                                                : range(number);
-    };
-    return CLI::Validator(problem, range.get_description());
-}
-
-void addJson(CLI::App* verb, Options& options)
-{
-    verb->add_flag("--json", options.link.json, "one JSON object a line");
-}
-
-void addTags(CLI::App* verb, Options& options, const char* otherwise = "")
-{
-    verb->add_option("--tags", options.tagFile, std::string("tag file (CSV)") + otherwise);
-}
-
-void addPolledTags(CLI::App* verb, Options& options)
-{
-    addTags(verb, options, "; default, only on the simulated PLC: that of the demo");
-}
-
-void addTiming(CLI::App* verb, Options& options)
-{
-    LinkOptions& link = options.link;
-    verb->add_option("--link", link.link,
-                     "sim, serial:DEVICE,BAUD,DATA BITS,PARITY,STOP BITS or tcp:HOST,PORT; what "
-                     "is left out comes from the driver")
-        ->capture_default_str();
-    verb->add_option("--turnaround-us", link.turnaroundUs,
-                     "how long a station takes to begin its answer, for the plan")
-        ->check(CLI::Range(0, 1000000))
-        ->capture_default_str();
-    addJson(verb, options);
-}
-
-EchoMode echoMode(const std::string& text)
-{
-    if (text == "yes") return ECHO_PRESENT;
-    return text == "no" ? ECHO_ABSENT : ECHO_UNKNOWN;
-}
-
-void addLink(CLI::App* verb, Options& options)
-{
-    LinkOptions& link = options.link;
-    addTiming(verb, options);
-    verb->add_option("--timeout-ms", link.timeoutMs,
-                     "longest that a station takes to begin its answer; over TCP, until all of "
-                     "the answer is there")
-        ->check(CLI::Range(10, 60000))
-        ->capture_default_str();
-    verb->add_option("--attempts", link.attempts, "how often a request is tried")
-        ->check(CLI::Range(1, 20))
-        ->capture_default_str();
-    verb->add_option("--pause-ms", link.pauseMs,
-                     "before a lost link is tried again; doubles up to 30 s")
-        ->check(CLI::Range(10, 30000))
-        ->capture_default_str();
-    verb->add_option_function<std::string>(
-            "--echo", [&link](const std::string& mode) { link.echo = echoMode(mode); },
-            "whether the link returns what is sent")
-        ->check(CLI::IsMember({"yes", "no", "auto"}))
-        ->default_str("auto");
-    verb->add_flag("--trace", link.trace, "print every frame to standard error");
-    verb->add_option("--pcap", link.pcap, "write the requests and their answers to a capture file");
-    verb->add_option("--simulator", link.simulator,
-                     "program of the simulated PLC (default: the one beside this one)");
-    verb->add_option("--simulator-arguments", link.simulatorArguments,
-                     "more arguments for it, separated by blanks");
-}
-
-void addAddress(CLI::App* verb, Options& options)
-{
-    verb->add_option("AREA", options.area, "MW, IW, QW, MX, IX or QX")->required();
-    verb->add_option("ADDRESS", options.address, "such as 100 or 12.3")->required();
-    verb->add_option("--count", options.count, "words or bits")
-        ->check(CLI::Range(1, 65536))
-        ->capture_default_str();
-    addJson(verb, options);
-}
-
-std::vector<Tag> chosenTags(const Options& options, const DriverLibrary& driver)
+std::vector<Tag> chosenTags(const CommandOptions& options, const DriverLibrary& driver)
 {
     const TagChoice choice(driver, text(options.tagFile));
     if (options.names.empty()) return choice.inFile();
@@ -138,7 +34,7 @@ std::vector<Tag> chosenTags(const Options& options, const DriverLibrary& driver)
     return tags;
 }
 
-std::vector<Tag> someTags(const Options& options, const DriverLibrary& driver)
+std::vector<Tag> someTags(const CommandOptions& options, const DriverLibrary& driver)
 {
     const std::vector<Tag> tags = chosenTags(options, driver);
     if (tags.empty())
@@ -147,8 +43,9 @@ std::vector<Tag> someTags(const Options& options, const DriverLibrary& driver)
     return tags;
 }
 
-/// What a PLC has in which place only its own tag file says; of the simulated one it is known.
-std::vector<Tag> polledTags(Options options, const DriverLibrary& driver)
+/// Only the user's tag file says which variables a PLC has. The simulated PLC's variables are
+/// known, so it has a default tag file.
+std::vector<Tag> polledTags(CommandOptions options, const DriverLibrary& driver)
 {
     if (options.tagFile.empty()) {
         if (addressOf(driver, options.link).kind != LinkAddress::SIMULATED)
@@ -159,7 +56,7 @@ std::vector<Tag> polledTags(Options options, const DriverLibrary& driver)
     return someTags(options, driver);
 }
 
-ExitStatus plan(const Options& options, const DriverLibrary& driver)
+ExitStatus plan(const CommandOptions& options, const DriverLibrary& driver)
 {
     const std::vector<Tag> tags = polledTags(options, driver);
     const LineTiming timing = timingOf(addressOf(driver, options.link));
@@ -167,16 +64,16 @@ ExitStatus plan(const Options& options, const DriverLibrary& driver)
     return EXIT_DONE;
 }
 
-ExitStatus write(const Options& options, const DriverLibrary& driver)
+ExitStatus write(const CommandOptions& options, const DriverLibrary& driver)
 {
     const TagChoice choice(driver, text(options.tagFile));
     std::vector<Assignment> assignments;
     for (const std::string& name : options.names)
         assignments.push_back(assignment(text(name), choice, driver));
-    return writeOnce(driver, options.link, assignments);
+    return writeTags(driver, options.link, assignments);
 }
 
-RecipeOptions recipeOptions(const Options& options)
+RecipeOptions recipeOptions(const CommandOptions& options)
 {
     RecipeOptions recipe;
     recipe.file = text(options.recipeFile);
@@ -185,7 +82,7 @@ RecipeOptions recipeOptions(const Options& options)
     return recipe;
 }
 
-void addQuestions(CLI::App& app, Options& o, Verb& chosen)
+void addQuestions(CLI::App& app, CommandOptions& o, Verb& chosen)
 {
     CLI::App* info = app.add_subcommand("info", "Identity, default settings, areas");
     addJson(info, o);
@@ -197,7 +94,7 @@ void addQuestions(CLI::App& app, Options& o, Verb& chosen)
     });
     CLI::App* check = app.add_subcommand("check", "Whether an address is valid, or why not");
     addAddress(check, o);
-    check->add_flag("--write", o.write, "it is to be written as well");
+    check->add_flag("--write", o.write, "check also whether the address may be written");
     check->callback([&] {
         chosen = [&](const DriverLibrary& driver) {
             return printCheck(stdout, driver, text(o.area), text(o.address), o.count, o.write,
@@ -208,7 +105,7 @@ void addQuestions(CLI::App& app, Options& o, Verb& chosen)
     });
     CLI::App* series = app.add_subcommand("series", "Addresses at an interval");
     addAddress(series, o);
-    series->add_option("--interval", o.interval, "words or bits from one to the next")
+    series->add_option("--interval", o.interval, "words or bits from one address to the next")
         ->check(CLI::Range(1, 65536))
         ->capture_default_str();
     series->callback([&] {
@@ -220,20 +117,21 @@ void addQuestions(CLI::App& app, Options& o, Verb& chosen)
         };
     });
     CLI::App* planVerb = app.add_subcommand("plan", "The requests that read the tags");
-    planVerb->footer("Without grouping, bits still come in groups of 16, in one request each.\n\n" +
-                     helpFooter());
+    planVerb->footer(
+        "Without grouping, bits still come in groups of 16, in one request for each group.\n\n" +
+        helpFooter());
     addPolledTags(planVerb, o);
     addTiming(planVerb, o);
     planVerb->callback(
         [&] { chosen = [&](const DriverLibrary& driver) { return plan(o, driver); }; });
 }
 
-void addTransfers(CLI::App& app, Options& o, Verb& chosen)
+void addTransfers(CLI::App& app, CommandOptions& o, Verb& chosen)
 {
     CLI::App* watchVerb = app.add_subcommand("watch", "Polls the tags and shows changes");
     addPolledTags(watchVerb, o);
     addLink(watchVerb, o);
-    watchVerb->add_option("--seconds", o.seconds, "then ends by itself; 0: when stopped")
+    watchVerb->add_option("--seconds", o.seconds, "end after so many seconds; 0: run until stopped")
         ->check(numberFrom(0, 1e7))
         ->capture_default_str();
     watchVerb->callback([&] {
@@ -242,12 +140,13 @@ void addTransfers(CLI::App& app, Options& o, Verb& chosen)
         };
     });
     CLI::App* readVerb = app.add_subcommand("read", "Reads tags or addresses once");
-    readVerb->add_option("NAME", o.names, "names of the tag file, or MW100, MX12.3, 2:QW8");
+    readVerb->add_option("NAME", o.names,
+                         "names of the tag file, or addresses: MW100, MX12.3, 2:QW8");
     addTags(readVerb, o);
     addLink(readVerb, o);
     readVerb->callback([&] {
         chosen = [&](const DriverLibrary& driver) {
-            return readOnce(driver, o.link, someTags(o, driver));
+            return readTags(driver, o.link, someTags(o, driver));
         };
     });
     CLI::App* writeVerb = app.add_subcommand("write", "Writes values; the PLC confirms them");
@@ -259,15 +158,16 @@ void addTransfers(CLI::App& app, Options& o, Verb& chosen)
         [&] { chosen = [&](const DriverLibrary& driver) { return write(o, driver); }; });
 }
 
-void addRecipe(CLI::App& app, Options& o, Verb& chosen)
+void addRecipe(CLI::App& app, CommandOptions& o, Verb& chosen)
 {
     CLI::App* recipe = app.add_subcommand("recipe", "Transfers a recipe");
     recipe->require_subcommand(1);
-    CLI::App* download = recipe->add_subcommand("download", "Writes its values into the PLC");
-    CLI::App* upload = recipe->add_subcommand("upload", "Reads its values from the PLC");
+    CLI::App* download =
+        recipe->add_subcommand("download", "Writes the recipe's values into the PLC");
+    CLI::App* upload = recipe->add_subcommand("upload", "Reads the recipe's values from the PLC");
     for (CLI::App* verb : {download, upload}) {
         verb->add_option("FILE", o.recipeFile, "recipe (CSV)")->required();
-        verb->add_flag("--verify", o.verify, "reads back, and names every value that differs");
+        verb->add_flag("--verify", o.verify, "read back, and name every value that differs");
         addLink(verb, o);
     }
     upload->add_option("--output", o.recipeOutput, "file to write (default: FILE itself)");
@@ -291,9 +191,9 @@ std::optional<ExitStatus> parseCommandLine(int argc, char** argv, Command& comma
     app.require_subcommand(1);
     app.footer(helpFooter());
     app.set_version_flag("--version", "kakb-host " KAKB_PROJECT_VERSION);
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<CommandOptions>();
     app.add_option("--driver", command.driver,
-                   "driver library (default: the one beside this program, else the system's)");
+                   "driver library (default: the library beside this program, else the system's)");
     addQuestions(app, *options, command.verb);
     addTransfers(app, *options, command.verb);
     addRecipe(app, *options, command.verb);

@@ -2,7 +2,7 @@
 #define COMMAND_LINE_H
 
 #include "driver/driverLibrary.h"
-#include "verbs/exitStatus.h"
+#include "program/exitStatus.h"
 
 #include <functional>
 #include <optional>

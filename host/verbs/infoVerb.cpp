@@ -1,8 +1,8 @@
 #include "verbs/infoVerb.h"
 
 #include "links/driverParameter.h"
+#include "program/printing.h"
 #include "verbs/addressVerdict.h"
-#include "verbs/printing.h"
 
 #include <QJsonArray>
 #include <QJsonObject>

@@ -3,8 +3,8 @@
 #include "exchange/fenceChoice.h"
 #include "output/columnText.h"
 #include "plan/readPlan.h"
-#include "session/driverSession.h"
 #include "session/polledTags.h"
+#include "session/startedDriver.h"
 #include "wire/timeUnits.h"
 
 #include <QJsonArray>
@@ -44,7 +44,7 @@ using Place = std::tuple<int, QString, int>;
 /// an order of its own, so the requests are found by the place that they read.
 std::vector<Request> requestsFor(const std::vector<ReadBlock>& blocks, const DriverLibrary& driver)
 {
-    DriverSession session(driver, ATTEMPTS);
+    StartedDriver session(driver, ATTEMPTS);
     QList<KEY_ADDRESS> keys;
     for (const ReadBlock& block : blocks)
         keys << PolledTags::keyOf(block);
@@ -160,7 +160,7 @@ void printPlan(std::FILE* out, const std::vector<Tag>& tags, const LineTiming& t
     const WireCost cost = wireCost(timing, turnaround);
     CycleView view;
     std::set<int> stations;
-    view.blocks = planReads(tags, cost, DriverSession::MOST_READ_WORDS);
+    view.blocks = planReads(tags, cost, StartedDriver::MOST_READ_WORDS);
     view.requests = requestsFor(view.blocks, driver);
     for (const ReadBlock& block : view.blocks)
         stations.insert(block.station);

@@ -19,16 +19,16 @@ void print(const Tag& tag, const TagState& state, bool json)
 
 } // namespace
 
-ExitStatus readOnce(const DriverLibrary& driver, const LinkOptions& options,
+ExitStatus readTags(const DriverLibrary& driver, const LinkOptions& options,
                     const std::vector<Tag>& tags)
 {
-    LiveHost host(driver, options, tags, false);
+    HostProgram host(driver, options, tags, LinkRun::ON_REQUEST);
     return host.run([&] {
         host.connect();
         const int job = host.newJob();
-        host.communication().readOnce(job, host.blocks());
+        host.link().read(job, host.blocks());
         host.await(job);
-        const std::vector<TagState> states = host.board().tags();
+        const std::vector<TagState> states = host.values().tags();
         for (size_t i = 0; i < tags.size(); ++i)
             print(tags[i], states[i], options.json);
         return EXIT_DONE;

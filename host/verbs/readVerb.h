@@ -1,10 +1,10 @@
 #ifndef READ_VERB_H
 #define READ_VERB_H
 
-#include "verbs/liveHost.h"
+#include "program/hostProgram.h"
 
 /// Reads the tags once and prints their values. Throws VerbFailure when one could not be read.
-ExitStatus readOnce(const DriverLibrary& driver, const LinkOptions& options,
+ExitStatus readTags(const DriverLibrary& driver, const LinkOptions& options,
                     const std::vector<Tag>& tags);
 
 #endif

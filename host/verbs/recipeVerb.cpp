@@ -47,8 +47,8 @@ public:
     RecipeTransfer(const DriverLibrary& driver, const LinkOptions& options,
                    const std::vector<Tag>& tags)
         : m_tags(tags),
-          m_plan(tags, DriverSession::LINK_NUMBER),
-          m_host(driver, options, tags, false),
+          m_plan(tags, StartedDriver::LINK_NUMBER),
+          m_host(driver, options, tags, LinkRun::ON_REQUEST),
           m_showsProgress(isatty(STDERR_FILENO) && !options.json && !options.trace)
     {
     }
@@ -91,7 +91,7 @@ private:
         job.records = records;
         job.values = values;
         const ProgressLine progress(what, int(records.size()), m_showsProgress);
-        m_host.communication().transfer(job);
+        m_host.link().transfer(job);
         return m_host.await(job.job, [&progress](int done) { progress.show(done); }).values;
     }
 
@@ -103,15 +103,15 @@ private:
         }
         if (!blocks.empty()) {
             const int job = m_host.newJob();
-            m_host.communication().readOnce(job, blocks);
+            m_host.link().read(job, blocks);
             m_host.await(job);
         }
-        return m_host.board().tags();
+        return m_host.values().tags();
     }
 
     const std::vector<Tag> m_tags;
     const RecipePlan m_plan;
-    LiveHost m_host;
+    HostProgram m_host;
     const bool m_showsProgress;
 };
 

@@ -1,7 +1,7 @@
 #ifndef RECIPE_VERB_H
 #define RECIPE_VERB_H
 
-#include "verbs/liveHost.h"
+#include "program/hostProgram.h"
 
 struct RecipeOptions
 {

@@ -1,12 +1,12 @@
 #include "verbs/usageTexts.h"
 
-#include "verbs/exitStatus.h"
+#include "program/exitStatus.h"
 
 #include <algorithm>
 
 namespace {
 
-/// The verb that the words have come to so far, or the program.
+/// The innermost verb that the parser has recognised, or the program itself.
 const CLI::App& deepestVerb(const CLI::App& app)
 {
     const CLI::App* deepest = &app;
@@ -15,7 +15,7 @@ const CLI::App& deepestVerb(const CLI::App& app)
     return *deepest;
 }
 
-/// Such as "kakb-host recipe upload".
+/// The words to type for the verb, for example "kakb-host recipe upload".
 std::string commandOf(const CLI::App& verb)
 {
     const CLI::App* const parent = verb.get_parent();
@@ -30,7 +30,7 @@ std::string verbsOf(const CLI::App& app)
     return names;
 }
 
-/// The parser calls a wrong word a missing verb.
+/// The parser reports a wrong word as a missing verb; this sentence tells the two apart.
 std::string verbSentence(const CLI::App& app)
 {
     const CLI::App& asked = deepestVerb(app);

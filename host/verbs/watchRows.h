@@ -1,9 +1,9 @@
 #ifndef WATCH_ROWS_H
 #define WATCH_ROWS_H
 
-#include "output/watchView.h"
+#include "output/watchRow.h"
 #include "plan/tag.h"
-#include "session/hostBoard.h"
+#include "session/sharedValues.h"
 
 /// A tag as a watch shows it at a time.
 WatchRow watchRow(const Tag& tag, const TagState& state, qint64 now);

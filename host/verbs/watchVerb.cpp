@@ -4,7 +4,7 @@
 #include "output/figuresText.h"
 #include "output/outputStream.h"
 #include "output/watchScreen.h"
-#include "verbs/interrupt.h"
+#include "program/interrupt.h"
 #include "verbs/watchRows.h"
 #include "wire/timeUnits.h"
 
@@ -32,7 +32,7 @@ class WatchOutput
 {
 public:
     virtual ~WatchOutput() = default;
-    virtual void show(const News& news, LiveHost& host) = 0;
+    virtual void show(const News& news, HostProgram& host) = 0;
     virtual void end(const LinkFigures& figures) = 0;
 };
 
@@ -48,18 +48,18 @@ public:
         leave();
     }
 
-    void show(const News&, LiveHost& host) override
+    void show(const News&, HostProgram& host) override
     {
-        const qint64 now = host.communication().now();
+        const qint64 now = host.link().now();
         if (now < m_nextFrame) return;
         m_nextFrame = now + REFRESH_MS * MILLISECOND;
-        const std::vector<TagState> states = host.board().tags();
+        const std::vector<TagState> states = host.values().tags();
         std::vector<WatchRow> rows;
         for (size_t i = 0; i < m_tags.size(); ++i)
             rows.push_back(watchRow(m_tags[i], states[i], now));
         winsize size = {};
         ioctl(STDOUT_FILENO, TIOCGWINSZ, &size);
-        put(m_screen.frame(rows, host.board().figures(now),
+        put(m_screen.frame(rows, host.values().figures(now),
                            size.ws_col > 0 ? size.ws_col : int(DEFAULT_COLUMNS),
                            size.ws_row > 0 ? size.ws_row : int(DEFAULT_ROWS)));
     }
@@ -94,7 +94,7 @@ class LineOutput : public WatchOutput
 public:
     LineOutput(const std::vector<Tag>& tags, bool json) : m_tags(tags), m_json(json) {}
 
-    void show(const News& news, LiveHost&) override
+    void show(const News& news, HostProgram&) override
     {
         for (const News::LinkEvent& event : news.linkEvents)
             showEvent(event);
@@ -147,18 +147,18 @@ std::unique_ptr<WatchOutput> chooseOutput(const LinkOptions& options, const std:
 ExitStatus watch(const DriverLibrary& driver, const LinkOptions& options,
                  const std::vector<Tag>& tags, double seconds)
 {
-    LiveHost host(driver, options, tags, true);
+    HostProgram host(driver, options, tags, LinkRun::CYCLIC);
     const qint64 end = qint64(seconds * SECOND);
-    if (seconds > 0) endIn(end - host.communication().now());
+    if (seconds > 0) endIn(end - host.link().now());
     host.connect();
     const std::unique_ptr<WatchOutput> output = chooseOutput(options, tags);
     while (!isToEnd() && !host.isOver() && !isOutputOver()) {
-        const qint64 left = std::max<qint64>(end - host.communication().now(), 0);
+        const qint64 left = std::max<qint64>(end - host.link().now(), 0);
         const int wait = seconds > 0 ? int(std::min<qint64>(left / MILLISECOND + 1, REFRESH_MS))
                                      : int(REFRESH_MS);
         output->show(host.next(wait), host);
     }
-    output->end(host.board().figures(host.communication().now()));
+    output->end(host.values().figures(host.link().now()));
     if (host.isOver()) throw VerbFailure(EXIT_LINK, QLatin1String(SIMULATED_PLC_HAS_ENDED));
     return EXIT_DONE;
 }

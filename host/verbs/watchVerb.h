@@ -1,7 +1,7 @@
 #ifndef WATCH_VERB_H
 #define WATCH_VERB_H
 
-#include "verbs/liveHost.h"
+#include "program/hostProgram.h"
 
 /// Polls the tags and shows what changes until the user stops it: on a terminal as a table, else
 /// one line a change. Ends with the link's figures.

@@ -84,29 +84,29 @@ QString unconfirmed(const Assignment& assigned, const QString& trouble)
 }
 
 /// Hands in the job that writes a group.
-void start(LiveHost& host, int job, const WriteGroup& group,
+void start(HostProgram& host, int job, const WriteGroup& group,
            const std::vector<Assignment>& assignments)
 {
     if (!group.isOneFrame)
-        return host.communication().write(job, elementsOf(assignments[group.tags.front()]));
+        return host.link().write(job, elementsOf(assignments[group.tags.front()]));
     std::vector<Tag> tags;
     std::vector<QByteArray> values;
     for (const size_t index : group.tags) {
         tags.push_back(assignments[index].tag);
         values.push_back(assignments[index].bytes);
     }
-    const RecipePlan plan(tags, DriverSession::LINK_NUMBER);
+    const RecipePlan plan(tags, StartedDriver::LINK_NUMBER);
     RecipeJob recipe;
     recipe.job = job;
     recipe.flag = RECIPE_DOWNLOAD_FLAG;
     recipe.records = plan.downloadRecords();
     recipe.values = plan.buffer(values);
-    host.communication().transfer(recipe);
+    host.link().transfer(recipe);
 }
 
 /// Hands in all writes.
 /// @return the job of each assignment
-std::vector<int> startAll(LiveHost& host, const std::vector<Assignment>& assignments)
+std::vector<int> startAll(HostProgram& host, const std::vector<Assignment>& assignments)
 {
     std::vector<Tag> tags;
     for (const Assignment& assigned : assignments)
@@ -122,7 +122,7 @@ std::vector<int> startAll(LiveHost& host, const std::vector<Assignment>& assignm
 }
 
 /// Tells of each whether it is confirmed.
-ExitStatus write(LiveHost& host, const std::vector<Assignment>& assignments, bool json)
+ExitStatus write(HostProgram& host, const std::vector<Assignment>& assignments, bool json)
 {
     host.connect();
     const std::vector<int> jobs = startAll(host, assignments);
@@ -159,13 +159,13 @@ Assignment assignment(const QString& text, const TagChoice& tags, const DriverLi
     return made;
 }
 
-ExitStatus writeOnce(const DriverLibrary& driver, const LinkOptions& options,
+ExitStatus writeTags(const DriverLibrary& driver, const LinkOptions& options,
                      const std::vector<Assignment>& assignments)
 {
     std::vector<Tag> tags;
     for (const Assignment& assigned : assignments)
         tags.push_back(assigned.tag);
     mustNotShare(tags);
-    LiveHost host(driver, options, tags, false);
+    HostProgram host(driver, options, tags, LinkRun::ON_REQUEST);
     return host.run([&] { return write(host, assignments, options.json); });
 }

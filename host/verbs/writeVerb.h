@@ -1,7 +1,7 @@
 #ifndef WRITE_VERB_H
 #define WRITE_VERB_H
 
-#include "verbs/liveHost.h"
+#include "program/hostProgram.h"
 #include "verbs/tagChoice.h"
 
 /// A value for a tag.
@@ -18,7 +18,7 @@ Assignment assignment(const QString& text, const TagChoice& tags, const DriverLi
 
 /// Writes the values in order and waits until the PLC has confirmed all of them. Throws VerbFailure
 /// when one was not.
-ExitStatus writeOnce(const DriverLibrary& driver, const LinkOptions& options,
+ExitStatus writeTags(const DriverLibrary& driver, const LinkOptions& options,
                      const std::vector<Assignment>& assignments);
 
 #endif

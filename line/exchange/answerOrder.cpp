@@ -31,9 +31,10 @@ bool AnswerOrder::mayCome(const QByteArray& signature) const
                        [&](const Asked& asked) { return answers(signature, asked); });
 }
 
-/// The oldest request that the reply can answer counts as answered, and none behind it: what comes
-/// for those is still expected. A request that was sent several times stays, as its answer may come
-/// as often; an answer to a later one ends it.
+/// The reply counts as the answer to the oldest request that it can answer. No reply to
+/// the requests before it comes any more, so they are dropped. The requests behind it stay
+/// outstanding. A request that was sent several times stays, too, because its answer may come as
+/// often; an answer to a later request ends it.
 AnswerOrder::Taken AnswerOrder::take(const QByteArray& reply)
 {
     Taken taken = {false, false, false, Asked()};

@@ -5,32 +5,38 @@
 
 #include <vector>
 
-/// What one station was asked and may still answer, in the order of asking.
+/// The outstanding requests of one station: the requests that the station may still answer, in the
+/// order in which they were sent.
 ///
-/// It rests on one thing: a station answers its requests in their order, each one once, several
-/// times, late or never. So an answer tells that nothing comes any more for what was asked before.
-/// The answer taken last may come again.
+/// The class relies on one property of a station: it answers its requests in their order, each
+/// request once, several times, late or never. So after an answer no reply to an earlier request
+/// comes any more. Only the last accepted answer may come again.
 ///
-/// Invariants: no two entries have one signature, but for a request that was sent several times,
-/// which is one entry. What is believed answers exactly one entry.
+/// Invariants
+/// - No two entries have the same answer signature. A request that was sent several times is one
+///   entry.
+/// - A reply that counts as sure answers exactly one entry.
 class AnswerOrder
 {
 public:
-    enum { MOST_KEPT = 24 }; ///< entries; when there are as many, the newest is sent again
+    enum { MOST_KEPT = 24 }; ///< entries; in a full list the newest request is sent again
 
+    /// How far the replies fit the requests; a greater value is a greater doubt.
     enum Doubt {
-        IN_STEP,     ///< all that came was asked for
-        CAME_AGAIN,  ///< an answer came twice, or noise did: the request in flight is still sure
-        UNEXPLAINED, ///< nobody asked for what came, or what was asked before is not known
+        IN_STEP,     ///< every reply answered a request
+        CAME_AGAIN,  ///< an answer came twice, or noise came; an answer to the request in flight is
+                     ///< still sure
+        UNEXPLAINED, ///< a reply came that no request asked for, or earlier requests are not known
     };
 
+    /// An outstanding request.
     struct Asked
     {
-        QByteArray sent; ///< as it went over the line
-        qint64 at;       ///< when it had ended there, in microseconds
-        int times;       ///< how often it was sent
+        QByteArray sent; ///< the bytes that went over the line
+        qint64 at;       ///< time at which the last byte had left, in microseconds
+        int times;       ///< number of times that it was sent
         quint64 request; ///< number of the caller's request; 0: a fence
-        bool isCopyDue;  ///< the link may return it, in the bytes of its answer
+        bool isCopyDue;  ///< an echoing link may return the request, with the bytes of its answer
 
         bool isFence() const
         {
@@ -38,57 +44,69 @@ public:
         }
     };
 
+    /// The meaning of a reply.
     struct Taken
     {
-        bool isAsked; ///< it answers a request, `asked`
-        bool isCopy;  ///< it is what the link returned of a request
-        bool isSure;  ///< it can answer nothing else
+        bool isAsked; ///< the reply answers the request `asked`
+        bool isCopy;  ///< the reply is the link's copy of a request, not an answer
+        bool isSure;  ///< the reply can answer no other request
         Asked asked;
     };
 
-    /// Of a link that was just opened nothing is known.
+    /// Starts in doubt: another program may have sent requests before.
     AnswerOrder() : m_doubt(UNEXPLAINED) {}
 
+    /// True when the station is in step and no request is outstanding.
     bool isClean() const
     {
         return m_doubt == IN_STEP && m_asked.empty();
     }
 
+    /// True when a reply may belong to an unknown request.
     bool isUnexplained() const
     {
         return m_doubt == UNEXPLAINED;
     }
 
+    /// True when the list holds MOST_KEPT entries.
     bool isFull() const
     {
         return m_asked.size() >= MOST_KEPT;
     }
+
+    /// The request that was sent last. The list must not be empty.
     const Asked& newest() const
     {
         return m_asked.back();
     }
 
+    /// Raises the doubt, never lowers it. Only the answer to a fence, in take(), lowers it.
     void doubt(Doubt doubt)
     {
         m_doubt = qMax(m_doubt, doubt);
     }
 
-    /// @param isCopyDue  the first copy of it is no answer
+    /// Notes a request that was sent.
+    /// @param sent       its bytes
+    /// @param at         time at which the last byte has left, in microseconds
+    /// @param request    number of the caller's request; 0: a fence
+    /// @param isCopyDue  the link echoes: the first reply with these bytes is a copy, not an answer
     void ask(const QByteArray& sent, qint64 at, quint64 request, bool isCopyDue = false);
 
-    /// A whole reply of the station came.
+    /// Matches a whole reply of the station with the outstanding requests, and updates the doubt.
     Taken take(const QByteArray& reply);
 
-    /// A reply of this signature may come without being asked for, or answers an entry.
+    /// True when a reply with this signature may still come: it answers an outstanding request, or
+    /// is a second copy of an earlier reply.
     bool mayCome(const QByteArray& signature) const;
 
-    /// The answer taken last has this signature, and may come again.
+    /// True when the last accepted answer has this signature. It may come again.
     bool isLastAnswer(const QByteArray& signature) const
     {
         return signature == m_last;
     }
 
-    /// The request has the bytes of the one whose answer was taken last.
+    /// True when the request has the same bytes as the request that was answered last.
     bool isLast(const QByteArray& request) const
     {
         return request == m_lastRequest;
@@ -99,9 +117,10 @@ private:
 
     std::vector<Asked> m_asked; ///< oldest first
     Doubt m_doubt;
-    QByteArray m_last;                 ///< signature of the answer taken last
-    QByteArray m_lastRequest;          ///< what it answered
-    std::vector<QByteArray> m_unasked; ///< signatures that came unexplained since all was in step
+    QByteArray m_last;                 ///< signature of the last accepted answer
+    QByteArray m_lastRequest;          ///< the request that was answered last
+    std::vector<QByteArray> m_unasked; ///< signatures of the replies since the last IN_STEP that no
+                                       ///< request asked for
 };
 
 #endif

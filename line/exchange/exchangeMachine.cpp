@@ -11,8 +11,9 @@ namespace {
 
 const qint64 LONG_AGO = std::numeric_limits<qint64>::min() / 2;
 const qint64 NOTED = std::numeric_limits<qint64>::max();
-// A plan of one block asks the same again and again. A register more costs two bytes, and nothing
-// on a network; a fence costs an exchange.
+// A plan of one block repeats the same read. One register more costs two bytes on a line, and
+// nothing on a network; a fence costs a whole exchange. So the same read may be repeated for these
+// times.
 const qint64 ALIKE_FOR = 100 * MILLISECOND;
 const qint64 ALIKE_WITHOUT_FENCE = SECOND;
 
@@ -77,14 +78,15 @@ void ExchangeMachine::start(const QByteArray& request, bool isRepeat, qint64 now
     begin(job, now);
 }
 
-/// A request may be between two attempts.
+/// Keeps wasSent: a fence may go out between two attempts of a request.
 void ExchangeMachine::startFence(int number, qint64 wait, qint64 now)
 {
     const Job job = {number, QByteArray(), 0, wait, m_job.wasSent, 0, 0};
     begin(job, now);
 }
 
-/// A fence may still be awaited whose request was answered ahead of it: the job waits for its end.
+/// When the machine is not IDLE, it still waits for the answer to a fence: the request behind the
+/// fence was answered by an earlier attempt. The new job begins after the end of that wait.
 void ExchangeMachine::begin(const Job& job, qint64 now)
 {
     m_job = job;
@@ -120,9 +122,10 @@ void ExchangeMachine::linkOpened(qint64 now)
         at->second.order.doubt(AnswerOrder::UNEXPLAINED);
 }
 
-// What is sent
+// Sending
 
-/// The request as it may go out now: itself, or one register longer; empty when a fence goes first.
+/// The form in which the request may go out now: unchanged, or with one register more. Empty: a
+/// fence must go first.
 QByteArray ExchangeMachine::requestFor(const Job& job, Station& station, qint64 now) const
 {
     if (job.request.isEmpty() || !station.order.isClean()) return QByteArray();
@@ -135,7 +138,8 @@ QByteArray ExchangeMachine::requestFor(const Job& job, Station& station, qint64 
     return mayBeAlike(job, station, now, ALIKE_WITHOUT_FENCE) ? job.request : QByteArray();
 }
 
-/// Two answers to one request differ in their age alone, so they may look alike for so long.
+/// True when the answer may look like the answer before. This is safe for up to `longest`
+/// microseconds: both answer the same request, so they differ only in their age.
 bool ExchangeMachine::mayBeAlike(const Job& job, const Station& station, qint64 now,
                                  qint64 longest) const
 {
@@ -143,8 +147,8 @@ bool ExchangeMachine::mayBeAlike(const Job& job, const Station& station, qint64 
            now < station.differedAt + longest;
 }
 
-/// Bytes that are left may be the begin of an answer whose rest comes late: they are kept. What
-/// they leave in doubt is noted here.
+/// Sends a fence or the request of the job. Received bytes that make no frame are kept: they may be
+/// the start of an answer whose rest comes late. The doubt that they cause is noted here.
 void ExchangeMachine::sendNext(qint64 now, Step& step)
 {
     if (!m_received.isEmpty()) noteJunk(true);
@@ -175,7 +179,8 @@ void ExchangeMachine::sendFence(qint64 now, Step& step)
     m_isFenceSent = step.isFence = true;
 }
 
-/// @param wait  until the answer begins
+/// Hands a frame to the caller for sending, and sets the deadline for its answer.
+/// @param wait  longest time until the answer begins
 void ExchangeMachine::put(const QByteArray& bytes, qint64 wait, qint64 now, Step& step)
 {
     step.send = m_sent = bytes;
@@ -187,7 +192,7 @@ void ExchangeMachine::put(const QByteArray& bytes, qint64 wait, qint64 now, Step
     m_state = AWAITING;
 }
 
-// What ends
+// Ends
 
 qint64 ExchangeMachine::dueTime() const
 {
@@ -206,7 +211,7 @@ ExchangeMachine::Step ExchangeMachine::advance(qint64 now)
     return step;
 }
 
-/// The present state has lasted as long as it may.
+/// The present state has reached its deadline.
 void ExchangeMachine::runOut(qint64 now)
 {
     switch (m_state) {
@@ -225,8 +230,8 @@ void ExchangeMachine::runOut(qint64 now)
     }
 }
 
-/// An attempt ends with a fence that met silence. Bytes show that the station, or noise, is there:
-/// it goes on with another fence.
+/// When the station did not answer a fence and no byte came, the attempt ends. When bytes came, the
+/// station or noise is there: the attempt goes on with another fence.
 void ExchangeMachine::giveUpWaiting(qint64 now)
 {
     m_state = IDLE;

@@ -9,37 +9,53 @@
 #include <map>
 #include <vector>
 
-/// How an exchange ended.
+/// The end of an exchange.
 enum ExchangeEnd {
-    END_ANSWERED,
+    END_ANSWERED,  ///< the station answered
     END_REFUSED,   ///< the station answered with an exception
-    END_UNUSABLE,  ///< bytes came, but no answer to believe; or the line was never quiet
-    END_SILENT,    ///< nothing came
-    END_BROADCAST, ///< sent to all stations, which answer nothing
-    END_LATE,      ///< an answer to a request that had ended before: the station is there
+    END_UNUSABLE,  ///< bytes came, but no answer that is sure; or the line was never quiet
+    END_SILENT,    ///< no byte came
+    END_BROADCAST, ///< the request went to all stations; no station answers it
+    END_LATE,      ///< an answer came to a request that had ended before: the station is there
 };
 
+/// An entry of takeEnded().
 struct EndedExchange
 {
-    bool isFence; ///< of the machine's own, or of startFence()
+    bool isFence; ///< a fence ended: the machine's own fence, or the fence of startFence()
     int station;  ///< 0 to 255
     ExchangeEnd end;
-    bool wasSent;     ///< the request itself went out, be it at an earlier attempt
-    QByteArray reply; ///< of the caller's request, with END_ANSWERED or END_REFUSED: the whole
-                      ///< reply, cut to what the request asks for; else empty
-    qint64
-        replyTime; ///< microseconds from the request's end to the end of its reply; -1: not known
+    bool wasSent;     ///< the request itself went out, in this attempt or an earlier one
+    QByteArray reply; ///< to the caller's request, with END_ANSWERED or END_REFUSED: the whole
+                      ///< reply, without the registers that the request did not ask for; else empty
+    qint64 replyTime; ///< microseconds from the end of the request to the end of its reply; -1: not
+                      ///< known
 };
 
-/// Whether the link returns what is sent ahead of the answer, as two-wire adapters do.
+/// Whether the link returns each request ahead of its answer, as two-wire adapters do.
 enum EchoMode { ECHO_UNKNOWN, ECHO_ABSENT, ECHO_PRESENT };
 
-/// The exchange of requests and replies without any I/O: bytes and times go in, bytes and deadlines
-/// come out, so that a serial port, a socket and a test drive the same one. Times are microseconds
-/// of any clock that never goes back. One thread calls it.
+/// The exchange of requests and replies on one link, without I/O. Bytes and times go in, bytes and
+/// deadlines come out. So a serial port, a socket and a test drive the same code. Times are
+/// microseconds of a clock that never goes back. One thread makes all calls.
 ///
-/// It keeps the silent intervals, picks answers out of stray bytes, lets no chatter extend a
-/// time-out, and believes an answer only when it can be nothing else.
+/// The machine keeps the silent intervals and picks answers out of stray bytes. No chatter extends
+/// a time-out. The machine believes an answer only when it can answer no other request.
+///
+/// How a host uses it
+///
+///     machine.linkOpened(now);
+///     machine.start(request, false, now);
+///     repeat: step = machine.advance(now); send step.send; look at machine.takeEnded();
+///             wait until step.wakeAt, or for bytes, and pass them to machine.received()
+///
+/// Words
+/// - A station is in step while it has answered every request; otherwise it is in doubt.
+/// - A fence is a read that the machine adds to bring a station into step, see FenceChoice.
+/// - A signature is the part of a reply that identifies its request, see replyFrames.h.
+/// - A job is the request or the fence that the caller started.
+///
+/// States
 ///
 ///     start()          quiet long enough             answered in step
 ///   IDLE -----> QUIET -------------------> AWAITING -----------------> IDLE
@@ -50,15 +66,20 @@ enum EchoMode { ECHO_UNKNOWN, ECHO_ABSENT, ECHO_PRESENT };
 ///                  a fence was answered: now the request
 ///                QUIET ---> PAUSING ---> IDLE        a broadcast, then its turnaround
 ///
-/// DRAINING goes back to QUIET when bytes came though the fence was not answered, up to 4 fences an
-/// attempt. AWAITING does when an answer may be another's, or a longer read was refused.
+/// - QUIET waits for the silent interval before a frame. AWAITING waits for the answer. After a
+///   time-out DRAINING waits until the line is quiet. PAUSING is the pause after a broadcast.
+/// - DRAINING goes back to QUIET when bytes came although the station did not answer the fence.
+///   This happens for up to 4 fences in one attempt.
+/// - AWAITING goes back to QUIET also when an answer may belong to another request, and when the
+///   station refused a longer read.
 ///
-/// The machine chooses at the end of QUIET what to send: the request, when the station is in step
-/// and the answer cannot be mistaken; else a fence, a read whose length no other expected reply
-/// has. A station answers in order. So when it answers the fence, each earlier request is answered
-/// or lost.
+/// At the end of QUIET the machine chooses the frame to send. It sends the request when the station
+/// is in step and the answer cannot be mistaken. Otherwise it sends a fence: a read whose length no
+/// other expected reply has. A station answers in order. So when it answers the fence, each earlier
+/// request is answered or lost.
 ///
-/// Timelines. R, S: requests of the caller; F: a fence; r, s, f: their answers.
+/// Timelines. R, S, T, A, B: requests of the caller; F: a fence; small letters: their answers; x:
+/// no answer in time; !: a refusal.
 ///
 ///   a late answer      host  R--------F1------------S---        r is the answer to R when R is
 ///   behind one retry   PLC         x     r  f1         s        asked again, and dropped otherwise
@@ -76,104 +97,118 @@ enum EchoMode { ECHO_UNKNOWN, ECHO_ABSENT, ECHO_PRESENT };
 ///   may be another's   PLC        !R     f2    s                answer f2 tells that all is over
 ///
 /// Invariants
-/// - A request is sent only to a station of which nothing is outstanding. Its answer has another
-///   signature than the answer taken last; else one register more is read, or a fence goes first.
-///   One exception is a read that repeats the request answered last: it may go out unchanged for
-///   0.1 s on a line, and for 1 s where no longer read is possible. Its value may be older by that
-///   time, but never another address's.
-/// - No fence has the signature of anything that may still come, nor of the request behind it.
-/// - Where the link echoes, or may, no write is confirmed by the first copy of itself.
-/// - A request of the caller ends once; linkLost() alone drops it without an end.
+/// - A request goes only to a station without outstanding requests. The signature of its answer
+///   differs from the signature of the last accepted answer. Where it would not differ, the machine
+///   reads one register more, or sends a fence first.
+/// - One exception: a read that repeats the last answered request may go out unchanged for 0.1 s
+///   on a line, and for 1 s where no longer read is possible. Its value may be older by that time.
+///   It is never the value of another address.
+/// - The signature of a fence's answer differs from the signature of every reply that may still
+///   come, and of the answer to the request behind the fence.
+/// - On a link that echoes, or may echo, the first copy of a write does not confirm the write.
+/// - Each request of the caller ends once. Two calls drop the request under way without an end:
+///   linkLost(), and a start while the machine is not free.
 class ExchangeMachine
 {
 public:
+    /// Times are in microseconds.
     struct Settings
     {
-        qint64 answer;     ///< longest that a station takes to begin its answer, as far as is known
+        qint64 answer; ///< longest time that a station takes to begin its answer; over a network,
+                       ///< to finish it. The time-out before answers have been measured, and its
+                       ///< lower limit afterwards.
         qint64 turnaround; ///< pause after a broadcast
-        EchoMode echo;     ///< ECHO_UNKNOWN: the fences find out
+        EchoMode echo;     ///< with ECHO_UNKNOWN the fences find out whether the link echoes
         unsigned seed;     ///< see FenceChoice
 
         Settings() : answer(500000), turnaround(100000), echo(ECHO_UNKNOWN), seed(0) {}
     };
 
+    /// The result of advance().
     struct Step
     {
-        QByteArray send; ///< to be sent now, in one piece; empty: nothing
-        bool isFence;    ///< what is to be sent is a fence
-        bool isIdle;     ///< nothing happens before a call of start(), startFence() or received()
-        qint64 wakeAt;   ///< when to call advance() again; means nothing when idle
+        QByteArray send; ///< bytes to send now, in one piece; empty: send nothing
+        bool isFence;    ///< the bytes to send are a fence
+        bool isIdle;     ///< no deadline is pending: wait for start(), startFence() or received()
+        qint64 wakeAt;   ///< time of the next call of advance(); means nothing when idle
     };
 
     ExchangeMachine(const LineTiming& timing, const Settings& settings);
 
     /// True when start() and startFence() may be called. A call at any other time replaces the
-    /// request under way, which then has no end. advance() goes on either way.
+    /// request under way, which then has no end. Go on calling advance() in both cases.
     bool isFree() const
     {
         return !m_hasJob;
     }
 
-    /// One attempt of a request: a read or write of the driver with its checksum, 8 bytes or more,
-    /// functions 3 to 6, 15 or 16. A write to station 0 is a broadcast.
-    /// @param isRepeat  the same bytes as at the last start(), whose end was no answer: an answer
-    /// to
-    ///                  an earlier attempt serves as well
+    /// Starts one attempt of a request.
+    /// @param request   a read or write of the driver with its checksum: 8 bytes or more,
+    ///                  functions 3 to 6, 15 or 16. A write to station 0 is a broadcast.
+    /// @param isRepeat  the request has the same bytes as at the last start(), and that attempt
+    ///                  had no answer. Then an answer to an earlier attempt serves as well.
     void start(const QByteArray& request, bool isRepeat, qint64 now);
 
-    /// Asks whether a station is there; its answer usually brings it into step. It ends with an
-    /// entry that has isFence and the station, as fences ahead of a request do.
-    /// @param number   of the station, 1 to 247
-    /// @param wait  for its answer; 0: as long as for any
+    /// Sends a fence to find out whether a station is there. The answer usually brings the station
+    /// into step. The end is an entry of takeEnded() with isFence and the station, as for a fence
+    /// ahead of a request.
+    /// @param number  number of the station, 1 to 247
+    /// @param wait    time-out in microseconds; 0: the station's usual time-out
     void startFence(int number, qint64 wait, qint64 now);
 
-    /// Does what is due, up to the next bytes to send. Call it at wakeAt, and after each other
-    /// call. As long as takeEnded() has something, wakeAt is now.
+    /// Does the work that is due at `now`, up to the next bytes to send. Call it at wakeAt, and
+    /// after each call of another function. While takeEnded() has entries, wakeAt is now.
     Step advance(qint64 now);
 
+    /// Takes received bytes, in pieces of any size. Call it as soon as the bytes arrive: `now` is
+    /// the time of their arrival.
     void received(const QByteArray& bytes, qint64 now);
 
-    /// The link is gone. The request under way is dropped without an end: the driver, which is told
-    /// nothing, offers it again. Start it as no repeat after linkOpened().
+    /// Call it when a read or write of the port has failed. The request under way is dropped
+    /// without an end. The driver learns nothing of this and offers the request again: start it
+    /// with isRepeat false after linkOpened().
     void linkLost();
 
-    /// A link was opened, or another program had the line: no station is in step, and whether the
-    /// link echoes is not known. A request under way goes on behind a fence.
+    /// Call it after the port was opened, and when another program may have used the line. All
+    /// stations are in doubt then, and the echo is what Settings say. A request under way goes on
+    /// behind a fence.
     void linkOpened(qint64 now);
 
-    /// What has ended since the last call, oldest first.
+    /// The exchanges that ended since the last call, oldest first.
     std::vector<EndedExchange> takeEnded();
 
+    /// Whether the link echoes, as far as it is known.
     EchoMode echo() const
     {
         return m_echo;
     }
 
-    /// The time-out that fits a station's answers.
+    /// The present time-out of a station: microseconds from the end of a request to the latest
+    /// start of its answer.
     qint64 timeOut(int number);
 
 private:
     enum State { IDLE, QUIET, AWAITING, DRAINING, PAUSING };
-    enum { NOT_KNOWN = -1 }; ///< a time
+    enum { NOT_KNOWN = -1 }; ///< in place of a time
 
     struct Station
     {
         AnswerOrder order;
         AnswerTime time;
         FenceChoice fences;
-        bool takesLonger;  ///< reads of one register more than asked for
-        qint64 differedAt; ///< when it was asked last what cannot be mistaken for the answer before
+        bool takesLonger;  ///< the station accepts reads with one register more
+        qint64 differedAt; ///< time of the last request whose answer differs from the last answer
     };
 
     struct Job
     {
         int station;
-        QByteArray request; ///< empty: the fence alone
-        quint64 number;
-        qint64 wait; ///< for a fence alone; 0: as long as for any
-        bool wasSent;
-        int rounds; ///< what was answered, and led to no end
-        int fences; ///< that were not answered, at this attempt
+        QByteArray request; ///< empty: the job is a fence alone
+        quint64 number;     ///< of the caller's request; 0: the job is a fence alone
+        qint64 wait;        ///< time-out of a fence alone; 0: the station's usual time-out
+        bool wasSent;       ///< the request itself went out
+        int rounds;         ///< answers in this attempt that did not end the job
+        int fences;         ///< fences in this attempt that were not answered
     };
 
     Station& station(int number);
@@ -214,18 +249,20 @@ private:
     Job m_job;
     quint64 m_lastNumber; ///< of the caller's requests
 
-    QByteArray m_sent; ///< what is awaited
-    bool m_isFenceSent;
-    bool m_isCopyDue; ///< the link may return m_sent
-    int m_noise;      ///< bytes since then that were part of no frame
-    qint64 m_sentAt;  ///< when it had ended on the line
-    qint64 m_deadline;
+    QByteArray m_sent;  ///< the last frame sent; AWAITING and DRAINING wait for its answer
+    bool m_isFenceSent; ///< m_sent is a fence
+    bool m_isCopyDue;   ///< the link may return m_sent
+    int m_noise;        ///< bytes since m_sent that were part of no frame
+    qint64 m_sentAt;    ///< time at which the last byte of m_sent has left
+    qint64 m_deadline;  ///< latest end of the present state
 
-    QByteArray m_received; ///< what makes no whole frame yet
-    qint64 m_firstAt;      ///< when its first byte came, unless what that means is noted
-    qint64 m_heard;        ///< bytes that came since the job began, but for copies of what was sent
-    qint64 m_lineBusyUntil;
-    std::vector<EndedExchange> m_ended;
+    QByteArray m_received; ///< bytes that make no whole frame yet
+    qint64 m_firstAt;      ///< arrival of the first byte of m_received; NOTED: the doubt that these
+                           ///< bytes cause is already noted
+    qint64 m_heard;        ///< bytes received since the job began, without copies of sent frames
+    qint64 m_lineBusyUntil; ///< the line carries bytes until then, as far as is known
+
+    std::vector<EndedExchange> m_ended; ///< for takeEnded()
 };
 
 #endif

@@ -25,13 +25,14 @@ QByteArray FenceChoice::fenceOf(int station, int registers) const
     }
 }
 
-/// The shortest free length takes the least of the line. Where an earlier program may have asked,
-/// it is no length that this one would have begun with. There are more lengths than may be taken,
-/// so a free one is found.
+/// The shortest free length costs the least time on the line. While unknown requests may be
+/// outstanding, the lengths begin at the seed instead: an earlier program's fences may have had the
+/// short lengths, and their answers may still come. The loop finds a length, see MOST_REGISTERS.
 QByteArray FenceChoice::next(int station, const AnswerOrder& order, const QByteArray& ahead)
 {
     if (order.isFull()) return order.newest().sent;
-    // The same refusal once more would not count, so the other function asks.
+    // A second refusal with the same signature would not count, so the fence asks with the other
+    // function.
     for (int place = 0; place < PLACES && order.isLastAnswer(refusalSignature(fenceOf(station, 1)));
          ++place)
         failed();

@@ -3,38 +3,42 @@
 
 #include "exchange/answerOrder.h"
 
-/// Chooses the fences of one station: reads whose answer can be told from every other that may
-/// come, by its length.
+/// Chooses the fences of one station. A fence is a read. The length of its answer differs from the
+/// length of every other reply that may come.
 ///
-/// The registers come from the start of an area, or from where the station answered a read before.
-/// Where one place is refused or not answered, the next fence asks at another one.
+/// The fence reads from the start of the markers, from the start of the inputs, or from a register
+/// that the station has served before. When the station refuses a fence or does not answer it, the
+/// next fence reads from the next of these places.
 class FenceChoice
 {
 public:
-    /// More than can be taken: by entries, by what came unasked, by the answer taken last and by
-    /// the request behind the fence.
+    /// The longest fence. A list that is not full has fewer than MOST_KEPT outstanding requests,
+    /// and at most MOST_KEPT unasked replies are kept. Each of them, the last accepted answer and
+    /// the request behind the fence occupy one length. So one length is always free.
     enum { MOST_REGISTERS = 2 * AnswerOrder::MOST_KEPT + 2 };
 
-    /// @param seed  where the lengths begin as long as nothing is known of the station. Two
-    /// programs
-    ///              that follow one another on a line should have different ones.
+    /// @param seed  the first length while unknown requests may be outstanding. Two programs that
+    ///              use a line one after the other should have different seeds.
     explicit FenceChoice(unsigned seed) : m_place(0), m_seed(seed) {}
 
-    /// @param ahead  the request that is to follow, whose answer differs as well; or empty
+    /// The next fence.
+    /// @param order  the outstanding requests of the station
+    /// @param ahead  the request that follows the fence; its answer has another length. Empty: none
     QByteArray next(int station, const AnswerOrder& order, const QByteArray& ahead);
 
-    /// The last fence was refused, or not answered.
+    /// Tells that the station refused the last fence, or did not answer it.
     void failed();
 
-    /// The station answered this request. A write is no place to read from.
+    /// Tells that the station answered this request. A read becomes a place for fences; a write
+    /// does not.
     void noteServed(const QByteArray& request);
 
 private:
     QByteArray fenceOf(int station, int registers) const;
 
-    int m_place;
+    int m_place; ///< index of the place to read from
     unsigned m_seed;
-    QByteArray m_served;
+    QByteArray m_served; ///< the last read that the station answered; empty: none
 };
 
 #endif

@@ -1,4 +1,5 @@
-// What comes: the part of the exchange machine that sorts bytes into answers and believes them.
+// Receiving: the part of the exchange machine that finds frames among the received bytes and
+// decides which frame answers the request.
 
 #include "exchange/exchangeMachine.h"
 
@@ -10,9 +11,9 @@
 namespace {
 
 enum {
-    MOST_HELD = 1024, // four times the longest frame, so that chatter takes no memory
-    MOST_ROUNDS = 3,
-    SHORTEST_COPY = 4 // of a request, damaged on its way
+    MOST_HELD = 1024, // bytes, four times the longest frame: chatter must not fill the memory
+    MOST_ROUNDS = 3,  // answers that do not end the job, in one attempt
+    SHORTEST_COPY = 4 // bytes that remain of a copy that was damaged on its way
 };
 
 } // namespace
@@ -26,7 +27,7 @@ void ExchangeMachine::received(const QByteArray& bytes, qint64 now)
     sortOut(now);
 }
 
-/// Takes whole frames out of what came. What lies ahead of one is noise.
+/// Takes whole frames out of the received bytes. Bytes ahead of a frame are noise.
 void ExchangeMachine::sortOut(qint64 now)
 {
     for (int at = 0; at + SHORTEST_FRAME <= m_received.size();) {
@@ -54,8 +55,8 @@ void ExchangeMachine::sortOut(qint64 now)
     if (m_state != AWAITING && m_state != DRAINING && !m_received.isEmpty()) noteJunk(true);
 }
 
-/// What is awaited begins here and is not whole. What lies behind is its data, and may look like a
-/// frame.
+/// True when the awaited answer begins at `at` and is not whole yet. The bytes behind are its data,
+/// so a frame that begins among them must not be taken.
 bool ExchangeMachine::isBegunAt(int at) const
 {
     return (m_state == AWAITING || m_state == DRAINING) &&
@@ -63,8 +64,10 @@ bool ExchangeMachine::isBegunAt(int at) const
            m_received.mid(at).startsWith(answerSignature(m_sent));
 }
 
-/// The copy of a read is no reply, so it shows that the link echoes. A copy that looks like the
-/// answer is left to the order, as it may come when something else was sent.
+/// The length of the sent frame's copy that begins at `at`; 0: no copy begins there. No reply to a
+/// read looks like the read itself, so such a copy shows that the link echoes. The copy of a write
+/// of one register or coil looks like its answer: AnswerOrder tells the two apart, because the copy
+/// may come after another frame was sent.
 int ExchangeMachine::copyLengthAt(int at) const
 {
     if (!m_isCopyDue || (!isRead(m_sent) && m_echo != ECHO_PRESENT)) return 0;
@@ -72,8 +75,9 @@ int ExchangeMachine::copyLengthAt(int at) const
     return m_received.mid(at, m_sent.size()) == m_sent ? int(m_sent.size()) : 0;
 }
 
-/// Bytes that are no frame. While an answer is awaited a line may be noisy; at any other time they
-/// may be the rest of an answer that nobody asked for.
+/// Notes bytes that are part of no frame. Around an awaited answer they may be noise of the line.
+/// At any other time they may be the rest of an answer that the host did not expect.
+/// @param isUnasked  the bytes came at another time, so they put the station in doubt
 void ExchangeMachine::noteJunk(bool isUnasked)
 {
     if (!isUnasked || m_sent.isEmpty()) return;
@@ -104,7 +108,8 @@ void ExchangeMachine::takeReply(const QByteArray& reply, qint64 now)
         takeRequestAnswer(taken, reply, now);
 }
 
-/// The answer to an earlier fence shows that the station is there; the newest one's is to come.
+/// The answer to an earlier fence shows that the station is there, so the machine goes on waiting
+/// for the answer to the newest fence.
 void ExchangeMachine::takeFenceAnswer(const AnswerOrder::Taken& taken, const QByteArray& reply,
                                       qint64 now)
 {
@@ -129,15 +134,16 @@ void ExchangeMachine::takeFenceAnswer(const AnswerOrder::Taken& taken, const QBy
         endJob(END_UNUSABLE);
 }
 
-/// A fence that came back without its own copy: the link returns nothing. Noise of a copy's length
-/// leaves it open.
+/// The station answered a fence, and no copy of the fence came: the link does not echo. Noise may
+/// have been a damaged copy, so SHORTEST_COPY or more bytes of noise leave the question open.
 void ExchangeMachine::learnEcho()
 {
     if (m_echo == ECHO_UNKNOWN && m_isCopyDue && m_noise < SHORTEST_COPY) m_echo = ECHO_ABSENT;
 }
 
-/// An answer that may be another's counts for the order alone: the request is asked again behind a
-/// fence. So is one whose longer form was refused.
+/// An answer that may belong to another request only updates the order; the machine asks the
+/// request again behind a fence. It also asks again when the station refused the longer form of the
+/// request.
 void ExchangeMachine::takeRequestAnswer(const AnswerOrder::Taken& taken, const QByteArray& reply,
                                         qint64 now)
 {

@@ -3,10 +3,11 @@
 
 enum ExceptionCode { STILL_WORKING = 5, DEVICE_BUSY = 6 };
 
-/// The code says nothing against the request itself: it is worth asking again later.
+/// True for STILL_WORKING and DEVICE_BUSY. The station does not object to the request itself, so
+/// the same request may succeed later.
 bool isAskedAgain(int code);
 
-/// An exception code in words (MODBUS Application Protocol V1.1b3, 7).
+/// An exception code, 0 to 255, in words (MODBUS Application Protocol V1.1b3, 7).
 const char* exceptionText(int code);
 
 #endif

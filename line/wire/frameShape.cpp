@@ -2,7 +2,7 @@
 
 namespace {
 
-/// Of the first `count` bytes (MODBUS over Serial Line V1.02, 6.2.2).
+/// The checksum of the first `count` bytes (MODBUS over Serial Line V1.02, 6.2.2).
 unsigned checksumOf(const QByteArray& bytes, int count)
 {
     unsigned remainder = 0xFFFF;

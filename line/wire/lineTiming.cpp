@@ -56,7 +56,8 @@ LineTiming::LineTiming(int baud, int bitsPerCharacter)
 {
 }
 
-/// Characters of no bits take no time at any speed whose silent interval is counted in characters.
+/// A character without bits takes no time. The baud rate must be one whose silent interval is
+/// counted in characters: above it the interval is fixed and would not be 0.
 LineTiming LineTiming::network()
 {
     return LineTiming(FASTEST_COUNTED_BAUD, 0);

@@ -6,7 +6,7 @@ namespace {
 
 enum { SIGNATURE_OF_READ = 3, SIGNATURE_OF_WRITE = 6, SIGNATURE_OF_REFUSAL = 2 };
 
-/// By the first three bytes; 0 when no reply begins with them.
+/// The length of a reply, from its second and third byte; 0 when no reply has these bytes.
 int lengthByShape(int function, int third)
 {
     switch (function & ~int(EXCEPTION_BIT)) {

@@ -75,7 +75,7 @@ void plan(FuzzHost& host, FuzzInput& input, int kind, const Request& request)
     case FRAME_WRITE:
         host.write(request.station, request.area, request.addr, 1, input.bytes(2));
         return;
-    case FRAME_CONDITIONAL_READ:
+    case FRAME_ONE_SHOT_READ:
         return readOnce(request);
     case FRAME_CYCLIC_READ:
         return poll(request);

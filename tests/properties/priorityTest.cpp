@@ -22,7 +22,7 @@ public:
         if (exchanged.given == 0 || exchanged.kind == FRAME_CYCLIC_READ) {
             m_writes = 0;
             m_frames = 0;
-        } else if (exchanged.kind == FRAME_WRITE || exchanged.kind == FRAME_CONDITIONAL_READ) {
+        } else if (exchanged.kind == FRAME_WRITE || exchanged.kind == FRAME_ONE_SHOT_READ) {
             m_writes += exchanged.kind == FRAME_WRITE ? 1 : 0;
             ++m_frames;
         }
@@ -147,7 +147,7 @@ RC_GTEST_PROP(AOneShotRead, GoesOutBeforeACyclicReadUnlessThreeFramesWereAhead, 
             RC_ASSERT(ahead >= int(BEFORE_ONE_SHOT));
             tally("cyclic reads before a waiting one");
         }
-        if (done.kind == FRAME_CONDITIONAL_READ && !done.again) {
+        if (done.kind == FRAME_ONE_SHOT_READ && !done.again) {
             RC_ASSERT(ahead < int(BEFORE_ONE_SHOT));
             tally("one-shot reads");
         }

@@ -198,7 +198,7 @@ TEST_P(Faults, LeaveEveryTagRightAndEveryWriteAccountedFor)
     std::vector<TagState> states;
     WriteLedger ledger;
     {
-        Communication::Settings settings = PollingHost::settings(plc.opener(), ANSWER_MS, ATTEMPTS);
+        LinkThread::Settings settings = PollingHost::settings(plc.opener(), ANSWER_MS, ATTEMPTS);
         settings.timing = timingOf(GetParam());
         PollingHost host(settings, tags);
         Writer writer(host, tags);

@@ -29,16 +29,16 @@ enum {
 
 using Clock = std::chrono::steady_clock;
 
-Communication::OpenLink networkOpener(int port)
+LinkThread::OpenLink networkOpener(int port)
 {
     return [port] {
         return std::unique_ptr<Link>(new TcpLink(QString::fromLatin1("127.0.0.1"), port));
     };
 }
 
-Communication::Settings networkSettings(int port)
+LinkThread::Settings networkSettings(int port)
 {
-    Communication::Settings settings = PollingHost::settings(networkOpener(port), QUICK_ANSWER_MS);
+    LinkThread::Settings settings = PollingHost::settings(networkOpener(port), QUICK_ANSWER_MS);
     settings.timing = LineTiming::network();
     settings.firstPauseMs = QUICK_PAUSE_MS;
     return settings;
@@ -85,7 +85,7 @@ int deadPort()
     return FickleServer(ANSWERS).port();
 }
 
-std::string openingFailure(const Communication::OpenLink& open)
+std::string openingFailure(const LinkThread::OpenLink& open)
 {
     try {
         open();
@@ -143,7 +143,7 @@ TEST(UnpluggedAdapter, IsToldOnceAndQueuedWritesAreConfirmedWhenItIsBack)
     const std::vector<Tag> tags = tagsFrom({"MW100", "MW102", "QX4.1"});
     auto plc = std::make_unique<SimulatorProcess>(arguments);
     std::atomic<int> openings{0};
-    Communication::Settings settings = PollingHost::settings([&openings, path] {
+    LinkThread::Settings settings = PollingHost::settings([&openings, path] {
         ++openings;
         return std::unique_ptr<Link>(new SerialLink(path, LineSettings()));
     });
@@ -191,7 +191,7 @@ TEST(PeerThatNeverAnswers, IsASilentStationAndNotALostLink)
 TEST(PeerThatNeverAnswers, GetsANewConnectionAfterAWhile)
 {
     FickleServer server(FickleServer::NO_ANSWERS);
-    Communication::Settings settings = networkSettings(server.port());
+    LinkThread::Settings settings = networkSettings(server.port());
     settings.reopensWhenSilent = true;
     PollingHost host(settings, tagsFrom({"MW100"}));
     ASSERT_TRUE(host.await([&] { return server.connections() >= 2; }));
@@ -207,7 +207,7 @@ TEST(MissingPeer, IsNamedInOneSentenceAndTriedAgainWithGrowingPausesWithoutAnoth
     const int port = deadPort();
     std::atomic<int> openings{0};
     Clock::time_point opened[FEW_FAILED_OPENINGS + 1];
-    Communication::Settings settings = PollingHost::settings([&, port] {
+    LinkThread::Settings settings = PollingHost::settings([&, port] {
         if (openings <= FEW_FAILED_OPENINGS) opened[openings] = Clock::now();
         ++openings;
         return networkOpener(port)();

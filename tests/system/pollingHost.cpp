@@ -1,7 +1,7 @@
 #include "pollingHost.h"
 
 #include "plan/readPlan.h"
-#include "session/driverSession.h"
+#include "session/startedDriver.h"
 
 namespace {
 
@@ -35,10 +35,10 @@ ElementWrite elementOf(const Tag& tag, int value)
     return write;
 }
 
-Communication::Settings PollingHost::settings(Communication::OpenLink openLink, int answerMs,
-                                              int attempts)
+LinkThread::Settings PollingHost::settings(LinkThread::OpenLink openLink, int answerMs,
+                                           int attempts)
 {
-    Communication::Settings settings;
+    LinkThread::Settings settings;
     settings.openLink = std::move(openLink);
     settings.exchange.answer = qint64(answerMs) * MICROSECONDS_PER_MS;
     settings.attempts = attempts;
@@ -46,25 +46,25 @@ Communication::Settings PollingHost::settings(Communication::OpenLink openLink, 
     return settings;
 }
 
-PollingHost::PollingHost(const Communication::Settings& settings, const std::vector<Tag>& tags)
-    : m_tags(tags), m_board(tags.size(), false), m_communication(builtDriver(), settings, m_board)
+PollingHost::PollingHost(const LinkThread::Settings& settings, const std::vector<Tag>& tags)
+    : m_tags(tags), m_shared(tags.size(), false), m_link(builtDriver(), settings, m_shared)
 {
     const WireCost cost = wireCost(settings.timing, 0);
-    m_communication.poll(tags, planReads(tags, cost, DriverSession::MOST_READ_WORDS));
-    m_communication.start();
+    m_link.poll(tags, planReads(tags, cost, StartedDriver::MOST_READ_WORDS));
+    m_link.start();
 }
 
 int PollingHost::write(const std::vector<ElementWrite>& elements)
 {
     ledger.handedIn(++m_lastJob, elements);
-    m_communication.write(m_lastJob, elements);
+    m_link.write(m_lastJob, elements);
     return m_lastJob;
 }
 
 void PollingHost::takeNews(int ms)
 {
-    m_board.waitForNews(ms);
-    const News news = m_board.takeNews();
+    m_shared.waitForNews(ms);
+    const News news = m_shared.takeNews();
     for (const JobEnd& end : news.jobEnds)
         ledger.ended(end);
     linkEvents.insert(linkEvents.end(), news.linkEvents.begin(), news.linkEvents.end());

@@ -2,7 +2,8 @@
 #define POLLING_HOST_H
 
 #include "plan/tagFile.h"
-#include "session/communication.h"
+#include "session/linkThread.h"
+#include "session/sharedValues.h"
 #include "writeLedger.h"
 
 #include <chrono>
@@ -22,10 +23,10 @@ class PollingHost
 public:
     enum { ANSWER_MS = 200, ATTEMPTS = 3, PAUSE_MS = 5 };
 
-    static Communication::Settings settings(Communication::OpenLink openLink,
-                                            int answerMs = ANSWER_MS, int attempts = ATTEMPTS);
+    static LinkThread::Settings settings(LinkThread::OpenLink openLink, int answerMs = ANSWER_MS,
+                                         int attempts = ATTEMPTS);
 
-    PollingHost(const Communication::Settings& settings, const std::vector<Tag>& tags);
+    PollingHost(const LinkThread::Settings& settings, const std::vector<Tag>& tags);
 
     int write(const std::vector<ElementWrite>& elements);
 
@@ -52,19 +53,19 @@ public:
 
     qint64 now() const
     {
-        return m_communication.now();
+        return m_link.now();
     }
     std::vector<TagState> states() const
     {
-        return m_board.tags();
+        return m_shared.tags();
     }
     LinkFigures figures() const
     {
-        return m_board.figures(now());
+        return m_shared.figures(now());
     }
-    Communication& communication()
+    LinkThread& link()
     {
-        return m_communication;
+        return m_link;
     }
 
     WriteLedger ledger;
@@ -75,8 +76,8 @@ private:
     enum { NEWS_MS = 20 };
 
     const std::vector<Tag> m_tags;
-    HostBoard m_board;
-    Communication m_communication;
+    SharedValues m_shared;
+    LinkThread m_link;
     int m_lastJob = 0;
 };
 

@@ -11,7 +11,7 @@ namespace {
 
 enum { VALUE = 4711 };
 
-Communication::OpenLink openerOf(const std::string& device)
+LinkThread::OpenLink openerOf(const std::string& device)
 {
     return [device] {
         return std::unique_ptr<Link>(

@@ -17,9 +17,9 @@ enum {
 
 const char* const UNANSWERED = "3"; // both attempts and the first probe
 
-Communication::Settings settingsFor(const SimulatorProcess& plc)
+LinkThread::Settings settingsFor(const SimulatorProcess& plc)
 {
-    Communication::Settings settings = PollingHost::settings(plc.opener(), ANSWER_MS, ATTEMPTS);
+    LinkThread::Settings settings = PollingHost::settings(plc.opener(), ANSWER_MS, ATTEMPTS);
     settings.timing = LineTiming::network();
     return settings;
 }

@@ -33,7 +33,7 @@ SimulatorProcess::SimulatorProcess(std::vector<std::string> arguments)
     if (m_address.empty()) throw std::runtime_error("the simulated PLC does not start");
 }
 
-Communication::OpenLink SimulatorProcess::opener() const
+LinkThread::OpenLink SimulatorProcess::opener() const
 {
     const QString address = QString::fromStdString(m_address);
     const QString network = QLatin1String("tcp:");

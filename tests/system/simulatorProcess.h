@@ -3,7 +3,7 @@
 
 #include "childProcess.h"
 #include "plan/tag.h"
-#include "session/communication.h"
+#include "session/linkThread.h"
 
 #include <QTemporaryDir>
 
@@ -24,7 +24,7 @@ public:
     }
 
     /// Opens address() as the host does.
-    Communication::OpenLink opener() const;
+    LinkThread::OpenLink opener() const;
 
     /// Gone without a word, as when the adapter is pulled out.
     void kill();

@@ -38,9 +38,9 @@ std::vector<QByteArray> lastValues(const std::vector<Tag>& tags)
     return last;
 }
 
-Communication::Settings patientSettings(const SimulatorProcess& plc)
+LinkThread::Settings patientSettings(const SimulatorProcess& plc)
 {
-    Communication::Settings settings = PollingHost::settings(plc.opener(), PATIENCE_MS);
+    LinkThread::Settings settings = PollingHost::settings(plc.opener(), PATIENCE_MS);
     settings.timing = LineTiming::network();
     return settings;
 }
@@ -49,7 +49,7 @@ Communication::Settings patientSettings(const SimulatorProcess& plc)
 class WritingThread
 {
 public:
-    WritingThread(Communication& communication, const std::vector<Tag>& tags)
+    WritingThread(LinkThread& communication, const std::vector<Tag>& tags)
         : m_thread([this, &communication, tags] { write(communication, tags); })
     {
     }
@@ -69,7 +69,7 @@ public:
     }
 
 private:
-    void write(Communication& communication, const std::vector<Tag>& tags)
+    void write(LinkThread& communication, const std::vector<Tag>& tags)
     {
         for (int n = 1; n <= WRITES; ++n) {
             while (n - m_ended > MOST_OPEN)
@@ -95,7 +95,7 @@ TEST(TwoThreads, LeaveTheLastValueOfEveryElementInThePlcAndEndEveryJobOnce)
         PollingHost host(patientSettings(plc), tags);
         for (int n = 1; n <= WRITES; ++n)
             host.ledger.handedIn(n, {nthWrite(tags, n)});
-        WritingThread writer(host.communication(), tags);
+        WritingThread writer(host.link(), tags);
         ASSERT_TRUE(host.await([&] {
             writer.jobsEnded(WRITES - host.ledger.open());
             return host.ledger.open() == 0;
@@ -130,7 +130,7 @@ TEST(TwoThreads, CanEndTheHostWithMostOfTheOthersReadsStillToBeMade)
         PollingHost& shared = *host;
         std::thread reader([&] {
             while (!stop) {
-                shared.communication().readOnce(++handedIn, blocks);
+                shared.link().read(++handedIn, blocks);
                 std::this_thread::yield();
             }
         });

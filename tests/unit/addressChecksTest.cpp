@@ -136,9 +136,10 @@ TEST_F(AddressChecks, AnAddressBelowTheAreaIsRefusedWithItsNumber)
 {
     EXPECT_EQ(refused(2999), checkWord("MW", "-2"));
     EXPECT_EQ(refused(-1), checkWord("IW", "-2"));
-    EXPECT_EQ(refused(2992), checkBit("MX", "-1.0"));
-    EXPECT_EQ(refused(-8), checkBit("QX", "-1.0"));
-    EXPECT_EQ(refused(2992), checkValidity("MX", text("-1.0"), 0));
+    EXPECT_EQ(refused(2999), checkBit("MX", "-1.7"));
+    EXPECT_EQ(refused(-2), checkBit("QX", "-1.6")); // -1 stands for a malformed text
+    EXPECT_EQ(refused(2999), checkValidity("MW", text("-2"), 1));
+    EXPECT_EQ(refused(2999), checkValidity("MX", text("-1.7"), 0));
 }
 
 TEST_F(AddressChecks, ANegativeOddByteOffsetIsHalvedTowardsZero)
@@ -150,7 +151,8 @@ TEST_F(AddressChecks, ANegativeOddByteOffsetIsHalvedTowardsZero)
 TEST_F(AddressChecks, ABitDigitAboveSevenCountsOn)
 {
     EXPECT_EQ(valid(49), checkBit("IX", "5.9"));
-    EXPECT_EQ(refused(4096), checkBit("IX", "511.8"));
+    EXPECT_EQ(valid(4095), checkBit("IX", "510.15"));
+    EXPECT_EQ(refused(4096), checkBit("IX", "510.16"));
 }
 
 TEST_F(AddressChecks, AMalformedBitTextLeavesTheAddressAlone)
@@ -200,6 +202,7 @@ TEST_F(AddressChecks, TheLastUnitOfAVariableMayNotPassTheAreasEnd)
 TEST_F(AddressChecks, AVariableOfNoUnitsMayStandRightBehindTheArea)
 {
     EXPECT_EQ(valid(256), checkWord("IW", "512", 0));
+    EXPECT_EQ(refused(256), checkWord("IW", "512", 1));
     EXPECT_EQ(refused(257), checkWord("IW", "514", 0));
 }
 

@@ -203,8 +203,11 @@ TEST_F(AddressCodec, LastCharacterOfAWordFormatIsTheRadix)
 
 TEST_F(AddressCodec, DigitsOutsideTheRadixFail)
 {
+    expectConverted({"QW", "OOOO", "70", 1, 28});
     expectConverted({"QW", "OOOO", "80", -1, 0});
+    expectConverted({"QW", "HHHH", "F0", 1, 120});
     expectConverted({"QW", "HHHH", "G0", -1, 0});
+    expectConverted({"QW", "DDDD", "90", 1, 45});
     expectConverted({"QW", "DDDD", "A0", -1, 0});
 }
 

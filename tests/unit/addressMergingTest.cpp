@@ -69,6 +69,7 @@ TEST_F(AddressMerging, AdjacentBitsBecomeOneBlock)
 
 TEST_F(AddressMerging, BitsOfDifferentGroupsStayTwoBlocks)
 {
+    EXPECT_EQ(Texts{"1 IX 14 x2"}, cycleBlocks(singleBits("IX", {14, 15})));
     EXPECT_EQ((Texts{"1 IX 15 x1", "1 IX 16 x1"}), cycleBlocks(singleBits("IX", {15, 16})));
 }
 
@@ -82,6 +83,7 @@ TEST_F(AddressMerging, MarkersOnBothSidesOfEightJoinInTheSecondPass)
 
 TEST_F(AddressMerging, MarkersOnBothSidesOfSixteenStayTwoBlocks)
 {
+    EXPECT_EQ(Texts{"1 MX 3014 x2"}, cycleBlocks(singleBits("MX", {3014, 3015})));
     EXPECT_EQ((Texts{"1 MX 3015 x1", "1 MX 3016 x1"}), cycleBlocks(singleBits("MX", {3015, 3016})));
 }
 
@@ -92,13 +94,17 @@ TEST_F(AddressMerging, AGapIsReadAlongInACycle)
 
 TEST_F(AddressMerging, ASpanBeyondTheMergeLimitOpensANewBlock)
 {
+    driver.mergeLimit = 5;
+    EXPECT_EQ(Texts{"1 IX 0 x5"}, cycleBlocks(singleBits("IX", {0, 1, 2, 3, 4})));
     driver.mergeLimit = 4;
     EXPECT_EQ((Texts{"1 IX 0 x4", "1 IX 4 x1"}), cycleBlocks(singleBits("IX", {0, 1, 2, 3, 4})));
 }
 
 TEST_F(AddressMerging, TheSecondPassKeepsTheMergeLimitToo)
 {
-    // The gap of 2 is within the limit, the span of 5 is not.
+    // The gap is 2, the span 5.
+    driver.mergeLimit = 5;
+    EXPECT_EQ(Texts{"1 IX 0 x5"}, cycleBlocks(singleBits("IX", {0, 1, 4})));
     driver.mergeLimit = 4;
     EXPECT_EQ((Texts{"1 IX 0 x2", "1 IX 4 x1"}), cycleBlocks(singleBits("IX", {0, 1, 4})));
 }
@@ -142,9 +148,11 @@ TEST_F(AddressMerging, BlocksAreInOrderOfStationAreaAndAddress)
 
 TEST_F(AddressMerging, AWeightThatWrapsAroundSortsAsASignedNumber)
 {
-    // Station 10000 weighs less than 0.
-    EXPECT_EQ((Texts{"10000 MW 3000 x1", "1 MW 3000 x1"}),
-              cycleBlocks({key(1, "MW", 3000, 1), key(10000, "MW", 3000, 1)}));
+    // 5462 x 6 x 65535 is the first station's weight beyond 2^31.
+    EXPECT_EQ((Texts{"1 MW 3000 x1", "5461 MW 3000 x1"}),
+              cycleBlocks({key(5461, "MW", 3000, 1), key(1, "MW", 3000, 1)}));
+    EXPECT_EQ((Texts{"5462 MW 3000 x1", "1 MW 3000 x1"}),
+              cycleBlocks({key(1, "MW", 3000, 1), key(5462, "MW", 3000, 1)}));
 }
 
 TEST_F(AddressMerging, KeysOfUnknownAreasAreDropped)
@@ -191,6 +199,8 @@ TEST_F(AddressMerging, ALimitOfZeroJoinsOnlyKeysWithoutUnits)
 {
     driver.mergeLimit = 0;
     EXPECT_EQ((Texts{"1 IX 0 x1", "1 IX 1 x1"}), cycleBlocks(singleBits("IX", {0, 1})));
+    EXPECT_EQ((Texts{"1 IX 5 x1", "1 IX 5 x1"}),
+              cycleBlocks({key(1, "IX", 5, 1), key(1, "IX", 5, 1)}));
     EXPECT_EQ(Texts{"1 IX 5 x0"}, cycleBlocks({key(1, "IX", 5, 0), key(1, "IX", 5, 0)}));
 }
 
@@ -198,6 +208,8 @@ TEST_F(AddressMerging, ANegativeLimitJoinsNothing)
 {
     driver.mergeLimit = -1;
     EXPECT_EQ((Texts{"1 IX 0 x1", "1 IX 0 x1"}), cycleBlocks(singleBits("IX", {0, 0})));
+    EXPECT_EQ((Texts{"1 IX 5 x0", "1 IX 5 x0"}),
+              cycleBlocks({key(1, "IX", 5, 0), key(1, "IX", 5, 0)}));
 }
 
 TEST_F(AddressMerging, ANegativeCountIsAGapThatTheSecondPassReadsAlong)
@@ -238,8 +250,10 @@ TEST_F(AddressMerging, ARecipeNotesABlockOpenedByTheMergeLimit)
 
 TEST_F(AddressMerging, ARecipeReadsNoGapAlong)
 {
+    EXPECT_EQ(Texts{"1 MX 3006 x2"}, recipeBlocks(singleBits("MX", {3006, 3007})));
     EXPECT_EQ((Texts{"1 MX 3007 x1", "1 MX 3008 x1"}),
               recipeBlocks(singleBits("MX", {3007, 3008})));
+    EXPECT_EQ(Texts{"1 QX 0 x2"}, recipeBlocks(singleBits("QX", {0, 1})));
     EXPECT_EQ((Texts{"1 QX 0 x1", "1 QX 2 x1"}), recipeBlocks(singleBits("QX", {0, 2})));
 }
 

@@ -116,6 +116,9 @@ TEST_F(ChangeNotification, ValuesThatWouldStartBelowZeroAreNotReported)
 {
     putV(2, 0x78);
     EXPECT_EQ(Notifications({told("V_D", 2), told("V_D", 1), told("V_D", 0)}), byteChange(0, 1));
+    putV(3, 0x78);
+    EXPECT_EQ(Notifications({told("V_D", 3), told("V_D", 2), told("V_D", 1), told("V_D", 0)}),
+              byteChange(0, 1));
     putV(0, 0x06);
     EXPECT_EQ(Notifications({told("V_D", 0)}), wordChange(0, 1));
     putV(1, 0x06);

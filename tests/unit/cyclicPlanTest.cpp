@@ -55,9 +55,13 @@ TEST_F(CyclicPlan, EveryBlockCarriesTheIdOfMergedBlocks)
 
 TEST_F(CyclicPlan, TheMergeLimitIsThatOfTheProperties)
 {
+    const QList<KEY_ADDRESS> five{key(1, "IX", 0, 1), key(1, "IX", 1, 1), key(1, "IX", 2, 1),
+                                  key(1, "IX", 3, 1), key(1, "IX", 4, 1)};
+    initialise(3, 5);
+    EXPECT_EQ(1, plan(five));
+    EXPECT_EQ(Texts{"1 IX 0 x5"}, readBlocks());
     initialise(3, 4);
-    EXPECT_EQ(2, plan({key(1, "IX", 0, 1), key(1, "IX", 1, 1), key(1, "IX", 2, 1),
-                       key(1, "IX", 3, 1), key(1, "IX", 4, 1)}));
+    EXPECT_EQ(2, plan(five));
     EXPECT_EQ((Texts{"1 IX 0 x4", "1 IX 4 x1"}), readBlocks());
 }
 

@@ -76,6 +76,8 @@ TEST_F(Initialisation, NegativeLimitGivesNegativeBlockLengths)
 
 TEST_F(Initialisation, BitBlockLengthWrapsAround)
 {
+    initialiseWith("0#0#0#3#268435455");
+    EXPECT_EQ(INT_MAX - 7, driver.maxBitBlockLen);
     initialiseWith("0#0#0#3#268435456"); // 2^28 * 8 = 2^31
     EXPECT_EQ(INT_MIN, driver.maxBitBlockLen);
     EXPECT_EQ(268435456, driver.maxWordBlockLen);
@@ -87,6 +89,8 @@ TEST_F(Initialisation, FourPartsChangeNoneOfTheFiveNumbers)
     initialiseWith("1#2#3#4");
     expectNumbers(11, 12, 13, 14, 15);
     EXPECT_EQ(120, driver.maxBitBlockLen);
+    initialiseWith("1#2#3#4#");
+    expectNumbers(1, 2, 3, 4, 0);
 }
 
 TEST_F(Initialisation, FourPartsAfterLoadLeaveZeros)
@@ -145,6 +149,26 @@ TEST_F(Initialisation, NumbersMayHaveASignBlanksAroundThemAndLeadingZeros)
 {
     initialiseWith(" 11 #-12#+13#0014#2147483647");
     expectNumbers(11, -12, 13, 14, 2147483647);
+}
+
+// Latin-1 has a character for every byte. Read as UTF-8, the first text is a mark of the byte order
+// and 11, and the second is 11 and a blank.
+TEST_F(Initialisation, ByteFrom0x80OnIsACharacterAndNoPartOfANumber)
+{
+    for (const char* notANumber : {"\xEF\xBB\xBF"
+                                   "11",
+                                   "11\xC2\xA0", "\x80", "11\xFF"}) {
+        SCOPED_TRACE(notANumber);
+        driver.callbackContext = 55;
+        initialiseWith((std::string(notANumber) + "#2#3#4#5").c_str());
+        expectNumbers(0, 2, 3, 4, 5);
+    }
+}
+
+TEST_F(Initialisation, ByteFrom0x80OnInALaterPartLeavesTheFiveNumbers)
+{
+    initialiseWith("11#12#13#14#15#\xC3#\xE2\x82");
+    expectNumbers(11, 12, 13, 14, 15);
 }
 
 TEST_F(Initialisation, PropertyTextStaysAsItWas)

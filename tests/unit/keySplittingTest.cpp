@@ -44,6 +44,11 @@ TEST_F(KeySplitting, AKeyWithinTheLimitPassesWhole)
     EXPECT_EQ(Texts{"1 MW 3000 x-7"}, blocksOf(split(key(1, "MW", 3000, -7), 4)));
 }
 
+TEST_F(KeySplitting, AKeyOneUnitBeyondTheLimitIsCut)
+{
+    EXPECT_EQ((Texts{"1 MW 3000 x4", "1 MW 3004 x1"}), blocksOf(split(key(1, "MW", 3000, 5), 4)));
+}
+
 TEST_F(KeySplitting, TheLastPieceTakesTheRest)
 {
     EXPECT_EQ((Texts{"1 IX 20 x4", "1 IX 24 x4", "1 IX 28 x2"}),
@@ -65,7 +70,7 @@ TEST_F(KeySplitting, ALimitBelowOneLetsTheKeyPassWhole)
 {
     for (int limit : {0, -1, INT_MIN}) {
         SCOPED_TRACE(limit);
-        EXPECT_EQ(Texts{"1 IX 5 x30"}, blocksOf(split(key(1, "IX", 5, 30), limit)));
+        EXPECT_EQ(Texts{"1 IX 5 x3"}, blocksOf(split(key(1, "IX", 5, 3), limit)));
     }
 }
 

@@ -29,6 +29,8 @@ TEST_F(MergeRule, KeysOfDifferentStationsStayApart)
 {
     for (int mode : {0, 1}) {
         SCOPED_TRACE(mode);
+        EXPECT_EQ(JOINS, judgeAddrMerge(key(1, "IX", 0, 1), key(1, "IX", 0, 1), mode));
+        EXPECT_EQ(JOINS, judgeAddrMerge(key(1, "MW", 3000, 1), key(1, "MW", 3000, 1), mode));
         EXPECT_EQ(STAYS_APART, judgeAddrMerge(key(1, "IX", 0, 1), key(2, "IX", 0, 1), mode));
         EXPECT_EQ(STAYS_APART, judgeAddrMerge(key(1, "MW", 3000, 1), key(2, "MW", 3000, 1), mode));
     }
@@ -39,6 +41,7 @@ TEST_F(MergeRule, KeysOfDifferentAreasStayApart)
     for (int mode : {0, 1}) {
         SCOPED_TRACE(mode);
         EXPECT_EQ(STAYS_APART, judgeAddrMerge(key(1, "IX", 0, 1), key(1, "QX", 0, 1), mode));
+        EXPECT_EQ(JOINS, judgeAddrMerge(key(1, "IW", 0, 1), key(1, "IW", 0, 1), mode));
         EXPECT_EQ(STAYS_APART, judgeAddrMerge(key(1, "IW", 0, 1), key(1, "QW", 0, 1), mode));
         EXPECT_EQ(STAYS_APART, judgeAddrMerge(key(1, "IX", 0, 1), key(1, "ix", 0, 1), mode));
     }
@@ -49,11 +52,12 @@ TEST_F(MergeRule, WordsJoinOnlyAtTheSameAddress)
     for (const char* area : {"MW", "IW", "QW"}) {
         for (int mode : {0, 1}) {
             SCOPED_TRACE(testing::Message() << area << " mode " << mode);
-            EXPECT_EQ(JOINS, judge(area, 10, 2, 10, mode));
-            EXPECT_EQ(STAYS_APART, judge(area, 10, 2, 12, mode));
-            EXPECT_EQ(STAYS_APART, judge(area, 10, 5, 12, mode));
-            EXPECT_EQ(STAYS_APART, judge(area, 10, 5, 11, mode));
-            EXPECT_EQ(STAYS_APART, judge(area, 10, 2, 9, mode));
+            for (int count : {1, 2, 5}) {
+                EXPECT_EQ(STAYS_APART, judge(area, 10, count, 9, mode)) << count;
+                EXPECT_EQ(JOINS, judge(area, 10, count, 10, mode)) << count;
+                EXPECT_EQ(STAYS_APART, judge(area, 10, count, 11, mode)) << count;
+                EXPECT_EQ(STAYS_APART, judge(area, 10, count, 12, mode)) << count;
+            }
         }
     }
 }
@@ -134,12 +138,15 @@ TEST_F(MergeRule, GroupsBelowTheirOriginAreTruncatedTowardsIt)
     for (int mode : {0, 1}) {
         SCOPED_TRACE(mode);
         EXPECT_EQ(JOINS, judge("IX", -15, 64, 15, mode));
-        EXPECT_EQ(STAYS_APART, judge("IX", -16, 64, -15, mode));
+        EXPECT_EQ(STAYS_APART, judge("IX", -16, 64, 15, mode));
+        EXPECT_EQ(STAYS_APART, judge("IX", -15, 64, 16, mode));
     }
     EXPECT_EQ(JOINS, judge("MX", 2985, 64, 3015, 1));
-    EXPECT_EQ(STAYS_APART, judge("MX", 2984, 64, 2985, 1));
+    EXPECT_EQ(STAYS_APART, judge("MX", 2984, 64, 3015, 1));
+    EXPECT_EQ(STAYS_APART, judge("MX", 2985, 64, 3016, 1));
     EXPECT_EQ(JOINS, judge("MX", 2992, 64, 3007, 0));
-    EXPECT_EQ(STAYS_APART, judge("MX", 2991, 64, 2992, 0));
+    EXPECT_EQ(STAYS_APART, judge("MX", 2991, 64, 3007, 0));
+    EXPECT_EQ(STAYS_APART, judge("MX", 2992, 64, 3008, 0));
 }
 
 TEST_F(MergeRule, UnknownAreasJoinWhereverTheGapAllows)
@@ -154,8 +161,9 @@ TEST_F(MergeRule, UnknownAreasJoinWhereverTheGapAllows)
 
 TEST_F(MergeRule, AKeyOfNegativeCountLeavesAGapBeforeTheNext)
 {
-    EXPECT_EQ(STAYS_APART, judge("IX", 5, -3, 5, 0));
-    EXPECT_EQ(JOINS, judge("IX", 5, -3, 5, 1));
+    EXPECT_EQ(JOINS, judge("IX", 5, 0, 5, 0));
+    EXPECT_EQ(STAYS_APART, judge("IX", 5, -1, 5, 0));
+    EXPECT_EQ(JOINS, judge("IX", 5, -MERGE_LIMIT, 5, 1));
     EXPECT_EQ(STAYS_APART, judge("IX", 5, -MERGE_LIMIT - 1, 5, 1));
 }
 

@@ -130,6 +130,7 @@ TEST_F(MultiCopy, ACountBelowOneGeneratesNothing)
         SCOPED_TRACE(count);
         EXPECT_EQ((Series{1, {}, {}}), seriesOf("MW", 3000, count, 1));
     }
+    EXPECT_EQ((Series{1, {3000}, {"0"}}), seriesOf("MW", 3000, 1, 1));
 }
 
 TEST_F(MultiCopy, TheSeriesIsAppended)

@@ -101,7 +101,12 @@ TEST_F(ReadFrames, RegistersOfBitsAreCountedByTruncatingDivision)
     EXPECT_EQ("0B B8 00 02", registersOf("MX", 3000, 17));
     EXPECT_EQ("0B B8 00 02", registersOf("MX", 3015, 17));
     EXPECT_EQ("0B B8 00 03", registersOf("MX", 3015, 18));
+    EXPECT_EQ("0B B8 00 01", registersOf("MX", 3015, 1));
     EXPECT_EQ("0B B9 00 01", registersOf("MX", 3016, 1));
+    EXPECT_EQ("00 00 00 01", registersOf("QX", 15, 1));
+    EXPECT_EQ("00 01 00 01", registersOf("QX", 16, 1));
+    EXPECT_EQ("00 00 00 01", registersOf("QX", -15, 1));   // remainder -15; -14 / 16 = 0, not whole
+    EXPECT_EQ("FF FF 00 01", registersOf("QX", -16, 1));   // remainder 0
     EXPECT_EQ("1A FC 00 01", registersOf("MX", 65535, 1)); // 62535 / 16 = 3908, + 3000
     EXPECT_EQ("00 00 00 00", registersOf("QX", -1, 1));    // remainder -1, -1 + 1 = 0
     EXPECT_EQ("00 00 00 01", registersOf("IX", -15, 16));  // (-15 + 16) / 16 = 0, not whole
@@ -178,7 +183,11 @@ TEST_F(ReadFrames, ReplyLengthThatHasNoNumberIsOneThatNoReplyHas)
     // reply's.
     EXPECT_EQ(1, requestFor(variable(1, "QW", 0, INT_MAX)).recvLen);
     EXPECT_EQ(1, requestFor(variable(1, "QW", 0, INT_MIN)).recvLen);
-    EXPECT_EQ(INT_MAX - 2, requestFor(variable(1, "QW", 0, (INT_MAX - 7) / 2)).recvLen);
+    // The last counts on both sides whose length is a number of 32 bits.
+    EXPECT_EQ(INT_MAX, requestFor(variable(1, "QW", 0, 1073741821)).recvLen);
+    EXPECT_EQ(1, requestFor(variable(1, "QW", 0, 1073741822)).recvLen);
+    EXPECT_EQ(INT_MIN + 1, requestFor(variable(1, "QW", 0, -1073741826)).recvLen);
+    EXPECT_EQ(1, requestFor(variable(1, "QW", 0, -1073741827)).recvLen);
 }
 
 TEST_F(ReadFrames, FrameCarriesTheVariableAsItWasHandedIn)

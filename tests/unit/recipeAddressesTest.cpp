@@ -156,6 +156,9 @@ TEST_F(RecipeAddresses, WordsJoinOnlyAtTheSameAddress)
 
 TEST_F(RecipeAddresses, TheMergeLimitBoundsABlock)
 {
+    driver.mergeLimit = 3;
+    hand({own(1, "QX", 0), own(1, "QX", 1), own(1, "QX", 2)});
+    EXPECT_EQ(Texts{"1 QX 0 x3"}, recipeBlocks());
     driver.mergeLimit = 2;
     hand({own(1, "QX", 0), own(1, "QX", 1), own(1, "QX", 2)});
     EXPECT_EQ((Texts{"1 QX 0 x2", "1 QX 2 x1"}), recipeBlocks());

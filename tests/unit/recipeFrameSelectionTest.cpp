@@ -35,7 +35,7 @@ const QByteArray QW5_READ = withChecksum({1, 3, 0, 5, 0, 1});
 
 const REPEAT_CASE REPEATS[] = {
     {FRAME_HANDSHAKE, QByteArray()},    {FRAME_WRITE, QW5_WRITE},
-    {FRAME_CONDITIONAL_READ, QW5_READ}, {FRAME_CYCLIC_READ, QW5_READ},
+    {FRAME_ONE_SHOT_READ, QW5_READ},    {FRAME_CYCLIC_READ, QW5_READ},
     {FRAME_RECIPE_DOWNLOAD, QW5_WRITE}, {FRAME_RECIPE_UPLOAD, QW5_READ},
 };
 
@@ -80,7 +80,7 @@ TEST_F(RecipeFrameSelection, ADownloadComesBeforeAnUpload)
 TEST_F(RecipeFrameSelection, ARecipeComesBeforeEverythingElse)
 {
     queueWrites(1);
-    queueConditionalReads(1);
+    queueOneShotReads(1);
     poll(1);
     raise(RECIPE_DOWNLOAD_FLAG);
     EXPECT_EQ(hex(FIRST_DOWNLOAD), request());
@@ -197,12 +197,15 @@ TEST_F(RecipeFrameSelection, AFlagWithoutARecipeOffersNothingToAnIdleDriver)
 
 TEST_F(RecipeFrameSelection, AFlagBehindTheLastBlockRepeatsTheLastRequest)
 {
-    driver.rcpIndex = 2;
-    driver.curVar = variable(1, "QW", 5, 1, {7, 0});
-    driver.frameKind = FRAME_RECIPE_DOWNLOAD;
     raise(RECIPE_DOWNLOAD_FLAG);
-    EXPECT_EQ(hex(QW5_WRITE), request());
-    EXPECT_EQ(2, driver.rcpIndex);
+    for (int index : {1, 2}) {
+        driver.frameQueue.clear();
+        driver.rcpIndex = index;
+        driver.curVar = variable(1, "QW", 5, 1, {7, 0});
+        driver.frameKind = FRAME_RECIPE_DOWNLOAD;
+        EXPECT_EQ(hex(index == 2 ? QW5_WRITE : SECOND_DOWNLOAD), request()) << index;
+        EXPECT_EQ(index, driver.rcpIndex);
+    }
 }
 
 TEST_F(RecipeFrameSelection, ALoweredFlagLetsTheListsGoOn)

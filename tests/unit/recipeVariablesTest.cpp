@@ -103,6 +103,9 @@ TEST_F(RecipeVariables, ValuesFillTheVariableAndNoMore)
     std::fill(room[1].value, room[1].value + VALUE_BYTES, static_cast<unsigned char>(STALE));
     room[1].regName = text("guard");
     room[1].varId = 55;
+    rcpAddrToVar(block("QW", 5, 511, 1), room[0], WITH_DATA);
+    expectFromRecipe(room[0], 2, VALUE_BYTES - 2);
+    EXPECT_EQ(0, bytesOtherThanZero(room[0], VALUE_BYTES - 2));
     for (int count : {512, 513, 600, INT_MAX}) {
         SCOPED_TRACE(count);
         rcpAddrToVar(block("QW", 5, count, 1), room[0], WITH_DATA);
@@ -116,9 +119,10 @@ TEST_F(RecipeVariables, ValuesFillTheVariableAndNoMore)
 
 TEST_F(RecipeVariables, NoValueIsTakenFromOutsideTheRecipeBuffer)
 {
+    EXPECT_EQ(4, bytesOtherThanZero(converted(block("QW", 5, 2, 0), WITH_DATA), 0));
     EXPECT_EQ(0, bytesOtherThanZero(converted(block("QW", 5, 2, -1), WITH_DATA), 0));
     EXPECT_EQ(0, bytesOtherThanZero(converted(block("QW", 5, 2, INT_MIN), WITH_DATA), 0));
-    EXPECT_EQ(0, bytesOtherThanZero(converted(block("QW", 5, -2, 0), WITH_DATA), 0));
+    EXPECT_EQ(0, bytesOtherThanZero(converted(block("QW", 5, -1, 0), WITH_DATA), 0));
     EXPECT_EQ(0, bytesOtherThanZero(converted(block("QW", 5, 0, 0), WITH_DATA), 0));
     driver.rcpBuffer = 0;
     EXPECT_EQ(0, bytesOtherThanZero(converted(block("QW", 5, 2, 0), WITH_DATA), 0));
@@ -135,7 +139,6 @@ TEST_F(RecipeVariables, BlocksOfEveryAreaAreTransferable)
         SCOPED_TRACE(area);
         EXPECT_TRUE(isTransferable(block(area, 0, 1, 0)));
     }
-    EXPECT_TRUE(isTransferable(block("MW", 3000, 0, 0)));
 }
 
 TEST_F(RecipeVariables, BlocksOfUnknownAreasAreNotTransferable)
@@ -148,7 +151,9 @@ TEST_F(RecipeVariables, BlocksOfUnknownAreasAreNotTransferable)
 
 TEST_F(RecipeVariables, BlocksWithoutAPlaceInTheRecipeBufferAreNotTransferable)
 {
+    EXPECT_TRUE(isTransferable(block("MW", 3000, 0, 0)));
     EXPECT_FALSE(isTransferable(block("MW", 3000, -1, 0)));
+    EXPECT_TRUE(isTransferable(block("MW", 3000, 1, 0)));
     EXPECT_FALSE(isTransferable(block("MW", 3000, 1, -1)));
     driver.rcpBuffer = 0;
     EXPECT_FALSE(isTransferable(block("MW", 3000, 1, 0)));

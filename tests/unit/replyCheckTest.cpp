@@ -116,8 +116,9 @@ TEST_F(ReplyCheck, OtherStationsAndFunctionsAreAcceptedWithARightChecksum)
 TEST_F(ReplyCheck, OtherLengthsAreRejected)
 {
     expectReadOf(1);
-    EXPECT_EQ(REJECTED, check(withChecksum({0x01, 0x03, 0x01, 0x02})));
-    EXPECT_EQ(REJECTED, check(withChecksum({0x01, 0x03, 0x04, 0x02, 0x2B, 0x00})));
+    EXPECT_EQ(REJECTED, check(withChecksum({0x01, 0x03, 0x02, 0x02})));
+    EXPECT_EQ(READ, check(withChecksum({0x01, 0x03, 0x02, 0x02, 0x2B})));
+    EXPECT_EQ(REJECTED, check(withChecksum({0x01, 0x03, 0x02, 0x02, 0x2B, 0x00})));
     EXPECT_EQ(REJECTED, check(readReply() + readReply()));
     EXPECT_EQ(REJECTED, check(bytes({0x01})));
     EXPECT_EQ(REJECTED, check(bytes({0xFF, 0xFF})));
@@ -132,6 +133,8 @@ TEST_F(ReplyCheck, ExceptionReplyIsRejectedForItsLength)
     driver.frameQueue.clear();
     expectEcho();
     EXPECT_EQ(REJECTED, check(exception));
+    driver.frameQueue[0].recvLen = 5;
+    EXPECT_EQ(WRITE, check(exception));
 }
 
 TEST_F(ReplyCheck, NothingAnswersAFrameThatExpectsNothing)

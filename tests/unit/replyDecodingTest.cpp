@@ -1,5 +1,8 @@
 #include "replyDecoding.h"
 #include "cacheHelpers.h"
+#include "replyBytes.h"
+
+#include <map>
 
 namespace {
 
@@ -19,8 +22,8 @@ protected:
     void decodeAs(const char* unitBits, const QByteArray& reply, int count, const char* regName,
                   int addr)
     {
-        decodeReplyInRow(OtherRow("", unitBits), reply, count, 3,
-                         variable(1, regName, addr, count));
+        decodeReplyOfArea(OtherRow("", unitBits), reply, count, 3,
+                          variable(1, regName, addr, count));
     }
 
     static Notification told(const char* name, int addr)
@@ -166,10 +169,16 @@ TEST_F(ReplyDecoding, TheFirstDataByteIsWhereTheFrameSays)
 
 TEST_F(ReplyDecoding, ADataStartOutsideTheReplyReadsZeros)
 {
-    for (int dataStart : {7, int(HIGHEST), -9, int(LOWEST)}) {
+    const std::map<int, Bytes> words = {
+        {int(LOWEST), {0, 0, 0, 0}}, {-2, {0, 0, 0, 0}},
+        {-1, {9, 0, 0, 0}},          {0, {9, 9, 0, 0}},
+        {5, {9, 9, 0, 0}},           {6, {0, 9, 0, 0}},
+        {7, {0, 0, 0, 0}},           {int(HIGHEST), {0, 0, 0, 0}},
+    };
+    for (const auto& [start, word] : words) {
         putUnit(1, "MW", 100, 0x7777);
-        analyzeFrameOfVal(bytes({9, 9, 9, 9, 9, 9, 9}), 1, dataStart, variable(1, "MW", 100, 1));
-        EXPECT_EQ(Bytes({0, 0, 0, 0}), readBytes(1, "MW", 100)) << dataStart;
+        analyzeFrameOfVal(bytes({9, 9, 9, 9, 9, 9, 9}), 1, start, variable(1, "MW", 100, 1));
+        EXPECT_EQ(word, readBytes(1, "MW", 100)) << start;
     }
 }
 

@@ -21,37 +21,7 @@ QByteArray twoWords(int first, int second)
     return withChecksum({1, 3, 4, first >> 8, first & 0xFF, second >> 8, second & 0xFF});
 }
 
-struct STATE_WHEN_TOLD
-{
-    int writes;
-    int frames;
-    int commFailed;
-};
-
-STATE_WHEN_TOLD whenTold;
-
-void noteState(int, int, QString&, int)
-{
-    whenTold = {int(driver.writeList.size()), int(driver.frameQueue.size()), driver.commFailed};
-}
-
 } // namespace
-
-TEST_F(ReplyHandling, TheHostIsToldOfAFailedWriteBeforeItLeavesTheQueues)
-{
-    initialise(1);
-    driver.dataAreas[putPendingWrite(1, "QX", 5, 0, 1)].monitorFlags = 1;
-    driver.writeList.append(variable(1, "QX", 5, 1, {1}));
-    request();
-    whenTold = {-1, -1, -1};
-    intf_setAddrValueChangeCallBack(noteState);
-    EXPECT_EQ(REPLY_GIVEN_UP, silence());
-    EXPECT_EQ(1, whenTold.writes);
-    EXPECT_EQ(1, whenTold.frames);
-    EXPECT_EQ(1, whenTold.commFailed);
-    EXPECT_EQ(0, int(driver.writeList.size()));
-    EXPECT_EQ(0, int(driver.frameQueue.size()));
-}
 
 TEST_F(ReplyHandling, WithoutARequestTheReplyIsIgnored)
 {

@@ -53,6 +53,8 @@ TEST_F(SeveralVariablesInAFrame, StartPositionMovesFourBytesForEachVariableBefor
 TEST_F(SeveralVariablesInAFrame, StartPositionStopsAtTheVariablesOfTheFrame)
 {
     prepareSeveralVariables(2, 3);
+    EXPECT_EQ(7, startPosition(1));
+    EXPECT_EQ(11, startPosition(2));
     EXPECT_EQ(11, startPosition(3));
     EXPECT_EQ(11, startPosition(INT_MAX));
 }
@@ -60,6 +62,9 @@ TEST_F(SeveralVariablesInAFrame, StartPositionStopsAtTheVariablesOfTheFrame)
 TEST_F(SeveralVariablesInAFrame, StartPositionStopsAtTheVariablesThatThereAre)
 {
     prepareSeveralVariables(9, 2);
+    EXPECT_EQ(7, startPosition(1));
+    EXPECT_EQ(11, startPosition(2));
+    EXPECT_EQ(11, startPosition(3));
     EXPECT_EQ(11, startPosition(9));
     driver.curReadList.clear();
     EXPECT_EQ(3, startPosition(9));
@@ -84,6 +89,8 @@ TEST_F(SeveralVariablesInAFrame, StartPositionOfNoFrameIsZero)
 {
     EXPECT_EQ(0, startPosition(1));
     prepareSeveralVariables(3, 3);
+    driver.frameIndex = 1;
+    EXPECT_EQ(14, startPosition(1));
     for (int index : {-1, 2, INT_MAX}) {
         driver.frameIndex = index;
         EXPECT_EQ(0, startPosition(1)) << index;

@@ -41,6 +41,8 @@ TEST(UnitValues, AnyOtherNumberThanZeroSetsTheBit)
 
 TEST(UnitValues, ABitNumberWithoutABitLeavesTheValue)
 {
+    EXPECT_EQ(0x5B, _setBitValue(0x5A, 0, 1));
+    EXPECT_EQ(LOWEST + 0x5A, _setBitValue(0x5A, 31, 1));
     const int numbers[] = {32, 33, 63, HIGHEST, -1, -32, LOWEST};
     for (int bit : numbers) {
         EXPECT_EQ(0x5A, _setBitValue(0x5A, bit, 1)) << bit;

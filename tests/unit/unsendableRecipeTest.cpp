@@ -32,7 +32,7 @@ protected:
 };
 
 /// A recipe with one block just within the limits.
-class LongestRecipe : public ExchangeTest
+class SendableRecipe : public ExchangeTest
 {
 protected:
     void start(const char* regName, int count, RecipeFlag flag)
@@ -121,12 +121,12 @@ INSTANTIATE_TEST_SUITE_P(
                     UNSENDABLE_CASE{"an unknown area", DOWN, "XX", 1, 0, true},
                     UNSENDABLE_CASE{"a suffixed area", DOWN, "MW_W", 1, 0, true},
                     UNSENDABLE_CASE{"an upload below 0", UP, "MW", -1, 0, true},
-                    UNSENDABLE_CASE{"an upload of bits below 0", UP, "QX", -5, 0, true},
+                    UNSENDABLE_CASE{"an upload of bits below 0", UP, "QX", -1, 0, true},
                     UNSENDABLE_CASE{"an upload without buffer", UP, "MW", 1, 0, false},
                     UNSENDABLE_CASE{"an upload before the buffer", UP, "MW", 1, -1, true},
                     UNSENDABLE_CASE{"an upload of an unknown area", UP, "XX", 1, 0, true}));
 
-TEST_F(LongestRecipe, OfWordsFitsTheFrame)
+TEST_F(SendableRecipe, LongestOfWordsFitsTheFrame)
 {
     recipe[2 * 506] = 0x34;
     recipe[2 * 506 + 1] = 0x12;
@@ -137,7 +137,7 @@ TEST_F(LongestRecipe, OfWordsFitsTheFrame)
     EXPECT_EQ(0x34, frame.sendBuf[8 + 2 * 506]);
 }
 
-TEST_F(LongestRecipe, OfBitsFitsTheValues)
+TEST_F(SendableRecipe, LongestOfBitsFitsTheValues)
 {
     recipe[1023] = 1;
     start("QX", 1024, DOWN);
@@ -145,9 +145,41 @@ TEST_F(LongestRecipe, OfBitsFitsTheValues)
     EXPECT_EQ(0x80, frame.sendBuf[7 + 127]);
 }
 
-TEST_F(LongestRecipe, ToReadIsNotBoundedByTheRequest)
+TEST_F(SendableRecipe, LongestToReadIsNotBoundedByTheRequest)
 {
     start("MW", 600, UP);
     EXPECT_EQ(hex(withChecksum({1, 3, 0x0B, 0xB8, 0x02, 0x58})), hex(frame));
     EXPECT_EQ(1205, frame.recvLen); // 2 x 600 + 5
+}
+
+TEST_F(SendableRecipe, OfNoUnitsIsARequestWithoutData)
+{
+    start("MW", 0, DOWN);
+    EXPECT_EQ(hex(withChecksum({1, 16, 0x0B, 0xB8, 0, 0, 0})), hex(frame));
+}
+
+TEST_F(SendableRecipe, OfNoBitsIsARequestWithoutData)
+{
+    start("QX", 0, DOWN);
+    EXPECT_EQ(hex(withChecksum({1, 15, 0x0B, 0xB8, 0, 0, 0})), hex(frame));
+}
+
+TEST_F(SendableRecipe, OfOneWordAtTheStartOfTheBufferIsWritten)
+{
+    recipe[0] = 0x34;
+    recipe[1] = 0x12;
+    start("MW", 1, DOWN);
+    EXPECT_EQ(hex(withChecksum({1, 6, 0x0B, 0xB8, 0x12, 0x34})), hex(frame));
+}
+
+TEST_F(SendableRecipe, OfOneWordAtTheStartOfTheBufferIsRead)
+{
+    start("MW", 1, UP);
+    EXPECT_EQ(hex(withChecksum({1, 3, 0x0B, 0xB8, 0, 1})), hex(frame));
+}
+
+TEST_F(SendableRecipe, OfNoUnitsIsAReadOfNothing)
+{
+    start("MW", 0, UP);
+    EXPECT_EQ(hex(withChecksum({1, 3, 0x0B, 0xB8, 0, 0})), hex(frame));
 }

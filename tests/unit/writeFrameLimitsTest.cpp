@@ -87,18 +87,21 @@ TEST_F(WriteFrameLimits, MoreThanFitsIsUnsendable)
 {
     for (int count : {508, 512, 513, 1024, 65536, INT_MAX}) {
         SCOPED_TRACE(std::to_string(count) + " words");
-        expectUnsendable(requestFor(variable(1, "MW", 3000, count)));
+        expectUnsendable(requestFor(rampOfWords(count)));
     }
+    EXPECT_EQ(137, requestFor(variable(1, "XX", 3000, 1024)).sendLen);
     for (int count : {1025, 2048, 65536, INT_MAX}) {
         SCOPED_TRACE(std::to_string(count) + " bits");
-        expectUnsendable(requestFor(variable(1, "MX", 3000, count)));
+        expectUnsendable(requestFor(everyThirdBit(count)));
         expectUnsendable(requestFor(variable(1, "XX", 3000, count)));
     }
 }
 
 TEST_F(WriteFrameLimits, BroadcastOfMoreThanFitsIsUnsendableToo)
 {
+    EXPECT_EQ(1023, requestFor(variable(0, "MW", 3000, 507)).sendLen);
     expectUnsendable(requestFor(variable(0, "MW", 3000, 508)));
+    EXPECT_EQ(137, requestFor(variable(0, "MX", 3000, 1024)).sendLen);
     expectUnsendable(requestFor(variable(0, "MX", 3000, 1025)));
 }
 
@@ -128,16 +131,18 @@ TEST_F(WriteFrameLimits, BitCountBelowZeroShortensTheFrameByWholeBytes)
               request(variable(1, "MX", 3000, -8, {1, 1})));
     EXPECT_EQ(hex(withChecksum({1, 15, 0x0B, 0xB8, 0xFF, 0xF1})),
               request(variable(1, "MX", 3000, -15, {1, 1})));
+    // 9 - 7 bytes hold the checksum of nothing
     EXPECT_EQ("FF FF", request(variable(1, "MX", 3000, -56, {1, 1})));
+    EXPECT_EQ("FF FF", request(variable(1, "MX", 3000, -63, {1, 1})));
 }
 
 TEST_F(WriteFrameLimits, CountTooFarBelowZeroForAFrameIsUnsendable)
 {
-    for (int count : {-5, -6, -100, -512, -513, -65536, INT_MIN}) {
+    for (int count : {-4, -5, -6, -100, -512, -513, -65536, INT_MIN}) {
         SCOPED_TRACE(std::to_string(count) + " words");
         expectUnsendable(requestFor(variable(1, "MW", 3000, count)));
     }
-    for (int count : {-72, -80, -1024, -1025, -65536, INT_MIN}) {
+    for (int count : {-64, -72, -80, -1024, -1025, -65536, INT_MIN}) {
         SCOPED_TRACE(std::to_string(count) + " bits");
         expectUnsendable(requestFor(variable(1, "MX", 3000, count)));
     }

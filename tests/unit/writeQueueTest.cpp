@@ -117,11 +117,15 @@ TEST_F(WriteQueue, ABurstToOneElementTakesTwoEntriesAtMost)
 
 TEST_F(WriteQueue, AFullQueueTakesTheNewestInPlaceOfItsLast)
 {
-    queueWords(CAP);
-    write("QW", 5, 1, {1, 2});
-    ASSERT_EQ(CAP, queued());
-    EXPECT_EQ("0 1 MW 511 1:", entry(511));
-    EXPECT_EQ("77 1 QW 5 1: 1 2", entry(512));
+    for (int before : {CAP - 1, int(CAP)}) {
+        SCOPED_TRACE(before);
+        driver.writeList.clear();
+        queueWords(before);
+        write("QW", 5, 1, {1, 2});
+        ASSERT_EQ(CAP, queued());
+        EXPECT_EQ("0 1 MW 511 1:", entry(511));
+        EXPECT_EQ("77 1 QW 5 1: 1 2", entry(512));
+    }
 }
 
 TEST_F(WriteQueue, AWriteLongerThanTheQueueKeepsItsLastElement)

@@ -1,0 +1,35 @@
+#include "program/companionFiles.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+
+namespace {
+
+QString besideProgram(const char* name)
+{
+    return QDir(QCoreApplication::applicationDirPath()).absoluteFilePath(QLatin1String(name));
+}
+
+} // namespace
+
+QString companionDriver()
+{
+    // A build has it at the top, an installed tree in its folder for libraries.
+    for (const char* name :
+         {"../libquorvane_ka_kb_plc.so", "../" KAKB_LIBRARY_FOLDER "/libquorvane_ka_kb_plc.so"}) {
+        const QString file = besideProgram(name);
+        if (QFile::exists(file)) return file;
+    }
+    return QString(QLatin1String("quorvane_ka_kb_plc"));
+}
+
+QString companionSimulator()
+{
+    return besideProgram("kakb-sim");
+}
+
+QString companionTagFile()
+{
+    return QDir::cleanPath(besideProgram("../" KAKB_DATA_FOLDER "/tags.csv"));
+}

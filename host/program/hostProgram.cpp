@@ -1,0 +1,211 @@
+#include "program/hostProgram.h"
+
+#include "program/companionFiles.h"
+#include "program/interrupt.h"
+#include "program/printing.h"
+#include "wire/timeUnits.h"
+
+#include <QDateTime>
+
+#include <cstdio>
+#include <set>
+
+namespace {
+
+enum { NEWS_MS = 100 };
+
+QString simulatorProgram(const LinkOptions& options)
+{
+    return options.simulator.empty() ? companionSimulator()
+                                     : QString::fromStdString(options.simulator);
+}
+
+/// It serves the stations that the tags are of, at the speed of the line.
+QStringList simulatorArguments(const LinkOptions& options, const LinkAddress& address,
+                               const std::vector<Tag>& tags)
+{
+    std::set<int> stations;
+    for (const Tag& tag : tags)
+        stations.insert(tag.station);
+    QStringList arguments;
+    for (const int station : stations)
+        arguments << QLatin1String("--station") << QString::number(station);
+    arguments << QLatin1String("--demo-signals") << QLatin1String("--baud")
+              << QString::number(address.line.baud);
+    const QString more = QString::fromStdString(options.simulatorArguments).simplified();
+    if (!more.isEmpty()) arguments << more.split(QLatin1Char(' '));
+    return arguments;
+}
+
+JobEnd lost(int job, const QString& trouble)
+{
+    JobEnd end;
+    end.job = job;
+    end.outcome = JobEnd::LOST;
+    end.trouble = trouble;
+    return end;
+}
+
+} // namespace
+
+LinkAddress addressOf(const DriverLibrary& driver, const LinkOptions& options)
+{
+    QString parameter;
+    driver.getDriverParameter(&parameter);
+    return linkAddress(QString::fromStdString(options.link), linkDefaults(parameter));
+}
+
+HostProgram::HostProgram(const DriverLibrary& driver, const LinkOptions& options,
+                         const std::vector<Tag>& tags, LinkRun::Reading reading)
+    : m_driver(driver),
+      m_options(options),
+      m_values(tags.size(), options.trace || !options.pcap.empty())
+{
+    m_run.emplace(driver, settings(tags, reading), tags, m_values);
+    if (options.trace) m_trace.emplace(stderr);
+    if (!options.pcap.empty())
+        m_capture.emplace(QString::fromStdString(options.pcap),
+                          QDateTime::currentMSecsSinceEpoch() * MILLISECOND);
+}
+
+HostProgram::~HostProgram()
+{
+    m_run.reset();
+    try {
+        record(m_values.takeNews());
+    } catch (const PcapError&) {
+        // Told when it first could not be written.
+    }
+    if (m_trace) m_trace->flush();
+    tellMissedFrames();
+}
+
+LinkRun::Settings HostProgram::settings(const std::vector<Tag>& tags, LinkRun::Reading reading)
+{
+    LinkRun::Settings settings;
+    settings.address = addressOf(m_driver, m_options);
+    settings.reading = reading;
+    settings.timeoutMs = m_options.timeoutMs;
+    settings.attempts = m_options.attempts;
+    settings.pauseMs = m_options.pauseMs;
+    settings.turnaroundUs = m_options.turnaroundUs;
+    settings.echo = m_options.echo;
+    if (settings.address.kind == LinkAddress::SIMULATED) {
+        const LineSettings line = settings.address.line;
+        m_simulator.emplace(simulatorProgram(m_options),
+                            simulatorArguments(m_options, settings.address, tags));
+        settings.opening = [this, line] { return m_simulator->open(line); };
+    }
+    return settings;
+}
+
+ExitStatus HostProgram::run(const std::function<ExitStatus()>& work)
+{
+    try {
+        return work();
+    } catch (const VerbFailure& failure) {
+        if (m_trace) m_trace->flush();
+        printFailure(failure);
+        return failure.status;
+    }
+}
+
+/// Whatever came with the news of the open link is left for the next one who asks.
+void HostProgram::connect()
+{
+    stopOnSignals();
+    m_run->start();
+    bool wasOpen = false;
+    while (!stopRequested() && !wasOpen) {
+        News news = next(NEWS_MS);
+        wasOpen = !news.linkEvents.empty() && news.linkEvents.front().connected;
+        if (m_linkTrouble && !wasOpen) throw VerbFailure(EXIT_LINK, *m_linkTrouble);
+        if (wasOpen) news.linkEvents.erase(news.linkEvents.begin());
+        m_early = std::move(news);
+    }
+}
+
+News HostProgram::next(int ms)
+{
+    const bool hasEarly = !m_early.changes.empty() || !m_early.linkEvents.empty();
+    if (!hasEarly) m_values.waitForNews(ms);
+    News news = m_values.takeNews();
+    record(news);
+    if (news.isEchoFound)
+        std::fputs("kakb-host: the link returns what is sent; each request's copy is dropped\n",
+                   stderr);
+    for (News::LinkEvent& event : news.linkEvents) {
+        if (!event.connected && m_simulator) event.trouble = QLatin1String(SIMULATED_PLC_HAS_ENDED);
+        m_linkTrouble = event.connected ? std::nullopt : std::make_optional(event.trouble);
+    }
+    news.changes.insert(news.changes.begin(), m_early.changes.begin(), m_early.changes.end());
+    news.linkEvents.insert(news.linkEvents.begin(), m_early.linkEvents.begin(),
+                           m_early.linkEvents.end());
+    m_early = News();
+    return news;
+}
+
+/// The capture first: a terminal or a pipe may take the trace only after a while. Frames are missed
+/// when nobody took them in time, so a hole is behind the frames that are there.
+void HostProgram::record(const News& news)
+{
+    const qint64 missed = news.framesMissed - m_framesMissed;
+    m_framesMissed = news.framesMissed;
+    if (m_capture) {
+        for (const FrameRecord& frame : news.frames)
+            m_capture->add(frame);
+        if (missed > 0) m_capture->addHole();
+    }
+    if (!m_trace) return;
+    for (const FrameRecord& frame : news.frames)
+        m_trace->add(frame);
+    if (missed > 0) m_trace->addHole(missed);
+}
+
+void HostProgram::tellMissedFrames() const
+{
+    if (!m_capture || m_framesMissed == 0) return;
+    std::fprintf(stderr, "kakb-host: the capture lacks %lld frames: the output was blocked\n",
+                 static_cast<long long>(m_framesMissed));
+}
+
+JobEnd HostProgram::endOf(int job, const Progress& progress)
+{
+    while (true) {
+        const auto found = m_ends.find(job);
+        if (found != m_ends.end()) return found->second;
+        if (m_linkTrouble) return lost(job, *m_linkTrouble);
+        if (stopRequested()) {
+            m_wasInterrupted = true;
+            return lost(job, QLatin1String("interrupted; what became of it is not known"));
+        }
+        const News news = next(NEWS_MS);
+        if (progress) progress(news.recipeBlocksDone);
+        for (const JobEnd& end : news.jobEnds)
+            m_ends[end.job] = end;
+    }
+}
+
+JobEnd HostProgram::await(int job, const Progress& progress)
+{
+    const JobEnd end = endOf(job, progress);
+    mustBeDone(end);
+    return end;
+}
+
+ExitStatus HostProgram::statusOf(JobEnd::Outcome outcome) const
+{
+    switch (outcome) {
+    case JobEnd::REFUSED:
+        return EXIT_REFUSED;
+    case JobEnd::TIMED_OUT:
+        return EXIT_TIME_OUT;
+    default:
+        return m_wasInterrupted ? EXIT_INTERRUPTED : EXIT_LINK;
+    }
+}
+
+void HostProgram::mustBeDone(const JobEnd& end) const
+{
+    if (end.outcome != JobEnd::DONE) throw VerbFailure(statusOf(end.outcome), end.trouble);
+}

@@ -1,0 +1,194 @@
+#include "session/linkThread.h"
+
+#include "wire/timeUnits.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace {
+
+const qint64 FOR_EVER = -1;
+
+enum { SHORTEST_SILENCE_MS = 2000, SILENT_TIME_OUTS = 10 };
+
+/// Before a connection whose stations are all silent is made anew.
+int firstSilenceMs(const LinkThread::Settings& settings)
+{
+    return std::max(int(SHORTEST_SILENCE_MS),
+                    int(SILENT_TIME_OUTS * settings.exchange.answer / MILLISECOND));
+}
+
+} // namespace
+
+LinkThread::LinkThread(const DriverLibrary& driver, const Settings& settings, LinkSink& sink)
+    : m_driver(driver),
+      m_settings(settings),
+      m_sink(sink),
+      m_pause(settings.firstPauseMs),
+      m_longestSilence(firstSilenceMs(settings))
+{
+    m_reopenAfter = qint64(m_longestSilence.take()) * MILLISECOND;
+    m_clock.start();
+}
+
+LinkThread::~LinkThread()
+{
+    m_stop = true;
+    m_wait.wake();
+    wait();
+    // A thread that had ended before is waited for inside Qt alone, which the thread sanitizer does
+    // not see; this it does.
+    (void)m_hasEnded.load();
+}
+
+void LinkThread::start()
+{
+    QThread::start();
+}
+
+qint64 LinkThread::now() const
+{
+    return m_clock.nsecsElapsed() / NANOSECONDS_PER_MICROSECOND;
+}
+
+void LinkThread::poll(const std::vector<Tag>& tags, const std::vector<ReadBlock>& blocks)
+{
+    post([tags, blocks](DriverFeeder& feeder) { feeder.poll(tags, blocks); });
+}
+
+void LinkThread::know(const std::vector<Tag>& tags, const std::vector<ReadBlock>& blocks)
+{
+    post([tags, blocks](DriverFeeder& feeder) { feeder.know(tags, blocks); });
+}
+
+void LinkThread::write(int job, const std::vector<ElementWrite>& elements)
+{
+    post([job, elements](DriverFeeder& feeder) { feeder.addWrite(job, elements); });
+}
+
+void LinkThread::read(int job, const std::vector<ReadBlock>& blocks)
+{
+    post([job, blocks](DriverFeeder& feeder) { feeder.addRead(job, blocks); });
+}
+
+void LinkThread::transfer(const RecipeJob& recipe)
+{
+    post([recipe](DriverFeeder& feeder) { feeder.addRecipe(recipe); });
+}
+
+void LinkThread::post(Work work)
+{
+    {
+        const std::lock_guard<std::mutex> lock(m_workMutex);
+        m_work.push_back(std::move(work));
+    }
+    m_wait.wake();
+}
+
+void LinkThread::takeWork(DriverFeeder& feeder)
+{
+    std::vector<Work> work;
+    {
+        const std::lock_guard<std::mutex> lock(m_workMutex);
+        std::swap(work, m_work);
+    }
+    for (const Work& one : work)
+        one(feeder);
+}
+
+void LinkThread::run()
+{
+    WakeableWait::makePunctual();
+    runUntilStopped();
+    m_hasEnded = true;
+}
+
+void LinkThread::runUntilStopped()
+{
+    StartedDriver driver(m_driver, m_settings.attempts);
+    DriverFeeder feeder(driver, m_settings.timing, m_settings.exchange, m_sink);
+    while (!m_stop)
+        runOnce(feeder);
+}
+
+/// From one opening of the link to its loss.
+void LinkThread::runOnce(DriverFeeder& feeder)
+{
+    takeWork(feeder); // a link that never opens marks its tags too
+    try {
+        const std::unique_ptr<Link> link = m_settings.openLink();
+        m_lossTold = false;
+        m_lastHeard = now();
+        m_sink.linkChanged(true, QString(), now());
+        feeder.linkBack(now());
+        exchange(feeder, *link);
+    } catch (const LinkError& error) {
+        if (!std::exchange(m_lossTold, true)) {
+            const QString trouble = QString::fromUtf8(error.what());
+            const qint64 lostAt = now();
+            feeder.linkLost(QLatin1String("link lost: ") + trouble, lostAt);
+            m_sink.linkChanged(false, trouble, lostAt);
+        }
+        pauseAfterLoss(feeder);
+    }
+}
+
+/// Jobs that come meanwhile only queue up.
+void LinkThread::pauseAfterLoss(DriverFeeder& feeder)
+{
+    const qint64 end = now() + qint64(m_pause.take()) * MILLISECOND;
+    while (!m_stop && now() < end) {
+        takeWork(feeder);
+        m_wait.wait(-1, end - now());
+    }
+}
+
+void LinkThread::exchange(DriverFeeder& feeder, Link& link)
+{
+    while (!m_stop) {
+        takeWork(feeder);
+        const ExchangeMachine::Step step = feeder.advance(now());
+        if (!step.send.isEmpty()) send(link, step);
+        const qint64 left = step.isIdle ? FOR_EVER : std::max<qint64>(step.wakeAt - now(), 0);
+        if (m_wait.wait(link.descriptor(), left)) receive(feeder, link);
+        if (m_settings.reopensWhenSilent) reopenWhenSilent(feeder);
+    }
+}
+
+/// A peer that keeps the connection and says nothing may be mended by a new one. One that is only
+/// late loses its answers by that, so each time it may be silent for longer.
+void LinkThread::reopenWhenSilent(const DriverFeeder& feeder)
+{
+    if (!feeder.areAllSilent() || now() < m_lastHeard + m_reopenAfter) return;
+    m_reopenAfter = qint64(m_longestSilence.take()) * MILLISECOND;
+    throw LinkError("no station answers any more; it is connected anew");
+}
+
+void LinkThread::send(Link& link, const ExchangeMachine::Step& step)
+{
+    const qint64 start = now();
+    link.write(step.send);
+    m_sink.frame(step.isFence ? FrameRecord::SENT_FENCE : FrameRecord::SENT, step.send, start);
+    takeWire(start, start + m_settings.timing.frame(int(step.send.size())));
+}
+
+void LinkThread::receive(DriverFeeder& feeder, Link& link)
+{
+    const QByteArray bytes = link.read();
+    if (bytes.isEmpty()) return;
+    const qint64 end = now();
+    m_pause.startAnew();
+    m_longestSilence.startAnew();
+    m_lastHeard = end;
+    m_reopenAfter = qint64(m_longestSilence.take()) * MILLISECOND;
+    m_sink.frame(FrameRecord::RECEIVED, bytes, end);
+    takeWire(end - m_settings.timing.frame(int(bytes.size())), end);
+    feeder.received(bytes, end);
+}
+
+/// A frame on a wire, with the silence ahead of it. A network has no wire of its own.
+void LinkThread::takeWire(qint64 from, qint64 until)
+{
+    const qint64 silence = m_settings.timing.silentInterval();
+    if (silence > 0) m_sink.wireTaken(from - silence, until);
+}

@@ -1,0 +1,284 @@
+#include "plan/recipeFile.h"
+#include "builtDriver.h"
+
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <sys/resource.h>
+
+#include <csignal>
+#include <ostream>
+#include <string>
+
+// Values as bytes: floats by IEEE 754 (72.5 is 0x42910000), integers by hand.
+
+namespace {
+
+const char* const HEADER = "name,station,area,address,type,value\n";
+
+/// No file of this program grows beyond so many bytes, as on a disk with no room for more.
+class FileSizeLimit
+{
+public:
+    explicit FileSizeLimit(rlim_t bytes) : m_replaced(std::signal(SIGXFSZ, SIG_IGN))
+    {
+        EXPECT_EQ(0, getrlimit(RLIMIT_FSIZE, &m_before));
+        const rlimit limit = {bytes, m_before.rlim_max};
+        EXPECT_EQ(0, setrlimit(RLIMIT_FSIZE, &limit));
+    }
+    ~FileSizeLimit()
+    {
+        setrlimit(RLIMIT_FSIZE, &m_before);
+        std::signal(SIGXFSZ, m_replaced);
+    }
+    FileSizeLimit(const FileSizeLimit&) = delete;
+    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+
+private:
+    using Handler = void (*)(int);
+
+    rlimit m_before = {};
+    const Handler m_replaced;
+};
+
+} // namespace
+
+class RecipeFileTest : public testing::Test
+{
+protected:
+    RecipeFileTest() : path(folder.filePath(QLatin1String("recipe.csv"))) {}
+
+    void put(const QByteArray& text)
+    {
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        ASSERT_EQ(text.size(), file.write(text));
+    }
+
+    QByteArray fileText() const
+    {
+        QFile file(path);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+
+    Recipe recipeOf(const QByteArray& lines, bool valuesNeeded = true)
+    {
+        put(HEADER + lines);
+        return readRecipeFile(path, driver(), valuesNeeded);
+    }
+
+    /// What is said of the lines; empty when there is nothing to say.
+    std::string complaintOf(const QByteArray& lines, bool valuesNeeded = true)
+    {
+        try {
+            recipeOf(lines, valuesNeeded);
+        } catch (const TagFileError& error) {
+            return error.what();
+        }
+        return std::string();
+    }
+
+    QTemporaryDir folder;
+    const QString path;
+};
+
+TEST_F(RecipeFileTest, EachTagHasItsValueAsTheDriverTakesIt)
+{
+    const Recipe recipe = recipeOf("level,1,MW,100,float32:high,72.5\n"
+                                   "offset,2,MW,108,int32,-2\n"
+                                   "valve,1,MX,30.0,bool,true\n"
+                                   "speed,1,QW,40,uint16,0x5AA\n");
+    ASSERT_EQ(4u, recipe.tags.size());
+    EXPECT_EQ(QLatin1String("offset"), recipe.tags[1].name);
+    EXPECT_EQ(2, recipe.tags[1].station);
+    const std::vector<QByteArray> expected = {
+        QByteArray::fromHex("91420000"), QByteArray::fromHex("FEFFFFFF"), QByteArray::fromHex("01"),
+        QByteArray::fromHex("AA05")};
+    EXPECT_EQ(expected, recipe.values);
+}
+
+TEST_F(RecipeFileTest, AValueMayBeMissingWhenItIsOnlyToBeUploaded)
+{
+    const Recipe recipe = recipeOf("a,1,MW,100,uint16,\nb,1,MW,102,uint16,7\n", false);
+    EXPECT_TRUE(recipe.values[0].isEmpty());
+    EXPECT_EQ(QByteArray::fromHex("0700"), recipe.values[1]);
+}
+
+TEST_F(RecipeFileTest, AllBadLinesAreReportedAtOnce)
+{
+    const std::string complaint = complaintOf("a,1,MW,100,uint16,\n"
+                                              "b,1,MW,102,uint16,70000\n"
+                                              "c,1,IW,0,uint16,1\n"
+                                              "d,1,IX,0.1,bool,1\n"
+                                              "e,1,MW,104,uint16,1\n"
+                                              "f,1,MW,104,float32:high,x\n");
+    EXPECT_NE(std::string::npos, complaint.find("2: the value is missing")) << complaint;
+    EXPECT_NE(std::string::npos, complaint.find("3: \"70000\" is no value of type uint16"))
+        << complaint;
+    EXPECT_NE(std::string::npos, complaint.find("4: area IW is read-only")) << complaint;
+    EXPECT_NE(std::string::npos, complaint.find("5: area IX is read-only")) << complaint;
+    EXPECT_EQ(std::string::npos, complaint.find("6:")) << complaint;
+    EXPECT_NE(std::string::npos, complaint.find("7: \"x\" is no value of type float32:high"))
+        << complaint;
+}
+
+TEST_F(RecipeFileTest, AWrongValueIsBadAlsoWhenNoneIsNeeded)
+{
+    EXPECT_NE("", complaintOf("a,1,MW,100,uint16,x\n", false));
+    EXPECT_EQ("", complaintOf("a,1,MW,100,uint16,\n", false));
+}
+
+TEST_F(RecipeFileTest, ARecipeWithoutLinesIsRefused)
+{
+    EXPECT_EQ("the recipe has no values", complaintOf(""));
+}
+
+TEST_F(RecipeFileTest, AFileWithoutTheValueColumnIsRefused)
+{
+    put("name,station,area,address,type\na,1,MW,100,uint16\n");
+    EXPECT_THROW(readRecipeFile(path, driver(), true), TagFileError);
+}
+
+TEST_F(RecipeFileTest, AFileThatIsNotThereIsNamed)
+{
+    try {
+        readRecipeFile(path, driver(), true);
+        FAIL();
+    } catch (const TagFileError& error) {
+        EXPECT_NE(std::string::npos, std::string(error.what()).find("recipe.csv"));
+    }
+}
+
+TEST_F(RecipeFileTest, AWrittenRecipeReadsBackAsItWas)
+{
+    const QByteArray lines = "\"a, \"\"quoted\"\"\",1,MW,100,float32:high,-0.1\n"
+                             "\" b \",2,MW,104,uint32,4000000001\n"
+                             "\"#c\",1,MX,30.7,bool,1\n"
+                             "\xC3\xA4,247,QW,0,int16,-32768\n";
+    const Recipe recipe = recipeOf(lines);
+    ASSERT_EQ(QString::fromUtf8("a, \"quoted\""), recipe.tags[0].name);
+    writeRecipeFile(path, recipe);
+    const Recipe again = readRecipeFile(path, driver(), true);
+    ASSERT_EQ(recipe.tags.size(), again.tags.size());
+    EXPECT_EQ(recipe.values, again.values);
+    for (size_t i = 0; i < recipe.tags.size(); ++i) {
+        EXPECT_EQ(recipe.tags[i].name, again.tags[i].name);
+        EXPECT_EQ(recipe.tags[i].station, again.tags[i].station);
+        EXPECT_EQ(recipe.tags[i].area, again.tags[i].area);
+        EXPECT_EQ(recipe.tags[i].address, again.tags[i].address);
+        EXPECT_EQ(recipe.tags[i].type, again.tags[i].type);
+        EXPECT_EQ(recipe.tags[i].wordOrder, again.tags[i].wordOrder);
+    }
+}
+
+TEST_F(RecipeFileTest, AWrittenFileKeepsItsCommentLinesAndItsOrderOfColumns)
+{
+    put("# line 3, \"summer\"\n"
+        "\n"
+        "value,type,comment,address,area,station,name\n"
+        "1450,uint16,\"rpm, nominal\",40,QW,1,speed\n"
+        "# valves\n"
+        "0,bool,\"two\nlines\",30.0,MX,1,valve\n"
+        "#\n");
+    Recipe recipe = readRecipeFile(path, driver(), true);
+    recipe.values = {QByteArray::fromHex("E703"), QByteArray::fromHex("01")}; // 999
+    writeRecipeFile(path, recipe);
+    EXPECT_EQ("# line 3, \"summer\"\n"
+              "\n"
+              "value,type,comment,address,area,station,name\n"
+              "999,uint16,\"rpm, nominal\",40,QW,1,speed\n"
+              "# valves\n"
+              "1,bool,\"two\nlines\",30.0,MX,1,valve\n"
+              "#\n",
+              fileText().toStdString());
+}
+
+/// A file's bytes before and after its one value, a uint16, became 999.
+struct WrittenCell
+{
+    const char* before;
+    const char* after;
+};
+
+std::ostream& operator<<(std::ostream& out, const WrittenCell& cell)
+{
+    return out << cell.before;
+}
+
+class RecipeFileCells : public RecipeFileTest, public testing::WithParamInterface<WrittenCell>
+{
+};
+
+TEST_P(RecipeFileCells, AreWrittenInPlace)
+{
+    put(GetParam().before);
+    Recipe recipe = readRecipeFile(path, driver(), false);
+    recipe.values = {QByteArray::fromHex("E703")};
+    writeRecipeFile(path, recipe);
+    EXPECT_EQ(GetParam().after, fileText().toStdString());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    , RecipeFileCells,
+    testing::Values(
+        WrittenCell{"name,station,area,address,type,value\na,1,MW,0,uint16,",
+                    "name,station,area,address,type,value\na,1,MW,0,uint16,999"},
+        WrittenCell{"name,station,area,address,type,value\r\na,1,MW,0,uint16,\r\n\r\n",
+                    "name,station,area,address,type,value\r\na,1,MW,0,uint16,999\r\n\r\n"},
+        WrittenCell{"name,station,area,address,type,value\r\na,1,MW,0,uint16,1450 \r\n",
+                    "name,station,area,address,type,value\r\na,1,MW,0,uint16,999 \r\n"},
+        WrittenCell{"name ,value,station,area,address,type\na    ,\t\"1450\" ,1,MW,0,uint16\n",
+                    "name ,value,station,area,address,type\na    ,\t999 ,1,MW,0,uint16\n"},
+        WrittenCell{"\"value\",name,station,area,address,type\n  ,\"a \"\"b\"\"\",1,MW,0,uint16\n",
+                    "\"value\",name,station,area,address,type\n"
+                    "999  ,\"a \"\"b\"\"\",1,MW,0,uint16\n"},
+        WrittenCell{"\xEF\xBB\xBFvalue,name,station,area,address,type\n7,\xC3\xA4,1,MW,0,uint16\n",
+                    "\xEF\xBB\xBFvalue,name,station,area,address,type\n"
+                    "999,\xC3\xA4,1,MW,0,uint16\n"}));
+
+TEST_F(RecipeFileTest, ARecipeWrittenToAnotherFileHasTheTextOfItsOwn)
+{
+    Recipe recipe = recipeOf("# rpm\nspeed,1,QW,40,uint16,1450\n");
+    recipe.values[0] = QByteArray::fromHex("E703");
+    const QString other = folder.filePath(QLatin1String("other.csv"));
+    writeRecipeFile(other, recipe);
+    EXPECT_EQ(HEADER + QByteArray("# rpm\nspeed,1,QW,40,uint16,1450\n"), fileText());
+    EXPECT_EQ(HEADER + QByteArray("# rpm\nspeed,1,QW,40,uint16,999\n"), fileBytes(other));
+}
+
+TEST_F(RecipeFileTest, AValueThatIsNotKnownIsWrittenAsNone)
+{
+    Recipe recipe = recipeOf("speed,1,QW,40,uint16,1450\n");
+    recipe.values[0].clear();
+    writeRecipeFile(path, recipe);
+    EXPECT_EQ(HEADER + QByteArray("speed,1,QW,40,uint16,\n"), fileText());
+}
+
+TEST_F(RecipeFileTest, AFullDiskLeavesTheOldFileWhole)
+{
+    enum { ROOM = 60 }; // for the columns' names and some of the value's line
+    const QByteArray lines = "speed,1,QW,40,uint16,1450\n";
+    Recipe recipe = recipeOf(lines);
+    recipe.values[0] = QByteArray::fromHex("E703"); // 999
+    {
+        const FileSizeLimit limit(ROOM);
+        EXPECT_THROW(writeRecipeFile(path, recipe), TagFileError);
+    }
+    EXPECT_EQ((HEADER + lines).toStdString(), fileText().toStdString());
+    EXPECT_EQ(QStringList(QLatin1String("recipe.csv")),
+              QDir(folder.path()).entryList(QDir::Files | QDir::Hidden));
+}
+
+TEST_F(RecipeFileTest, AFileThatCannotBeWrittenIsNamed)
+{
+    const Recipe recipe = recipeOf("speed,1,QW,40,uint16,1450\n");
+    try {
+        writeRecipeFile(folder.filePath(QLatin1String("none/recipe.csv")), recipe);
+        FAIL();
+    } catch (const TagFileError& error) {
+        EXPECT_NE(std::string::npos, std::string(error.what()).find("none/recipe.csv"));
+    }
+}
