@@ -6,28 +6,13 @@
 #include "output/frameTrace.h"
 #include "output/pcapFile.h"
 #include "program/exitStatus.h"
+#include "program/linkOptions.h"
 #include "session/linkRun.h"
 #include "session/sharedValues.h"
 
 #include <functional>
 #include <map>
 #include <optional>
-
-/// What every verb with a link is told.
-struct LinkOptions
-{
-    std::string link = "sim";
-    std::string simulator; ///< program; empty: the one beside this one
-    std::string simulatorArguments;
-    int timeoutMs = 500;
-    int attempts = 3;
-    int pauseMs = 500;
-    int turnaroundUs = 1000;
-    EchoMode echo = ECHO_UNKNOWN;
-    bool trace = false;
-    std::string pcap;
-    bool json = false;
-};
 
 /// The program around one verb with a link: it starts the link's run, hands in the verb's jobs,
 /// waits for their ends, and records the frames. Used by the program's main thread only; values()

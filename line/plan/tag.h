@@ -1,11 +1,13 @@
 #ifndef TAG_H
 #define TAG_H
 
+#include "wire/deviceRegisters.h"
+
 #include <QMetaType>
 #include <QString>
 
 /// Address number of the first marker, MW 0 as well as MX 0.0; the other areas begin at 0.
-enum { FIRST_MARKER_NUMBER = 3000 };
+enum { FIRST_MARKER_NUMBER = FIRST_MARKER };
 
 /// A bit area's name ends in X, a word area's in W.
 inline bool isBitArea(const QString& area)

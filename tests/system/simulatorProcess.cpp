@@ -8,7 +8,6 @@
 
 namespace {
 
-enum { START_MS = 30000, END_MS = 30000, WORD_BITS = 16, FIRST_MARKER = 3000 };
 
 std::vector<std::string> withEnd(std::vector<std::string> arguments, const QTemporaryDir& folder)
 {
