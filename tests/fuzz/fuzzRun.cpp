@@ -51,6 +51,7 @@ std::string addressText(FuzzInput& input)
 FuzzRun::FuzzRun(const uint8_t* data, size_t size) : input(data, size), m_compared(renewedDriver())
 {
     make(CallbackCall{true});
+    make(FillBufferCall{1}); // words that can be told apart
 }
 
 /// What is still planned shows in the requests that come of it.
@@ -76,10 +77,9 @@ void FuzzRun::start(const std::string& properties)
 void FuzzRun::make(std::initializer_list<Kind> kinds)
 {
     const Kind kind = kinds.begin()[input.number(0, static_cast<int>(kinds.size()) - 1)];
-    if (kind == EXCHANGE)
-        exchange(!input.oneIn(3));
-    else
-        make(callOf(kind));
+    if (kind == EXCHANGE) return exchange(!input.oneIn(3));
+    make(callOf(kind));
+    if (kind == SET_RECIPE && input.yes()) make(FlagCall{input.yes(), 1});
 }
 
 Call FuzzRun::callOf(Kind kind)

@@ -51,6 +51,8 @@ void DriverCaller::onChange(int context, int station, QString& name, int addr)
     else
         s_host->m_isToldUnderMutex = true;
     told.seen = s_host->valueRead(station, name, addr, 1);
+    const Bytes beside = s_host->valueRead(station, name, neighbourOf(addr), 1);
+    told.seen.insert(told.seen.end(), beside.begin(), beside.end());
     s_host->m_notifications.push_back(told);
     name = QLatin1String("changed by the callee");
 }

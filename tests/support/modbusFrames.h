@@ -23,6 +23,18 @@ inline void putWord(QByteArray& bytes, int word)
     bytes.append(static_cast<char>(word & 255));
 }
 
+/// The reply to a read of registers, each of which holds what valueOf(register) says.
+template <typename ValueOf> QByteArray readReplyOf(const QByteArray& request, ValueOf valueOf)
+{
+    const int first = wordOf(request, 2);
+    const int count = wordOf(request, 4);
+    QByteArray reply = request.left(2);
+    reply.append(static_cast<char>(2 * count));
+    for (int i = 0; i < count; ++i)
+        putWord(reply, valueOf(first + i));
+    return frameWith(reply);
+}
+
 /// The exception reply to the request, closed by its checksum.
 inline QByteArray refusalOf(const QByteArray& request, int code = 2)
 {

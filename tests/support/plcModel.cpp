@@ -76,14 +76,9 @@ QByteArray echoOf(const QByteArray& request)
 
 QByteArray readReply(const PlcModel::Registers& registers, const QByteArray& request)
 {
-    const int first = wordOf(request, 2);
     const int count = wordOf(request, 4);
     if (count < 1 || count > MOST_READ) return refusalOf(request, ILLEGAL_VALUE);
-    QByteArray reply = request.left(2);
-    reply.append(static_cast<char>(2 * count));
-    for (int i = 0; i < count; ++i)
-        putWord(reply, valueOf(registers, first + i));
-    return frameWith(reply);
+    return readReplyOf(request, [&](int number) { return valueOf(registers, number); });
 }
 
 } // namespace

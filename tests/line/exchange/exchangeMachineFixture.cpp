@@ -19,12 +19,7 @@ QByteArray answerTo(const QByteArray& request)
 {
     const int function = byteOf(request, 1);
     if (function != READ_HOLDING && function != READ_INPUT) return frameWith(request.left(6));
-    const int count = wordOf(request, 4);
-    QByteArray reply = request.left(2);
-    reply.append(static_cast<char>(2 * count));
-    for (int i = 0; i < count; ++i)
-        putWord(reply, wordOf(request, 2) + i);
-    return frameWith(reply);
+    return readReplyOf(request, [](int number) { return number; });
 }
 
 QByteArray noise(int bytes)

@@ -98,12 +98,8 @@ QByteArray OrderlyPeer::answerTo(const QByteArray& request)
 
 QByteArray OrderlyPeer::readReply(const QByteArray& request) const
 {
-    const int count = wordOf(request, COUNT_AT);
-    QByteArray reply = request.left(2);
-    reply.append(static_cast<char>(2 * count));
-    for (int i = 0; i < count; ++i)
-        putWord(reply, valueOf(byteOf(request, 0), wordOf(request, FIELDS_AT) + i));
-    return frameWith(reply);
+    const int station = byteOf(request, 0);
+    return readReplyOf(request, [=](int number) { return valueOf(station, number); });
 }
 
 void OrderlyPeer::disturb(QByteArray& answer)
