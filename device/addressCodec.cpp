@@ -1,15 +1,10 @@
 #include "addressCodec.h"
 
+#include "addressBase.h"
 #include "areaClass.h"
-#include "areaRow.h"
 #include "wrapAround.h"
 
 #include <QStringList>
-
-static bool isMarkerBits(const QString& regName)
-{
-    return regName == QLatin1String("MX");
-}
 
 int addr_str2int(const QString& text, const QString& regName)
 {
@@ -21,14 +16,13 @@ int addr_str2int(const QString& text, const QString& regName)
     const int byte = parts.at(0).toInt(&byteOk, 10);
     const int bit = parts.at(1).toInt(&bitOk, 10);
     if (!byteOk || !bitOk) return -1;
-    const int number = wrapAdd(wrapMul(byte, 8), bit);
-    return isMarkerBits(regName) ? wrapAdd(number, MARKER_BASE) : number;
+    return wrapAdd(wrapAdd(wrapMul(byte, 8), bit), addressBase(regName, BITS));
 }
 
 QString addr_int2str(int addr, const QString& regName)
 {
     if (!isBitArea(regName)) return QString();
-    const int number = isMarkerBits(regName) ? wrapSub(addr, MARKER_BASE) : addr;
+    const int number = wrapSub(addr, addressBase(regName, BITS));
     return QString::number(number / 8) + QLatin1Char('.') + QString::number(number % 8);
 }
 
@@ -55,8 +49,7 @@ int a2i(const QString& text, int& out, const QString& format, const QString& reg
     bool ok = false;
     out = text.toInt(&ok, radixOfFormat(format));
     if (out % 2 == 1) return -1;
-    out /= 2;
-    if (regName == QLatin1String("MW")) out += MARKER_BASE;
+    out = out / 2 + addressBase(regName, WORDS);
     return ok ? 1 : -1;
 }
 

@@ -18,8 +18,8 @@ int addr_str2int(const QString& text, const QString& regName);
 QString addr_int2str(int addr, const QString& regName);
 
 /// Address number of any address, guided by the area's format.
-/// @return 1; or -1, with `out` untouched for a bit text, else with the raw number for an odd one
-///         and 0 (3000 in MW) for a malformed one
+/// @return 1, or -1 for a bad text. After -1 `out` is untouched for a bit text, the raw number for
+///         an odd word text, and 0 (3000 in MW) for a malformed word text.
 int a2i(const QString& text, int& out, const QString& format, const QString& regName);
 
 /// True for a format such as "DDDDO", whose characters differ: the address of a bit.
@@ -28,7 +28,7 @@ bool isBitFormat(const QString& format);
 /// From a checked address number to the number on the wire: the same on this device.
 int addrOffset(const QString& regName, int addr);
 
-/// Value of the two hexadecimal characters at `position`; what lies past the end counts as 0.
+/// Value of the two hexadecimal characters at `position`; a place past the end counts as 0.
 int asc2hex(const QByteArray& bytes, int position);
 
 #endif

@@ -7,7 +7,8 @@ enum { BYTE_VALUES = 256, STEP_BYTES = 4 };
 
 namespace {
 
-/// What a byte does to the checksum, by its value and by how many bytes of a step follow it.
+/// The effect of a byte on the checksum, by its value and by the number of bytes of its step that
+/// follow it.
 struct ChecksumTable
 {
     unsigned short after[STEP_BYTES][BYTE_VALUES];
@@ -31,7 +32,7 @@ const ChecksumTable TABLE;
 
 } // namespace
 
-/// A step of four bytes needs no result of the byte before, so its lookups run side by side.
+/// Takes four bytes a step: none of the four lookups waits for the result of another one.
 unsigned short computate_check(const unsigned char* buf, unsigned short len)
 {
     unsigned crc = CRC_START;

@@ -1,7 +1,7 @@
 #include "mergeRule.h"
 
+#include "addressBase.h"
 #include "areaClass.h"
-#include "areaRow.h"
 #include "driverState.h"
 #include "wrapAround.h"
 
@@ -10,11 +10,6 @@ enum { GROUP_BITS = 16 };
 static bool inSameGroup(int a, int b)
 {
     return a / GROUP_BITS == b / GROUP_BITS;
-}
-
-static bool inSameMarkerGroup(int a, int b)
-{
-    return inSameGroup(wrapSub(a, MARKER_BASE), wrapSub(b, MARKER_BASE));
 }
 
 int judgeAddrMerge(const KEY_ADDRESS& a, const KEY_ADDRESS& b, int mode)
@@ -26,10 +21,11 @@ int judgeAddrMerge(const KEY_ADDRESS& a, const KEY_ADDRESS& b, int mode)
 
     if (isWordArea(a.regName)) return a.addr == b.addr ? 0 : 1;
 
-    const bool markers = a.regName == QLatin1String("MX");
+    const int base = addressBase(a.regName, BITS);
+    const bool markers = base != 0;
     // Adjacent markers must share both groupings. 3000 is no multiple of 16, so this confines them
     // to 8 bits; the pass that reads across gaps tests the marker group alone and joins the halves.
     const bool testPlainGroup = isBitArea(a.regName) && (!markers || mode == MERGE_ADJACENT);
     if (testPlainGroup && !inSameGroup(a.addr, b.addr)) return 1;
-    return markers && !inSameMarkerGroup(a.addr, b.addr) ? 1 : 0;
+    return markers && !inSameGroup(wrapSub(a.addr, base), wrapSub(b.addr, base)) ? 1 : 0;
 }

@@ -9,8 +9,8 @@ enum MergeMode {
 };
 
 /// Says whether b may join the read block that starts at a; a comes first in sort order.
-/// Words join only at equal addresses, bits only within one group of 16, because that is what one
-/// reply can be decoded into.
+/// Words join only at equal addresses, bits only within one group of 16, because decoding can take
+/// no more out of one reply.
 /// @return 0 when it may, 1 when not
 int judgeAddrMerge(const KEY_ADDRESS& a, const KEY_ADDRESS& b, int mode);
 

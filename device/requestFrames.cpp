@@ -1,7 +1,7 @@
 #include "requestFrames.h"
 
+#include "addressBase.h"
 #include "areaClass.h"
-#include "areaRow.h"
 #include "checksum.h"
 #include "driverState.h"
 #include "wrapAround.h"
@@ -16,8 +16,8 @@
 //   several words   | station | 16     | first register | words | n | n bytes  | crc lo | crc hi |
 //
 // The device has no functions 1 and 2: bits are read as the 16-bit registers that hold them, yet
-// written by their own number. Nothing is validated here: addresses and counts are the planner's,
-// and counts below zero come from a host's slip, so only the buffers are guarded.
+// written by their own number. The builders do not validate addresses and counts. A mistake of the
+// host may bring any count, below zero too, so the ends of the buffers are guarded.
 
 enum FunctionCode {
     READ_HOLDING_REGISTERS = 3,
@@ -69,7 +69,7 @@ static int registersOfBits(int bits)
     return bits / REGISTER_BITS + (bits % REGISTER_BITS != 0 ? 1 : 0);
 }
 
-/// A count so far out that the length has no number must not end up as one that some reply has.
+/// A length that does not fit an int must not become the length of a possible reply.
 static int readReplyBytes(int registers)
 {
     const qint64 length = qint64(registers) * 2 + READ_REPLY_BYTES;
@@ -82,9 +82,9 @@ static int packedBytes(int bits)
     return bits > 0 ? (bits - 1) / BYTE_BITS + 1 : bits / BYTE_BITS;
 }
 
-static const FRAME_PRO EMPTY_FRAME;
+static const FRAME_PRO EMPTY_FRAME = FRAME_PRO();
 
-/// Frames are filled where they lie in the queue, because they are large to copy.
+/// Appends a frame to be filled in its place in the queue, because frames are large to copy.
 static FRAME_PRO& queueFrame(const VARIABLE& var)
 {
     driver.frameQueue.append(EMPTY_FRAME);
@@ -112,7 +112,7 @@ int getReadFrame(const QList<VARIABLE>& variables)
     int firstRegister = var.addr;
     int registers = var.count;
     if (!isWordArea(var.regName)) {
-        const int base = var.regName == QLatin1String("MX") ? MARKER_BASE : 0;
+        const int base = addressBase(var.regName, BITS);
         const int bit = wrapSub(var.addr, base);
         firstRegister = bit / REGISTER_BITS + base;
         registers = registersOfBits(wrapAdd(bit % REGISTER_BITS, var.count));
@@ -149,7 +149,7 @@ static void putWords(unsigned char* at, const VARIABLE& var)
     }
 }
 
-/// Packs eight value bytes into one. They are added, so a byte other than 0 or 1 spills over.
+/// Packs eight value bytes into one. It adds them, so a byte other than 0 or 1 spills over.
 static void putBits(unsigned char* at, const VARIABLE& var)
 {
     const int bytes = packedBytes(var.count);

@@ -5,8 +5,8 @@
 
 #include <QList>
 
-// Each builder appends one frame to driver.frameQueue. The frames themselves are drawn in
-// requestFrames.cpp.
+// Each builder appends one frame to driver.frameQueue. requestFrames.cpp has drawings of the
+// frames.
 
 /// A frame with nothing to send and no reply; it only takes one turn of the engine.
 void handShakeFrame();
@@ -15,12 +15,12 @@ void handShakeFrame();
 /// @return 1
 int getReadFrame(const QList<VARIABLE>& variables);
 
-/// Write request for var. One that would not fit FRAME_BYTES, or whose values would not fit
-/// VALUE_BYTES, becomes unsendableFrame().
+/// Write request for var. A request longer than FRAME_BYTES, or with more values than VALUE_BYTES
+/// hold, becomes an unsendableFrame().
 void getWriteFrame(const VARIABLE& var);
 
-/// A frame with nothing to send whose reply no bytes can match, so that a request that cannot be
-/// built runs through retries to the give-up that the host sees.
+/// A frame with nothing to send and a reply length that no bytes match. So a request that cannot be
+/// built is retried and given up, and the host learns of it.
 void unsendableFrame(const VARIABLE& var);
 
 #endif

@@ -3,10 +3,7 @@
 
 #include <QString>
 
-enum {
-    AREA_COUNT = 6,
-    MARKER_BASE = 3000 ///< MW and MX address numbers start here, IW, QW, IX and QX ones at 0
-};
+enum { AREA_COUNT = 6 };
 
 /// Columns of an area's row. All are texts, as the host's editor wants them.
 enum AreaColumn {

@@ -22,8 +22,8 @@ static bool isAllowedOn32Bits(int dataType)
     return dataType == 1 || dataType == 3 || dataType == 5 || dataType == 6 || dataType == 9;
 }
 
-/// The last unit, address + count - 1, must not pass the maximum; in floating point, because a unit
-/// narrower than a word makes the count a fraction.
+/// The last unit, address + count - 1, must not pass the maximum. The test is in floating point,
+/// because a unit wider than a word makes the count a fraction.
 static bool isInRange(int address, int count, double wordsPerUnit, int minimum, int maximum)
 {
     return address >= minimum && address + count / wordsPerUnit <= maximum + 1.0;
@@ -45,13 +45,13 @@ static int checkRange(AreaRow row, const QString& regName, const QString& addrTe
     return ADDRESS_VALID;
 }
 
-/// The range test comes before the area is missed, against an area of one unit at 0.
+/// An unknown area is first tested like an area of one unit at 0.
 static int checkUnknownArea(int outAddr, int count)
 {
     return isInRange(outAddr, count, 1.0, 0, 0) ? ADDRESS_UNKNOWN_AREA : ADDRESS_OUT_OF_RANGE;
 }
 
-int checkAddressInRow(AreaRow row, const ADDRESS_QUESTION& question, int& outAddr)
+int checkAddressOfArea(AreaRow row, const ADDRESS_QUESTION& question, int& outAddr)
 {
     const bool bitVariable = question.dataType == BIT_VARIABLE;
     if (!kindsAgree(row, bitVariable)) return ADDRESS_KIND_MISMATCH;
@@ -69,7 +69,7 @@ int intf_checkAddr(QString regName, QString addrText, int& outAddr, int dataType
     const int index = areaIndex(regName);
     if (index == AREA_COUNT) return checkUnknownArea(outAddr, count);
     const ADDRESS_QUESTION question = {regName, addrText, dataType, count, accessMode};
-    return checkAddressInRow(areaRow(index), question, outAddr);
+    return checkAddressOfArea(areaRow(index), question, outAddr);
 }
 
 int intf_checkAddrValidity(QString regName, QString addrText, int& outAddr, int count, int isWord)

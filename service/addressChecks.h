@@ -5,7 +5,7 @@
 
 #include <QString>
 
-/// What intf_checkAddr asks about one variable.
+/// The arguments of intf_checkAddr about one variable.
 struct ADDRESS_QUESTION
 {
     QString regName;
@@ -16,6 +16,6 @@ struct ADDRESS_QUESTION
 };
 
 /// intf_checkAddr's verdict for an area with the given row.
-int checkAddressInRow(AreaRow row, const ADDRESS_QUESTION& question, int& outAddr);
+int checkAddressOfArea(AreaRow row, const ADDRESS_QUESTION& question, int& outAddr);
 
 #endif

@@ -3,35 +3,13 @@
 #include "dataAreas.h"
 #include "driverState.h"
 #include "mergeRule.h"
+#include "monitorFlags.h"
+#include "otherWidths/keyNormalising.h"
 #include "registerOrder.h"
 #include "serviceForProtocol.h"
-#include "variableName.h"
 #include "wrapAround.h"
 
-enum { WORD_BITS = 16, MERGED_BLOCK_ID = 4 };
-
-static void normaliseBitOfUnit(AreaRow row, KEY_ADDRESS& key)
-{
-    const int unitBits = row[UNIT_BITS].toInt();
-    if (unitBits < 1) return;
-    const int bits = wrapAdd(key.count, key.addr % unitBits);
-    key.count = bits / unitBits + ((bits & 15) != 0 ? 1 : 0);
-    key.addr /= unitBits;
-}
-
-void normaliseKey(AreaRow row, KEY_ADDRESS& key)
-{
-    const QString suffix = suffixPart(key.regName);
-    const int dataWidth = row[DATA_WIDTH].toInt();
-    if (suffix.isEmpty()) {
-        if (dataWidth > 1) key.count = int(qint64(key.count) * WORD_BITS / dataWidth);
-    } else if (suffix == QLatin1String("BIT")) {
-        normaliseBitOfUnit(row, key);
-    } else if (suffix == QLatin1String("B") || suffix == QLatin1String("W") ||
-               suffix == QLatin1String("D")) {
-        key.regName = areaPart(key.regName);
-    }
-}
+enum { MERGED_BLOCK_ID = 4 };
 
 /// The keys of known areas in register order. The large records are copied this once; merging works
 /// in place.

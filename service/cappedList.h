@@ -5,9 +5,9 @@
 
 #include <QList>
 
-/// Queues a variable. An entry of the same station, area, address and count is replaced, the newest
-/// first; the head never is, as it may be on the wire. A list of 513 entries takes the variable in
-/// place of its last one.
+/// Queues a variable. It replaces the newest entry of the same station, area, address and count,
+/// but never the head, which may be on the wire. In a full list of 513 entries it replaces the last
+/// one.
 void coalesceIntoCappedList(QList<VARIABLE>& list, const VARIABLE& var);
 
 /// True when both are the same station, area, address and count.

@@ -11,8 +11,8 @@ void notifyHost(int context, int station, const QString& name, int addr)
     driver.valueChangeCallBack(context, station, text, addr);
 }
 
-/// What a report needs of a unit. The numbers are copied because the callback may make the cache
-/// grow; the name, which is shared with others, is looked up when there is something to report.
+/// The fields of a unit that a report needs. They are copies, because the callback may make the
+/// cache grow and move the unit. The name is looked up only for a report: a copy would cost more.
 struct REPORTED_UNIT
 {
     int index;
@@ -57,8 +57,8 @@ static void reportBits(const REPORTED_UNIT& unit, int bits, bool compare, quint3
     }
 }
 
-/// Reports the values that this unit is a later or the first unit of, at their first unit's
-/// address.
+/// Reports the values of several units that contain this unit, each at the address of its first
+/// unit.
 static void reportValuesAround(const REPORTED_UNIT& unit, int firstMark, int units,
                                const char* suffix)
 {

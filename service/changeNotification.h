@@ -7,10 +7,10 @@
 
 #include <QString>
 
-// Tell the host which of its variables changed when a cached unit gets a new value. The caller has
-// found the change; these functions compare only bit by bit, for "_bit" variables. A null old or
-// new value reports every monitored bit. Calls come in a fixed order: bits ascending, the unit
-// itself, then values made of several units.
+// These functions tell the host which of its variables changed when a cached unit gets a new value.
+// The caller has found the change; they compare only single bits, for "_bit" variables. A null old
+// or new value reports every monitored bit. The order of the calls is fixed: bits ascending, the
+// unit itself, then values made of several units.
 
 /// Calls the host's callback, if there is one, with a text of its own to change.
 void notifyHost(int context, int station, const QString& name, int addr);
@@ -18,13 +18,13 @@ void notifyHost(int context, int station, const QString& name, int addr);
 /// One bit a unit; reports it when it is monitored.
 void _bitDataChange(int index);
 
-/// The name of an 8-bit unit is reported with "_B", unlike those of wider ones.
+/// Reports an 8-bit unit with the suffix "_B"; the wider units have none.
 void _byteDataChange(const unsigned char* oldValue, const unsigned char* newValue, int index,
                      int skipBits);
 void _wordDataChange(const int* oldValue, const int* newValue, int index, int skipBits);
 void _dwordDataChange(const int* oldValue, const int* newValue, int index, int skipBits);
 
-/// A variable of its own and no part of others, as all are on this device.
+/// True for a unit that is one whole variable and no part of another, like all of this device.
 inline bool isPlainVariable(const _DATA_& unit)
 {
     return unit.monitorFlags == 1u << MONITOR_UNIT && unit.bitMonitorMask == 0;
@@ -35,7 +35,7 @@ inline void unitDataChange(int bytes, const unsigned char* oldValue, const unsig
                            int index)
 {
     if (bytes == 1) return _byteDataChange(oldValue, newValue, index, 0);
-    // All that the change functions would find to tell of it, found at once.
+    // A plain variable has exactly this report: no need to look for others.
     const _DATA_& unit = driver.dataAreas.at(index);
     if (isPlainVariable(unit))
         return notifyHost(driver.callbackContext, unit.station, unit.regName, unit.address);

@@ -1,7 +1,6 @@
 #ifndef DATA_AREAS_H
 #define DATA_AREAS_H
 
-#include "areaRow.h"
 #include "driverState.h"
 
 #include <QList>
@@ -17,8 +16,8 @@ enum MonitorBit {
     MONITOR_QUAD_FIRST = 3  ///< byte 0 of a four-byte value; the next bits are bytes 1 to 3
 };
 
-/// Integers first: they tell most units apart without looking at the text, and most texts share
-/// their characters with the table's.
+/// Compares the integers first: they differ for most units. Strings that share a buffer are equal:
+/// no need to compare their characters.
 inline bool hasKey(const _DATA_& unit, int station, const QString& regName, int address)
 {
     return unit.address == address && unit.station == station &&
@@ -28,8 +27,8 @@ inline bool hasKey(const _DATA_& unit, int station, const QString& regName, int 
 /// Index of the unit with this key, appended with all else zero when it is missing.
 int getIndexOfDataArea(int station, const QString& regName, int address, QList<_DATA_>& list);
 
-/// The same for a caller that walks neighbouring units: tries the unit behind `previous` (-1: none)
-/// before it searches. Keys are unique, so a match there is the answer.
+/// The same for a caller that walks neighbouring units: tries the unit behind index `previous` (-1:
+/// none) before it searches. Keys are unique, so a match there is the answer.
 inline int getIndexOfDataAreaAfter(int previous, int station, const QString& regName, int address,
                                    QList<_DATA_>& list)
 {
@@ -38,14 +37,7 @@ inline int getIndexOfDataAreaAfter(int previous, int station, const QString& reg
     return getIndexOfDataArea(station, regName, address, list);
 }
 
-/// Marks the units of one variable that the host wants reported.
-void _setDataAreaMonitorFlag(int station, const QString& regName, int startAddress, int count);
-
-/// The same in an area with the given row.
-void setMonitorFlagsInRow(AreaRow row, int station, const QString& regName, int startAddress,
-                          int count);
-
-/// Takes every mark and every record of pending bit writes off all units.
+/// Clears the marks and the pending bit writes of all units.
 void clearMonitorFlags();
 
 /// The bytes that the host sees: its own unconfirmed write, else the value last read.

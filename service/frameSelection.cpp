@@ -1,13 +1,15 @@
 #include "driverState.h"
+#include "readMarks.h"
 #include "recipes.h"
 #include "requestFrames.h"
 
 #include <QMutexLocker>
 
-// Which frame goes out next. Writes come before one-shot reads and those before cyclic reads, but
-// both counts are capped so that a busy panel keeps polling.
+// Chooses and builds the next frame. Writes go before one-shot reads, and one-shot reads before
+// cyclic reads. priorityCount caps both, so that a busy panel keeps polling; a cyclic read resets
+// it. frameKind and curVar always belong to the frame built last, so that it can be built again.
 
-enum { WRITES_IN_A_ROW = 10, PRIORITY_FRAMES_BEFORE_CONDITIONAL = 3, FLAG_RAISED = 1 };
+enum { WRITES_IN_A_ROW = 10, PRIORITY_FRAMES_BEFORE_ONE_SHOT = 3, FLAG_RAISED = 1 };
 
 struct RECIPE_REQUESTS
 {
@@ -27,7 +29,7 @@ static RECIPE_REQUESTS readRecipeFlags()
 
 static void buildReadFrame()
 {
-    // The one place of the list is used again, not freed and made anew for every read.
+    // The list keeps its one entry: no allocation for each read.
     while (driver.curReadList.size() > 1)
         driver.curReadList.removeLast();
     if (driver.curReadList.isEmpty())
@@ -54,7 +56,7 @@ static void buildCurrentFrame()
     case FRAME_WRITE:
     case FRAME_RECIPE_DOWNLOAD:
         return buildWriteFrame();
-    case FRAME_CONDITIONAL_READ:
+    case FRAME_ONE_SHOT_READ:
     case FRAME_CYCLIC_READ:
     case FRAME_RECIPE_UPLOAD:
         return buildReadFrame();
@@ -63,8 +65,8 @@ static void buildCurrentFrame()
     }
 }
 
-/// Takes the next recipe block. With none left, which a host brings about by raising a flag without
-/// a recipe, the last request is built again.
+/// Takes the next recipe block. With no block left, as after a flag raised without a recipe, the
+/// last request is built again.
 static void buildRecipeFrame(const RECIPE_REQUESTS& requests)
 {
     if (driver.rcpIndex >= driver.rcpVars.size()) return buildCurrentFrame();
@@ -90,8 +92,10 @@ static void buildVariableFrame()
     const int count = driver.priorityCount;
     if (!driver.writeList.isEmpty() && count < WRITES_IN_A_ROW)
         return buildFrameFor(driver.writeList, FRAME_WRITE, count + 1);
-    if (!driver.condReadList.isEmpty() && count < PRIORITY_FRAMES_BEFORE_CONDITIONAL)
-        return buildFrameFor(driver.condReadList, FRAME_CONDITIONAL_READ, count + 1);
+    // A read whose end is being told is over, though still in its list.
+    if (!driver.condReadList.isEmpty() && !isOneShotEndTold() &&
+        count < PRIORITY_FRAMES_BEFORE_ONE_SHOT)
+        return buildFrameFor(driver.condReadList, FRAME_ONE_SHOT_READ, count + 1);
     if (!driver.readList.isEmpty()) return buildFrameFor(driver.readList, FRAME_CYCLIC_READ, 0);
     driver.priorityCount = 0;
     driver.frameKind = FRAME_IDLE;

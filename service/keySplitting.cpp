@@ -6,7 +6,7 @@
 
 enum { BYTE_UNITS = -1, COPY_DATA = 1 };
 
-/// Copies what of the units from `firstUnit` on lies inside the key's data.
+/// Copies the values from `firstUnit` on, as far as the key's data reach.
 static void takeData(const KEY_ADDRESS& key, qint64 firstUnit, KEY_ADDRESS& piece)
 {
     const int unitBytes = key.unitMode == BYTE_UNITS ? 1 : 2;

@@ -5,13 +5,13 @@
 
 #include <QString>
 
-/// Stores the host's values in the cache as pending, so that the host reads back what it wrote, and
-/// reports those that differ from what it has seen.
+/// Stores the host's values in the cache as pending, so that the host reads back its own writes at
+/// once, and reports the values that differ from the shown ones.
 void write_saveDataToArea(int station, const QString& regName, int addr, int count,
                           const unsigned char* values);
 
 /// The same in an area with the given row.
-void storeWritesInRow(AreaRow row, int station, const QString& regName, int addr, int count,
-                      const unsigned char* values);
+void storeWritesOfArea(AreaRow row, int station, const QString& regName, int addr, int count,
+                       const unsigned char* values);
 
 #endif

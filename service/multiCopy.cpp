@@ -1,5 +1,6 @@
 #include "multiCopy.h"
 
+#include "addressBase.h"
 #include "addressCodec.h"
 #include "areaRow.h"
 #include "quorvane_ka_kb_plc.h"
@@ -7,14 +8,13 @@
 #include "wrapAround.h"
 
 /// Text of a word address number. Marker words are shifted back only in decimal, the one radix that
-/// the device uses. An unknown radix repeats the entry before.
+/// the device uses. An unknown radix repeats the text of the entry before.
 static QString wordText(const QString& regName, const QString& format, int number,
                         const QString& previous)
 {
     const quint32 byteOffset = quint32(wrapMul(number, 2));
     if (format.startsWith(QLatin1Char('D'))) {
-        const bool marker = regName == QLatin1String("MW");
-        return QString::number(marker ? byteOffset - 2u * MARKER_BASE : byteOffset);
+        return QString::number(byteOffset - 2u * quint32(addressBase(regName, WORDS)));
     }
     if (format.startsWith(QLatin1Char('H'))) return QString::number(byteOffset, 16);
     if (format.startsWith(QLatin1Char('O'))) return QString::number(byteOffset, 8);

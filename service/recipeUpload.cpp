@@ -2,10 +2,11 @@
 
 #include "changeNotification.h"
 #include "driverState.h"
-#include "replyDecoding.h"
+#include "readMarks.h"
+#include "replyBytes.h"
 #include "wrapAround.h"
 
-// What the callback is told for a filled word, in place of context, station and area.
+// First arguments of the callback for a filled word.
 enum { UPLOAD_CONTEXT = 0, UPLOAD_STATION = -1 };
 
 static void fillWord(const QByteArray& reply, qint64 at, int bufferWord)
@@ -26,6 +27,7 @@ void distributeRecipeUpload(const QByteArray& reply, int dataStart)
     const QVector<_RCP_VAR_PRO> staged = driver.rcpVarsStaged;
     const int first = starts.at(block);
     const bool last = block + 1 == starts.size();
+    const bool inExchange = isReplyTakenIn();
     const int end = qMin(last ? int(staged.size()) : starts.at(block + 1), int(staged.size()));
     for (int j = first; j < end; ++j) {
         const _RCP_VAR_PRO& variable = staged.at(j);
@@ -33,6 +35,8 @@ void distributeRecipeUpload(const QByteArray& reply, int dataStart)
         for (int k = 0; k < variable.count; ++k) {
             const qint64 at = qint64(dataStart) + 2 * (qint64(offset) + k);
             fillWord(reply, at, wrapAdd(variable.bufOffset, k));
+            // The callback has started the driver anew: the buffer may be another one by now.
+            if (isReplyTakenIn() != inExchange) return;
         }
     }
 }

@@ -3,9 +3,9 @@
 
 #include <QByteArray>
 
-/// Copies the reply to the recipe block in flight into the host's recipe buffer, over the staged
-/// variables that the block was merged from, and reports each word. Skips what the set, shortened
-/// meanwhile, no longer holds, and what would lie before the buffer.
+/// Copies the reply of the recipe block in flight to the host's recipe buffer, each staged variable
+/// of the block to its own place, and reports each word. Skips variables that a newer, shorter set
+/// no longer has, and words before the buffer's start.
 void distributeRecipeUpload(const QByteArray& reply, int dataStart);
 
 #endif

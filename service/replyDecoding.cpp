@@ -1,8 +1,10 @@
 #include "replyDecoding.h"
 
+#include "addressBase.h"
 #include "changeNotification.h"
 #include "dataAreas.h"
 #include "recipeUpload.h"
+#include "replyBytes.h"
 #include "serviceForProtocol.h"
 #include "variableName.h"
 #include "wrapAround.h"
@@ -12,11 +14,6 @@
 
 enum { GROUP_BITS = 16, BYTE_BITS = 8 };
 
-quint8 replyByte(const QByteArray& reply, qint64 at)
-{
-    return quint64(at) < quint64(reply.size()) ? quint8(reply.at(int(at))) : quint8(0);
-}
-
 /// A read that brings a changed value ends the pending state of a write, unless bits of the unit
 /// are still to be written.
 static void clearPending(_DATA_& unit)
@@ -25,7 +22,7 @@ static void clearPending(_DATA_& unit)
     unit.writePending = 0;
 }
 
-/// Byte by byte: compared as a whole, the bytes would have to be in memory first.
+/// Compares byte by byte: to compare them as a whole, the compiler would store the bytes first.
 template <int BYTES> static bool isSameImage(const quint8* image, const quint8* fresh)
 {
     for (int k = 0; k < BYTES; ++k) {
@@ -44,7 +41,7 @@ template <int BYTES> static void storeFreshUnit(int index, const quint8* fresh)
     std::memcpy(driver.dataAreas[index].readImage, fresh, BYTES);
 }
 
-/// A template, so that the width is a constant where every unit of every reply passes.
+/// A template, because every unit of every reply passes here and a constant width is fast.
 template <int BYTES>
 static void decodeUnits(const QByteArray& reply, int count, int dataStart, const VARIABLE& var)
 {
@@ -57,7 +54,7 @@ static void decodeUnits(const QByteArray& reply, int count, int dataStart, const
         quint8 fresh[BYTES];
         for (int k = 0; k < BYTES; ++k)
             fresh[k] = replyByte(reply, p + k);
-        // Only words are turned round; wider units are taken in the order of the wire.
+        // Words turn from high byte first to low byte first; wider units keep the wire's order.
         if (BYTES == 2) std::swap(fresh[0], fresh[BYTES - 1]);
         index = getIndexOfDataAreaAfter(index, station, area, wrapAdd(start, i), driver.dataAreas);
         storeFreshUnit<BYTES>(index, fresh);
@@ -67,7 +64,7 @@ static void decodeUnits(const QByteArray& reply, int count, int dataStart, const
 /// First bit of the group of 16 that holds `addr`. Marker groups are counted from 3000.
 static int groupStart(const QString& regName, int addr)
 {
-    const int base = regName == QLatin1String("MX") ? MARKER_BASE : 0;
+    const int base = addressBase(regName, BITS);
     return wrapAdd(wrapSub(addr, base) / GROUP_BITS * GROUP_BITS, base);
 }
 
@@ -80,8 +77,9 @@ static void storeFreshBit(int index, quint8 fresh)
     driver.dataAreas[index].readImage[0] = fresh;
 }
 
-/// A group comes as one word, high byte first. Only the first 16 units have a byte of their own;
-/// those behind run backwards over the reply's head, and from the 48th on read as 0.
+/// A group of 16 comes as one word, high byte first. Only the first 16 bits are decoded right:
+/// later bits take bytes further and further in front of the word, and from the 48th on they read
+/// as 0.
 static void decodeBits(const QByteArray& reply, int count, int dataStart, const VARIABLE& var)
 {
     const QString regName = sharedName(var.regName);
@@ -97,8 +95,8 @@ static void decodeBits(const QByteArray& reply, int count, int dataStart, const 
     }
 }
 
-void decodeReplyInRow(AreaRow row, const QByteArray& reply, int count, int dataStart,
-                      const VARIABLE& var)
+void decodeReplyOfArea(AreaRow row, const QByteArray& reply, int count, int dataStart,
+                       const VARIABLE& var)
 {
     switch (row[UNIT_BITS].toInt()) {
     case 1:
@@ -121,5 +119,5 @@ void decodeReplyInRow(AreaRow row, const QByteArray& reply, int count, int dataS
 
 void analyzeFrameOfVal(const QByteArray& reply, int count, int dataStart, const VARIABLE& var)
 {
-    decodeReplyInRow(areaRow(var.regName), reply, count, dataStart, var);
+    decodeReplyOfArea(areaRow(var.regName), reply, count, dataStart, var);
 }

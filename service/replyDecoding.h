@@ -14,10 +14,7 @@
 void analyzeFrameOfVal(const QByteArray& reply, int count, int dataStart, const VARIABLE& var);
 
 /// The same in an area with the given row.
-void decodeReplyInRow(AreaRow row, const QByteArray& reply, int count, int dataStart,
-                      const VARIABLE& var);
-
-/// Byte `at` of a reply; what lies outside the reply counts as 0.
-quint8 replyByte(const QByteArray& reply, qint64 at);
+void decodeReplyOfArea(AreaRow row, const QByteArray& reply, int count, int dataStart,
+                       const VARIABLE& var);
 
 #endif

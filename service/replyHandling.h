@@ -8,7 +8,8 @@
 /// @return 0
 int dealReadFrameReturnSaveData(QByteArray reply);
 
-/// Bookkeeping once the exchange of the frame in flight is over, well or given up.
+/// Bookkeeping at the end of an exchange, accepted or given up: takes the served entry off its
+/// list, or moves it to the end, or steps to the next recipe block.
 void dealListWhenFinish();
 
 #endif

@@ -4,34 +4,12 @@
 #include "registerTables.h"
 
 // Holds the service unit's one copy of the register tables and identity texts, the driver state,
-// which is built after them because its constructor copies the area names, and the identity
-// exports.
+// and the identity exports. The state is built after the tables, because its constructor copies the
+// area names.
 
 Protocol driver;
 
 Protocol::Protocol()
-    : valueChangeCallBack(0),
-      callbackContext(0),
-      localOnly(0),
-      propC(0),
-      retryLimit(0),
-      mergeLimit(0),
-      hostShared(0),
-      hostArg1(0),
-      rcpBuffer(0),
-      hostMutex(0),
-      frameKind(FRAME_IDLE),
-      priorityCount(0),
-      handshakePending(0),
-      failCount(0),
-      maxBitBlockLen(0),
-      maxWordBlockLen(0),
-      commFailed(0),
-      frameIndex(0),
-      initFlag(0),
-      rcpIndex(0),
-      varsInFrame(0),
-      spareFlag(0)
 {
     for (int i = 0; i < AREA_COUNT; ++i)
         regNames.append(REG_LIST[i]);

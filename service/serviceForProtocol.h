@@ -14,8 +14,8 @@ int areaIndex(const QString& regName);
 AreaRow areaRow(const QString& regName);
 AreaRow areaRow(int index);
 
-/// The table's own text of an area's name; any other name as it is. Of two such texts that share
-/// their characters it is plain that they are equal.
+/// The table's own string of an area's name; any other name as it is. Strings that share a buffer
+/// are equal: no need to compare their characters.
 QString sharedName(const QString& name);
 
 /// The name of area `index`, 0 to AREA_COUNT - 1.

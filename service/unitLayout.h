@@ -5,13 +5,13 @@
 
 #include <QString>
 
-/// How the elements of a variable lie in the cached units of its area. Bits and words are this
-/// device's; the others serve register tables with 8-bit or 32-bit units or bits inside words.
+/// How the elements of a variable lie in the cached units of its area. This device's areas have
+/// the first two layouts; otherWidths/layoutTable.h has the functions of the others, in this order.
 enum UnitLayout {
-    NO_UNITS,    ///< an unknown area: nothing is cached
     BIT_UNIT,    ///< one bit, or one byte, a unit
-    BYTE_UNIT,   ///< one byte a unit
     WORD_UNIT,   ///< one word a unit
+    NO_UNITS,    ///< an unknown area: nothing is cached
+    BYTE_UNIT,   ///< one byte a unit
     DOUBLE_UNIT, ///< four bytes a unit
     BYTE_PAIR,   ///< a word in two byte units
     BYTE_QUAD,   ///< four bytes in four byte units
@@ -23,8 +23,8 @@ enum UnitLayout {
 /// Layout for marking units and for reading values.
 UnitLayout layoutForReading(AreaRow row, const QString& regName);
 
-/// Layout for storing and completing writes. It differs from the one for reading in 8-bit areas,
-/// and takes a 32-bit area without word elements as whole units.
+/// Layout for storing and completing writes. It differs from the layout for reading in 8-bit areas,
+/// and in 32-bit areas of byte units, which it takes as whole units.
 UnitLayout layoutForWriting(AreaRow row, const QString& regName);
 
 #endif

@@ -6,7 +6,7 @@
 #include <QString>
 
 /// intf_getData in an area with the given row.
-void readValuesInRow(AreaRow row, int station, const QString& regName, int address, int count,
-                     unsigned char* out);
+void readValuesOfArea(AreaRow row, int station, const QString& regName, int address, int count,
+                      unsigned char* out);
 
 #endif

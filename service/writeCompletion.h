@@ -10,7 +10,7 @@
 void _write_FailOrSuc(int station, const QString& regName, int addr, int count, int ok);
 
 /// The same in an area with the given row.
-void completeWritesInRow(AreaRow row, int station, const QString& regName, int addr, int count,
-                         int ok);
+void completeWritesOfArea(AreaRow row, int station, const QString& regName, int addr, int count,
+                          int ok);
 
 #endif

@@ -10,8 +10,8 @@
 
 enum { WORD_BITS = 16, BYTE_BITS = 8 };
 
-void queueWritesInRow(AreaRow row, int station, const QString& regName, int addr, int count,
-                      const unsigned char* values, int varId)
+void queueWritesOfArea(AreaRow row, int station, const QString& regName, int addr, int count,
+                       const unsigned char* values, int varId)
 {
     const int unitBits = row[UNIT_BITS].toInt();
     if (unitBits < 1) return;
@@ -36,7 +36,7 @@ int intf_setData(int station, QString regName, int addr, int count, unsigned cha
 {
     if (values == 0) return 1;
     if (driver.localOnly == 0)
-        queueWritesInRow(areaRow(regName), station, regName, addr, count, values, varId);
+        queueWritesOfArea(areaRow(regName), station, regName, addr, count, values, varId);
     write_saveDataToArea(station, regName, addr, count, values);
     return 1;
 }

@@ -6,7 +6,7 @@
 #include <QString>
 
 /// Queues one write per element of an area with the given row; see intf_setData.
-void queueWritesInRow(AreaRow row, int station, const QString& regName, int addr, int count,
-                      const unsigned char* values, int varId);
+void queueWritesOfArea(AreaRow row, int station, const QString& regName, int addr, int count,
+                       const unsigned char* values, int varId);
 
 #endif

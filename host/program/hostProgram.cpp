@@ -3,39 +3,16 @@
 #include "program/companionFiles.h"
 #include "program/interrupt.h"
 #include "program/printing.h"
+#include "program/simulatorStart.h"
 #include "wire/timeUnits.h"
 
 #include <QDateTime>
 
 #include <cstdio>
-#include <set>
 
 namespace {
 
 enum { NEWS_MS = 100 };
-
-QString simulatorProgram(const LinkOptions& options)
-{
-    return options.simulator.empty() ? companionSimulator()
-                                     : QString::fromStdString(options.simulator);
-}
-
-/// Arguments that make the simulated PLC serve the stations of the tags at the speed of the line.
-QStringList simulatorArguments(const LinkOptions& options, const LinkAddress& address,
-                               const std::vector<Tag>& tags)
-{
-    std::set<int> stations;
-    for (const Tag& tag : tags)
-        stations.insert(tag.station);
-    QStringList arguments;
-    for (const int station : stations)
-        arguments << QLatin1String("--station") << QString::number(station);
-    arguments << QLatin1String("--demo-signals") << QLatin1String("--baud")
-              << QString::number(address.line.baud);
-    const QString more = QString::fromStdString(options.simulatorArguments).simplified();
-    if (!more.isEmpty()) arguments << more.split(QLatin1Char(' '));
-    return arguments;
-}
 
 JobEnd lost(int job, const QString& trouble)
 {
@@ -92,8 +69,7 @@ LinkRun::Settings HostProgram::settings(const std::vector<Tag>& tags, LinkRun::R
     settings.echo = m_options.echo;
     if (settings.address.kind == LinkAddress::SIMULATED) {
         const LineSettings line = settings.address.line;
-        m_simulator.emplace(simulatorProgram(m_options),
-                            simulatorArguments(m_options, settings.address, tags));
+        m_simulator.emplace(simulatorProgram(m_options), simulatorArguments(m_options, line, tags));
         settings.opening = [this, line] { return m_simulator->open(line); };
     }
     return settings;

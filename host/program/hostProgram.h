@@ -6,28 +6,13 @@
 #include "output/frameTrace.h"
 #include "output/pcapFile.h"
 #include "program/exitStatus.h"
+#include "program/linkOptions.h"
 #include "session/linkRun.h"
 #include "session/sharedValues.h"
 
 #include <functional>
 #include <map>
 #include <optional>
-
-/// The options of every verb with a link. LinkRun::Settings explains the times and the attempts.
-struct LinkOptions
-{
-    std::string link = "sim";
-    std::string simulator; ///< program file of the simulated PLC; empty: companionSimulator()
-    std::string simulatorArguments;
-    int timeoutMs = 500;
-    int attempts = 3;
-    int pauseMs = 500;
-    int turnaroundUs = 1000;
-    EchoMode echo = ECHO_UNKNOWN;
-    bool trace = false;
-    std::string pcap;
-    bool json = false;
-};
 
 /// The program around one verb with a link. It starts the LinkRun, waits for the ends of the verb's
 /// jobs, and records the frames for the trace and the capture.

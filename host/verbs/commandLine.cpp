@@ -2,6 +2,7 @@
 
 #include "program/companionFiles.h"
 #include "verbs/addressVerbs.h"
+#include "verbs/commandOptions.h"
 #include "verbs/infoVerb.h"
 #include "verbs/planVerb.h"
 #include "verbs/readVerb.h"
@@ -10,31 +11,11 @@
 #include "verbs/watchVerb.h"
 #include "verbs/writeVerb.h"
 
-#include <CLI/CLI.hpp>
-
-#include <cmath>
 #include <cstdio>
-#include <cstdlib>
 #include <memory>
 #include <vector>
 
 namespace {
-
-struct Options
-{
-    std::string area;
-    std::string address;
-    int count = 1;
-    int interval = 1;
-    bool write = false;
-    std::string tagFile;
-    std::vector<std::string> names;
-    double seconds = 0;
-    std::string recipeFile;
-    std::string recipeOutput;
-    bool verify = false;
-    LinkOptions link;
-};
 
 using Verb = std::function<ExitStatus(const DriverLibrary&)>;
 
@@ -43,93 +24,7 @@ QString text(const std::string& utf8)
     return QString::fromStdString(utf8);
 }
 
-/// CLI::Range accepts "nan", because nan is neither below nor above the range. This check refuses
-/// it.
-CLI::Validator numberFrom(double lowest, double highest)
-{
-    const CLI::Range range(lowest, highest);
-    const auto problem = [range](const std::string& number) {
-        return std::isnan(std::strtod(number.c_str(), nullptr)) ? number + " is not a number"
-                                                                : range(number);
-    };
-    return CLI::Validator(problem, range.get_description());
-}
-
-void addJson(CLI::App* verb, Options& options)
-{
-    verb->add_flag("--json", options.link.json, "print one JSON object on each line");
-}
-
-void addTags(CLI::App* verb, Options& options, const char* otherwise = "")
-{
-    verb->add_option("--tags", options.tagFile, std::string("tag file (CSV)") + otherwise);
-}
-
-void addPolledTags(CLI::App* verb, Options& options)
-{
-    addTags(verb, options, "; default, on the simulated PLC only: the demo's tag file");
-}
-
-void addTiming(CLI::App* verb, Options& options)
-{
-    LinkOptions& link = options.link;
-    verb->add_option("--link", link.link,
-                     "sim, serial:DEVICE,BAUD,DATA BITS,PARITY,STOP BITS or tcp:HOST,PORT; the "
-                     "driver supplies omitted parts")
-        ->capture_default_str();
-    verb->add_option("--turnaround-us", link.turnaroundUs,
-                     "time that a station takes to begin its answer, for the plan")
-        ->check(CLI::Range(0, 1000000))
-        ->capture_default_str();
-    addJson(verb, options);
-}
-
-EchoMode echoMode(const std::string& text)
-{
-    if (text == "yes") return ECHO_PRESENT;
-    return text == "no" ? ECHO_ABSENT : ECHO_UNKNOWN;
-}
-
-void addLink(CLI::App* verb, Options& options)
-{
-    LinkOptions& link = options.link;
-    addTiming(verb, options);
-    verb->add_option("--timeout-ms", link.timeoutMs,
-                     "longest time that a station takes to begin its answer; over TCP, until all "
-                     "of the answer is there")
-        ->check(CLI::Range(10, 60000))
-        ->capture_default_str();
-    verb->add_option("--attempts", link.attempts, "number of attempts for each request")
-        ->check(CLI::Range(1, 20))
-        ->capture_default_str();
-    verb->add_option("--pause-ms", link.pauseMs,
-                     "pause before the host opens a lost link again; doubles up to 30 s")
-        ->check(CLI::Range(10, 30000))
-        ->capture_default_str();
-    verb->add_option_function<std::string>(
-            "--echo", [&link](const std::string& mode) { link.echo = echoMode(mode); },
-            "whether the link returns every byte that the host sends")
-        ->check(CLI::IsMember({"yes", "no", "auto"}))
-        ->default_str("auto");
-    verb->add_flag("--trace", link.trace, "print every frame to standard error");
-    verb->add_option("--pcap", link.pcap, "write the requests and their answers to a capture file");
-    verb->add_option("--simulator", link.simulator,
-                     "program of the simulated PLC (default: kakb-sim beside this program)");
-    verb->add_option("--simulator-arguments", link.simulatorArguments,
-                     "more arguments for the simulated PLC, separated by blanks");
-}
-
-void addAddress(CLI::App* verb, Options& options)
-{
-    verb->add_option("AREA", options.area, "MW, IW, QW, MX, IX or QX")->required();
-    verb->add_option("ADDRESS", options.address, "such as 100 or 12.3")->required();
-    verb->add_option("--count", options.count, "words or bits")
-        ->check(CLI::Range(1, 65536))
-        ->capture_default_str();
-    addJson(verb, options);
-}
-
-std::vector<Tag> chosenTags(const Options& options, const DriverLibrary& driver)
+std::vector<Tag> chosenTags(const CommandOptions& options, const DriverLibrary& driver)
 {
     const TagChoice choice(driver, text(options.tagFile));
     if (options.names.empty()) return choice.inFile();
@@ -139,7 +34,7 @@ std::vector<Tag> chosenTags(const Options& options, const DriverLibrary& driver)
     return tags;
 }
 
-std::vector<Tag> someTags(const Options& options, const DriverLibrary& driver)
+std::vector<Tag> someTags(const CommandOptions& options, const DriverLibrary& driver)
 {
     const std::vector<Tag> tags = chosenTags(options, driver);
     if (tags.empty())
@@ -150,7 +45,7 @@ std::vector<Tag> someTags(const Options& options, const DriverLibrary& driver)
 
 /// Only the user's tag file says which variables a PLC has. The simulated PLC's variables are
 /// known, so it has a default tag file.
-std::vector<Tag> polledTags(Options options, const DriverLibrary& driver)
+std::vector<Tag> polledTags(CommandOptions options, const DriverLibrary& driver)
 {
     if (options.tagFile.empty()) {
         if (addressOf(driver, options.link).kind != LinkAddress::SIMULATED)
@@ -161,7 +56,7 @@ std::vector<Tag> polledTags(Options options, const DriverLibrary& driver)
     return someTags(options, driver);
 }
 
-ExitStatus plan(const Options& options, const DriverLibrary& driver)
+ExitStatus plan(const CommandOptions& options, const DriverLibrary& driver)
 {
     const std::vector<Tag> tags = polledTags(options, driver);
     const LineTiming timing = timingOf(addressOf(driver, options.link));
@@ -169,7 +64,7 @@ ExitStatus plan(const Options& options, const DriverLibrary& driver)
     return EXIT_DONE;
 }
 
-ExitStatus write(const Options& options, const DriverLibrary& driver)
+ExitStatus write(const CommandOptions& options, const DriverLibrary& driver)
 {
     const TagChoice choice(driver, text(options.tagFile));
     std::vector<Assignment> assignments;
@@ -178,7 +73,7 @@ ExitStatus write(const Options& options, const DriverLibrary& driver)
     return writeTags(driver, options.link, assignments);
 }
 
-RecipeOptions recipeOptions(const Options& options)
+RecipeOptions recipeOptions(const CommandOptions& options)
 {
     RecipeOptions recipe;
     recipe.file = text(options.recipeFile);
@@ -187,7 +82,7 @@ RecipeOptions recipeOptions(const Options& options)
     return recipe;
 }
 
-void addQuestions(CLI::App& app, Options& o, Verb& chosen)
+void addQuestions(CLI::App& app, CommandOptions& o, Verb& chosen)
 {
     CLI::App* info = app.add_subcommand("info", "Identity, default settings, areas");
     addJson(info, o);
@@ -231,7 +126,7 @@ void addQuestions(CLI::App& app, Options& o, Verb& chosen)
         [&] { chosen = [&](const DriverLibrary& driver) { return plan(o, driver); }; });
 }
 
-void addTransfers(CLI::App& app, Options& o, Verb& chosen)
+void addTransfers(CLI::App& app, CommandOptions& o, Verb& chosen)
 {
     CLI::App* watchVerb = app.add_subcommand("watch", "Polls the tags and shows changes");
     addPolledTags(watchVerb, o);
@@ -263,7 +158,7 @@ void addTransfers(CLI::App& app, Options& o, Verb& chosen)
         [&] { chosen = [&](const DriverLibrary& driver) { return write(o, driver); }; });
 }
 
-void addRecipe(CLI::App& app, Options& o, Verb& chosen)
+void addRecipe(CLI::App& app, CommandOptions& o, Verb& chosen)
 {
     CLI::App* recipe = app.add_subcommand("recipe", "Transfers a recipe");
     recipe->require_subcommand(1);
@@ -296,7 +191,7 @@ std::optional<ExitStatus> parseCommandLine(int argc, char** argv, Command& comma
     app.require_subcommand(1);
     app.footer(helpFooter());
     app.set_version_flag("--version", "kakb-host " KAKB_PROJECT_VERSION);
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<CommandOptions>();
     app.add_option("--driver", command.driver,
                    "driver library (default: the library beside this program, else the system's)");
     addQuestions(app, *options, command.verb);

@@ -13,13 +13,10 @@ struct DriverError : std::runtime_error
     using std::runtime_error::runtime_error;
 };
 
-/// The driver, loaded by file name. Each member is an exported function; its name lacks the prefix
-/// "intf_". The constructor throws DriverError when the file or a function is missing.
-class DriverLibrary
+/// The driver's exported functions. The name of each member is that of the function without the
+/// prefix "intf_".
+struct DriverFunctions
 {
-public:
-    explicit DriverLibrary(const QString& fileName);
-
     decltype(&intf_getProtocolType) getProtocolType;
     decltype(&intf_getVersion) getVersion;
     decltype(&intf_getDriverParameter) getDriverParameter;
@@ -39,6 +36,14 @@ public:
     decltype(&intf_dealRcvFrame) dealRcvFrame;
     decltype(&intf_getData) getData;
     decltype(&intf_setData) setData;
+};
+
+/// The driver, loaded by file name. The constructor throws DriverError when the file or a function
+/// is missing.
+class DriverLibrary : public DriverFunctions
+{
+public:
+    explicit DriverLibrary(const QString& fileName);
 
 private:
     template <typename Function> void resolve(Function& function, const char* name);

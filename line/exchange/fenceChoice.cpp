@@ -1,14 +1,13 @@
 #include "exchange/fenceChoice.h"
 
 #include "exchange/longerRead.h"
+#include "wire/deviceRegisters.h"
 #include "wire/frameShape.h"
 #include "wire/replyFrames.h"
 
 namespace {
 
 enum Place { MARKERS, INPUTS, WHERE_IT_ANSWERED, PLACES };
-
-enum { SOME_MARKER = 3000 };
 
 } // namespace
 
@@ -21,7 +20,7 @@ QByteArray FenceChoice::fenceOf(int station, int registers) const
         return readRequest(station, frameByte(m_served, 1), frameWord(m_served, FIRST_REGISTER_AT),
                            registers);
     default:
-        return readRequest(station, READ_HOLDING, areaStart(READ_HOLDING, SOME_MARKER), registers);
+        return readRequest(station, READ_HOLDING, FIRST_MARKER, registers);
     }
 }
 

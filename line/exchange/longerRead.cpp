@@ -1,12 +1,10 @@
 #include "exchange/longerRead.h"
 
+#include "wire/deviceRegisters.h"
 #include "wire/frameShape.h"
 #include "wire/replyFrames.h"
 
 namespace {
-
-// The device's registers: inputs and outputs from 0 to 255, markers from 3000 to 7095.
-enum { FIRST_MARKER = 3000, LAST_MARKER = 7095, LAST_INPUT_OR_OUTPUT = 255 };
 
 int areaEnd(int function, int reg)
 {

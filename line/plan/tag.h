@@ -1,11 +1,13 @@
 #ifndef TAG_H
 #define TAG_H
 
+#include "wire/deviceRegisters.h"
+
 #include <QMetaType>
 #include <QString>
 
 /// Address number of the first marker, MW 0 and MX 0.0. The other areas begin at number 0.
-enum { FIRST_MARKER_NUMBER = 3000 };
+enum { FIRST_MARKER_NUMBER = FIRST_MARKER };
 
 /// Whether the area holds bits. Names of bit areas end in X, names of word areas in W.
 inline bool isBitArea(const QString& area)

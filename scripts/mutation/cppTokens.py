@@ -74,6 +74,9 @@ def _name_functions(tokens):
     while i < len(tokens):
         token = tokens[i]
         if token.text == "{" and token.kind == "punct":
+            if _initialises_member(tokens, head, i):
+                i = token.partner + 1
+                continue
             name_at = _function_name(tokens, head, i)
             if name_at >= 0:
                 _mark_function(tokens, head, name_at, i)
@@ -82,6 +85,12 @@ def _name_functions(tokens):
         elif token.text in (";", "}") or (token.text == ":" and tokens[i - 1].text in ACCESS):
             head = i + 1
         i += 1
+
+
+def _initialises_member(tokens, head, brace):
+    """The brace of `m_x{1}` behind a constructor's head, which is not that of its body."""
+    heading = [token.text for token in tokens[head:brace]]
+    return ":" in heading and ")" in heading and heading[-2] in (":", ",")
 
 
 ACCESS = ("public", "private", "protected")

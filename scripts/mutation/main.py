@@ -10,13 +10,17 @@ from pathlib import Path
 
 from equivalentList import ListError, check_entries, read_equivalents
 from mutants import mutants_of
-from unitTestBuild import BaseBuild, BuildError, Workshop
+from roomBuild import RoomBuild, RoomWorkshop
+from rooms import DRIVER, ROOMS, files_of, room_of
+from testProgram import BuildError
+from unitTestBuild import DriverBuild, DriverWorkshop
 
 ROOT = Path(__file__).resolve().parents[2]
 WORK = ROOT / "build" / "mutate"
 RESULTS = WORK / "results.tsv"
 EQUIVALENTS = ROOT / "tests" / "mutants" / "equivalent.txt"
 PROGRESS_STEP = 100
+KIT = "kit"  # the build of all rooms but the driver's
 
 USAGE_ERROR, BUILD_FAILED, TOO_FEW_KILLED, LIST_WRONG, NOT_LISTED = 1, 2, 3, 4, 5
 
@@ -41,39 +45,51 @@ def read_arguments():
     parser = Arguments(prog="mutate.sh")
     parser.add_argument("--list", action="store_true")
     parser.add_argument("--check-list", action="store_true")
+    parser.add_argument("--room", action="append", default=[], choices=list(ROOMS))
+    parser.add_argument("--rest", type=between(1, 10**9), default=0)
     parser.add_argument("--file", action="append", default=[])
     parser.add_argument("--again", action="store_true")
     parser.add_argument("--sample", type=between(1, 10**9))
     parser.add_argument("--seed", type=between(0, 10**9), default=1)
     parser.add_argument("--workers", type=between(1, 64), default=2)
-    parser.add_argument("--timeout", type=between(1, 600), default=4)
+    parser.add_argument("--timeout", type=between(1, 600))
     parser.add_argument("--least", type=between(0, 100), default=95)
     arguments = parser.parse_args()
-    known = driver_files()
+    known = [file for room in ROOMS for file in files_of(ROOT, room)]
     for file in arguments.file:
         if file not in known:
-            parser.error(f"{file} is no file of the driver")
+            parser.error(f"{file} is no file of {', '.join(ROOMS)}")
+    if not arguments.room:
+        named = arguments.file or [key[0] for key in last_survivors() if arguments.again]
+        arguments.room = sorted({room_of(file) for file in named}) or [DRIVER]
     return arguments
 
 
-def driver_files():
-    """Sources first, as a header's mutant takes much longer."""
-    found = []
-    for pattern in ("device/*.cpp", "service/*.cpp", "device/*.h", "service/*.h", "include/*.h"):
-        found += sorted(str(path.relative_to(ROOT)) for path in ROOT.glob(pattern))
-    return found
+def mutants_by_room():
+    return {
+        room: [m for file in files_of(ROOT, room) for m in mutants_of(file, (ROOT / file).read_text())]
+        for room in ROOMS
+    }
 
 
-def chosen_mutants(mutants, arguments):
+def chosen_mutants(by_room, arguments):
+    mutants = [m for room in ROOMS if room in arguments.room for m in by_room[room]]
+    rest = [m for room in ROOMS if room not in arguments.room for m in by_room[room]]
     if arguments.file:
         mutants = [mutant for mutant in mutants if mutant.file in arguments.file]
     if arguments.again:
         survivors = last_survivors()
         mutants = [mutant for mutant in mutants if mutant.key() in survivors]
-    if arguments.sample and arguments.sample < len(mutants):
-        places = random.Random(arguments.seed).sample(range(len(mutants)), arguments.sample)
-        mutants = [mutants[place] for place in sorted(places)]
-    return mutants
+    if arguments.sample:
+        mutants = sample_of(mutants, arguments.sample, arguments.seed)
+    return mutants + sample_of(rest, arguments.rest, arguments.seed)
+
+
+def sample_of(mutants, count, seed):
+    if count >= len(mutants):
+        return mutants
+    places = random.Random(seed).sample(range(len(mutants)), count)
+    return [mutants[place] for place in sorted(places)]
 
 
 def last_survivors():
@@ -91,18 +107,51 @@ def describe(mutant):
     return f"{mutant.file}:{mutant.line}:{function}\n- {mutant.before}\n+ {mutant.after}"
 
 
-def run_all(mutants, base, arguments, reasons):
+class Workshops:
+    """A worker's, one for each kind of build."""
+
+    def __init__(self, builds, number, timeout):
+        self.by_kind = {
+            kind: (DriverWorkshop if kind == DRIVER else RoomWorkshop)(build, number, timeout)
+            for kind, build in builds.items()
+        }
+
+    def result_of(self, mutant):
+        return self.by_kind[kind_of(mutant)].result_of(mutant)
+
+
+def kind_of(mutant):
+    return DRIVER if room_of(mutant.file) == DRIVER else KIT
+
+
+def builds_for(mutants, arguments):
+    """The unchanged builds that the mutants need, whose tests pass."""
+    WORK.mkdir(parents=True, exist_ok=True)
+    rooms = {room_of(mutant.file) for mutant in mutants}
+    builds = {}
+    if DRIVER in rooms:
+        builds[DRIVER] = DriverBuild(ROOT, WORK, arguments.workers)
+    if rooms - {DRIVER}:
+        builds[KIT] = RoomBuild(ROOT, WORK, rooms - {DRIVER})
+    for workshop in Workshops(builds, "Base", arguments.timeout).by_kind.values():
+        status, failure = workshop.result_unchanged()
+        if status != "survived":
+            raise BuildError(f"the unit tests fail without any change: {status} {failure}")
+    return builds
+
+
+def run_all(mutants, builds, arguments, reasons):
     """The results in the order of the mutants; results.tsv grows along."""
     free = queue.Queue()
     for number in range(arguments.workers):
-        free.put(Workshop(base, number, arguments.timeout))
+        free.put(Workshops(builds, number, arguments.timeout))
 
     def result_of(mutant):
-        workshop = free.get()
+        workshops = free.get()
         try:
-            return workshop.result_of(mutant)
+            return workshops.result_of(mutant)
         finally:
-            free.put(workshop)
+            free.put(workshops)
 
     results = []
     with ThreadPoolExecutor(arguments.workers) as pool, open(RESULTS, "w") as out:
@@ -119,16 +168,6 @@ def row_of(mutant, result, reasons):
     listed = "equivalent" if mutant.key() in reasons else ""
     place = f"{mutant.file}:{mutant.line}"
     return status, listed, place, mutant.function, mutant.before, mutant.after, noticed
-
-
-def prove_tests_pass(base, arguments):
-    workshop = Workshop(base, "Base", arguments.timeout)
-    for sanitized in (False, True):
-        if not workshop.link({}, sanitized):
-            raise BuildError("the unit tests do not link")
-        status, failure = workshop.run_tests(sanitized)
-        if status != "survived":
-            raise BuildError(f"the unit tests fail without any change: {status} {failure}")
 
 
 def judge(mutants, results, reasons, arguments):
@@ -165,8 +204,9 @@ def judge(mutants, results, reasons, arguments):
 
 def main():
     arguments = read_arguments()
-    every = [m for file in driver_files() for m in mutants_of(file, (ROOT / file).read_text())]
-    mutants = chosen_mutants(every, arguments)
+    by_room = mutants_by_room()
+    every = [mutant for room in ROOMS for mutant in by_room[room]]
+    mutants = chosen_mutants(by_room, arguments)
     if arguments.list:
         for mutant in mutants:
             print(describe(mutant), end="\n\n")
@@ -178,9 +218,7 @@ def main():
         if arguments.check_list:
             print(f"{len(reasons)} entries, each exactly one of {len(every)} mutants")
             return 0
-        WORK.mkdir(parents=True, exist_ok=True)
-        base = BaseBuild(ROOT, WORK, arguments.workers)
-        prove_tests_pass(base, arguments)
+        builds = builds_for(mutants, arguments)
     except ListError as error:
         print(f"equivalent.txt: {error}", file=sys.stderr)
         return LIST_WRONG
@@ -188,7 +226,7 @@ def main():
         print(error, file=sys.stderr)
         return BUILD_FAILED
     began = time.monotonic()
-    results = run_all(mutants, base, arguments, reasons)
+    results = run_all(mutants, builds, arguments, reasons)
     print(f"{time.monotonic() - began:.0f} s with {arguments.workers} workers")
     return judge(mutants, results, reasons, arguments)
 

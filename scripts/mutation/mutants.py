@@ -160,15 +160,26 @@ def other_texts(text):
 def mutate_condition(code, i):
     tokens = code.tokens
     text = tokens[i].text
-    if text in ("if", "while"):
-        negate(code, i + 2, tokens[i + 1].partner - 1)
-    elif text == "for":
+    if text in ("if", "while") and tokens[i + 1].text == "(":
         end = tokens[i + 1].partner
-        first = next(k for k in range(i + 2, end) if tokens[k].text == ";") + 1
-        last = next(k for k in range(first, end) if tokens[k].text == ";") - 1
-        negate(code, first, last)
+        negate(code, max([i + 1, *semicolons(tokens, i + 2, end)]) + 1, end - 1)
+    elif text == "for":
+        ends = semicolons(tokens, i + 2, tokens[i + 1].partner)
+        if ends:  # one that goes over a range has no condition
+            negate(code, ends[0] + 1, ends[1] - 1)
     elif text == "?":
         negate(code, ternary_condition(tokens, i), i - 1)
+
+
+def semicolons(tokens, first, end):
+    """Indices of those that are in no inner brackets."""
+    found = []
+    k = first
+    while k < end:
+        if tokens[k].text == ";":
+            found.append(k)
+        k = tokens[k].partner + 1 if tokens[k].partner > k else k + 1
+    return found
 
 
 def ternary_condition(tokens, mark):

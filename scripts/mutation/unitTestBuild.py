@@ -1,18 +1,18 @@
-"""Builds the unit tests once, and then, for each mutant, only what it touches."""
+"""Builds the driver's unit tests once, and then, for each mutant, only what it touches."""
 
 import json
 import os
-import resource
 import shlex
 import shutil
-import signal
-import subprocess
 from concurrent.futures import ThreadPoolExecutor
 
+from testProgram import (
+    MEMORY_MIB, compilation_of, judge_tests, run, slow_tests, succeeds, with_output,
+)
+
 FOLDERS = ("include", "device", "service")
+TIMEOUT_SECONDS = 4
 WAITING_FACTOR = 5
-SLOW_TEST_SECONDS = 0.02
-MEMORY_MIB = 3072  # a mutant that grows a list for ever must not take the machine along
 
 # Of what survives, these find what goes wrong without showing.
 SANITIZERS = ["-fsanitize=address,undefined", "-fno-sanitize-recover=all"]
@@ -36,18 +36,7 @@ PRECOMPILED = """\
 """
 
 
-class BuildError(Exception):
-    pass
-
-
-def run(command, folder):
-    done = subprocess.run(command, cwd=folder, capture_output=True, text=True)
-    if done.returncode != 0:
-        raise BuildError(f"{shlex.join(map(str, command))}\n{done.stdout}{done.stderr}")
-    return done.stdout
-
-
-class BaseBuild:
+class DriverBuild:
     """The unit tests without any change, and the driver once more with the sanitizers."""
 
     def __init__(self, root, work, workers):
@@ -79,7 +68,7 @@ class BaseBuild:
         for entry in json.loads((self.folder / "compile_commands.json").read_text()):
             file = os.path.relpath(entry["file"], self.root)
             if file.split("/")[0] in ("device", "service"):
-                command = shlex.split(entry["command"])
+                command = compilation_of(entry)
                 self.compilations[file] = (command, command[command.index("-o") + 1])
         self.users = {}  # sources by the files that they include
         for file, (_, object_file) in self.compilations.items():
@@ -116,12 +105,7 @@ class BaseBuild:
         """By the unchanged tests' times; which tests these are changes no result."""
         report = self.work / "times.json"
         run(["tests/unit_tests", "--gtest_brief=1", f"--gtest_output=json:{report}"], self.folder)
-        self.slow_tests = [
-            f"{suite['name']}.{test['name']}"
-            for suite in json.loads(report.read_text())["testsuites"]
-            for test in suite["testsuite"]
-            if float(test["time"].rstrip("s")) > SLOW_TEST_SECONDS
-        ]
+        self.slow_tests = slow_tests(json.loads(report.read_text()))
 
     def _build_sanitized(self, workers):
         self.sanitized.mkdir(exist_ok=True)
@@ -139,22 +123,27 @@ class BaseBuild:
         return self.sanitized / os.path.basename(object_file)
 
 
-def with_output(command, output):
-    place = command.index("-o") + 1
-    return command[:place] + [output] + command[place + 1 :]
-
-
-class Workshop:
+class DriverWorkshop:
     """A worker's copy of the driver, in which one file at a time is changed."""
 
     def __init__(self, base, number, timeout):
         self.base = base
-        self.timeout = timeout
+        self.timeout = timeout or TIMEOUT_SECONDS
         self.folder = base.work / f"worker{number}"
         shutil.rmtree(self.folder, ignore_errors=True)
         for name in FOLDERS:
             shutil.copytree(base.root / name, self.folder / name)
         self.program = self.folder / "unit_tests"
+
+    def result_unchanged(self):
+        """As result_of()."""
+        for sanitized in (False, True):
+            if not self.link({}, sanitized):
+                return "not linked", ""
+            status, noticed = self.run_tests(sanitized)
+            if status != "survived":
+                return status, noticed
+        return "survived", ""
 
     def result_of(self, mutant):
         """(status, what noticed it); status is killed, survived, timed out or not compiled."""
@@ -204,10 +193,7 @@ class Workshop:
         return word
 
     def _succeeds(self, command):
-        done = subprocess.run(
-            command, cwd=self.base.folder, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL
-        )
-        return done.returncode == 0
+        return succeeds(command, self.base.folder)
 
     def run_tests(self, sanitized):
         """The quick tests first: they notice most mutants."""
@@ -219,34 +205,8 @@ class Workshop:
         return "survived", ""
 
     def _run_tests(self, choice, sanitized):
-        command = [self.program, "--gtest_brief=1", "--gtest_fail_fast", f"--gtest_filter={choice}"]
         seconds = self.timeout * (SANITIZED_SLOWNESS if sanitized else 1)
-        try:
-            # The processor's time is what counts; the clock's ends a mutant that waits for ever.
-            done = subprocess.run(
-                command, cwd=self.folder, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
-                stderr=subprocess.DEVNULL, timeout=seconds * WAITING_FACTOR,
-                env={**os.environ, "ASAN_OPTIONS": SANITIZER_OPTIONS},
-                preexec_fn=lambda: limit_resources(seconds, sanitized),
-            )
-        except subprocess.TimeoutExpired:
-            return "timed out", ""
-        if done.returncode == 0:
-            return "survived", ""
-        if done.returncode in (-signal.SIGXCPU, -signal.SIGKILL):
-            return "timed out", ""
-        return "killed", first_failure(done.stdout.decode(errors="replace"), done.returncode)
-
-
-def limit_resources(seconds, sanitized):
-    resource.setrlimit(resource.RLIMIT_CPU, (seconds, seconds + 1))
-    resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
-    if not sanitized:  # which map far more than they use
-        resource.setrlimit(resource.RLIMIT_AS, (MEMORY_MIB << 20, MEMORY_MIB << 20))
-
-
-def first_failure(output, status):
-    for line in output.splitlines():
-        if line.startswith("[  FAILED  ]"):
-            return line.split()[3].rstrip(",")
-    return f"signal {-status}" if status < 0 else f"exit status {status}"
+        return judge_tests(
+            self.program, choice, self.folder, seconds, seconds * WAITING_FACTOR,
+            SANITIZER_OPTIONS if sanitized else None,
+        )

@@ -1,8 +1,7 @@
 #ifndef FUZZ_INPUT_H
 #define FUZZ_INPUT_H
 
-#include <QByteArray>
-#include <QString>
+#include "calls.h"
 
 #include <fuzzer/FuzzedDataProvider.h>
 
@@ -31,28 +30,29 @@ public:
     {
         return m_data.ConsumeBool();
     }
+    bool oneIn(int n)
+    {
+        return number(1, n) == n;
+    }
 
-    QString knownArea();
-    QString wordArea();
     /// Mostly one of the six; else a name near them or any text.
-    QString areaName();
-    QString anyText(size_t most);
-    /// Latin-1 without a 0 byte, as the property text is.
+    std::string areaName();
+    /// UTF-8: letters and signs of ASCII, its blanks, and characters far from it.
+    std::string anyText(size_t most);
+    /// Latin-1 without a 0 byte, as the property text is, and without its blanks past ASCII.
     std::string cText(size_t most);
     int addressNumber();
     int station();
-    /// 1 or 2, which answer and share requests.
-    int usualStation()
-    {
-        return number(1, 2);
-    }
     /// Mostly 1 to `most`, now and then 0 or less.
     int count(int most);
     /// `length` bytes, 0 where the input has ended.
-    QByteArray bytes(int length);
+    model::Bytes bytes(int length);
 
 private:
     FuzzedDataProvider m_data;
 };
+
+/// Whether the units of this area are words. Strange areas have none.
+bool isWordName(const std::string& area);
 
 #endif

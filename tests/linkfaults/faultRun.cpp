@@ -1,5 +1,7 @@
 #include "faultRun.h"
 
+#include "builtDriver.h"
+
 #include <algorithm>
 #include <numeric>
 
@@ -55,9 +57,9 @@ FaultRun::FaultRun(std::uint32_t seed, int retryLimit, HostKind kind)
       m_plc(STATIONS),
       m_line(m_plc, seed + 1),
       m_kind(kind),
-      m_careful(m_line),
+      m_listening(m_line),
       m_plain(m_line),
-      m_panel(retryLimit),
+      m_panel(driver(), {retryLimit}),
       m_written(writtenUnits()),
       m_readOnce(unitsReadOnce()),
       m_moving(movingUnits())
@@ -93,16 +95,6 @@ void FaultRun::cycle()
     if (m_figures.accepted != accepted + m_blocks) problem("a good line, and a reply refused");
 }
 
-unsigned FaultRun::below(unsigned bound)
-{
-    return static_cast<unsigned>(m_random() % bound);
-}
-
-bool FaultRun::oneIn(unsigned of)
-{
-    return below(of) == 0;
-}
-
 void FaultRun::problem(const std::string& text)
 {
     if (m_problems.size() < MOST_PROBLEMS)
@@ -111,20 +103,20 @@ void FaultRun::problem(const std::string& text)
 
 void FaultRun::makeTraffic()
 {
-    if (oneIn(WRITE_EVERY)) writeSome(1 + static_cast<int>(below(MOST_AT_ONCE)));
-    if (oneIn(BURST_EVERY)) writeSome(BURST);
-    if (oneIn(MOVE_EVERY)) moveSome();
-    if (oneIn(TRANSFER_EVERY)) startTransfer();
-    if (m_oneShotOpen || !oneIn(ONE_SHOT_EVERY)) return;
+    if (m_random.oneIn(WRITE_EVERY)) writeSome(1 + m_random.below(MOST_AT_ONCE));
+    if (m_random.oneIn(BURST_EVERY)) writeSome(BURST);
+    if (m_random.oneIn(MOVE_EVERY)) moveSome();
+    if (m_random.oneIn(TRANSFER_EVERY)) startTransfer();
+    if (m_oneShotOpen || !m_random.oneIn(ONE_SHOT_EVERY)) return;
     m_oneShotOpen = true;
-    m_panel.readOnce(m_readOnce[below(static_cast<unsigned>(m_readOnce.size()))], ONE_SHOT_ID);
+    m_panel.readOnce(m_random.pick(m_readOnce), ONE_SHOT_ID);
 }
 
 void FaultRun::writeSome(int elements)
 {
     while (elements > 0 && m_accounts.openCount() + MOST_AT_ONCE <= MOST_OPEN) {
-        Units units = m_written[below(static_cast<unsigned>(m_written.size()))];
-        const int start = static_cast<int>(below(static_cast<unsigned>(units.count)));
+        Units units = m_random.pick(m_written);
+        const int start = m_random.below(units.count);
         units.first += start;
         units.count = std::min({units.count - start, elements, int(MOST_AT_ONCE)});
         elements -= units.count;
@@ -137,7 +129,7 @@ void FaultRun::writeRun(const Units& units)
     const int id = ++m_lastId;
     std::vector<int> values;
     for (int i = 0; i < units.count; ++i) {
-        values.push_back(static_cast<int>(below(isBit(units) ? 2 : 65536)));
+        values.push_back(m_random.below(isBit(units) ? 2 : 65536));
         m_accounts.open({id, {units.station, units.area, units.first + i}, values.back()});
     }
     m_panel.write(units, values, id);
@@ -147,19 +139,18 @@ void FaultRun::writeRun(const Units& units)
 void FaultRun::startTransfer()
 {
     if (m_framePending || m_transfer != NO_TRANSFER) return;
-    m_transfer = oneIn(2) ? DOWNLOAD : UPLOAD;
+    m_transfer = m_random.oneIn(2) ? DOWNLOAD : UPLOAD;
     m_recipeWordsTold = 0;
     for (int i = 0; i < recipeWords(); ++i)
-        m_panel.setRecipeWord(i, static_cast<int>(below(65536)));
+        m_panel.setRecipeWord(i, m_random.below(65536));
     m_panel.raise(m_transfer == DOWNLOAD ? RECIPE_DOWNLOAD_FLAG : RECIPE_UPLOAD_FLAG);
 }
 
 void FaultRun::moveSome()
 {
-    const Units& units = m_moving[below(static_cast<unsigned>(m_moving.size()))];
-    const int number = units.first + static_cast<int>(below(static_cast<unsigned>(units.count)));
-    m_plc.setElement(units.station, units.area, number,
-                     static_cast<int>(below(isBit(units) ? 2 : 65536)));
+    const Units& units = m_random.pick(m_moving);
+    const int number = units.first + m_random.below(units.count);
+    m_plc.setElement(units.station, units.area, number, m_random.below(isBit(units) ? 2 : 65536));
 }
 
 void FaultRun::exchange()
@@ -168,8 +159,8 @@ void FaultRun::exchange()
     FRAME_PRO frame;
     if (!m_panel.nextFrame(frame)) return problem("no frame while blocks are polled");
     m_panel.told.clear();
-    const int result =
-        m_panel.takeReply(m_kind == CAREFUL ? m_careful.exchange(frame) : m_plain.exchange(frame));
+    const int result = m_panel.takeReply(m_kind == LISTENING ? m_listening.exchange(frame)
+                                                             : m_plain.exchange(frame));
     m_framePending = result == REPLY_RETRY;
     if (result == REPLY_ACCEPTED) ++m_figures.accepted;
     if (result == REPLY_GIVEN_UP) ++m_figures.givenUp;
@@ -189,13 +180,13 @@ void FaultRun::endWrite(const FRAME_PRO& frame, int result)
     const BookedWrite write = m_accounts.oldest();
     const Element& element = write.element;
     if (result == REPLY_GIVEN_UP) {
-        if (!wasTold({Panel::CONTEXT, element.station, element.area, element.number}))
+        if (!wasTold({BenchHost::CONTEXT, element.station, element.area, element.number}))
             problem("nobody was told that a write was withdrawn: " + nameOf(element));
         return m_accounts.withdrawOldest();
     }
     if (m_plc.element(element.station, element.area, element.number) != write.value)
         problem("confirmed and not in memory: " + nameOf(element));
-    if (m_panel.shown(element.station, element.area.c_str(), element.number) !=
+    if (m_panel.shown(element.station, element.area, element.number) !=
         m_accounts.newestValue(element))
         problem("confirmed and not shown: " + nameOf(element));
     m_accounts.confirmOldest();
@@ -210,7 +201,7 @@ void FaultRun::endRead(const FRAME_PRO& frame, int result)
     const std::string area = frame.var.regName.toStdString();
     // What the panel writes may be shown before the PLC has it.
     if (oneShot || area[0] == 'I')
-        checkShown({frame.var.station, area.c_str(), frame.var.addr, frame.var.count});
+        checkShown({frame.var.station, area, frame.var.addr, frame.var.count});
 }
 
 void FaultRun::endTransferFrame(int result)
@@ -261,10 +252,7 @@ void FaultRun::checkOneShotCalls(bool oneShotEnded, int result)
 
 bool FaultRun::wasTold(const Told& expected) const
 {
-    return std::any_of(m_panel.told.begin(), m_panel.told.end(), [&](const Told& told) {
-        return told.context == expected.context && told.station == expected.station &&
-               told.area == expected.area && told.number == expected.number;
-    });
+    return std::count(m_panel.told.begin(), m_panel.told.end(), expected) > 0;
 }
 
 bool FaultRun::isQuiet()

@@ -1,15 +1,15 @@
 #ifndef FAULT_RUN_H
 #define FAULT_RUN_H
 
-#include "carefulHost.h"
+#include "benchHost.h"
 #include "faultyLine.h"
-#include "panel.h"
+#include "listeningHost.h"
 #include "plainHost.h"
 #include "plant.h"
+#include "randomSource.h"
 #include "writeAccounts.h"
 
 #include <ostream>
-#include <random>
 
 /// What a run came to.
 struct RunFigures
@@ -29,9 +29,9 @@ struct RunFigures
 class FaultRun
 {
 public:
-    enum HostKind { CAREFUL, PLAIN };
+    enum HostKind { LISTENING, PLAIN };
 
-    FaultRun(std::uint32_t seed, int retryLimit, HostKind kind = CAREFUL);
+    FaultRun(std::uint32_t seed, int retryLimit, HostKind kind = LISTENING);
 
     /// Traffic and faults for so many exchanges.
     void disturb(int exchanges);
@@ -71,8 +71,6 @@ public:
 private:
     enum Transfer { NO_TRANSFER, DOWNLOAD, UPLOAD };
 
-    unsigned below(unsigned bound);
-    bool oneIn(unsigned of);
     void problem(const std::string& text);
 
     void makeTraffic();
@@ -91,13 +89,13 @@ private:
     bool wasTold(const Told& expected) const;
     bool isQuiet();
 
-    std::mt19937 m_random;
+    RandomSource m_random;
     PlcModel m_plc;
     FaultyLine m_line;
     const HostKind m_kind;
-    CarefulHost m_careful;
+    ListeningHost m_listening;
     PlainHost m_plain;
-    Panel m_panel;
+    BenchHost m_panel;
     WriteAccounts m_accounts;
     RunFigures m_figures;
     std::vector<std::string> m_problems;

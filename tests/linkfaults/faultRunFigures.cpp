@@ -3,8 +3,8 @@
 void FaultRun::print(std::ostream& out) const
 {
     out << m_figures.exchanges << " exchanges: " << m_figures.accepted << " accepted, "
-        << m_figures.givenUp << " given up, " << m_careful.heldBack() << " held back, "
-        << m_careful.dropped() << " foreign replies dropped\nfaults:";
+        << m_figures.givenUp << " given up, " << m_listening.heldBack() << " held back, "
+        << m_listening.dropped() << " foreign replies dropped\nfaults:";
     for (int fault = 1; fault < static_cast<int>(Fault::KINDS); ++fault)
         out << " " << faultName(static_cast<Fault>(fault)) << " "
             << m_line.faults(static_cast<Fault>(fault)) << ",";

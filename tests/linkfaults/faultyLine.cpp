@@ -16,13 +16,13 @@ const char* faultName(Fault fault)
     return names[static_cast<int>(fault)];
 }
 
-Bytes FaultyLine::exchange(const Bytes& request)
+QByteArray FaultyLine::exchange(const QByteArray& request)
 {
     ++m_exchange;
     const auto due = std::find_if(m_late.begin(), m_late.end(),
                                   [this](const Late& late) { return late.due <= m_exchange; });
     if (due != m_late.end()) {
-        const Bytes late = due->reply;
+        const QByteArray late = due->reply;
         m_late.erase(due);
         m_plc.answer(request);
         ++m_displaced;
@@ -30,7 +30,7 @@ Bytes FaultyLine::exchange(const Bytes& request)
     }
     const Fault fault = drawFault();
     ++m_faults[static_cast<size_t>(fault)];
-    return fault == Fault::DROP_REQUEST ? Bytes() : faulty(fault, m_plc.answer(request));
+    return fault == Fault::DROP_REQUEST ? QByteArray() : faulty(fault, m_plc.answer(request));
 }
 
 void FaultyLine::waitUntilQuiet()
@@ -38,7 +38,7 @@ void FaultyLine::waitUntilQuiet()
     m_late.clear();
 }
 
-void FaultyLine::setFaultEvery(unsigned of)
+void FaultyLine::setFaultEvery(int of)
 {
     m_faultEvery = of;
 }
@@ -62,65 +62,52 @@ Fault FaultyLine::drawFault()
 {
     const Fault wanted = m_next;
     m_next = Fault::NONE;
-    if (wanted != Fault::NONE || m_faultEvery == 0 || below(m_faultEvery) != 0) return wanted;
-    const auto fault = static_cast<Fault>(1 + below(static_cast<unsigned>(Fault::KINDS) - 1));
+    if (wanted != Fault::NONE || m_faultEvery == 0 || !m_random.oneIn(m_faultEvery)) return wanted;
+    const auto fault = static_cast<Fault>(m_random.between(1, static_cast<int>(Fault::KINDS) - 1));
     return fault == Fault::LATE && m_losesLateReplies ? Fault::DROP : fault;
 }
 
-Bytes FaultyLine::faulty(Fault fault, const Bytes& reply)
+QByteArray FaultyLine::faulty(Fault fault, const QByteArray& reply)
 {
-    Bytes out = reply;
-    if (reply.empty()) return out;
+    if (reply.isEmpty()) return reply;
     switch (fault) {
     case Fault::DROP:
-        return Bytes();
+        return QByteArray();
     case Fault::CORRUPT:
         return corrupted(reply);
     case Fault::TRUNCATE:
-        out.resize(below(static_cast<unsigned>(reply.size())));
-        return out;
+        return reply.left(m_random.below(int(reply.size())));
     case Fault::DUPLICATE:
-        out.insert(out.end(), reply.begin(), reply.end());
-        return out;
+        return reply + reply;
     case Fault::LATE:
-        m_late.push_back({m_exchange + 1 + static_cast<int>(below(LATEST)), reply});
-        return Bytes();
+        m_late.push_back({m_exchange + 1 + m_random.below(LATEST), reply});
+        return QByteArray();
     case Fault::GARBAGE_BEFORE:
-        out = garbage();
-        out.insert(out.end(), reply.begin(), reply.end());
-        return out;
-    case Fault::GARBAGE_AFTER: {
-        const Bytes behind = garbage();
-        out.insert(out.end(), behind.begin(), behind.end());
-        return out;
-    }
+        return garbage() + reply;
+    case Fault::GARBAGE_AFTER:
+        return reply + garbage();
     default:
-        return out;
+        return reply;
     }
 }
 
 /// Different bits, so that they do not cancel.
-Bytes FaultyLine::corrupted(Bytes reply)
+QByteArray FaultyLine::corrupted(QByteArray reply)
 {
-    const unsigned bits = 8 * static_cast<unsigned>(reply.size());
-    const unsigned flips = 1 + below(MOST_FLIPPED);
-    const unsigned first = below(bits);
-    for (unsigned i = 0; i < flips; ++i) {
-        const unsigned bit = (first + i * (1 + bits / 5)) % bits;
-        reply[bit / 8] = static_cast<std::uint8_t>(reply[bit / 8] ^ 1u << bit % 8);
+    const int bits = 8 * static_cast<int>(reply.size());
+    const int flips = m_random.between(1, MOST_FLIPPED);
+    const int first = m_random.below(bits);
+    for (int i = 0; i < flips; ++i) {
+        const int bit = (first + i * (1 + bits / 5)) % bits;
+        reply[bit / 8] = static_cast<char>(reply.at(bit / 8) ^ 1 << bit % 8);
     }
     return reply;
 }
 
-Bytes FaultyLine::garbage()
+QByteArray FaultyLine::garbage()
 {
-    Bytes out(1 + below(MOST_GARBAGE));
-    for (std::uint8_t& byte : out)
-        byte = static_cast<std::uint8_t>(below(256));
+    QByteArray out(m_random.between(1, MOST_GARBAGE), 0);
+    for (char& byte : out)
+        byte = static_cast<char>(m_random.below(256));
     return out;
-}
-
-unsigned FaultyLine::below(unsigned bound)
-{
-    return static_cast<unsigned>(m_random() % bound);
 }

@@ -2,10 +2,10 @@
 #define FAULTY_LINE_H
 
 #include "plcModel.h"
+#include "randomSource.h"
 
 #include <array>
 #include <deque>
-#include <random>
 
 enum class Fault {
     NONE,
@@ -31,13 +31,13 @@ public:
     FaultyLine(PlcModel& plc, std::uint32_t seed) : m_plc(plc), m_random(seed) {}
 
     /// What a host has received when it stops waiting for the answer to this request.
-    Bytes exchange(const Bytes& request);
+    QByteArray exchange(const QByteArray& request);
 
     /// A host that listens until the line is quiet: nothing late comes after that.
     void waitUntilQuiet();
 
     /// One in `of` exchanges has a fault; 0: none.
-    void setFaultEvery(unsigned of);
+    void setFaultEvery(int of);
     /// Replies that would be late are lost instead.
     void loseLateReplies();
     /// The fault of the next exchange, instead of a drawn one.
@@ -55,18 +55,17 @@ private:
     struct Late
     {
         int due; ///< exchange in whose place it comes
-        Bytes reply;
+        QByteArray reply;
     };
 
     Fault drawFault();
-    Bytes faulty(Fault fault, const Bytes& reply);
-    Bytes corrupted(Bytes reply);
-    Bytes garbage();
-    unsigned below(unsigned bound);
+    QByteArray faulty(Fault fault, const QByteArray& reply);
+    QByteArray corrupted(QByteArray reply);
+    QByteArray garbage();
 
     PlcModel& m_plc;
-    std::mt19937 m_random;
-    unsigned m_faultEvery = 0;
+    RandomSource m_random;
+    int m_faultEvery = 0;
     bool m_losesLateReplies = false;
     Fault m_next = Fault::NONE;
     int m_exchange = 0;

@@ -1,8 +1,9 @@
 // A late reply of the right length and checksum: what the driver alone makes of it, and what is
 // left of it behind a host that expects late replies.
 
-#include "carefulHost.h"
-#include "panel.h"
+#include "benchHost.h"
+#include "builtDriver.h"
+#include "listeningHost.h"
 
 #include <gtest/gtest.h>
 
@@ -10,21 +11,11 @@ namespace {
 
 enum { FIRST = 3000, SECOND = 3010, FIRST_VALUE = 0x1111, SECOND_VALUE = 0x2222, ONE_ATTEMPT = 1 };
 
-QByteArray arrayOf(const Bytes& bytes)
-{
-    return QByteArray(reinterpret_cast<const char*>(bytes.data()), static_cast<int>(bytes.size()));
-}
-
-Bytes requestOf(const FRAME_PRO& frame)
-{
-    return Bytes(frame.sendBuf, frame.sendBuf + frame.sendLen);
-}
-
 /// Two blocks of one word each, whose replies look alike.
 class LateReply : public testing::Test
 {
 protected:
-    LateReply() : plc(1), line(plc, 1), panel(ONE_ATTEMPT)
+    LateReply() : plc(1), line(plc, 1), panel(driver(), {ONE_ATTEMPT})
     {
         plc.setElement(1, "MW", FIRST, FIRST_VALUE);
         plc.setElement(1, "MW", SECOND, SECOND_VALUE);
@@ -40,7 +31,7 @@ protected:
     {
         FRAME_PRO frame;
         EXPECT_TRUE(panel.nextFrame(frame));
-        const QByteArray late = arrayOf(plc.answer(requestOf(frame)));
+        const QByteArray late = plc.answer(requestOf(frame));
         EXPECT_EQ(REPLY_GIVEN_UP, panel.takeReply(QByteArray()));
         return late;
     }
@@ -52,7 +43,7 @@ protected:
         return panel.takeReply(reply);
     }
 
-    int exchangeThrough(CarefulHost& host)
+    int exchangeThrough(ListeningHost& host)
     {
         FRAME_PRO frame;
         EXPECT_TRUE(panel.nextFrame(frame));
@@ -61,7 +52,7 @@ protected:
 
     PlcModel plc;
     FaultyLine line;
-    Panel panel;
+    BenchHost panel;
 };
 
 } // namespace
@@ -92,10 +83,10 @@ TEST_F(LateReply, ConfirmsAnotherWriteForTheDriverAlone)
     EXPECT_EQ(SECOND_VALUE, plc.element(1, "MW", SECOND));
 }
 
-TEST_F(LateReply, IsWaitedForByACarefulHostBeforeARequestOfTheSameShape)
+TEST_F(LateReply, IsWaitedForByAListeningHostBeforeARequestOfTheSameShape)
 {
     pollBoth();
-    CarefulHost host(line);
+    ListeningHost host(line);
     line.setNextFault(Fault::LATE);
     EXPECT_EQ(REPLY_GIVEN_UP, exchangeThrough(host));
     for (int i = 0; i <= FaultyLine::LATEST; ++i)
@@ -105,9 +96,9 @@ TEST_F(LateReply, IsWaitedForByACarefulHostBeforeARequestOfTheSameShape)
     EXPECT_EQ(SECOND_VALUE, panel.shown(1, "MW", SECOND));
 }
 
-TEST_F(LateReply, OfAnotherShapeIsDroppedByACarefulHostAndConfirmsNothing)
+TEST_F(LateReply, OfAnotherShapeIsDroppedByAListeningHostAndConfirmsNothing)
 {
-    CarefulHost host(line);
+    ListeningHost host(line);
     panel.write({1, "MW", FIRST, 1}, {5}, 1);
     line.setNextFault(Fault::LATE);
     EXPECT_EQ(REPLY_GIVEN_UP, exchangeThrough(host));

@@ -1,8 +1,8 @@
 #ifndef PLAIN_HOST_H
 #define PLAIN_HOST_H
 
+#include "benchHost.h"
 #include "faultyLine.h"
-#include "lineBytes.h"
 
 /// Hands the driver what came, cut to the reply's length, so that nothing but the driver's own
 /// checks stands between it and the line. Late replies are more than those can tell apart: it needs
@@ -14,7 +14,7 @@ public:
 
     QByteArray exchange(const FRAME_PRO& frame)
     {
-        return arrayOf(m_line.exchange(requestOf(frame))).left(frame.recvLen);
+        return m_line.exchange(requestOf(frame)).left(frame.recvLen);
     }
 
 private:

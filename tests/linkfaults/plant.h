@@ -1,7 +1,7 @@
 #ifndef PLANT_H
 #define PLANT_H
 
-#include "panel.h"
+#include "benchHost.h"
 
 #include <vector>
 
@@ -57,10 +57,11 @@ inline std::vector<Units> writtenUnits()
                            {0, "QX", 100 * GROUP_BITS, 8}});
 }
 
+/// Words, or groups of bits.
 inline std::vector<Units> unitsReadOnce()
 {
     return atEveryStation(
-        {{0, "IW", 100, 30}, {0, "IX", 150 * GROUP_BITS, GROUP_BITS}, {0, "MW", 5000, 20}});
+        {{0, "IW", 100, 30}, {0, "IX", 150 * GROUP_BITS, 1}, {0, "MW", 5000, 20}});
 }
 
 /// Nobody but the PLC's program changes these.

@@ -1,9 +1,6 @@
 #include "callRunner.h"
 
-#include "branches.h"
-#include "driverCaller.h"
-#include "modelCaller.h"
-#include "replyMaker.h"
+#include "comparedCalls.h"
 
 #include <sys/mman.h>
 #include <sys/resource.h>
@@ -16,69 +13,6 @@
 namespace model {
 
 namespace {
-
-static_assert(int(Branch::CALLED_FILL_BUFFER) - int(Branch::CALLED_SET_PAGE) + 2 ==
-                  int(std::variant_size_v<Call>),
-              "a branch for each call after IdentityCall");
-
-class Runner
-{
-public:
-    explicit Runner(const DriverLibrary& library) : m_driver(library) {}
-
-    /// Empty, or what differs.
-    std::string run(const Call& call)
-    {
-        count(call);
-        return std::visit([this](const auto& one) { return compare(one); }, call);
-    }
-
-    std::string damage() const
-    {
-        return m_driver.damage();
-    }
-
-private:
-    static void count(const Call& call)
-    {
-        const auto* identity = std::get_if<IdentityCall>(&call);
-        const int after = static_cast<int>(Branch::CALLED_SET_PAGE) - 1;
-        const int branch = identity != nullptr ? static_cast<int>(Branch::CALLED_PROTOCOL_TYPE) +
-                                                     static_cast<int>(identity->which)
-                                               : after + static_cast<int>(call.index());
-        reach(static_cast<Branch>(branch));
-    }
-
-    template <typename One> std::string compare(const One& call)
-    {
-        return compared(m_model(call), m_driver(call));
-    }
-
-    std::string compare(const NextFrameCall& call)
-    {
-        const Outcome expected = m_model(call);
-        if (expected.frame) m_replies.note(*expected.frame);
-        return compared(expected, m_driver(call));
-    }
-
-    std::string compare(const ReplyCall& call)
-    {
-        const Bytes bytes = m_replies.reply(call);
-        if (m_model.isFramePending()) m_replies.count(call, bytes);
-        const std::string text = compared(m_model.reply(bytes), m_driver.reply(bytes));
-        return text.empty() ? text : "  reply " + hexText(bytes) + "\n" + text;
-    }
-
-    std::string compared(const Outcome& expected, const Outcome& actual)
-    {
-        return difference(expected, actual) + difference(m_model.memory(), m_driver.memory()) +
-               m_driver.misuse();
-    }
-
-    DriverCaller m_driver;
-    ModelCaller m_model;
-    ReplyMaker m_replies;
-};
 
 enum { MOST_TEXT = 60000 };
 
@@ -113,20 +47,20 @@ void put(Report& report, const Disagreement& disagreement)
     report.found = disagreement.found;
 }
 
-Disagreement run(const DriverLibrary& library, const std::vector<Call>& calls, size_t& progress)
+Disagreement run(const DriverFunctions& driver, const std::vector<Call>& calls, size_t& progress)
 {
-    Runner runner(library);
+    ComparedCalls compared(driver);
     for (progress = 0; progress < calls.size(); ++progress) {
-        const std::string text = runner.run(calls[progress]);
+        const std::string text = compared.run(calls[progress]);
         if (!text.empty()) return {true, progress, text};
     }
-    const std::string damage = runner.damage();
+    const std::string damage = compared.damage();
     return {!damage.empty(), calls.size() - 1, damage};
 }
 
 } // namespace
 
-Disagreement runApart(const DriverLibrary& library, const std::vector<Call>& calls,
+Disagreement runApart(const DriverFunctions& driver, const std::vector<Call>& calls,
                       unsigned mostCpuSeconds)
 {
     static Report* const report = sharedReport();
@@ -136,7 +70,7 @@ Disagreement runApart(const DriverLibrary& library, const std::vector<Call>& cal
     if (child < 0) throw std::bad_alloc();
     if (child == 0) {
         limitTime(mostCpuSeconds);
-        put(*report, run(library, calls, report->callIndex));
+        put(*report, run(driver, calls, report->callIndex));
         _exit(0);
     }
     int status = 0;

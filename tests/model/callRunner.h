@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-class DriverLibrary;
+struct DriverFunctions;
 
 namespace model {
 
@@ -24,7 +24,7 @@ enum { MOST_CPU_SECONDS = 10 };
 /// Makes the calls of the driver and of the model, in a child process of its own: the driver keeps
 /// state that only a new process is without. A driver that crashes disagrees, and so does one that
 /// loops for `mostCpuSeconds`.
-Disagreement runApart(const DriverLibrary& library, const std::vector<Call>& calls,
+Disagreement runApart(const DriverFunctions& driver, const std::vector<Call>& calls,
                       unsigned mostCpuSeconds = MOST_CPU_SECONDS);
 
 } // namespace model

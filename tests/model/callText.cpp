@@ -1,7 +1,7 @@
 #include "calls.h"
+#include "hexText.h"
 #include "randomSource.h"
 
-#include <iomanip>
 #include <sstream>
 
 namespace model {
@@ -153,12 +153,9 @@ Bytes recipeBytes(unsigned seed)
 std::string hexText(const Bytes& bytes)
 {
     enum { MOST_SHOWN = 64 };
-    std::ostringstream out;
-    for (size_t i = 0; i < bytes.size() && i < MOST_SHOWN; ++i)
-        out << (i == 0 ? "" : " ") << std::hex << std::setw(2) << std::setfill('0')
-            << int(bytes[i]);
-    if (bytes.size() > MOST_SHOWN) out << " ... " << std::dec << bytes.size() << " bytes";
-    return out.str();
+    if (bytes.size() <= MOST_SHOWN) return hexOf(bytes);
+    return hexOf(Bytes(bytes.begin(), bytes.begin() + MOST_SHOWN)) + " ... " +
+           std::to_string(bytes.size()) + " bytes";
 }
 
 } // namespace model

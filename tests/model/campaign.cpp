@@ -31,16 +31,16 @@ unsigned long long reached(Branch branch)
 /// Minimising ends early where each try takes long, as with a driver that loops.
 const std::chrono::seconds MOST_TIME_TO_MINIMISE(60);
 
-std::string failureText(const DriverLibrary& library, std::uint64_t seed, std::vector<Call> calls,
+std::string failureText(const DriverFunctions& driver, std::uint64_t seed, std::vector<Call> calls,
                         const Disagreement& first)
 {
     using Clock = std::chrono::steady_clock;
     calls.resize(first.callIndex + 1);
     const Clock::time_point end = Clock::now() + MOST_TIME_TO_MINIMISE;
-    const std::vector<Call> few = minimised(calls, [&library, end](const std::vector<Call>& rest) {
-        return Clock::now() < end && runApart(library, rest).found;
+    const std::vector<Call> few = minimised(calls, [&driver, end](const std::vector<Call>& rest) {
+        return Clock::now() < end && runApart(driver, rest).found;
     });
-    const Disagreement last = runApart(library, few);
+    const Disagreement last = runApart(driver, few);
     std::ostringstream out;
     out << "seed " << seed << ": the driver and the model disagree after " << calls.size()
         << " calls; " << few.size() << " of them suffice:\n";
@@ -52,7 +52,7 @@ std::string failureText(const DriverLibrary& library, std::uint64_t seed, std::v
 
 } // namespace
 
-CampaignResult runCampaign(const DriverLibrary& library, std::uint64_t firstSeed,
+CampaignResult runCampaign(const DriverFunctions& driver, std::uint64_t firstSeed,
                            unsigned long long leastCalls)
 {
     const auto start = std::chrono::steady_clock::now();
@@ -61,13 +61,13 @@ CampaignResult runCampaign(const DriverLibrary& library, std::uint64_t firstSeed
     CampaignResult result;
     for (std::uint64_t seed = firstSeed; result.calls < leastCalls && result.agreed; ++seed) {
         const std::vector<Call> calls = randomCalls(seed);
-        const Disagreement disagreement = runApart(library, calls);
+        const Disagreement disagreement = runApart(driver, calls);
         ++result.sequences;
         result.calls += disagreement.found ? disagreement.callIndex + 1 : calls.size();
         if (!disagreement.found) continue;
         result.agreed = false;
         result.failedSeed = seed;
-        result.failure = failureText(library, seed, calls, disagreement);
+        result.failure = failureText(driver, seed, calls, disagreement);
     }
     const std::chrono::duration<double> took = std::chrono::steady_clock::now() - start;
     result.seconds = took.count();

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string>
 
-class DriverLibrary;
+struct DriverFunctions;
 
 namespace model {
 
@@ -20,7 +20,7 @@ struct CampaignResult
 
 /// Runs the sequences of `firstSeed`, `firstSeed` + 1, ... until `leastCalls` calls agreed, or one
 /// did not.
-CampaignResult runCampaign(const DriverLibrary& library, std::uint64_t firstSeed,
+CampaignResult runCampaign(const DriverFunctions& driver, std::uint64_t firstSeed,
                            unsigned long long leastCalls);
 
 /// How often each branch was reached, rarest last.

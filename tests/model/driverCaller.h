@@ -13,7 +13,7 @@ namespace model {
 class DriverCaller
 {
 public:
-    explicit DriverCaller(const DriverLibrary& library);
+    explicit DriverCaller(const DriverFunctions& driver);
     ~DriverCaller();
     DriverCaller(const DriverCaller&) = delete;
     DriverCaller& operator=(const DriverCaller&) = delete;
@@ -50,10 +50,11 @@ private:
     static void onChange(int context, int station, QString& name, int addr);
     Bytes valueRead(int station, const QString& area, int addr, int count) const;
 
-    const DriverLibrary& m_library;
+    const DriverFunctions& m_driver;
     HostMemory m_memory;
     Bytes m_shared;
     QMutex m_mutex;
+    bool m_isToldUnderMutex = false;
     std::vector<Notification> m_notifications;
 };
 

@@ -109,7 +109,10 @@ void DriverModel::tell(int context, int station, const std::string& name, int ad
         return;
     }
     reach(Branch::CALLBACK_TOLD);
-    m_notifications.push_back({context, station, name, addr, getData(station, name, addr, 1)});
+    Bytes seen = getData(station, name, addr, 1);
+    const Bytes beside = getData(station, name, neighbourOf(addr), 1);
+    seen.insert(seen.end(), beside.begin(), beside.end());
+    m_notifications.push_back({context, station, name, addr, seen});
 }
 
 Cache::Changed DriverModel::teller()

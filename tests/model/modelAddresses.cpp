@@ -34,7 +34,7 @@ int counted(CheckResult result)
 
 bool isBlank(char c)
 {
-    return c == ' ' || c == '\t';
+    return c == ' ' || (c >= '\t' && c <= '\r');
 }
 
 std::string trimmed(const std::string& text)
@@ -126,13 +126,15 @@ bool decimal(const std::string& text, int& number)
     const std::string digits = trimmed(text);
     const bool hasSign = !digits.empty() && (digits[0] == '-' || digits[0] == '+');
     if (digits.size() == (hasSign ? 1u : 0u)) return false;
+    const bool isNegative = digits[0] == '-';
+    const long long largest = std::numeric_limits<int>::max() + (isNegative ? 1LL : 0LL);
     long long value = 0;
     for (size_t i = hasSign ? 1 : 0; i < digits.size(); ++i) {
         if (digits[i] < '0' || digits[i] > '9') return false;
         value = value * 10 + (digits[i] - '0');
-        if (value > std::numeric_limits<int>::max()) return false;
+        if (value > largest) return false;
     }
-    number = static_cast<int>(digits[0] == '-' ? -value : value);
+    number = static_cast<int>(isNegative ? -value : value);
     return true;
 }
 

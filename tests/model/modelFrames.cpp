@@ -3,13 +3,15 @@
 #include "branches.h"
 #include "modelAddresses.h"
 
+#include "modbusChecksum.h"
+
 #include <algorithm>
 
 namespace model {
 
 namespace {
 
-enum { CRC_POLYNOMIAL = 0x8005, CRC_BITS = 16, CRC_BYTES = 2 };
+enum { CRC_BYTES = 2 };
 
 enum Function {
     READ_HOLDING = 3,
@@ -20,14 +22,6 @@ enum Function {
     WRITE_WORDS = 16
 };
 
-unsigned mirrored(unsigned value, int bits)
-{
-    unsigned result = 0;
-    for (int i = 0; i < bits; ++i)
-        result |= ((value >> i) & 1u) << (bits - 1 - i);
-    return result;
-}
-
 void put8(Bytes& bytes, int value)
 {
     bytes.push_back(static_cast<unsigned char>(value & 0xFF));
@@ -37,12 +31,6 @@ void put16(Bytes& bytes, int value)
 {
     put8(bytes, value >> 8);
     put8(bytes, value);
-}
-
-void close(Frame& frame)
-{
-    const Bytes crc = checksum(frame.bytes);
-    frame.bytes.insert(frame.bytes.end(), crc.begin(), crc.end());
 }
 
 Bytes opened(const Variable& var, Function function, int number)
@@ -125,22 +113,6 @@ void countRead(const Variable& var)
 
 } // namespace
 
-Bytes checksum(const Bytes& bytes)
-{
-    // Straight long division of the mirrored bytes, most significant bit first.
-    unsigned remainder = 0xFFFF;
-    for (unsigned char byte : bytes) {
-        remainder ^= mirrored(byte, 8) << 8;
-        for (int bit = 0; bit < 8; ++bit) {
-            const bool carry = (remainder & 0x8000u) != 0;
-            remainder = (remainder << 1) & 0xFFFFu;
-            if (carry) remainder ^= CRC_POLYNOMIAL;
-        }
-    }
-    const unsigned crc = mirrored(remainder, CRC_BITS);
-    return {static_cast<unsigned char>(crc & 0xFF), static_cast<unsigned char>(crc >> 8)};
-}
-
 Frame readFrame(const Variable& var)
 {
     countRead(var);
@@ -152,7 +124,7 @@ Frame readFrame(const Variable& var)
     Frame frame;
     frame.bytes = opened(var, input ? READ_INPUT : READ_HOLDING, first);
     put16(frame.bytes, registers);
-    close(frame);
+    frame.bytes = frameWith(frame.bytes);
     frame.var = var;
     if (var.station == 0) {
         reach(Branch::FRAME_READ_BROADCAST);
@@ -171,7 +143,7 @@ Frame writeFrame(const Variable& var)
         frame.bytes = wordWrite(var);
     else
         frame.bytes = var.count == 1 ? singleBitWrite(var) : manyBitsWrite(var);
-    close(frame);
+    frame.bytes = frameWith(frame.bytes);
     frame.var = var;
     if (var.station == 0) reach(Branch::FRAME_WRITE_BROADCAST);
     frame.recvLen = var.station == 0 ? 0 : 8;
@@ -205,10 +177,9 @@ ReplyClass classifyReply(const Frame& frame, const Bytes& reply)
         reach(Branch::REPLY_WITHOUT_CRC);
         return ReplyClass::REJECTED;
     }
-    const Bytes body(reply.begin(), reply.end() - CRC_BYTES);
-    const Bytes crc = checksum(body);
-    const bool lowDiffers = crc[0] != reply[reply.size() - 2];
-    const bool highDiffers = crc[1] != reply.back();
+    const Bytes due = frameWith(Bytes(reply.begin(), reply.end() - CRC_BYTES));
+    const bool lowDiffers = due[due.size() - 2] != reply[reply.size() - 2];
+    const bool highDiffers = due.back() != reply.back();
     if (lowDiffers || highDiffers) {
         if (!highDiffers) reach(Branch::REPLY_WRONG_CRC_LOW);
         if (!lowDiffers) reach(Branch::REPLY_WRONG_CRC_HIGH);

@@ -5,9 +5,6 @@
 
 namespace model {
 
-/// CRC-16/MODBUS as the two bytes on the wire.
-Bytes checksum(const Bytes& bytes);
-
 Frame readFrame(const Variable& var);
 Frame writeFrame(const Variable& var);
 

@@ -57,8 +57,15 @@ struct Notification
     int station = 0;
     std::string name;
     int addr = 0;
-    Bytes seen; ///< what a value read inside the callback gave
+    Bytes seen; ///< what values read inside the callback gave: of the unit, and of its neighbour
 };
+
+/// Inside the callback the host reads a unit that the cache may not know yet, so that it grows
+/// while the driver goes through it.
+inline int neighbourOf(int addr)
+{
+    return static_cast<int>(static_cast<unsigned>(addr) + 5u);
+}
 
 /// The host's memory that a driver works on.
 struct HostMemory

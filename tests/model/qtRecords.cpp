@@ -6,7 +6,7 @@ namespace model {
 
 QString qtText(const std::string& text)
 {
-    return QString::fromLatin1(text.c_str());
+    return QString::fromUtf8(text.c_str());
 }
 
 std::string plainText(const QString& text)

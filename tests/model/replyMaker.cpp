@@ -1,7 +1,7 @@
 #include "replyMaker.h"
 
 #include "branches.h"
-#include "modelFrames.h"
+#include "modbusChecksum.h"
 
 #include <algorithm>
 
@@ -20,12 +20,6 @@ unsigned char someByte(RandomSource& random, int style)
     return static_cast<unsigned char>(random.below(256));
 }
 
-void addChecksum(Bytes& bytes)
-{
-    const Bytes crc = checksum(bytes);
-    bytes.insert(bytes.end(), crc.begin(), crc.end());
-}
-
 bool isRead(const Frame& frame)
 {
     return frame.bytes.size() > 1 && (frame.bytes[1] == 3 || frame.bytes[1] == 4);
@@ -41,8 +35,7 @@ Bytes readReply(const Frame& frame, RandomSource& random)
     while (bytes.size() < length)
         bytes.push_back(someByte(random, style));
     bytes.resize(length);
-    addChecksum(bytes);
-    return bytes;
+    return frameWith(bytes);
 }
 
 Bytes randomBytes(size_t length, RandomSource& random)
@@ -60,8 +53,7 @@ Bytes goodReply(const Frame& frame, RandomSource& random)
         return randomBytes(static_cast<size_t>(std::max(frame.recvLen, 0)), random);
     if (isRead(frame)) return readReply(frame, random);
     Bytes bytes(frame.bytes.begin(), frame.bytes.begin() + ECHO_BYTES);
-    addChecksum(bytes);
-    return bytes;
+    return frameWith(bytes);
 }
 
 void replaceByte(Bytes& bytes, size_t position, RandomSource& random)
@@ -69,7 +61,7 @@ void replaceByte(Bytes& bytes, size_t position, RandomSource& random)
     if (bytes.size() <= position + CRC_BYTES) return;
     bytes[position] = static_cast<unsigned char>(random.below(256));
     bytes.resize(bytes.size() - CRC_BYTES);
-    addChecksum(bytes);
+    bytes = frameWith(bytes);
 }
 
 void flipBit(Bytes& bytes, size_t position, RandomSource& random)
@@ -97,8 +89,7 @@ Bytes exceptionReply(const Frame& frame, RandomSource& random)
     if (frame.bytes.size() < 2) return {};
     Bytes bytes = {frame.bytes[0], static_cast<unsigned char>(frame.bytes[1] | 0x80),
                    static_cast<unsigned char>(random.between(1, 4))};
-    addChecksum(bytes);
-    return bytes;
+    return frameWith(bytes);
 }
 
 /// Also with no reply at all, as to a broadcast.

@@ -10,8 +10,8 @@ forbidden+='|QRegExp|QRegularExpression|\bqSort\b|\bcbegin\b|\bcend\b|constFirst
 forbidden+='|NonRecursive|class QVector|\.removeAt\(|\.length\(\)|\bnullptr_t\b|\bmake_unique\b'
 forbidden+='|char& [a-z]+ = [a-z]+\[0\]|\.swap\('
 
-if grep -nE "$forbidden" include/* device/* service/*; then
+if grep -rnE "$forbidden" include device service; then
     echo "not common to Qt 4.8, 5.15 and 6"
     exit 1
 fi
-echo "$(cat include/* device/* service/* | wc -l) lines searched"
+echo "$(find include device service -type f -exec cat {} + | wc -l) lines searched"

@@ -42,17 +42,11 @@ rc::Gen<Reply> reply()
                                             {1, Reply::RANDOM}});
 }
 
-_RCP_VAR_PRO recipeRecord(const EngineStep& step, int block)
+Units recipeUnits(const EngineStep& step, int block)
 {
-    _RCP_VAR_PRO record;
-    record.linkNo = PropertyBench::CONTEXT;
-    record.station = step.station;
-    record.regName = nameOf(areaOf(step));
-    record.addr = numberOf(step) + block * 2 * MOST_COUNT;
     // Now and then one that cannot be written, which must fail and not hang.
-    record.count = step.noise % 7 == 0 ? int(TOO_LONG) : step.count;
-    record.bufOffset = block * TOO_LONG;
-    return record;
+    return {step.station, areaOf(step).name, numberOf(step) + block * 2 * MOST_COUNT,
+            step.noise % 7 == 0 ? int(TOO_LONG) : step.count};
 }
 
 } // namespace
@@ -86,12 +80,13 @@ void EngineRun::plan(const EngineStep& step)
 {
     switch (step.action) {
     case Action::WRITE:
-        bench.writeRun(step.station, areaOf(step).name, numberOf(step), step.count, step.noise,
+        bench.writeRun({step.station, areaOf(step).name, numberOf(step), step.count}, step.noise,
                        ++m_lastId);
         break;
     case Action::READ_ONCE:
-        bench.readOnce(step.station, areaOf(step).name, numberOf(step),
-                       areaOf(step).bits ? 1 : step.count, ++m_lastId);
+        bench.readOnce(
+            {step.station, areaOf(step).name, numberOf(step), areaOf(step).bits ? 1 : step.count},
+            ++m_lastId);
         break;
     case Action::POLL:
         poll(step.count % 6);
@@ -106,21 +101,21 @@ void EngineRun::plan(const EngineStep& step)
 
 void EngineRun::poll(int blocks)
 {
-    std::vector<KEY_ADDRESS> keys;
+    std::vector<Units> all;
     for (int i = 0; i < blocks; ++i) {
         const DeviceArea& area = deviceAreas()[static_cast<size_t>(i)];
-        keys.push_back(PropertyBench::key(1 + i % 2, nameOf(area), area.lowest, BITS_OF_GROUP));
+        all.push_back({1 + i % 2, area.name, area.lowest, BITS_OF_GROUP});
     }
-    bench.poll(keys);
+    bench.poll(all);
 }
 
 /// A host leaves flags and set alone until a transfer is over.
 void EngineRun::startRecipe(const EngineStep& step)
 {
     if (bench.transferUnderWay()) return;
-    std::vector<_RCP_VAR_PRO> records;
+    std::vector<Units> records;
     for (int block = 0; block < 1 + step.noise % RECIPE_BLOCKS; ++block)
-        records.push_back(recipeRecord(step, block));
+        records.push_back(recipeUnits(step, block));
     if (bench.setRecipe(records) == 0) return;
     bench.raise(isUpload(step) ? RECIPE_UPLOAD_FLAG : RECIPE_DOWNLOAD_FLAG);
 }

@@ -4,6 +4,7 @@
 
 #include "deviceAreas.h"
 #include "figures.h"
+#include "modbusChecksum.h"
 #include "propertyBench.h"
 
 #include <gtest/gtest.h>
@@ -97,32 +98,28 @@ DrawnFrame drawnCase(const std::vector<FrameUse>& uses)
     return drawn;
 }
 
+Units unitsOf(const DrawnFrame& drawn)
+{
+    return {drawn.station, areaOf(drawn).name, numberOf(drawn), countOf(drawn)};
+}
+
 void startRecipe(PropertyBench& bench, const DrawnFrame& drawn, RecipeFlag flag)
 {
-    _RCP_VAR_PRO record;
-    record.linkNo = PropertyBench::CONTEXT;
-    record.station = drawn.station;
-    record.regName = nameOf(areaOf(drawn));
-    record.addr = numberOf(drawn);
-    record.count = countOf(drawn);
-    bench.setRecipe({record});
+    bench.setRecipe({unitsOf(drawn)});
     bench.raise(flag);
 }
 
 void ask(PropertyBench& bench, const DrawnFrame& drawn)
 {
-    const char* const area = areaOf(drawn).name;
-    const int number = numberOf(drawn);
-    const int count = countOf(drawn);
     switch (drawn.use) {
     case CYCLIC:
-        bench.poll({PropertyBench::key(drawn.station, nameOf(areaOf(drawn)), number, count)});
+        bench.poll({unitsOf(drawn)});
         break;
     case ONE_SHOT:
-        bench.readOnce(drawn.station, area, number, count, 1);
+        bench.readOnce(unitsOf(drawn), 1);
         break;
     case WRITE:
-        bench.write(drawn.station, area, number, drawn.size, 1);
+        bench.writeRun(unitsOf(drawn), drawn.size, 1);
         break;
     case DOWNLOAD:
         startRecipe(bench, drawn, RECIPE_DOWNLOAD_FLAG);
@@ -197,9 +194,8 @@ RC_GTEST_PROP(EveryRequest, EndsWithTheChecksumOfItsBytes, ())
     PropertyBench bench(3, 125);
     const FRAME_PRO frame = frameFor(bench, drawn);
     RC_ASSERT(frame.sendLen > int(CHECKSUM));
-    const int checksumAt = frame.sendLen - CHECKSUM;
-    const int crc = serialLineCrc(frame.sendBuf, checksumAt);
-    RC_ASSERT(frame.sendBuf[checksumAt] + 256 * frame.sendBuf[checksumAt + 1] == crc);
+    const std::vector<unsigned char> sent(frame.sendBuf, frame.sendBuf + frame.sendLen);
+    RC_ASSERT(sent == frameWith(std::vector<unsigned char>(sent.begin(), sent.end() - CHECKSUM)));
 }
 
 RC_GTEST_PROP(EveryRequest, NamesTheLengthOfItsReply, ())

@@ -74,8 +74,7 @@ QList<KEY_ADDRESS> handedIn(const std::vector<DrawnKey>& drawn)
 {
     QList<KEY_ADDRESS> keys;
     for (const DrawnKey& one : drawn)
-        keys.append(PropertyBench::key(one.station, QString::fromStdString(areaName(one)),
-                                       number(one), one.count));
+        keys.append(keyOf({one.station, areaName(one), number(one), one.count}));
     return keys;
 }
 

@@ -22,7 +22,7 @@ public:
         if (exchanged.given == 0 || exchanged.kind == FRAME_CYCLIC_READ) {
             m_writes = 0;
             m_frames = 0;
-        } else if (exchanged.kind == FRAME_WRITE || exchanged.kind == FRAME_CONDITIONAL_READ) {
+        } else if (exchanged.kind == FRAME_WRITE || exchanged.kind == FRAME_ONE_SHOT_READ) {
             m_writes += exchanged.kind == FRAME_WRITE ? 1 : 0;
             ++m_frames;
         }
@@ -72,16 +72,16 @@ int mostTurns(const Backlog& backlog)
 void queueBacklog(PropertyBench& bench, int writes, int oneShots, int soughtId)
 {
     for (int i = 0; i < writes; ++i)
-        bench.write(1, WRITTEN, 4000 + i, i, i);
+        bench.write({1, WRITTEN, 4000 + i, 1}, {i}, i);
     for (int i = 0; i <= oneShots; ++i)
-        bench.readOnce(1, "IW", i, 1, i == oneShots ? soughtId : 1);
+        bench.readOnce({1, "IW", i, 1}, i == oneShots ? soughtId : 1);
 }
 
 /// Writes and exchanges, so that the engine stands anywhere in its count.
 void runIn(EngineRun& run, int writes)
 {
     for (int i = 0; i < writes; ++i) {
-        run.bench.write(1, WRITTEN, 3500 + i, i, i);
+        run.bench.write({1, WRITTEN, 3500 + i, 1}, {i}, i);
         run.exchange(Reply::GOOD, 0);
     }
 }
@@ -113,7 +113,7 @@ RC_GTEST_PROP(BetweenTwoCyclicReads, AreExactlyTenWritesWhileManyArePending, ())
     EngineRun run(*rc::gen::inRange(0, 4), MERGE);
     run.poll(*rc::gen::inRange(1, 6));
     for (int i = 0; i < PENDING; ++i)
-        run.bench.write(1, WRITTEN, 4000 + i, i, i);
+        run.bench.write({1, WRITTEN, 4000 + i, 1}, {i}, i);
     const auto replies =
         *rc::gen::container<std::vector<int>>(rc::gen::inRange(0, static_cast<int>(Reply::KINDS)));
     PriorityCount count;
@@ -147,7 +147,7 @@ RC_GTEST_PROP(AOneShotRead, GoesOutBeforeACyclicReadUnlessThreeFramesWereAhead, 
             RC_ASSERT(ahead >= int(BEFORE_ONE_SHOT));
             tally("cyclic reads before a waiting one");
         }
-        if (done.kind == FRAME_CONDITIONAL_READ && !done.again) {
+        if (done.kind == FRAME_ONE_SHOT_READ && !done.again) {
             RC_ASSERT(ahead < int(BEFORE_ONE_SHOT));
             tally("one-shot reads");
         }

@@ -2,6 +2,7 @@
 
 #include "engineSteps.h"
 #include "figures.h"
+#include "modbusChecksum.h"
 
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
@@ -40,21 +41,15 @@ rc::Gen<DrawnReply> drawnReply(int bodyLength)
 
 QByteArray bytesOf(const DrawnReply& drawn)
 {
-    const int length = static_cast<int>(drawn.body.size());
-    QByteArray out(reinterpret_cast<const char*>(drawn.body.data()), length);
-    const int crc = serialLineCrc(drawn.body.data(), length);
-    const int low = drawn.rightChecksum ? crc & 255 : drawn.low;
-    const int high = drawn.rightChecksum ? crc >> 8 : drawn.high;
-    out.append(static_cast<char>(low));
-    out.append(static_cast<char>(high));
-    return out;
+    const QByteArray body(reinterpret_cast<const char*>(drawn.body.data()),
+                          static_cast<int>(drawn.body.size()));
+    if (drawn.rightChecksum) return frameWith(body);
+    return body + static_cast<char>(drawn.low) + static_cast<char>(drawn.high);
 }
 
 bool hasRightChecksum(const QByteArray& reply)
 {
-    const int at = static_cast<int>(reply.size()) - CHECKSUM;
-    const unsigned char* bytes = reinterpret_cast<const unsigned char*>(reply.constData());
-    return bytes[at] + 256 * bytes[at + 1] == serialLineCrc(bytes, at);
+    return frameWith(reply.left(int(reply.size()) - CHECKSUM)) == reply;
 }
 
 void checkVerdict(const FRAME_PRO& frame)
@@ -76,7 +71,7 @@ RC_GTEST_PROP(AnyReply, ToAReadIsTakenByLengthAndChecksumAlone, ())
 {
     PropertyBench bench(TWO_ATTEMPTS, MERGE);
     const int words = *rc::gen::inRange(1, int(MOST_WORDS));
-    bench.poll({PropertyBench::key(1, QString::fromLatin1("MW"), 3000, words)});
+    bench.poll({{1, "MW", 3000, words}});
     FRAME_PRO frame;
     RC_ASSERT(intf_getSendFrame(&frame) == 1);
     checkVerdict(frame);
@@ -85,7 +80,7 @@ RC_GTEST_PROP(AnyReply, ToAReadIsTakenByLengthAndChecksumAlone, ())
 RC_GTEST_PROP(AnyReply, ToAWriteIsTakenByLengthAndChecksumAlone, ())
 {
     PropertyBench bench(TWO_ATTEMPTS, MERGE);
-    bench.write(1, "QX", *rc::gen::inRange(0, 4096), 1, 1);
+    bench.write({1, "QX", *rc::gen::inRange(0, 4096), 1}, {1}, 1);
     FRAME_PRO frame;
     RC_ASSERT(intf_getSendFrame(&frame) == 1);
     checkVerdict(frame);

@@ -95,7 +95,7 @@ RC_GTEST_PROP(TheEngine, PausesWithWorkQueuedOnlyInTurnForACyclicReadThatThereIs
             tally("pauses with work queued");
             RC_ASSERT(ahead >= (writes ? int(WRITES_IN_A_ROW) : int(BEFORE_ONE_SHOT)));
         }
-        const bool priority = done.kind == FRAME_WRITE || done.kind == FRAME_CONDITIONAL_READ;
+        const bool priority = done.kind == FRAME_WRITE || done.kind == FRAME_ONE_SHOT_READ;
         if (done.given == 0 || done.kind == FRAME_CYCLIC_READ) ahead = 0;
         if (done.given != 0 && priority) ++ahead;
     }

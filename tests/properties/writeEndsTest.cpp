@@ -129,6 +129,11 @@ public:
     }
 
 private:
+    static const char* areaOf(const QueuedWrite& write)
+    {
+        return write.bits ? "QX" : "MW";
+    }
+
     static int numberOnWire(const QueuedWrite& write)
     {
         return write.bits ? write.number : 3000 + write.number;
@@ -137,16 +142,16 @@ private:
     void pollAllWords()
     {
         m_monitored = true;
-        std::vector<KEY_ADDRESS> keys;
+        std::vector<Units> all;
         for (int first = 0; first < ELEMENTS + MOST_BURST; first += 100)
-            keys.push_back(PropertyBench::key(1, QString::fromLatin1("MW"), 3000 + first, 100));
-        m_run.bench.poll(keys);
+            all.push_back({1, "MW", 3000 + first, 100});
+        m_run.bench.poll(all);
     }
 
     void write(const WriteStep& step)
     {
         QueuedWrite made = {++m_lastId, step.bits, step.first, m_lastId};
-        m_run.bench.writeRun(1, step.bits ? "QX" : "MW", numberOnWire(made), step.count, made.value,
+        m_run.bench.writeRun({1, areaOf(made), numberOnWire(made), step.count}, made.value,
                              made.id);
         for (int i = 0; i < step.count; ++i, ++made.number, ++made.value)
             m_queue.add(made);
@@ -163,10 +168,8 @@ private:
     bool wasTold(const QueuedWrite& write) const
     {
         const auto& told = m_run.bench.told;
-        return std::any_of(told.begin(), told.end(), [&](const Told& one) {
-            return one.context == PropertyBench::CONTEXT && one.station == 1 &&
-                   one.name == (write.bits ? "QX" : "MW") && one.addr == numberOnWire(write);
-        });
+        const Told due = {BenchHost::CONTEXT, 1, areaOf(write), numberOnWire(write)};
+        return std::find(told.begin(), told.end(), due) != told.end();
     }
 
     EngineRun m_run;
@@ -201,8 +204,8 @@ RC_GTEST_PROP(TheQueues, NeverHoldMoreThan513, ())
         rc::kNominalSize, rc::gen::oneOf(rc::gen::inRange(0, 600), rc::gen::inRange(500, 600)));
     tally("with more than 513 writes", backlog > int(PropertyBench::MOST_QUEUED));
     for (int i = 0; i < backlog; ++i) {
-        run.bench.write(1, "MW", 4000 + i, i, i);
-        run.bench.readOnce(2, "MW", 5000 + i, 1, i);
+        run.bench.write({1, "MW", 4000 + i, 1}, {i}, i);
+        run.bench.readOnce({2, "MW", 5000 + i, 1}, i);
     }
     tallyMost("writes queued", int(driver.writeList.size()), PropertyBench::MOST_QUEUED);
     tallyMost("one-shot reads queued", int(driver.condReadList.size()), PropertyBench::MOST_QUEUED);

@@ -4,6 +4,7 @@ namespace {
 
 enum {
     STATIONS = 2,
+    GROUP_BITS = 16,
     RECIPE_WORDS = 64,
     SEED = 20240611,
     QUEUE_PLACES = 513,
@@ -32,44 +33,27 @@ enum {
     A_CUT_REPLY = 60
 };
 
-struct Polled
+const std::vector<Units>& polledUnits()
 {
-    const char* area;
-    int addr;
-    int count;
-    int unitMode;
-};
-
-const Polled POLLED[] = {{"MW", 3000, 20, 0},  {"MW", 3100, 8, 0},  {"QW", 0, 10, 0},
-                         {"IW", 0, 10, 0},     {"IX", 16, 16, -1},  {"QX", 32, 16, -1},
-                         {"MX", 3000, 16, -1}, {"MX", 3320, 16, -1}};
-
-bool isWords(const Polled& polled)
-{
-    return polled.unitMode != -1;
+    static const std::vector<Units> units = [] {
+        std::vector<Units> all;
+        for (int station = 1; station <= STATIONS; ++station)
+            all.insert(all.end(), {{station, "MW", 3000, 20},
+                                   {station, "MW", 3100, 8},
+                                   {station, "QW", 0, 10},
+                                   {station, "IW", 0, 10},
+                                   {station, "IX", 16, GROUP_BITS},
+                                   {station, "QX", 32, GROUP_BITS},
+                                   {station, "MX", 3000, GROUP_BITS},
+                                   {station, "MX", 3320, GROUP_BITS}});
+        return all;
+    }();
+    return units;
 }
 
-KEY_ADDRESS keyOf(const Polled& polled, int station)
+bool isBits(const Units& units)
 {
-    KEY_ADDRESS key;
-    key.station = station;
-    key.regName = QLatin1String(polled.area);
-    key.addr = polled.addr;
-    key.count = polled.count;
-    key.unitMode = polled.unitMode;
-    return key;
-}
-
-/// Apart from each other, so that each stays a block.
-_RCP_VAR_PRO recordAt(int addr, int count, int bufOffset)
-{
-    _RCP_VAR_PRO record;
-    record.station = 1;
-    record.regName = QLatin1String("MW");
-    record.addr = addr;
-    record.count = count;
-    record.bufOffset = bufOffset;
-    return record;
+    return units.area[1] == 'X';
 }
 
 long long timesTold;
@@ -81,83 +65,69 @@ void note(int, int, QString&, int)
 
 } // namespace
 
-SoakHost::SoakHost(const DriverLibrary& driver)
-    : m_driver(driver),
-      m_plc(STATIONS),
-      m_random(SEED),
-      m_shared(RECIPE_UPLOAD_FLAG + 1),
-      m_recipe(2 * RECIPE_WORDS)
+SoakHost::SoakHost(const DriverFunctions& driver)
+    : m_bench(driver, {3, 32, RECIPE_WORDS, note}), m_plc(STATIONS), m_random(SEED)
 {
     start();
 }
 
 int SoakHost::draw(int below)
 {
-    return int(m_random() % std::uint64_t(below));
+    return m_random.below(below);
+}
+
+const Units& SoakHost::drawnUnits()
+{
+    return m_random.pick(polledUnits());
 }
 
 void SoakHost::start()
 {
-    char properties[] = "0#0#0#3#32";
-    int status = -1;
-    m_driver.initProperty(m_shared.data(), 0, m_recipe.data(), &status, properties, &m_mutex);
-    m_driver.setAddrValueChangeCallBack(note);
-    QList<KEY_ADDRESS> keys;
-    for (int station = 1; station <= STATIONS; ++station) {
-        for (const Polled& polled : POLLED)
-            keys.append(keyOf(polled, station));
-    }
-    m_driver.addrMerge(keys);
-    QVector<_RCP_VAR_PRO> records = {recordAt(3200, 8, 0), recordAt(3300, 4, 8),
-                                     recordAt(3400, 16, 12)};
-    m_driver.setRcpAddress(records);
+    m_bench.start();
+    m_bench.poll(polledUnits());
+    // Apart from each other, so that each stays a block.
+    m_bench.setRecipe({{1, "MW", 3200, 8}, {1, "MW", 3300, 4}, {1, "MW", 3400, 16}});
     fillCache();
     ++m_figures.starts;
 }
 
 /// What is looked at stays in the cache: it has its whole size before memory is first measured.
-void SoakHost::fillCache()
+void SoakHost::fillCache() const
 {
-    unsigned char values[2 * WORDS];
-    m_driver.getData(1, QLatin1String("MW"), 3000, WORDS, values);
-    m_driver.getData(1, QLatin1String("QW"), 0, MOST_READ_ONCE, values);
-    m_driver.getData(1, QLatin1String("IW"), 0, MOST_READ_ONCE, values);
+    m_bench.read({1, "MW", 3000, WORDS});
+    m_bench.read({1, "QW", 0, MOST_READ_ONCE});
+    m_bench.read({1, "IW", 0, MOST_READ_ONCE});
 }
 
 void SoakHost::writeOne()
 {
-    const Polled& polled = POLLED[draw(int(sizeof POLLED / sizeof POLLED[0]))];
-    if (polled.area[0] == 'I') return;
-    unsigned char value[2] = {static_cast<unsigned char>(draw(isWords(polled) ? 256 : 2)),
-                              static_cast<unsigned char>(draw(256))};
-    m_driver.setData(1 + draw(STATIONS), QLatin1String(polled.area),
-                     polled.addr + draw(polled.count), 1, value, 0);
+    Units units = drawnUnits();
+    if (units.area[0] == 'I') return;
+    units.first += draw(units.count);
+    units.count = 1;
+    m_bench.write(units, {draw(isBits(units) ? 2 : 65536)});
 }
 
 void SoakHost::writeMany()
 {
-    std::vector<unsigned char> values(2 * BURST, static_cast<unsigned char>(draw(256)));
-    m_driver.setData(1, QLatin1String("MW"), 3000 + draw(WORDS - BURST), BURST, values.data(), 0);
+    const std::vector<int> values(BURST, draw(65536));
+    m_bench.write({1, "MW", 3000 + draw(WORDS - BURST), BURST}, values);
 }
 
 void SoakHost::readOnce()
 {
-    KEY_ADDRESS key = keyOf(POLLED[draw(int(sizeof POLLED / sizeof POLLED[0]))], 1);
-    key.count = key.unitMode == -1 ? 1 : 1 + draw(MOST_READ_ONCE);
-    m_driver.addConditionRead(key, 0);
+    Units units = drawnUnits();
+    units.station = 1;
+    units.count = isBits(units) ? 1 : 1 + draw(MOST_READ_ONCE);
+    m_bench.readOnce(units);
     ++m_figures.oneShotReads;
-}
-
-bool SoakHost::isTransferring() const
-{
-    return m_shared[RECIPE_DOWNLOAD_FLAG] != 0 || m_shared[RECIPE_UPLOAD_FLAG] != 0;
 }
 
 void SoakHost::transfer(RecipeFlag flag)
 {
-    for (unsigned char& byte : m_recipe)
-        byte = static_cast<unsigned char>(draw(256));
-    m_shared[flag] = 1;
+    for (int word = 0; word < RECIPE_WORDS; ++word)
+        m_bench.setRecipeWord(word, draw(65536));
+    m_bench.raise(flag);
     ++(flag == RECIPE_DOWNLOAD_FLAG ? m_figures.downloads : m_figures.uploads);
 }
 
@@ -168,14 +138,13 @@ void SoakHost::addWork()
     if (draw(A_BURST) == 0) writeMany();
     if (draw(A_ONE_SHOT_READ) == 0) readOnce();
     if (draw(AN_OUTAGE) == 0) m_silentExchanges = OUTAGE_EXCHANGES;
-    if (draw(A_TRANSFER) == 0 && !isTransferring())
+    if (draw(A_TRANSFER) == 0 && !m_bench.transferUnderWay())
         transfer(draw(2) == 0 ? RECIPE_DOWNLOAD_FLAG : RECIPE_UPLOAD_FLAG);
 }
 
 QByteArray SoakHost::reply(const FRAME_PRO& frame, Line line)
 {
-    const Bytes answer = m_plc.answer(Bytes(frame.sendBuf, frame.sendBuf + frame.sendLen));
-    QByteArray received(reinterpret_cast<const char*>(answer.data()), int(answer.size()));
+    QByteArray received = m_plc.answer(requestOf(frame));
     if (line == PERFECT || received.isEmpty()) return received;
     if (m_silentExchanges > 0) {
         --m_silentExchanges;
@@ -193,10 +162,8 @@ QByteArray SoakHost::reply(const FRAME_PRO& frame, Line line)
 bool SoakHost::talk(Line line)
 {
     FRAME_PRO frame;
-    if (m_driver.getSendFrame(&frame) == 0) return false;
-    QByteArray received = reply(frame, line);
-    QString errorText;
-    const int result = m_driver.dealRcvFrame(received, errorText);
+    if (!m_bench.nextFrame(frame)) return false;
+    const int result = m_bench.takeReply(reply(frame, line));
     if (line == FAULTY) count(result, frame.sendBuf[1]);
     return frame.var.varId != POLLED_ID;
 }
@@ -239,21 +206,19 @@ void SoakHost::rest()
 void SoakHost::restart()
 {
     // The driver keeps its place in a transfer over a start.
-    while (isTransferring())
+    while (m_bench.transferUnderWay())
         talk(PERFECT);
     start();
 }
 
 void SoakHost::writeWord(int number)
 {
-    unsigned char value[2] = {static_cast<unsigned char>(draw(256)), 0};
-    m_driver.setData(1, QLatin1String("MW"), 3000 + number % WORDS, 1, value, 0);
+    m_bench.write({1, "MW", 3000 + number % WORDS, 1}, {draw(256)});
 }
 
 void SoakHost::readWord(int number)
 {
-    KEY_ADDRESS key = keyOf({"MW", 3000 + number % WORDS, 1, 0}, 1);
-    m_driver.addConditionRead(key, 0);
+    m_bench.readOnce({1, "MW", 3000 + number % WORDS, 1});
 }
 
 /// A queue keeps the memory that it once needed: a full one goes round in it, so that it needs no
@@ -279,17 +244,11 @@ void SoakHost::settle()
 int SoakHost::wrongUnits() const
 {
     int wrong = 0;
-    for (int station = 1; station <= STATIONS; ++station) {
-        for (const Polled& polled : POLLED) {
-            const int bytes = isWords(polled) ? 2 : 1;
-            std::vector<unsigned char> values(size_t(bytes * polled.count));
-            m_driver.getData(station, QLatin1String(polled.area), polled.addr, polled.count,
-                             values.data());
-            for (int i = 0; i < polled.count; ++i) {
-                const size_t at = size_t(bytes) * size_t(i);
-                const int shown = values[at] + (bytes == 2 ? values[at + 1] * 256 : 0);
-                if (shown != m_plc.element(station, polled.area, polled.addr + i)) ++wrong;
-            }
+    for (const Units& units : polledUnits()) {
+        const std::vector<int> shown = m_bench.read(units);
+        for (int i = 0; i < units.count; ++i) {
+            const int held = m_plc.element(units.station, units.area, units.first + i);
+            wrong += shown[size_t(i)] != held ? 1 : 0;
         }
     }
     return wrong;

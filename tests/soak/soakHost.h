@@ -1,13 +1,9 @@
 #ifndef SOAK_HOST_H
 #define SOAK_HOST_H
 
-#include "driver/driverLibrary.h"
+#include "benchHost.h"
 #include "plcModel.h"
-
-#include <QMutex>
-
-#include <random>
-#include <vector>
+#include "randomSource.h"
 
 /// A host that never stops: polls, writes, reads once, transfers recipes and loses replies. What it
 /// asks for stays within fixed windows, so a driver that keeps its memory keeps it flat.
@@ -29,7 +25,7 @@ public:
         long long told = 0; ///< calls of the callback
     };
 
-    explicit SoakHost(const DriverLibrary& driver);
+    explicit SoakHost(const DriverFunctions& driver);
 
     void exchange();
 
@@ -52,7 +48,7 @@ private:
     enum Line { FAULTY, PERFECT };
 
     void start();
-    void fillCache();
+    void fillCache() const;
     void addWork();
     void writeOne();
     void writeMany();
@@ -62,19 +58,16 @@ private:
     void rest();
     void fillAndEmpty(void (SoakHost::*add)(int number));
     void transfer(RecipeFlag flag);
-    bool isTransferring() const;
     bool talk(Line line); ///< whether it was queued work
     void count(int result, int function);
     void countAccepted(int function);
     QByteArray reply(const FRAME_PRO& frame, Line line);
     int draw(int below);
+    const Units& drawnUnits();
 
-    const DriverLibrary& m_driver;
+    BenchHost m_bench;
     PlcModel m_plc;
-    std::mt19937_64 m_random;
-    std::vector<unsigned char> m_shared;
-    std::vector<unsigned char> m_recipe;
-    QMutex m_mutex;
+    RandomSource m_random;
     Figures m_figures;
     int m_silentExchanges = 0;
 };

@@ -1,6 +1,8 @@
 #include "driverFixture.h"
 
-#include <cstdio>
+#include "hexText.h"
+#include "modbusChecksum.h"
+
 #include <new>
 
 namespace {
@@ -10,17 +12,6 @@ Notifications noted;
 void note(int context, int station, QString& name, int addr)
 {
     noted.push_back({context, station, name.toStdString(), addr});
-}
-
-std::string hexOf(const unsigned char* at, int length)
-{
-    std::string out;
-    char two[4];
-    for (int i = 0; i < length; ++i) {
-        std::snprintf(two, sizeof two, "%02X", at[i]);
-        out += (i != 0 ? " " : "") + std::string(two);
-    }
-    return out;
 }
 
 int findUnit(int station, const QString& regName, int address)
@@ -126,29 +117,17 @@ _RCP_VAR_PRO recipeVariable(int linkNo, int station, const char* regName, int ad
 
 std::string hex(const FRAME_PRO& frame)
 {
-    return hexOf(frame.sendBuf, frame.sendLen);
+    return hexOf(std::vector<unsigned char>(frame.sendBuf, frame.sendBuf + frame.sendLen));
 }
 
 std::string hex(const QByteArray& frame)
 {
-    return hexOf(reinterpret_cast<const unsigned char*>(frame.constData()), int(frame.size()));
+    return hexOf(frame);
 }
 
 QByteArray withChecksum(std::initializer_list<int> body)
 {
-    QByteArray frame = bytes(body);
-    unsigned remainder = 0xFFFF;
-    for (int value : body) {
-        remainder ^= unsigned(value) & 0xFFu;
-        for (int i = 0; i < 8; ++i) {
-            const bool out = remainder & 1u;
-            remainder >>= 1;
-            if (out) remainder ^= 0xA001u;
-        }
-    }
-    frame.append(static_cast<char>(remainder & 0xFFu));
-    frame.append(static_cast<char>(remainder >> 8));
-    return frame;
+    return frameWith(bytes(body));
 }
 
 _DATA_ cachedUnit(int station, const char* regName, int address)

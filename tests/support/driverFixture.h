@@ -72,7 +72,7 @@ _RCP_VAR_PRO recipeVariable(int linkNo, int station, const char* regName, int ad
 std::string hex(const FRAME_PRO& frame);
 std::string hex(const QByteArray& frame);
 
-/// `body` closed by its checksum, worked out bit by bit here and not by the driver.
+/// `body` closed by its checksum, which the driver has not worked out.
 QByteArray withChecksum(std::initializer_list<int> body);
 
 /// The cached unit with this key; fails the test when there is none.

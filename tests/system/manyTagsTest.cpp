@@ -24,7 +24,7 @@ using Clock = std::chrono::steady_clock;
 enum {
     STATIONS = 8,
     TAGS_PER_STATION = 250,
-    FIRST_MARKER = 3000,
+    MARKER_BASE = 3000,
     MEASURED_S = 10,
     START_MS = 60000,
     MOST_KB = 64 * 1024,
@@ -56,7 +56,7 @@ std::vector<std::string> simulatorArguments()
     for (int station = 1; station <= STATIONS; ++station) {
         for (int word = 0; word < TAGS_PER_STATION; ++word)
             all.insert(all.end(), {"--signal", std::to_string(station) +
-                                                   ":MW:" + std::to_string(FIRST_MARKER + word) +
+                                                   ":MW:" + std::to_string(MARKER_BASE + word) +
                                                    ":counter:20"});
     }
     return all;

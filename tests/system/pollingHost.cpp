@@ -1,5 +1,7 @@
 #include "pollingHost.h"
 
+#include "builtDriver.h"
+
 #include "plan/readPlan.h"
 #include "session/startedDriver.h"
 
@@ -9,17 +11,11 @@ enum { MICROSECONDS_PER_MS = 1000 };
 
 } // namespace
 
-const DriverLibrary& builtDriver()
-{
-    static const DriverLibrary driver(QString::fromLatin1(KAKB_DRIVER_FILE));
-    return driver;
-}
-
 std::vector<Tag> tagsFrom(const std::vector<std::string>& addresses)
 {
     std::vector<Tag> tags;
     for (const std::string& address : addresses)
-        tags.push_back(tagFromAddress(QString::fromStdString(address), builtDriver()));
+        tags.push_back(tagFromAddress(QString::fromStdString(address), driver()));
     return tags;
 }
 
@@ -47,7 +43,7 @@ LinkThread::Settings PollingHost::settings(LinkThread::OpenLink openLink, int an
 }
 
 PollingHost::PollingHost(const LinkThread::Settings& settings, const std::vector<Tag>& tags)
-    : m_tags(tags), m_shared(tags.size(), false), m_link(builtDriver(), settings, m_shared)
+    : m_tags(tags), m_shared(tags.size(), false), m_link(driver(), settings, m_shared)
 {
     const WireCost cost = wireCost(settings.timing, 0);
     m_link.poll(tags, planReads(tags, cost, StartedDriver::MOST_READ_WORDS));

@@ -8,9 +8,6 @@
 
 #include <chrono>
 
-/// The built driver, loaded once, because a process has only one driver.
-const DriverLibrary& builtDriver();
-
 /// Tags from addresses such as "MW100" or "2:QX3.1".
 std::vector<Tag> tagsFrom(const std::vector<std::string>& addresses);
 
@@ -69,8 +66,8 @@ public:
     }
 
     WriteLedger ledger;
-    std::vector<News::LinkEvent> linkEvents; ///< all since the start
-    std::vector<News::Change> changes;       ///< since the test last cleared it
+    std::vector<News::LinkEvent> linkEvents; ///< all events since the start
+    std::vector<News::Change> changes;       ///< all changes since the test cleared it
 
 private:
     enum { NEWS_MS = 20 };

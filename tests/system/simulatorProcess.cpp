@@ -8,7 +8,7 @@
 
 namespace {
 
-enum { START_MS = 30000, END_MS = 30000, WORD_BITS = 16, FIRST_MARKER = 3000 };
+enum { START_MS = 30000, END_MS = 30000, WORD_BITS = 16, MARKER_BASE = 3000 };
 
 std::vector<std::string> withEnd(std::vector<std::string> arguments, const QTemporaryDir& folder)
 {
@@ -79,7 +79,7 @@ QByteArray SimulatorProcess::bytesOf(const Tag& tag) const
 {
     const std::string words = tag.area.left(1).toStdString() + "W";
     if (tag.isBit()) {
-        const int first = words == "MW" ? int(FIRST_MARKER) : 0;
+        const int first = words == "MW" ? int(MARKER_BASE) : 0;
         const int bit = tag.number - first;
         return QByteArray(
             1, char(word(tag.station, words, first + bit / WORD_BITS) >> bit % WORD_BITS & 1));

@@ -15,6 +15,7 @@
 //   flag      a recipe flag raised without the host's mutex
 //   buffer    the recipe buffer changed while a flag stands
 
+#include "builtDriver.h"
 #include "threadedHost.h"
 
 #include <functional>
@@ -44,8 +45,7 @@ std::map<std::string, std::function<void(ThreadedHost&, int)>> breaches()
                  keepDownloading(host, i);
                  host.setRecipe();
              }},
-            {"callback",
-             [](ThreadedHost&, int) { ThreadedHost::driver().setAddrValueChangeCallBack(ignore); }},
+            {"callback", [](ThreadedHost&, int) { driver().setAddrValueChangeCallBack(ignore); }},
             {"start", [](ThreadedHost& host, int) { host.start(); }},
             {"page", [](ThreadedHost& host, int) { host.setPage(); }},
             {"flag", [](ThreadedHost& host, int) { host.shared[RECIPE_DOWNLOAD_FLAG] = 1; }},

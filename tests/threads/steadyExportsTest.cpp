@@ -1,6 +1,7 @@
 // The exports that touch nothing that changes: each is called by two threads at once beside the
 // communication thread and a new start now and then, with no mutex at all.
 
+#include "builtDriver.h"
 #include "threadedHost.h"
 
 #include <QStringList>
@@ -130,13 +131,12 @@ private:
 
 TEST_P(SteadyExports, MayBeCalledAtAnyTimeOnAnyThread)
 {
-    const DriverLibrary& driver = ThreadedHost::driver();
     const auto answersRight = GetParam().answersRight;
     BusyCommunication busy;
     RepeatingThread communication([&] { busy.step(); });
-    RepeatingThread other([&] { EXPECT_TRUE(answersRight(driver)); });
+    RepeatingThread other([&] { EXPECT_TRUE(answersRight(driver())); });
     for (int i = 0; i < CALLS; ++i)
-        EXPECT_TRUE(answersRight(driver));
+        EXPECT_TRUE(answersRight(driver()));
     other.await(CALLS);
     communication.await(2 * EXCHANGES_A_START);
 }

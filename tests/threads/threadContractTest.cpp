@@ -1,5 +1,6 @@
 // What a host may do with several threads, as docs/threading.md says.
 
+#include "builtDriver.h"
 #include "threadedHost.h"
 
 #include <gtest/gtest.h>
@@ -23,7 +24,7 @@ void takeMutexAndRead(int, int station, QString& name, int address)
     else
         ++timesBusy;
     unsigned char value[2];
-    ThreadedHost::driver().getData(station, name, address, 1, value);
+    driver().getData(station, name, address, 1, value);
 }
 
 /// In turn what a host may call while writes and reads go on.
@@ -39,7 +40,7 @@ void planOrSet(ThreadedHost& host, int round)
     case 3:
         return host.setPage();
     default:
-        return ThreadedHost::driver().setAddrValueChangeCallBack(ignore);
+        return driver().setAddrValueChangeCallBack(ignore);
     }
 }
 

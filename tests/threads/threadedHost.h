@@ -1,45 +1,40 @@
 #ifndef THREADED_HOST_H
 #define THREADED_HOST_H
 
-#include "driver/driverLibrary.h"
+#include "benchHost.h"
 #include "plcModel.h"
-
-#include <QMutex>
 
 #include <atomic>
 #include <mutex>
 #include <thread>
-#include <vector>
 
-/// The loaded driver, a model PLC behind it, and the host's blocks.
-class ThreadedHost
+/// The loaded driver, the host's blocks, and a model PLC behind them.
+class ThreadedHost : public BenchHost
 {
 public:
-    enum { RECIPE_WORDS = 16, RECIPE_ADDRESS = 3200 };
+    enum { STATION = 1, RECIPE_WORDS = 16, RECIPE_ADDRESS = 3200 };
 
     explicit ThreadedHost(ValueChangeCallBack callBack = nullptr);
 
-    /// Starts the driver anew, with nothing to poll.
-    void start();
     /// Reads the plan anew: a few words and bits.
     void poll() const;
     void setRecipe() const;
     void setPage() const;
     /// One request, its reply from the PLC, and its end; false with nothing to send.
     bool exchange();
-    void write(int address, int value) const;
-    int read(int address) const;
-    void readOnce(int address) const;
+    void write(int address, int value) const
+    {
+        BenchHost::write({STATION, "MW", address, 1}, {value});
+    }
+    int read(int address) const
+    {
+        return shown(STATION, "MW", address);
+    }
+    void readOnce(int address) const
+    {
+        BenchHost::readOnce({STATION, "MW", address, 2});
+    }
 
-    /// The flag of a transfer, under the mutex that the driver was given.
-    void raise(RecipeFlag flag);
-    bool isRaised(RecipeFlag flag);
-
-    static const DriverLibrary& driver();
-
-    std::vector<unsigned char> shared;
-    std::vector<unsigned char> recipe;
-    QMutex mutex;
     PlcModel plc; ///< of the communication thread
 };
 

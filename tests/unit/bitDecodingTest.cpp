@@ -90,7 +90,7 @@ TEST_F(BitDecoding, ABlockIsStoredFromTheFirstBitOfItsGroup)
 
 TEST_F(BitDecoding, OnlyMarkerBitsAreCountedFrom3000)
 {
-    decodeReplyInRow(OtherRow("", "1"), bytes({1, 3, 2, 0, 1}), 1, 3, variable(1, "mx", 3007, 1));
+    decodeReplyOfArea(OtherRow("", "1"), bytes({1, 3, 2, 0, 1}), 1, 3, variable(1, "mx", 3007, 1));
     EXPECT_EQ(2992, firstAddress());
 }
 
@@ -111,7 +111,7 @@ TEST_F(BitDecoding, AtTheEndsOfTheAddressRangeNothingGoesAstray)
 
 TEST_F(BitDecoding, BitsAreStoredUnderTheWholeName)
 {
-    decodeReplyInRow(OtherRow("", "1"), bytes({1, 3, 2, 0, 1}), 1, 3, variable(1, "V_x", 0, 1));
+    decodeReplyOfArea(OtherRow("", "1"), bytes({1, 3, 2, 0, 1}), 1, 3, variable(1, "V_x", 0, 1));
     EXPECT_EQ(Bytes({1, 0, 0, 0}), readBytes(1, "V_x", 0));
     EXPECT_EQ(1, int(driver.dataAreas.size()));
 }

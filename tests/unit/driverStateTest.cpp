@@ -3,7 +3,6 @@
 
 #include <type_traits>
 
-static_assert(std::is_same<decltype(Protocol::hostArg1), quint32>::value, "");
 static_assert(!std::is_polymorphic<Protocol>::value, "the state has no virtual operations");
 
 class DriverState : public DriverTest

@@ -66,7 +66,7 @@ protected:
             driver.writeList.append(variable(1, "QW", i, 1, {i, 0}));
     }
 
-    static void queueConditionalReads(int reads)
+    static void queueOneShotReads(int reads)
     {
         for (int i = 0; i < reads; ++i)
             driver.condReadList.append(variable(1, "IW", i, 1));

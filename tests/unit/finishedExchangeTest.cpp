@@ -10,7 +10,7 @@ protected:
     FinishedExchange()
     {
         queueWrites(2);
-        queueConditionalReads(2);
+        queueOneShotReads(2);
         poll(3);
         for (int i = 0; i < 2; ++i)
             driver.rcpVars.append(recipeVariable(CONTEXT, 1, "MW", 3000 + i, 1, i));
@@ -25,7 +25,7 @@ protected:
         dealListWhenFinish();
     }
 
-    /// Addresses queued as "writes | conditional reads | polled blocks | recipe position, flags".
+    /// Addresses queued as "writes | one-shot reads | polled blocks | recipe position, flags".
     std::string state() const
     {
         return addresses(driver.writeList) + " | " + addresses(driver.condReadList) + " | " +
@@ -58,15 +58,15 @@ TEST_F(FinishedExchange, OfAWriteRemovesTheWrite)
     EXPECT_EQ(" | 0 1 | 3000 3001 3002 | 0 11", state());
 }
 
-TEST_F(FinishedExchange, OfAConditionalReadRemovesIt)
+TEST_F(FinishedExchange, OfAOneShotReadRemovesIt)
 {
-    finish(FRAME_CONDITIONAL_READ);
+    finish(FRAME_ONE_SHOT_READ);
     EXPECT_EQ("0 1 | 1 | 3000 3001 3002 | 0 11", state());
 }
 
-TEST_F(FinishedExchange, OfAFailedConditionalReadRemovesThemAll)
+TEST_F(FinishedExchange, OfAFailedOneShotReadRemovesThemAll)
 {
-    finish(FRAME_CONDITIONAL_READ, true);
+    finish(FRAME_ONE_SHOT_READ, true);
     EXPECT_EQ("0 1 |  | 3000 3001 3002 | 0 11", state());
 }
 

@@ -7,7 +7,7 @@ namespace {
 class FrameSelection : public ExchangeTest
 {
 protected:
-    /// Runs exchanges with good replies and tells what each was: W a write, C a conditional read,
+    /// Runs exchanges with good replies and tells what each was: W a write, C a one-shot read,
     /// P a polled block, - nothing to send.
     std::string run(int exchanges)
     {
@@ -56,12 +56,12 @@ TEST_F(FrameSelection, AWriteIsBuiltFromTheHeadOfItsList)
     EXPECT_EQ("0 1", addresses(driver.writeList));
 }
 
-TEST_F(FrameSelection, AConditionalReadIsBuiltFromTheHeadOfItsList)
+TEST_F(FrameSelection, AOneShotReadIsBuiltFromTheHeadOfItsList)
 {
-    queueConditionalReads(2);
+    queueOneShotReads(2);
     driver.varsInFrame = 9;
     EXPECT_EQ(hex(withChecksum({1, 4, 0, 0, 0, 1})), request());
-    EXPECT_EQ(FRAME_CONDITIONAL_READ, driver.frameKind);
+    EXPECT_EQ(FRAME_ONE_SHOT_READ, driver.frameKind);
     EXPECT_EQ(1, driver.priorityCount);
     EXPECT_EQ(1, driver.varsInFrame);
     EXPECT_EQ("IW", driver.curVar.regName.toStdString());
@@ -127,10 +127,10 @@ TEST_F(FrameSelection, TheHostsCopyIsItsOwn)
     EXPECT_EQ(sent, request());
 }
 
-TEST_F(FrameSelection, WritesComeBeforeConditionalReadsAndThoseBeforePolling)
+TEST_F(FrameSelection, WritesComeBeforeOneShotReadsAndThoseBeforePolling)
 {
     queueWrites(1);
-    queueConditionalReads(1);
+    queueOneShotReads(1);
     poll(1);
     EXPECT_EQ("WCPP", run(4));
 }
@@ -142,32 +142,32 @@ TEST_F(FrameSelection, AfterTenWritesOnePolledBlockIsLetThrough)
     EXPECT_EQ("WWWWWWWWWWPWWP", run(14));
 }
 
-TEST_F(FrameSelection, AfterThreeConditionalReadsOnePolledBlockIsLetThrough)
+TEST_F(FrameSelection, AfterThreeOneShotReadsOnePolledBlockIsLetThrough)
 {
-    queueConditionalReads(4);
+    queueOneShotReads(4);
     poll(1);
     EXPECT_EQ("CCCPCP", run(6));
 }
 
-TEST_F(FrameSelection, ConditionalReadsWaitWhenThreeWritesWentBefore)
+TEST_F(FrameSelection, OneShotReadsWaitWhenThreeWritesWentBefore)
 {
     queueWrites(3);
-    queueConditionalReads(2);
+    queueOneShotReads(2);
     poll(1);
     EXPECT_EQ("WWWPCCP", run(7));
 }
 
-TEST_F(FrameSelection, TwoWritesLeaveRoomForOneConditionalRead)
+TEST_F(FrameSelection, TwoWritesLeaveRoomForASingleOneShotRead)
 {
     queueWrites(2);
-    queueConditionalReads(2);
+    queueOneShotReads(2);
     poll(1);
     EXPECT_EQ("WWCPCP", run(6));
 }
 
-TEST_F(FrameSelection, WritesGoOnBehindConditionalReads)
+TEST_F(FrameSelection, WritesGoOnBehindOneShotReads)
 {
-    queueConditionalReads(3);
+    queueOneShotReads(3);
     poll(1);
     EXPECT_EQ("CCC", run(3));
     queueWrites(8);
@@ -180,15 +180,15 @@ TEST_F(FrameSelection, TenWritesWithNothingPolledAreFollowedByOneEmptyTurn)
     EXPECT_EQ("WWWWWWWWWW-W-", run(13));
 }
 
-TEST_F(FrameSelection, ThreeConditionalReadsWithNothingPolledAreFollowedByOneEmptyTurn)
+TEST_F(FrameSelection, ThreeOneShotReadsWithNothingPolledAreFollowedByOneEmptyTurn)
 {
-    queueConditionalReads(4);
+    queueOneShotReads(4);
     EXPECT_EQ("CCC-C-", run(6));
 }
 
 TEST_F(FrameSelection, AnEmptyTurnLeavesTheDriverIdle)
 {
-    queueConditionalReads(4);
+    queueOneShotReads(4);
     run(3);
     EXPECT_EQ("none", request());
     EXPECT_EQ(FRAME_IDLE, driver.frameKind);

@@ -81,7 +81,7 @@ protected:
     static void storeBitOfWord()
     {
         const unsigned char value = 1;
-        storeWritesInRow(OtherRow("1", "16"), 1, text("V_bit"), 3, 1, &value);
+        storeWritesOfArea(OtherRow("1", "16"), 1, text("V_bit"), 3, 1, &value);
     }
 };
 
@@ -265,10 +265,10 @@ TEST_F(Locks, AFlagIsLoweredWithoutTheQueuesMutex)
 
 TEST_F(Locks, ReadsEndWithoutAnyMutex)
 {
-    queueConditionalReads(1);
+    queueOneShotReads(1);
     poll(2);
     EXPECT_TRUE(endsWhileHeld(bothMutexes(), [] {
-        finish(FRAME_CONDITIONAL_READ);
+        finish(FRAME_ONE_SHOT_READ);
         finish(FRAME_CYCLIC_READ);
     }));
     EXPECT_EQ("3001 3000", addresses(driver.readList));
@@ -288,7 +288,7 @@ TEST_F(Locks, NoMutexIsHeldWhileTheHostIsTold)
     KEY_ADDRESS wanted = key(1, "IW", 5, 1);
     intf_addConditionRead(wanted, 0);
     request();
-    answerWord(0); // of the end of a conditional read
+    answerWord(0); // of the end of a one-shot read
     QVector<_RCP_VAR_PRO> records = {recipeVariable(CONTEXT, 1, "MW", 3000, 1, 0)};
     intf_setRcpAddress(records);
     raise(RECIPE_UPLOAD_FLAG);

@@ -1,5 +1,5 @@
+#include "monitorFlags.h"
 #include "cacheHelpers.h"
-#include "dataAreas.h"
 #include "replyDecoding.h"
 
 namespace {

@@ -14,8 +14,8 @@ protected:
     {
         const int start = *unitBits == '1' && unitBits[1] == '\0' ? 0 : 8;
         const int count = start == 0 ? 9 : 1;
-        decodeReplyInRow(OtherRow("", unitBits), bytes({1, 3, 4, byte, byte, byte, byte}), count, 3,
-                         variable(1, "V", start, count));
+        decodeReplyOfArea(OtherRow("", unitBits), bytes({1, 3, 4, byte, byte, byte, byte}), count,
+                          3, variable(1, "V", start, count));
         return driver.dataAreas.at(index).writePending;
     }
 

@@ -35,7 +35,7 @@ const QByteArray QW5_READ = withChecksum({1, 3, 0, 5, 0, 1});
 
 const REPEAT_CASE REPEATS[] = {
     {FRAME_HANDSHAKE, QByteArray()},    {FRAME_WRITE, QW5_WRITE},
-    {FRAME_CONDITIONAL_READ, QW5_READ}, {FRAME_CYCLIC_READ, QW5_READ},
+    {FRAME_ONE_SHOT_READ, QW5_READ},    {FRAME_CYCLIC_READ, QW5_READ},
     {FRAME_RECIPE_DOWNLOAD, QW5_WRITE}, {FRAME_RECIPE_UPLOAD, QW5_READ},
 };
 
@@ -80,7 +80,7 @@ TEST_F(RecipeFrameSelection, ADownloadComesBeforeAnUpload)
 TEST_F(RecipeFrameSelection, ARecipeComesBeforeEverythingElse)
 {
     queueWrites(1);
-    queueConditionalReads(1);
+    queueOneShotReads(1);
     poll(1);
     raise(RECIPE_DOWNLOAD_FLAG);
     EXPECT_EQ(hex(FIRST_DOWNLOAD), request());

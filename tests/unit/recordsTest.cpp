@@ -4,21 +4,11 @@
 #include <algorithm>
 #include <type_traits>
 
-// The records pass between host and driver by value, so the widths of their fields are fixed.
-static_assert(std::is_same<decltype(VARIABLE::varId), qint32>::value, "");
-static_assert(std::is_same<decltype(VARIABLE::station), qint32>::value, "");
-static_assert(std::is_same<decltype(VARIABLE::addr), qint32>::value, "");
-static_assert(std::is_same<decltype(VARIABLE::count), qint32>::value, "");
-static_assert(sizeof(VARIABLE::value) == 1024, "");
-static_assert(sizeof(FRAME_PRO::sendBuf) == 1024, "");
-static_assert(std::is_same<decltype(FRAME_PRO::recvLen), qint32>::value, "");
-static_assert(std::is_same<decltype(KEY_ADDRESS::unitMode), qint32>::value, "");
-static_assert(sizeof(KEY_ADDRESS::data) == 1024, "");
-static_assert(std::is_same<decltype(_DATA_::writePending), quint8>::value, "");
-static_assert(std::is_same<decltype(_DATA_::pendingBitWrites), quint32>::value, "");
-static_assert(std::is_same<decltype(_DATA_::monitorFlags), quint32>::value, "");
-static_assert(std::is_same<decltype(_DATA_::bitMonitorMask), quint32>::value, "");
-static_assert(sizeof(_DATA_::readImage) == 4 && sizeof(_DATA_::writeImage) == 4, "");
+static_assert(std::is_aggregate<VARIABLE>::value, "");
+static_assert(std::is_aggregate<FRAME_PRO>::value, "");
+static_assert(std::is_aggregate<KEY_ADDRESS>::value, "");
+static_assert(std::is_aggregate<_RCP_VAR_PRO>::value, "");
+static_assert(std::is_aggregate<_DATA_>::value, "");
 
 class Records : public DriverTest
 {
@@ -129,6 +119,19 @@ TEST_F(Records, RecipeVariableStartsAtZero)
     EXPECT_EQ(0, made->count);
     EXPECT_EQ(0, made->bufOffset);
     EXPECT_EQ(0, made->spare);
+}
+
+TEST_F(Records, AVariableIsMadeFromAListOfItsFields)
+{
+    const VARIABLE v = {1, 2, text("MW"), 3000, 1, {0x34, 0x12}};
+    EXPECT_EQ(1, v.varId);
+    EXPECT_EQ(2, v.station);
+    EXPECT_EQ("MW", v.regName.toStdString());
+    EXPECT_EQ(3000, v.addr);
+    EXPECT_EQ(1, v.count);
+    EXPECT_EQ(0x34, v.value[0]);
+    EXPECT_EQ(0x12, v.value[1]);
+    EXPECT_EQ(0, v.value[2]);
 }
 
 TEST_F(Records, ACopiedFrameCarriesItsOwnVariable)

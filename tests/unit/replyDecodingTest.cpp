@@ -1,5 +1,6 @@
 #include "replyDecoding.h"
 #include "cacheHelpers.h"
+#include "replyBytes.h"
 
 #include <map>
 
@@ -21,8 +22,8 @@ protected:
     void decodeAs(const char* unitBits, const QByteArray& reply, int count, const char* regName,
                   int addr)
     {
-        decodeReplyInRow(OtherRow("", unitBits), reply, count, 3,
-                         variable(1, regName, addr, count));
+        decodeReplyOfArea(OtherRow("", unitBits), reply, count, 3,
+                          variable(1, regName, addr, count));
     }
 
     static Notification told(const char* name, int addr)

@@ -4,7 +4,7 @@
 
 namespace {
 
-enum { READ_HOLDING = 3, READ_INPUT = 4, REFUSED = 128, CHATTER_EVERY = 500 };
+enum { READ_HOLDING = 3, READ_INPUT = 4, CHATTER_EVERY = 500 };
 
 enum { MOST_STEPS = 1000, MOST_FENCES = 50 };
 
@@ -19,19 +19,7 @@ QByteArray answerTo(const QByteArray& request)
 {
     const int function = byteOf(request, 1);
     if (function != READ_HOLDING && function != READ_INPUT) return frameWith(request.left(6));
-    const int count = wordOf(request, 4);
-    QByteArray reply = request.left(2);
-    reply.append(static_cast<char>(2 * count));
-    for (int i = 0; i < count; ++i)
-        putWord(reply, wordOf(request, 2) + i);
-    return frameWith(reply);
-}
-
-QByteArray refusalOf(const QByteArray& request, int code)
-{
-    QByteArray reply = request.left(1);
-    reply.append(static_cast<char>(byteOf(request, 1) + REFUSED)).append(static_cast<char>(code));
-    return frameWith(reply);
+    return readReplyOf(request, [](int number) { return number; });
 }
 
 QByteArray noise(int bytes)

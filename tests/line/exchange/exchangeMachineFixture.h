@@ -34,7 +34,6 @@ QByteArray fromHex(const char* text);
 
 /// The answer of a station whose register n holds n. The checksum is worked out bit by bit.
 QByteArray answerTo(const QByteArray& request);
-QByteArray refusalOf(const QByteArray& request, int code = 2);
 
 /// Bytes that are no frame and no start of a frame.
 QByteArray noise(int bytes = 1);

@@ -5,38 +5,9 @@
 namespace {
 
 enum { READ_HOLDING = 3, READ_INPUT = 4, MOST_WORDS = 125, FIELDS_AT = 2, COUNT_AT = 4 };
-enum { ILLEGAL_ADDRESS = 2, BUSY = 6, REFUSED = 128 };
+enum { ILLEGAL_ADDRESS = 2, BUSY = 6 };
 
 } // namespace
-
-int byteOf(const QByteArray& bytes, int at)
-{
-    return static_cast<unsigned char>(bytes.at(at));
-}
-
-int wordOf(const QByteArray& bytes, int at)
-{
-    return byteOf(bytes, at) << 8 | byteOf(bytes, at + 1);
-}
-
-void putWord(QByteArray& bytes, int word)
-{
-    bytes.append(static_cast<char>(word >> 8 & 255));
-    bytes.append(static_cast<char>(word & 255));
-}
-
-QByteArray frameWith(QByteArray bytes)
-{
-    int crc = 65535;
-    for (int i = 0; i < bytes.size(); ++i) {
-        crc ^= byteOf(bytes, i);
-        for (int bit = 0; bit < 8; ++bit)
-            crc = crc % 2 == 1 ? crc / 2 ^ 40961 : crc / 2;
-    }
-    bytes.append(static_cast<char>(crc % 256));
-    bytes.append(static_cast<char>(crc / 256));
-    return bytes;
-}
 
 double OrderlyPeer::drawn()
 {
@@ -118,12 +89,8 @@ QByteArray OrderlyPeer::answerTo(const QByteArray& request)
     const int function = byteOf(request, 1);
     const int first = wordOf(request, FIELDS_AT);
     const bool isBusy = drawn() < habits.busy;
-    if (isBusy || first >= habits.firstRefused) {
-        QByteArray refusal = request.left(1);
-        refusal.append(static_cast<char>(function + REFUSED));
-        refusal.append(static_cast<char>(isBusy ? BUSY : ILLEGAL_ADDRESS));
-        return frameWith(refusal);
-    }
+    if (isBusy || first >= habits.firstRefused)
+        return refusalOf(request, isBusy ? BUSY : ILLEGAL_ADDRESS);
     if (function == READ_HOLDING || function == READ_INPUT) return readReply(request);
     m_written[{byteOf(request, 0), {function, first}}] = wordOf(request, COUNT_AT);
     return frameWith(request.left(6));
@@ -131,12 +98,8 @@ QByteArray OrderlyPeer::answerTo(const QByteArray& request)
 
 QByteArray OrderlyPeer::readReply(const QByteArray& request) const
 {
-    const int count = wordOf(request, COUNT_AT);
-    QByteArray reply = request.left(2);
-    reply.append(static_cast<char>(2 * count));
-    for (int i = 0; i < count; ++i)
-        putWord(reply, valueOf(byteOf(request, 0), wordOf(request, FIELDS_AT) + i));
-    return frameWith(reply);
+    const int station = byteOf(request, 0);
+    return readReplyOf(request, [=](int number) { return valueOf(station, number); });
 }
 
 void OrderlyPeer::disturb(QByteArray& answer)

@@ -1,6 +1,8 @@
 #ifndef ORDERLY_PEER_H
 #define ORDERLY_PEER_H
 
+#include "modbusFrames.h"
+
 #include <QByteArray>
 
 #include <map>
@@ -89,13 +91,5 @@ private:
     std::map<std::pair<int, std::pair<int, int>>, int> m_written;
     std::multimap<qint64, QByteArray> m_coming;
 };
-
-/// The given bytes with their checksum, which is worked out bit by bit (MODBUS over Serial Line
-/// V1.02, appendix B).
-QByteArray frameWith(QByteArray bytes);
-
-int byteOf(const QByteArray& bytes, int at);
-int wordOf(const QByteArray& bytes, int at);
-void putWord(QByteArray& bytes, int word);
 
 #endif

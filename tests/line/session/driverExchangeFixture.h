@@ -121,7 +121,7 @@ protected:
         if (times >= 0) plc.station(STATION).refusalsDue[NUMBER] = times;
     }
 
-    ModelPlc plc;
+    PlcModel plc;
     StartedDriver started;
     ModelLine line;
     std::set<int> silent;

@@ -29,7 +29,7 @@ public:
     {
         std::vector<Tag> tags;
         for (int station = 1; station <= STATIONS; ++station) {
-            ModelPlc::Station& memory = bench.plc.station(station);
+            PlcModel::Station& memory = bench.plc.station(station);
             memory.silent = dead.count(station) != 0;
             memory.holding[NUMBER] = 100 + station;
             tags.push_back(tagOf("MW", NUMBER, Tag::UINT16, station));

@@ -78,7 +78,7 @@ protected:
 
     void addTags(int station)
     {
-        ModelPlc::Station& memory = bench.plc.station(station);
+        PlcModel::Station& memory = bench.plc.station(station);
         for (int i = 0; i < WORDS; ++i) {
             const int number = FIRST_WORD + i * WORD_STEP;
             memory.holding[number] = classOf(station, number);

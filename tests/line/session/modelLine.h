@@ -1,7 +1,7 @@
 #ifndef MODEL_LINE_H
 #define MODEL_LINE_H
 
-#include "modelPlc.h"
+#include "plcModel.h"
 #include "wire/lineTiming.h"
 
 #include <functional>
@@ -30,7 +30,7 @@ public:
         qint64 until;
     };
 
-    ModelLine(ModelPlc& plc, const LineTiming& timing) : m_plc(plc), m_timing(timing) {}
+    ModelLine(PlcModel& plc, const LineTiming& timing) : m_plc(plc), m_timing(timing) {}
 
     /// Sends a request; its first byte goes out at `now`.
     void send(const QByteArray& request, qint64 now);
@@ -63,7 +63,7 @@ private:
     void answer(int station, qint64 begins, const QByteArray& bytes);
     qint64 behindStall(int station, qint64 begins) const;
 
-    ModelPlc& m_plc;
+    PlcModel& m_plc;
     const LineTiming m_timing;
     std::multimap<qint64, QByteArray> m_coming; ///< by the time of the last byte
     std::map<int, qint64> m_busyUntil;          ///< by station

@@ -2,8 +2,8 @@
 #define SESSION_BENCH_H
 
 #include "modelLine.h"
-#include "modelPlc.h"
 #include "plan/readPlan.h"
+#include "plcModel.h"
 #include "session/driverFeeder.h"
 #include "stepBound.h"
 
@@ -107,7 +107,7 @@ public:
     static int mostOutstanding();
 
     qint64 now = 0;
-    ModelPlc plc;
+    PlcModel plc;
     RecordingSink sink;
     std::vector<QByteArray> sent;   ///< requests of the driver
     std::vector<QByteArray> fences; ///< sent by the host itself

@@ -1,0 +1,25 @@
+#ifndef LINK_OPTIONS_H
+#define LINK_OPTIONS_H
+
+#include "exchange/exchangeMachine.h"
+
+#include <string>
+
+/// The options of every verb with a link, with their defaults. LinkRun::Settings explains the times
+/// and the attempts.
+struct LinkOptions
+{
+    std::string link = "sim";
+    std::string simulator; ///< program file of the simulated PLC; empty: companionSimulator()
+    std::string simulatorArguments;
+    int timeoutMs = 500;
+    int attempts = 3;
+    int pauseMs = 500;
+    int turnaroundUs = 1000;
+    EchoMode echo = ECHO_UNKNOWN;
+    bool trace = false;
+    std::string pcap;
+    bool json = false;
+};
+
+#endif

@@ -1,0 +1,92 @@
+#include "verbs/commandOptions.h"
+
+#include <cmath>
+#include <cstdlib>
+
+namespace {
+
+EchoMode echoMode(const std::string& text)
+{
+    if (text == "yes") return ECHO_PRESENT;
+    return text == "no" ? ECHO_ABSENT : ECHO_UNKNOWN;
+}
+
+} // namespace
+
+CLI::Validator numberFrom(double lowest, double highest)
+{
+    const CLI::Range range(lowest, highest);
+    const auto problem = [range](const std::string& number) {
+        return std::isnan(std::strtod(number.c_str(), nullptr)) ? number + " is not a number"
+                                                                : range(number);
+    };
+    return CLI::Validator(problem, range.get_description());
+}
+
+void addJson(CLI::App* verb, CommandOptions& options)
+{
+    verb->add_flag("--json", options.link.json, "print one JSON object on each line");
+}
+
+void addTags(CLI::App* verb, CommandOptions& options, const char* otherwise)
+{
+    verb->add_option("--tags", options.tagFile, std::string("tag file (CSV)") + otherwise);
+}
+
+void addPolledTags(CLI::App* verb, CommandOptions& options)
+{
+    addTags(verb, options, "; default, on the simulated PLC only: the demo's tag file");
+}
+
+void addTiming(CLI::App* verb, CommandOptions& options)
+{
+    LinkOptions& link = options.link;
+    verb->add_option("--link", link.link,
+                     "sim, serial:DEVICE,BAUD,DATA BITS,PARITY,STOP BITS or tcp:HOST,PORT; the "
+                     "driver supplies omitted parts")
+        ->capture_default_str();
+    verb->add_option("--turnaround-us", link.turnaroundUs,
+                     "time that a station takes to begin its answer, for the plan")
+        ->check(CLI::Range(0, 1000000))
+        ->capture_default_str();
+    addJson(verb, options);
+}
+
+void addLink(CLI::App* verb, CommandOptions& options)
+{
+    LinkOptions& link = options.link;
+    addTiming(verb, options);
+    verb->add_option("--timeout-ms", link.timeoutMs,
+                     "longest time that a station takes to begin its answer; over TCP, until all "
+                     "of the answer is there")
+        ->check(CLI::Range(10, 60000))
+        ->capture_default_str();
+    verb->add_option("--attempts", link.attempts, "number of attempts for each request")
+        ->check(CLI::Range(1, 20))
+        ->capture_default_str();
+    verb->add_option("--pause-ms", link.pauseMs,
+                     "pause before the host opens a lost link again; doubles up to 30 s")
+        ->check(CLI::Range(10, 30000))
+        ->capture_default_str();
+    verb->add_option_function<std::string>(
+            "--echo", [&link](const std::string& mode) { link.echo = echoMode(mode); },
+            "whether the link returns every byte that the host sends")
+        ->check(CLI::IsMember({"yes", "no", "auto"}))
+        ->default_str("auto");
+    verb->add_flag("--trace", link.trace, "print every frame to standard error");
+    verb->add_option("--pcap", link.pcap, "write the requests and their answers to a capture file");
+    verb->add_option("--simulator", link.simulator,
+                     "program of the simulated PLC (default: kakb-sim beside this program)");
+    verb->add_option("--simulator-arguments", link.simulatorArguments,
+                     "more arguments for the simulated PLC, separated by blanks");
+}
+
+void addAddress(CLI::App* verb, CommandOptions& options)
+{
+    verb->add_option("AREA", options.area, "MW, IW, QW, MX, IX or QX")->required();
+    verb->add_option("ADDRESS", options.address, "such as 100 or 12.3")->required();
+    verb->add_option("--count", options.count, "words or bits")
+        ->check(CLI::Range(1, 65536))
+        ->capture_default_str();
+    addJson(verb, options);
+}

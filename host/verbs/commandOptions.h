@@ -1,0 +1,51 @@
+#ifndef COMMAND_OPTIONS_H
+#define COMMAND_OPTIONS_H
+
+#include "program/hostProgram.h"
+
+#include <CLI/CLI.hpp>
+
+#include <string>
+#include <vector>
+
+/// The options of all verbs. Each verb uses some of them.
+struct CommandOptions
+{
+    std::string area;
+    std::string address;
+    int count = 1;
+    int interval = 1;
+    bool write = false;
+    std::string tagFile;
+    std::vector<std::string> names;
+    double seconds = 0;
+    std::string recipeFile;
+    std::string recipeOutput;
+    bool verify = false;
+    LinkOptions link;
+};
+
+/// CLI::Range accepts "nan", because nan is neither below nor above the range. This check refuses
+/// it.
+CLI::Validator numberFrom(double lowest, double highest);
+
+// The functions below add options that several verbs have.
+
+void addJson(CLI::App* verb, CommandOptions& options);
+
+/// @param otherwise  text of the help about the verb without the option
+void addTags(CLI::App* verb, CommandOptions& options, const char* otherwise = "");
+
+/// The tag file of a verb that polls. It has a default only for the simulated PLC.
+void addPolledTags(CLI::App* verb, CommandOptions& options);
+
+/// The options that a plan depends on.
+void addTiming(CLI::App* verb, CommandOptions& options);
+
+/// The options of a verb that opens the link, with those of addTiming().
+void addLink(CLI::App* verb, CommandOptions& options);
+
+/// Area, address and count.
+void addAddress(CLI::App* verb, CommandOptions& options);
+
+#endif

@@ -1,0 +1,59 @@
+"""The plan's requests must be the requests that pymodbus builds for the same registers."""
+
+from pymodbus.factory import ClientDecoder
+from pymodbus.framer.rtu_framer import ModbusRtuFramer
+from pymodbus.register_read_message import (
+    ReadHoldingRegistersRequest as Holding,
+    ReadInputRegistersRequest as Input,
+)
+
+from commandLine import CommandLineTest
+from tagTables import DEMO_TAGS
+
+# Registers by the device's map: MW n at 3000 + n / 2, MX b.k in register 3000 + b / 2.
+READS = {(1, Input, 0, 3): {"count", "more inputs"}, (2, Holding, 20, 1): {"other speed"},
+         (1, Holding, 3060, 4): {"level", "batch"}, (1, Holding, 3006, 1): {"lamp"},
+         (3, Holding, 0, 1): {"beacon"}, (1, Input, 4, 1): {"door"}}
+
+
+def requests():
+    """The bytes of each request, and the tags that it reads."""
+    framer = ModbusRtuFramer(ClientDecoder())
+    return {framer.buildPacket(request(first, count, station)): names
+            for (station, request, first, count), names in READS.items()}
+
+
+class Plan(CommandLineTest):
+    """What would be asked, without a link."""
+
+    def setUp(self):
+        super().setUp()
+        self.tags(*(name for names in READS.values() for name in sorted(names)))
+
+    def test_requests_are_those_of_pymodbus(self):
+        plan, = self.objects("plan --tags tags.csv")
+        self.assertEqual(requests(), {bytes.fromhex(block["request"]): set(block["tags"])
+                                      for block in plan["blocks"]})
+        self.assertEqual((6, 8), (plan["grouped"]["requests"], plan["single"]["requests"]))
+        self.assert_matches(
+            self.host("plan --tags tags.csv").lines,
+            *(f" {request.hex(' ')} " for request in requests()),
+            "^station +area +number +count +tags +request +reply +names$",
+            "^grouped: +6 requests, [0-9.]+ ms a cycle$",
+            "^without grouping: +8 requests, [0-9.]+ ms a cycle$")
+
+    def test_cycle_time_is_that_of_the_wire(self):
+        """At 9600 baud about four times that at 38400; a network has no wire time."""
+        def cycle_times(link):
+            plan, = self.objects(f"plan --tags tags.csv --turnaround-us 0 {link}")
+            return plan["grouped"]["cycleTime"], plan["single"]["cycleTime"]
+
+        self.assertGreater(cycle_times("--link serial:/dev/none,9600")[0], 3 * cycle_times("")[0])
+        self.assertEqual((None, None), cycle_times("--link tcp:127.0.0.1,1"))
+        run = self.host("plan --tags tags.csv --turnaround-us 0 --link tcp:127.0.0.1,1")
+        self.assert_matches(run.lines, "^grouped: +6 requests, no wire time$",
+                            "^without grouping: +8 requests, no wire time$")
+
+    def test_default_tags_and_a_missing_tag_file(self):
+        self.assertEqual(self.host(f"plan --tags {DEMO_TAGS}").out, self.host("plan").out)
+        self.fails(1, "plan --tags none.csv")

@@ -1,0 +1,94 @@
+"""Reads by name and by address, and the complaints about a tag file that cannot be used."""
+
+import re
+
+from commandLine import CommandLineTest, on_each_link
+from tagTables import HEADER, MARKERS, table, word_rows
+
+MOST_WORDS = 125  # of one request
+RUNS = 10
+
+
+class Reads(CommandLineTest):
+    """A read prints the values once."""
+
+    @on_each_link
+    def test_values_by_name_and_by_address(self, kind):
+        """21.5 is 0x41AC0000 in IEEE 754; 100000 is 1 * 65536 + 34464; -2 is 65534 unsigned."""
+        self.tags("level", "total", "offset", "lamp")
+        with self.plc(kind, "--stations 1-2") as plc:
+            link = f"--link {plc.link}"
+            self.host(f"write {link} --tags tags.csv level=21.5 total=100000 offset=-2 lamp=1")
+            self.assertEqual(["level (MW120) = 21.5", "total (2:QW8) = 100000",
+                              "offset (MW110) = -2", "lamp (MX12.3) = 1"],
+                             self.host(f"read {link} --tags tags.csv").lines)
+            self.assertEqual(["lamp (MX12.3) = 1", "level (MW120) = 21.5"],
+                             self.host(f"read {link} --tags tags.csv lamp level").lines)
+            run = self.host(f"read {link} MW120 MW122 2:QW8 2:QW10 MX12.3 MW110 IW0")
+            self.assertEqual(["MW120 = 16812", "MW122 = 0", "2:QW8 = 34464", "2:QW10 = 1",
+                              "MX12.3 = 1", "MW110 = 65534", "IW0 = 0"], run.lines)
+            objects = self.objects(f"read {link} --tags tags.csv level total MW110")
+        self.assertEqual([("level", "MW120", 21.5, True), ("total", "2:QW8", 100000, True),
+                          ("MW110", "MW110", 65534, True)],
+                         [tuple(found[key] for key in ("name", "address", "value", "good"))
+                          for found in objects])
+
+    def test_time_out_ends_with_the_first_byte_on_a_serial_line_and_with_the_last_on_tcp(self):
+        """255 bytes take 266 ms at 9600 baud, 10 bits each; a serial link's speed is known.
+
+        A long fence ahead of the read teaches the host a longer time-out, so that on TCP one run
+        in four has its values all the same: several runs are tried."""
+        self.file("tags.csv", table(word_rows(range(MARKERS, MARKERS + MOST_WORDS))))
+        for kind, rate in (("pty", ",9600"), ("tcp", "")):
+            with self.subTest(kind=kind), self.plc(kind, "--baud 9600 --trickle") as plc:
+                read = f"read --link {plc.link}{rate} --tags tags.csv --attempts 1 --timeout-ms"
+                self.host(f"{read} 5000")
+                if kind == "pty":
+                    self.host(f"{read} 150")
+                else:
+                    self.assertTrue(any(self.start(f"{read} 150").wait(20) == 4
+                                        for _ in range(RUNS)), "no run has timed out")
+        self.assertIn("begin its answer; over TCP, until all of the answer is there",
+                      re.sub(r"\s+", " ", self.host("read --help").out))
+
+    def test_own_simulated_plc_has_the_stations_asked_for(self):
+        self.assert_matches(self.host("read 2:QW8 7:MW0").lines, "^2:QW8 = 0$", "^7:MW0 = [0-9]+$")
+
+
+class UnusableReads(CommandLineTest):
+    """Mistakes end before anything is asked."""
+
+    def test_missing_tag_file(self):
+        self.fails(1, "read --tags none.csv", "cannot read none.csv: No such file or directory")
+        self.fails(1, "read --tags .")
+
+    def test_every_bad_line_is_reported(self):
+        self.file("tags.csv", f"""{HEADER},comment
+good,1,MW,100,uint16,
+odd,1,MW,101,uint16,
+# a comment
+station,0,MW,100,uint16,
+area,1,ZZ,100,uint16,
+type,1,MW,100,int64,
+
+good,1,MW,102,uint16,
+fields,1,MW
+bit,1,MW,104,bool,
+end,1,MW,8190,float32,
+""")
+        run = self.host("read --tags tags.csv", 1)
+        self.assertEqual(8, len(run.errors), run)
+        self.assert_matches(
+            run.errors, "^kakb-host: line 3: address 101 of MW is odd",
+            '^kakb-host: line 5: station "0"', '^kakb-host: line 6: area "ZZ"',
+            '^kakb-host: line 7: type "int64"', '^kakb-host: line 9: name "good" stands on line 2',
+            "^kakb-host: line 10: 3 fields", "^kakb-host: line 11: MW holds words",
+            "^kakb-host: line 12: address 8190 of MW .* with its two words$")
+        for verb in ("plan", "watch", "write MW100=1"):
+            self.assertEqual(run.errors, self.host(f"{verb} --tags tags.csv", 1).errors)
+
+    def test_wrong_address_or_name(self):
+        self.tags("level")
+        for address in ("", "MW101", "300:MW0"):
+            self.fails(1, f"read {address}")
+        self.fails(1, "read --tags tags.csv lvel", "nor is it a name of the tag file")
