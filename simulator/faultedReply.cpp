@@ -76,6 +76,8 @@ Draws drawsFor(Fault fault, std::mt19937& random)
 Bytes faultedReply(Fault fault, Bytes reply, const Draws& draws)
 {
     switch (fault) {
+    case FAULT_DROP:
+        return {};
     case FAULT_CORRUPT:
         flipOneBit(reply, draws);
         return reply;

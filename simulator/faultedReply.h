@@ -13,7 +13,8 @@ Draws drawsFor(Fault fault, std::mt19937& random);
 /// The refusal of a request: station, function with its top bit set, code, checksum.
 Bytes exceptionReply(const Bytes& request, int code);
 
-/// The reply's bytes with the fault applied. A fault that changes no bytes returns them unchanged.
+/// The reply's bytes with the fault applied; none when the fault drops the reply. A fault that
+/// changes no bytes returns them unchanged.
 /// @param reply  a whole reply with its checksum
 /// @param draws  from drawsFor() with the same fault
 Bytes faultedReply(Fault fault, Bytes reply, const Draws& draws);

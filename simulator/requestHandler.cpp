@@ -92,9 +92,10 @@ Exchange RequestHandler::drawn(const Request& request)
 std::vector<OutgoingPiece> RequestHandler::serve(const Exchange& exchange, std::int64_t at)
 {
     const Bytes reply = replyTo(exchange);
-    if (reply.empty() || exchange.fault == FAULT_DROP) return {};
-    if (exchange.audience == AUDIENCE_NONE) return {};
-    return scheduled(faultedReply(exchange.fault, reply, exchange.draws), exchange, at);
+    if (reply.empty() || exchange.audience == AUDIENCE_NONE) return {};
+    const Bytes sent = faultedReply(exchange.fault, reply, exchange.draws);
+    if (sent.empty()) return {};
+    return scheduled(sent, exchange, at);
 }
 
 Bytes RequestHandler::replyTo(const Exchange& exchange)

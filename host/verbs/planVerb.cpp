@@ -5,6 +5,7 @@
 #include "plan/readPlan.h"
 #include "session/polledTags.h"
 #include "session/startedDriver.h"
+#include "wire/protocolLimits.h"
 #include "wire/timeUnits.h"
 
 #include <QJsonArray>
@@ -162,7 +163,7 @@ void printPlan(std::FILE* out, const std::vector<Tag>& tags, const LineTiming& t
     const WireCost cost = wireCost(timing, turnaround);
     CycleView view;
     std::set<int> stations;
-    view.blocks = planReads(tags, cost, StartedDriver::MOST_READ_WORDS);
+    view.blocks = planReads(tags, cost, MOST_READ_REGISTERS);
     view.requests = requestsFor(view.blocks, driver);
     for (const ReadBlock& block : view.blocks)
         stations.insert(block.station);

@@ -2,6 +2,7 @@
 
 #include "wire/deviceRegisters.h"
 #include "wire/frameShape.h"
+#include "wire/protocolLimits.h"
 #include "wire/replyFrames.h"
 
 namespace {

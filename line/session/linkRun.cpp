@@ -3,6 +3,7 @@
 #include "links/openLink.h"
 #include "plan/wireCost.h"
 #include "session/startedDriver.h"
+#include "wire/protocolLimits.h"
 #include "wire/timeUnits.h"
 
 #include <random>
@@ -14,7 +15,7 @@ std::vector<ReadBlock> plannedBlocks(const LinkRun::Settings& settings,
 {
     const WireCost cost = wireCost(timingOf(settings.address), settings.turnaroundUs);
     const auto plan = settings.reading == LinkRun::CYCLIC ? planReads : shortestReads;
-    return plan(tags, cost, StartedDriver::MOST_READ_WORDS);
+    return plan(tags, cost, MOST_READ_REGISTERS);
 }
 
 } // namespace

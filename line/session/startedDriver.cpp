@@ -1,5 +1,7 @@
 #include "session/startedDriver.h"
 
+#include "wire/protocolLimits.h"
+
 #include "driver/addressText.h"
 #include "plan/tag.h"
 
@@ -23,7 +25,7 @@ StartedDriver::StartedDriver(const DriverLibrary& driver, int attempts)
     QByteArray properties = QString(QLatin1String("%1#0#0#%2#%3"))
                                 .arg(int(LINK_NUMBER))
                                 .arg(attempts)
-                                .arg(int(MOST_READ_WORDS))
+                                .arg(int(MOST_READ_REGISTERS))
                                 .toLatin1();
     int status = 0;
     m_driver.setAddrValueChangeCallBack(noteChange);

@@ -22,10 +22,9 @@ class StartedDriver
 {
 public:
     enum {
-        LINK_NUMBER = 1,       ///< context of the callback, and link number of recipe records
-        MOST_READ_WORDS = 125, ///< MODBUS Application Protocol V1.1b3, 6.3
-        RECIPE_WORDS = 65536,  ///< size of the recipe buffer
-        ONE_SHOT = 1           ///< varId in the frames of queueRead(); frames of blocks have 4
+        LINK_NUMBER = 1,      ///< context of the callback, and link number of recipe records
+        RECIPE_WORDS = 65536, ///< size of the recipe buffer
+        ONE_SHOT = 1          ///< varId in the frames of queueRead(); frames of blocks have 4
     };
 
     /// @param attempts  the driver gives a request up after so many attempts, 1 or more

@@ -26,10 +26,9 @@ enum FrameLength {
 
 enum {
     BROADCAST_STATION = 0,
-    MOST_READ_REGISTERS = 125, ///< in one request (MODBUS Application Protocol V1.1b3, 6.3)
-    DATA_AT = 3,               ///< offset of the data in the reply to a read
-    FIRST_REGISTER_AT = 2,     ///< offset in a request
-    QUANTITY_AT = 4            ///< offset in a request
+    DATA_AT = 3,           ///< offset of the data in the reply to a read
+    FIRST_REGISTER_AT = 2, ///< offset in a request
+    QUANTITY_AT = 4        ///< offset in a request
 };
 
 /// The byte at offset `at`, 0 to 255. The offset must lie inside the frame.

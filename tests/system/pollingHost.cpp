@@ -4,6 +4,7 @@
 
 #include "plan/readPlan.h"
 #include "session/startedDriver.h"
+#include "wire/protocolLimits.h"
 
 namespace {
 
@@ -46,7 +47,7 @@ PollingHost::PollingHost(const LinkThread::Settings& settings, const std::vector
     : m_tags(tags), m_shared(tags.size(), false), m_link(driver(), settings, m_shared)
 {
     const WireCost cost = wireCost(settings.timing, 0);
-    m_link.poll(tags, planReads(tags, cost, StartedDriver::MOST_READ_WORDS));
+    m_link.poll(tags, planReads(tags, cost, MOST_READ_REGISTERS));
     m_link.start();
 }
 

@@ -1,6 +1,7 @@
 #include "sessionBench.h"
 
 #include "plan/wireCost.h"
+#include "wire/protocolLimits.h"
 
 #include <gtest/gtest.h>
 
@@ -132,8 +133,7 @@ int SessionBench::mostOutstanding()
 
 void SessionBench::poll(const std::vector<Tag>& tags)
 {
-    blocks =
-        planReads(tags, wireCost(m_timing, ModelLine::TURNAROUND), StartedDriver::MOST_READ_WORDS);
+    blocks = planReads(tags, wireCost(m_timing, ModelLine::TURNAROUND), MOST_READ_REGISTERS);
     feeder.poll(tags, blocks);
 }
 
@@ -146,8 +146,7 @@ void SessionBench::pollTwoStations(int number)
 
 void SessionBench::know(const std::vector<Tag>& tags)
 {
-    blocks =
-        planReads(tags, wireCost(m_timing, ModelLine::TURNAROUND), StartedDriver::MOST_READ_WORDS);
+    blocks = planReads(tags, wireCost(m_timing, ModelLine::TURNAROUND), MOST_READ_REGISTERS);
     feeder.know(tags, blocks);
 }
 
