@@ -5,8 +5,8 @@
 #include "mergeRule.h"
 #include "monitorFlags.h"
 #include "otherWidths/keyNormalising.h"
-#include "registerOrder.h"
 #include "serviceForProtocol.h"
+#include "sortOrder.h"
 #include "wrapAround.h"
 
 enum { MERGED_BLOCK_ID = 4 };

@@ -2,8 +2,8 @@
 
 #include "addressMerging.h"
 #include "driverState.h"
-#include "registerOrder.h"
 #include "serviceForProtocol.h"
+#include "sortOrder.h"
 #include "wrapAround.h"
 
 #include <cstring>

@@ -6,6 +6,7 @@
 #include "readMarks.h"
 #include "replyCheck.h"
 #include "replyDecoding.h"
+#include "retries.h"
 #include "writeCompletion.h"
 
 #include <QMutexLocker>
@@ -92,30 +93,10 @@ void dealListWhenFinish()
     }
 }
 
-/// Tells the write path how the write in flight has ended.
-static void completeWrite(const VARIABLE& var, int ok)
+void completeWrite(const VARIABLE& var, int ok)
 {
     if (driver.frameKind == FRAME_WRITE)
         _write_FailOrSuc(var.station, var.regName, var.addr, var.count, ok);
-}
-
-static int rejectReply(int length, QString& errorText)
-{
-    ++driver.failCount;
-    if (driver.failCount < driver.retryLimit) return REPLY_RETRY;
-
-    const VARIABLE& var = driver.frameQueue.at(0).var;
-    driver.commFailed = 1;
-    completeWrite(var, 0);
-    errorText = QString(QLatin1String("%1,%2,%3,%4"))
-                    .arg(length)
-                    .arg(var.station)
-                    .arg(var.addr)
-                    .arg(var.regName);
-    driver.frameQueue.clear();
-    driver.failCount = 0;
-    dealListWhenFinish();
-    return REPLY_GIVEN_UP;
 }
 
 /// Stores what the read in flight has brought.

@@ -1,5 +1,5 @@
-#ifndef REGISTER_ORDER_H
-#define REGISTER_ORDER_H
+#ifndef SORT_ORDER_H
+#define SORT_ORDER_H
 
 #include <QString>
 

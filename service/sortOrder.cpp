@@ -1,4 +1,4 @@
-#include "registerOrder.h"
+#include "sortOrder.h"
 
 #include "driverState.h"
 #include "wrapAround.h"

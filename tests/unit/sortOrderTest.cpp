@@ -1,4 +1,4 @@
-#include "registerOrder.h"
+#include "sortOrder.h"
 
 #include "driverFixture.h"
 #include "listTexts.h"
@@ -22,11 +22,11 @@ std::vector<int> numbersIn(const QVector<_RCP_VAR_PRO>& records)
 
 } // namespace
 
-class RegisterOrder : public DriverTest
+class SortOrder : public DriverTest
 {
 };
 
-TEST_F(RegisterOrder, EachAreaWeighs65535MoreThanTheOneBefore)
+TEST_F(SortOrder, EachAreaWeighs65535MoreThanTheOneBefore)
 {
     int expected = 0;
     for (const char* area : {"MW", "IW", "QW", "MX", "IX", "QX"}) {
@@ -37,21 +37,21 @@ TEST_F(RegisterOrder, EachAreaWeighs65535MoreThanTheOneBefore)
     }
 }
 
-TEST_F(RegisterOrder, AStationWeighsSixAreas)
+TEST_F(SortOrder, AStationWeighsSixAreas)
 {
     // (1 x 6 + 0) x 65535 + 3000 and (2 x 6 + 5) x 65535 + 4095
     EXPECT_EQ(396210, getRegAddressWeight(1, text("MW"), 3000));
     EXPECT_EQ(1118190, getRegAddressWeight(2, text("QX"), 4095));
 }
 
-TEST_F(RegisterOrder, AnAbsentNameWeighsOneAreaLess)
+TEST_F(SortOrder, AnAbsentNameWeighsOneAreaLess)
 {
     // (1 x 6 - 1) x 65535 + 7
     EXPECT_EQ(327682, getRegAddressWeight(1, text("ZZ"), 7));
     EXPECT_EQ(-65535, getRegAddressWeight(0, text("mw"), 0));
 }
 
-TEST_F(RegisterOrder, PositionsAreThoseOfTheDriversOwnNames)
+TEST_F(SortOrder, PositionsAreThoseOfTheDriversOwnNames)
 {
     driver.regNames.clear();
     driver.regNames.append(text("IX"));
@@ -60,7 +60,7 @@ TEST_F(RegisterOrder, PositionsAreThoseOfTheDriversOwnNames)
     EXPECT_EQ(458750, getRegAddressWeight(3, text("MW"), 5));
 }
 
-TEST_F(RegisterOrder, WeightsWrapAroundAt32Bits)
+TEST_F(SortOrder, WeightsWrapAroundAt32Bits)
 {
     // 60000 x 65535 - 2^32, 65535 + 2^31 - 1 - 2^32, and 6 x -2^31, a multiple of 2^32
     EXPECT_EQ(-362867296, getRegAddressWeight(10000, text("MW"), 0));
@@ -68,7 +68,7 @@ TEST_F(RegisterOrder, WeightsWrapAroundAt32Bits)
     EXPECT_EQ(42, getRegAddressWeight(INT_MIN, text("MW"), 42));
 }
 
-TEST_F(RegisterOrder, RecordsSortByStationThenAreaThenAddress)
+TEST_F(SortOrder, RecordsSortByStationThenAreaThenAddress)
 {
     QVector<_RCP_VAR_PRO> records{
         numbered("MW", 3000, 6, 2), numbered("QX", 9, 5, 1), numbered("QX", 8, 4, 1),
@@ -78,7 +78,7 @@ TEST_F(RegisterOrder, RecordsSortByStationThenAreaThenAddress)
     EXPECT_EQ((std::vector<int>{1, 2, 3, 4, 5, 6}), numbersIn(records));
 }
 
-TEST_F(RegisterOrder, EqualWeightsKeepTheirOrder)
+TEST_F(SortOrder, EqualWeightsKeepTheirOrder)
 {
     // Marker word 65535 and input word 0 weigh the same.
     QVector<_RCP_VAR_PRO> records{
@@ -89,7 +89,7 @@ TEST_F(RegisterOrder, EqualWeightsKeepTheirOrder)
     EXPECT_EQ((std::vector<int>{3, 5, 1, 2, 4, 6}), numbersIn(records));
 }
 
-TEST_F(RegisterOrder, ManyEqualWeightsKeepTheirOrder)
+TEST_F(SortOrder, ManyEqualWeightsKeepTheirOrder)
 {
     QVector<_RCP_VAR_PRO> records;
     std::vector<int> expected;
@@ -101,7 +101,7 @@ TEST_F(RegisterOrder, ManyEqualWeightsKeepTheirOrder)
     EXPECT_EQ(expected, numbersIn(records));
 }
 
-TEST_F(RegisterOrder, ASignedSortPutsNegativeWeightsFirst)
+TEST_F(SortOrder, ASignedSortPutsNegativeWeightsFirst)
 {
     QVector<_RCP_VAR_PRO> records{numbered("MW", 5, 1), numbered("MW", -1, 2),
                                   numbered("MW", 0, 3)};
@@ -109,7 +109,7 @@ TEST_F(RegisterOrder, ASignedSortPutsNegativeWeightsFirst)
     EXPECT_EQ((std::vector<int>{2, 3, 1}), numbersIn(records));
 }
 
-TEST_F(RegisterOrder, AnUnsignedSortPutsNegativeWeightsLast)
+TEST_F(SortOrder, AnUnsignedSortPutsNegativeWeightsLast)
 {
     QVector<_RCP_VAR_PRO> records{numbered("MW", -1, 1), numbered("MW", 5, 2),
                                   numbered("MW", -2, 3), numbered("MW", 0, 4)};
@@ -117,7 +117,7 @@ TEST_F(RegisterOrder, AnUnsignedSortPutsNegativeWeightsLast)
     EXPECT_EQ((std::vector<int>{4, 2, 3, 1}), numbersIn(records));
 }
 
-TEST_F(RegisterOrder, AWholeRecordMoves)
+TEST_F(SortOrder, AWholeRecordMoves)
 {
     QVector<_RCP_VAR_PRO> records{recipeVariable(7, 2, "IX", 30, 4, 11),
                                   recipeVariable(8, 1, "QX", 40, 5, 12)};
@@ -131,7 +131,7 @@ TEST_F(RegisterOrder, AWholeRecordMoves)
     EXPECT_EQ(21, records.at(1).spare);
 }
 
-TEST_F(RegisterOrder, EmptyAndSingleListsStayAsTheyAre)
+TEST_F(SortOrder, EmptyAndSingleListsStayAsTheyAre)
 {
     QList<KEY_ADDRESS> none;
     sortByRegAddressWeight<qint32>(none);
