@@ -1,7 +1,9 @@
 #ifndef LIST_TEXTS_H
 #define LIST_TEXTS_H
 
-#include <QString>
+#include "driverFixture.h"
+
+#include <QStringList>
 
 #include <string>
 #include <vector>
@@ -23,6 +25,28 @@ template <typename Blocks> Texts blocksOf(const Blocks& blocks)
     for (int i = 0; i < int(blocks.size()); ++i)
         out.push_back(blockText(blocks.at(i)));
     return out;
+}
+
+/// The blocks in one line: "1 MW 3000 x2, 1 IX 0 x1".
+template <typename Blocks> std::string blockLine(const Blocks& blocks)
+{
+    std::string out;
+    for (const std::string& block : blocksOf(blocks))
+        out += (out.empty() ? "" : ", ") + block;
+    return out;
+}
+
+/// The keys that such a line names.
+inline QList<KEY_ADDRESS> keysOf(const char* line)
+{
+    QList<KEY_ADDRESS> keys;
+    if (line[0] == '\0') return keys;
+    for (const QString& block : text(line).split(text(", "))) {
+        const QStringList parts = block.split(text(" "));
+        keys.append(key(parts.at(0).toInt(), parts.at(1).toLatin1().constData(),
+                        parts.at(2).toInt(), parts.at(3).mid(1).toInt()));
+    }
+    return keys;
 }
 
 template <typename Strings> Texts textsOf(const Strings& strings)
