@@ -27,20 +27,12 @@ TEST_F(BitNotification, AChangedBitThatIsNotMonitoredIsNotReported)
     EXPECT_EQ(Notifications({told("V_bit", 81)}), wordChange(0x0000, 0xFFFF));
 }
 
-TEST_F(BitNotification, AByteHasEightBits)
+TEST_F(BitNotification, AUnitHasTheBitsOfItsWidth)
 {
     putV(5, 0, 0xFFFFFF81u);
     EXPECT_EQ(Notifications({told("V_bit", 40), told("V_bit", 47)}), byteChange(0x00, 0xFF));
-}
-
-TEST_F(BitNotification, AWordHasSixteenBits)
-{
     putV(5, 0, 0xFFFF8001u);
     EXPECT_EQ(Notifications({told("V_bit", 80), told("V_bit", 95)}), wordChange(0, -1));
-}
-
-TEST_F(BitNotification, ADoubleWordHasThirtyTwoBits)
-{
     putV(5, 0, 0x80010001u);
     EXPECT_EQ(Notifications({told("V_bit", 160), told("V_bit", 176), told("V_bit", 191)}),
               dwordChange(0, -1));
@@ -72,28 +64,15 @@ TEST_F(BitNotification, WithoutOldOrNewValueEveryMonitoredBitIsReported)
     putV(2, 0, 0x0081);
     const unsigned char byte = 0xFF;
     const int number = 0xFF;
-    const Notifications ofByte = {told("V_bit", 16), told("V_bit", 23)};
-    const Notifications ofWord = {told("V_bit", 32), told("V_bit", 39)};
-    const Notifications ofDouble = {told("V_bit", 64), told("V_bit", 71)};
-
-    _byteDataChange(0, 0, 0, 0);
-    EXPECT_EQ(ofByte, takeNotifications());
-    _byteDataChange(&byte, 0, 0, 0);
-    EXPECT_EQ(ofByte, takeNotifications());
-    _byteDataChange(0, &byte, 0, 0);
-    EXPECT_EQ(ofByte, takeNotifications());
-    _wordDataChange(0, 0, 0, 0);
-    EXPECT_EQ(ofWord, takeNotifications());
-    _wordDataChange(&number, 0, 0, 0);
-    EXPECT_EQ(ofWord, takeNotifications());
-    _wordDataChange(0, &number, 0, 0);
-    EXPECT_EQ(ofWord, takeNotifications());
-    _dwordDataChange(0, 0, 0, 0);
-    EXPECT_EQ(ofDouble, takeNotifications());
-    _dwordDataChange(&number, 0, 0, 0);
-    EXPECT_EQ(ofDouble, takeNotifications());
-    _dwordDataChange(0, &number, 0, 0);
-    EXPECT_EQ(ofDouble, takeNotifications());
+    for (int given : {0, 1, 2}) {
+        SCOPED_TRACE(given);
+        _byteDataChange(given == 1 ? &byte : nullptr, given == 2 ? &byte : nullptr, 0, 0);
+        EXPECT_EQ(Notifications({told("V_bit", 16), told("V_bit", 23)}), takeNotifications());
+        _wordDataChange(given == 1 ? &number : nullptr, given == 2 ? &number : nullptr, 0, 0);
+        EXPECT_EQ(Notifications({told("V_bit", 32), told("V_bit", 39)}), takeNotifications());
+        _dwordDataChange(given == 1 ? &number : nullptr, given == 2 ? &number : nullptr, 0, 0);
+        EXPECT_EQ(Notifications({told("V_bit", 64), told("V_bit", 71)}), takeNotifications());
+    }
 }
 
 TEST_F(BitNotification, WithoutValuesOnlyMonitoredBitsAreReported)
