@@ -1,24 +1,17 @@
 #ifndef WRITTEN_AREA_H
 #define WRITTEN_AREA_H
 
-#include "cacheHelpers.h"
 #include "localStore.h"
+#include "toldHost.h"
 #include "writeCompletion.h"
 
 // Marks of a unit; see dataAreas.h.
 enum { UNIT = 1, PAIR_FIRST = 2, PAIR_SECOND = 4 };
 
 /// Writes to an area V of a device with other widths than this one's.
-class WrittenAreaTest : public DriverTest
+class WrittenAreaTest : public ToldHostTest
 {
 protected:
-    enum { STATION = 4, CONFIRMED = 1, FAILED = 0 };
-
-    WrittenAreaTest()
-    {
-        driver.callbackContext = CONTEXT;
-    }
-
     void store(const char* dataWidth, const char* unitBits, const char* regName, int addr,
                int count, std::vector<unsigned char> values)
     {
@@ -44,34 +37,24 @@ protected:
         complete("1", unitBits, "V_bit", addr, count, ok);
     }
 
-    static _DATA_ unit(int address)
-    {
-        return cachedUnit(STATION, "V", address);
-    }
-
     static Bytes read(int address)
     {
-        return readBytes(STATION, "V", address);
+        return ToldHostTest::read("V", address);
     }
 
     static Bytes written(int address)
     {
-        return imageBytes(unit(address).writeImage);
+        return ToldHostTest::written("V", address);
     }
 
     static int pending(int address)
     {
-        return unit(address).writePending;
+        return ToldHostTest::pending("V", address);
     }
 
     static unsigned pendingBits(int address)
     {
-        return unit(address).pendingBitWrites;
-    }
-
-    static Notification told(const char* regName, int address)
-    {
-        return {CONTEXT, STATION, regName, address};
+        return unit("V", address).pendingBitWrites;
     }
 };
 
