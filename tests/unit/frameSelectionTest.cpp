@@ -46,11 +46,13 @@ struct OrderRow
 
 } // namespace
 
-TEST_F(FrameSelection, WithEmptyListsThereIsNothingToSend)
+TEST_F(FrameSelection, WithEmptyListsThereIsNothingToSendAndTheHostsFrameStays)
 {
     driver.frameKind = FRAME_CYCLIC_READ;
     driver.priorityCount = 7;
-    EXPECT_EQ("none", request());
+    frame.sendLen = 77;
+    EXPECT_EQ(0, intf_getSendFrame(&frame));
+    EXPECT_EQ(77, frame.sendLen);
     EXPECT_EQ(FRAME_IDLE, driver.frameKind);
     EXPECT_EQ(0, driver.priorityCount);
     EXPECT_EQ(0, int(driver.frameQueue.size()));
@@ -58,6 +60,7 @@ TEST_F(FrameSelection, WithEmptyListsThereIsNothingToSend)
 
 TEST_F(FrameSelection, ANullFrameIsLeftAlone)
 {
+    EXPECT_EQ(0, intf_getSendFrame(nullptr));
     queueWrites(1);
     EXPECT_EQ(0, intf_getSendFrame(nullptr));
 }

@@ -92,11 +92,14 @@ TEST_F(KeySplitting, EveryPieceKeepsTheOtherFieldsOfTheKey)
 
 TEST_F(KeySplitting, ADataByteTravelsWithEachBit)
 {
-    const QList<KEY_ADDRESS> pieces = split(filledKey(10, BYTES), 4, 1);
-    ASSERT_EQ(3, int(pieces.size()));
-    expectData(pieces.at(0), 0, 4);
-    expectData(pieces.at(1), 4, 4);
-    expectData(pieces.at(2), 8, 2);
+    for (int rest : {1, 2}) {
+        SCOPED_TRACE(rest);
+        const QList<KEY_ADDRESS> pieces = split(filledKey(8 + rest, BYTES), 4, 1);
+        ASSERT_EQ(3, int(pieces.size()));
+        expectData(pieces.at(0), 0, 4);
+        expectData(pieces.at(1), 4, 4);
+        expectData(pieces.at(2), 8, rest);
+    }
 }
 
 TEST_F(KeySplitting, TwoDataBytesTravelWithEachWord)
