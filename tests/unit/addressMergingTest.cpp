@@ -47,6 +47,8 @@ const CycleRow CYCLES[] = {
     // The second pass keeps the merge limit too: the gap is 2, the span 5.
     {5, "1 IX 0 x1, 1 IX 1 x1, 1 IX 4 x1", "1 IX 0 x5"},
     {4, "1 IX 0 x1, 1 IX 1 x1, 1 IX 4 x1", "1 IX 0 x2, 1 IX 4 x1"},
+    // Neighbours join first: read along, the gap at 1 would cut their block at 4.
+    {4, "1 IX 0 x1, 1 IX 2 x1, 1 IX 3 x1, 1 IX 4 x1, 1 IX 5 x1", "1 IX 0 x1, 1 IX 2 x4"},
     // The second pass joins blocks of the first.
     {32, "1 IX 0 x1, 1 IX 1 x1, 1 IX 5 x1, 1 IX 6 x2, 1 IX 16 x1", "1 IX 0 x8, 1 IX 16 x1"},
     // A key inside a block adds nothing.
