@@ -4,6 +4,7 @@
 #include "driverFixture.h"
 
 #include <QStringList>
+#include <QVector>
 
 #include <string>
 #include <vector>
@@ -62,6 +63,15 @@ template <typename Numbers> std::vector<int> numbersOf(const Numbers& numbers)
     std::vector<int> out;
     for (int i = 0; i < int(numbers.size()); ++i)
         out.push_back(numbers.at(i));
+    return out;
+}
+
+/// Places of recipe records in the host's buffer.
+inline std::vector<int> offsetsOf(const QVector<_RCP_VAR_PRO>& records)
+{
+    std::vector<int> out;
+    for (int i = 0; i < int(records.size()); ++i)
+        out.push_back(records.at(i).bufOffset);
     return out;
 }
 

@@ -38,7 +38,7 @@ std::string registersOf(const char* area, int addr, int count)
 
 } // namespace
 
-TEST_F(ReadFrames, WordsAreReadByTheirOwnNumberAndCount)
+TEST_F(ReadFrames, WordsAreReadByTheirOwnNumberAndBitsAsTheRegistersThatHoldThem)
 {
     const ReadRow rows[] = {
         // MODBUS Application Protocol V1.1b3, 6.3 and 6.4, for station 17 and closed by pymodbus
@@ -50,15 +50,7 @@ TEST_F(ReadFrames, WordsAreReadByTheirOwnNumberAndCount)
         {"QW", 3, 255, 2, 9, "03 03 00 FF 00 02 F5 D9"},
         {"IW", 2, 255, 4, 13, "02 04 00 FF 00 04 C1 CA"},
         {"QW", 1, 65535, 1, 7, "01 03 FF FF 00 01 84 2E"},
-    };
-    for (const ReadRow& row : rows)
-        expectRead(row);
-}
-
-TEST_F(ReadFrames, BitsAreReadAsTheRegistersThatHoldThem)
-{
-    const ReadRow rows[] = {
-        // pymodbus 3.0's RTU framer: functions 3 and 4 with the registers worked out by hand
+        // functions 3 and 4 with the registers worked out by hand
         {"MX", 5, 3020, 20, 9, "05 03 0B B9 00 02 16 4E"},
         {"QX", 1, 15, 2, 9, "01 03 00 00 00 02 C4 0B"},
         {"QX", 1, 0, 16, 7, "01 03 00 00 00 01 84 0A"},

@@ -30,14 +30,6 @@ Texts recipeBlocks()
     return blocksOf(driver.rcpVars);
 }
 
-std::vector<int> offsetsOf(const QVector<_RCP_VAR_PRO>& records)
-{
-    std::vector<int> out;
-    for (int i = 0; i < int(records.size()); ++i)
-        out.push_back(records.at(i).bufOffset);
-    return out;
-}
-
 } // namespace
 
 class RecipeAddresses : public DriverTest

@@ -12,14 +12,6 @@ _RCP_VAR_PRO numbered(const char* area, int addr, int number, int station = 0)
     return recipeVariable(0, station, area, addr, 1, number);
 }
 
-std::vector<int> numbersIn(const QVector<_RCP_VAR_PRO>& records)
-{
-    std::vector<int> out;
-    for (int i = 0; i < int(records.size()); ++i)
-        out.push_back(records.at(i).bufOffset);
-    return out;
-}
-
 } // namespace
 
 class RegisterOrder : public DriverTest
@@ -76,7 +68,7 @@ TEST_F(RegisterOrder, RecordsSortByStationThenAreaThenAddress)
         numbered("IW", 255, 3, 1),  numbered("MW", 7, 2, 1), numbered("QX", 4095, 1, 0),
     };
     sortByRegAddressWeight<qint32>(records);
-    EXPECT_EQ((std::vector<int>{1, 2, 3, 4, 5, 6}), numbersIn(records));
+    EXPECT_EQ((std::vector<int>{1, 2, 3, 4, 5, 6}), offsetsOf(records));
 }
 
 TEST_F(RegisterOrder, EqualWeightsKeepTheirOrder)
@@ -87,7 +79,7 @@ TEST_F(RegisterOrder, EqualWeightsKeepTheirOrder)
         numbered("MW", 65535, 4), numbered("MW", 3, 5), numbered("IW", 0, 6),
     };
     sortByRegAddressWeight<qint32>(records);
-    EXPECT_EQ((std::vector<int>{3, 5, 1, 2, 4, 6}), numbersIn(records));
+    EXPECT_EQ((std::vector<int>{3, 5, 1, 2, 4, 6}), offsetsOf(records));
 }
 
 TEST_F(RegisterOrder, ManyEqualWeightsKeepTheirOrder)
@@ -99,7 +91,7 @@ TEST_F(RegisterOrder, ManyEqualWeightsKeepTheirOrder)
         expected.push_back(i);
     }
     sortByRegAddressWeight<quint32>(records);
-    EXPECT_EQ(expected, numbersIn(records));
+    EXPECT_EQ(expected, offsetsOf(records));
 }
 
 TEST_F(RegisterOrder, ASignedSortPutsNegativeWeightsFirstAndAnUnsignedOneLast)
@@ -107,9 +99,9 @@ TEST_F(RegisterOrder, ASignedSortPutsNegativeWeightsFirstAndAnUnsignedOneLast)
     QVector<_RCP_VAR_PRO> records{numbered("MW", -1, 1), numbered("MW", 5, 2),
                                   numbered("MW", -2, 3), numbered("MW", 0, 4)};
     sortByRegAddressWeight<qint32>(records);
-    EXPECT_EQ((std::vector<int>{3, 1, 4, 2}), numbersIn(records));
+    EXPECT_EQ((std::vector<int>{3, 1, 4, 2}), offsetsOf(records));
     sortByRegAddressWeight<quint32>(records);
-    EXPECT_EQ((std::vector<int>{4, 2, 3, 1}), numbersIn(records));
+    EXPECT_EQ((std::vector<int>{4, 2, 3, 1}), offsetsOf(records));
 }
 
 TEST_F(RegisterOrder, AWholeRecordMoves)
