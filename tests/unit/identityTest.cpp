@@ -58,7 +58,8 @@ TEST_F(Identity, PropertyPageIsKeptButNotReadBack)
 
 TEST_F(Identity, CallBackIsKeptReplacedAndTakenAway)
 {
-    for (ValueChangeCallBack callBack : {&firstCallBack, &secondCallBack, ValueChangeCallBack()}) {
+    const ValueChangeCallBack callBacks[] = {firstCallBack, secondCallBack, nullptr};
+    for (const ValueChangeCallBack callBack : callBacks) {
         intf_setAddrValueChangeCallBack(callBack);
         EXPECT_TRUE(driver.valueChangeCallBack == callBack);
     }

@@ -13,14 +13,14 @@ class WrittenAreaTest : public ToldHostTest
 {
 protected:
     void store(const char* dataWidth, const char* unitBits, const char* regName, int addr,
-               int count, std::vector<unsigned char> values)
+               int count, const std::vector<unsigned char>& values)
     {
         storeWritesOfArea(OtherRow(dataWidth, unitBits), STATION, text(regName), addr, count,
                           values.data());
     }
 
     /// A "V_bit" variable for each value: bits inside the byte or word units of the area.
-    void storeBits(const char* unitBits, int addr, std::vector<unsigned char> values)
+    void storeBits(const char* unitBits, int addr, const std::vector<unsigned char>& values)
     {
         store("1", unitBits, "V_bit", addr, int(values.size()), values);
     }
