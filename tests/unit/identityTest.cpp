@@ -58,11 +58,13 @@ TEST_F(Identity, PropertyPageIsKeptButNotReadBack)
 
 TEST_F(Identity, CallBackIsKeptReplacedAndTakenAway)
 {
-    const ValueChangeCallBack callBacks[] = {firstCallBack, secondCallBack, nullptr};
-    for (const ValueChangeCallBack callBack : callBacks) {
+    const auto isKept = [](ValueChangeCallBack callBack) {
         intf_setAddrValueChangeCallBack(callBack);
-        EXPECT_TRUE(driver.valueChangeCallBack == callBack);
-    }
+        return driver.valueChangeCallBack == callBack;
+    };
+    EXPECT_TRUE(isKept(firstCallBack));
+    EXPECT_TRUE(isKept(secondCallBack));
+    EXPECT_TRUE(isKept(nullptr));
 }
 
 TEST_F(Identity, NullPointersAreLeftAlone)
