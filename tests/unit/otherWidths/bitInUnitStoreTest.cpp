@@ -184,7 +184,7 @@ TEST_F(BitInUnitStore, ABitNumberBelowZeroChangesNoBit)
 {
     for (const char* unitBits : {"8", "16"}) {
         putUnit(STATION, "V", 0, 0x5A5A, 1, 0xFFFF);
-        for (int addr : {-1, -7}) {
+        for (int addr : {-1, -4, -7}) {
             storeBits(unitBits, addr, {1});
             storeBits(unitBits, addr, {0});
         }
