@@ -61,26 +61,20 @@ TEST_F(AddressCodec, BitTextIsEightTimesTheBytePlusTheBit)
         {"IX", "0012.003", 99},
         {"QX", "2147483647.0", -8}, // wraps around
         {"QX", "268435456.0", INT_MIN},
+        // Markers are shifted by 3000.
+        {"MX", "12.3", 3099},
+        {"MX", "0.0", 3000},
+        {"MX", "7816.7", 65535},
+        {"MX", "-1.0", 2992},
+        {"MX", "268435455.0", INT_MIN + 2992}, // 2^31 - 8 + 3000 wraps around
+        // The bit's range is not tested.
+        {"IX", "5.9", 49},
+        {"QX", "5.100", 140},
+        {"MX", "5.9", 3049},
+        {"IX", "5.-2", 38},
     };
     for (const BitRow& row : rows)
         EXPECT_EQ(row.number, bitNumber(row.address, row.area)) << row.area << " " << row.address;
-}
-
-TEST_F(AddressCodec, MarkerBitsAreShiftedBy3000)
-{
-    EXPECT_EQ(3099, bitNumber("12.3", "MX"));
-    EXPECT_EQ(3000, bitNumber("0.0", "MX"));
-    EXPECT_EQ(65535, bitNumber("7816.7", "MX"));
-    EXPECT_EQ(2992, bitNumber("-1.0", "MX"));
-    EXPECT_EQ(INT_MIN + 2992, bitNumber("268435455.0", "MX")); // 2^31 - 8 + 3000 wraps around
-}
-
-TEST_F(AddressCodec, BitPartIsNotRangeTested)
-{
-    EXPECT_EQ(49, bitNumber("5.9", "IX"));
-    EXPECT_EQ(140, bitNumber("5.100", "QX"));
-    EXPECT_EQ(3049, bitNumber("5.9", "MX"));
-    EXPECT_EQ(38, bitNumber("5.-2", "IX"));
 }
 
 TEST_F(AddressCodec, WordAreasHaveNoBitNumber)
@@ -102,27 +96,25 @@ TEST_F(AddressCodec, MalformedBitTextIsMinusOne)
 
 TEST_F(AddressCodec, BitNumberIsByteDotBit)
 {
-    EXPECT_EQ("12.3", bitText(99, "IX"));
-    EXPECT_EQ("12.3", bitText(99, "QX"));
-    EXPECT_EQ("0.0", bitText(0, "IX"));
-    EXPECT_EQ("511.7", bitText(4095, "QX"));
-    EXPECT_EQ("268435455.7", bitText(INT_MAX, "IX"));
-}
-
-TEST_F(AddressCodec, MarkerBitTextIsShiftedBackBy3000)
-{
-    EXPECT_EQ("12.3", bitText(3099, "MX"));
-    EXPECT_EQ("0.0", bitText(3000, "MX"));
-    EXPECT_EQ("7816.7", bitText(65535, "MX"));
-}
-
-TEST_F(AddressCodec, BothPartsOfANegativeNumberAreTruncated)
-{
-    EXPECT_EQ("-1.-1", bitText(-9, "IX"));
-    EXPECT_EQ("0.-1", bitText(-1, "QX"));
-    EXPECT_EQ("-268435456.0", bitText(INT_MIN, "IX"));
-    EXPECT_EQ("-1.-2", bitText(2990, "MX"));
-    EXPECT_EQ("268435081.0", bitText(INT_MIN, "MX")); // -2^31 - 3000 wraps around
+    const BitRow rows[] = {
+        {"IX", "12.3", 99},
+        {"QX", "12.3", 99},
+        {"IX", "0.0", 0},
+        {"QX", "511.7", 4095},
+        {"IX", "268435455.7", INT_MAX},
+        // Markers are shifted back by 3000.
+        {"MX", "12.3", 3099},
+        {"MX", "0.0", 3000},
+        {"MX", "7816.7", 65535},
+        // Both parts of a negative number are truncated.
+        {"IX", "-1.-1", -9},
+        {"QX", "0.-1", -1},
+        {"IX", "-268435456.0", INT_MIN},
+        {"MX", "-1.-2", 2990},
+        {"MX", "268435081.0", INT_MIN}, // -2^31 - 3000 wraps around
+    };
+    for (const BitRow& row : rows)
+        EXPECT_EQ(row.address, bitText(row.number, row.area)) << row.area << " " << row.number;
 }
 
 TEST_F(AddressCodec, WordAreasHaveNoBitText)
@@ -141,7 +133,7 @@ TEST_F(AddressCodec, EveryBitAddressComesBackFromItsText)
         ASSERT_EQ(number, addr_str2int(addr_int2str(number, text("MX")), text("MX")));
 }
 
-TEST_F(AddressCodec, WordTextIsHalved)
+TEST_F(AddressCodec, WordTextIsHalvedInTheRadixOfTheFormatsLastCharacter)
 {
     const TextRow rows[] = {
         {"IW", "DDDD", "100", 1, 50},
@@ -151,33 +143,41 @@ TEST_F(AddressCodec, WordTextIsHalved)
         {"IW", "DDDD", "+100", 1, 50},
         {"IW", "DDDD", "00100", 1, 50},
         {"QW", "DDDD", "2147483646", 1, 1073741823},
+        // Markers are shifted by 3000.
+        {"MW", "DDDD", "100", 1, 3050},
+        {"MW", "DDDD", "0", 1, 3000},
+        {"MW", "DDDD", "8190", 1, 7095},
+        {"MW", "DDDD", "-4", 1, 2998},
+        // An odd number fails and is left as it is.
+        {"IW", "DDDD", "101", -1, 101},
+        {"MW", "DDDD", "101", -1, 101},
+        {"QW", "DDDD", "1", -1, 1},
+        {"QW", "HHHH", "1F", -1, 31},
+        // A negative odd number passes and is truncated.
+        {"IW", "DDDD", "-101", 1, -50},
+        {"QW", "DDDD", "-1", 1, 0},
+        {"MW", "DDDD", "-1", 1, 3000},
+        {"MW", "DDDD", "-3", 1, 2999},
+        // Formats without a known letter are decimal.
+        {"QW", "OOOO", "20", 1, 8},
+        {"QW", "O", "20", 1, 8},
+        {"QW", "HHHH", "20", 1, 16},
+        {"QW", "HHHH", "fe", 1, 127},
+        {"QW", "HHHH", "FE", 1, 127},
+        {"MW", "HHHH", "20", 1, 3016},
+        {"QW", "XXXX", "20", 1, 10},
+        {"QW", "hhhh", "20", 1, 10},
+        {"QW", "", "20", 1, 10},
+        // Digits outside the radix fail.
+        {"QW", "OOOO", "70", 1, 28},
+        {"QW", "OOOO", "80", -1, 0},
+        {"QW", "HHHH", "F0", 1, 120},
+        {"QW", "HHHH", "G0", -1, 0},
+        {"QW", "DDDD", "90", 1, 45},
+        {"QW", "DDDD", "A0", -1, 0},
     };
     for (const TextRow& row : rows)
         expectConverted(row);
-}
-
-TEST_F(AddressCodec, MarkerWordTextIsHalvedAndShiftedBy3000)
-{
-    expectConverted({"MW", "DDDD", "100", 1, 3050});
-    expectConverted({"MW", "DDDD", "0", 1, 3000});
-    expectConverted({"MW", "DDDD", "8190", 1, 7095});
-    expectConverted({"MW", "DDDD", "-4", 1, 2998});
-}
-
-TEST_F(AddressCodec, OddWordTextFailsAndLeavesTheRawNumber)
-{
-    expectConverted({"IW", "DDDD", "101", -1, 101});
-    expectConverted({"MW", "DDDD", "101", -1, 101});
-    expectConverted({"QW", "DDDD", "1", -1, 1});
-    expectConverted({"QW", "HHHH", "1F", -1, 31});
-}
-
-TEST_F(AddressCodec, NegativeOddWordTextPassesAndIsTruncated)
-{
-    expectConverted({"IW", "DDDD", "-101", 1, -50});
-    expectConverted({"QW", "DDDD", "-1", 1, 0});
-    expectConverted({"MW", "DDDD", "-1", 1, 3000});
-    expectConverted({"MW", "DDDD", "-3", 1, 2999});
 }
 
 TEST_F(AddressCodec, MalformedWordTextFailsAndLeavesZero)
@@ -188,42 +188,16 @@ TEST_F(AddressCodec, MalformedWordTextFailsAndLeavesZero)
     }
 }
 
-TEST_F(AddressCodec, LastCharacterOfAWordFormatIsTheRadix)
+TEST_F(AddressCodec, MixedFormatTakesTheTextAsABitAndGivesZeroInAWordArea)
 {
-    expectConverted({"QW", "OOOO", "20", 1, 8});
-    expectConverted({"QW", "O", "20", 1, 8});
-    expectConverted({"QW", "HHHH", "20", 1, 16});
-    expectConverted({"QW", "HHHH", "fe", 1, 127});
-    expectConverted({"QW", "HHHH", "FE", 1, 127});
-    expectConverted({"MW", "HHHH", "20", 1, 3016});
-    expectConverted({"QW", "XXXX", "20", 1, 10});
-    expectConverted({"QW", "hhhh", "20", 1, 10});
-    expectConverted({"QW", "", "20", 1, 10});
-}
-
-TEST_F(AddressCodec, DigitsOutsideTheRadixFail)
-{
-    expectConverted({"QW", "OOOO", "70", 1, 28});
-    expectConverted({"QW", "OOOO", "80", -1, 0});
-    expectConverted({"QW", "HHHH", "F0", 1, 120});
-    expectConverted({"QW", "HHHH", "G0", -1, 0});
-    expectConverted({"QW", "DDDD", "90", 1, 45});
-    expectConverted({"QW", "DDDD", "A0", -1, 0});
-}
-
-TEST_F(AddressCodec, MixedFormatTakesTheTextAsABit)
-{
-    expectConverted({"IX", "DDDDO", "12.3", 1, 99});
-    expectConverted({"MX", "DDDDO", "12.3", 1, 3099});
-    expectConverted({"MX", "DDDDO", "7816.7", 1, 65535});
-    expectConverted({"QX", "DH", "12.3", 1, 99});
-    expectConverted({"QX", "ODDD", "12.3", 1, 99});
-}
-
-TEST_F(AddressCodec, MixedFormatInAWordAreaGivesZero)
-{
-    expectConverted({"MW", "DDDDO", "12.3", 1, 0});
-    expectConverted({"XX", "DDDDO", "garbage", 1, 0});
+    const TextRow rows[] = {
+        {"IX", "DDDDO", "12.3", 1, 99},      {"MX", "DDDDO", "12.3", 1, 3099},
+        {"MX", "DDDDO", "7816.7", 1, 65535}, {"QX", "DH", "12.3", 1, 99},
+        {"QX", "ODDD", "12.3", 1, 99},       {"MW", "DDDDO", "12.3", 1, 0},
+        {"XX", "DDDDO", "garbage", 1, 0},
+    };
+    for (const TextRow& row : rows)
+        expectConverted(row);
 }
 
 TEST_F(AddressCodec, MalformedBitTextLeavesTheNumberUntouched)
@@ -285,17 +259,11 @@ TEST_F(AddressCodec, CharactersBesideTheDigitsHaveTheirOddNibbles)
     EXPECT_EQ(0x00, asc2hex(QByteArray("GG"), 0)); // (71 - 55) & 15
 }
 
-TEST_F(AddressCodec, CharactersPastTheEndCountAsZero)
+TEST_F(AddressCodec, CharactersOutsideTheTextCountAsZero)
 {
     EXPECT_EQ(0xA0, asc2hex(QByteArray("1A"), 1));
-    EXPECT_EQ(0x00, asc2hex(QByteArray("1A"), 2));
-    EXPECT_EQ(0x00, asc2hex(QByteArray("1A"), INT_MAX));
-    EXPECT_EQ(0x00, asc2hex(QByteArray(), 0));
-}
-
-TEST_F(AddressCodec, CharactersBeforeTheBeginningCountAsZero)
-{
     EXPECT_EQ(0x01, asc2hex(QByteArray("1A"), -1));
-    EXPECT_EQ(0x00, asc2hex(QByteArray("1A"), -2));
-    EXPECT_EQ(0x00, asc2hex(QByteArray("1A"), INT_MIN));
+    for (int at : {2, -2, INT_MAX, INT_MIN})
+        EXPECT_EQ(0x00, asc2hex(QByteArray("1A"), at)) << at;
+    EXPECT_EQ(0x00, asc2hex(QByteArray(), 0));
 }

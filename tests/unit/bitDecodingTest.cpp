@@ -1,21 +1,10 @@
-#include "cacheHelpers.h"
-#include "replyDecoding.h"
+#include "decodedReply.h"
 
 namespace {
 
-class BitDecoding : public DriverTest
+class BitDecoding : public DecodedReplyTest
 {
 protected:
-    BitDecoding()
-    {
-        driver.callbackContext = CONTEXT;
-    }
-
-    void decode(const QByteArray& reply, int count, const char* regName, int addr)
-    {
-        analyzeFrameOfVal(reply, count, 3, variable(1, regName, addr, count));
-    }
-
     /// Read values of `count` neighbouring bits, as text "0110".
     static std::string bits(const char* regName, int start, int count)
     {
@@ -30,22 +19,6 @@ protected:
         return driver.dataAreas.isEmpty() ? -99999 : driver.dataAreas.at(0).address;
     }
 };
-
-Bytes seenByHost;
-
-void readBack(int, int station, QString& name, int addr)
-{
-    unsigned char value;
-    intf_getData(station, name, addr, 1, &value);
-    seenByHost.push_back(value);
-}
-
-void readManyUnits(int, int, QString&, int addr)
-{
-    unsigned char value[2];
-    for (int i = 0; i < 64; ++i)
-        intf_getData(2, text("MW"), 64 * addr + i, 1, value);
-}
 
 struct GROUP_CASE
 {
@@ -161,8 +134,7 @@ TEST_F(BitDecoding, ChangedMonitoredBitsAreReportedInOrder)
     // 3001 falls, 3003 rises, 3004 rises unwatched
     decode(withChecksum({1, 3, 2, 0x00, 0x19}), 5, "MX", 3002);
     EXPECT_EQ("10011", bits("MX", 3000, 5));
-    EXPECT_EQ(Notifications({{CONTEXT, 1, "MX", 3001}, {CONTEXT, 1, "MX", 3003}}),
-              takeNotifications());
+    EXPECT_EQ(Notifications({told("MX", 3001), told("MX", 3003)}), takeNotifications());
 }
 
 TEST_F(BitDecoding, ABitThatIsNoLongerZeroOrOneIsStoredAsOneAgain)
@@ -170,17 +142,16 @@ TEST_F(BitDecoding, ABitThatIsNoLongerZeroOrOneIsStoredAsOneAgain)
     putUnit(1, "IX", 0, 5, 1);
     decode(withChecksum({1, 4, 2, 0x00, 0x01}), 1, "IX", 0);
     EXPECT_EQ(Bytes({1, 0, 0, 0}), readBytes(1, "IX", 0));
-    EXPECT_EQ(Notifications({{CONTEXT, 1, "IX", 0}}), takeNotifications());
+    EXPECT_EQ(Notifications({told("IX", 0)}), takeNotifications());
 }
 
 TEST_F(BitDecoding, InsideTheCallbackTheHostStillReadsTheOldBit)
 {
     putUnit(1, "IX", 0, 0, 1);
     putUnit(1, "IX", 1, 1, 1);
-    seenByHost.clear();
     intf_setAddrValueChangeCallBack(readBack);
     decode(withChecksum({1, 4, 2, 0x00, 0x01}), 2, "IX", 0);
-    EXPECT_EQ(Bytes({0, 1}), seenByHost);
+    EXPECT_EQ(Bytes({0, 1}), seenByHost());
     EXPECT_EQ("10", bits("IX", 0, 2));
 }
 
@@ -188,10 +159,9 @@ TEST_F(BitDecoding, InsideTheCallbackAPendingBitIsAlreadyWithdrawn)
 {
     const int index = putPendingWrite(1, "QX", 0, 0, 1);
     driver.dataAreas[index].monitorFlags = 1;
-    seenByHost.clear();
     intf_setAddrValueChangeCallBack(readBack);
     decode(withChecksum({1, 3, 2, 0x00, 0x01}), 1, "QX", 0);
-    EXPECT_EQ(Bytes({0}), seenByHost);
+    EXPECT_EQ(Bytes({0}), seenByHost());
 }
 
 TEST_F(BitDecoding, TheFirstDataByteIsWhereTheFrameSays)

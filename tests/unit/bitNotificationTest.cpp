@@ -8,39 +8,20 @@ class BitNotification : public ChangeTest
 
 } // namespace
 
-TEST_F(BitNotification, ChangedMonitoredBitsOfAWordAreReportedInAscendingOrder)
+TEST_F(BitNotification, MonitoredBitsOfAWordAreReportedInAscendingOrderWhereTheyChange)
 {
     putV(5, 0, 0x0009);
     EXPECT_EQ(Notifications({told("V_bit", 80), told("V_bit", 83)}), wordChange(0x0001, 0x0008));
-}
-
-TEST_F(BitNotification, AMonitoredBitThatKeepsItsValueIsNotReported)
-{
-    putV(5, 0, 0x0009);
     EXPECT_EQ(Notifications({told("V_bit", 83)}), wordChange(0x0001, 0x0009));
     EXPECT_EQ(Notifications(), wordChange(0x0009, 0xFFFF));
 }
 
-TEST_F(BitNotification, AChangedBitThatIsNotMonitoredIsNotReported)
-{
-    putV(5, 0, 0x0002);
-    EXPECT_EQ(Notifications({told("V_bit", 81)}), wordChange(0x0000, 0xFFFF));
-}
-
-TEST_F(BitNotification, AByteHasEightBits)
+TEST_F(BitNotification, AUnitHasTheBitsOfItsWidth)
 {
     putV(5, 0, 0xFFFFFF81u);
     EXPECT_EQ(Notifications({told("V_bit", 40), told("V_bit", 47)}), byteChange(0x00, 0xFF));
-}
-
-TEST_F(BitNotification, AWordHasSixteenBits)
-{
     putV(5, 0, 0xFFFF8001u);
     EXPECT_EQ(Notifications({told("V_bit", 80), told("V_bit", 95)}), wordChange(0, -1));
-}
-
-TEST_F(BitNotification, ADoubleWordHasThirtyTwoBits)
-{
     putV(5, 0, 0x80010001u);
     EXPECT_EQ(Notifications({told("V_bit", 160), told("V_bit", 176), told("V_bit", 191)}),
               dwordChange(0, -1));
@@ -72,35 +53,15 @@ TEST_F(BitNotification, WithoutOldOrNewValueEveryMonitoredBitIsReported)
     putV(2, 0, 0x0081);
     const unsigned char byte = 0xFF;
     const int number = 0xFF;
-    const Notifications ofByte = {told("V_bit", 16), told("V_bit", 23)};
-    const Notifications ofWord = {told("V_bit", 32), told("V_bit", 39)};
-    const Notifications ofDouble = {told("V_bit", 64), told("V_bit", 71)};
-
-    _byteDataChange(0, 0, 0, 0);
-    EXPECT_EQ(ofByte, takeNotifications());
-    _byteDataChange(&byte, 0, 0, 0);
-    EXPECT_EQ(ofByte, takeNotifications());
-    _byteDataChange(0, &byte, 0, 0);
-    EXPECT_EQ(ofByte, takeNotifications());
-    _wordDataChange(0, 0, 0, 0);
-    EXPECT_EQ(ofWord, takeNotifications());
-    _wordDataChange(&number, 0, 0, 0);
-    EXPECT_EQ(ofWord, takeNotifications());
-    _wordDataChange(0, &number, 0, 0);
-    EXPECT_EQ(ofWord, takeNotifications());
-    _dwordDataChange(0, 0, 0, 0);
-    EXPECT_EQ(ofDouble, takeNotifications());
-    _dwordDataChange(&number, 0, 0, 0);
-    EXPECT_EQ(ofDouble, takeNotifications());
-    _dwordDataChange(0, &number, 0, 0);
-    EXPECT_EQ(ofDouble, takeNotifications());
-}
-
-TEST_F(BitNotification, WithoutValuesOnlyMonitoredBitsAreReported)
-{
-    putV(2, 1, 0x0002);
-    _wordDataChange(0, 0, 0, 0);
-    EXPECT_EQ(Notifications({told("V_bit", 33), told("V", 2)}), takeNotifications());
+    for (int given : {0, 1, 2}) {
+        SCOPED_TRACE(given);
+        _byteDataChange(given == 1 ? &byte : nullptr, given == 2 ? &byte : nullptr, 0, 0);
+        EXPECT_EQ(Notifications({told("V_bit", 16), told("V_bit", 23)}), takeNotifications());
+        _wordDataChange(given == 1 ? &number : nullptr, given == 2 ? &number : nullptr, 0, 0);
+        EXPECT_EQ(Notifications({told("V_bit", 32), told("V_bit", 39)}), takeNotifications());
+        _dwordDataChange(given == 1 ? &number : nullptr, given == 2 ? &number : nullptr, 0, 0);
+        EXPECT_EQ(Notifications({told("V_bit", 64), told("V_bit", 71)}), takeNotifications());
+    }
 }
 
 TEST_F(BitNotification, AWordThatIsAVariableTooIsReportedAfterItsBits)
@@ -123,10 +84,6 @@ TEST_F(BitNotification, SkippingBitsSuppressesBitReportsAndNoOthers)
                   wordChange(0, 0xFFFF, skipBits));
         EXPECT_EQ(Notifications({told("V", 8)}), dwordChange(0, -1, skipBits));
     }
-}
-
-TEST_F(BitNotification, SkippingBitsSuppressesThemWithoutValuesToo)
-{
     putV(8, 1, 0xFFFFFFFFu);
     _byteDataChange(0, 0, 0, 1);
     _wordDataChange(0, 0, 0, 1);

@@ -4,32 +4,27 @@ namespace {
 
 class ChangeNotification : public ChangeTest
 {
+protected:
+    /// Tells of a unit that many bytes long.
+    Notifications change(std::vector<unsigned char> before, std::vector<unsigned char> after)
+    {
+        unitDataChange(int(before.size()), before.data(), after.data(), 0);
+        return takeNotifications();
+    }
 };
 
 } // namespace
 
-TEST_F(ChangeNotification, AMonitoredBitIsReportedByItsAreaAndAddress)
+TEST_F(ChangeNotification, ABitIsReportedByItsOwnMarkAlone)
 {
-    putV(12, 1);
-    EXPECT_EQ(Notifications({told("V", 12)}), bitChange());
-}
-
-TEST_F(ChangeNotification, ABitThatIsNotMonitoredIsNotReported)
-{
-    putV(12, 0xFFFFFFFEu, 0xFFFFFFFFu);
-    EXPECT_EQ(Notifications(), bitChange());
-}
-
-TEST_F(ChangeNotification, OfABitNothingButItsOwnMarkCounts)
-{
-    putV(12, 0xFFFFFFFFu, 0xFFFFFFFFu);
-    EXPECT_EQ(Notifications({told("V", 12)}), bitChange());
-}
-
-TEST_F(ChangeNotification, ABitAtANegativeAddressIsReported)
-{
-    putV(-3, 1);
-    EXPECT_EQ(Notifications({told("V", -3)}), bitChange());
+    for (int address : {12, -3}) {
+        for (unsigned flags : {1u, 0xFFFFFFFFu}) {
+            putV(address, flags, flags);
+            EXPECT_EQ(Notifications({told("V", address)}), bitChange());
+        }
+        putV(address, 0xFFFFFFFEu, 0xFFFFFFFFu);
+        EXPECT_EQ(Notifications(), bitChange());
+    }
 }
 
 TEST_F(ChangeNotification, AMonitoredWordIsReportedEvenWhenOldAndNewAreEqual)
@@ -100,14 +95,10 @@ TEST_F(ChangeNotification, MarksThatNoWidthKnowsReportNothing)
     EXPECT_EQ(Notifications(), dwordChange(0, 1));
 }
 
-TEST_F(ChangeNotification, AByteAtZeroIsNeverALaterByteOfAValue)
+TEST_F(ChangeNotification, AByteAtZeroCanBeTheFirstByteOfAValueAndNoLaterOne)
 {
     putV(0, 1u << 2 | 1u << 4);
     EXPECT_EQ(Notifications(), byteChange(0, 1));
-}
-
-TEST_F(ChangeNotification, AByteAtZeroCanBeTheFirstByteOfAValue)
-{
     putV(0, 1u << 1 | 1u << 3);
     EXPECT_EQ(Notifications({told("V_W", 0), told("V_D", 0)}), byteChange(0, 1));
 }
@@ -134,32 +125,38 @@ TEST_F(ChangeNotification, AUnitAtANegativeAddressReportsItselfOnly)
     }
 }
 
-TEST_F(ChangeNotification, AChangeOfOneByteIsAByteChange)
-{
-    putV(10, 1, 0x81);
-    const unsigned char before[] = {0x01};
-    const unsigned char after[] = {0x80};
-    unitDataChange(1, before, after, 0);
-    EXPECT_EQ(Notifications({told("V_bit", 80), told("V_bit", 87), told("V_B", 10)}),
-              takeNotifications());
-}
-
-TEST_F(ChangeNotification, AChangeOfTwoBytesIsAWordChangeLowByteFirst)
-{
-    putV(10, 3, 0xFFFF);
-    const unsigned char before[] = {0x01, 0x00};
-    const unsigned char after[] = {0x01, 0x40};
-    unitDataChange(2, before, after, 0);
-    EXPECT_EQ(Notifications({told("V_bit", 174), told("V", 10), told("V_D", 10)}),
-              takeNotifications());
-}
-
-TEST_F(ChangeNotification, AChangeOfFourBytesIsADoubleWordChangeLowByteFirst)
+TEST_F(ChangeNotification, AUnitIsToldOfByItsWidthLowByteFirst)
 {
     putV(10, 3, 0xFFFFFFFFu);
-    const unsigned char before[] = {0x01, 0x00, 0x00, 0x80};
-    const unsigned char after[] = {0x01, 0x00, 0x01, 0x00};
-    unitDataChange(4, before, after, 0);
+    EXPECT_EQ(
+        Notifications({told("V_bit", 80), told("V_bit", 87), told("V_B", 10), told("V_W", 10)}),
+        change({0x01}, {0x80}));
+    EXPECT_EQ(Notifications({told("V_bit", 174), told("V", 10), told("V_D", 10)}),
+              change({0x01, 0x00}, {0x01, 0x40}));
     EXPECT_EQ(Notifications({told("V_bit", 336), told("V_bit", 351), told("V", 10)}),
-              takeNotifications());
+              change({0x01, 0x00, 0x00, 0x80}, {0x01, 0x00, 0x01, 0x00}));
+}
+
+TEST_F(ChangeNotification, AUnitIsToldOfOnceUnderTheNameOfItsVariable)
+{
+    struct
+    {
+        unsigned marks;
+        Notifications ofByte;
+        Notifications ofWord;
+        Notifications ofDouble;
+    } const rows[] = {
+        {0, {}, {}, {}},
+        {1, {told("V_B", 9)}, {told("V", 9)}, {told("V", 9)}},
+        {2, {told("V_W", 9)}, {told("V_D", 9)}, {}},
+        {3, {told("V_B", 9), told("V_W", 9)}, {told("V", 9), told("V_D", 9)}, {told("V", 9)}},
+        {4, {told("V_W", 8)}, {told("V_D", 8)}, {}},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.marks);
+        putV(9, row.marks);
+        EXPECT_EQ(row.ofByte, change({0}, {1}));
+        EXPECT_EQ(row.ofWord, change({0, 0}, {1, 0}));
+        EXPECT_EQ(row.ofDouble, change({0, 0, 0, 0}, {1, 0, 0, 0}));
+    }
 }

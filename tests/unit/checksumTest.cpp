@@ -1,5 +1,6 @@
 #include "checksum.h"
 #include "driverFixture.h"
+#include "modbusChecksum.h"
 
 class Checksum : public DriverTest
 {
@@ -36,13 +37,26 @@ TEST_F(Checksum, OfPublishedExamples)
     EXPECT_EQ(0x1241u, checksumOf(bytes({0x02, 0x07})));
 }
 
-TEST_F(Checksum, OfEverySingleByte)
+// The body is worked through four bytes at a time, and byte by byte at its end.
+TEST_F(Checksum, OfEveryLengthUpToSeveralSteps)
 {
-    for (int value = 0; value < 256; ++value) {
-        const QByteArray closed = withChecksum({value});
-        const unsigned expected = static_cast<unsigned char>(closed.at(1)) +
-                                  256u * static_cast<unsigned char>(closed.at(2));
-        EXPECT_EQ(expected, checksumOf(bytes({value}))) << "byte " << value;
+    QByteArray body;
+    for (int length = 0; length <= 21; ++length) {
+        EXPECT_EQ(modbusChecksum(body), checksumOf(body)) << length << " bytes";
+        body.append(static_cast<char>(151 * length + 3));
+    }
+}
+
+TEST_F(Checksum, OfEveryByteAtEveryPlace)
+{
+    for (int length : {1, 9}) {
+        for (int at = 0; at < length; ++at) {
+            for (int value = 0; value < 256; ++value) {
+                QByteArray body(length, '\x2B');
+                body[at] = static_cast<char>(value);
+                ASSERT_EQ(modbusChecksum(body), checksumOf(body)) << value << " at " << at;
+            }
+        }
     }
 }
 

@@ -9,7 +9,7 @@ class DriverState : public DriverTest
 {
 };
 
-TEST_F(DriverState, StartsWithEmptyLists)
+TEST_F(DriverState, StartsWithEmptyListsAndTextsZerosAndNoHost)
 {
     OnUsedMemory<Protocol> made;
     EXPECT_TRUE(made->readList.isEmpty());
@@ -22,19 +22,9 @@ TEST_F(DriverState, StartsWithEmptyLists)
     EXPECT_TRUE(made->curReadList.isEmpty());
     EXPECT_TRUE(made->frameQueue.isEmpty());
     EXPECT_TRUE(made->spareList.isEmpty());
-}
-
-TEST_F(DriverState, StartsWithEmptyTexts)
-{
-    OnUsedMemory<Protocol> made;
     EXPECT_TRUE(made->propertyPage.isEmpty());
     EXPECT_TRUE(made->curVar.regName.isEmpty());
     EXPECT_TRUE(made->condVar.regName.isEmpty());
-}
-
-TEST_F(DriverState, StartsWithCountersAtZero)
-{
-    OnUsedMemory<Protocol> made;
     EXPECT_EQ(0, made->priorityCount);
     EXPECT_EQ(0, made->commFailed);
     EXPECT_EQ(0, made->spareFlag);
@@ -45,11 +35,6 @@ TEST_F(DriverState, StartsWithCountersAtZero)
     EXPECT_EQ(0, made->frameIndex);
     EXPECT_EQ(0, made->varsInFrame);
     EXPECT_EQ(0, made->initFlag);
-}
-
-TEST_F(DriverState, StartsWithoutProperties)
-{
-    OnUsedMemory<Protocol> made;
     EXPECT_EQ(0, made->callbackContext);
     EXPECT_EQ(0, made->localOnly);
     EXPECT_EQ(0, made->propC);
@@ -57,21 +42,11 @@ TEST_F(DriverState, StartsWithoutProperties)
     EXPECT_EQ(0, made->mergeLimit);
     EXPECT_EQ(0, made->maxBitBlockLen);
     EXPECT_EQ(0, made->maxWordBlockLen);
-}
-
-TEST_F(DriverState, StartsWithoutAHost)
-{
-    OnUsedMemory<Protocol> made;
     EXPECT_TRUE(made->valueChangeCallBack == nullptr);
     EXPECT_TRUE(made->hostShared == nullptr);
     EXPECT_TRUE(made->rcpBuffer == nullptr);
     EXPECT_TRUE(made->hostMutex == nullptr);
     EXPECT_EQ(0u, made->hostArg1);
-}
-
-TEST_F(DriverState, CurrentVariableStartsEmpty)
-{
-    OnUsedMemory<Protocol> made;
     EXPECT_EQ(0, made->curVar.station);
     EXPECT_EQ(0, made->curVar.addr);
     EXPECT_EQ(0, made->curVar.count);

@@ -58,14 +58,11 @@ TEST_F(FinishedExchange, OfAWriteRemovesTheWrite)
     EXPECT_EQ(" | 0 1 | 3000 3001 3002 | 0 11", state());
 }
 
-TEST_F(FinishedExchange, OfAOneShotReadRemovesIt)
+TEST_F(FinishedExchange, OfAOneShotReadRemovesItAndOfAFailedOneThemAll)
 {
     finish(FRAME_ONE_SHOT_READ);
     EXPECT_EQ("0 1 | 1 | 3000 3001 3002 | 0 11", state());
-}
-
-TEST_F(FinishedExchange, OfAFailedOneShotReadRemovesThemAll)
-{
+    queueOneShotReads(1);
     finish(FRAME_ONE_SHOT_READ, true);
     EXPECT_EQ("0 1 |  | 3000 3001 3002 | 0 11", state());
 }
@@ -95,16 +92,13 @@ TEST_F(FinishedExchange, OfTwoPolledBlocksSwapsThem)
     EXPECT_EQ("0 1 | 0 1 | 3001 3000 | 0 11", state());
 }
 
-TEST_F(FinishedExchange, OfADownloadBlockGoesOnToTheLastAndLowersItsFlag)
+TEST_F(FinishedExchange, OfARecipesBlockGoesOnToTheLastAndLowersItsFlag)
 {
     finish(FRAME_RECIPE_DOWNLOAD);
     EXPECT_EQ("0 1 | 0 1 | 3000 3001 3002 | 1 11", state());
     finish(FRAME_RECIPE_DOWNLOAD);
     EXPECT_EQ("0 1 | 0 1 | 3000 3001 3002 | 0 01", state());
-}
-
-TEST_F(FinishedExchange, OfAnUploadBlockGoesOnToTheLastAndLowersItsFlag)
-{
+    raise(RECIPE_DOWNLOAD_FLAG);
     finish(FRAME_RECIPE_UPLOAD);
     EXPECT_EQ("0 1 | 0 1 | 3000 3001 3002 | 1 11", state());
     finish(FRAME_RECIPE_UPLOAD);

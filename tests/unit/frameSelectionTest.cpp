@@ -25,13 +25,34 @@ protected:
     }
 };
 
+/// What a turn makes of the head of a list.
+struct HeadRow
+{
+    std::string request;
+    int frameKind;
+    int priorityCount;
+    const char* area;
+    int addr;
+};
+
+/// The order of turns: what lies in the lists, and the kinds of the exchanges that follow.
+struct OrderRow
+{
+    int writes;
+    int oneShotReads;
+    int polledBlocks;
+    const char* kinds;
+};
+
 } // namespace
 
-TEST_F(FrameSelection, WithEmptyListsThereIsNothingToSend)
+TEST_F(FrameSelection, WithEmptyListsThereIsNothingToSendAndTheHostsFrameStays)
 {
     driver.frameKind = FRAME_CYCLIC_READ;
     driver.priorityCount = 7;
-    EXPECT_EQ("none", request());
+    frame.sendLen = 77;
+    EXPECT_EQ(0, intf_getSendFrame(&frame));
+    EXPECT_EQ(77, frame.sendLen);
     EXPECT_EQ(FRAME_IDLE, driver.frameKind);
     EXPECT_EQ(0, driver.priorityCount);
     EXPECT_EQ(0, int(driver.frameQueue.size()));
@@ -39,46 +60,35 @@ TEST_F(FrameSelection, WithEmptyListsThereIsNothingToSend)
 
 TEST_F(FrameSelection, ANullFrameIsLeftAlone)
 {
+    EXPECT_EQ(0, intf_getSendFrame(nullptr));
     queueWrites(1);
     EXPECT_EQ(0, intf_getSendFrame(nullptr));
 }
 
-TEST_F(FrameSelection, AWriteIsBuiltFromTheHeadOfItsList)
+TEST_F(FrameSelection, ATurnBuildsItsRequestFromTheHeadOfItsList)
 {
-    queueWrites(2);
-    driver.varsInFrame = 9;
-    EXPECT_EQ(hex(withChecksum({1, 6, 0, 0, 0, 0})), request());
-    EXPECT_EQ(FRAME_WRITE, driver.frameKind);
-    EXPECT_EQ(1, driver.priorityCount);
-    EXPECT_EQ(1, driver.varsInFrame);
-    EXPECT_EQ(0, driver.curVar.addr);
-    EXPECT_EQ("QW", driver.curVar.regName.toStdString());
-    EXPECT_EQ("0 1", addresses(driver.writeList));
-}
-
-TEST_F(FrameSelection, AOneShotReadIsBuiltFromTheHeadOfItsList)
-{
-    queueOneShotReads(2);
-    driver.varsInFrame = 9;
-    EXPECT_EQ(hex(withChecksum({1, 4, 0, 0, 0, 1})), request());
-    EXPECT_EQ(FRAME_ONE_SHOT_READ, driver.frameKind);
-    EXPECT_EQ(1, driver.priorityCount);
-    EXPECT_EQ(1, driver.varsInFrame);
-    EXPECT_EQ("IW", driver.curVar.regName.toStdString());
-    EXPECT_EQ("0 1", addresses(driver.condReadList));
-}
-
-TEST_F(FrameSelection, APolledBlockIsBuiltFromTheHeadOfItsList)
-{
-    poll(2);
-    driver.varsInFrame = 9;
-    driver.priorityCount = 2;
-    EXPECT_EQ(hex(withChecksum({1, 3, 0x0B, 0xB8, 0, 1})), request());
-    EXPECT_EQ(FRAME_CYCLIC_READ, driver.frameKind);
-    EXPECT_EQ(0, driver.priorityCount);
-    EXPECT_EQ(1, driver.varsInFrame);
-    EXPECT_EQ("MW", driver.curVar.regName.toStdString());
-    EXPECT_EQ("3000 3001", addresses(driver.readList));
+    const HeadRow rows[] = {
+        {hex(withChecksum({1, 6, 0, 0, 0, 0})), FRAME_WRITE, 1, "QW", 0},
+        {hex(withChecksum({1, 4, 0, 0, 0, 1})), FRAME_ONE_SHOT_READ, 1, "IW", 0},
+        {hex(withChecksum({1, 3, 0x0B, 0xB8, 0, 1})), FRAME_CYCLIC_READ, 0, "MW", 3000},
+    };
+    for (const HeadRow& row : rows) {
+        SCOPED_TRACE(row.area);
+        initialise();
+        if (row.frameKind == FRAME_WRITE) queueWrites(2);
+        if (row.frameKind == FRAME_ONE_SHOT_READ) queueOneShotReads(2);
+        if (row.frameKind == FRAME_CYCLIC_READ) poll(2);
+        driver.varsInFrame = 9;
+        driver.priorityCount = row.frameKind == FRAME_CYCLIC_READ ? 2 : 0;
+        EXPECT_EQ(row.request, request());
+        EXPECT_EQ(row.frameKind, driver.frameKind);
+        EXPECT_EQ(row.priorityCount, driver.priorityCount);
+        EXPECT_EQ(1, driver.varsInFrame);
+        EXPECT_EQ(row.addr, driver.curVar.addr);
+        EXPECT_EQ(row.area, driver.curVar.regName.toStdString());
+        EXPECT_EQ(
+            2, int(driver.writeList.size() + driver.condReadList.size() + driver.readList.size()));
+    }
 }
 
 TEST_F(FrameSelection, AReadIsHandedToItsBuilderAsTheOnlyElement)
@@ -127,42 +137,28 @@ TEST_F(FrameSelection, TheHostsCopyIsItsOwn)
     EXPECT_EQ(sent, request());
 }
 
-TEST_F(FrameSelection, WritesComeBeforeOneShotReadsAndThoseBeforePolling)
+TEST_F(FrameSelection, WritesComeBeforeOneShotReadsAndThoseBeforePollingWithinTheirShares)
 {
-    queueWrites(1);
-    queueOneShotReads(1);
-    poll(1);
-    EXPECT_EQ("WCPP", run(4));
-}
-
-TEST_F(FrameSelection, AfterTenWritesOnePolledBlockIsLetThrough)
-{
-    queueWrites(12);
-    poll(1);
-    EXPECT_EQ("WWWWWWWWWWPWWP", run(14));
-}
-
-TEST_F(FrameSelection, AfterThreeOneShotReadsOnePolledBlockIsLetThrough)
-{
-    queueOneShotReads(4);
-    poll(1);
-    EXPECT_EQ("CCCPCP", run(6));
-}
-
-TEST_F(FrameSelection, OneShotReadsWaitWhenThreeWritesWentBefore)
-{
-    queueWrites(3);
-    queueOneShotReads(2);
-    poll(1);
-    EXPECT_EQ("WWWPCCP", run(7));
-}
-
-TEST_F(FrameSelection, TwoWritesLeaveRoomForASingleOneShotRead)
-{
-    queueWrites(2);
-    queueOneShotReads(2);
-    poll(1);
-    EXPECT_EQ("WWCPCP", run(6));
+    const OrderRow rows[] = {
+        {1, 1, 1, "WCPP"},
+        // After ten writes or three one-shot reads a polled block is let through.
+        {12, 0, 1, "WWWWWWWWWWPWWP"},
+        {0, 4, 1, "CCCPCP"},
+        // Writes count against the three one-shot reads.
+        {3, 2, 1, "WWWPCCP"},
+        {2, 2, 1, "WWCPCP"},
+        // With nothing polled an empty turn follows.
+        {11, 0, 0, "WWWWWWWWWW-W-"},
+        {0, 4, 0, "CCC-C-"},
+    };
+    for (const OrderRow& row : rows) {
+        SCOPED_TRACE(row.kinds);
+        initialise();
+        queueWrites(row.writes);
+        queueOneShotReads(row.oneShotReads);
+        poll(row.polledBlocks);
+        EXPECT_EQ(row.kinds, run(int(std::strlen(row.kinds))));
+    }
 }
 
 TEST_F(FrameSelection, WritesGoOnBehindOneShotReads)
@@ -172,18 +168,6 @@ TEST_F(FrameSelection, WritesGoOnBehindOneShotReads)
     EXPECT_EQ("CCC", run(3));
     queueWrites(8);
     EXPECT_EQ("WWWWWWWPWP", run(10));
-}
-
-TEST_F(FrameSelection, TenWritesWithNothingPolledAreFollowedByOneEmptyTurn)
-{
-    queueWrites(11);
-    EXPECT_EQ("WWWWWWWWWW-W-", run(13));
-}
-
-TEST_F(FrameSelection, ThreeOneShotReadsWithNothingPolledAreFollowedByOneEmptyTurn)
-{
-    queueOneShotReads(4);
-    EXPECT_EQ("CCC-C-", run(6));
 }
 
 TEST_F(FrameSelection, AnEmptyTurnLeavesTheDriverIdle)

@@ -35,62 +35,36 @@ TEST_F(Identity, VersionReplacesTheText)
     EXPECT_EQ("2.0.0.0", version.toStdString());
 }
 
-TEST_F(Identity, DriverParameterHasItsFixedSlots)
+TEST_F(Identity, DriverParameterReflectsNeitherInitialisationNorThePropertyPage)
 {
     EXPECT_EQ(PARAMETER, parameter());
-}
-
-TEST_F(Identity, DriverParameterDoesNotReflectInitialisation)
-{
     initialise(9, 77, 1);
-    EXPECT_EQ(PARAMETER, parameter());
-}
-
-TEST_F(Identity, DriverParameterDoesNotReflectThePropertyPage)
-{
     const QString page = text("%1,%2");
     intf_SetDriverPropertyPage(&page);
     EXPECT_EQ(PARAMETER, parameter());
 }
 
-TEST_F(Identity, PropertyPageReplacesTheText)
+TEST_F(Identity, PropertyPageIsKeptButNotReadBack)
 {
-    QString page = text("old");
-    intf_getDriverPropertyPage(&page);
-    EXPECT_EQ("0_0", page.toStdString());
+    for (const char* set : {"1_2", ""}) {
+        const QString given = text(set);
+        intf_SetDriverPropertyPage(&given);
+        EXPECT_EQ(set, driver.propertyPage.toStdString());
+        QString page = text("old");
+        intf_getDriverPropertyPage(&page);
+        EXPECT_EQ("0_0", page.toStdString());
+    }
 }
 
-TEST_F(Identity, SetPropertyPageIsKept)
+TEST_F(Identity, CallBackIsKeptReplacedAndTakenAway)
 {
-    const QString first = text("1_2");
-    const QString second = text("");
-    intf_SetDriverPropertyPage(&first);
-    EXPECT_EQ("1_2", driver.propertyPage.toStdString());
-    intf_SetDriverPropertyPage(&second);
-    EXPECT_EQ("", driver.propertyPage.toStdString());
-}
-
-TEST_F(Identity, SetPropertyPageIsNotReadBack)
-{
-    const QString set = text("1_2");
-    intf_SetDriverPropertyPage(&set);
-    QString page;
-    intf_getDriverPropertyPage(&page);
-    EXPECT_EQ("0_0", page.toStdString());
-}
-
-TEST_F(Identity, CallBackIsKeptAndReplaced)
-{
-    intf_setAddrValueChangeCallBack(firstCallBack);
-    EXPECT_TRUE(driver.valueChangeCallBack == firstCallBack);
-    intf_setAddrValueChangeCallBack(secondCallBack);
-    EXPECT_TRUE(driver.valueChangeCallBack == secondCallBack);
-}
-
-TEST_F(Identity, CallBackCanBeTakenAway)
-{
-    intf_setAddrValueChangeCallBack(nullptr);
-    EXPECT_TRUE(driver.valueChangeCallBack == nullptr);
+    const auto isKept = [](ValueChangeCallBack callBack) {
+        intf_setAddrValueChangeCallBack(callBack);
+        return driver.valueChangeCallBack == callBack;
+    };
+    EXPECT_TRUE(isKept(firstCallBack));
+    EXPECT_TRUE(isKept(secondCallBack));
+    EXPECT_TRUE(isKept(nullptr));
 }
 
 TEST_F(Identity, NullPointersAreLeftAlone)

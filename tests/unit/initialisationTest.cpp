@@ -52,35 +52,26 @@ TEST_F(Initialisation, ReturnsOneAndSetsTheStatusToZero)
     EXPECT_EQ(0, status);
 }
 
-TEST_F(Initialisation, TakesTheFiveNumbersInOrder)
+TEST_F(Initialisation, LimitIsTheLengthOfWordBlocksAndAnEighthOfThatOfBitBlocks)
 {
-    initialiseWith("11#12#13#14#15");
-    expectNumbers(11, 12, 13, 14, 15);
-}
-
-TEST_F(Initialisation, LimitOf32GivesBlocksOf32WordsAnd256Bits)
-{
-    initialiseWith("0#0#0#3#32");
-    EXPECT_EQ(3, driver.retryLimit);
-    EXPECT_EQ(32, driver.mergeLimit);
-    EXPECT_EQ(256, driver.maxBitBlockLen);
-    EXPECT_EQ(32, driver.maxWordBlockLen);
-}
-
-TEST_F(Initialisation, NegativeLimitGivesNegativeBlockLengths)
-{
-    initialiseWith("0#0#0#3#-4");
-    EXPECT_EQ(-32, driver.maxBitBlockLen);
-    EXPECT_EQ(-4, driver.maxWordBlockLen);
-}
-
-TEST_F(Initialisation, BitBlockLengthWrapsAround)
-{
-    initialiseWith("0#0#0#3#268435455");
-    EXPECT_EQ(INT_MAX - 7, driver.maxBitBlockLen);
-    initialiseWith("0#0#0#3#268435456"); // 2^28 * 8 = 2^31
-    EXPECT_EQ(INT_MIN, driver.maxBitBlockLen);
-    EXPECT_EQ(268435456, driver.maxWordBlockLen);
+    struct
+    {
+        const char* properties;
+        int words;
+        int bits;
+    } const rows[] = {
+        {"0#0#0#3#32", 32, 256},
+        {"0#0#0#3#-4", -4, -32},
+        {"0#0#0#3#268435455", 268435455, INT_MAX - 7},
+        {"0#0#0#3#268435456", 268435456, INT_MIN}, // 2^28 * 8 = 2^31
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.properties);
+        initialiseWith(row.properties);
+        EXPECT_EQ(row.words, driver.mergeLimit);
+        EXPECT_EQ(row.words, driver.maxWordBlockLen);
+        EXPECT_EQ(row.bits, driver.maxBitBlockLen);
+    }
 }
 
 TEST_F(Initialisation, FourPartsChangeNoneOfTheFiveNumbers)
@@ -113,62 +104,43 @@ TEST_F(Initialisation, FourPartsStillStoreThePointersAndClearTheLists)
     expectListsEmpty();
 }
 
-TEST_F(Initialisation, EmptyTextChangesNoneOfTheFiveNumbers)
+TEST_F(Initialisation, TakesFiveNumbersInOrderFromFivePartsOrMore)
 {
-    initialiseWith("11#12#13#14#15");
-    initialiseWith("");
-    expectNumbers(11, 12, 13, 14, 15);
+    struct
+    {
+        const char* properties;
+        int numbers[5];
+    } const rows[] = {
+        {"11#12#13#14#15", {11, 12, 13, 14, 15}},
+        {"", {11, 12, 13, 14, 15}}, // too few parts change nothing
+        {"21#22#23#24#25#16#17", {21, 22, 23, 24, 25}},
+        {"11##13##15", {11, 0, 13, 0, 15}},
+        {"####", {0, 0, 0, 0, 0}},
+        {" 11 #-12#+13#0014#2147483647", {11, -12, 13, 14, 2147483647}},
+        {"11#12#13#14#15#\xC3#\xE2\x82", {11, 12, 13, 14, 15}},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.properties);
+        initialiseWith(row.properties);
+        const int* n = row.numbers;
+        expectNumbers(n[0], n[1], n[2], n[3], n[4]);
+    }
 }
 
-TEST_F(Initialisation, PartsPastTheFifthAreIgnored)
-{
-    initialiseWith("11#12#13#14#15#16#17");
-    expectNumbers(11, 12, 13, 14, 15);
-}
-
-TEST_F(Initialisation, EmptyPartsCountAsPartsAndGiveZero)
-{
-    initialiseWith("11##13##15");
-    expectNumbers(11, 0, 13, 0, 15);
-    initialiseWith("####");
-    expectNumbers(0, 0, 0, 0, 0);
-}
-
+// Latin-1 has a character for every byte. Read as UTF-8, 11 behind a mark of the byte order and 11
+// before a blank would be numbers.
 TEST_F(Initialisation, TextThatIsNotANumberGivesZero)
 {
     for (const char* notANumber :
-         {"x", "12x", "x12", "3.5", "0x10", "1 2", "--1", "99999999999", "2147483648", "\xE9"}) {
+         {"x", "12x", "x12", "3.5", "0x10", "1 2", "--1", "99999999999", "2147483648", "\xE9",
+          "\xEF\xBB\xBF"
+          "11",
+          "11\xC2\xA0", "\x80", "11\xFF"}) {
         SCOPED_TRACE(notANumber);
         driver.callbackContext = 55;
         initialiseWith((std::string(notANumber) + "#2#3#4#5").c_str());
         expectNumbers(0, 2, 3, 4, 5);
     }
-}
-
-TEST_F(Initialisation, NumbersMayHaveASignBlanksAroundThemAndLeadingZeros)
-{
-    initialiseWith(" 11 #-12#+13#0014#2147483647");
-    expectNumbers(11, -12, 13, 14, 2147483647);
-}
-
-// Latin-1 has a character for every byte. Read as UTF-8, the first text is a mark of the byte order
-// and 11, and the second is 11 and a blank.
-TEST_F(Initialisation, ByteFrom0x80OnIsACharacterAndNoPartOfANumber)
-{
-    for (const char* notANumber : {"\xEF\xBB\xBF"
-                                   "11",
-                                   "11\xC2\xA0", "\x80", "11\xFF"}) {
-        SCOPED_TRACE(notANumber);
-        driver.callbackContext = 55;
-        initialiseWith((std::string(notANumber) + "#2#3#4#5").c_str());
-        expectNumbers(0, 2, 3, 4, 5);
-    }
-}
-
-TEST_F(Initialisation, ByteFrom0x80OnInALaterPartLeavesTheFiveNumbers)
-{
-    initialiseWith("11#12#13#14#15#\xC3#\xE2\x82");
-    expectNumbers(11, 12, 13, 14, 15);
 }
 
 TEST_F(Initialisation, PropertyTextStaysAsItWas)

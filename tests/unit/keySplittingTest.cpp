@@ -37,41 +37,30 @@ class KeySplitting : public DriverTest
 {
 };
 
-TEST_F(KeySplitting, AKeyWithinTheLimitPassesWhole)
+TEST_F(KeySplitting, AKeyBeyondTheLimitIsCut)
 {
-    EXPECT_EQ(Texts{"1 MW 3000 x4"}, blocksOf(split(key(1, "MW", 3000, 4), 4)));
-    EXPECT_EQ(Texts{"1 MW 3000 x0"}, blocksOf(split(key(1, "MW", 3000, 0), 4)));
-    EXPECT_EQ(Texts{"1 MW 3000 x-7"}, blocksOf(split(key(1, "MW", 3000, -7), 4)));
-}
-
-TEST_F(KeySplitting, AKeyOneUnitBeyondTheLimitIsCut)
-{
-    EXPECT_EQ((Texts{"1 MW 3000 x4", "1 MW 3004 x1"}), blocksOf(split(key(1, "MW", 3000, 5), 4)));
-}
-
-TEST_F(KeySplitting, TheLastPieceTakesTheRest)
-{
-    EXPECT_EQ((Texts{"1 IX 20 x4", "1 IX 24 x4", "1 IX 28 x2"}),
-              blocksOf(split(key(1, "IX", 20, 10), 4)));
-}
-
-TEST_F(KeySplitting, TheLastPieceIsFullWhenNothingIsLeftOver)
-{
-    EXPECT_EQ((Texts{"1 IX 20 x4", "1 IX 24 x4"}), blocksOf(split(key(1, "IX", 20, 8), 4)));
-}
-
-TEST_F(KeySplitting, ALimitOfOneGivesSingleUnits)
-{
-    EXPECT_EQ((Texts{"1 IX 5 x1", "1 IX 6 x1", "1 IX 7 x1"}),
-              blocksOf(split(key(1, "IX", 5, 3), 1)));
-}
-
-TEST_F(KeySplitting, ALimitBelowOneLetsTheKeyPassWhole)
-{
-    for (int limit : {0, -1, INT_MIN}) {
-        SCOPED_TRACE(limit);
-        EXPECT_EQ(Texts{"1 IX 5 x3"}, blocksOf(split(key(1, "IX", 5, 3), limit)));
-    }
+    struct
+    {
+        const char* key;
+        int maxLen;
+        const char* pieces;
+    } const rows[] = {
+        // A key within the limit passes whole.
+        {"1 MW 3000 x4", 4, "1 MW 3000 x4"},
+        {"1 MW 3000 x0", 4, "1 MW 3000 x0"},
+        {"1 MW 3000 x-7", 4, "1 MW 3000 x-7"},
+        {"1 MW 3000 x5", 4, "1 MW 3000 x4, 1 MW 3004 x1"},
+        // The last piece takes the rest, or is full when nothing is left over.
+        {"1 IX 20 x10", 4, "1 IX 20 x4, 1 IX 24 x4, 1 IX 28 x2"},
+        {"1 IX 20 x8", 4, "1 IX 20 x4, 1 IX 24 x4"},
+        {"1 IX 5 x3", 1, "1 IX 5 x1, 1 IX 6 x1, 1 IX 7 x1"},
+        // A limit below one lets the key pass whole.
+        {"1 IX 5 x3", 0, "1 IX 5 x3"},
+        {"1 IX 5 x3", -1, "1 IX 5 x3"},
+        {"1 IX 5 x3", INT_MIN, "1 IX 5 x3"},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(row.pieces, blockLine(split(keysOf(row.key).at(0), row.maxLen))) << row.maxLen;
 }
 
 TEST_F(KeySplitting, PiecesAreAppended)
@@ -103,11 +92,14 @@ TEST_F(KeySplitting, EveryPieceKeepsTheOtherFieldsOfTheKey)
 
 TEST_F(KeySplitting, ADataByteTravelsWithEachBit)
 {
-    const QList<KEY_ADDRESS> pieces = split(filledKey(10, BYTES), 4, 1);
-    ASSERT_EQ(3, int(pieces.size()));
-    expectData(pieces.at(0), 0, 4);
-    expectData(pieces.at(1), 4, 4);
-    expectData(pieces.at(2), 8, 2);
+    for (int rest : {1, 2}) {
+        SCOPED_TRACE(rest);
+        const QList<KEY_ADDRESS> pieces = split(filledKey(8 + rest, BYTES), 4, 1);
+        ASSERT_EQ(3, int(pieces.size()));
+        expectData(pieces.at(0), 0, 4);
+        expectData(pieces.at(1), 4, 4);
+        expectData(pieces.at(2), 8, rest);
+    }
 }
 
 TEST_F(KeySplitting, TwoDataBytesTravelWithEachWord)

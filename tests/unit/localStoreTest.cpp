@@ -1,57 +1,14 @@
 #include "localStore.h"
-#include "cacheHelpers.h"
-
-#include <functional>
-#include <utility>
+#include "toldHost.h"
 
 namespace {
 
-enum { STATION = 4 };
-
-std::function<void()> whenTold;
-
-void runWhenTold(int, int, QString&, int)
-{
-    whenTold();
-}
-
-class LocalStore : public DriverTest
+class LocalStore : public ToldHostTest
 {
 protected:
-    LocalStore()
-    {
-        driver.callbackContext = CONTEXT;
-    }
-
-    ~LocalStore() override
-    {
-        whenTold = nullptr;
-    }
-
     void store(const char* regName, int addr, int count, std::vector<unsigned char> values)
     {
         write_saveDataToArea(STATION, text(regName), addr, count, values.data());
-    }
-
-    void tellTo(std::function<void()> action)
-    {
-        whenTold = std::move(action);
-        intf_setAddrValueChangeCallBack(runWhenTold);
-    }
-
-    static Bytes written(const char* regName, int address)
-    {
-        return imageBytes(cachedUnit(STATION, regName, address).writeImage);
-    }
-
-    static int pending(const char* regName, int address)
-    {
-        return cachedUnit(STATION, regName, address).writePending;
-    }
-
-    static Notification told(const char* regName, int address)
-    {
-        return {CONTEXT, STATION, regName, address};
     }
 };
 
@@ -77,8 +34,8 @@ TEST_F(LocalStore, TheValueReadFromThePlcIsKept)
     putUnit(STATION, "MX", 3000, 1);
     store("MW", 10, 1, {0x34, 0x12});
     store("MX", 3000, 1, {0});
-    EXPECT_EQ((Bytes{1, 2, 3, 4}), readBytes(STATION, "MW", 10));
-    EXPECT_EQ((Bytes{1, 0, 0, 0}), readBytes(STATION, "MX", 3000));
+    EXPECT_EQ((Bytes{1, 2, 3, 4}), read("MW", 10));
+    EXPECT_EQ((Bytes{1, 0, 0, 0}), read("MX", 3000));
 }
 
 TEST_F(LocalStore, OnlyTheElementsOwnBytesAreStored)
@@ -189,23 +146,15 @@ TEST_F(LocalStore, BitsOfAWordAreReportedWhereTheyDiffer)
 TEST_F(LocalStore, TheHostIsToldBeforeTheValueIsStored)
 {
     putUnit(STATION, "MW", 10, 0x1111, 1);
-    int shownWord = -1;
-    tellTo([&] {
-        unsigned char value[2];
-        intf_getData(STATION, text("MW"), 10, 1, value);
-        shownWord = value[0] + 256 * value[1];
-    });
+    int seen = -1;
+    tellTo([&] { seen = shown("MW", 10); });
     store("MW", 10, 1, {0x22, 0x22});
-    EXPECT_EQ(0x1111, shownWord);
+    EXPECT_EQ(0x1111, seen);
 
-    int shownBit = -1;
-    tellTo([&] {
-        unsigned char value = 9;
-        intf_getData(STATION, text("QX"), 5, 1, &value);
-        shownBit = value;
-    });
+    seen = -1;
+    tellTo([&] { seen = shown("QX", 5); });
     store("QX", 5, 1, {1});
-    EXPECT_EQ(0, shownBit);
+    EXPECT_EQ(0, seen);
 }
 
 TEST_F(LocalStore, ACacheThatGrowsInsideTheCallbackTakesTheValuesAllTheSame)
@@ -249,8 +198,8 @@ TEST_F(LocalStore, PendingBitWritesAreNotCountedForWholeUnits)
 {
     store("MW", 10, 1, {1, 0});
     store("QX", 10, 1, {1});
-    EXPECT_EQ(0u, cachedUnit(STATION, "MW", 10).pendingBitWrites);
-    EXPECT_EQ(0u, cachedUnit(STATION, "QX", 10).pendingBitWrites);
+    EXPECT_EQ(0u, unit("MW", 10).pendingBitWrites);
+    EXPECT_EQ(0u, unit("QX", 10).pendingBitWrites);
 }
 
 TEST_F(LocalStore, AnUnknownAreaStoresNothing)

@@ -1,6 +1,7 @@
 #include "mergeRule.h"
 
 #include "driverFixture.h"
+#include "listTexts.h"
 
 #include <climits>
 
@@ -25,25 +26,18 @@ protected:
     }
 };
 
-TEST_F(MergeRule, KeysOfDifferentStationsStayApart)
+TEST_F(MergeRule, KeysOfOtherStationsOrAreasStayApart)
 {
     for (int mode : {0, 1}) {
-        SCOPED_TRACE(mode);
-        EXPECT_EQ(JOINS, judgeAddrMerge(key(1, "IX", 0, 1), key(1, "IX", 0, 1), mode));
-        EXPECT_EQ(JOINS, judgeAddrMerge(key(1, "MW", 3000, 1), key(1, "MW", 3000, 1), mode));
-        EXPECT_EQ(STAYS_APART, judgeAddrMerge(key(1, "IX", 0, 1), key(2, "IX", 0, 1), mode));
-        EXPECT_EQ(STAYS_APART, judgeAddrMerge(key(1, "MW", 3000, 1), key(2, "MW", 3000, 1), mode));
-    }
-}
-
-TEST_F(MergeRule, KeysOfDifferentAreasStayApart)
-{
-    for (int mode : {0, 1}) {
-        SCOPED_TRACE(mode);
-        EXPECT_EQ(STAYS_APART, judgeAddrMerge(key(1, "IX", 0, 1), key(1, "QX", 0, 1), mode));
-        EXPECT_EQ(JOINS, judgeAddrMerge(key(1, "IW", 0, 1), key(1, "IW", 0, 1), mode));
-        EXPECT_EQ(STAYS_APART, judgeAddrMerge(key(1, "IW", 0, 1), key(1, "QW", 0, 1), mode));
-        EXPECT_EQ(STAYS_APART, judgeAddrMerge(key(1, "IX", 0, 1), key(1, "ix", 0, 1), mode));
+        for (const char* area : {"IX", "IW", "MW"}) {
+            SCOPED_TRACE(testing::Message() << area << " mode " << mode);
+            const KEY_ADDRESS first = key(1, area, 3000, 1);
+            EXPECT_EQ(JOINS, judgeAddrMerge(first, key(1, area, 3000, 1), mode));
+            for (const KEY_ADDRESS& other :
+                 {key(2, area, 3000, 1), key(1, "QX", 3000, 1), key(1, "QW", 3000, 1),
+                  key(1, text(area).toLower().toLatin1().constData(), 3000, 1)})
+                EXPECT_EQ(STAYS_APART, judgeAddrMerge(first, other, mode)) << blockText(other);
+        }
     }
 }
 
@@ -92,43 +86,32 @@ TEST_F(MergeRule, EveryModeButZeroReadsGapsAlong)
     }
 }
 
-TEST_F(MergeRule, InputAndOutputBitsJoinWithinSixteen)
+TEST_F(MergeRule, BitsJoinWithinTheirGroup)
 {
+    struct
+    {
+        const char* area;
+        int from;
+        int mode;
+        int group;
+    } const rows[] = {
+        {"IX", 0, 0, 16},
+        {"IX", 0, 1, 16},
+        {"QX", 0, 0, 16},
+        {"QX", 0, 1, 16},
+        // Both 3000 / 16 and (3000 - 3000) / 16 count, and 3000 is 8 past a multiple of 16.
+        {"MX", 3000, 0, 8},
+        {"MX", 3000, 1, 16},
+    };
     const int everything = 64;
-    for (const char* area : {"IX", "QX"}) {
-        for (int mode : {0, 1}) {
-            for (int a = 0; a < 48; ++a) {
-                for (int b = a; b < 48; ++b) {
-                    SCOPED_TRACE(testing::Message() << area << " " << a << " " << b);
-                    ASSERT_EQ(a / 16 == b / 16 ? JOINS : STAYS_APART,
-                              judge(area, a, everything, b, mode));
-                }
+    for (const auto& row : rows) {
+        for (int a = 0; a < 48; ++a) {
+            for (int b = a; b < 48; ++b) {
+                SCOPED_TRACE(testing::Message()
+                             << row.area << " " << a << " " << b << " mode " << row.mode);
+                ASSERT_EQ(a / row.group == b / row.group ? JOINS : STAYS_APART,
+                          judge(row.area, row.from + a, everything, row.from + b, row.mode));
             }
-        }
-    }
-}
-
-TEST_F(MergeRule, AdjacentMarkersJoinWithinEightFrom3000On)
-{
-    // Both 3000 / 16 and (3000 - 3000) / 16 count, and 3000 is 8 past a multiple of 16.
-    const int everything = 64;
-    for (int a = 0; a < 48; ++a) {
-        for (int b = a; b < 48; ++b) {
-            SCOPED_TRACE(testing::Message() << 3000 + a << " " << 3000 + b);
-            ASSERT_EQ(a / 8 == b / 8 ? JOINS : STAYS_APART,
-                      judge("MX", 3000 + a, everything, 3000 + b, 0));
-        }
-    }
-}
-
-TEST_F(MergeRule, MarkersWithAGapJoinWithinSixteenFrom3000On)
-{
-    const int everything = 64;
-    for (int a = 0; a < 48; ++a) {
-        for (int b = a; b < 48; ++b) {
-            SCOPED_TRACE(testing::Message() << 3000 + a << " " << 3000 + b);
-            ASSERT_EQ(a / 16 == b / 16 ? JOINS : STAYS_APART,
-                      judge("MX", 3000 + a, everything, 3000 + b, 1));
         }
     }
 }

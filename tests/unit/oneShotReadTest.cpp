@@ -18,6 +18,15 @@ const QList<VARIABLE>& queued()
     return driver.condReadList;
 }
 
+struct RequestRow
+{
+    const char* area;
+    int addr;
+    int count;
+    int unitMode;
+    const char* blocks;
+};
+
 } // namespace
 
 class OneShotRead : public DriverTest
@@ -29,85 +38,45 @@ protected:
     }
 };
 
-TEST_F(OneShotRead, AWordRequestIsCutByTheWordLimit)
+TEST_F(OneShotRead, ARequestIsCutByTheLimitOfItsUnitMode)
 {
-    EXPECT_EQ(1, request("MW", 0, 300));
-    EXPECT_EQ((Texts{"1 MW 0 x100", "1 MW 100 x100", "1 MW 200 x100"}), blocksOf(queued()));
+    const RequestRow rows[] = {
+        {"MW", 0, 300, WORDS, "1 MW 0 x100, 1 MW 100 x100, 1 MW 200 x100"},
+        {"MW", 0, 100, WORDS, "1 MW 0 x100"},
+        {"MW", 0, 101, WORDS, "1 MW 0 x100, 1 MW 100 x1"},
+        // 8 x 100 groups a block, and each group is 16 bits.
+        {"IX", 0, 800, BITS, "1 IX 0 x12800"},
+        {"IX", 0, 801, BITS, "1 IX 0 x12800, 1 IX 800 x16"},
+        // The unit mode and not the area chooses the limit.
+        {"IX", 0, 101, WORDS, "1 IX 0 x1600, 1 IX 100 x16"},
+        {"IX", 0, 101, BITS, "1 IX 0 x1616"},
+        {"MW", 3000, 101, WORDS, "1 MW 3000 x100, 1 MW 3100 x1"},
+        {"MW", 3000, 101, BITS, "1 MW 3000 x101"},
+        // Counts of bit areas are groups of sixteen, counts of word areas stay.
+        {"MX", 16, 4, BITS, "1 MX 16 x64"},
+        {"QX", 0, 2, BITS, "1 QX 0 x32"},
+        {"IW", 0, 8, WORDS, "1 IW 0 x8"},
+        {"QW", 0, 9, WORDS, "1 QW 0 x9"},
+        // A request without units queues one block.
+        {"MW", 3000, 0, WORDS, "1 MW 3000 x0"},
+        {"MX", 3000, -2, BITS, "1 MX 3000 x-32"},
+    };
+    for (const RequestRow& row : rows) {
+        driver.condReadList.clear();
+        EXPECT_EQ(1, request(row.area, row.addr, row.count, row.unitMode));
+        EXPECT_EQ(row.blocks, blockLine(queued())) << row.count << ", mode " << row.unitMode;
+    }
 }
 
-TEST_F(OneShotRead, AWordRequestOfTheLimitIsOneBlock)
-{
-    request("MW", 0, 100);
-    EXPECT_EQ(Texts{"1 MW 0 x100"}, blocksOf(queued()));
-}
-
-TEST_F(OneShotRead, AWordRequestOneWordBeyondTheLimitIsTwoBlocks)
-{
-    request("MW", 0, 101);
-    EXPECT_EQ((Texts{"1 MW 0 x100", "1 MW 100 x1"}), blocksOf(queued()));
-}
-
-TEST_F(OneShotRead, ABitRequestOfTheLimitIsOneBlock)
-{
-    request("IX", 0, 800, BITS);
-    EXPECT_EQ(Texts{"1 IX 0 x12800"}, blocksOf(queued()));
-}
-
-TEST_F(OneShotRead, ABitRequestIsCutByTheBitLimit)
-{
-    // 8 x 100 groups a block, and each group is 16 bits.
-    EXPECT_EQ(1, request("IX", 0, 801, BITS));
-    EXPECT_EQ((Texts{"1 IX 0 x12800", "1 IX 800 x16"}), blocksOf(queued()));
-}
-
-TEST_F(OneShotRead, TheUnitModeAndNotTheAreaChoosesTheLimit)
-{
-    request("IX", 0, 101, WORDS);
-    request("IX", 0, 101, BITS);
-    EXPECT_EQ((Texts{"1 IX 0 x1600", "1 IX 100 x16", "1 IX 0 x1616"}), blocksOf(queued()));
-    driver.condReadList.clear();
-    request("MW", 3000, 101, WORDS);
-    request("MW", 3000, 101, BITS);
-    EXPECT_EQ((Texts{"1 MW 3000 x100", "1 MW 3100 x1", "1 MW 3000 x101"}), blocksOf(queued()));
-}
-
-TEST_F(OneShotRead, CountsOfBitAreasAreGroupsOfSixteen)
-{
-    request("MX", 16, 4, BITS);
-    request("IX", 0, 1, BITS);
-    request("QX", 0, 2, BITS);
-    EXPECT_EQ((Texts{"1 MX 16 x64", "1 IX 0 x16", "1 QX 0 x32"}), blocksOf(queued()));
-}
-
-TEST_F(OneShotRead, CountsOfWordAreasStay)
-{
-    request("MW", 3000, 7);
-    request("IW", 0, 8);
-    request("QW", 0, 9);
-    EXPECT_EQ((Texts{"1 MW 3000 x7", "1 IW 0 x8", "1 QW 0 x9"}), blocksOf(queued()));
-}
-
-TEST_F(OneShotRead, EveryBlockCarriesTheHostsId)
-{
-    request("MW", 0, 200, WORDS, 77);
-    EXPECT_EQ(77, queued().at(0).varId);
-    EXPECT_EQ(77, queued().at(1).varId);
-}
-
-TEST_F(OneShotRead, TheBlockQueuedLastIsRemembered)
+TEST_F(OneShotRead, EveryBlockCarriesTheHostsIdAndTheLastIsRemembered)
 {
     request("MW", 0, 250, WORDS, 77);
+    for (int i = 0; i < 3; ++i)
+        EXPECT_EQ(77, queued().at(i).varId) << i;
     EXPECT_EQ("1 MW 200 x50", blockText(driver.condVar));
     EXPECT_EQ(77, driver.condVar.varId);
     request("MX", 3000, 1, BITS, 78);
     EXPECT_EQ("1 MX 3000 x16", blockText(driver.condVar));
-}
-
-TEST_F(OneShotRead, ARequestWithoutUnitsQueuesOneBlock)
-{
-    EXPECT_EQ(1, request("MW", 3000, 0));
-    EXPECT_EQ(1, request("MX", 3000, -2, BITS));
-    EXPECT_EQ((Texts{"1 MW 3000 x0", "1 MX 3000 x-32"}), blocksOf(queued()));
 }
 
 TEST_F(OneShotRead, ARepeatedRequestBehindTheHeadIsRefreshed)
@@ -128,55 +97,24 @@ TEST_F(OneShotRead, ARepeatedRequestAtTheHeadIsQueuedAgain)
 {
     request("MW", 3000, 2, WORDS, 1);
     request("MW", 3000, 2, WORDS, 2);
-    EXPECT_EQ((Texts{"1 MW 3000 x2", "1 MW 3000 x2"}), blocksOf(queued()));
+    EXPECT_EQ("1 MW 3000 x2, 1 MW 3000 x2", blockLine(queued()));
     EXPECT_EQ(1, queued().at(0).varId);
     EXPECT_EQ(2, queued().at(1).varId);
-}
-
-TEST_F(OneShotRead, OfTwoEqualEntriesTheNewerIsRefreshed)
-{
-    for (int i = 0; i < 3; ++i)
-        driver.condReadList.append(variable(1, "MW", 3000, 2));
-    request("MW", 3000, 2, WORDS, 5);
-    ASSERT_EQ(3, int(queued().size()));
-    EXPECT_EQ(0, queued().at(1).varId);
-    EXPECT_EQ(5, queued().at(2).varId);
-}
-
-TEST_F(OneShotRead, EntriesThatDifferInAnyPartOfTheKeyStay)
-{
-    driver.condReadList.append(variable(1, "QX", 0, 1));
-    driver.condReadList.append(variable(2, "MW", 3000, 2));
-    driver.condReadList.append(variable(1, "IW", 3000, 2));
-    driver.condReadList.append(variable(1, "MW", 3001, 2));
-    driver.condReadList.append(variable(1, "MW", 3000, 3));
-    request("MW", 3000, 2);
-    ASSERT_EQ(6, int(queued().size()));
-    EXPECT_EQ("1 MW 3000 x2", blockText(queued().at(5)));
-}
-
-TEST_F(OneShotRead, AQueueOneBlockShortOfItsCapacityGrows)
-{
-    initialise(3, 1);
-    request("MW", 0, CAPACITY - 1);
-    request("IW", 7, 1);
-    ASSERT_EQ(int(CAPACITY), int(queued().size()));
-    EXPECT_EQ("1 MW 511 x1", blockText(queued().at(511)));
-    EXPECT_EQ("1 IW 7 x1", blockText(queued().at(512)));
 }
 
 TEST_F(OneShotRead, AFullQueueTakesTheNewestInPlaceOfItsLast)
 {
     initialise(3, 1);
-    request("MW", 0, CAPACITY);
-    ASSERT_EQ(int(CAPACITY), int(queued().size()));
-    ASSERT_EQ("1 MW 512 x1", blockText(queued().at(512)));
-
-    request("IW", 7, 1);
-    EXPECT_EQ(int(CAPACITY), int(queued().size()));
-    EXPECT_EQ("1 IW 7 x1", blockText(queued().at(512)));
-    EXPECT_EQ("1 MW 511 x1", blockText(queued().at(511)));
-    EXPECT_EQ("1 IW 7 x1", blockText(driver.condVar));
+    for (int before : {CAPACITY - 1, int(CAPACITY)}) {
+        SCOPED_TRACE(before);
+        driver.condReadList.clear();
+        request("MW", 0, before);
+        request("IW", 7, 1);
+        ASSERT_EQ(int(CAPACITY), int(queued().size()));
+        EXPECT_EQ("1 MW 511 x1", blockText(queued().at(511)));
+        EXPECT_EQ("1 IW 7 x1", blockText(queued().at(512)));
+        EXPECT_EQ("1 IW 7 x1", blockText(driver.condVar));
+    }
 }
 
 TEST_F(OneShotRead, ARequestLongerThanTheQueueKeepsItsLastBlock)
@@ -189,43 +127,16 @@ TEST_F(OneShotRead, ARequestLongerThanTheQueueKeepsItsLastBlock)
     EXPECT_EQ("1 MW 599 x1", blockText(queued().at(512)));
 }
 
-TEST_F(OneShotRead, AFullQueueStillRefreshesAnEqualEntry)
-{
-    initialise(3, 1);
-    request("MW", 0, CAPACITY, WORDS, 1);
-    request("MW", 1, 1, WORDS, 2);
-    EXPECT_EQ(2, queued().at(1).varId);
-    EXPECT_EQ("1 MW 512 x1", blockText(queued().at(512)));
-}
-
-TEST_F(OneShotRead, ARepeatOfTheHeadOfAFullQueueReplacesTheLast)
-{
-    initialise(3, 1);
-    request("MW", 0, CAPACITY, WORDS, 1);
-    request("MW", 0, 1, WORDS, 2);
-    EXPECT_EQ(int(CAPACITY), int(queued().size()));
-    EXPECT_EQ(1, queued().at(0).varId);
-    EXPECT_EQ("1 MW 0 x1", blockText(queued().at(512)));
-}
-
-TEST_F(OneShotRead, ARequestForABitOfAUnitQueuesNothing)
+TEST_F(OneShotRead, ARequestForABitOfAUnitOrAnUnknownAreaQueuesNothing)
 {
     request("IW", 7, 1);
-    for (const char* name : {"MW_bit", "MX_bit", "ZZ_bit"}) {
-        SCOPED_TRACE(name);
-        EXPECT_EQ(1, request(name, 3000, 300, BITS));
-        EXPECT_EQ(Texts{"1 IW 7 x1"}, blocksOf(queued()));
-        EXPECT_EQ("1 IW 7 x1", blockText(driver.condVar));
-    }
-}
-
-TEST_F(OneShotRead, ARequestForAnUnknownAreaQueuesNothing)
-{
-    for (const char* name : {"ZZ", "mw", ""}) {
-        SCOPED_TRACE(name);
-        EXPECT_EQ(1, request(name, 3000, 300));
-        EXPECT_EQ(Texts{}, blocksOf(queued()));
-        EXPECT_EQ("0  0 x0", blockText(driver.condVar));
+    for (const char* name : {"MW_bit", "MX_bit", "ZZ_bit", "ZZ", "mw", ""}) {
+        for (int unitMode : {BITS, WORDS}) {
+            SCOPED_TRACE(name);
+            EXPECT_EQ(1, request(name, 3000, 300, unitMode));
+            EXPECT_EQ("1 IW 7 x1", blockLine(queued()));
+            EXPECT_EQ("1 IW 7 x1", blockText(driver.condVar));
+        }
     }
 }
 

@@ -32,14 +32,6 @@ const char* const WIDE[] = {"8", "16", "32"};
 
 } // namespace
 
-TEST_F(PendingWriteDecoding, AChangedValueEndsAPendingWrite)
-{
-    for (const char* unitBits : ALL_WIDTHS) {
-        putPendingWrite(1, "V", 8, 0, 0x22);
-        EXPECT_EQ(0, pendingAfter(unitBits, 0x01)) << unitBits;
-    }
-}
-
 TEST_F(PendingWriteDecoding, AnUnchangedValueKeepsAPendingWrite)
 {
     for (const char* unitBits : ALL_WIDTHS) {
@@ -48,19 +40,18 @@ TEST_F(PendingWriteDecoding, AnUnchangedValueKeepsAPendingWrite)
     }
 }
 
-TEST_F(PendingWriteDecoding, QueuedWritesAloneDoNotKeepIt)
+TEST_F(PendingWriteDecoding, AChangedValueEndsItAndNeitherQueuedWritesNorPendingBitsAloneKeepIt)
 {
-    queueSomeWrite();
     for (const char* unitBits : ALL_WIDTHS) {
-        putPendingWrite(1, "V", 8, 0, 0x22);
-        EXPECT_EQ(0, pendingAfter(unitBits, 0x01)) << unitBits;
-    }
-}
-
-TEST_F(PendingWriteDecoding, PendingBitsAloneDoNotKeepIt)
-{
-    driver.dataAreas[index].pendingBitWrites = 0x40000000u;
-    for (const char* unitBits : ALL_WIDTHS) {
+        for (unsigned pendingBits : {0u, 0x40000000u}) {
+            SCOPED_TRACE(testing::Message() << unitBits << " bits, pending " << pendingBits);
+            driver.writeList.clear();
+            driver.dataAreas[index].pendingBitWrites = pendingBits;
+            putPendingWrite(1, "V", 8, 0, 0x22);
+            EXPECT_EQ(0, pendingAfter(unitBits, 0x01));
+        }
+        driver.dataAreas[index].pendingBitWrites = 0;
+        queueSomeWrite();
         putPendingWrite(1, "V", 8, 0, 0x22);
         EXPECT_EQ(0, pendingAfter(unitBits, 0x01)) << unitBits;
     }

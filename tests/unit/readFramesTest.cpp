@@ -1,8 +1,6 @@
-#include "driverFixture.h"
-#include "requestFrames.h"
+#include "builtRequests.h"
 
 #include <climits>
-#include <cstring>
 
 class ReadFrames : public DriverTest
 {
@@ -20,19 +18,11 @@ struct ReadRow
     const char* request;
 };
 
-FRAME_PRO requestFor(const VARIABLE& wanted)
-{
-    driver.frameQueue.clear();
-    EXPECT_EQ(1, getReadFrame(QList<VARIABLE>() << wanted));
-    EXPECT_EQ(1, int(driver.frameQueue.size()));
-    return driver.frameQueue.isEmpty() ? FRAME_PRO() : driver.frameQueue.at(0);
-}
-
 void expectRead(const ReadRow& row)
 {
     SCOPED_TRACE(std::string(row.area) + " " + std::to_string(row.addr) + " count " +
                  std::to_string(row.count));
-    const FRAME_PRO frame = requestFor(variable(row.station, row.area, row.addr, row.count));
+    const FRAME_PRO frame = readRequestFor(variable(row.station, row.area, row.addr, row.count));
     EXPECT_EQ(row.request, hex(frame));
     EXPECT_EQ(8, frame.sendLen);
     EXPECT_EQ(row.replyBytes, frame.recvLen);
@@ -43,12 +33,12 @@ void expectRead(const ReadRow& row)
 /// First register and number of registers of a bit read, as they are on the wire.
 std::string registersOf(const char* area, int addr, int count)
 {
-    return hex(requestFor(variable(1, area, addr, count))).substr(6, 11);
+    return hex(readRequestFor(variable(1, area, addr, count))).substr(6, 11);
 }
 
 } // namespace
 
-TEST_F(ReadFrames, WordsAreReadByTheirOwnNumberAndCount)
+TEST_F(ReadFrames, WordsAreReadByTheirOwnNumberAndBitsAsTheRegistersThatHoldThem)
 {
     const ReadRow rows[] = {
         // MODBUS Application Protocol V1.1b3, 6.3 and 6.4, for station 17 and closed by pymodbus
@@ -60,15 +50,7 @@ TEST_F(ReadFrames, WordsAreReadByTheirOwnNumberAndCount)
         {"QW", 3, 255, 2, 9, "03 03 00 FF 00 02 F5 D9"},
         {"IW", 2, 255, 4, 13, "02 04 00 FF 00 04 C1 CA"},
         {"QW", 1, 65535, 1, 7, "01 03 FF FF 00 01 84 2E"},
-    };
-    for (const ReadRow& row : rows)
-        expectRead(row);
-}
-
-TEST_F(ReadFrames, BitsAreReadAsTheRegistersThatHoldThem)
-{
-    const ReadRow rows[] = {
-        // pymodbus 3.0's RTU framer: functions 3 and 4 with the registers worked out by hand
+        // functions 3 and 4 with the registers worked out by hand
         {"MX", 5, 3020, 20, 9, "05 03 0B B9 00 02 16 4E"},
         {"QX", 1, 15, 2, 9, "01 03 00 00 00 02 C4 0B"},
         {"QX", 1, 0, 16, 7, "01 03 00 00 00 01 84 0A"},
@@ -83,9 +65,9 @@ TEST_F(ReadFrames, BitsAreReadAsTheRegistersThatHoldThem)
 TEST_F(ReadFrames, FunctionIsFourForInputsAndThreeForAllElse)
 {
     for (const char* area : {"IW", "IX"})
-        EXPECT_EQ(4, requestFor(variable(1, area, 0, 1)).sendBuf[1]) << area;
+        EXPECT_EQ(4, readRequestFor(variable(1, area, 0, 1)).sendBuf[1]) << area;
     for (const char* area : {"MW", "QW", "MX", "QX", "XX", "", "iw", "ix"})
-        EXPECT_EQ(3, requestFor(variable(1, area, 3000, 1)).sendBuf[1]) << area;
+        EXPECT_EQ(3, readRequestFor(variable(1, area, 3000, 1)).sendBuf[1]) << area;
 }
 
 TEST_F(ReadFrames, BitBelowTheMarkerBaseIsTruncatedTowardZero)
@@ -125,7 +107,7 @@ TEST_F(ReadFrames, UnknownAreaIsReadAsBitsWithoutABase)
 TEST_F(ReadFrames, BroadcastIsBuiltNormallyAndExpectsNoReply)
 {
     for (const char* area : {"QW", "QX"}) {
-        const FRAME_PRO frame = requestFor(variable(0, area, 0, 1));
+        const FRAME_PRO frame = readRequestFor(variable(0, area, 0, 1));
         EXPECT_EQ("00 03 00 00 00 01 85 DB", hex(frame)); // pymodbus 3.0's RTU framer
         EXPECT_EQ(8, frame.sendLen);
         EXPECT_EQ(0, frame.recvLen);
@@ -136,13 +118,13 @@ TEST_F(ReadFrames, BroadcastIsBuiltNormallyAndExpectsNoReply)
 
 TEST_F(ReadFrames, OnlyTheLowByteOfTheStationIsSent)
 {
-    EXPECT_EQ("01 03 00 00 00 01 84 0A", hex(requestFor(variable(257, "QW", 0, 1))));
-    EXPECT_EQ(0xFF, requestFor(variable(-1, "QW", 0, 1)).sendBuf[0]);
+    EXPECT_EQ("01 03 00 00 00 01 84 0A", hex(readRequestFor(variable(257, "QW", 0, 1))));
+    EXPECT_EQ(0xFF, readRequestFor(variable(-1, "QW", 0, 1)).sendBuf[0]);
 }
 
 TEST_F(ReadFrames, StationWhoseLowByteIsZeroStillExpectsAReply)
 {
-    const FRAME_PRO frame = requestFor(variable(256, "QW", 0, 1));
+    const FRAME_PRO frame = readRequestFor(variable(256, "QW", 0, 1));
     EXPECT_EQ("00 03 00 00 00 01 85 DB", hex(frame));
     EXPECT_EQ(7, frame.recvLen);
     EXPECT_EQ(3, frame.dataStart);
@@ -181,13 +163,13 @@ TEST_F(ReadFrames, ReplyLengthThatHasNoNumberIsOneThatNoReplyHas)
 {
     // 2 x (2^31 - 1) + 5 and 2 x -2^31 + 5 would wrap to 3 and 5, an empty and an exception
     // reply's.
-    EXPECT_EQ(1, requestFor(variable(1, "QW", 0, INT_MAX)).recvLen);
-    EXPECT_EQ(1, requestFor(variable(1, "QW", 0, INT_MIN)).recvLen);
+    EXPECT_EQ(1, readRequestFor(variable(1, "QW", 0, INT_MAX)).recvLen);
+    EXPECT_EQ(1, readRequestFor(variable(1, "QW", 0, INT_MIN)).recvLen);
     // The last counts on both sides whose length is a number of 32 bits.
-    EXPECT_EQ(INT_MAX, requestFor(variable(1, "QW", 0, 1073741821)).recvLen);
-    EXPECT_EQ(1, requestFor(variable(1, "QW", 0, 1073741822)).recvLen);
-    EXPECT_EQ(INT_MIN + 1, requestFor(variable(1, "QW", 0, -1073741826)).recvLen);
-    EXPECT_EQ(1, requestFor(variable(1, "QW", 0, -1073741827)).recvLen);
+    EXPECT_EQ(INT_MAX, readRequestFor(variable(1, "QW", 0, 1073741821)).recvLen);
+    EXPECT_EQ(1, readRequestFor(variable(1, "QW", 0, 1073741822)).recvLen);
+    EXPECT_EQ(INT_MIN + 1, readRequestFor(variable(1, "QW", 0, -1073741826)).recvLen);
+    EXPECT_EQ(1, readRequestFor(variable(1, "QW", 0, -1073741827)).recvLen);
 }
 
 TEST_F(ReadFrames, FrameCarriesTheVariableAsItWasHandedIn)
@@ -195,13 +177,7 @@ TEST_F(ReadFrames, FrameCarriesTheVariableAsItWasHandedIn)
     VARIABLE wanted = variable(5, "MX", 3020, 20, {1, 0, 1});
     wanted.varId = 77;
     wanted.value[1023] = 9;
-    const FRAME_PRO frame = requestFor(wanted);
-    EXPECT_EQ(77, frame.var.varId);
-    EXPECT_EQ(5, frame.var.station);
-    EXPECT_EQ("MX", frame.var.regName.toStdString());
-    EXPECT_EQ(3020, frame.var.addr);
-    EXPECT_EQ(20, frame.var.count);
-    EXPECT_EQ(0, std::memcmp(wanted.value, frame.var.value, sizeof wanted.value));
+    expectSameVariable(wanted, readRequestFor(wanted).var);
 }
 
 TEST_F(ReadFrames, OnlyTheFirstVariableIsRead)

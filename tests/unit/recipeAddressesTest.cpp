@@ -30,14 +30,6 @@ Texts recipeBlocks()
     return blocksOf(driver.rcpVars);
 }
 
-std::vector<int> offsetsOf(const QVector<_RCP_VAR_PRO>& records)
-{
-    std::vector<int> out;
-    for (int i = 0; i < int(records.size()); ++i)
-        out.push_back(records.at(i).bufOffset);
-    return out;
-}
-
 } // namespace
 
 class RecipeAddresses : public DriverTest
@@ -67,18 +59,14 @@ TEST_F(RecipeAddresses, TheLinkIsTheCallbackContextOfTheProperties)
 TEST_F(RecipeAddresses, WithoutARecordOfThisLinkTheBlocksStay)
 {
     hand({own(1, "MW", 3000), own(1, "MW", 3001)});
-    EXPECT_EQ(0, hand({foreign("IX", 0)}));
-    EXPECT_EQ(Texts{}, staged());
-    EXPECT_EQ((Texts{"1 MW 3000 x1", "1 MW 3001 x1"}), recipeBlocks());
-    EXPECT_EQ((std::vector<int>{0, 1}), numbersOf(driver.blockStartIndex));
-}
-
-TEST_F(RecipeAddresses, AnEmptyListEmptiesTheStagedRecordsOnly)
-{
-    hand({own(1, "MW", 3000)});
-    EXPECT_EQ(0, hand({}));
-    EXPECT_EQ(Texts{}, staged());
-    EXPECT_EQ(Texts{"1 MW 3000 x1"}, recipeBlocks());
+    for (const QVector<_RCP_VAR_PRO>& others :
+         {QVector<_RCP_VAR_PRO>{foreign("IX", 0)}, QVector<_RCP_VAR_PRO>()}) {
+        EXPECT_EQ(0, hand(others));
+        EXPECT_EQ(Texts{}, staged());
+        EXPECT_EQ((Texts{"1 MW 3000 x1", "1 MW 3001 x1"}), recipeBlocks());
+        EXPECT_EQ((std::vector<int>{0, 1}), numbersOf(driver.blockStartIndex));
+        hand({own(1, "MW", 3000), own(1, "MW", 3001)});
+    }
 }
 
 TEST_F(RecipeAddresses, ALaterCallReplacesTheSet)

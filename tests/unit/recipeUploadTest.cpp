@@ -39,6 +39,12 @@ protected:
         }
     }
 
+    void expectBlock(const Notifications& told)
+    {
+        EXPECT_EQ(expected, block);
+        EXPECT_EQ(told, takeNotifications());
+    }
+
     static Notification filled(int word)
     {
         return {0, -1, "RWI", word};
@@ -76,7 +82,7 @@ TEST_F(RecipeUploadDecoding, AWordIsInTheBufferWhenTheHostIsToldOfIt)
     EXPECT_EQ((Bytes{0x02, 0x01, 0x04, 0x03}), bytesWhenTold);
 }
 
-TEST_F(RecipeUploadDecoding, WordsGoToTheBufferLowByteFirst)
+TEST_F(RecipeUploadDecoding, WordsGoToTheBufferLowByteFirstAndAreReportedByTheirPlace)
 {
     stage(3100, 2, 10);
     decode(withChecksum({2, 3, 4, 0x01, 0x02, 0x03, 0x04}), 2, 3100);
@@ -85,14 +91,7 @@ TEST_F(RecipeUploadDecoding, WordsGoToTheBufferLowByteFirst)
     EXPECT_EQ(0x04, int(driver.rcpBuffer[22]));
     EXPECT_EQ(0x03, int(driver.rcpBuffer[23]));
     expectWords(10, {0x0102, 0x0304});
-    EXPECT_EQ(expected, block);
-}
-
-TEST_F(RecipeUploadDecoding, EachFilledWordIsReportedByItsPlaceInTheBuffer)
-{
-    stage(3100, 2, 10);
-    decode(withChecksum({2, 3, 4, 0x01, 0x02, 0x03, 0x04}), 2, 3100);
-    EXPECT_EQ(Notifications({{0, -1, "RWI", 10}, {0, -1, "RWI", 11}}), takeNotifications());
+    expectBlock({{0, -1, "RWI", 10}, {0, -1, "RWI", 11}});
 }
 
 TEST_F(RecipeUploadDecoding, TheCacheTakesTheReplyInFirst)
@@ -115,8 +114,7 @@ TEST_F(RecipeUploadDecoding, UnchangedWordsAreFilledAndReportedAsWell)
     putUnit(STATION, "MW", 3100, 0x0102, 1);
     decode(withChecksum({2, 3, 2, 0x01, 0x02}), 1, 3100);
     expectWords(0, {0x0102});
-    EXPECT_EQ(expected, block);
-    EXPECT_EQ(Notifications({filled(0)}), takeNotifications());
+    expectBlock({filled(0)});
 }
 
 TEST_F(RecipeUploadDecoding, VariablesOfABlockTakeTheirOwnWordsOfTheReply)
@@ -128,8 +126,7 @@ TEST_F(RecipeUploadDecoding, VariablesOfABlockTakeTheirOwnWordsOfTheReply)
     expectWords(30, {0x0102});
     expectWords(5, {0x0102, 0x0304});
     expectWords(40, {0x0506});
-    EXPECT_EQ(expected, block);
-    EXPECT_EQ(Notifications({filled(30), filled(5), filled(6), filled(40)}), takeNotifications());
+    expectBlock({filled(30), filled(5), filled(6), filled(40)});
 }
 
 TEST_F(RecipeUploadDecoding, TheBlockInFlightServesItsOwnVariablesOnly)
@@ -142,8 +139,7 @@ TEST_F(RecipeUploadDecoding, TheBlockInFlightServesItsOwnVariablesOnly)
     driver.rcpIndex = 1;
     decode(withChecksum({2, 3, 2, 0x01, 0x02}), 1, 3200);
     expectWords(1, {0x0102, 0x0102});
-    EXPECT_EQ(expected, block);
-    EXPECT_EQ(Notifications({filled(1), filled(2)}), takeNotifications());
+    expectBlock({filled(1), filled(2)});
 }
 
 TEST_F(RecipeUploadDecoding, TheLastBlockReachesToTheEndOfTheSet)
@@ -163,8 +159,7 @@ TEST_F(RecipeUploadDecoding, WordsBehindTheReplysEndAreFilledWithZero)
     stage(3100, 3, 0);
     decode(bytes({2, 3, 6, 0x01, 0x02, 0x03}), 3, 3100);
     expectWords(0, {0x0102, 0x0300, 0x0000});
-    EXPECT_EQ(expected, block);
-    EXPECT_EQ(Notifications({filled(0), filled(1), filled(2)}), takeNotifications());
+    expectBlock({filled(0), filled(1), filled(2)});
 }
 
 TEST_F(RecipeUploadDecoding, WordsFarOutsideTheReplyAreFilledWithZero)
@@ -191,8 +186,7 @@ TEST_F(RecipeUploadDecoding, AVariableOfNoWordsFillsNothing)
     for (int count : {0, -1, int(LOWEST)})
         stage(3100, count, 0);
     decode(withChecksum({2, 3, 2, 0x01, 0x02}), 1, 3100);
-    EXPECT_EQ(expected, block);
-    EXPECT_EQ(Notifications(), takeNotifications());
+    expectBlock({});
 }
 
 TEST_F(RecipeUploadDecoding, WordsBeforeTheBufferAreNeitherFilledNorReported)
@@ -201,8 +195,7 @@ TEST_F(RecipeUploadDecoding, WordsBeforeTheBufferAreNeitherFilledNorReported)
     stage(3100, 1, LOWEST);
     decode(withChecksum({2, 3, 6, 0x01, 0x02, 0x03, 0x04, 0x05, 0x06}), 3, 3100);
     expectWords(0, {0x0506});
-    EXPECT_EQ(expected, block);
-    EXPECT_EQ(Notifications({filled(0)}), takeNotifications());
+    expectBlock({filled(0)});
 }
 
 TEST_F(RecipeUploadDecoding, WithoutABufferOnlyTheCacheTakesTheReplyIn)
@@ -211,8 +204,7 @@ TEST_F(RecipeUploadDecoding, WithoutABufferOnlyTheCacheTakesTheReplyIn)
     driver.rcpBuffer = 0;
     decode(withChecksum({2, 3, 2, 0x01, 0x02}), 1, 3100);
     EXPECT_EQ(Bytes({0x02, 0x01, 0, 0}), readBytes(STATION, "MW", 3100));
-    EXPECT_EQ(expected, block);
-    EXPECT_EQ(Notifications(), takeNotifications());
+    expectBlock({});
 }
 
 TEST_F(RecipeUploadDecoding, WithoutACallbackTheBufferIsFilledAllTheSame)
@@ -231,8 +223,7 @@ TEST_F(RecipeUploadDecoding, ASetEmptiedMeanwhileIsSkipped)
         driver.rcpIndex = blockIndex;
         decode(withChecksum({2, 3, 2, 0x01, 0x02}), 1, 3100);
     }
-    EXPECT_EQ(expected, block);
-    EXPECT_EQ(Notifications(), takeNotifications());
+    expectBlock({});
     EXPECT_EQ(Bytes({0x02, 0x01, 0, 0}), readBytes(STATION, "MW", 3100));
 }
 
@@ -246,8 +237,7 @@ TEST_F(RecipeUploadDecoding, OfASetShortenedMeanwhileTheRestIsServed)
         decode(withChecksum({2, 3, 2, 0x01, 0x02}), 1, 3200);
     }
     expectWords(1, {0x0102});
-    EXPECT_EQ(expected, block);
-    EXPECT_EQ(Notifications({filled(1)}), takeNotifications());
+    expectBlock({filled(1)});
 }
 
 TEST_F(RecipeUploadDecoding, AnIndexThatNamesNoBlockIsSkipped)
@@ -260,8 +250,7 @@ TEST_F(RecipeUploadDecoding, AnIndexThatNamesNoBlockIsSkipped)
     driver.rcpIndex = 0;
     driver.blockStartIndex.clear();
     decode(withChecksum({2, 3, 2, 0x01, 0x02}), 1, 3100);
-    EXPECT_EQ(expected, block);
-    EXPECT_EQ(Notifications(), takeNotifications());
+    expectBlock({});
 }
 
 TEST_F(RecipeUploadDecoding, OnlyAnUploadFillsTheBuffer)
@@ -271,8 +260,7 @@ TEST_F(RecipeUploadDecoding, OnlyAnUploadFillsTheBuffer)
         driver.frameKind = kind;
         decode(withChecksum({2, 3, 2, 0x01, 0x02}), 1, 3100);
     }
-    EXPECT_EQ(expected, block);
-    EXPECT_EQ(Notifications(), takeNotifications());
+    expectBlock({});
 }
 
 TEST_F(RecipeUploadDecoding, AReplyOfABitAreaIsSpreadByWordsLikeAnyOther)
@@ -287,8 +275,7 @@ TEST_F(RecipeUploadDecoding, AReplyOfAnAreaNobodyKnowsFillsNothing)
 {
     stage(3100, 1, 0);
     decode(withChecksum({2, 3, 2, 0x01, 0x02}), 1, 3100, "XX");
-    EXPECT_EQ(expected, block);
-    EXPECT_EQ(Notifications(), takeNotifications());
+    expectBlock({});
 }
 
 TEST_F(RecipeUploadDecoding, EachFilledWordIsReportedWithAFreshText)

@@ -32,57 +32,48 @@ int startPosition(int n)
 
 } // namespace
 
-TEST_F(SeveralVariablesInAFrame, StartPositionIsThatOfTheFrameAtTheIndex)
-{
-    prepareSeveralVariables(3, 3);
-    EXPECT_EQ(3, startPosition(0));
-    driver.frameIndex = 1;
-    EXPECT_EQ(10, startPosition(0));
-}
-
 TEST_F(SeveralVariablesInAFrame, StartPositionMovesFourBytesForEachVariableBefore)
 {
-    prepareSeveralVariables(3, 3);
-    EXPECT_EQ(7, startPosition(1));
-    EXPECT_EQ(11, startPosition(2));
-    EXPECT_EQ(15, startPosition(3));
-    driver.frameIndex = 1;
-    EXPECT_EQ(18, startPosition(2));
-}
-
-TEST_F(SeveralVariablesInAFrame, StartPositionStopsAtTheVariablesOfTheFrame)
-{
-    prepareSeveralVariables(2, 3);
-    EXPECT_EQ(7, startPosition(1));
-    EXPECT_EQ(11, startPosition(2));
-    EXPECT_EQ(11, startPosition(3));
-    EXPECT_EQ(11, startPosition(INT_MAX));
-}
-
-TEST_F(SeveralVariablesInAFrame, StartPositionStopsAtTheVariablesThatThereAre)
-{
-    prepareSeveralVariables(9, 2);
-    EXPECT_EQ(7, startPosition(1));
-    EXPECT_EQ(11, startPosition(2));
-    EXPECT_EQ(11, startPosition(3));
-    EXPECT_EQ(11, startPosition(9));
-    driver.curReadList.clear();
-    EXPECT_EQ(3, startPosition(9));
-}
-
-TEST_F(SeveralVariablesInAFrame, StartPositionStaysWithoutVariablesInTheFrame)
-{
-    prepareSeveralVariables(0, 3);
-    EXPECT_EQ(3, startPosition(2));
-    driver.varsInFrame = -1;
-    EXPECT_EQ(3, startPosition(2));
-}
-
-TEST_F(SeveralVariablesInAFrame, StartPositionStaysForANumberBelowZero)
-{
-    prepareSeveralVariables(3, 3);
-    EXPECT_EQ(3, startPosition(-1));
-    EXPECT_EQ(3, startPosition(INT_MIN));
+    struct
+    {
+        int varsInFrame;
+        int elements;
+        int frameIndex;
+        int n;
+        int position;
+    } const rows[] = {
+        {3, 3, 0, 0, 3},
+        {3, 3, 1, 0, 10},
+        {3, 3, 0, 1, 7},
+        {3, 3, 0, 2, 11},
+        {3, 3, 0, 3, 15},
+        {3, 3, 1, 2, 18},
+        // It stops at the variables of the frame.
+        {2, 3, 0, 1, 7},
+        {2, 3, 0, 2, 11},
+        {2, 3, 0, 3, 11},
+        {2, 3, 0, INT_MAX, 11},
+        // It stops at the variables that there are.
+        {9, 2, 0, 1, 7},
+        {9, 2, 0, 2, 11},
+        {9, 2, 0, 3, 11},
+        {9, 2, 0, 9, 11},
+        {9, 0, 0, 9, 3},
+        // It stays without variables in the frame, and for a number below zero.
+        {0, 3, 0, 2, 3},
+        {-1, 3, 0, 2, 3},
+        {3, 3, 0, -1, 3},
+        {3, 3, 0, INT_MIN, 3},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(testing::Message() << row.n << " of " << row.varsInFrame << ", "
+                                        << row.elements << " there, frame " << row.frameIndex);
+        driver.frameQueue.clear();
+        driver.curReadList.clear();
+        prepareSeveralVariables(row.varsInFrame, row.elements);
+        driver.frameIndex = row.frameIndex;
+        EXPECT_EQ(row.position, startPosition(row.n));
+    }
 }
 
 TEST_F(SeveralVariablesInAFrame, StartPositionOfNoFrameIsZero)

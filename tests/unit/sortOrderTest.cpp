@@ -12,14 +12,6 @@ _RCP_VAR_PRO numbered(const char* area, int addr, int number, int station = 0)
     return recipeVariable(0, station, area, addr, 1, number);
 }
 
-std::vector<int> numbersIn(const QVector<_RCP_VAR_PRO>& records)
-{
-    std::vector<int> out;
-    for (int i = 0; i < int(records.size()); ++i)
-        out.push_back(records.at(i).bufOffset);
-    return out;
-}
-
 } // namespace
 
 class SortOrder : public DriverTest
@@ -37,20 +29,6 @@ TEST_F(SortOrder, EachAreaWeighs65535MoreThanTheOneBefore)
     }
 }
 
-TEST_F(SortOrder, AStationWeighsSixAreas)
-{
-    // (1 x 6 + 0) x 65535 + 3000 and (2 x 6 + 5) x 65535 + 4095
-    EXPECT_EQ(396210, getRegAddressWeight(1, text("MW"), 3000));
-    EXPECT_EQ(1118190, getRegAddressWeight(2, text("QX"), 4095));
-}
-
-TEST_F(SortOrder, AnAbsentNameWeighsOneAreaLess)
-{
-    // (1 x 6 - 1) x 65535 + 7
-    EXPECT_EQ(327682, getRegAddressWeight(1, text("ZZ"), 7));
-    EXPECT_EQ(-65535, getRegAddressWeight(0, text("mw"), 0));
-}
-
 TEST_F(SortOrder, PositionsAreThoseOfTheDriversOwnNames)
 {
     driver.regNames.clear();
@@ -60,12 +38,27 @@ TEST_F(SortOrder, PositionsAreThoseOfTheDriversOwnNames)
     EXPECT_EQ(458750, getRegAddressWeight(3, text("MW"), 5));
 }
 
-TEST_F(SortOrder, WeightsWrapAroundAt32Bits)
+TEST_F(SortOrder, AStationWeighsSixAreasInWrappingNumbersOf32Bits)
 {
-    // 60000 x 65535 - 2^32, 65535 + 2^31 - 1 - 2^32, and 6 x -2^31, a multiple of 2^32
-    EXPECT_EQ(-362867296, getRegAddressWeight(10000, text("MW"), 0));
-    EXPECT_EQ(-2147418114, getRegAddressWeight(0, text("IW"), INT_MAX));
-    EXPECT_EQ(42, getRegAddressWeight(INT_MIN, text("MW"), 42));
+    struct
+    {
+        int station;
+        const char* area;
+        int addr;
+        int weight;
+    } const rows[] = {
+        {1, "MW", 3000, 396210},  // (1 x 6 + 0) x 65535 + 3000
+        {2, "QX", 4095, 1118190}, // (2 x 6 + 5) x 65535 + 4095
+        // An absent name weighs one area less than the station's first.
+        {1, "ZZ", 7, 327682}, // (1 x 6 - 1) x 65535 + 7
+        {0, "mw", 0, -65535},
+        {10000, "MW", 0, -362867296},    // 60000 x 65535 - 2^32
+        {0, "IW", INT_MAX, -2147418114}, // 65535 + 2^31 - 1 - 2^32
+        {INT_MIN, "MW", 42, 42},         // 6 x -2^31 is a multiple of 2^32
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(row.weight, getRegAddressWeight(row.station, text(row.area), row.addr))
+            << row.station << " " << row.area << " " << row.addr;
 }
 
 TEST_F(SortOrder, RecordsSortByStationThenAreaThenAddress)
@@ -75,7 +68,7 @@ TEST_F(SortOrder, RecordsSortByStationThenAreaThenAddress)
         numbered("IW", 255, 3, 1),  numbered("MW", 7, 2, 1), numbered("QX", 4095, 1, 0),
     };
     sortByRegAddressWeight<qint32>(records);
-    EXPECT_EQ((std::vector<int>{1, 2, 3, 4, 5, 6}), numbersIn(records));
+    EXPECT_EQ((std::vector<int>{1, 2, 3, 4, 5, 6}), offsetsOf(records));
 }
 
 TEST_F(SortOrder, EqualWeightsKeepTheirOrder)
@@ -86,7 +79,7 @@ TEST_F(SortOrder, EqualWeightsKeepTheirOrder)
         numbered("MW", 65535, 4), numbered("MW", 3, 5), numbered("IW", 0, 6),
     };
     sortByRegAddressWeight<qint32>(records);
-    EXPECT_EQ((std::vector<int>{3, 5, 1, 2, 4, 6}), numbersIn(records));
+    EXPECT_EQ((std::vector<int>{3, 5, 1, 2, 4, 6}), offsetsOf(records));
 }
 
 TEST_F(SortOrder, ManyEqualWeightsKeepTheirOrder)
@@ -98,23 +91,17 @@ TEST_F(SortOrder, ManyEqualWeightsKeepTheirOrder)
         expected.push_back(i);
     }
     sortByRegAddressWeight<quint32>(records);
-    EXPECT_EQ(expected, numbersIn(records));
+    EXPECT_EQ(expected, offsetsOf(records));
 }
 
-TEST_F(SortOrder, ASignedSortPutsNegativeWeightsFirst)
-{
-    QVector<_RCP_VAR_PRO> records{numbered("MW", 5, 1), numbered("MW", -1, 2),
-                                  numbered("MW", 0, 3)};
-    sortByRegAddressWeight<qint32>(records);
-    EXPECT_EQ((std::vector<int>{2, 3, 1}), numbersIn(records));
-}
-
-TEST_F(SortOrder, AnUnsignedSortPutsNegativeWeightsLast)
+TEST_F(SortOrder, ASignedSortPutsNegativeWeightsFirstAndAnUnsignedOneLast)
 {
     QVector<_RCP_VAR_PRO> records{numbered("MW", -1, 1), numbered("MW", 5, 2),
                                   numbered("MW", -2, 3), numbered("MW", 0, 4)};
+    sortByRegAddressWeight<qint32>(records);
+    EXPECT_EQ((std::vector<int>{3, 1, 4, 2}), offsetsOf(records));
     sortByRegAddressWeight<quint32>(records);
-    EXPECT_EQ((std::vector<int>{4, 2, 3, 1}), numbersIn(records));
+    EXPECT_EQ((std::vector<int>{4, 2, 3, 1}), offsetsOf(records));
 }
 
 TEST_F(SortOrder, AWholeRecordMoves)

@@ -152,34 +152,28 @@ TEST_F(SendableRecipe, LongestToReadIsNotBoundedByTheRequest)
     EXPECT_EQ(1205, frame.recvLen); // 2 x 600 + 5
 }
 
-TEST_F(SendableRecipe, OfNoUnitsIsARequestWithoutData)
-{
-    start("MW", 0, DOWN);
-    EXPECT_EQ(hex(withChecksum({1, 16, 0x0B, 0xB8, 0, 0, 0})), hex(frame));
-}
-
-TEST_F(SendableRecipe, OfNoBitsIsARequestWithoutData)
-{
-    start("QX", 0, DOWN);
-    EXPECT_EQ(hex(withChecksum({1, 15, 0x0B, 0xB8, 0, 0, 0})), hex(frame));
-}
-
-TEST_F(SendableRecipe, OfOneWordAtTheStartOfTheBufferIsWritten)
+TEST_F(SendableRecipe, OfNoUnitsOrOfOneAtTheStartOfTheBufferIsTransferred)
 {
     recipe[0] = 0x34;
     recipe[1] = 0x12;
-    start("MW", 1, DOWN);
-    EXPECT_EQ(hex(withChecksum({1, 6, 0x0B, 0xB8, 0x12, 0x34})), hex(frame));
-}
-
-TEST_F(SendableRecipe, OfOneWordAtTheStartOfTheBufferIsRead)
-{
-    start("MW", 1, UP);
-    EXPECT_EQ(hex(withChecksum({1, 3, 0x0B, 0xB8, 0, 1})), hex(frame));
-}
-
-TEST_F(SendableRecipe, OfNoUnitsIsAReadOfNothing)
-{
-    start("MW", 0, UP);
-    EXPECT_EQ(hex(withChecksum({1, 3, 0x0B, 0xB8, 0, 0})), hex(frame));
+    struct
+    {
+        const char* area;
+        int count;
+        RecipeFlag flag;
+        QByteArray request;
+    } const rows[] = {
+        {"MW", 0, DOWN, withChecksum({1, 16, 0x0B, 0xB8, 0, 0, 0})},
+        {"QX", 0, DOWN, withChecksum({1, 15, 0x0B, 0xB8, 0, 0, 0})},
+        {"MW", 1, DOWN, withChecksum({1, 6, 0x0B, 0xB8, 0x12, 0x34})},
+        {"MW", 0, UP, withChecksum({1, 3, 0x0B, 0xB8, 0, 0})},
+        {"MW", 1, UP, withChecksum({1, 3, 0x0B, 0xB8, 0, 1})},
+    };
+    for (const auto& row : rows) {
+        initialise();
+        driver.rcpVars.clear();
+        shared[DOWN] = shared[UP] = 0;
+        start(row.area, row.count, row.flag);
+        EXPECT_EQ(hex(row.request), hex(frame)) << row.area << " x" << row.count;
+    }
 }

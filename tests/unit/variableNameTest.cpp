@@ -30,20 +30,15 @@ const NAME_CASE NAMES[] = {
 
 } // namespace
 
-TEST(VariableNames, TheAreaStandsBeforeTheFirstUnderscore)
+// The area stands before the first underscore, the suffix behind it. A name with "_bit" anywhere,
+// in lower case, is that of a bit of a unit.
+TEST(VariableNames, HaveAnAreaASuffixAndNameABitOfAUnit)
 {
-    for (const NAME_CASE& row : NAMES)
-        EXPECT_EQ(row.area, areaPart(QString::fromLatin1(row.name)).toStdString()) << row.name;
-}
-
-TEST(VariableNames, TheSuffixStandsBehindTheFirstUnderscore)
-{
-    for (const NAME_CASE& row : NAMES)
-        EXPECT_EQ(row.suffix, suffixPart(QString::fromLatin1(row.name)).toStdString()) << row.name;
-}
-
-TEST(VariableNames, ANameWithLowerCaseBitSuffixAnywhereIsABitOfAUnit)
-{
-    for (const NAME_CASE& row : NAMES)
-        EXPECT_EQ(row.isBit, namesBitOfUnit(QString::fromLatin1(row.name))) << row.name;
+    for (const NAME_CASE& row : NAMES) {
+        SCOPED_TRACE(row.name);
+        const QString name = QString::fromLatin1(row.name);
+        EXPECT_EQ(row.area, areaPart(name).toStdString());
+        EXPECT_EQ(row.suffix, suffixPart(name).toStdString());
+        EXPECT_EQ(row.isBit, namesBitOfUnit(name));
+    }
 }

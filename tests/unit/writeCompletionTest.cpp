@@ -1,52 +1,21 @@
 #include "writeCompletion.h"
-#include "cacheHelpers.h"
-
-#include <functional>
-#include <utility>
+#include "toldHost.h"
 
 namespace {
 
-enum { STATION = 4, CONFIRMED = 1, FAILED = 0 };
-
-std::function<void()> whenTold;
-
-void runWhenTold(int, int, QString&, int)
-{
-    whenTold();
-}
-
-class WriteCompletion : public DriverTest
+class WriteCompletion : public ToldHostTest
 {
 protected:
-    WriteCompletion()
+    /// A write on its way to a monitored unit.
+    static void putMonitored(const char* regName, int addr, unsigned readValue, unsigned written)
     {
-        driver.callbackContext = CONTEXT;
-    }
-
-    ~WriteCompletion() override
-    {
-        whenTold = nullptr;
+        const int index = putPendingWrite(STATION, regName, addr, readValue, written);
+        driver.dataAreas[index].monitorFlags = 1;
     }
 
     void complete(const char* regName, int addr, int count, int ok)
     {
         _write_FailOrSuc(STATION, text(regName), addr, count, ok);
-    }
-
-    void tellTo(std::function<void()> action)
-    {
-        whenTold = std::move(action);
-        intf_setAddrValueChangeCallBack(runWhenTold);
-    }
-
-    static int pending(const char* regName, int address)
-    {
-        return cachedUnit(STATION, regName, address).writePending;
-    }
-
-    static Notification told(const char* regName, int address)
-    {
-        return {CONTEXT, STATION, regName, address};
     }
 };
 
@@ -54,28 +23,25 @@ protected:
 
 TEST_F(WriteCompletion, AConfirmedWordBecomesTheReadValueSilently)
 {
-    const int index = putPendingWrite(STATION, "MW", 5, 7, 0x1234);
-    driver.dataAreas[index].monitorFlags = 1;
+    putMonitored("MW", 5, 7, 0x1234);
     complete("MW", 5, 1, CONFIRMED);
-    EXPECT_EQ((Bytes{0x34, 0x12, 0, 0}), readBytes(STATION, "MW", 5));
+    EXPECT_EQ((Bytes{0x34, 0x12, 0, 0}), read("MW", 5));
     EXPECT_EQ(0, pending("MW", 5));
     EXPECT_EQ(Notifications(), takeNotifications());
 }
 
 TEST_F(WriteCompletion, AFailedWordFallsBackToTheReadValueAndIsReported)
 {
-    const int index = putPendingWrite(STATION, "MW", 5, 7, 0x1234);
-    driver.dataAreas[index].monitorFlags = 1;
+    putMonitored("MW", 5, 7, 0x1234);
     complete("MW", 5, 1, FAILED);
-    EXPECT_EQ((Bytes{7, 0, 0, 0}), readBytes(STATION, "MW", 5));
+    EXPECT_EQ((Bytes{7, 0, 0, 0}), read("MW", 5));
     EXPECT_EQ(0, pending("MW", 5));
     EXPECT_EQ((Notifications{told("MW", 5)}), takeNotifications());
 }
 
 TEST_F(WriteCompletion, AFailedWordIsReportedEvenIfNothingChanges)
 {
-    const int index = putPendingWrite(STATION, "MW", 5, 7, 7);
-    driver.dataAreas[index].monitorFlags = 1;
+    putMonitored("MW", 5, 7, 7);
     complete("MW", 5, 1, FAILED);
     EXPECT_EQ((Notifications{told("MW", 5)}), takeNotifications());
 }
@@ -100,7 +66,7 @@ TEST_F(WriteCompletion, AConfirmedBitBecomesTheReadValueSilently)
 {
     putPendingWrite(STATION, "MX", 3000, 0, 1);
     complete("MX", 3000, 1, CONFIRMED);
-    EXPECT_EQ((Bytes{1, 0, 0, 0}), readBytes(STATION, "MX", 3000));
+    EXPECT_EQ((Bytes{1, 0, 0, 0}), read("MX", 3000));
     EXPECT_EQ(0, pending("MX", 3000));
     EXPECT_EQ(Notifications(), takeNotifications());
 }
@@ -111,7 +77,7 @@ TEST_F(WriteCompletion, AFailedBitFallsBackAndIsReportedOnceMonitoredOrNot)
         const int index = putPendingWrite(STATION, "MX", 3000, 0, 1);
         driver.dataAreas[index].monitorFlags = flags;
         complete("MX", 3000, 1, FAILED);
-        EXPECT_EQ((Bytes{0, 0, 0, 0}), readBytes(STATION, "MX", 3000));
+        EXPECT_EQ((Bytes{0, 0, 0, 0}), read("MX", 3000));
         EXPECT_EQ(0, pending("MX", 3000));
         EXPECT_EQ((Notifications{told("MX", 3000)}), takeNotifications());
     }
@@ -131,8 +97,8 @@ TEST_F(WriteCompletion, OnlyTheResultOneConfirms)
         putPendingWrite(STATION, "QX", 5, 0, 1);
         complete("MW", 5, 1, result);
         complete("QX", 5, 1, result);
-        EXPECT_EQ((Bytes{7, 0, 0, 0}), readBytes(STATION, "MW", 5)) << result;
-        EXPECT_EQ((Bytes{0, 0, 0, 0}), readBytes(STATION, "QX", 5)) << result;
+        EXPECT_EQ((Bytes{7, 0, 0, 0}), read("MW", 5)) << result;
+        EXPECT_EQ((Bytes{0, 0, 0, 0}), read("QX", 5)) << result;
         EXPECT_EQ((Notifications{told("QX", 5)}), takeNotifications());
     }
 }
@@ -143,18 +109,18 @@ TEST_F(WriteCompletion, OnlyTheElementsOwnBytesAreTakenOver)
     putPendingWrite(STATION, "QX", 5, 0x04030201, 0xDDCCBBAA);
     complete("MW", 5, 1, CONFIRMED);
     complete("QX", 5, 1, CONFIRMED);
-    EXPECT_EQ((Bytes{0xAA, 0xBB, 3, 4}), readBytes(STATION, "MW", 5));
-    EXPECT_EQ((Bytes{0xAA, 2, 3, 4}), readBytes(STATION, "QX", 5));
+    EXPECT_EQ((Bytes{0xAA, 0xBB, 3, 4}), read("MW", 5));
+    EXPECT_EQ((Bytes{0xAA, 2, 3, 4}), read("QX", 5));
 }
 
 TEST_F(WriteCompletion, TheWrittenBytesStayBehind)
 {
     putPendingWrite(STATION, "MW", 5, 0, 0x1234);
     complete("MW", 5, 1, CONFIRMED);
-    EXPECT_EQ((Bytes{0x34, 0x12, 0, 0}), imageBytes(cachedUnit(STATION, "MW", 5).writeImage));
+    EXPECT_EQ((Bytes{0x34, 0x12, 0, 0}), written("MW", 5));
     putPendingWrite(STATION, "QX", 5, 0, 1);
     complete("QX", 5, 1, FAILED);
-    EXPECT_EQ((Bytes{1, 0, 0, 0}), imageBytes(cachedUnit(STATION, "QX", 5).writeImage));
+    EXPECT_EQ((Bytes{1, 0, 0, 0}), written("QX", 5));
 }
 
 TEST_F(WriteCompletion, AConfirmedWriteCountsThoughAReadEndedItsPendingStateBefore)
@@ -162,7 +128,7 @@ TEST_F(WriteCompletion, AConfirmedWriteCountsThoughAReadEndedItsPendingStateBefo
     const int word = putPendingWrite(STATION, "MW", 5, 7, 0x1234);
     driver.dataAreas[word].writePending = 0;
     complete("MW", 5, 1, CONFIRMED);
-    EXPECT_EQ((Bytes{0x34, 0x12, 0, 0}), readBytes(STATION, "MW", 5));
+    EXPECT_EQ((Bytes{0x34, 0x12, 0, 0}), read("MW", 5));
 }
 
 TEST_F(WriteCompletion, EveryElementIsCompletedInOrder)
@@ -173,8 +139,8 @@ TEST_F(WriteCompletion, EveryElementIsCompletedInOrder)
     }
     complete("MW", 1, 2, CONFIRMED);
     EXPECT_EQ(1, pending("MW", 0));
-    EXPECT_EQ((Bytes{11, 0, 0, 0}), readBytes(STATION, "MW", 1));
-    EXPECT_EQ((Bytes{12, 0, 0, 0}), readBytes(STATION, "MW", 2));
+    EXPECT_EQ((Bytes{11, 0, 0, 0}), read("MW", 1));
+    EXPECT_EQ((Bytes{12, 0, 0, 0}), read("MW", 2));
     EXPECT_EQ(1, pending("MW", 3));
     complete("QX", 1, 2, FAILED);
     EXPECT_EQ((Notifications{told("QX", 1), told("QX", 2)}), takeNotifications());
@@ -188,32 +154,24 @@ TEST_F(WriteCompletion, AUnitThatIsMissingIsMade)
     complete("MW", 5, 1, CONFIRMED);
     complete("QX", 5, 1, FAILED);
     EXPECT_EQ(2, int(driver.dataAreas.size()));
-    EXPECT_EQ((Bytes{0, 0, 0, 0}), readBytes(STATION, "MW", 5));
-    EXPECT_EQ((Bytes{0, 0, 0, 0}), readBytes(STATION, "QX", 5));
+    EXPECT_EQ((Bytes{0, 0, 0, 0}), read("MW", 5));
+    EXPECT_EQ((Bytes{0, 0, 0, 0}), read("QX", 5));
     EXPECT_EQ((Notifications{told("QX", 5)}), takeNotifications());
 }
 
 TEST_F(WriteCompletion, TheHostSeesTheReadValueWhenItIsTold)
 {
-    driver.dataAreas[putPendingWrite(STATION, "MW", 5, 0x0707, 0x1234)].monitorFlags = 1;
-    int word = -1;
-    tellTo([&] {
-        unsigned char value[2];
-        intf_getData(STATION, text("MW"), 5, 1, value);
-        word = value[0] + 256 * value[1];
-    });
+    putMonitored("MW", 5, 0x0707, 0x1234);
+    int seen = -1;
+    tellTo([&] { seen = shown("MW", 5); });
     complete("MW", 5, 1, FAILED);
-    EXPECT_EQ(0x0707, word);
+    EXPECT_EQ(0x0707, seen);
 
     putPendingWrite(STATION, "QX", 5, 0, 1);
-    int bit = -1;
-    tellTo([&] {
-        unsigned char value = 9;
-        intf_getData(STATION, text("QX"), 5, 1, &value);
-        bit = value;
-    });
+    seen = -1;
+    tellTo([&] { seen = shown("QX", 5); });
     complete("QX", 5, 1, FAILED);
-    EXPECT_EQ(0, bit);
+    EXPECT_EQ(0, seen);
 }
 
 TEST_F(WriteCompletion, ACacheThatGrowsInsideTheCallbackIsCompletedAllTheSame)
@@ -233,7 +191,7 @@ TEST_F(WriteCompletion, ACacheThatGrowsInsideTheCallbackIsCompletedAllTheSame)
 TEST_F(WriteCompletion, WithoutACallbackTheCacheFallsBackAllTheSame)
 {
     intf_setAddrValueChangeCallBack(nullptr);
-    driver.dataAreas[putPendingWrite(STATION, "MW", 5, 7, 9)].monitorFlags = 1;
+    putMonitored("MW", 5, 7, 9);
     putPendingWrite(STATION, "QX", 5, 0, 1);
     complete("MW", 5, 1, FAILED);
     complete("QX", 5, 1, FAILED);
@@ -249,7 +207,7 @@ TEST_F(WriteCompletion, AnUnknownAreaCompletesNothing)
         complete(area, 5, 1, CONFIRMED);
         complete(area, 5, 1, FAILED);
         EXPECT_EQ(1, pending(area, 5)) << area;
-        EXPECT_EQ((Bytes{7, 0, 0, 0}), readBytes(STATION, area, 5)) << area;
+        EXPECT_EQ((Bytes{7, 0, 0, 0}), read(area, 5)) << area;
         EXPECT_EQ(1, int(driver.dataAreas.size())) << area;
     }
     EXPECT_EQ(Notifications(), takeNotifications());
@@ -274,7 +232,7 @@ TEST_F(WriteCompletion, AddressesAreNotChecked)
             putPendingWrite(STATION, area, address, 0, 1);
             complete(area, address, 1, CONFIRMED);
             EXPECT_EQ(0, pending(area, address));
-            EXPECT_EQ((Bytes{1, 0, 0, 0}), readBytes(STATION, area, address));
+            EXPECT_EQ((Bytes{1, 0, 0, 0}), read(area, address));
         }
     }
 }

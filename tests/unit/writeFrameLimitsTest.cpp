@@ -1,5 +1,4 @@
-#include "driverFixture.h"
-#include "requestFrames.h"
+#include "builtRequests.h"
 
 #include <climits>
 
@@ -9,17 +8,9 @@ class WriteFrameLimits : public DriverTest
 
 namespace {
 
-FRAME_PRO requestFor(const VARIABLE& written)
-{
-    driver.frameQueue.clear();
-    getWriteFrame(written);
-    EXPECT_EQ(1, int(driver.frameQueue.size()));
-    return driver.frameQueue.isEmpty() ? FRAME_PRO() : driver.frameQueue.at(0);
-}
-
 std::string request(const VARIABLE& written)
 {
-    return hex(requestFor(written));
+    return hex(writeRequestFor(written));
 }
 
 VARIABLE rampOfWords(int count)
@@ -61,13 +52,15 @@ void expectUnsendable(const FRAME_PRO& frame)
 
 TEST_F(WriteFrameLimits, ByteCountOfWordsIsKeptModulo256)
 {
-    EXPECT_EQ("01 10 0B B8 00 7F FE 01 00 … 7F 7E E5 13", ends(requestFor(rampOfWords(127)), 9, 4));
-    EXPECT_EQ("01 10 0B B8 00 80 00 01 00 … 80 7F 67 36", ends(requestFor(rampOfWords(128)), 9, 4));
+    EXPECT_EQ("01 10 0B B8 00 7F FE 01 00 … 7F 7E E5 13",
+              ends(writeRequestFor(rampOfWords(127)), 9, 4));
+    EXPECT_EQ("01 10 0B B8 00 80 00 01 00 … 80 7F 67 36",
+              ends(writeRequestFor(rampOfWords(128)), 9, 4));
 }
 
 TEST_F(WriteFrameLimits, LongestWordWriteFillsTheFrame)
 {
-    const FRAME_PRO frame = requestFor(rampOfWords(507));
+    const FRAME_PRO frame = writeRequestFor(rampOfWords(507));
     EXPECT_EQ(1023, frame.sendLen);
     EXPECT_EQ("01 10 0B B8 01 FB F6 01 00 … FB 04 2E BB", ends(frame, 9, 4));
     EXPECT_EQ(8, frame.recvLen);
@@ -76,8 +69,8 @@ TEST_F(WriteFrameLimits, LongestWordWriteFillsTheFrame)
 TEST_F(WriteFrameLimits, LongestBitWriteTakesTheWholeValue)
 {
     EXPECT_EQ("01 0F 0B B8 03 FF 80 49 92 24 … 49 12 AA F6",
-              ends(requestFor(everyThirdBit(1023)), 10, 4));
-    const FRAME_PRO frame = requestFor(everyThirdBit(1024));
+              ends(writeRequestFor(everyThirdBit(1023)), 10, 4));
+    const FRAME_PRO frame = writeRequestFor(everyThirdBit(1024));
     EXPECT_EQ(137, frame.sendLen);
     EXPECT_EQ("01 0F 0B B8 04 00 80 49 92 24 … 49 92 30 41", ends(frame, 10, 4));
     EXPECT_EQ(8, frame.recvLen);
@@ -87,22 +80,22 @@ TEST_F(WriteFrameLimits, MoreThanFitsIsUnsendable)
 {
     for (int count : {508, 512, 513, 1024, 65536, INT_MAX}) {
         SCOPED_TRACE(std::to_string(count) + " words");
-        expectUnsendable(requestFor(rampOfWords(count)));
+        expectUnsendable(writeRequestFor(rampOfWords(count)));
     }
-    EXPECT_EQ(137, requestFor(variable(1, "XX", 3000, 1024)).sendLen);
+    EXPECT_EQ(137, writeRequestFor(variable(1, "XX", 3000, 1024)).sendLen);
     for (int count : {1025, 2048, 65536, INT_MAX}) {
         SCOPED_TRACE(std::to_string(count) + " bits");
-        expectUnsendable(requestFor(everyThirdBit(count)));
-        expectUnsendable(requestFor(variable(1, "XX", 3000, count)));
+        expectUnsendable(writeRequestFor(everyThirdBit(count)));
+        expectUnsendable(writeRequestFor(variable(1, "XX", 3000, count)));
     }
 }
 
 TEST_F(WriteFrameLimits, BroadcastOfMoreThanFitsIsUnsendableToo)
 {
-    EXPECT_EQ(1023, requestFor(variable(0, "MW", 3000, 507)).sendLen);
-    expectUnsendable(requestFor(variable(0, "MW", 3000, 508)));
-    EXPECT_EQ(137, requestFor(variable(0, "MX", 3000, 1024)).sendLen);
-    expectUnsendable(requestFor(variable(0, "MX", 3000, 1025)));
+    EXPECT_EQ(1023, writeRequestFor(variable(0, "MW", 3000, 507)).sendLen);
+    expectUnsendable(writeRequestFor(variable(0, "MW", 3000, 508)));
+    EXPECT_EQ(137, writeRequestFor(variable(0, "MX", 3000, 1024)).sendLen);
+    expectUnsendable(writeRequestFor(variable(0, "MX", 3000, 1025)));
 }
 
 TEST_F(WriteFrameLimits, CountZeroHasNoDataBytes)
@@ -140,22 +133,19 @@ TEST_F(WriteFrameLimits, CountTooFarBelowZeroForAFrameIsUnsendable)
 {
     for (int count : {-4, -5, -6, -100, -512, -513, -65536, INT_MIN}) {
         SCOPED_TRACE(std::to_string(count) + " words");
-        expectUnsendable(requestFor(variable(1, "MW", 3000, count)));
+        expectUnsendable(writeRequestFor(variable(1, "MW", 3000, count)));
     }
     for (int count : {-64, -72, -80, -1024, -1025, -65536, INT_MIN}) {
         SCOPED_TRACE(std::to_string(count) + " bits");
-        expectUnsendable(requestFor(variable(1, "MX", 3000, count)));
+        expectUnsendable(writeRequestFor(variable(1, "MX", 3000, count)));
     }
 }
 
 TEST_F(WriteFrameLimits, UnsendableFrameNamesItsVariable)
 {
-    unsendableFrame(variable(3, "MW", 3005, 600, {1, 2}));
-    ASSERT_EQ(1, int(driver.frameQueue.size()));
-    const FRAME_PRO frame = driver.frameQueue.at(0);
+    const VARIABLE written = variable(3, "MW", 3005, 600, {1, 2});
+    unsendableFrame(written);
+    const FRAME_PRO frame = takeOnlyFrame();
     expectUnsendable(frame);
-    EXPECT_EQ(3, frame.var.station);
-    EXPECT_EQ("MW", frame.var.regName.toStdString());
-    EXPECT_EQ(3005, frame.var.addr);
-    EXPECT_EQ(600, frame.var.count);
+    expectSameVariable(written, frame.var);
 }

@@ -50,60 +50,30 @@ std::string entry(int index)
 
 } // namespace
 
-TEST_F(WriteQueue, EachWordIsAnEntryOfItsOwn)
+TEST_F(WriteQueue, EachWordOrBitIsAnEntryOfItsOwn)
 {
-    EXPECT_EQ(1, write("MW", 10, 3, {0x34, 0x12, 0x78, 0x56, 1, 2}));
-    ASSERT_EQ(3, queued());
-    EXPECT_EQ("77 1 MW 10 1: 52 18", entry(0));
-    EXPECT_EQ("77 1 MW 11 1: 120 86", entry(1));
-    EXPECT_EQ("77 1 MW 12 1: 1 2", entry(2));
-}
-
-TEST_F(WriteQueue, EachBitIsAnEntryOfItsOwn)
-{
-    EXPECT_EQ(1, write("QX", 20, 3, {1, 0, 1}));
-    ASSERT_EQ(3, queued());
-    EXPECT_EQ("77 1 QX 20 1: 1", entry(0));
-    EXPECT_EQ("77 1 QX 21 1:", entry(1));
-    EXPECT_EQ("77 1 QX 22 1: 1", entry(2));
-}
-
-TEST_F(WriteQueue, WritesOfEveryAreaAreQueued)
-{
-    for (const char* area : {"MW", "IW", "QW", "MX", "IX", "QX"}) {
+    struct
+    {
+        const char* area;
+        std::vector<unsigned char> values;
+        std::vector<std::string> entries;
+    } const rows[] = {
+        {"MW", {0x34, 0x12, 1, 2}, {"77 1 MW 10 1: 52 18", "77 1 MW 11 1: 1 2"}},
+        {"IW", {1, 0}, {"77 1 IW 10 1: 1"}},
+        {"QW", {1, 0}, {"77 1 QW 10 1: 1"}},
+        // Bit bytes other than one are carried as they are.
+        {"MX", {2, 255}, {"77 1 MX 10 1: 2", "77 1 MX 11 1: 255"}},
+        {"IX", {1}, {"77 1 IX 10 1: 1"}},
+        {"QX", {1, 0, 1}, {"77 1 QX 10 1: 1", "77 1 QX 11 1:", "77 1 QX 12 1: 1"}},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.area);
         driver.writeList.clear();
-        write(area, 3, 1, {1, 0});
-        ASSERT_EQ(1, queued()) << area;
-        EXPECT_EQ(std::string("77 1 ") + area + " 3 1: 1", entry(0));
+        EXPECT_EQ(1, write(row.area, 10, int(row.entries.size()), row.values));
+        ASSERT_EQ(row.entries.size(), size_t(queued()));
+        for (int i = 0; i < queued(); ++i)
+            EXPECT_EQ(row.entries[size_t(i)], entry(i));
     }
-}
-
-TEST_F(WriteQueue, BitBytesOtherThanOneAreCarriedAsTheyAre)
-{
-    write("MX", 3000, 2, {2, 255});
-    ASSERT_EQ(2, queued());
-    EXPECT_EQ("77 1 MX 3000 1: 2", entry(0));
-    EXPECT_EQ("77 1 MX 3001 1: 255", entry(1));
-}
-
-TEST_F(WriteQueue, ASecondWriteOfTheHeadIsQueuedBehindIt)
-{
-    write("MW", 10, 1, {1, 0}, 5);
-    write("MW", 10, 1, {2, 0}, 6);
-    ASSERT_EQ(2, queued());
-    EXPECT_EQ("5 1 MW 10 1: 1", entry(0));
-    EXPECT_EQ("6 1 MW 10 1: 2", entry(1));
-}
-
-TEST_F(WriteQueue, ASecondWriteReplacesAnEntryBehindTheHead)
-{
-    write("MW", 9, 1, {9, 0}, 4);
-    write("MW", 10, 1, {1, 1}, 5);
-    write("MW", 11, 1, {3, 0}, 6);
-    write("MW", 10, 1, {2, 0}, 7);
-    ASSERT_EQ(3, queued());
-    EXPECT_EQ("7 1 MW 10 1: 2", entry(1));
-    EXPECT_EQ("6 1 MW 11 1: 3", entry(2));
 }
 
 TEST_F(WriteQueue, ABurstToOneElementTakesTwoEntriesAtMost)
@@ -113,19 +83,6 @@ TEST_F(WriteQueue, ABurstToOneElementTakesTwoEntriesAtMost)
     ASSERT_EQ(2, queued());
     EXPECT_EQ("77 1 MW 10 1:", entry(0));
     EXPECT_EQ("77 1 MW 10 1: 49", entry(1));
-}
-
-TEST_F(WriteQueue, AFullQueueTakesTheNewestInPlaceOfItsLast)
-{
-    for (int before : {CAP - 1, int(CAP)}) {
-        SCOPED_TRACE(before);
-        driver.writeList.clear();
-        queueWords(before);
-        write("QW", 5, 1, {1, 2});
-        ASSERT_EQ(CAP, queued());
-        EXPECT_EQ("0 1 MW 511 1:", entry(511));
-        EXPECT_EQ("77 1 QW 5 1: 1 2", entry(512));
-    }
 }
 
 TEST_F(WriteQueue, AWriteLongerThanTheQueueKeepsItsLastElement)

@@ -1,9 +1,6 @@
-#include "cacheHelpers.h"
-#include "writeCompletion.h"
+#include "writtenArea.h"
 
 namespace {
-
-enum { STATION = 4, CONFIRMED = 1, FAILED = 0 };
 
 int readByteWhenTold;
 
@@ -13,19 +10,9 @@ void noteReadByte(int, int, QString&, int)
 }
 
 /// "V_bit" variables: bits inside the byte or word units of an area V.
-class BitInUnitCompletion : public DriverTest
+class BitInUnitCompletion : public WrittenAreaTest
 {
 protected:
-    BitInUnitCompletion()
-    {
-        driver.callbackContext = CONTEXT;
-    }
-
-    void complete(const char* unitBits, int addr, int count, int ok)
-    {
-        completeWritesOfArea(OtherRow("1", unitBits), STATION, text("V_bit"), addr, count, ok);
-    }
-
     /// Unit 0 of V with a write on its way.
     void putWritten(unsigned readValue, unsigned writtenValue, unsigned pendingBitWrites)
     {
@@ -35,21 +22,6 @@ protected:
         unit.monitorFlags = 1;
         unit.bitMonitorMask = 0x8005;
     }
-
-    static _DATA_ unit()
-    {
-        return cachedUnit(STATION, "V", 0);
-    }
-
-    static Bytes read()
-    {
-        return readBytes(STATION, "V", 0);
-    }
-
-    static Notification told(const char* regName, int address)
-    {
-        return {CONTEXT, STATION, regName, address};
-    }
 };
 
 } // namespace
@@ -57,42 +29,42 @@ protected:
 TEST_F(BitInUnitCompletion, AConfirmedBitIsTakenOverAlone)
 {
     putWritten(0x00F0, 0xFF0F, 1u << 18);
-    complete("16", 9, 1, CONFIRMED);
-    EXPECT_EQ((Bytes{0xF0, 0x02, 0, 0}), read());
+    completeBits("16", 9, 1, CONFIRMED);
+    EXPECT_EQ((Bytes{0xF0, 0x02, 0, 0}), read(0));
 
     putWritten(0xF0, 0x0F, 1u << 10);
-    complete("8", 5, 1, CONFIRMED);
-    EXPECT_EQ((Bytes{0xD0, 0, 0, 0}), read());
+    completeBits("8", 5, 1, CONFIRMED);
+    EXPECT_EQ((Bytes{0xD0, 0, 0, 0}), read(0));
 }
 
 TEST_F(BitInUnitCompletion, AFailedBitLeavesTheReadValue)
 {
     for (const char* unitBits : {"8", "16"}) {
         putWritten(0xF0F0, 0x0F0F, 1u);
-        complete(unitBits, 0, 1, FAILED);
-        EXPECT_EQ((Bytes{0xF0, 0xF0, 0, 0}), read());
-        EXPECT_EQ(0, unit().writePending);
+        completeBits(unitBits, 0, 1, FAILED);
+        EXPECT_EQ((Bytes{0xF0, 0xF0, 0, 0}), read(0));
+        EXPECT_EQ(0, pending(0));
     }
 }
 
 TEST_F(BitInUnitCompletion, AddressesNameUnitAndBit)
 {
     putPendingWrite(STATION, "V", 2, 0, 0xFFFF);
-    complete("16", 41, 1, CONFIRMED);
-    EXPECT_EQ((Bytes{0, 2, 0, 0}), readBytes(STATION, "V", 2));
+    completeBits("16", 41, 1, CONFIRMED);
+    EXPECT_EQ((Bytes{0, 2, 0, 0}), read(2));
 
     putPendingWrite(STATION, "V", 3, 0, 0xFF);
-    complete("8", 29, 1, CONFIRMED);
-    EXPECT_EQ((Bytes{0x20, 0, 0, 0}), readBytes(STATION, "V", 3));
+    completeBits("8", 29, 1, CONFIRMED);
+    EXPECT_EQ((Bytes{0x20, 0, 0, 0}), read(3));
 }
 
 TEST_F(BitInUnitCompletion, BitsRunOnIntoTheNextUnit)
 {
     putPendingWrite(STATION, "V", 0, 0, 0xFFFF);
     putPendingWrite(STATION, "V", 1, 0, 0xFFFF);
-    complete("16", 15, 2, CONFIRMED);
-    EXPECT_EQ((Bytes{0, 0x80, 0, 0}), readBytes(STATION, "V", 0));
-    EXPECT_EQ((Bytes{1, 0, 0, 0}), readBytes(STATION, "V", 1));
+    completeBits("16", 15, 2, CONFIRMED);
+    EXPECT_EQ((Bytes{0, 0x80, 0, 0}), read(0));
+    EXPECT_EQ((Bytes{1, 0, 0, 0}), read(1));
     EXPECT_EQ(2, int(driver.dataAreas.size()));
 }
 
@@ -100,24 +72,24 @@ TEST_F(BitInUnitCompletion, TheFirstMarkIsReleasedBeforeTheSecond)
 {
     for (const char* unitBits : {"8", "16"}) {
         putWritten(0, 4, 0x30); // both marks of bit 2
-        complete(unitBits, 2, 1, CONFIRMED);
-        EXPECT_EQ(0x20u, unit().pendingBitWrites);
-        EXPECT_EQ(1, unit().writePending);
-        complete(unitBits, 2, 1, CONFIRMED);
-        EXPECT_EQ(0u, unit().pendingBitWrites);
-        EXPECT_EQ(0, unit().writePending);
+        completeBits(unitBits, 2, 1, CONFIRMED);
+        EXPECT_EQ(0x20u, pendingBits(0));
+        EXPECT_EQ(1, pending(0));
+        completeBits(unitBits, 2, 1, CONFIRMED);
+        EXPECT_EQ(0u, pendingBits(0));
+        EXPECT_EQ(0, pending(0));
     }
 }
 
 TEST_F(BitInUnitCompletion, MarksOfOtherBitsStay)
 {
     putWritten(0, 0x8000, 0xFFFFFFFF);
-    complete("16", 15, 1, CONFIRMED);
-    EXPECT_EQ(0xBFFFFFFFu, unit().pendingBitWrites);
-    complete("16", 15, 1, FAILED);
-    EXPECT_EQ(0x3FFFFFFFu, unit().pendingBitWrites);
-    complete("16", 0, 1, FAILED);
-    EXPECT_EQ(0x3FFFFFFEu, unit().pendingBitWrites);
+    completeBits("16", 15, 1, CONFIRMED);
+    EXPECT_EQ(0xBFFFFFFFu, pendingBits(0));
+    completeBits("16", 15, 1, FAILED);
+    EXPECT_EQ(0x3FFFFFFFu, pendingBits(0));
+    completeBits("16", 0, 1, FAILED);
+    EXPECT_EQ(0x3FFFFFFEu, pendingBits(0));
 }
 
 TEST_F(BitInUnitCompletion, AUnitWithBitsStillOnTheirWayStaysPendingAndUnreported)
@@ -125,30 +97,24 @@ TEST_F(BitInUnitCompletion, AUnitWithBitsStillOnTheirWayStaysPendingAndUnreporte
     for (const char* unitBits : {"8", "16"}) {
         for (int ok : {CONFIRMED, FAILED}) {
             putWritten(0, 5, 0x11); // bits 0 and 2
-            complete(unitBits, 0, 1, ok);
-            EXPECT_EQ(1, unit().writePending);
-            EXPECT_EQ((Bytes{ok == CONFIRMED ? 1 : 0, 0, 0, 0}), read());
+            completeBits(unitBits, 0, 1, ok);
+            EXPECT_EQ(1, pending(0));
+            EXPECT_EQ((Bytes{ok == CONFIRMED ? 1 : 0, 0, 0, 0}), read(0));
             EXPECT_EQ(Notifications(), takeNotifications());
         }
     }
 }
 
-TEST_F(BitInUnitCompletion, ASettledWordIsReportedAfreshWithEveryMonitoredBit)
+TEST_F(BitInUnitCompletion, ASettledUnitIsReportedAfreshWithEveryMonitoredBit)
 {
     for (int ok : {CONFIRMED, FAILED}) {
         putWritten(5, 5, 0x10);
-        complete("16", 2, 1, ok);
+        completeBits("16", 2, 1, ok);
         EXPECT_EQ(
             (Notifications{told("V_bit", 0), told("V_bit", 2), told("V_bit", 15), told("V", 0)}),
             takeNotifications());
-    }
-}
-
-TEST_F(BitInUnitCompletion, ASettledByteIsReportedAfreshWithEveryMonitoredBit)
-{
-    for (int ok : {CONFIRMED, FAILED}) {
         putWritten(5, 5, 0x10);
-        complete("8", 2, 1, ok);
+        completeBits("8", 2, 1, ok);
         EXPECT_EQ((Notifications{told("V_bit", 0), told("V_bit", 2), told("V_B", 0)}),
                   takeNotifications());
     }
@@ -157,10 +123,10 @@ TEST_F(BitInUnitCompletion, ASettledByteIsReportedAfreshWithEveryMonitoredBit)
 TEST_F(BitInUnitCompletion, ABitWithoutMarksSettlesItsUnit)
 {
     putWritten(0, 1, 0);
-    complete("16", 0, 1, CONFIRMED);
-    EXPECT_EQ(0u, unit().pendingBitWrites);
-    EXPECT_EQ(0, unit().writePending);
-    EXPECT_EQ((Bytes{1, 0, 0, 0}), read());
+    completeBits("16", 0, 1, CONFIRMED);
+    EXPECT_EQ(0u, pendingBits(0));
+    EXPECT_EQ(0, pending(0));
+    EXPECT_EQ((Bytes{1, 0, 0, 0}), read(0));
 }
 
 TEST_F(BitInUnitCompletion, AConfirmedBitIsStoredBeforeTheHostIsTold)
@@ -169,7 +135,7 @@ TEST_F(BitInUnitCompletion, AConfirmedBitIsStoredBeforeTheHostIsTold)
     for (const char* unitBits : {"8", "16"}) {
         readByteWhenTold = -1;
         putWritten(0, 4, 0x10);
-        complete(unitBits, 2, 1, CONFIRMED);
+        completeBits(unitBits, 2, 1, CONFIRMED);
         EXPECT_EQ(4, readByteWhenTold) << unitBits;
     }
 }
@@ -178,9 +144,9 @@ TEST_F(BitInUnitCompletion, AnotherUnitWidthCompletesNothing)
 {
     putWritten(0, 1, 1);
     for (const char* unitBits : {"1", "32", ""})
-        complete(unitBits, 0, 1, CONFIRMED);
-    EXPECT_EQ(1, unit().writePending);
-    EXPECT_EQ(1u, unit().pendingBitWrites);
+        completeBits(unitBits, 0, 1, CONFIRMED);
+    EXPECT_EQ(1, pending(0));
+    EXPECT_EQ(1u, pendingBits(0));
     EXPECT_EQ(Notifications(), takeNotifications());
 }
 
@@ -188,16 +154,16 @@ TEST_F(BitInUnitCompletion, ABitNumberBelowZeroChangesNoBit)
 {
     for (const char* unitBits : {"8", "16"}) {
         putWritten(0x5A5A, 0xFFFF, 0xFFFFFFFF);
-        complete(unitBits, -1, 1, CONFIRMED);
-        complete(unitBits, -7, 1, FAILED);
-        EXPECT_EQ((Bytes{0x5A, 0x5A, 0, 0}), read());
-        EXPECT_EQ(0xFFFFFFFFu, unit().pendingBitWrites);
+        completeBits(unitBits, -1, 1, CONFIRMED);
+        completeBits(unitBits, -7, 1, FAILED);
+        EXPECT_EQ((Bytes{0x5A, 0x5A, 0, 0}), read(0));
+        EXPECT_EQ(0xFFFFFFFFu, pendingBits(0));
     }
 }
 
 TEST_F(BitInUnitCompletion, HugeAddressesAreUnitsLikeOthers)
 {
     putPendingWrite(STATION, "V", HIGHEST / 16, 0, 0xFFFF);
-    complete("16", HIGHEST, 1, CONFIRMED); // bit 15
-    EXPECT_EQ((Bytes{0, 0x80, 0, 0}), readBytes(STATION, "V", HIGHEST / 16));
+    completeBits("16", HIGHEST, 1, CONFIRMED); // bit 15
+    EXPECT_EQ((Bytes{0, 0x80, 0, 0}), read(HIGHEST / 16));
 }

@@ -1,23 +1,58 @@
 #include "otherWidths/keyNormalising.h"
 
-#include "driverFixture.h"
+#include "cacheHelpers.h"
 #include "listTexts.h"
 
 namespace {
 
-std::string normalised(const char* dataWidth, const char* unitBits, KEY_ADDRESS given)
+struct KeyRow
 {
-    const QString row[AREA_COLUMN_COUNT] = {text("DDDD"),    text("0"),  text("510"),
-                                            text(dataWidth), text("RW"), text(unitBits)};
-    normaliseKey(row, given);
-    return blockText(given);
-}
+    const char* dataWidth;
+    const char* unitBits;
+    const char* given;
+    const char* normalised;
+};
 
-/// A bit variable in an area of words.
-std::string bitNormalised(const char* unitBits, int addr, int count)
-{
-    return normalised("16", unitBits, key(1, "MW_BIT", addr, count));
-}
+const KeyRow ROWS[] = {
+    // Counts of bits and words stay.
+    {"1", "1", "1 MX 3005 x7", "1 MX 3005 x7"},
+    {"16", "16", "1 MW 3005 x7", "1 MW 3005 x7"},
+    // Counts of 8-bit elements double, 8 elements of 2 bits make a word.
+    {"8", "8", "1 MB 5 x7", "1 MB 5 x14"},
+    {"2", "2", "1 V 5 x7", "1 V 5 x56"},
+    // Counts of 32-bit elements are halved towards zero.
+    {"32", "32", "1 MD 5 x7", "1 MD 5 x3"},
+    {"32", "32", "1 MD 5 x-7", "1 MD 5 x-3"},
+    // An area without a width leaves the count.
+    {"", "", "1 MX 5 x7", "1 MX 5 x7"},
+    {"0", "0", "1 MX 5 x7", "1 MX 5 x7"},
+    // Bits of words become the words that hold them.
+    {"16", "16", "1 MW_BIT 35 x5", "1 MW_BIT 2 x1"},
+    {"16", "16", "1 MW_BIT 32 x16", "1 MW_BIT 2 x1"},
+    {"16", "16", "1 MW_BIT 32 x17", "1 MW_BIT 2 x2"},
+    {"16", "16", "1 MW_BIT 33 x16", "1 MW_BIT 2 x2"},
+    {"16", "16", "1 MW_BIT 31 x16", "1 MW_BIT 1 x2"},
+    {"16", "16", "1 MW_BIT 0 x0", "1 MW_BIT 0 x0"},
+    // Bits of bytes are rounded up by the low four bits of the count: 8 bits fill one byte, and the
+    // 8 left in the low four bits still add one.
+    {"16", "8", "1 MW_BIT 0 x8", "1 MW_BIT 0 x2"},
+    {"16", "8", "1 MW_BIT 0 x16", "1 MW_BIT 0 x2"},
+    {"16", "8", "1 MW_BIT 11 x16", "1 MW_BIT 1 x3"},
+    // Bits in units of one bit stand for themselves and one more, unless they fill words.
+    {"1", "1", "1 V_BIT 35 x5", "1 V_BIT 35 x6"},
+    {"1", "1", "1 V_BIT 35 x16", "1 V_BIT 35 x16"},
+    // Bits of an area without units stay.
+    {"16", "", "1 MW_BIT 35 x5", "1 MW_BIT 35 x5"},
+    {"16", "0", "1 MW_BIT 35 x5", "1 MW_BIT 35 x5"},
+    // Suffixes of a width are cut off, others stay.
+    {"16", "16", "1 MW_B 35 x5", "1 MW 35 x5"},
+    {"16", "16", "1 MW_W 35 x5", "1 MW 35 x5"},
+    {"16", "16", "1 MW_D 35 x5", "1 MW 35 x5"},
+    {"16", "16", "1 MW_bit 35 x5", "1 MW_bit 35 x5"},
+    {"16", "16", "1 MW_X 35 x5", "1 MW_X 35 x5"},
+    {"16", "16", "1 MW_BITS 35 x5", "1 MW_BITS 35 x5"},
+    {"16", "16", "1 MW_b 35 x5", "1 MW_b 35 x5"},
+};
 
 } // namespace
 
@@ -25,65 +60,13 @@ class KeyNormalising : public DriverTest
 {
 };
 
-TEST_F(KeyNormalising, CountsOfBitsAndWordsStay)
+TEST_F(KeyNormalising, CountsBecomeUnitsAndNamesTheirArea)
 {
-    EXPECT_EQ("1 MX 3005 x7", normalised("1", "1", key(1, "MX", 3005, 7)));
-    EXPECT_EQ("1 MW 3005 x7", normalised("16", "16", key(1, "MW", 3005, 7)));
-}
-
-TEST_F(KeyNormalising, CountsOf8BitElementsDouble)
-{
-    EXPECT_EQ("1 MB 5 x14", normalised("8", "8", key(1, "MB", 5, 7)));
-}
-
-TEST_F(KeyNormalising, CountsOf32BitElementsAreHalvedTowardsZero)
-{
-    EXPECT_EQ("1 MD 5 x3", normalised("32", "32", key(1, "MD", 5, 7)));
-    EXPECT_EQ("1 MD 5 x-3", normalised("32", "32", key(1, "MD", 5, -7)));
-}
-
-TEST_F(KeyNormalising, AnAreaWithoutWidthLeavesTheCount)
-{
-    EXPECT_EQ("1 MX 5 x7", normalised("", "", key(1, "MX", 5, 7)));
-    EXPECT_EQ("1 MX 5 x7", normalised("0", "0", key(1, "MX", 5, 7)));
-}
-
-TEST_F(KeyNormalising, BitsOfWordsBecomeTheWordsThatHoldThem)
-{
-    EXPECT_EQ("1 MW_BIT 2 x1", bitNormalised("16", 35, 5));
-    EXPECT_EQ("1 MW_BIT 2 x1", bitNormalised("16", 32, 16));
-    EXPECT_EQ("1 MW_BIT 2 x2", bitNormalised("16", 32, 17));
-    EXPECT_EQ("1 MW_BIT 2 x2", bitNormalised("16", 33, 16));
-    EXPECT_EQ("1 MW_BIT 1 x2", bitNormalised("16", 31, 16));
-    EXPECT_EQ("1 MW_BIT 0 x0", bitNormalised("16", 0, 0));
-}
-
-TEST_F(KeyNormalising, BitsOfBytesAreRoundedUpByTheLowFourBitsOfTheCount)
-{
-    // 8 bits fill one byte, and the 8 left in the low four bits still add one.
-    EXPECT_EQ("1 MW_BIT 0 x2", bitNormalised("8", 0, 8));
-    EXPECT_EQ("1 MW_BIT 0 x2", bitNormalised("8", 0, 16));
-    EXPECT_EQ("1 MW_BIT 1 x3", bitNormalised("8", 11, 16));
-}
-
-TEST_F(KeyNormalising, BitsOfAnAreaWithoutUnitsStay)
-{
-    EXPECT_EQ("1 MW_BIT 35 x5", bitNormalised("", 35, 5));
-    EXPECT_EQ("1 MW_BIT 35 x5", bitNormalised("0", 35, 5));
-}
-
-TEST_F(KeyNormalising, WidthSuffixesAreCutOff)
-{
-    for (const char* name : {"MW_B", "MW_W", "MW_D"}) {
-        SCOPED_TRACE(name);
-        EXPECT_EQ("1 MW 35 x5", normalised("16", "16", key(1, name, 35, 5)));
-    }
-}
-
-TEST_F(KeyNormalising, OtherSuffixesStay)
-{
-    for (const char* name : {"MW_bit", "MW_X", "MW_BITS", "MW_b"}) {
-        SCOPED_TRACE(name);
-        EXPECT_EQ(std::string("1 ") + name + " 35 x5", normalised("16", "16", key(1, name, 35, 5)));
+    for (const KeyRow& row : ROWS) {
+        SCOPED_TRACE(testing::Message()
+                     << row.given << " in " << row.dataWidth << "/" << row.unitBits);
+        KEY_ADDRESS given = keysOf(row.given).at(0);
+        normaliseKey(OtherRow(row.dataWidth, row.unitBits), given);
+        EXPECT_EQ(row.normalised, blockText(given));
     }
 }

@@ -1,57 +1,47 @@
-#include "cacheHelpers.h"
-#include "localStore.h"
+#include "writtenArea.h"
 
 namespace {
 
-enum { STATION = 4 };
-
-// Marks of a unit; see dataAreas.h.
-enum { UNIT = 1, PAIR_FIRST = 2, PAIR_SECOND = 4 };
-
-/// An area V of a device with other widths than this one's.
-class LocalStoreOtherWidths : public DriverTest
+class LocalStoreOtherWidths : public WrittenAreaTest
 {
-protected:
-    LocalStoreOtherWidths()
-    {
-        driver.callbackContext = CONTEXT;
-    }
+};
 
-    void store(const char* dataWidth, const char* unitBits, const char* regName, int addr,
-               int count, std::vector<unsigned char> values)
-    {
-        storeWritesOfArea(OtherRow(dataWidth, unitBits), STATION, text(regName), addr, count,
-                          values.data());
-    }
+struct STORED_CASE
+{
+    const char* dataWidth;
+    std::vector<const char*> unitBits;
+    std::vector<unsigned char> values; ///< of two elements
+    std::vector<Bytes> units;          ///< from V 10 on
+};
 
-    static Bytes written(int address)
-    {
-        return imageBytes(cachedUnit(STATION, "V", address).writeImage);
-    }
-
-    static int pending(int address)
-    {
-        return cachedUnit(STATION, "V", address).writePending;
-    }
-
-    static Notification told(const char* regName, int address)
-    {
-        return {CONTEXT, STATION, regName, address};
-    }
+const STORED_CASE STORED[] = {
+    {"8", {"8", "16", "1", ""}, {5, 6}, {{5, 0, 0, 0}, {6, 0, 0, 0}}},
+    {"16", {"8"}, {1, 2, 3, 4}, {{1, 0, 0, 0}, {2, 0, 0, 0}, {3, 0, 0, 0}, {4, 0, 0, 0}}},
+    {"16", {"16", "32", "1", ""}, {1, 2, 3, 4}, {{1, 2, 0, 0}, {3, 4, 0, 0}}},
+    {"32", {"32", "8", "1", ""}, {1, 2, 3, 4, 5, 6, 7, 8}, {{1, 2, 3, 4}, {5, 6, 7, 8}}},
+    {"32",
+     {"16"},
+     {1, 2, 3, 4, 5, 6, 7, 8},
+     {{1, 2, 0, 0}, {3, 4, 0, 0}, {5, 6, 0, 0}, {7, 8, 0, 0}}},
 };
 
 } // namespace
 
-TEST_F(LocalStoreOtherWidths, AByteAreaTakesOneByteAUnit)
+TEST_F(LocalStoreOtherWidths, ElementsTakeTheUnitsAndBytesOfTheirLayout)
 {
-    for (const char* unitBits : {"8", "16", "1", ""}) {
-        driver.dataAreas.clear();
-        store("8", unitBits, "V", 10, 2, {5, 6});
-        EXPECT_EQ((Bytes{5, 0, 0, 0}), written(10)) << unitBits;
-        EXPECT_EQ((Bytes{6, 0, 0, 0}), written(11)) << unitBits;
-        EXPECT_EQ(1, pending(10));
-        EXPECT_EQ(1, pending(11));
-        EXPECT_EQ(2, int(driver.dataAreas.size()));
+    for (const STORED_CASE& tested : STORED) {
+        for (const char* unitBits : tested.unitBits) {
+            for (const char* name : {"V", "V_D"}) {
+                SCOPED_TRACE(testing::Message() << tested.dataWidth << "/" << unitBits);
+                driver.dataAreas.clear();
+                store(tested.dataWidth, unitBits, name, 10, 2, tested.values);
+                ASSERT_EQ(tested.units.size(), size_t(driver.dataAreas.size()));
+                for (size_t i = 0; i < tested.units.size(); ++i) {
+                    EXPECT_EQ(tested.units[i], written(10 + int(i)));
+                    EXPECT_EQ(1, pending(10 + int(i)));
+                }
+            }
+        }
     }
 }
 
@@ -73,16 +63,6 @@ TEST_F(LocalStoreOtherWidths, AByteIsComparedWithThePendingOne)
     EXPECT_EQ((Notifications{told("V_B", 10)}), takeNotifications());
 }
 
-TEST_F(LocalStoreOtherWidths, AWordOfByteUnitsTakesTwoUnits)
-{
-    store("16", "8", "V_W", 10, 2, {1, 2, 3, 4});
-    ASSERT_EQ(4, int(driver.dataAreas.size()));
-    for (int i = 0; i < 4; ++i) {
-        EXPECT_EQ((Bytes{i + 1, 0, 0, 0}), written(10 + i));
-        EXPECT_EQ(1, pending(10 + i));
-    }
-}
-
 TEST_F(LocalStoreOtherWidths, AWordOfByteUnitsIsReportedByteByByte)
 {
     putUnit(STATION, "V", 10, 1, PAIR_FIRST);
@@ -93,28 +73,6 @@ TEST_F(LocalStoreOtherWidths, AWordOfByteUnitsIsReportedByteByByte)
     EXPECT_EQ((Notifications{told("V_W", 10), told("V_W", 10)}), takeNotifications());
     store("16", "8", "V_W", 10, 1, {4, 5});
     EXPECT_EQ(Notifications(), takeNotifications());
-}
-
-TEST_F(LocalStoreOtherWidths, AWordUnitOfAnotherUnitWidthTakesTwoBytes)
-{
-    for (const char* unitBits : {"16", "32", "1", ""}) {
-        driver.dataAreas.clear();
-        store("16", unitBits, "V", 10, 2, {1, 2, 3, 4});
-        EXPECT_EQ((Bytes{1, 2, 0, 0}), written(10)) << unitBits;
-        EXPECT_EQ((Bytes{3, 4, 0, 0}), written(11)) << unitBits;
-    }
-}
-
-TEST_F(LocalStoreOtherWidths, ADoubleUnitTakesFourBytes)
-{
-    for (const char* unitBits : {"32", "8", "1", ""}) {
-        driver.dataAreas.clear();
-        store("32", unitBits, "V_D", 10, 2, {1, 2, 3, 4, 5, 6, 7, 8});
-        EXPECT_EQ((Bytes{1, 2, 3, 4}), written(10)) << unitBits;
-        EXPECT_EQ((Bytes{5, 6, 7, 8}), written(11)) << unitBits;
-        EXPECT_EQ(1, pending(11));
-        EXPECT_EQ(2, int(driver.dataAreas.size()));
-    }
 }
 
 TEST_F(LocalStoreOtherWidths, ADoubleUnitIsReportedWhenAnyByteDiffers)
@@ -135,16 +93,6 @@ TEST_F(LocalStoreOtherWidths, BitsOfADoubleUnitAreReportedUpToTheHighest)
     putUnit(STATION, "V", 2, 0x00000001, 0, 0x80010001);
     store("32", "32", "V", 2, 1, {1, 0, 1, 0x80});
     EXPECT_EQ((Notifications{told("V_bit", 80), told("V_bit", 95)}), takeNotifications());
-}
-
-TEST_F(LocalStoreOtherWidths, ADoubleOfWordUnitsTakesTwoUnits)
-{
-    store("32", "16", "V_D", 10, 2, {1, 2, 3, 4, 5, 6, 7, 8});
-    ASSERT_EQ(4, int(driver.dataAreas.size()));
-    for (int i = 0; i < 4; ++i) {
-        EXPECT_EQ((Bytes{2 * i + 1, 2 * i + 2, 0, 0}), written(10 + i));
-        EXPECT_EQ(1, pending(10 + i));
-    }
 }
 
 TEST_F(LocalStoreOtherWidths, ADoubleOfWordUnitsIsReportedOnceAtItsFirstUnit)
@@ -179,8 +127,8 @@ TEST_F(LocalStoreOtherWidths, ReadValuesAreKept)
         for (const char* unitBits : {"8", "16", "32"})
             store(width, unitBits, "V", 10, 1, {9, 9, 9, 9});
     }
-    EXPECT_EQ((Bytes{1, 2, 3, 4}), readBytes(STATION, "V", 10));
-    EXPECT_EQ((Bytes{5, 6, 7, 8}), readBytes(STATION, "V", 11));
+    EXPECT_EQ((Bytes{1, 2, 3, 4}), read(10));
+    EXPECT_EQ((Bytes{5, 6, 7, 8}), read(11));
 }
 
 TEST_F(LocalStoreOtherWidths, ASuffixedBitIsStoredUnderItsAreaAndReportedByItsName)

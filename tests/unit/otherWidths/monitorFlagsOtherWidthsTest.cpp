@@ -1,5 +1,6 @@
 #include "cacheHelpers.h"
 #include "monitorFlags.h"
+#include "widthRows.h"
 
 namespace {
 
@@ -13,40 +14,77 @@ protected:
     }
 };
 
-const char* const ROWS[][3] = {
-    {"1", "1", "V"},      {"1", "16", "V_bit"}, {"1", "8", "V_bit"}, {"8", "8", "V"},
-    {"8", "16", "V_bit"}, {"8", "8", "V_bit"},  {"16", "16", "V"},   {"16", "8", "V"},
-    {"32", "8", "V"},     {"32", "16", "V"},    {"32", "32", "V"},
+struct MarkRow
+{
+    std::vector<const char*> dataWidths;
+    std::vector<const char*> unitBits;
+    const char* regName;
+    int start;
+    int count;
+    Marks marks;
+};
+
+const MarkRow ROWS[] = {
+    // Units of one or eight bits are marked under the whole name.
+    {{"1", "8"}, {"1", "8", "16", ""}, "V_B", 4, 2, {{1, "V_B", 4, 1, 0}, {1, "V_B", 5, 1, 0}}},
+    // Bits of words and bytes are marked in the units that hold them.
+    {{"1", "8"}, {"16"}, "V_bit", 30, 4, {{1, "V", 1, 0, 0xC000}, {1, "V", 2, 0, 0x0003}}},
+    {{"1", "8"}, {"8"}, "V_bit", 6, 3, {{1, "V", 0, 0, 0xC0}, {1, "V", 1, 0, 0x01}}},
+    {{"1", "8"}, {"1", "32", ""}, "V_bit", 0, 4, {}},
+    // Negative bits go to the truncated quotient: -17 is bit -1 of word -1, which no mask has, -16
+    // is bit 0 of word -1, and -1 is bit -1 of byte 0.
+    {{"1"}, {"16"}, "V_bit", -17, 2, {{1, "V", -1, 0, 0x0001}}},
+    {{"1"}, {"8"}, "V_bit", -1, 2, {{1, "V", 0, 0, 0x01}}},
+    // Words in word units are marked under the whole name.
+    {{"16"}, {"16", "1", "32", ""}, "V_bit", 4, 2, {{1, "V_bit", 4, 1, 0}, {1, "V_bit", 5, 1, 0}}},
+    // Of words in byte units only the first pair is marked.
+    {{"16"}, {"8"}, "V_W", 4, 3, {{1, "V", 4, 0x02, 0}, {1, "V", 5, 0x04, 0}}},
+    // Double words mark four bytes, two words or one unit under the area for every two counted.
+    {{"32"},
+     {"8"},
+     "V_D",
+     8,
+     4,
+     {{1, "V", 8, 0x08, 0},
+      {1, "V", 9, 0x10, 0},
+      {1, "V", 10, 0x20, 0},
+      {1, "V", 11, 0x40, 0},
+      {1, "V", 12, 0x08, 0},
+      {1, "V", 13, 0x10, 0},
+      {1, "V", 14, 0x20, 0},
+      {1, "V", 15, 0x40, 0}}},
+    {{"32"},
+     {"16"},
+     "V_D",
+     8,
+     5,
+     {{1, "V", 8, 0x02, 0}, {1, "V", 9, 0x04, 0}, {1, "V", 10, 0x02, 0}, {1, "V", 11, 0x04, 0}}},
+    {{"32"},
+     {"32", "1", ""},
+     "V_x",
+     8,
+     6,
+     {{1, "V", 8, 1, 0}, {1, "V", 9, 1, 0}, {1, "V", 10, 1, 0}}},
+    // One counted unit is no double word.
+    {{"32"}, {"8", "16", "32"}, "V", 0, 1, {}},
+    // Any other width marks nothing.
+    {{"", "0", "24", "64"}, {"16"}, "V", 0, 4, {}},
 };
 
 } // namespace
 
-TEST_F(MonitorFlagsOtherWidths, UnitsOfOneOrEightBitsAreMarkedUnderTheWholeName)
+TEST_F(MonitorFlagsOtherWidths, UnitsAreMarkedByTheirLayout)
 {
-    for (const char* width : {"1", "8"}) {
-        for (const char* unitBits : {"1", "8", "16", ""}) {
-            driver.dataAreas.clear();
-            mark(width, unitBits, "V_B", 4, 2);
-            EXPECT_EQ(Marks({{1, "V_B", 4, 1, 0}, {1, "V_B", 5, 1, 0}}), allMarks());
+    for (const MarkRow& row : ROWS) {
+        for (const char* dataWidth : row.dataWidths) {
+            for (const char* unitBits : row.unitBits) {
+                SCOPED_TRACE(testing::Message() << dataWidth << "/" << unitBits << " "
+                                                << row.regName << " " << row.start);
+                driver.dataAreas.clear();
+                mark(dataWidth, unitBits, row.regName, row.start, row.count);
+                EXPECT_EQ(row.marks, allMarks());
+            }
         }
-    }
-}
-
-TEST_F(MonitorFlagsOtherWidths, BitsOfWordsAreMarkedInTheWordsThatHoldThem)
-{
-    for (const char* width : {"1", "8"}) {
-        driver.dataAreas.clear();
-        mark(width, "16", "V_bit", 30, 4);
-        EXPECT_EQ(Marks({{1, "V", 1, 0, 0xC000}, {1, "V", 2, 0, 0x0003}}), allMarks());
-    }
-}
-
-TEST_F(MonitorFlagsOtherWidths, BitsOfBytesAreMarkedInTheBytesThatHoldThem)
-{
-    for (const char* width : {"1", "8"}) {
-        driver.dataAreas.clear();
-        mark(width, "8", "V_bit", 6, 3);
-        EXPECT_EQ(Marks({{1, "V", 0, 0, 0xC0}, {1, "V", 1, 0, 0x01}}), allMarks());
     }
 }
 
@@ -57,68 +95,6 @@ TEST_F(MonitorFlagsOtherWidths, BitMarksAreAddedToThoseTheUnitHas)
     EXPECT_EQ(Marks({{1, "V", 1, 1, 0x8001}}), allMarks());
 }
 
-TEST_F(MonitorFlagsOtherWidths, BitsOfUnitsOfAnyOtherWidthAreNotMarked)
-{
-    for (const char* width : {"1", "8"}) {
-        for (const char* unitBits : {"1", "32", ""})
-            mark(width, unitBits, "V_bit", 0, 4);
-    }
-    EXPECT_EQ(Marks(), allMarks());
-}
-
-TEST_F(MonitorFlagsOtherWidths, NegativeBitsOfWordsGoToTheTruncatedQuotient)
-{
-    // -17 is bit -1 of word -1, which no mask has; -16 is bit 0 of word -1.
-    mark("1", "16", "V_bit", -17, 2);
-    EXPECT_EQ(Marks({{1, "V", -1, 0, 0x0001}}), allMarks());
-}
-
-TEST_F(MonitorFlagsOtherWidths, NegativeBitsOfBytesGoToTheTruncatedQuotient)
-{
-    // -1 is bit -1 of byte 0, which no mask has.
-    mark("1", "8", "V_bit", -1, 2);
-    EXPECT_EQ(Marks({{1, "V", 0, 0, 0x01}}), allMarks());
-}
-
-TEST_F(MonitorFlagsOtherWidths, WordsInWordUnitsAreMarkedUnderTheWholeName)
-{
-    for (const char* unitBits : {"16", "1", "32", ""}) {
-        driver.dataAreas.clear();
-        mark("16", unitBits, "V_bit", 4, 2);
-        EXPECT_EQ(Marks({{1, "V_bit", 4, 1, 0}, {1, "V_bit", 5, 1, 0}}), allMarks());
-    }
-}
-
-TEST_F(MonitorFlagsOtherWidths, OfWordsInByteUnitsOnlyTheFirstPairIsMarked)
-{
-    mark("16", "8", "V_W", 4, 3);
-    EXPECT_EQ(Marks({{1, "V", 4, 0x02, 0}, {1, "V", 5, 0x04, 0}}), allMarks());
-}
-
-TEST_F(MonitorFlagsOtherWidths, DoubleWordsInByteUnitsMarkFourBytesForEveryTwoCounted)
-{
-    mark("32", "8", "V_D", 8, 4);
-    EXPECT_EQ(Marks({{1, "V", 8, 0x08, 0},
-                     {1, "V", 9, 0x10, 0},
-                     {1, "V", 10, 0x20, 0},
-                     {1, "V", 11, 0x40, 0},
-                     {1, "V", 12, 0x08, 0},
-                     {1, "V", 13, 0x10, 0},
-                     {1, "V", 14, 0x20, 0},
-                     {1, "V", 15, 0x40, 0}}),
-              allMarks());
-}
-
-TEST_F(MonitorFlagsOtherWidths, DoubleWordsInWordUnitsMarkTwoWordsForEveryTwoCounted)
-{
-    mark("32", "16", "V_D", 8, 5);
-    EXPECT_EQ(Marks({{1, "V", 8, 0x02, 0},
-                     {1, "V", 9, 0x04, 0},
-                     {1, "V", 10, 0x02, 0},
-                     {1, "V", 11, 0x04, 0}}),
-              allMarks());
-}
-
 TEST_F(MonitorFlagsOtherWidths, AWordCanBeSecondOfOneDoubleWordAndFirstOfTheNext)
 {
     mark("32", "16", "V_D", 8, 2);
@@ -127,34 +103,11 @@ TEST_F(MonitorFlagsOtherWidths, AWordCanBeSecondOfOneDoubleWordAndFirstOfTheNext
               allMarks());
 }
 
-TEST_F(MonitorFlagsOtherWidths, DoubleWordUnitsAreMarkedUnderTheAreaForEveryTwoCounted)
-{
-    for (const char* unitBits : {"32", "1", ""}) {
-        driver.dataAreas.clear();
-        mark("32", unitBits, "V_x", 8, 6);
-        EXPECT_EQ(Marks({{1, "V", 8, 1, 0}, {1, "V", 9, 1, 0}, {1, "V", 10, 1, 0}}), allMarks());
-    }
-}
-
-TEST_F(MonitorFlagsOtherWidths, OneCountedUnitIsNoDoubleWord)
-{
-    for (const char* unitBits : {"8", "16", "32"})
-        mark("32", unitBits, "V", 0, 1);
-    EXPECT_EQ(Marks(), allMarks());
-}
-
-TEST_F(MonitorFlagsOtherWidths, AnyOtherWidthMarksNothing)
-{
-    for (const char* width : {"", "0", "24", "64"})
-        mark(width, "16", "V", 0, 4);
-    EXPECT_EQ(Marks(), allMarks());
-}
-
 TEST_F(MonitorFlagsOtherWidths, ACountBelowOneMarksNothing)
 {
-    for (const auto& row : ROWS) {
-        for (int count : {0, -1, -2, -16, LOWEST + 2, LOWEST + 1, int(LOWEST)})
-            mark(row[0], row[1], row[2], 0, count);
-        EXPECT_EQ(Marks(), allMarks()) << row[0] << "/" << row[1] << " " << row[2];
-    }
+    forEachLayoutBelowOne(
+        [this](const char* dataWidth, const char* unitBits, const char* regName, int count) {
+            mark(dataWidth, unitBits, regName, 0, count);
+            EXPECT_EQ(Marks(), allMarks());
+        });
 }

@@ -2,6 +2,8 @@
 #include "cacheHelpers.h"
 #include "serviceForProtocol.h"
 
+#include <map>
+
 namespace {
 
 struct LAYOUT_CASE
@@ -49,45 +51,29 @@ const LAYOUT_CASE LAYOUTS[] = {
     {" 1", "1", "V", NO_UNITS, NO_UNITS},
 };
 
-std::string describe(const LAYOUT_CASE& row)
-{
-    return std::string(row.dataWidth) + "/" + row.unitBits + " " + row.name;
-}
-
 } // namespace
 
-TEST(UnitLayouts, EveryPairOfWidthsHasItsLayoutForReading)
+TEST(UnitLayouts, EveryPairOfWidthsHasItsLayout)
 {
-    for (const LAYOUT_CASE& row : LAYOUTS)
-        EXPECT_EQ(row.reading,
-                  layoutForReading(OtherRow(row.dataWidth, row.unitBits), text(row.name)))
-            << describe(row);
-}
-
-TEST(UnitLayouts, EveryPairOfWidthsHasItsLayoutForWriting)
-{
-    for (const LAYOUT_CASE& row : LAYOUTS)
-        EXPECT_EQ(row.writing,
-                  layoutForWriting(OtherRow(row.dataWidth, row.unitBits), text(row.name)))
-            << describe(row);
-}
-
-TEST(UnitLayouts, TheDevicesAreasAreBitsAndWords)
-{
-    for (const char* name : {"MX", "IX", "QX"}) {
-        EXPECT_EQ(BIT_UNIT, layoutForReading(areaRow(text(name)), text(name))) << name;
-        EXPECT_EQ(BIT_UNIT, layoutForWriting(areaRow(text(name)), text(name))) << name;
-    }
-    for (const char* name : {"MW", "IW", "QW"}) {
-        EXPECT_EQ(WORD_UNIT, layoutForReading(areaRow(text(name)), text(name))) << name;
-        EXPECT_EQ(WORD_UNIT, layoutForWriting(areaRow(text(name)), text(name))) << name;
+    for (const LAYOUT_CASE& row : LAYOUTS) {
+        SCOPED_TRACE(testing::Message() << row.dataWidth << "/" << row.unitBits << " " << row.name);
+        const OtherRow widths(row.dataWidth, row.unitBits);
+        EXPECT_EQ(row.reading, layoutForReading(widths, text(row.name)));
+        EXPECT_EQ(row.writing, layoutForWriting(widths, text(row.name)));
     }
 }
 
-TEST(UnitLayouts, ANameThatIsNoAreasHasNoUnits)
+TEST(UnitLayouts, TheDevicesAreasAreBitsAndWordsAndAnyOtherNameHasNoUnits)
 {
-    for (const char* name : {"MW_bit", "MX_bit", "MW_D", "mw", "XX", ""}) {
-        EXPECT_EQ(NO_UNITS, layoutForReading(areaRow(text(name)), text(name))) << name;
-        EXPECT_EQ(NO_UNITS, layoutForWriting(areaRow(text(name)), text(name))) << name;
+    const std::map<UnitLayout, std::vector<const char*>> names = {
+        {BIT_UNIT, {"MX", "IX", "QX"}},
+        {WORD_UNIT, {"MW", "IW", "QW"}},
+        {NO_UNITS, {"MW_bit", "MX_bit", "MW_D", "mw", "XX", ""}},
+    };
+    for (const auto& [layout, itsNames] : names) {
+        for (const char* name : itsNames) {
+            EXPECT_EQ(layout, layoutForReading(areaRow(text(name)), text(name))) << name;
+            EXPECT_EQ(layout, layoutForWriting(areaRow(text(name)), text(name))) << name;
+        }
     }
 }

@@ -1,5 +1,6 @@
 #include "cacheHelpers.h"
 #include "valueRead.h"
+#include "widthRows.h"
 
 namespace {
 
@@ -26,12 +27,6 @@ protected:
         for (int i = from; i <= to; ++i)
             putUnit(1, "V", i, 0x04030201u + 0x10101010u * unsigned(i));
     }
-};
-
-const char* const ROWS[][3] = {
-    {"1", "1", "V"},      {"1", "16", "V_bit"}, {"1", "8", "V_bit"}, {"8", "8", "V"},
-    {"8", "16", "V_bit"}, {"8", "8", "V_bit"},  {"16", "16", "V"},   {"16", "8", "V"},
-    {"32", "8", "V"},     {"32", "16", "V"},    {"32", "32", "V"},
 };
 
 } // namespace
@@ -112,29 +107,15 @@ TEST_F(ValueReadOtherWidths, WordsInWordUnitsAreReadUnderTheWholeName)
         EXPECT_EQ(Bytes({0x34, 0x12, 0x78, 0x56}), read("16", unitBits, "V_bit", 4, 2));
 }
 
-TEST_F(ValueReadOtherWidths, WordsInByteUnitsTakeTwoUnitsEach)
-{
-    putUnits(4, 8);
-    EXPECT_EQ(Bytes({0x41, 0x51, 0x61, 0x71}), read("16", "8", "V_W", 4, 2));
-}
-
-TEST_F(ValueReadOtherWidths, DoubleWordsInByteUnitsTakeFourUnitsForEveryTwoCounted)
+TEST_F(ValueReadOtherWidths, WordsAndDoubleWordsTakeTheirUnits)
 {
     putUnits(0, 9);
+    EXPECT_EQ(Bytes({0x41, 0x51, 0x61, 0x71}), read("16", "8", "V_W", 4, 2));
+    // Every two counted double words take four bytes, two words or one unit.
     EXPECT_EQ(Bytes({0x01, 0x11, 0x21, 0x31, 0x41, 0x51, 0x61, 0x71}),
               read("32", "8", "V_D", 0, 5));
-}
-
-TEST_F(ValueReadOtherWidths, DoubleWordsInWordUnitsTakeTwoUnitsForEveryTwoCounted)
-{
-    putUnits(0, 5);
     EXPECT_EQ(Bytes({0x01, 0x02, 0x11, 0x12, 0x21, 0x22, 0x31, 0x32}),
               read("32", "16", "V_D", 0, 5));
-}
-
-TEST_F(ValueReadOtherWidths, DoubleWordUnitsGiveFourBytesForEveryTwoCounted)
-{
-    putUnits(0, 3);
     for (const char* unitBits : {"32", "1", ""})
         EXPECT_EQ(Bytes({0x11, 0x12, 0x13, 0x14, 0x21, 0x22, 0x23, 0x24}),
                   read("32", unitBits, "V_x", 1, 5));
@@ -149,15 +130,10 @@ TEST_F(ValueReadOtherWidths, EachUnitShowsItsOwnUnconfirmedWrite)
     EXPECT_EQ(Bytes({0x11, 0x22, 0x33, 0x44}), read("32", "32", "V", 1, 2));
 }
 
-TEST_F(ValueReadOtherWidths, OneCountedUnitIsNoDoubleWord)
+TEST_F(ValueReadOtherWidths, OneCountedUnitIsNoDoubleWordAndAnyOtherWidthReadsNothing)
 {
     for (const char* unitBits : {"8", "16", "32"})
         EXPECT_EQ(Bytes(), read("32", unitBits, "V", 0, 1)) << unitBits;
-    EXPECT_EQ(Marks(), allMarks());
-}
-
-TEST_F(ValueReadOtherWidths, AnyOtherWidthReadsNothing)
-{
     for (const char* width : {"", "0", "24", "64"})
         EXPECT_EQ(Bytes(), read(width, "16", "V", 0, 4)) << width;
     EXPECT_EQ(Marks(), allMarks());
@@ -165,12 +141,11 @@ TEST_F(ValueReadOtherWidths, AnyOtherWidthReadsNothing)
 
 TEST_F(ValueReadOtherWidths, ACountBelowOneReadsNothing)
 {
-    for (const auto& row : ROWS) {
-        for (int count : {0, -1, -2, -16, LOWEST + 2, LOWEST + 1, int(LOWEST)})
-            EXPECT_EQ(Bytes(), read(row[0], row[1], row[2], 0, count))
-                << row[0] << "/" << row[1] << " " << row[2] << " " << count;
-    }
-    EXPECT_EQ(Marks(), allMarks());
+    forEachLayoutBelowOne(
+        [](const char* dataWidth, const char* unitBits, const char* regName, int count) {
+            EXPECT_EQ(Bytes(), read(dataWidth, unitBits, regName, 0, count));
+            EXPECT_EQ(Marks(), allMarks());
+        });
 }
 
 TEST_F(ValueReadOtherWidths, UnitsWrapAroundBehindTheHighestAddress)

@@ -1,29 +1,10 @@
-#include "cacheHelpers.h"
-#include "writeCompletion.h"
+#include "writtenArea.h"
 
 namespace {
 
-enum { STATION = 4, CONFIRMED = 1, FAILED = 0 };
-
-// Marks of a unit; see dataAreas.h.
-enum { UNIT = 1, PAIR_FIRST = 2, PAIR_SECOND = 4 };
-
-/// An area V of a device with other widths than this one's.
-class WriteCompletionOtherWidths : public DriverTest
+class WriteCompletionOtherWidths : public WrittenAreaTest
 {
 protected:
-    WriteCompletionOtherWidths()
-    {
-        driver.callbackContext = CONTEXT;
-    }
-
-    void complete(const char* dataWidth, const char* unitBits, const char* regName, int addr,
-                  int count, int ok)
-    {
-        completeWritesOfArea(OtherRow(dataWidth, unitBits), STATION, text(regName), addr, count,
-                             ok);
-    }
-
     /// Units of V from 10 on, read as 01 02 03 04 and written as A1 A2 A3 A4.
     void putUnits(int units, unsigned monitorFlags = 0, unsigned bitMonitorMask = 0)
     {
@@ -33,16 +14,6 @@ protected:
             driver.dataAreas[index].monitorFlags = monitorFlags;
             driver.dataAreas[index].bitMonitorMask = bitMonitorMask;
         }
-    }
-
-    static int pending(int address)
-    {
-        return cachedUnit(STATION, "V", address).writePending;
-    }
-
-    static Notification told(const char* regName, int address)
-    {
-        return {CONTEXT, STATION, regName, address};
     }
 };
 
@@ -68,33 +39,24 @@ const TAKEN_CASE TAKEN[] = {
 
 } // namespace
 
-TEST_F(WriteCompletionOtherWidths, ConfirmedElementsTakeOverTheirOwnBytesSilently)
+TEST_F(WriteCompletionOtherWidths, ConfirmedElementsTakeOverTheirOwnBytesAndFailedOnesFallBack)
 {
     for (const TAKEN_CASE& tested : TAKEN) {
-        SCOPED_TRACE(std::string(tested.dataWidth) + "/" + tested.unitBits);
-        putUnits(tested.units + 1, UNIT | PAIR_FIRST, 0xFFFFFFFF);
-        complete(tested.dataWidth, tested.unitBits, "V", 10, 2, CONFIRMED);
-        for (int i = 0; i < tested.units; ++i) {
-            EXPECT_EQ(tested.read, readBytes(STATION, "V", 10 + i));
-            EXPECT_EQ(0, pending(10 + i));
+        for (int ok : {CONFIRMED, FAILED}) {
+            SCOPED_TRACE(testing::Message()
+                         << tested.dataWidth << "/" << tested.unitBits << " " << ok);
+            putUnits(tested.units + 1, ok == CONFIRMED ? UNIT | PAIR_FIRST : 0,
+                     ok == CONFIRMED ? 0xFFFFFFFF : 0);
+            complete(tested.dataWidth, tested.unitBits, "V", 10, 2, ok);
+            for (int i = 0; i < tested.units; ++i) {
+                EXPECT_EQ(ok == CONFIRMED ? tested.read : Bytes({1, 2, 3, 4}), read(10 + i));
+                EXPECT_EQ(0, pending(10 + i));
+            }
+            EXPECT_EQ((Bytes{1, 2, 3, 4}), read(10 + tested.units));
+            EXPECT_EQ(1, pending(10 + tested.units));
+            const Notifications notifications = takeNotifications();
+            EXPECT_TRUE(ok == FAILED || notifications.empty());
         }
-        EXPECT_EQ((Bytes{1, 2, 3, 4}), readBytes(STATION, "V", 10 + tested.units));
-        EXPECT_EQ(1, pending(10 + tested.units));
-        EXPECT_EQ(Notifications(), takeNotifications());
-    }
-}
-
-TEST_F(WriteCompletionOtherWidths, FailedElementsFallBackToTheReadBytes)
-{
-    for (const TAKEN_CASE& tested : TAKEN) {
-        SCOPED_TRACE(std::string(tested.dataWidth) + "/" + tested.unitBits);
-        putUnits(tested.units + 1);
-        complete(tested.dataWidth, tested.unitBits, "V", 10, 2, FAILED);
-        for (int i = 0; i < tested.units; ++i) {
-            EXPECT_EQ((Bytes{1, 2, 3, 4}), readBytes(STATION, "V", 10 + i));
-            EXPECT_EQ(0, pending(10 + i));
-        }
-        EXPECT_EQ(1, pending(10 + tested.units));
     }
 }
 
@@ -178,7 +140,7 @@ TEST_F(WriteCompletionOtherWidths, AWidthThatNobodyKnowsCompletesNothing)
         complete(width, "16", "V", 10, 1, CONFIRMED);
         complete(width, "16", "V", 10, 1, FAILED);
         EXPECT_EQ(1, pending(10)) << width;
-        EXPECT_EQ((Bytes{1, 2, 3, 4}), readBytes(STATION, "V", 10)) << width;
+        EXPECT_EQ((Bytes{1, 2, 3, 4}), read(10)) << width;
     }
     EXPECT_EQ(Notifications(), takeNotifications());
 }
