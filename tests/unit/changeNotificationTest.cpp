@@ -160,3 +160,12 @@ TEST_F(ChangeNotification, AUnitIsToldOfOnceUnderTheNameOfItsVariable)
         EXPECT_EQ(row.ofDouble, change({0, 0, 0, 0}, {1, 0, 0, 0}));
     }
 }
+
+TEST_F(ChangeNotification, AMonitoredBitIsToldOfBesideItsUnit)
+{
+    putV(9, 1, 1);
+    EXPECT_EQ(Notifications({told("V_bit", 72), told("V_B", 9)}), change({0}, {1}));
+    EXPECT_EQ(Notifications({told("V_bit", 144), told("V", 9)}), change({0, 0}, {1, 0}));
+    EXPECT_EQ(Notifications({told("V_bit", 288), told("V", 9)}),
+              change({0, 0, 0, 0}, {1, 0, 0, 0}));
+}
