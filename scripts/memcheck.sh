@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Runs the unit tests under valgrind's memcheck, built without optimisation by the preset coverage.
 # usage: scripts/memcheck.sh [GTEST_FILTER]
-#   GTEST_FILTER   which tests (default: all)
+#   GTEST_FILTER   which tests (default: all but the tests of locks, which let accesses to a page
+#                  fault on purpose: valgrind reports each fault as an error)
 # Exit status: 0 no error and no leak, 1 usage, build failure, no test, a failing one, or not done in
 # 900 s, 2 an error or a leak, which valgrind has printed.
 set -euo pipefail
@@ -13,7 +14,7 @@ most_seconds=900
 error_status=99
 
 [ $# -le 1 ] && [[ ${1:-} != -* ]] || usage
-filter=${1:-*}
+filter=${1:-*-*Locks.*}
 
 mkdir -p "$build"
 {
