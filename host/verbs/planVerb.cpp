@@ -46,21 +46,21 @@ using Place = std::tuple<int, QString, int>;
 /// number.
 std::vector<Request> requestsFor(const std::vector<ReadBlock>& blocks, const DriverLibrary& driver)
 {
-    StartedDriver session(driver, ATTEMPTS);
+    StartedDriver started(driver, ATTEMPTS);
     QList<KEY_ADDRESS> keys;
     for (const ReadBlock& block : blocks)
         keys << PolledTags::keyOf(block);
 
     std::map<Place, Request> byPlace;
-    for (int left = session.poll(keys); left > 0; --left) {
+    for (int left = started.poll(keys); left > 0; --left) {
         FRAME_PRO frame;
-        if (session.getSendFrame(&frame) == 0) break;
+        if (started.getSendFrame(&frame) == 0) break;
         const char* const bytes = reinterpret_cast<const char*>(frame.sendBuf);
         byPlace[Place(frame.var.station, frame.var.regName, frame.var.addr)] = {
             QByteArray(bytes, frame.sendLen), frame.recvLen};
         QByteArray silence;
         QString errorText;
-        session.dealRcvFrame(silence, errorText);
+        started.dealRcvFrame(silence, errorText);
     }
 
     std::vector<Request> requests;
