@@ -69,11 +69,10 @@ protected:
         raise(RECIPE_UPLOAD_FLAG);
     }
 
-    /// The same words as one record, read as one block.
-    void startUploadOfOneBlock()
+    /// The same words as one record, read as one block; or as other records that start together.
+    void startUploadOfOneBlock(QVector<_RCP_VAR_PRO> records = {
+                                   recipeVariable(CONTEXT, 1, "QW", 100, 2, 0)})
     {
-        QVector<_RCP_VAR_PRO> records;
-        records.append(recipeVariable(CONTEXT, 1, "QW", 100, 2, 0));
         intf_setRcpAddress(records);
         raise(RECIPE_UPLOAD_FLAG);
     }
@@ -133,20 +132,23 @@ TEST_F(CallsInsideCallbacks, AReadAskedForAfterANewStartStaysQueued)
 
 TEST_F(CallsInsideCallbacks, AnExchangeBegunAfterANewStartKeepsItsFrameAndItsFailures)
 {
-    ask("IW", 5);
-    request();
-    inside(END_OF_READ, [this] {
-        initialise(RETRY_LIMIT, 1);
-        pollWord(7);
-        EXPECT_EQ(1, intf_getSendFrame(&innerFrame));
-        QByteArray nothing;
-        EXPECT_EQ(REPLY_RETRY, intf_dealRcvFrame(nothing, innerText));
-    });
-    EXPECT_EQ(REPLY_ACCEPTED, end(true));
-    EXPECT_EQ(1, driver.failCount);
-    ASSERT_EQ(1, int(driver.frameQueue.size()));
-    EXPECT_EQ(7, driver.frameQueue.at(0).var.addr);
-    EXPECT_EQ(REPLY_GIVEN_UP, silence());
+    for (bool good : {true, false}) {
+        SCOPED_TRACE(good);
+        ask("IW", 5);
+        request();
+        inside(END_OF_READ, [this] {
+            initialise(RETRY_LIMIT, 1);
+            pollWord(7);
+            EXPECT_EQ(1, intf_getSendFrame(&innerFrame));
+            QByteArray nothing;
+            EXPECT_EQ(REPLY_RETRY, intf_dealRcvFrame(nothing, innerText));
+        });
+        EXPECT_EQ(good ? REPLY_ACCEPTED : REPLY_GIVEN_UP, end(good));
+        EXPECT_EQ(1, driver.failCount);
+        ASSERT_EQ(1, int(driver.frameQueue.size()));
+        EXPECT_EQ(7, driver.frameQueue.at(0).var.addr);
+        EXPECT_EQ(REPLY_GIVEN_UP, silence());
+    }
 }
 
 TEST_F(CallsInsideCallbacks, ABlockPolledInsideTheEndOfAReadIsExchangedWhole)
@@ -220,6 +222,24 @@ TEST_F(CallsInsideCallbacks, ANewStartAtAFilledWordEndsTheUpload)
     EXPECT_TRUE(driver.frameQueue.isEmpty());
     EXPECT_EQ(0, driver.rcpIndex);
     EXPECT_EQ(FRAME_IDLE, driver.frameKind);
+}
+
+TEST_F(CallsInsideCallbacks, ANewStartAtAFilledWordEndsAMergedBlockToo)
+{
+    std::vector<unsigned char> newBuffer(RECIPE_BYTES, UNTOUCHED);
+    driver.mergeLimit = 32;
+    startUploadOfOneBlock(
+        {recipeVariable(CONTEXT, 1, "QW", 100, 2, 0), recipeVariable(CONTEXT, 1, "QW", 100, 2, 2)});
+    ASSERT_EQ(1, int(driver.rcpVars.size()));
+    request();
+    inside(FILLED_WORD, [this, &newBuffer] {
+        recipe.swap(newBuffer);
+        initialise(RETRY_LIMIT, 1);
+        shared[RECIPE_UPLOAD_FLAG] = 0;
+    });
+    EXPECT_EQ(REPLY_ACCEPTED, answerTwoWords());
+    EXPECT_EQ(1, reports);
+    EXPECT_EQ(std::vector<unsigned char>(RECIPE_BYTES, UNTOUCHED), recipe);
 }
 
 TEST_F(CallsInsideCallbacks, AnExchangeBegunAtAFilledWordAfterANewStartStaysInFlight)
