@@ -38,11 +38,10 @@ HostProgram::HostProgram(const DriverLibrary& driver, const LinkOptions& options
       m_options(options),
       m_values(tags.size(), options.trace || !options.pcap.empty())
 {
+    stopOnSignals();
     m_run.emplace(driver, settings(tags, reading), tags, m_values);
     if (options.trace) m_trace.emplace(stderr);
-    if (!options.pcap.empty())
-        m_capture.emplace(QString::fromStdString(options.pcap),
-                          QDateTime::currentMSecsSinceEpoch() * MILLISECOND);
+    if (!options.pcap.empty()) openCapture();
 }
 
 HostProgram::~HostProgram()
@@ -55,6 +54,17 @@ HostProgram::~HostProgram()
     }
     if (m_trace) m_trace->flush();
     tellMissedFrames();
+}
+
+void HostProgram::openCapture()
+{
+    try {
+        m_capture.emplace(QString::fromStdString(m_options.pcap),
+                          QDateTime::currentMSecsSinceEpoch() * MILLISECOND, stopRequested);
+    } catch (const PcapError& error) {
+        if (!stopRequested()) throw;
+        throw VerbFailure(EXIT_INTERRUPTED, QString::fromUtf8(error.what()));
+    }
 }
 
 LinkRun::Settings HostProgram::settings(const std::vector<Tag>& tags, LinkRun::Reading reading)
@@ -89,7 +99,6 @@ ExitStatus HostProgram::run(const std::function<ExitStatus()>& work)
 /// News that came together with the open link is kept for the next call of next().
 void HostProgram::connect()
 {
-    stopOnSignals();
     m_run->start();
     bool wasOpen = false;
     while (!stopRequested() && !wasOpen) {

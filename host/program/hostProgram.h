@@ -22,7 +22,8 @@ class HostProgram
 {
 public:
     /// @param tags  tags of the verb
-    /// @throws LinkTextError, LinkError, PcapError
+    /// @throws LinkTextError, LinkError, PcapError; VerbFailure when the user requests a stop while
+    ///         the capture waits for its reader
     HostProgram(const DriverLibrary& driver, const LinkOptions& options,
                 const std::vector<Tag>& tags, LinkRun::Reading reading);
     ~HostProgram();
@@ -76,6 +77,7 @@ public:
 
 private:
     LinkRun::Settings settings(const std::vector<Tag>& tags, LinkRun::Reading reading);
+    void openCapture();
     void record(const News& news);
     void tellMissedFrames() const;
     ExitStatus statusOf(JobEnd::Outcome outcome) const;

@@ -74,7 +74,10 @@ void addLink(CLI::App* verb, CommandOptions& options)
         ->check(CLI::IsMember({"yes", "no", "auto"}))
         ->default_str("auto");
     verb->add_flag("--trace", link.trace, "print every frame to standard error");
-    verb->add_option("--pcap", link.pcap, "write the requests and their answers to a capture file");
+    verb->add_option(
+        "--pcap", link.pcap,
+        "write the requests and their answers to a capture file; -: standard output, the values "
+        "then go to standard error");
     verb->add_option("--simulator", link.simulator,
                      "program of the simulated PLC (default: kakb-sim beside this program)");
     verb->add_option("--simulator-arguments", link.simulatorArguments,

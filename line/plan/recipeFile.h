@@ -23,9 +23,7 @@ struct Recipe
 /// @throws TagFileError with all bad lines, or when the file cannot be read
 Recipe readRecipeFile(const QString& fileName, const DriverLibrary& driver, bool valuesNeeded);
 
-/// Writes a recipe of readRecipeFile(): its text with the current values; all other text is kept.
-/// The file is replaced as a whole or not at all.
-/// @throws TagFileError when it cannot be written
-void writeRecipeFile(const QString& fileName, const Recipe& recipe);
+/// The text of the recipe's file with the recipe's values; all other text is kept.
+QByteArray recipeText(const Recipe& recipe);
 
 #endif
