@@ -40,8 +40,11 @@ HostProgram::HostProgram(const DriverLibrary& driver, const LinkOptions& options
 {
     stopOnSignals();
     m_run.emplace(driver, settings(tags, reading), tags, m_values);
-    if (options.trace) m_trace.emplace(stderr);
-    if (!options.pcap.empty()) openCapture();
+    const qint64 startClock =
+        QDateTime::currentMSecsSinceEpoch() * qint64(MILLISECOND) - m_run->now();
+    m_times = TimeText(options.time, startClock);
+    if (options.trace) m_trace.emplace(stderr, m_times);
+    if (!options.pcap.empty()) openCapture(startClock);
 }
 
 HostProgram::~HostProgram()
@@ -56,11 +59,10 @@ HostProgram::~HostProgram()
     tellMissedFrames();
 }
 
-void HostProgram::openCapture()
+void HostProgram::openCapture(qint64 startClock)
 {
     try {
-        m_capture.emplace(QString::fromStdString(m_options.pcap),
-                          QDateTime::currentMSecsSinceEpoch() * MILLISECOND, stopRequested);
+        m_capture.emplace(QString::fromStdString(m_options.pcap), startClock, stopRequested);
     } catch (const PcapError& error) {
         if (!stopRequested()) throw;
         throw VerbFailure(EXIT_INTERRUPTED, QString::fromUtf8(error.what()));
@@ -94,6 +96,12 @@ ExitStatus HostProgram::run(const std::function<ExitStatus()>& work)
         printFailure(failure);
         return failure.status;
     }
+}
+
+void HostProgram::tell(const QString& sentence)
+{
+    if (m_trace) m_trace->flush();
+    std::fprintf(stderr, "kakb-host: %s\n", qUtf8Printable(sentence));
 }
 
 /// News that came together with the open link is kept for the next call of next().
