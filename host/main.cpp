@@ -69,7 +69,8 @@ ExitStatus parsedStatus(ExitStatus parsed)
 
 ExitStatus run(const Command& command)
 {
-    OutputStream output(stdout, STDOUT_FILENO, isToEnd);
+    const int values = command.writesFileToStandardOutput ? STDERR_FILENO : STDOUT_FILENO;
+    OutputStream output(stdout, values, isToEnd);
     const OutputStream errors(stderr, STDERR_FILENO, isToEnd);
     try {
         const DriverLibrary driver(command.driver.empty() ? companionDriver()

@@ -1,6 +1,7 @@
 #include "verbs/commandLine.h"
 
 #include "plan/addressReason.h"
+#include "output/writtenFile.h"
 #include "program/companionFiles.h"
 #include "verbs/addressVerbs.h"
 #include "verbs/commandOptions.h"
@@ -204,7 +205,10 @@ void addRecipe(CLI::App& app, CommandOptions& o, Verb& chosen)
         verb->add_flag("--verify", o.verify, "read back, and name every value that differs");
         addLink(verb, o);
     }
-    upload->add_option("--output", o.recipeOutput, "file to write (default: FILE itself)");
+    upload->add_option(
+        "--output", o.recipeOutput,
+        "file to write; -: standard output, the messages then go to standard error (default: "
+        "FILE itself)");
     addAllowNan(download, o);
     download->callback([&] {
         chosen = [&](const DriverLibrary& driver) {
@@ -212,10 +216,34 @@ void addRecipe(CLI::App& app, CommandOptions& o, Verb& chosen)
         };
     });
     upload->callback([&] {
+        if (o.recipeOutput.empty()) o.recipeOutput = o.recipeFile;
         chosen = [&](const DriverLibrary& driver) {
             return uploadRecipe(driver, o.link, recipeOptions(o));
         };
     });
+}
+
+ExitStatus usageError(const std::string& sentence)
+{
+    std::fprintf(stderr, "kakb-host: %s\n", sentence.c_str());
+    return EXIT_USAGE;
+}
+
+bool writesToStandardOutput(const CommandOptions& options)
+{
+    return isStandardOutput(text(options.link.pcap)) ||
+           isStandardOutput(text(options.recipeOutput));
+}
+
+/// Two files in one would be neither of them.
+std::string problemOfFiles(const CommandOptions& options)
+{
+    const QString capture = text(options.link.pcap);
+    const QString recipe = text(options.recipeOutput);
+    const bool areOne =
+        !capture.isEmpty() &&
+        (capture == recipe || (isStandardOutput(capture) && isStandardOutput(recipe)));
+    return areOne ? "--pcap and the uploaded recipe name the same file" : std::string();
 }
 
 } // namespace
@@ -236,9 +264,11 @@ std::optional<ExitStatus> parseCommandLine(int argc, char** argv, Command& comma
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
         if (error.get_exit_code() == 0) return app.exit(error) == 0 ? EXIT_DONE : EXIT_USAGE;
-        std::fprintf(stderr, "kakb-host: %s\n", usageSentence(app, error).c_str());
-        return EXIT_USAGE;
+        return usageError(usageSentence(app, error));
     }
+    const std::string problem = problemOfFiles(*options);
+    if (!problem.empty()) return usageError(problem);
+    command.writesFileToStandardOutput = writesToStandardOutput(*options);
     command.verb = [options, verb = command.verb](const DriverLibrary& driver) {
         return verb(driver);
     };

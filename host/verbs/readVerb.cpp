@@ -30,14 +30,64 @@ QString labelOf(const Tag& tag, ReadLabel label)
     return tag.name == place ? place : tag.name + QLatin1String(" (") + place + QLatin1Char(')');
 }
 
-void print(const Tag& tag, const TagState& state, ReadLabel label, bool json)
+/// The row of a tag after its only read. A later event, such as the silence of its station, does
+/// not make the value worse.
+WatchRow rowOf(const Tag& tag, const TagState& state, const JobEnd& end, ReadLabel label)
 {
     WatchRow row = watchRow(tag, state, state.readAt);
     if (label == WITH_WORD_ORDER && tag.units() > 1) row.address = placeAndOrderText(tag);
+    row.good = state.readAt >= 0;
+    if (row.good)
+        row.trouble.clear();
+    else if (row.trouble.isEmpty())
+        row.trouble = end.trouble;
+    return row;
+}
+
+void printObjects(const std::vector<WatchRow>& rows, const std::vector<TagState>& states,
+                  const TimeText& times)
+{
+    for (size_t i = 0; i < rows.size(); ++i)
+        std::printf("%s\n", changeJson(rows[i], states[i].readAt, times).constData());
+}
+
+void printValues(const std::vector<Tag>& tags, const std::vector<WatchRow>& rows, ReadLabel label)
+{
+    for (size_t i = 0; i < rows.size(); ++i) {
+        if (rows[i].good)
+            std::printf("%s = %s\n", qUtf8Printable(labelOf(tags[i], label)),
+                        qUtf8Printable(rows[i].value));
+    }
+}
+
+/// Says of each tag why it has no value, and returns the status of the first failure. The loss of
+/// the link is one reason for all tags.
+ExitStatus tellFailures(HostProgram& host, const std::vector<Tag>& tags,
+                        const std::vector<WatchRow>& rows, const JobEnd& end, ReadLabel label)
+{
+    if (end.outcome == JobEnd::LOST) host.mustBeDone(end);
+    for (size_t i = 0; i < rows.size(); ++i) {
+        if (!rows[i].good)
+            host.tell(labelOf(tags[i], label) + QLatin1String(": ") + rows[i].trouble);
+    }
+    return host.statusOf(end.outcome);
+}
+
+ExitStatus read(HostProgram& host, const std::vector<Tag>& tags, ReadLabel label, bool json)
+{
+    host.connect();
+    const int job = host.newJob();
+    host.link().read(job, host.blocks());
+    const JobEnd end = host.endOf(job);
+    const std::vector<TagState> states = host.values().tags();
+    std::vector<WatchRow> rows;
+    for (size_t i = 0; i < tags.size(); ++i)
+        rows.push_back(rowOf(tags[i], states[i], end, label));
     if (json)
-        std::printf("%s\n", changeJson(row, state.readAt).constData());
+        printObjects(rows, states, host.times());
     else
-        std::printf("%s = %s\n", qUtf8Printable(labelOf(tag, label)), qUtf8Printable(row.value));
+        printValues(tags, rows, label);
+    return end.outcome == JobEnd::DONE ? EXIT_DONE : tellFailures(host, tags, rows, end, label);
 }
 
 } // namespace
@@ -62,14 +112,5 @@ ExitStatus readTags(const DriverLibrary& driver, const LinkOptions& options,
                     const std::vector<Tag>& tags, ReadLabel label)
 {
     HostProgram host(driver, options, tags, LinkRun::ON_REQUEST);
-    return host.run([&] {
-        host.connect();
-        const int job = host.newJob();
-        host.link().read(job, host.blocks());
-        host.await(job);
-        const std::vector<TagState> states = host.values().tags();
-        for (size_t i = 0; i < tags.size(); ++i)
-            print(tags[i], states[i], label, options.json);
-        return EXIT_DONE;
-    });
+    return host.run([&] { return read(host, tags, label, options.json); });
 }

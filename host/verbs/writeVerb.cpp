@@ -50,9 +50,26 @@ void mustNotShare(const std::vector<Tag>& tags)
                                             QLatin1String(", which is written as well"));
 }
 
-void print(const Assignment& assigned, bool json)
+const char* outcomeText(JobEnd::Outcome outcome)
 {
+    switch (outcome) {
+    case JobEnd::DONE:
+        return "confirmed";
+    case JobEnd::REFUSED:
+        return "refused";
+    case JobEnd::TIMED_OUT:
+        return "timedOut";
+    default:
+        return "lost";
+    }
+}
+
+/// Prints a confirmed write, and as an object also any other write.
+void print(const Assignment& assigned, const JobEnd& end, bool json)
+{
+    const bool isConfirmed = end.outcome == JobEnd::DONE;
     if (!json) {
+        if (!isConfirmed) return;
         std::printf("%s = %s confirmed\n", qUtf8Printable(labelText(assigned.tag)),
                     qUtf8Printable(tagValueText(assigned.tag, assigned.bytes)));
         return;
@@ -61,7 +78,9 @@ void print(const Assignment& assigned, bool json)
     object.insert(QLatin1String("name"), assigned.tag.name);
     object.insert(QLatin1String("address"), placeText(assigned.tag));
     object.insert(QLatin1String("value"), jsonValue(tagValueText(assigned.tag, assigned.bytes)));
-    object.insert(QLatin1String("confirmed"), true);
+    object.insert(QLatin1String("confirmed"), isConfirmed);
+    object.insert(QLatin1String("outcome"), QLatin1String(outcomeText(end.outcome)));
+    object.insert(QLatin1String("trouble"), end.trouble);
     std::printf("%s\n", QJsonDocument(object).toJson(QJsonDocument::Compact).constData());
 }
 
@@ -121,10 +140,8 @@ ExitStatus write(HostProgram& host, const std::vector<Assignment>& assignments, 
     std::vector<JobEnd> failures;
     for (size_t i = 0; i < jobs.size(); ++i) {
         JobEnd end = host.endOf(jobs[i]);
-        if (end.outcome == JobEnd::DONE) {
-            print(assignments[i], json);
-            continue;
-        }
+        print(assignments[i], end, json);
+        if (end.outcome == JobEnd::DONE) continue;
         if (end.outcome == JobEnd::LOST) end.trouble = unconfirmed(assignments[i], end.trouble);
         failures.push_back(end);
     }

@@ -3,7 +3,7 @@
 #include "plan/tagText.h"
 #include "plan/tagValue.h"
 
-#include <QSaveFile>
+#include <QStringList>
 
 namespace {
 
@@ -33,18 +33,10 @@ Recipe readRecipeFile(const QString& fileName, const DriverLibrary& driver, Reci
     return recipe;
 }
 
-void writeRecipeFile(const QString& fileName, const Recipe& recipe)
+QByteArray recipeText(const Recipe& recipe)
 {
     QStringList values;
     for (size_t i = 0; i < recipe.tags.size(); ++i)
         values << tagValueText(recipe.tags[i], recipe.values[i]);
-    const QByteArray bytes = withValues(recipe.text, values);
-    QSaveFile file(fileName);
-    // flush() first: commit() ignores a failure to write buffered bytes, as on a full disk.
-    if (file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.flush() &&
-        file.commit())
-        return;
-    throw TagFileError(QString(QLatin1String("cannot write %1: %2"))
-                           .arg(fileName, file.errorString())
-                           .toStdString());
+    return withValues(recipe.text, values);
 }

@@ -26,9 +26,7 @@ enum RecipeUse { FOR_UPLOAD, FOR_DOWNLOAD, FOR_DOWNLOAD_WITH_NAN };
 /// @throws TagFileError with all bad lines, or when the file cannot be read
 Recipe readRecipeFile(const QString& fileName, const DriverLibrary& driver, RecipeUse use);
 
-/// Writes a recipe of readRecipeFile(): its text with the current values; all other text is kept.
-/// The file is replaced as a whole or not at all.
-/// @throws TagFileError when it cannot be written
-void writeRecipeFile(const QString& fileName, const Recipe& recipe);
+/// The text of the recipe's file with the recipe's values; all other text is kept.
+QByteArray recipeText(const Recipe& recipe);
 
 #endif

@@ -82,6 +82,45 @@ class Reads(CommandLineTest):
         self.assert_matches(self.host("read 2:QW8 7:MW0").lines, "^2:QW8 = 0$", "^7:MW0 = [0-9]+$")
 
 
+class PartialReads(CommandLineTest):
+    """Stations that answer have their values, whatever the others do."""
+
+    SILENT = "station 2 does not answer"
+
+    def setUp(self):
+        super().setUp()
+        self.tags("still", "silent word", "total", "lamp", "beacon")
+
+    @on_each_link
+    def test_values_beside_a_silent_station(self, kind):
+        with self.plc(kind, "--stations 1-3 --silent 2") as plc:
+            link = f"--link {plc.link} --timeout-ms 300"
+            self.host(f"write MW100=7 3:QX0.5=1 {link}")
+            run = self.host(f"read --tags tags.csv {link}", 4)
+            self.assertEqual((["still (MW100) = 7", "lamp (MX12.3) = 0", "beacon (3:QX0.5) = 1"],
+                              [f"kakb-host: silent word (2:MW0): {self.SILENT}",
+                               f"kakb-host: total (2:QW8): {self.SILENT}"]),
+                             (run.lines, run.errors))
+            objects = self.objects(f"read --tags tags.csv {link}", 4)
+        self.assertEqual(
+            [("still", 7, True, ""), ("silent word", None, False, self.SILENT),
+             ("total", None, False, self.SILENT), ("lamp", 0, True, ""), ("beacon", 1, True, "")],
+            [tuple(found[key] for key in ("name", "value", "good", "trouble"))
+             for found in objects])
+        self.assertEqual([True, False, False, True, True],
+                         [found["timeS"] is not None for found in objects])
+
+    def test_each_refused_address_has_its_reason(self):
+        with self.plc("pty", "--stations 1-2 --exception 1 --exception-code 2") as plc:
+            refused = "refused by the PLC: illegal address (exception 2)"
+            run = self.host(f"read MW100 2:MW0 --link {plc.link}", 5)
+            self.assertEqual(([], [f"kakb-host: MW100: {refused}", f"kakb-host: 2:MW0: {refused}"]),
+                             (run.lines, run.errors))
+            objects = self.objects(f"read MW100 2:MW0 --link {plc.link}", 5)
+            self.assertEqual([(False, refused)] * 2,
+                             [(found["good"], found["trouble"]) for found in objects])
+
+
 class UnusableReads(CommandLineTest):
     """Mistakes end before anything is asked."""
 

@@ -46,6 +46,22 @@ class Writes(CommandLineTest):
                     self.assert_one_sentence(run)
             self.assertEqual(memory, plc.memory())
 
+    @on_each_link
+    def test_every_write_has_an_object(self, kind):
+        for fault, status, wanted in (
+                ("--stations 1-2 --silent 2", 4, [(True, "confirmed", "^$"),
+                                                  (False, "timedOut", "does not answer|not sent")]),
+                ("--stations 1-2 --exception 1 --exception-code 2", 5,
+                 [(False, "refused", "illegal address")] * 2)):
+            with self.plc(kind, fault) as plc:
+                objects = self.objects(
+                    f"write --link {plc.link} --timeout-ms 300 MW100=8 2:MW100=7", status)
+            self.assertEqual([("MW100", 8), ("2:MW100", 7)],
+                             [(found["address"], found["value"]) for found in objects])
+            for found, (confirmed, outcome, trouble) in zip(objects, wanted):
+                self.assertEqual((confirmed, outcome), (found["confirmed"], found["outcome"]))
+                self.assertRegex(found["trouble"], trouble)
+
     def test_name_may_hold_an_equals_sign(self):
         self.file("tags.csv", table([("a=b", 1, "MW", 0, "uint16"), ("a", 1, "MW", 2, "uint16"),
                                      ("a=b=", 1, "MW", 4, "uint16")], HEADER))
