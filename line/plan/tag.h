@@ -1,6 +1,7 @@
 #ifndef TAG_H
 #define TAG_H
 
+#include "plan/readRate.h"
 #include "wire/deviceRegisters.h"
 
 #include <QMetaType>
@@ -28,6 +29,7 @@ struct Tag
     int number = 0;  ///< address number of the first unit
     Type type = UINT16;
     WordOrder wordOrder = LOW_WORD_FIRST;
+    ReadRate rate; ///< only polling uses it
     QString comment;
 
     bool isBit() const
