@@ -1,6 +1,7 @@
 #ifndef TAG_H
 #define TAG_H
 
+#include "plan/readRate.h"
 #include "wire/deviceRegisters.h"
 
 #include <QMetaType>
@@ -30,6 +31,7 @@ struct Tag
     Type type = UINT16;
     WordOrder wordOrder = LOW_WORD_FIRST;
     Format format = DECIMAL; ///< of the value's text
+    ReadRate rate; ///< only polling uses it
     QString comment;
 
     bool isBit() const

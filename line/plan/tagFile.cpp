@@ -12,10 +12,15 @@
 
 namespace {
 
-enum Column { NAME, STATION, AREA, ADDRESS, TYPE, COMMENT, VALUE, COLUMN_COUNT };
+enum Column { NAME, STATION, AREA, ADDRESS, TYPE, COMMENT, RATE, VALUE, COLUMN_COUNT };
 
 const char* const COLUMN_NAMES[COLUMN_COUNT] = {"name", "station", "area", "address",
-                                                "type", "comment", "value"};
+                                                "type", "comment", "rate", "value"};
+
+bool isOptional(int column)
+{
+    return column == COMMENT || column == RATE;
+}
 
 QString columnName(int column)
 {
@@ -96,7 +101,7 @@ Columns::Columns(const CsvRecord& header, bool withValues) : m_count(int(header.
     for (int i = 0; i < columns; ++i) {
         known << columnName(i);
         m_positions[i] = int(header.fields.indexOf(columnName(i)));
-        if (m_positions[i] < 0 && i != COMMENT)
+        if (m_positions[i] < 0 && !isOptional(i))
             problems << QLatin1String("there is no column ") + columnName(i);
         if (header.fields.count(columnName(i)) > 1)
             problems << QLatin1String("there are several columns ") + columnName(i);
@@ -107,9 +112,9 @@ Columns::Columns(const CsvRecord& header, bool withValues) : m_count(int(header.
     fail(atLine(header.line,
                 problems.join(QLatin1String("; ")) +
                     QLatin1String(withValues ? "; the columns are name, station, area, address, "
-                                               "type, value and, if wanted, comment"
+                                               "type, value and, if wanted, comment and rate"
                                              : "; the columns are name, station, area, address, "
-                                               "type and, if wanted, comment")));
+                                               "type and, if wanted, comment and rate")));
 }
 
 class TagReader
@@ -161,12 +166,14 @@ QStringList TagReader::take(const CsvRecord& record, Tag& tag)
     const QString station = m_columns.field(record, STATION);
     const QString type = m_columns.field(record, TYPE);
     const QString area = m_columns.field(record, AREA);
+    const QString rate = m_columns.field(record, RATE);
 
     QStringList problems;
     problems << nameProblem(tag.name, record.line);
     if (!takeStation(station, tag)) problems << stationProblem(station);
     const bool typeKnown = takeType(type, tag);
     if (!typeKnown) problems << typeProblem(type);
+    if (!takeRate(rate, tag.rate)) problems << rateProblem(rate);
     if (!takeArea(area, tag, m_driver))
         problems << unknownAreaReason(area, m_driver);
     else if (typeKnown)

@@ -10,13 +10,14 @@
 
 /// Reads tags from CSV text. The driver checks area and address.
 ///
-///   name,station,area,address,type,comment
-///   level,1,MW,100,float32:high,"tank 1, metres"
+///   name,station,area,address,type,rate,comment
+///   level,1,MW,100,float32:high,500ms,"tank 1, metres"
 ///
-/// - The first line names the columns, in any order. The column comment may be missing.
+/// - The first line names the columns, in any order. The columns comment and rate may be missing.
 /// - Types: bool, int16, uint16, int32, uint32, float32. The word order of a 32-bit type is ":low"
 ///   (default: the low word has the lower address) or ":high". The unsigned types show their values
 ///   in hexadecimal or binary with ":hex" or ":bin" at the end; "hex" and "bin" alone are words.
+/// - Rates: see takeRate().
 /// - An area may be in lower case or begin with %.
 /// - bool needs a bit area, the other types need a word area. Names are unique.
 /// - A field may have double quotes around it; a double quote inside is doubled (RFC 4180).

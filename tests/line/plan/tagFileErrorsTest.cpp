@@ -129,6 +129,13 @@ INSTANTIATE_TEST_SUITE_P(, TagFileOwnAddressNames,
                          testing::Values("MW100", "%mw100", "1:MW100", "MW100:int16", "MW", "MW101",
                                          "MX12.9", "MW4 old", "Mwh 4", "4", "MW100 level"));
 
+TEST(TagFile, BadRateIsReportedWithTheKnownRates)
+{
+    EXPECT_EQ("line 2: rate \"10\" is unknown; there are fast, once and durations such as 500ms, "
+              "10s and 5m",
+              complaintOf("name,station,area,address,type,rate\na,1,MW,0,int16,10\n"));
+}
+
 TEST(TagFile, ReportsAllBadLinesAtOnce)
 {
     EXPECT_EQ("line 2: MW holds words, which are not of type bool\n"
@@ -166,14 +173,15 @@ TEST(TagFile, UnclosedQuoteDoesNotHideLaterErrors)
 TEST(TagFile, MissingColumnsAreOneError)
 {
     EXPECT_EQ("line 1: there is no column station; there is no column type; \"kind\" is no "
-              "column; the columns are name, station, area, address, type and, if wanted, comment",
+              "column; the columns are name, station, area, address, type and, if wanted, comment "
+              "and rate",
               complaintOf("name,area,address,kind\na,MW,0,int16\nb,MW,1,int16\n"));
 }
 
 TEST(TagFile, RepeatedColumnIsAnError)
 {
     EXPECT_EQ("line 2: there are several columns name; the columns are name, station, area, "
-              "address, type and, if wanted, comment",
+              "address, type and, if wanted, comment and rate",
               complaintOf("#\nname,station,name,area,address,type\n"));
 }
 

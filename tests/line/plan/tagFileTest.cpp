@@ -51,6 +51,27 @@ TEST(TagFile, TagHasTheValuesOfItsLine)
     EXPECT_EQ(text("tank 1, metres"), tags[0].comment);
 }
 
+TEST(TagFile, ColumnRateSaysHowOftenATagIsRead)
+{
+    const std::vector<Tag> tags = readTags("name,rate,station,area,address,type\n"
+                                           "a,500ms,1,MW,0,int16\n"
+                                           "b,once,1,MW,2,int16\n"
+                                           "c,fast,1,MW,4,int16\n"
+                                           "d,,1,MW,6,int16\n",
+                                           driver());
+    ASSERT_EQ(4u, tags.size());
+    EXPECT_EQ(ReadRate::INTERVAL, tags[0].rate.kind);
+    EXPECT_EQ(500, tags[0].rate.intervalMs);
+    EXPECT_EQ(ReadRate::ONCE, tags[1].rate.kind);
+    EXPECT_EQ(ReadRate::EVERY_CYCLE, tags[2].rate.kind);
+    EXPECT_EQ(ReadRate::EVERY_CYCLE, tags[3].rate.kind);
+}
+
+TEST(TagFile, TagsOfAFileWithoutTheColumnRateAreReadInEveryCycle)
+{
+    EXPECT_EQ(ReadRate::EVERY_CYCLE, tagsOf("a,1,MW,0,int16,\n").at(0).rate.kind);
+}
+
 class TagFileNumbers : public testing::TestWithParam<Place>
 {
 };
