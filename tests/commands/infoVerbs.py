@@ -11,7 +11,8 @@ class InfoVerbs(CommandLineTest):
     def test_info_lists_version_settings_and_areas(self):
         run = self.host("info")
         self.assert_matches(
-            run.lines, "^protocol .*type 0$", r"^version +2\.0\.0\.0$", "^property page +0_0$",
+            run.lines, "^protocol .*type 0$", r"^interface +version 2\.0\.0\.0$",
+            "^property page +0_0$",
             "^serial line +38400 baud, 8 data bits, parity NONE, stop bits 1$",
             r"^network +192\.168\.1\.100, port 8000$",
             "^MW +words +DDDD +0 +8190 +16 bits +read and write$",
@@ -21,7 +22,8 @@ class InfoVerbs(CommandLineTest):
             r"^IX +bits +DDDDO +0\.0 +511\.7 +1 bit +read$",
             r"^QX +bits +DDDDO +0\.0 +511\.7 +1 bit +read and write$")
         info, = self.objects("info")
-        self.assertEqual(("2.0.0.0", 38400, 8000), (info["version"], info["baud"], info["port"]))
+        self.assertEqual(("2.0.0.0", 38400, 8000),
+                         (info["interfaceVersion"], info["baud"], info["port"]))
         highest = {area["name"]: area["highest"] for area in info["areas"]}
         self.assertEqual(["IW", "IX", "MW", "MX", "QW", "QX"], sorted(highest))
         self.assertEqual((6, "7816.7"), (len(info["areas"]), highest["MX"]))
