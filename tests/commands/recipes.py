@@ -149,6 +149,9 @@ class UnusableRecipes(CommandLineTest):
                  "a and b share a word of station 1"),
                 ([("word", 1, "MW", 0, "uint16", 1), ("bit", 1, "MX", "0.0", "bool", 0)],
                  "^kakb-host: word and bit share a bit of station 1$"),
+                ([("bit", 1, "MX", "12.9", "bool", 1)],
+                 r"^kakb-host: recipe\.csv: line 2: MX12\.9: the bit is 0 to 7; "
+                 r"did you mean MX13\.1\?$"),
                 ([("bit", 1, "QX", "375.0", "bool", 1)],
                  "^kakb-host: recipe.csv: line 2: QX 375.0 and above can be read but not written: ")):
             self.file("recipe.csv", table(rows, HEADER + ",value"))
