@@ -131,6 +131,7 @@ void addTransfers(CLI::App& app, CommandOptions& o, Verb& chosen)
 {
     CLI::App* watchVerb = app.add_subcommand("watch", "Polls the tags and shows changes");
     addPolledTags(watchVerb, o);
+    addTurnaround(watchVerb, o);
     addLink(watchVerb, o);
     watchVerb->add_option("--seconds", o.seconds, "end after so many seconds; 0: run until stopped")
         ->check(numberFrom(0, 1e7))
@@ -144,6 +145,7 @@ void addTransfers(CLI::App& app, CommandOptions& o, Verb& chosen)
     readVerb->add_option("NAME", o.names,
                          "names of the tag file, or addresses: MW100, MX12.3, 2:QW8");
     addTags(readVerb, o);
+    addTurnaround(readVerb, o);
     addLink(readVerb, o);
     readVerb->callback([&] {
         chosen = [&](const DriverLibrary& driver) {
@@ -228,7 +230,11 @@ std::optional<ExitStatus> parseCommandLine(int argc, char** argv, Command& comma
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        if (error.get_exit_code() == 0) return app.exit(error) == 0 ? EXIT_DONE : EXIT_USAGE;
+        if (error.get_exit_code() == 0) {
+            const std::string wrongVerb = wrongVerbSentence(app);
+            if (!wrongVerb.empty()) return usageError(wrongVerb);
+            return app.exit(error) == 0 ? EXIT_DONE : EXIT_USAGE;
+        }
         return usageError(usageSentence(app, error));
     }
     const std::string problem = problemOfFiles(*options);
