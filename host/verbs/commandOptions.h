@@ -22,6 +22,8 @@ struct CommandOptions
     std::string recipeFile;
     std::string recipeOutput;
     bool verify = false;
+    bool allowNan = false;
+    bool bothOrders = false;
     LinkOptions link;
 };
 
@@ -44,6 +46,9 @@ void addTiming(CLI::App* verb, CommandOptions& options);
 
 /// The options of a verb that opens the link, with those of addTiming().
 void addLink(CLI::App* verb, CommandOptions& options);
+
+/// Whether nan and infinite values may be written.
+void addAllowNan(CLI::App* verb, CommandOptions& options);
 
 /// Area, address and count.
 void addAddress(CLI::App* verb, CommandOptions& options);

@@ -114,10 +114,10 @@ class UnusableRecipes(CommandLineTest):
         run = self.host("recipe download recipe.csv", 1)
         self.assertEqual(5, len(run.errors), run)
         self.assert_matches(
-            run.errors, "^kakb-host: line 3: address 41 of QW is odd",
+            run.errors, "^kakb-host: line 3: QW41: odd: ",
             "^kakb-host: line 4: area IX is read-only$",
-            '^kakb-host: line 5: "2" is no value of type bool$',
-            '^kakb-host: line 6: "65536" is no value of type uint16$',
+            "^kakb-host: line 5: 2 does not fit bool: 0, 1, true or false$",
+            "^kakb-host: line 6: 65536 does not fit uint16: 0 to 65535$",
             "^kakb-host: line 7: the value is missing$")
 
     def test_unusable_recipe_says_why(self):
