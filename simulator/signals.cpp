@@ -80,9 +80,9 @@ std::uint16_t SignalSet::walkedTo(Moving& moving, std::int64_t ms)
     return static_cast<std::uint16_t>(moving.walked);
 }
 
-std::vector<SignalValue> SignalSet::changes(std::int64_t timeMs)
+std::vector<PlaceValue> SignalSet::changes(std::int64_t timeMs)
 {
-    std::vector<SignalValue> changed;
+    std::vector<PlaceValue> changed;
     for (Moving& moving : m_moving) {
         const std::int64_t ms = timeMs + moving.phaseMs;
         const std::uint16_t value =
