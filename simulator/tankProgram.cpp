@@ -57,7 +57,7 @@ Tank::Controls controlsIn(const PlcMemory& memory)
 
 } // namespace
 
-void TankProgram::start(PlcMemory& memory)
+void TankProgram::start(PlcMemory& memory) const
 {
     setFloat(memory, SETPOINT, float(Tank::Controls().setpoint));
     show(memory);

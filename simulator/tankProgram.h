@@ -22,7 +22,7 @@ class TankProgram
 {
 public:
     /// Writes the first setpoint, and the state of the tank before its first step.
-    void start(PlcMemory& memory);
+    void start(PlcMemory& memory) const;
 
     /// Runs the program up to a time.
     /// @param timeMs  milliseconds since the start; never goes back

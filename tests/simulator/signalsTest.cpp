@@ -93,7 +93,7 @@ TEST(Signals, RandomWalkDependsOnTheTimeAloneAndOnItsSeed)
     SignalSet other({signal}, 8);
     int last = 0;
     for (int ms = 0; ms <= 30000; ++ms) {
-        for (const SignalValue& change : often.changes(ms))
+        for (const PlaceValue& change : often.changes(ms))
             last = change.value;
     }
     ASSERT_EQ(1u, once.changes(30000).size());
