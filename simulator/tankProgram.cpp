@@ -73,7 +73,7 @@ void TankProgram::runUntil(std::int64_t timeMs, PlcMemory& memory)
 
 void TankProgram::show(PlcMemory& memory) const
 {
-    setFloat(memory, LEVEL, float(m_tank.level()));
+    setFloat(memory, LEVEL, float(scaled(m_tank.level(), HUNDREDTHS)) / HUNDREDTHS);
     memory.setInputRegister(RAW_LEVEL, scaled(m_tank.level(), TENTHS));
     memory.setInputRegister(RAW_INFLOW, scaled(m_tank.inflow(), HUNDREDTHS));
     memory.setInputRegister(RAW_OUTFLOW, scaled(m_tank.outflow(), HUNDREDTHS));

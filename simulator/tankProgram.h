@@ -12,7 +12,7 @@ class PlcMemory;
 ///   QX0.1  valve open      the operator
 ///   MX0.0  automatic       the operator
 ///   MW100  setpoint        the operator; float32:high, percent
-///   MW104  level           float32:high, percent
+///   MW104  level           float32:high, percent with two decimals
 ///   IW0    level           uint16, tenths of a percent
 ///   IW2    inflow          uint16, hundredths of a litre a second
 ///   IW4    outflow         uint16, hundredths of a litre a second
