@@ -11,6 +11,6 @@ for line in 'fill level  IW0 = [0-9]+' 'temperature  IW2 = -?[0-9]+' 'door open 
     '^setpoint \(MW100\) = 21.5 confirmed$' '^setpoint \(MW100\) = 21.5$' \
     '^downloaded 9 values, verified$' '^uploaded 9 values, verified$' \
     '^the recipe came back as it was sent$' \
-    '^valve (QX0.1) = 1 confirmed$' 'level  MW104 = 4[0-9.]*$'; do
+    '^valve \(QX0.1\) = 1 confirmed$' 'level  MW104 = 4[0-9.]*$'; do
     grep -qE "$line" <<<"$output" || { echo "missing: $line"; exit 1; }
 done
