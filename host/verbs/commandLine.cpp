@@ -7,6 +7,8 @@
 #include "verbs/planVerb.h"
 #include "verbs/readVerb.h"
 #include "verbs/recipeVerb.h"
+#include "verbs/scanVerb.h"
+#include "verbs/stationList.h"
 #include "verbs/usageTexts.h"
 #include "verbs/watchVerb.h"
 #include "verbs/writeVerb.h"
@@ -158,6 +160,34 @@ void addTransfers(CLI::App& app, CommandOptions& o, Verb& chosen)
         [&] { chosen = [&](const DriverLibrary& driver) { return write(o, driver); }; });
 }
 
+ExitStatus scan(const CommandOptions& options, const DriverLibrary& driver)
+{
+    const std::optional<std::vector<int>> stations = stationList(text(options.stations));
+    if (!stations)
+        throw VerbFailure(EXIT_USAGE,
+                          QLatin1String("--stations takes numbers from 1 to 247, as 1,3,7-9"));
+    return scanStations(driver, options.link, {*stations, options.bauds});
+}
+
+/// Silent stations are the rule in a scan, so it has a shorter time-out than the other verbs.
+void addScan(CLI::App& app, Verb& chosen)
+{
+    enum { SCAN_TIMEOUT_MS = 100, SCAN_ATTEMPTS = 2, SLOWEST_BAUD = 300, FASTEST_BAUD = 4000000 };
+    const auto o = std::make_shared<CommandOptions>();
+    o->link.timeoutMs = SCAN_TIMEOUT_MS;
+    o->link.attempts = SCAN_ATTEMPTS;
+    CLI::App* verb = app.add_subcommand("scan", "Finds the stations that answer; writes nothing");
+    verb->add_option("--stations", o->stations, "stations to ask, such as 1,3,7-9")
+        ->capture_default_str();
+    verb->add_option("--bauds", o->bauds,
+                     "speeds to try on a serial link, such as 9600,19200 (default: the link's own)")
+        ->delimiter(',')
+        ->check(CLI::Range(int(SLOWEST_BAUD), int(FASTEST_BAUD)));
+    addLink(verb, *o);
+    verb->callback(
+        [o, &chosen] { chosen = [o](const DriverLibrary& driver) { return scan(*o, driver); }; });
+}
+
 void addRecipe(CLI::App& app, CommandOptions& o, Verb& chosen)
 {
     CLI::App* recipe = app.add_subcommand("recipe", "Transfers a recipe");
@@ -197,6 +227,7 @@ std::optional<ExitStatus> parseCommandLine(int argc, char** argv, Command& comma
     addQuestions(app, *options, command.verb);
     addTransfers(app, *options, command.verb);
     addRecipe(app, *options, command.verb);
+    addScan(app, command.verb);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
