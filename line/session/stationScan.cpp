@@ -4,6 +4,7 @@
 #include "wire/frameShape.h"
 #include "wire/replyFrames.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace {
@@ -82,7 +83,9 @@ void StationScan::take(const EndedExchange& ended, qint64 now)
     }
     sign = FOUND;
     const bool isLate = ended.station != m_askedStation || ended.end == END_LATE;
-    m_found.push_back({ended.station, isLate ? qint64(LATE) : now - m_requestEndAt});
+    // A simulated line may be faster than the line settings say.
+    const qint64 replyTime = std::max<qint64>(now - m_requestEndAt, 0);
+    m_found.push_back({ended.station, isLate ? qint64(LATE) : replyTime});
 }
 
 std::vector<StationScan::Found> StationScan::takeFound()

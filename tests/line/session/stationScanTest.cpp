@@ -102,6 +102,19 @@ TEST_F(StationScanTest, TellsTheReplyTime)
     EXPECT_LT(found[0].replyTime, ModelLine::TURNAROUND + onTheWire);
 }
 
+TEST_F(StationScanTest, AnswerFasterThanTheLineTakesNoTime)
+{
+    plc.station(1);
+    StationScan scan(timing(), settings({1}));
+    ExchangeMachine::Step step = scan.advance(now);
+    while (step.send.isEmpty())
+        step = scan.advance(now = step.wakeAt);
+    scan.received(plc.answer(step.send), now);
+    const std::vector<StationScan::Found> all = scan.takeFound();
+    ASSERT_EQ(all.size(), 1U);
+    EXPECT_EQ(all[0].replyTime, 0);
+}
+
 TEST_F(StationScanTest, ExceptionReplyShowsItsStation)
 {
     PlcModel::Station& refusing = plc.station(5);
