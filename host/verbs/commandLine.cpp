@@ -1,11 +1,14 @@
 #include "verbs/commandLine.h"
 
-#include "plan/addressReason.h"
 #include "output/writtenFile.h"
+#include "plan/addressReason.h"
 #include "program/companionFiles.h"
 #include "verbs/addressVerbs.h"
 #include "verbs/commandOptions.h"
+#include "verbs/diffVerb.h"
+#include "verbs/dumpVerb.h"
 #include "verbs/infoVerb.h"
+#include "verbs/memoryWords.h"
 #include "verbs/planVerb.h"
 #include "verbs/readVerb.h"
 #include "verbs/recipeVerb.h"
@@ -278,6 +281,33 @@ std::string problemOfFiles(const CommandOptions& options)
     return areOne ? "--pcap and the uploaded recipe name the same file" : std::string();
 }
 
+void addMemory(CLI::App& app, CommandOptions& o, Verb& chosen)
+{
+    CLI::App* dumpVerb = app.add_subcommand("dump", "Writes words of the PLC into a file");
+    dumpVerb->add_option("WORDS", o.names, "areas or addresses of words: MW, 2:QW, MW0..MW62")
+        ->required();
+    dumpVerb->add_option("--output", o.recipeOutput,
+                         "file to write (default, and with -: standard output)");
+    addLink(dumpVerb, o);
+    dumpVerb->callback([&] {
+        chosen = [&](const DriverLibrary& driver) {
+            QStringList words;
+            for (const std::string& name : o.names)
+                words << text(name);
+            return dumpMemory(driver, o.link, memoryWords(words, driver), text(o.recipeOutput));
+        };
+    });
+    CLI::App* diffVerb = app.add_subcommand("diff", "Compares the PLC with a recipe or a dump");
+    diffVerb->add_option("FILE", o.recipeFile, "recipe (CSV), or a file of dump or kakb-sim")
+        ->required();
+    addLink(diffVerb, o);
+    diffVerb->callback([&] {
+        chosen = [&](const DriverLibrary& driver) {
+            return compareWithFile(driver, o.link, text(o.recipeFile));
+        };
+    });
+}
+
 } // namespace
 
 std::optional<ExitStatus> parseCommandLine(int argc, char** argv, Command& command)
@@ -292,6 +322,7 @@ std::optional<ExitStatus> parseCommandLine(int argc, char** argv, Command& comma
     addQuestions(app, *options, command.verb);
     addTransfers(app, *options, command.verb);
     addRecipe(app, *options, command.verb);
+    addMemory(app, *options, command.verb);
     addScan(app, command.verb);
     try {
         app.parse(argc, argv);
