@@ -10,6 +10,7 @@
 #include "verbs/usageTexts.h"
 #include "verbs/watchVerb.h"
 #include "verbs/writeVerb.h"
+#include "wire/timeUnits.h"
 
 #include <cstdio>
 #include <memory>
@@ -59,8 +60,10 @@ std::vector<Tag> polledTags(CommandOptions options, const DriverLibrary& driver)
 ExitStatus plan(const CommandOptions& options, const DriverLibrary& driver)
 {
     const std::vector<Tag> tags = polledTags(options, driver);
-    const LineTiming timing = timingOf(addressOf(driver, options.link));
-    printPlan(stdout, tags, timing, options.link.turnaroundUs, driver, options.link.json);
+    const LinkAddress address = addressOf(driver, options.link);
+    const qint64 pace = options.link.everyMs.value_or(defaultPaceMs(address.kind)) * MILLISECOND;
+    printPlan(stdout, tags, timingOf(address), options.link.turnaroundUs, pace, driver,
+              options.link.json);
     return EXIT_DONE;
 }
 
@@ -122,6 +125,7 @@ void addQuestions(CLI::App& app, CommandOptions& o, Verb& chosen)
         helpFooter());
     addPolledTags(planVerb, o);
     addTiming(planVerb, o);
+    addEvery(planVerb, o);
     planVerb->callback(
         [&] { chosen = [&](const DriverLibrary& driver) { return plan(o, driver); }; });
 }
@@ -131,6 +135,7 @@ void addTransfers(CLI::App& app, CommandOptions& o, Verb& chosen)
     CLI::App* watchVerb = app.add_subcommand("watch", "Polls the tags and shows changes");
     addPolledTags(watchVerb, o);
     addLink(watchVerb, o);
+    addEvery(watchVerb, o);
     watchVerb->add_option("--seconds", o.seconds, "end after so many seconds; 0: run until stopped")
         ->check(numberFrom(0, 1e7))
         ->capture_default_str();

@@ -1,7 +1,12 @@
 #include "session/oneShotReads.h"
 
-#include <algorithm>
 #include <utility>
+
+namespace {
+
+enum { NAMED_FAILURES = 3 };
+
+} // namespace
 
 void OneShotReads::add(int job, const std::vector<ReadBlock>& blocks)
 {
@@ -9,7 +14,10 @@ void OneShotReads::add(int job, const std::vector<ReadBlock>& blocks)
         m_ended.emplace_back().job = job;
         return;
     }
-    if (job != NO_JOB) m_blocksLeft[job] += int(blocks.size());
+    if (job != NO_JOB) {
+        m_jobs[job].end.job = job;
+        m_jobs[job].blocksLeft += int(blocks.size());
+    }
     for (const ReadBlock& block : blocks)
         m_waiting.push_back({block, job});
 }
@@ -22,26 +30,40 @@ std::optional<OneShotReads::Read> OneShotReads::start()
     return m_underWay;
 }
 
+void OneShotReads::split(const std::vector<ReadBlock>& parts)
+{
+    if (!m_underWay) return;
+    const int job = std::exchange(m_underWay, std::nullopt)->job;
+    if (job != NO_JOB) m_jobs[job].blocksLeft += int(parts.size()) - 1;
+    for (auto part = parts.rbegin(); part != parts.rend(); ++part)
+        m_waiting.push_front({*part, job});
+}
+
+void OneShotReads::noteFailure(Job& job, JobEnd::Outcome outcome, const QString& trouble)
+{
+    ++job.failures;
+    if (job.failures == 1) {
+        job.end.outcome = outcome;
+        job.end.trouble = trouble;
+    } else if (job.failures <= NAMED_FAILURES) {
+        job.end.trouble += QLatin1String("; ") + trouble;
+    }
+}
+
 void OneShotReads::ended(JobEnd::Outcome outcome, const QString& trouble)
 {
     if (!m_underWay) return;
     const Read read = *std::exchange(m_underWay, std::nullopt);
     if (read.job == NO_JOB) return;
-    if (outcome == JobEnd::DONE && --m_blocksLeft[read.job] > 0) return;
-    dropRest(read.job);
-    JobEnd end;
-    end.job = read.job;
-    end.outcome = outcome;
-    end.trouble = trouble;
-    m_ended.push_back(end);
-}
-
-void OneShotReads::dropRest(int job)
-{
-    m_blocksLeft.erase(job);
-    m_waiting.erase(std::remove_if(m_waiting.begin(), m_waiting.end(),
-                                   [job](const Read& read) { return read.job == job; }),
-                    m_waiting.end());
+    const auto found = m_jobs.find(read.job);
+    Job& job = found->second;
+    if (outcome != JobEnd::DONE) noteFailure(job, outcome, trouble);
+    if (--job.blocksLeft > 0) return;
+    if (job.failures > NAMED_FAILURES)
+        job.end.trouble +=
+            QString(QLatin1String("; and %1 more")).arg(job.failures - NAMED_FAILURES);
+    m_ended.push_back(job.end);
+    m_jobs.erase(found);
 }
 
 std::vector<JobEnd> OneShotReads::takeEnded()

@@ -21,8 +21,7 @@ public:
         int job = 0;
     };
 
-    /// Job number of reads that belong to no job. A failure does not drop the other blocks, and no
-    /// end is reported.
+    /// Job number of reads that belong to no job. No end is reported.
     enum { NO_JOB = 0 };
 
     void add(int job, const std::vector<ReadBlock>& blocks);
@@ -35,18 +34,34 @@ public:
         return m_underWay.has_value();
     }
 
-    /// The block under way was read, or failed. A job ends with its last block or its first
-    /// failure.
+    /// The block under way; null: none.
+    const ReadBlock* block() const
+    {
+        return m_underWay ? &m_underWay->block : nullptr;
+    }
+
+    /// The PLC refused the block under way: its parts are read next, for the same job.
+    void split(const std::vector<ReadBlock>& parts);
+
+    /// The block under way was read, or failed. A job ends with its last block. Its end has
+    /// the outcome of its first failure, and the troubles of its first failures.
     void ended(JobEnd::Outcome outcome, const QString& trouble);
 
     std::vector<JobEnd> takeEnded();
 
 private:
-    void dropRest(int job);
+    struct Job
+    {
+        int blocksLeft = 0;
+        int failures = 0;
+        JobEnd end;
+    };
+
+    static void noteFailure(Job& job, JobEnd::Outcome outcome, const QString& trouble);
 
     std::deque<Read> m_waiting;
     std::optional<Read> m_underWay;
-    std::map<int, int> m_blocksLeft;
+    std::map<int, Job> m_jobs;
     std::vector<JobEnd> m_ended;
 };
 
