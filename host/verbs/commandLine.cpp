@@ -17,6 +17,7 @@
 #include "verbs/usageTexts.h"
 #include "verbs/watchVerb.h"
 #include "verbs/writeVerb.h"
+#include "wire/timeUnits.h"
 
 #include <cstdio>
 #include <memory>
@@ -68,8 +69,10 @@ std::vector<Tag> polledTags(CommandOptions options, const DriverLibrary& driver)
 ExitStatus plan(const CommandOptions& options, const DriverLibrary& driver)
 {
     const std::vector<Tag> tags = polledTags(options, driver);
-    const LineTiming timing = timingOf(addressOf(driver, options.link));
-    printPlan(stdout, tags, timing, options.link.turnaroundUs, driver, options.link.json);
+    const LinkAddress address = addressOf(driver, options.link);
+    const qint64 pace = options.link.everyMs.value_or(defaultPaceMs(address.kind)) * MILLISECOND;
+    printPlan(stdout, tags, timingOf(address), options.link.turnaroundUs, pace, driver,
+              options.link.json);
     return EXIT_DONE;
 }
 
@@ -153,6 +156,7 @@ void addQuestions(CLI::App& app, CommandOptions& o, Verb& chosen)
         helpFooter());
     addPolledTags(planVerb, o);
     addTiming(planVerb, o);
+    addEvery(planVerb, o);
     planVerb->callback(
         [&] { chosen = [&](const DriverLibrary& driver) { return plan(o, driver); }; });
 }
@@ -163,6 +167,7 @@ void addTransfers(CLI::App& app, CommandOptions& o, Verb& chosen)
     addPolledTags(watchVerb, o);
     addTurnaround(watchVerb, o);
     addLink(watchVerb, o);
+    addEvery(watchVerb, o);
     watchVerb->add_option("--seconds", o.seconds, "end after so many seconds; 0: run until stopped")
         ->check(numberFrom(0, 1e7))
         ->capture_default_str();

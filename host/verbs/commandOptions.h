@@ -33,6 +33,9 @@ struct CommandOptions
 /// it.
 CLI::Validator numberFrom(double lowest, double highest);
 
+/// Accepts the durations of durationMs().
+CLI::Validator aDuration();
+
 // The functions below add options that several verbs have.
 
 void addJson(CLI::App* verb, CommandOptions& options);
@@ -51,6 +54,9 @@ void addTurnaround(CLI::App* verb, CommandOptions& options);
 
 /// The options that a plan depends on.
 void addTiming(CLI::App* verb, CommandOptions& options);
+
+/// The pace of polling.
+void addEvery(CLI::App* verb, CommandOptions& options);
 
 /// The options of a verb that opens the link.
 void addLink(CLI::App* verb, CommandOptions& options);
