@@ -17,7 +17,7 @@
 //
 // Options of all verbs with a link (defaults and ranges: kakb-host VERB --help):
 //   --link sim | serial:DEVICE,BAUD,DATA BITS,PARITY,STOP BITS | tcp:HOST,PORT
-//   --timeout-ms --attempts --pause-ms --turnaround-us --trace --pcap FILE --json
+//   --timeout-ms --attempts --pause-ms --echo --time --trace --pcap FILE --json
 //   --simulator FILE --simulator-arguments TEXT
 //
 // Exit statuses: kakb-host --help, from program/exitStatus.h
@@ -25,6 +25,7 @@
 #include "links/tcpLink.h"
 #include "output/outputStream.h"
 #include "program/companionFiles.h"
+#include "program/driverFile.h"
 #include "program/interrupt.h"
 #include "program/printing.h"
 #include "verbs/commandLine.h"
@@ -73,8 +74,8 @@ ExitStatus run(const Command& command)
     OutputStream output(stdout, values, isToEnd);
     const OutputStream errors(stderr, STDERR_FILENO, isToEnd);
     try {
-        const DriverLibrary driver(command.driver.empty() ? companionDriver()
-                                                          : QString::fromStdString(command.driver));
+        const DriverLibrary driver = loadDriver(
+            command.driver.empty() ? companionDriver() : QString::fromStdString(command.driver));
         const ExitStatus status = command.verb(driver);
         return status == EXIT_DONE ? outputStatus(output) : status;
     } catch (const VerbFailure& error) {

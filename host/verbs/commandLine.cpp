@@ -156,6 +156,7 @@ void addTransfers(CLI::App& app, CommandOptions& o, Verb& chosen)
 {
     CLI::App* watchVerb = app.add_subcommand("watch", "Polls the tags and shows changes");
     addPolledTags(watchVerb, o);
+    addTurnaround(watchVerb, o);
     addLink(watchVerb, o);
     watchVerb->add_option("--seconds", o.seconds, "end after so many seconds; 0: run until stopped")
         ->check(numberFrom(0, 1e7))
@@ -172,6 +173,7 @@ void addTransfers(CLI::App& app, CommandOptions& o, Verb& chosen)
     readVerb->add_flag("--both-orders", o.bothOrders,
                        "show each 32-bit value in both word orders, with the type of each");
     addTags(readVerb, o);
+    addTurnaround(readVerb, o);
     addLink(readVerb, o);
     readVerb->callback([&] {
         chosen = [&](const DriverLibrary& driver) {
@@ -263,7 +265,11 @@ std::optional<ExitStatus> parseCommandLine(int argc, char** argv, Command& comma
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        if (error.get_exit_code() == 0) return app.exit(error) == 0 ? EXIT_DONE : EXIT_USAGE;
+        if (error.get_exit_code() == 0) {
+            const std::string wrongVerb = wrongVerbSentence(app);
+            if (!wrongVerb.empty()) return usageError(wrongVerb);
+            return app.exit(error) == 0 ? EXIT_DONE : EXIT_USAGE;
+        }
         return usageError(usageSentence(app, error));
     }
     const std::string problem = problemOfFiles(*options);

@@ -44,24 +44,34 @@ void addPolledTags(CLI::App* verb, CommandOptions& options)
     addTags(verb, options, "; default, on the simulated PLC only: the demo's tag file");
 }
 
-void addTiming(CLI::App* verb, CommandOptions& options)
+void addLinkAddress(CLI::App* verb, CommandOptions& options)
 {
-    LinkOptions& link = options.link;
-    verb->add_option("--link", link.link,
+    verb->add_option("--link", options.link.link,
                      "sim, serial:DEVICE,BAUD,DATA BITS,PARITY,STOP BITS or tcp:HOST,PORT; the "
                      "driver supplies omitted parts")
         ->capture_default_str();
-    verb->add_option("--turnaround-us", link.turnaroundUs,
+}
+
+void addTurnaround(CLI::App* verb, CommandOptions& options)
+{
+    verb->add_option("--turnaround-us", options.link.turnaroundUs,
                      "time that a station takes to begin its answer, for the plan")
         ->check(CLI::Range(0, 1000000))
         ->capture_default_str();
+}
+
+void addTiming(CLI::App* verb, CommandOptions& options)
+{
+    addLinkAddress(verb, options);
+    addTurnaround(verb, options);
     addJson(verb, options);
 }
 
 void addLink(CLI::App* verb, CommandOptions& options)
 {
     LinkOptions& link = options.link;
-    addTiming(verb, options);
+    addLinkAddress(verb, options);
+    addJson(verb, options);
     verb->add_option("--timeout-ms", link.timeoutMs,
                      "longest time that a station takes to begin its answer; over TCP, until all "
                      "of the answer is there")

@@ -22,6 +22,10 @@ bool isOptional(int column)
     return column == COMMENT || column == RATE;
 }
 
+const char COMMA = ',';
+const QLatin1Char DECIMAL_COMMA(',');
+const QLatin1Char DECIMAL_POINT('.');
+
 QString columnName(int column)
 {
     return QLatin1String(COLUMN_NAMES[column]);
@@ -117,11 +121,24 @@ Columns::Columns(const CsvRecord& header, bool withValues) : m_count(int(header.
                                                "type and, if wanted, comment and rate")));
 }
 
+/// Whether the values of a file have decimal points and no decimal commas.
+bool hasDecimalPoints(const std::vector<CsvRecord>& records, int column)
+{
+    bool points = false;
+    for (const CsvRecord& record : records) {
+        const QString value = record.fields.value(column);
+        if (value.contains(DECIMAL_COMMA)) return false;
+        points = points || value.contains(DECIMAL_POINT);
+    }
+    return points;
+}
+
 class TagReader
 {
 public:
-    TagReader(const Columns& columns, const DriverLibrary& driver, const ValueJudge& judge)
-        : m_columns(columns), m_driver(driver), m_judge(judge)
+    TagReader(const Columns& columns, const DriverLibrary& driver, const ValueJudge& judge,
+              char separator)
+        : m_columns(columns), m_driver(driver), m_judge(judge), m_separator(separator)
     {
     }
 
@@ -131,10 +148,12 @@ public:
 private:
     QStringList take(const CsvRecord& record, Tag& tag);
     QString nameProblem(const QString& name, int line);
+    QString valueField(const CsvRecord& record, const Tag& tag) const;
 
     const Columns& m_columns;
     const DriverLibrary& m_driver;
     const ValueJudge& m_judge;
+    const char m_separator;
     std::vector<Tag> m_tags;
     QHash<QString, int> m_lineOfName;
     QStringList m_badLines;
@@ -181,7 +200,7 @@ QStringList TagReader::take(const CsvRecord& record, Tag& tag)
     problems.removeAll(QString());
     if (problems.isEmpty()) problems << addressNameProblem(tag, m_driver);
     problems.removeAll(QString());
-    if (problems.isEmpty() && m_judge) problems << m_judge(tag, m_columns.field(record, VALUE));
+    if (problems.isEmpty() && m_judge) problems << m_judge(tag, valueField(record, tag));
     problems.removeAll(QString());
     return problems;
 }
@@ -197,6 +216,15 @@ QString TagReader::nameProblem(const QString& name, int line)
     if (first == line) return QString();
     return QString(QLatin1String("name %1 stands on line %2 already"))
         .arg(quoted(name), QString::number(first));
+}
+
+/// The text of the value with a decimal point.
+QString TagReader::valueField(const CsvRecord& record, const Tag& tag) const
+{
+    QString value = m_columns.field(record, VALUE);
+    const bool hasComma =
+        m_separator != COMMA && tag.type == Tag::FLOAT32 && !value.contains(DECIMAL_POINT);
+    return hasComma ? value.replace(DECIMAL_COMMA, DECIMAL_POINT) : value;
 }
 
 std::vector<Tag> TagReader::tags() const
@@ -218,16 +246,27 @@ std::vector<Tag> readTags(const QByteArray& csv, const DriverLibrary& driver,
     const std::vector<CsvRecord> records = csvRecords(csv);
     if (records.empty()) fail(atLine(1, QLatin1String("there is no line with the column names")));
     const Columns columns(records.front(), bool(judge));
-    TagReader reader(columns, driver, judge);
+    TagReader reader(columns, driver, judge, csvSeparator(csv));
     std::for_each(records.begin() + 1, records.end(),
                   [&reader](const CsvRecord& record) { reader.read(record); });
     return reader.tags();
 }
 
-QByteArray withValues(const QByteArray& csv, const QStringList& values)
+TagFileError errorInFile(const QString& fileName, const TagFileError& error)
+{
+    QStringList lines = QString::fromUtf8(error.what()).split(QLatin1Char('\n'));
+    for (QString& line : lines)
+        line.prepend(fileName + QLatin1String(": "));
+    return TagFileError(lines.join(QLatin1Char('\n')).toStdString());
+}
+
+QByteArray withValues(const QByteArray& csv, QStringList values)
 {
     const std::vector<CsvRecord> records = csvRecords(csv);
     const int column = int(records.front().fields.indexOf(columnName(VALUE)));
+    const bool getsCommas = csvSeparator(csv) != COMMA && !hasDecimalPoints(records, column);
+    for (QString& value : values)
+        if (getsCommas) value.replace(DECIMAL_POINT, DECIMAL_COMMA);
     QByteArray text;
     int copied = 0;
     for (int tag = 0; tag < int(values.size()); ++tag) {
@@ -250,5 +289,10 @@ QByteArray fileBytes(const QString& fileName)
 
 std::vector<Tag> readTagFile(const QString& fileName, const DriverLibrary& driver)
 {
-    return readTags(fileBytes(fileName), driver);
+    const QByteArray bytes = fileBytes(fileName);
+    try {
+        return readTags(bytes, driver);
+    } catch (const TagFileError& error) {
+        throw errorInFile(fileName, error);
+    }
 }

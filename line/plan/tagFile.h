@@ -22,6 +22,8 @@
 /// - bool needs a bit area, the other types need a word area. Names are unique.
 /// - A field may have double quotes around it; a double quote inside is doubled (RFC 4180).
 /// - Empty lines and lines that begin with # are skipped. UTF-8, CR LF or LF.
+/// - When the first line has semicolons and no commas, semicolons separate the fields. A float in
+///   the column value may then have a decimal comma.
 /// @throws TagFileError with all bad lines
 std::vector<Tag> readTags(const QByteArray& csv, const DriverLibrary& driver);
 
@@ -34,9 +36,13 @@ std::vector<Tag> readTags(const QByteArray& csv, const DriverLibrary& driver,
                           const ValueJudge& judge);
 
 /// Replaces the texts in the column `value` of CSV text that readTags() has accepted. Comment
-/// lines, the order of the columns, other quotes and blanks are kept.
-/// @param values  by tag; texts that need no quotes
-QByteArray withValues(const QByteArray& csv, const QStringList& values);
+/// lines, the order of the columns, the separator, other quotes and blanks are kept. Between
+/// semicolons the values get decimal commas, unless the column has decimal points and no commas.
+/// @param values  by tag, with decimal points; texts that need no quotes
+QByteArray withValues(const QByteArray& csv, QStringList values);
+
+/// The error with the file's name ahead of each line.
+TagFileError errorInFile(const QString& fileName, const TagFileError& error);
 
 /// The bytes of a file.
 /// @throws TagFileError when it cannot be read

@@ -4,8 +4,6 @@
 #include "plan/addressReason.h"
 #include "plan/tagText.h"
 
-#include <QRegularExpression>
-
 #include <algorithm>
 #include <optional>
 

@@ -145,11 +145,11 @@ end,1,MW,8190,float32,
         run = self.host("read --tags tags.csv", 1)
         self.assertEqual(8, len(run.errors), run)
         self.assert_matches(
-            run.errors, "^kakb-host: line 3: MW101: odd: ",
-            '^kakb-host: line 5: station "0"', '^kakb-host: line 6: there is no area "ZZ"',
-            '^kakb-host: line 7: type "int64"', '^kakb-host: line 9: name "good" stands on line 2',
-            "^kakb-host: line 10: 3 fields", "^kakb-host: line 11: MW holds words",
-            "^kakb-host: line 12: MW8190: past the end of MW: .* room for 2 words is 8188$")
+            run.errors, "^kakb-host: tags.csv: line 3: MW101: odd: ",
+            '^kakb-host: tags.csv: line 5: station "0"', '^kakb-host: tags.csv: line 6: there is no area "ZZ"',
+            '^kakb-host: tags.csv: line 7: type "int64"', '^kakb-host: tags.csv: line 9: name "good" stands on line 2',
+            "^kakb-host: tags.csv: line 10: 3 fields", "^kakb-host: tags.csv: line 11: MW holds words",
+            "^kakb-host: tags.csv: line 12: MW8190: past the end of MW: .* room for 2 words is 8188$")
         for verb in ("plan", "watch", "write MW100=1"):
             self.assertEqual(run.errors, self.host(f"{verb} --tags tags.csv", 1).errors)
 

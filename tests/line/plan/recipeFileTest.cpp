@@ -99,7 +99,7 @@ TEST_F(RecipeFileTest, MalformedValueIsBadEvenForUploads)
 
 TEST_F(RecipeFileTest, RecipeWithoutTagsIsRefused)
 {
-    EXPECT_EQ("the recipe has no values", complaintOf(""));
+    EXPECT_EQ(path.toStdString() + ": the recipe has no values", complaintOf(""));
 }
 
 TEST_F(RecipeFileTest, FileWithoutTheValueColumnIsRefused)

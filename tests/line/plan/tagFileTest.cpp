@@ -216,6 +216,24 @@ TEST(TagFile, FileIsReadByItsName)
     EXPECT_EQ(1u, readTagFile(file.fileName(), driver()).size());
 }
 
+TEST(TagFile, BadLinesOfAFileHaveItsName)
+{
+    QTemporaryDir folder;
+    QFile file(folder.filePath(text("tags.csv")));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(HEADER + QByteArray("a,1,MW,0,bool,\n,1,MW,0,int16,\n"));
+    file.close();
+    const std::string name = file.fileName().toStdString();
+    try {
+        readTagFile(file.fileName(), driver());
+        FAIL() << "no error";
+    } catch (const TagFileError& error) {
+        EXPECT_EQ(name + ": line 2: MW holds words, which are not of type bool\n" + name +
+                      ": line 3: the name is missing",
+                  error.what());
+    }
+}
+
 TEST(TagFile, UnreadableFileIsNamedWithTheReason)
 {
     QTemporaryDir folder;
