@@ -4,6 +4,7 @@
 #include "program/interrupt.h"
 #include "program/printing.h"
 #include "program/simulatorStart.h"
+#include "program/tableTerminal.h"
 #include "wire/timeUnits.h"
 
 #include <QDateTime>
@@ -90,7 +91,10 @@ ExitStatus HostProgram::run(const std::function<ExitStatus()>& work)
 void HostProgram::connect()
 {
     stopOnSignals();
-    m_run->start();
+    {
+        const SignalsBlocked forTheLinksThread;
+        m_run->start();
+    }
     bool wasOpen = false;
     while (!stopRequested() && !wasOpen) {
         News news = next(NEWS_MS);

@@ -2,6 +2,7 @@
 #define COMMAND_OPTIONS_H
 
 #include "program/hostProgram.h"
+#include "verbs/watchVerb.h"
 
 #include <CLI/CLI.hpp>
 
@@ -18,7 +19,7 @@ struct CommandOptions
     bool write = false;
     std::string tagFile;
     std::vector<std::string> names;
-    double seconds = 0;
+    WatchOptions watch;
     std::string recipeFile;
     std::string recipeOutput;
     bool verify = false;
@@ -44,6 +45,9 @@ void addTiming(CLI::App* verb, CommandOptions& options);
 
 /// The options of a verb that opens the link, with those of addTiming().
 void addLink(CLI::App* verb, CommandOptions& options);
+
+/// The options of watch alone.
+void addWatch(CLI::App* verb, CommandOptions& options);
 
 /// Area, address and count.
 void addAddress(CLI::App* verb, CommandOptions& options);

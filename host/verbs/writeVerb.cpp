@@ -54,8 +54,7 @@ void mustNotShare(const std::vector<Tag>& tags)
 void print(const Assignment& assigned, bool json)
 {
     if (!json) {
-        std::printf("%s = %s confirmed\n", qUtf8Printable(labelText(assigned.tag)),
-                    qUtf8Printable(tagValueText(assigned.tag, assigned.bytes)));
+        std::printf("%s\n", qUtf8Printable(confirmedText(assigned)));
         return;
     }
     QJsonObject object;
@@ -76,13 +75,6 @@ int equalsBehindName(const QString& text, const TagChoice& tags)
         if (tags.isNameOfFile(text.left(at))) return at;
     }
     return int(text.indexOf(equals));
-}
-
-/// The message of a write without confirmation. It does not say "not written", because the PLC may
-/// have executed the write.
-QString unconfirmed(const Assignment& assigned, const QString& trouble)
-{
-    return QString(QLatin1String("%1 is not confirmed: %2")).arg(labelText(assigned.tag), trouble);
 }
 
 /// Hands in the job that writes a group.
@@ -106,28 +98,11 @@ void start(HostProgram& host, int job, const WriteGroup& group,
     host.link().transfer(recipe);
 }
 
-/// Hands in all writes.
-/// @return the job of each assignment
-std::vector<int> startAll(HostProgram& host, const std::vector<Assignment>& assignments)
-{
-    std::vector<Tag> tags;
-    for (const Assignment& assigned : assignments)
-        tags.push_back(assigned.tag);
-    std::vector<int> jobs(assignments.size());
-    for (const WriteGroup& group : writeGroups(tags)) {
-        const int job = host.newJob();
-        for (const size_t index : group.tags)
-            jobs[index] = job;
-        start(host, job, group, assignments);
-    }
-    return jobs;
-}
-
 /// Writes the values and prints for each value whether it is confirmed.
 ExitStatus write(HostProgram& host, const std::vector<Assignment>& assignments, bool json)
 {
     host.connect();
-    const std::vector<int> jobs = startAll(host, assignments);
+    const std::vector<int> jobs = startWrites(host, assignments);
     std::vector<JobEnd> failures;
     for (size_t i = 0; i < jobs.size(); ++i) {
         JobEnd end = host.endOf(jobs[i]);
@@ -135,7 +110,7 @@ ExitStatus write(HostProgram& host, const std::vector<Assignment>& assignments, 
             print(assignments[i], json);
             continue;
         }
-        if (end.outcome == JobEnd::LOST) end.trouble = unconfirmed(assignments[i], end.trouble);
+        end.trouble = failureText(assignments[i], end);
         failures.push_back(end);
     }
     for (size_t i = 1; i < failures.size(); ++i)
@@ -150,15 +125,45 @@ Assignment assignment(const QString& text, const TagChoice& tags, const DriverLi
 {
     const int equals = equalsBehindName(text, tags);
     if (equals < 1) throw usageError(text, QLatin1String("is not NAME=VALUE"));
-    Assignment made;
-    made.tag = tags.named(text.left(equals));
-    made.text = text.mid(equals + 1);
-    const std::optional<QByteArray> bytes = tagValueBytes(made.tag, made.text);
+    return assignment(text, tags.named(text.left(equals)), text.mid(equals + 1), driver);
+}
+
+Assignment assignment(const QString& text, const Tag& tag, const QString& value,
+                      const DriverLibrary& driver)
+{
+    const std::optional<QByteArray> bytes = tagValueBytes(tag, value);
     if (!bytes) throw usageError(text, QLatin1String("the value does not fit the tag's type"));
-    const QString problem = writeProblem(made.tag, driver);
+    const QString problem = writeProblem(tag, driver);
     if (!problem.isEmpty()) throw usageError(text, problem);
-    made.bytes = *bytes;
-    return made;
+    return {tag, *bytes, value};
+}
+
+QString confirmedText(const Assignment& assigned)
+{
+    return QString(QLatin1String("%1 = %2 confirmed"))
+        .arg(labelText(assigned.tag), tagValueText(assigned.tag, assigned.bytes));
+}
+
+QString failureText(const Assignment& assigned, const JobEnd& end)
+{
+    if (end.outcome != JobEnd::LOST) return end.trouble;
+    return QString(QLatin1String("%1 is not confirmed: %2"))
+        .arg(labelText(assigned.tag), end.trouble);
+}
+
+std::vector<int> startWrites(HostProgram& host, const std::vector<Assignment>& assignments)
+{
+    std::vector<Tag> tags;
+    for (const Assignment& assigned : assignments)
+        tags.push_back(assigned.tag);
+    std::vector<int> jobs(assignments.size());
+    for (const WriteGroup& group : writeGroups(tags)) {
+        const int job = host.newJob();
+        for (const size_t index : group.tags)
+            jobs[index] = job;
+        start(host, job, group, assignments);
+    }
+    return jobs;
 }
 
 ExitStatus writeTags(const DriverLibrary& driver, const LinkOptions& options,
