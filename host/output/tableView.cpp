@@ -144,9 +144,9 @@ void TableView::typeFilter(const Key& key)
 {
     if (key.kind == Key::ENTER || key.kind == Key::ESCAPE) m_mode = BROWSING;
     if (key.kind == Key::ENTER) return;
-    QString filter = m_filter;
-    edit(filter, key);
-    setFilter(key.kind == Key::ESCAPE ? QString() : filter);
+    QString typed = m_filter;
+    edit(typed, key);
+    setFilter(key.kind == Key::ESCAPE ? QString() : typed);
 }
 
 void TableView::setFilter(const QString& filter)

@@ -121,7 +121,7 @@ private:
     void moveTo(int position);
     void move(int rows);
     void browse(const Key& key);
-    void browseText(const QString& text);
+    void browseText(const QString& pressed);
     void typeFilter(const Key& key);
     void setFilter(const QString& filter);
     void startValue();

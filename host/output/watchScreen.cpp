@@ -116,7 +116,7 @@ void addTable(FrameBytes& bytes, const TableView& view, const TableColumns& colu
     const int shown = shownCount(view, lines);
     bytes.addLine(columns.headings(), UNDERLINED);
     for (int i = 0; i < shown; ++i) {
-        const int tag = view.order()[std::size_t(view.top() + i)];
+        const int tag = view.order()[std::size_t(view.top()) + std::size_t(i)];
         bytes.addLine(columns.line(view.rows()[std::size_t(tag)]), lookOf(view, tag));
     }
     const int hidden = int(view.order().size()) - shown;
@@ -162,7 +162,7 @@ QStringList WatchScreen::lastTable(const TableView& view, int columns, int lines
     QStringList text(cutText(table.headings(), columns - 1));
     const int shown = shownCount(view, lines);
     for (int i = 0; i < shown; ++i) {
-        const int tag = view.order()[std::size_t(view.top() + i)];
+        const int tag = view.order()[std::size_t(view.top()) + std::size_t(i)];
         text << table.line(view.rows()[std::size_t(tag)]);
     }
     const int hidden = int(view.order().size()) - shown;

@@ -43,11 +43,11 @@ volatile std::sig_atomic_t isEntered = 0; ///< the table's screen is to be enter
 
 sigset_t jobSignals()
 {
-    sigset_t signals;
-    sigemptyset(&signals);
+    sigset_t mask;
+    sigemptyset(&mask);
     for (const int number : JOB_SIGNALS)
-        sigaddset(&signals, number);
-    return signals;
+        sigaddset(&mask, number);
+    return mask;
 }
 
 /// Whether the shell has given the terminal to this program. A terminal that is not the controlling
@@ -244,8 +244,8 @@ TableTerminal::Size TableTerminal::size()
 
 SignalsBlocked::SignalsBlocked()
 {
-    const sigset_t signals = jobSignals();
-    pthread_sigmask(SIG_BLOCK, &signals, &m_before);
+    const sigset_t mask = jobSignals();
+    pthread_sigmask(SIG_BLOCK, &mask, &m_before);
 }
 
 SignalsBlocked::~SignalsBlocked()

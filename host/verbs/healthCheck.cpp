@@ -22,7 +22,7 @@ VerbFailure usageError(const QString& text, const QString& problem)
 
 int comparisonOf(QChar sign)
 {
-    return QString::fromLatin1(COMPARISONS).indexOf(sign);
+    return int(QString::fromLatin1(COMPARISONS).indexOf(sign));
 }
 
 /// Position of the comparison; -1: none. A name may contain its sign, so the longest watched name

@@ -50,6 +50,12 @@ public:
     void writeStarted(int tag);
     void writeEnded(int tag, qint64 now);
 
+    /// Whether there is anything to judge.
+    bool isAsked() const
+    {
+        return hasExpectations() || m_longestBad > 0;
+    }
+
     bool hasExpectations() const
     {
         return !m_expectations.empty();

@@ -87,9 +87,9 @@ void TableOutput::draw(HostProgram& host)
 void TableOutput::end(const LinkFigures& figures)
 {
     m_terminal.leave();
-    const QString text = figuresText(figures);
-    if (m_isDrawn) printLastTable(int(text.size()));
-    printLine(stdout, text);
+    const QString line = figuresText(figures);
+    if (m_isDrawn) printLastTable(int(line.size()));
+    printLine(stdout, line);
     std::fflush(stdout);
     JobEnd ended;
     ended.outcome = JobEnd::LOST;
@@ -172,12 +172,12 @@ void TableOutput::startWrite(HostProgram& host, const TableView::Write& write)
 
 void TableOutput::endWrites(const News& news, qint64 now)
 {
-    for (const JobEnd& end : news.jobEnds) {
-        const auto found = m_writes.find(end.job);
+    for (const JobEnd& ended : news.jobEnds) {
+        const auto found = m_writes.find(ended.job);
         if (found == m_writes.end()) continue;
         const Pending& pending = found->second;
-        m_view.tell(end.outcome == JobEnd::DONE ? confirmedText(pending.assigned)
-                                                : failureText(pending.assigned, end));
+        m_view.tell(ended.outcome == JobEnd::DONE ? confirmedText(pending.assigned)
+                                                  : failureText(pending.assigned, ended));
         for (const auto& [tag, read] : pending.read)
             m_health.writeEnded(tag, now);
         m_writes.erase(found);

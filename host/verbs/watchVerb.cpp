@@ -124,7 +124,7 @@ ExitStatus watch(const DriverLibrary& driver, const LinkOptions& options,
                              ? int(std::min<qint64>(left / MILLISECOND + 1, LONGEST_WAIT_MS))
                              : int(LONGEST_WAIT_MS);
         const News news = output->wait(host, wait);
-        health.judge(news.changes, host.values().tags(), host.link().now());
+        if (health.isAsked()) health.judge(news.changes, host.values().tags(), host.link().now());
         output->show(news, host);
     }
     output->end(host.values().figures(host.link().now()));

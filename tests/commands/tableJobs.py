@@ -3,12 +3,14 @@
 import os
 import re
 import signal
+import time
 
 from commandLine import CommandLineTest
 from processes import eventually, matching
 from shellTerminal import ShellTerminal
 
 COUNTER = "--signal 1:IW:0:counter:50"
+STANDSTILL_S = 1
 KILLED_BY = 128  # the shell adds the signal's number
 HEADINGS = "^name +address +value"
 
@@ -50,6 +52,16 @@ class TableJobs(CommandLineTest):
         self.assertTrue(eventually(lambda: self.counted() > shown), "the counter stands still")
         self.assertEqual([], matching(self.shell.screen(), "ready>|what was there"))
 
+    def awaits_standstill(self):
+        """The counter on the screen has not counted for some refreshes."""
+        last = [time.monotonic(), self.counted()]
+
+        def stands():
+            if self.counted() != last[1]:
+                last[:] = time.monotonic(), self.counted()
+            return time.monotonic() > last[0] + STANDSTILL_S
+        self.assertTrue(eventually(stands), "the counter goes on")
+
     def awaits_shell(self):
         """The shell has its terminal and its screen again."""
         self.awaits("^ready>$", "^what was there before$")
@@ -71,6 +83,20 @@ class TableJobs(CommandLineTest):
                 self.assertEqual([], matching(self.shell.screen(), HEADINGS))
                 self.shell.line("clear; echo what was there before; fg")
                 self.awaits_table()
+            self.shell.text("q")
+            self.awaits_end(0)
+
+    def test_rest_of_a_held_back_frame_is_not_for_the_shells_screen(self):
+        """Ctrl-S holds a frame back, Ctrl-Z lets the terminal go on."""
+        with self.plc("pty", COUNTER) as plc:
+            self.watch(plc)
+            self.shell.keys("C-s")
+            self.awaits_standstill()
+            self.shell.keys("C-z")
+            self.awaits("Stopped")
+            self.awaits_shell()
+            self.shell.line("clear; echo what was there before; fg")
+            self.awaits_table()
             self.shell.text("q")
             self.awaits_end(0)
 
