@@ -13,7 +13,7 @@ enum {
     SHORTEST_NAME = 8,
     SHORTEST_ADDRESS = 7,
     LONGEST_ADDRESS = 12,
-    VALUE_WIDTH = 14, ///< length of the longest float
+    DECIMAL_WIDTH = 14, ///< length of the longest float
     AGE_WIDTH = 6,
     CHANGES_WIDTH = 8,
     SHORTEST_STATE = 12
@@ -54,11 +54,13 @@ TableColumns::TableColumns(const std::vector<WatchRow>& rows, int width)
 {
     int longestName = SHORTEST_NAME;
     int longestAddress = SHORTEST_ADDRESS;
+    int longestValue = DECIMAL_WIDTH;
     for (const WatchRow& row : rows) {
         longestName = std::max(longestName, columnsOf(row.name));
         longestAddress = std::max(longestAddress, columnsOf(row.address));
+        longestValue = std::max(longestValue, row.valueWidth);
     }
-    m_value = std::clamp(width, 0, int(VALUE_WIDTH));
+    m_value = std::clamp(width, 0, longestValue);
     m_name = std::clamp(width - m_value - GAP, 0, int(SHORTEST_NAME));
     int free = std::max(0, width - m_value - GAP - m_name);
     m_address = take(std::min(longestAddress, int(LONGEST_ADDRESS)), free);

@@ -9,7 +9,8 @@
 /// and state. A narrow terminal drops columns from the right, but never the value and the name; the
 /// name gets shorter.
 ///
-/// The widths depend only on names and addresses, so the columns do not move when values change.
+/// The widths depend only on names, addresses and types, so the columns do not move when values
+/// change.
 class TableColumns
 {
 public:

@@ -1,7 +1,8 @@
 #include "verbs/healthCheck.h"
 
-#include "plan/tagFile.h"
+#include "plan/tagError.h"
 #include "plan/tagValue.h"
+#include "plan/typedAddress.h"
 #include "program/exitStatus.h"
 #include "verbs/tagChoice.h"
 #include "wire/timeUnits.h"
@@ -9,6 +10,7 @@
 #include <QStringList>
 
 #include <algorithm>
+#include <cmath>
 
 namespace {
 
@@ -63,8 +65,9 @@ size_t watchedTag(const QString& text, const QString& name, const std::vector<Ta
                                QLatin1String("\" is no name or address of a watched tag"));
 }
 
-double numberOf(const Tag& tag, const QByteArray& bytes)
+double numberOf(Tag tag, const QByteArray& bytes)
 {
+    tag.format = Tag::DECIMAL;
     return tagValueText(tag, bytes).toDouble();
 }
 
@@ -89,7 +92,7 @@ Expectation expectation(const QString& text, const std::vector<Tag>& tags,
     bool isNumber = false;
     made.value = value.toDouble(&isNumber); // a limit need not be a value of the type
     if (!isNumber || made.comparison == Expectation::EQUAL)
-        throw usageError(text, QLatin1String("the value does not fit the tag's type"));
+        throw usageError(text, valueProblem(tag, value, ALLOW_NON_FINITE));
     return made;
 }
 
@@ -151,7 +154,7 @@ bool HealthCheck::isTrue(const Expectation& expected) const
     case Expectation::BELOW:
         return value < expected.value;
     default:
-        return value == expected.value;
+        return value == expected.value || (std::isnan(value) && std::isnan(expected.value));
     }
 }
 

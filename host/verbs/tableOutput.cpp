@@ -113,7 +113,8 @@ QString TableOutput::valueProblem(int tag, const QString& value) const
 {
     const Tag& target = m_tags[size_t(tag)];
     try {
-        assignment(target.name + QLatin1Char('=') + value, target, value, m_driver);
+        assignmentOf(target.name + QLatin1Char('=') + value, target, value, m_driver,
+                     REFUSE_NON_FINITE);
         return QString();
     } catch (const VerbFailure& failure) {
         return QString::fromUtf8(failure.what());
@@ -157,7 +158,8 @@ void TableOutput::noteChanges(const News& news)
 void TableOutput::startWrite(HostProgram& host, const TableView::Write& write)
 {
     const Tag& target = m_tags[size_t(write.tag)];
-    Pending pending = {assignment(write.value, target, write.value, m_driver), {}};
+    Pending pending = {assignmentOf(write.value, target, write.value, m_driver, REFUSE_NON_FINITE),
+                       {}};
     const std::vector<TagState> read = states(host);
     for (const int tag : tagsOnMemoryOf(target, m_tags)) {
         pending.read[tag] = read[size_t(tag)];

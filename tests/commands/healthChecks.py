@@ -77,7 +77,7 @@ class HealthChecks(CommandLineTest):
         for condition, sentence in (
                 ("still", "is not NAME=VALUE, NAME>VALUE or NAME<VALUE"),
                 ("none=3", '"none" is no name or address of a watched tag'),
-                ("still=70000", "the value does not fit the tag's type")):
+                ("still=70000", "70000 does not fit uint16: 0 to 65535")):
             self.fails(1, f"watch --tags tags.csv {link} --until {condition}",
                        f"^kakb-host: --until {condition}: {sentence}$")
         for seconds in ("0", "-1", "nan", "x"):

@@ -123,7 +123,7 @@ class TableKeys(CommandLineTest):
             self.awaits(r"^still \(MW100\) = 7 confirmed$", "^still +MW100 +7 ")
             self.shell.text("w70000")
             self.shell.keys("Enter")
-            self.awaits("^still=70000: the value does not fit the tag's type$")
+            self.awaits("^still=70000: 70000 does not fit uint16: 0 to 65535$")
             self.shell.keys("Down")
             self.shell.text("w")
             self.awaits(r"^more inputs \(IW4\) cannot be written: area IW is read-only$")

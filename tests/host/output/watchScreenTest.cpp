@@ -59,9 +59,9 @@ Terminal shown(const std::vector<WatchRow>& table, int columns, int rows)
 }
 
 /// The first row of a table of one row; the figures take one or two lines.
-std::string narrowRow(int columns)
+std::string narrowRow(const WatchRow& only, int columns)
 {
-    const Terminal terminal = shown({row("level", "17")}, columns, 24);
+    const Terminal terminal = shown({only}, columns, 24);
     for (int line = 0; line < 24; ++line) {
         if (terminal.isUnderlined(line)) return terminal.line(line + 1);
     }
@@ -201,7 +201,8 @@ TEST(WatchScreen, NarrowTerminalDropsColumnsFromTheRightButNeverTheValue)
                 {3, "17"},
                 {2, "\xe2\x80\xa6"}};
     for (const auto& narrow : rows)
-        EXPECT_EQ(narrow.row, narrowRow(narrow.columns)) << narrow.columns << " columns";
+        EXPECT_EQ(narrow.row, narrowRow(row("level", "17"), narrow.columns))
+            << narrow.columns << " columns";
 }
 
 TEST(WatchScreen, LongTextIsCut)
@@ -221,6 +222,15 @@ TEST(WatchScreen, LongAddressIsCut)
     remote.address = QString::fromLatin1("247:MX4095.15!");
     EXPECT_EQ("level     247:MX4095.\xe2\x80\xa6              17",
               shown({remote}, 80, 24).line(FIRST_ROW).substr(0, 40));
+}
+
+TEST(WatchScreen, LongestValueOfATypeIsNeverCut)
+{
+    WatchRow bits = row("level", "0b11111111111111110000000000000000");
+    bits.valueWidth = 34;
+    EXPECT_EQ("level     MW100    0b11111111111111110000000000000000   0.3 s         5",
+              shown({bits}, 80, 24).line(FIRST_ROW));
+    EXPECT_EQ("l\xe2\x80\xa6  0b11111111111111110000000000000000", narrowRow(bits, 39));
 }
 
 TEST(WatchScreen, WideScreenShowsLongNamesWhole)

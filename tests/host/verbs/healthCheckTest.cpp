@@ -155,11 +155,11 @@ TEST(Expectations, UnusableTextsAreRefusedInWords)
                 {"", "--until : is not NAME=VALUE, NAME>VALUE or NAME<VALUE"},
                 {"none=3", "--until none=3: \"none\" is no name or address of a watched tag"},
                 {"MW200=3", "--until MW200=3: \"MW200\" is no name or address of a watched tag"},
-                {"level=", "--until level=: the value does not fit the tag's type"},
-                {"level=x", "--until level=x: the value does not fit the tag's type"},
-                {"level=1.5", "--until level=1.5: the value does not fit the tag's type"},
-                {"level>=5", "--until level>=5: the value does not fit the tag's type"},
-                {"level>", "--until level>: the value does not fit the tag's type"}};
+                {"level=", "--until level=: the value is missing"},
+                {"level=x", "--until level=x: \"x\" is no value of type int16: -32768 to 32767"},
+                {"level=1.5", "--until level=1.5: 1.5 does not fit int16: -32768 to 32767"},
+                {"level>=5", "--until level>=5: \"=5\" is no value of type int16: -32768 to 32767"},
+                {"level>", "--until level>: the value is missing"}};
     for (const auto& unusable : rows)
         EXPECT_EQ(unusable.sentence, refusal(unusable.text));
 }
@@ -194,6 +194,28 @@ TEST_F(HealthCheckTest, LimitsAreNotMetByTheLimitItself)
     EXPECT_FALSE(m_check->isMet());
     read(LEVEL, -1, 100);
     EXPECT_TRUE(m_check->isMet());
+}
+
+TEST_F(HealthCheckTest, ValueWithoutANumberIsEqualToItself)
+{
+    start({"setpoint=nan"});
+    readAll(100);
+    EXPECT_FALSE(m_check->isMet());
+    // A quiet NaN by IEEE 754 is 7FC0 0000; the low word is first.
+    m_states[SETPOINT] = stateOf(word(0) + word(0x7FC0), 200);
+    judge(200);
+    EXPECT_TRUE(m_check->isMet());
+}
+
+TEST_F(HealthCheckTest, FormatOfATagIsNotItsValue)
+{
+    std::vector<Tag> tags = tagsOfTest();
+    tags[ODD].format = Tag::HEXADECIMAL;
+    const Expectation above = expectation(QString::fromLatin1("a=b>9"), tags, driver());
+    HealthCheck check(tags, {above}, 0, 0);
+    m_states[ODD] = stateOf(word(16), 100);
+    check.judge({}, m_states, 100);
+    EXPECT_TRUE(check.isMet());
 }
 
 TEST_F(HealthCheckTest, SeveralExpectationsMustBeTrueAtOneTime)
