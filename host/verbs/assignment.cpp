@@ -68,7 +68,7 @@ std::vector<Assignment> assignmentsOf(const QString& argument, const TagChoice& 
     mustBeEmpty(name, frameProblem(tags));
     std::vector<Assignment> assignments(tags.size());
     for (size_t i = 0; i < tags.size(); ++i) {
-        const QString value = values.at(int(i));
+        const QString& value = values.at(int(i));
         const QString part = tags.size() == 1 ? argument : tags[i].name + EQUALS_SIGN + value;
         assignments[i] = assignmentOf(part, tags[i], value, driver, nonFinite);
     }
