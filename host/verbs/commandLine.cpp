@@ -15,7 +15,6 @@
 #include "verbs/scanVerb.h"
 #include "verbs/stationList.h"
 #include "verbs/usageTexts.h"
-#include "verbs/watchVerb.h"
 #include "verbs/writeVerb.h"
 #include "wire/timeUnits.h"
 
@@ -168,12 +167,10 @@ void addTransfers(CLI::App& app, CommandOptions& o, Verb& chosen)
     addTurnaround(watchVerb, o);
     addLink(watchVerb, o);
     addEvery(watchVerb, o);
-    watchVerb->add_option("--seconds", o.seconds, "end after so many seconds; 0: run until stopped")
-        ->check(numberFrom(0, 1e7))
-        ->capture_default_str();
+    addWatch(watchVerb, o);
     watchVerb->callback([&] {
         chosen = [&](const DriverLibrary& driver) {
-            return watch(driver, o.link, polledTags(o, driver), o.seconds);
+            return watch(driver, o.link, polledTags(o, driver), o.watch);
         };
     });
     CLI::App* readVerb = app.add_subcommand("read", "Reads tags or addresses once");

@@ -132,6 +132,25 @@ void addLink(CLI::App* verb, CommandOptions& options)
                      "more arguments for the simulated PLC, separated by blanks");
 }
 
+void addWatch(CLI::App* verb, CommandOptions& options)
+{
+    WatchOptions& watch = options.watch;
+    verb->add_option("--seconds", watch.seconds, "end after so many seconds; 0: run until stopped")
+        ->check(numberFrom(0, 1e7))
+        ->capture_default_str();
+    verb->add_option(
+            "--until", watch.until,
+            "end with status 0 as soon as the tag was read with the value; also NAME>VALUE "
+            "and NAME<VALUE; several: all at once")
+        ->type_name("NAME=VALUE")
+        ->expected(1)
+        ->take_all();
+    verb->add_option("--fail-when-bad", watch.failWhenBad,
+                     "end with status 9 as soon as a tag was bad for so many seconds")
+        ->type_name("SECONDS")
+        ->check(numberFrom(0.1, 1e7));
+}
+
 void addAllowNan(CLI::App* verb, CommandOptions& options)
 {
     verb->add_flag("--allow-nan", options.allowNan, "write also the values nan, inf and -inf");

@@ -2,6 +2,7 @@
 #define COMMAND_OPTIONS_H
 
 #include "program/hostProgram.h"
+#include "verbs/watchVerb.h"
 
 #include <CLI/CLI.hpp>
 
@@ -18,7 +19,7 @@ struct CommandOptions
     bool write = false;
     std::string tagFile;
     std::vector<std::string> names;
-    double seconds = 0;
+    WatchOptions watch;
     std::string recipeFile;
     std::string recipeOutput;
     bool verify = false;
@@ -60,6 +61,9 @@ void addEvery(CLI::App* verb, CommandOptions& options);
 
 /// The options of a verb that opens the link.
 void addLink(CLI::App* verb, CommandOptions& options);
+
+/// The options of watch alone.
+void addWatch(CLI::App* verb, CommandOptions& options);
 
 /// Whether nan and infinite values may be written.
 void addAllowNan(CLI::App* verb, CommandOptions& options);
