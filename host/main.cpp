@@ -6,8 +6,8 @@
 //   info                                    identity, default settings, areas
 //   check MW100|AREA ADDRESS [--count N] [--write]  whether an address is valid, or why not
 //   series MW100|AREA ADDRESS --count N --interval K  addresses at an interval
-//   plan [--tags FILE]                      the requests that read the tags, and the cycle time
-//   watch [--tags FILE] [--seconds N]       polls the tags and shows changes
+//   plan [--tags FILE] [--every DURATION]   the requests that read the tags, and the cycle time
+//   watch [--tags FILE] [--seconds N] [--every DURATION]  polls the tags and shows changes
 //   read [NAME...] [--tags FILE] [--both-orders]  reads tags or addresses once
 //   write NAME=VALUE... [--tags FILE] [--allow-nan]  writes values and waits for the PLC's
 //                                           confirmation
