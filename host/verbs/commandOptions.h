@@ -22,6 +22,8 @@ struct CommandOptions
     std::string recipeFile;
     std::string recipeOutput;
     bool verify = false;
+    std::string stations = "1-247";
+    std::vector<int> bauds;
     bool allowNan = false;
     bool bothOrders = false;
     LinkOptions link;
