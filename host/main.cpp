@@ -6,9 +6,10 @@
 //   info                                    identity, default settings, areas
 //   check MW100|AREA ADDRESS [--count N] [--write]  whether an address is valid, or why not
 //   series MW100|AREA ADDRESS --count N --interval K  addresses at an interval
-//   plan [--tags FILE]                      the requests that read the tags, and the cycle time
-//   watch [--tags FILE] [--seconds N]       polls the tags and shows changes; on a terminal a table
-//         [--until NAME=VALUE] [--fail-when-bad SECONDS]  with keys, which can write
+//   plan [--tags FILE] [--every DURATION]   the requests that read the tags, and the cycle time
+//   watch [--tags FILE] [--seconds N] [--every DURATION]  polls the tags and shows changes; on a
+//         [--until NAME=VALUE] [--fail-when-bad SECONDS]  terminal a table with keys, which can
+//                                           write
 //   read [NAME...] [--tags FILE] [--both-orders]  reads tags or addresses once
 //   write NAME=VALUE... [--tags FILE] [--allow-nan]  writes values and waits for the PLC's
 //                                           confirmation

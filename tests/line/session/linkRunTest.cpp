@@ -118,6 +118,24 @@ TEST_F(LinkRunTest, OnRequestReadsOnlyWhenAsked)
     EXPECT_TRUE(areAllGood());
 }
 
+// 100 ms is the pace of a network, unless the user chooses another pace.
+TEST_F(LinkRunTest, EachTagHasItsTurn)
+{
+    std::vector<Tag> rated = tags;
+    ASSERT_TRUE(takeRate(QStringLiteral("10s"), rated[1].rate));
+    LinkRun::Settings chosen = settings(LinkRun::CYCLIC);
+    {
+        LinkRun run(driver(), chosen, rated, values);
+        EXPECT_EQ(100000, run.turn(0));
+        EXPECT_EQ(10000000, run.turn(1));
+    }
+    ASSERT_TRUE(takeRate(QStringLiteral("once"), rated[1].rate));
+    chosen.paceMs = 2000;
+    LinkRun run(driver(), chosen, rated, values);
+    EXPECT_EQ(2000000, run.turn(0));
+    EXPECT_EQ(std::nullopt, run.turn(1));
+}
+
 TEST_F(LinkRunTest, TellsWhyTheLinkCannotBeOpened)
 {
     LinkRun::Settings nowhere = settings(LinkRun::CYCLIC);
