@@ -14,6 +14,9 @@
 //   write NAME=VALUE... [--tags FILE] [--allow-nan]  writes values and waits for the PLC's
 //                                           confirmation
 //   recipe download|upload FILE [--verify]  transfers a recipe
+//   dump WORDS... [--output FILE]           writes words of the PLC into a file
+//   diff FILE                               compares the PLC with a recipe or a dump
+//   scan [--stations LIST] [--bauds LIST]   finds the stations that answer
 //
 // A NAME is a name of the tag file or a typed address, see line/plan/typedAddress.h.
 //

@@ -27,7 +27,7 @@ constexpr const char* EXIT_MEANINGS[] = {
     "the link cannot be opened, or was lost",
     "a station did not answer",
     "the PLC refused",
-    "what was read back is not what was written",
+    "values differ: what was read back, or what diff compared",
     "check, series: the address is not valid",
     "interrupted before it was done; a watch without --until ends with 0",
     "watch: a tag was bad too long, or --until did not come true in time"};

@@ -59,7 +59,18 @@ void addTiming(CLI::App* verb, CommandOptions& options);
 /// The pace of polling.
 void addEvery(CLI::App* verb, CommandOptions& options);
 
-/// The options of a verb that opens the link.
+/// How long and how often a station is asked, and whether the link echoes.
+void addExchange(CLI::App* verb, CommandOptions& options);
+
+/// The trace, and how times are shown.
+void addTrace(CLI::App* verb, CommandOptions& options);
+
+void addSimulator(CLI::App* verb, CommandOptions& options);
+
+/// The options of a verb that runs the driver on a link: all of the three above, and more.
+void addLinkRun(CLI::App* verb, CommandOptions& options);
+
+/// The same, of a verb that also prints objects.
 void addLink(CLI::App* verb, CommandOptions& options);
 
 /// The options of watch alone.
