@@ -4,13 +4,16 @@
 // usage: kakb-host [--driver FILE] VERB ...
 //
 //   info                                    identity, default settings, areas
-//   check AREA ADDRESS [--count N] [--write]  whether an address is valid, or why not
-//   series AREA ADDRESS --count N --interval K  addresses at an interval
+//   check MW100|AREA ADDRESS [--count N] [--write]  whether an address is valid, or why not
+//   series MW100|AREA ADDRESS --count N --interval K  addresses at an interval
 //   plan [--tags FILE]                      the requests that read the tags, and the cycle time
 //   watch [--tags FILE] [--seconds N]       polls the tags and shows changes
-//   read [NAME...] [--tags FILE]            reads tags or addresses once
-//   write NAME=VALUE... [--tags FILE]       writes values and waits for the PLC's confirmation
+//   read [NAME...] [--tags FILE] [--both-orders]  reads tags or addresses once
+//   write NAME=VALUE... [--tags FILE] [--allow-nan]  writes values and waits for the PLC's
+//                                           confirmation
 //   recipe download|upload FILE [--verify]  transfers a recipe
+//
+// A NAME is a name of the tag file or a typed address, see line/plan/typedAddress.h.
 //
 // Options of all verbs with a link (defaults and ranges: kakb-host VERB --help):
 //   --link sim | serial:DEVICE,BAUD,DATA BITS,PARITY,STOP BITS | tcp:HOST,PORT

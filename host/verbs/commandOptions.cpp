@@ -106,10 +106,17 @@ void addLink(CLI::App* verb, CommandOptions& options)
                      "more arguments for the simulated PLC, separated by blanks");
 }
 
+void addAllowNan(CLI::App* verb, CommandOptions& options)
+{
+    verb->add_flag("--allow-nan", options.allowNan, "write also the values nan, inf and -inf");
+}
+
 void addAddress(CLI::App* verb, CommandOptions& options)
 {
-    verb->add_option("AREA", options.area, "MW, IW, QW, MX, IX or QX")->required();
-    verb->add_option("ADDRESS", options.address, "such as 100 or 12.3")->required();
+    verb->add_option("AREA", options.area,
+                     "MW, IW, QW, MX, IX or QX, with or without the address: MW100")
+        ->required();
+    verb->add_option("ADDRESS", options.address, "such as 100 or 12.3");
     verb->add_option("--count", options.count, "words or bits")
         ->check(CLI::Range(1, 65536))
         ->capture_default_str();

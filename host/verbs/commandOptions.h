@@ -22,6 +22,8 @@ struct CommandOptions
     std::string recipeFile;
     std::string recipeOutput;
     bool verify = false;
+    bool allowNan = false;
+    bool bothOrders = false;
     LinkOptions link;
 };
 
@@ -50,6 +52,9 @@ void addTiming(CLI::App* verb, CommandOptions& options);
 
 /// The options of a verb that opens the link.
 void addLink(CLI::App* verb, CommandOptions& options);
+
+/// Whether nan and infinite values may be written.
+void addAllowNan(CLI::App* verb, CommandOptions& options);
 
 /// Area, address and count.
 void addAddress(CLI::App* verb, CommandOptions& options);

@@ -179,7 +179,8 @@ void writeRecipe(const QString& fileName, const Recipe& recipe)
 ExitStatus downloadRecipe(const DriverLibrary& driver, const LinkOptions& options,
                           const RecipeOptions& recipeOptions)
 {
-    const Recipe recipe = readRecipeFile(recipeOptions.file, driver, true);
+    const Recipe recipe = readRecipeFile(
+        recipeOptions.file, driver, recipeOptions.allowsNan ? FOR_DOWNLOAD_WITH_NAN : FOR_DOWNLOAD);
     RecipeTransfer transfer(driver, options, recipe.tags);
     return transfer.run([&] {
         transfer.download(recipe.values);
@@ -193,7 +194,7 @@ ExitStatus downloadRecipe(const DriverLibrary& driver, const LinkOptions& option
 ExitStatus uploadRecipe(const DriverLibrary& driver, const LinkOptions& options,
                         const RecipeOptions& recipeOptions)
 {
-    Recipe recipe = readRecipeFile(recipeOptions.file, driver, false);
+    Recipe recipe = readRecipeFile(recipeOptions.file, driver, FOR_UPLOAD);
     RecipeTransfer transfer(driver, options, recipe.tags);
     return transfer.run([&] {
         recipe.values = transfer.upload("reading");

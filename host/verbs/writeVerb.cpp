@@ -3,7 +3,6 @@
 #include "output/changeLines.h"
 #include "plan/recipePlan.h"
 #include "plan/sharedMemory.h"
-#include "plan/tagText.h"
 #include "plan/tagValue.h"
 #include "plan/writeGroups.h"
 
@@ -92,18 +91,6 @@ void print(const Assignment& assigned, const JobEnd& end, bool json)
     std::printf("%s\n", QJsonDocument(object).toJson(QJsonDocument::Compact).constData());
 }
 
-/// Position of the "=" behind the name. Addresses and values contain no "=", but names of a tag
-/// file may.
-int equalsBehindName(const QString& text, const TagChoice& tags)
-{
-    const QLatin1Char equals('=');
-    for (int at = int(text.lastIndexOf(equals)); at > 0;
-         at = int(text.lastIndexOf(equals, at - 1))) {
-        if (tags.isNameOfFile(text.left(at))) return at;
-    }
-    return int(text.indexOf(equals));
-}
-
 /// The message of a write without confirmation. It does not say "not written", because the PLC may
 /// have executed the write.
 QString unconfirmed(const Assignment& assigned, const QString& trouble)
@@ -137,10 +124,13 @@ void start(HostProgram& host, int job, const WriteGroup& group,
 std::vector<int> startAll(HostProgram& host, const std::vector<Assignment>& assignments)
 {
     std::vector<Tag> tags;
-    for (const Assignment& assigned : assignments)
+    std::vector<size_t> lists;
+    for (const Assignment& assigned : assignments) {
         tags.push_back(assigned.tag);
+        lists.push_back(assigned.list);
+    }
     std::vector<int> jobs(assignments.size());
-    for (const WriteGroup& group : writeGroups(tags)) {
+    for (const WriteGroup& group : writeGroups(tags, lists)) {
         const int job = host.newJob();
         for (const size_t index : group.tags)
             jobs[index] = job;
@@ -169,21 +159,6 @@ ExitStatus write(HostProgram& host, const std::vector<Assignment>& assignments, 
 }
 
 } // namespace
-
-Assignment assignment(const QString& text, const TagChoice& tags, const DriverLibrary& driver)
-{
-    const int equals = equalsBehindName(text, tags);
-    if (equals < 1) throw usageError(text, QLatin1String("is not NAME=VALUE"));
-    Assignment made;
-    made.tag = tags.named(text.left(equals));
-    made.text = text.mid(equals + 1);
-    const std::optional<QByteArray> bytes = tagValueBytes(made.tag, made.text);
-    if (!bytes) throw usageError(text, QLatin1String("the value does not fit the tag's type"));
-    const QString problem = writeProblem(made.tag, driver);
-    if (!problem.isEmpty()) throw usageError(text, problem);
-    made.bytes = *bytes;
-    return made;
-}
 
 ExitStatus writeTags(const DriverLibrary& driver, const LinkOptions& options,
                      const std::vector<Assignment>& assignments)

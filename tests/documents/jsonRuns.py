@@ -44,7 +44,7 @@ class JsonRuns(CommandLineTest):
         """Numbers, and a value that JSON has no number for."""
         with self.plc("pty", "--stations 1-2") as plc:
             link = f"--tags tags.csv --link {plc.link}"
-            self.note(f"write {link} still=7 level=nan")
+            self.note(f"write {link} still=7 level=nan --allow-nan")
             for form in FORMS:
                 self.note(f"read {link} {form}")
                 self.watched(f"{link} {form}", '"name":"still"', '"value":"nan"')
@@ -68,8 +68,8 @@ class JsonRuns(CommandLineTest):
         """Words that change by themselves differ; a NaN stays a NaN of another low word."""
         with self.plc("pty", "--turnaround-us 5000 --signal 1:MW:3061:counter:1 "
                       "--signal 1:QW:20:counter:1:500") as plc:
-            self.note(f"recipe download recipe.csv --link {plc.link}")
-            self.note(f"recipe download recipe.csv --verify --link {plc.link}", 6)
+            self.note(f"recipe download recipe.csv --allow-nan --link {plc.link}")
+            self.note(f"recipe download recipe.csv --allow-nan --verify --link {plc.link}", 6)
             self.note(f"recipe upload recipe.csv --output out.csv --verify --link {plc.link}", 6)
             self.note(f"recipe upload recipe.csv --output out.csv --link {plc.link}")
 

@@ -30,17 +30,17 @@ protected:
         ASSERT_EQ(text.size(), file.write(text));
     }
 
-    Recipe recipeOf(const QByteArray& lines, bool valuesNeeded = true)
+    Recipe recipeOf(const QByteArray& lines, RecipeUse use = FOR_DOWNLOAD)
     {
         put(HEADER + lines);
-        return readRecipeFile(path, driver(), valuesNeeded);
+        return readRecipeFile(path, driver(), use);
     }
 
     /// The error message for the lines; empty: no error.
-    std::string complaintOf(const QByteArray& lines, bool valuesNeeded = true)
+    std::string complaintOf(const QByteArray& lines, RecipeUse use = FOR_DOWNLOAD)
     {
         try {
-            recipeOf(lines, valuesNeeded);
+            recipeOf(lines, use);
         } catch (const TagFileError& error) {
             return error.what();
         }
@@ -68,7 +68,7 @@ TEST_F(RecipeFileTest, ValuesHaveTheDriversFormat)
 
 TEST_F(RecipeFileTest, UploadNeedsNoValues)
 {
-    const Recipe recipe = recipeOf("a,1,MW,100,uint16,\nb,1,MW,102,uint16,7\n", false);
+    const Recipe recipe = recipeOf("a,1,MW,100,uint16,\nb,1,MW,102,uint16,7\n", FOR_UPLOAD);
     EXPECT_TRUE(recipe.values[0].isEmpty());
     EXPECT_EQ(QByteArray::fromHex("0700"), recipe.values[1]);
 }
@@ -82,36 +82,36 @@ TEST_F(RecipeFileTest, AllBadLinesAreReportedAtOnce)
                                               "e,1,MW,104,uint16,1\n"
                                               "f,1,MW,104,float32:high,x\n");
     EXPECT_NE(std::string::npos, complaint.find("2: the value is missing")) << complaint;
-    EXPECT_NE(std::string::npos, complaint.find("3: \"70000\" is no value of type uint16"))
+    EXPECT_NE(std::string::npos, complaint.find("3: 70000 does not fit uint16: 0 to 65535"))
         << complaint;
     EXPECT_NE(std::string::npos, complaint.find("4: area IW is read-only")) << complaint;
     EXPECT_NE(std::string::npos, complaint.find("5: area IX is read-only")) << complaint;
-    EXPECT_EQ(std::string::npos, complaint.find("6:")) << complaint;
-    EXPECT_NE(std::string::npos, complaint.find("7: \"x\" is no value of type float32:high"))
+    EXPECT_EQ(std::string::npos, complaint.find("line 6:")) << complaint;
+    EXPECT_NE(std::string::npos, complaint.find("7: \"x\" is no value of type float32:high: "))
         << complaint;
 }
 
 TEST_F(RecipeFileTest, MalformedValueIsBadEvenForUploads)
 {
-    EXPECT_NE("", complaintOf("a,1,MW,100,uint16,x\n", false));
-    EXPECT_EQ("", complaintOf("a,1,MW,100,uint16,\n", false));
+    EXPECT_NE("", complaintOf("a,1,MW,100,uint16,x\n", FOR_UPLOAD));
+    EXPECT_EQ("", complaintOf("a,1,MW,100,uint16,\n", FOR_UPLOAD));
 }
 
 TEST_F(RecipeFileTest, RecipeWithoutTagsIsRefused)
 {
-    EXPECT_EQ("the recipe has no values", complaintOf(""));
+    EXPECT_EQ(path.toStdString() + ": the recipe has no values", complaintOf(""));
 }
 
 TEST_F(RecipeFileTest, FileWithoutTheValueColumnIsRefused)
 {
     put("name,station,area,address,type\na,1,MW,100,uint16\n");
-    EXPECT_THROW(readRecipeFile(path, driver(), true), TagFileError);
+    EXPECT_THROW(readRecipeFile(path, driver(), FOR_DOWNLOAD), TagFileError);
 }
 
 TEST_F(RecipeFileTest, MissingFileIsNamed)
 {
     try {
-        readRecipeFile(path, driver(), true);
+        readRecipeFile(path, driver(), FOR_DOWNLOAD);
         FAIL();
     } catch (const TagFileError& error) {
         EXPECT_NE(std::string::npos, std::string(error.what()).find("recipe.csv"));
@@ -127,7 +127,7 @@ TEST_F(RecipeFileTest, WrittenRecipeReadsBackEqual)
     const Recipe recipe = recipeOf(lines);
     ASSERT_EQ(QString::fromUtf8("a, \"quoted\""), recipe.tags[0].name);
     put(recipeText(recipe));
-    const Recipe again = readRecipeFile(path, driver(), true);
+    const Recipe again = readRecipeFile(path, driver(), FOR_DOWNLOAD);
     ASSERT_EQ(recipe.tags.size(), again.tags.size());
     EXPECT_EQ(recipe.values, again.values);
     for (size_t i = 0; i < recipe.tags.size(); ++i) {
@@ -149,7 +149,7 @@ TEST_F(RecipeFileTest, WritingKeepsCommentsAndColumnOrder)
         "# valves\n"
         "0,bool,\"two\nlines\",30.0,MX,1,valve\n"
         "#\n");
-    Recipe recipe = readRecipeFile(path, driver(), true);
+    Recipe recipe = readRecipeFile(path, driver(), FOR_DOWNLOAD);
     recipe.values = {QByteArray::fromHex("E703"), QByteArray::fromHex("01")}; // 999
     EXPECT_EQ("# line 3, \"summer\"\n"
               "\n"
@@ -180,7 +180,7 @@ class RecipeFileCells : public RecipeFileTest, public testing::WithParamInterfac
 TEST_P(RecipeFileCells, AreWrittenInPlace)
 {
     put(GetParam().before);
-    Recipe recipe = readRecipeFile(path, driver(), false);
+    Recipe recipe = readRecipeFile(path, driver(), FOR_UPLOAD);
     recipe.values = {QByteArray::fromHex("E703")};
     EXPECT_EQ(GetParam().after, recipeText(recipe).toStdString());
 }
