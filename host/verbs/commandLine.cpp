@@ -1,7 +1,7 @@
 #include "verbs/commandLine.h"
 
-#include "plan/addressReason.h"
 #include "output/writtenFile.h"
+#include "plan/addressReason.h"
 #include "program/companionFiles.h"
 #include "verbs/addressVerbs.h"
 #include "verbs/commandOptions.h"
