@@ -17,7 +17,7 @@ class JsonRuns(CommandLineTest):
         self.tags("still", "level", "silent word")
         self.recipe(level="nan", speed=7)
         for step in (self.addresses, self.values, self.silence, self.refusals, self.recipes,
-                     self.loss):
+                     self.scans, self.loss):
             step()
 
     def note(self, command, status=0):
@@ -72,6 +72,15 @@ class JsonRuns(CommandLineTest):
             self.note(f"recipe download recipe.csv --allow-nan --verify --link {plc.link}", 6)
             self.note(f"recipe upload recipe.csv --output out.csv --verify --link {plc.link}", 6)
             self.note(f"recipe upload recipe.csv --output out.csv --link {plc.link}")
+            self.note(f"diff recipe.csv --link {plc.link}", 6)
+
+    def scans(self):
+        """Answers in time, and answers that come behind the time-out."""
+        for kind in ("pty", "tcp"):
+            with self.plc(kind, "--stations 1-2") as plc:
+                self.note(f"scan --stations 1-2 --link {plc.link}")
+        with self.plc("pty", "--station 1 --delay 1 --delay-ms 150") as plc:
+            self.note(f"scan --stations 1-4 --timeout-ms 100 --link {plc.link}")
 
     def loss(self):
         """A link that is lost."""
