@@ -24,7 +24,7 @@ refused() {
     local refusals retries reply
     refusals=$(figure refusals <"$work/figures")
     retries=$(figure retries <"$work/figures")
-    reply=$(figure reply99 <"$work/figures")
+    reply=$(figure reply99Us <"$work/figures")
     # The time is that of the last attempt alone.
     awk -v n="$2" -v c="$refusals" -v t="$retries" -v r="$reply" -v a="$allowed" 'BEGIN {
         printf "%-7s %6d refusals, %d retries, 99 %% final within %5.0f us, allowed %5.0f us\n", \

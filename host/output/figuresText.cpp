@@ -69,8 +69,8 @@ QJsonObject figuresJson(const LinkFigures& figures)
     json.insert(QLatin1String("refusals"), figures.refusals);
     json.insert(QLatin1String("fences"), figures.fences);
     json.insert(QLatin1String("losses"), figures.losses);
-    json.insert(QLatin1String("replyMedian"), jsonTime(rates.replyMedian));
-    json.insert(QLatin1String("reply99"), jsonTime(rates.reply99));
+    json.insert(QLatin1String("replyMedianUs"), jsonTime(rates.replyMedian));
+    json.insert(QLatin1String("reply99Us"), jsonTime(rates.reply99));
     json.insert(QLatin1String("wireShare"),
                 rates.wireShare >= 0 ? QJsonValue(rates.wireShare) : QJsonValue());
     return json;

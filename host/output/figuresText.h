@@ -10,8 +10,8 @@
 QString figuresText(const LinkFigures& figures);
 QString liveFiguresText(const LinkFigures& figures);
 
-/// The figures of the whole run, with the names and units of LinkFigures. The reply times are null
-/// before the first reply.
+/// The figures of the whole run, with the names of LinkFigures; times have their unit behind their
+/// name. The reply times are null before the first reply.
 QJsonObject figuresJson(const LinkFigures& figures);
 
 #endif

@@ -18,7 +18,7 @@ namespace {
 
 using Stream = std::unique_ptr<std::FILE, CloseStream>;
 
-enum { TURN_MS = 50, NEW_FILE_MODE = 0666, MODE_BITS = 07777 };
+enum { TURN_MS = 50 };
 
 [[noreturn]] void fail(int error)
 {
@@ -150,7 +150,7 @@ void keepAttributes(int descriptor, const struct stat& old)
     const bool areKept = fchown(descriptor, old.st_uid, old.st_gid) == 0 ||
                          fchown(descriptor, uid_t(-1), old.st_gid) == 0;
     (void)areKept; // else the file becomes the user's: a whole file matters more than its owner
-    if (fchmod(descriptor, old.st_mode & mode_t(MODE_BITS)) != 0) fail(errno);
+    if (fchmod(descriptor, old.st_mode & mode_t(ALLPERMS)) != 0) fail(errno);
 }
 
 void replaceFile(const QString& fileName, const QByteArray& bytes)
@@ -189,7 +189,7 @@ std::unique_ptr<std::FILE, CloseStream> openFile(const QString& fileName, bool (
     Stream stream = inPlaceStream(fileName, isToEnd);
     if (stream) return stream;
     const int descriptor = open(QFile::encodeName(fileName).constData(),
-                                O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, int(NEW_FILE_MODE));
+                                O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, DEFFILEMODE);
     if (descriptor < 0) fail(errno);
     stream.reset(fdopen(descriptor, "w"));
     if (!stream) {

@@ -82,11 +82,11 @@ QString shortList(const QStringList& names)
     return list;
 }
 
-QJsonObject cycleObject(size_t requests, std::optional<qint64> time)
+QJsonObject requestsObject(size_t requests, const char* timeName, std::optional<qint64> time)
 {
     QJsonObject object;
     object[QLatin1String("requests")] = int(requests);
-    object[QLatin1String("cycleTime")] = time ? QJsonValue(double(*time)) : QJsonValue();
+    object[QLatin1String(timeName)] = time ? QJsonValue(double(*time)) : QJsonValue();
     return object;
 }
 
@@ -122,11 +122,12 @@ void printJson(std::FILE* out, const CycleView& view, const std::vector<Tag>& ta
         blocks.append(blockObject(view.blocks[i], view.requests[i], tags));
     QJsonObject object;
     object[QLatin1String("blocks")] = blocks;
-    object[QLatin1String("fences")] = cycleObject(view.fences, view.fenceTime);
-    object[QLatin1String("grouped")] = cycleObject(view.fastReads, view.time);
+    object[QLatin1String("fences")] = requestsObject(view.fences, "timeUs", view.fenceTime);
+    object[QLatin1String("grouped")] = requestsObject(view.fastReads, "cycleTimeUs", view.time);
     object[QLatin1String("paceMs")] = int(view.pace / MILLISECOND);
     object[QLatin1String("rates")] = ratesObject(view);
-    object[QLatin1String("single")] = cycleObject(view.singleReads, view.singleTime);
+    object[QLatin1String("single")] =
+        requestsObject(view.singleReads, "cycleTimeUs", view.singleTime);
     const QByteArray line = QJsonDocument(object).toJson(QJsonDocument::Compact);
     std::fprintf(out, "%s\n", line.constData());
 }

@@ -64,6 +64,13 @@ const char* outcomeText(JobEnd::Outcome outcome)
     }
 }
 
+/// The reason of a failure, without the label that the end of a job has in front.
+QString reasonOf(const Assignment& assigned, const JobEnd& end)
+{
+    const QString label = labelText(assigned.tag) + QLatin1String(": ");
+    return end.trouble.startsWith(label) ? end.trouble.mid(label.size()) : end.trouble;
+}
+
 /// Prints a confirmed write, and as an object also any other write.
 void print(const Assignment& assigned, const JobEnd& end, bool json)
 {
@@ -79,7 +86,7 @@ void print(const Assignment& assigned, const JobEnd& end, bool json)
     object.insert(QLatin1String("value"), jsonValue(tagValueText(assigned.tag, assigned.bytes)));
     object.insert(QLatin1String("confirmed"), isConfirmed);
     object.insert(QLatin1String("outcome"), QLatin1String(outcomeText(end.outcome)));
-    object.insert(QLatin1String("trouble"), end.trouble);
+    object.insert(QLatin1String("trouble"), reasonOf(assigned, end));
     std::printf("%s\n", QJsonDocument(object).toJson(QJsonDocument::Compact).constData());
 }
 

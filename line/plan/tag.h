@@ -31,7 +31,7 @@ struct Tag
     Type type = UINT16;
     WordOrder wordOrder = LOW_WORD_FIRST;
     Format format = DECIMAL; ///< of the value's text
-    ReadRate rate; ///< only polling uses it
+    ReadRate rate;           ///< only polling uses it
     QString comment;
 
     bool isBit() const

@@ -138,7 +138,7 @@ def other_numbers(text):
     digits, suffix = re.match(r"(0[xX][0-9A-Fa-f]+|\d+\.?\d*)([uUlL]*)", text).groups()
     if "." in digits:
         return [f"{float(digits) - 1}", f"{float(digits) + 1}"]
-    value = int(digits, 0)
+    value = int(digits, 8 if re.fullmatch(r"0[0-7]+", digits) else 0)
     show = (lambda n: f"0x{n:X}{suffix}") if digits[:2] in ("0x", "0X") else (lambda n: f"{n}{suffix}")
     if value == 0:
         return [show(1)] if "u" in suffix.lower() else [show(1), f"(-1{suffix})"]

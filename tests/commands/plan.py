@@ -46,7 +46,7 @@ class Plan(CommandLineTest):
         """At 9600 baud about four times that at 38400; a network has no wire time."""
         def cycle_times(link):
             plan, = self.objects(f"plan --tags tags.csv --turnaround-us 0 {link}")
-            return plan["grouped"]["cycleTime"], plan["single"]["cycleTime"]
+            return plan["grouped"]["cycleTimeUs"], plan["single"]["cycleTimeUs"]
 
         self.assertGreater(cycle_times("--link serial:/dev/none,9600")[0], 3 * cycle_times("")[0])
         self.assertEqual((None, None), cycle_times("--link tcp:127.0.0.1,1"))

@@ -50,9 +50,9 @@ class Writes(CommandLineTest):
     def test_every_write_has_an_object(self, kind):
         for fault, status, wanted in (
                 ("--stations 1-2 --silent 2", 4, [(True, "confirmed", "^$"),
-                                                  (False, "timedOut", "does not answer|not sent")]),
+                                                  (False, "timedOut", "^(station 2 does not answer|not sent.*)")]),
                 ("--stations 1-2 --exception 1 --exception-code 2", 5,
-                 [(False, "refused", "illegal address")] * 2)):
+                 [(False, "refused", "^refused by the PLC: illegal address")] * 2)):
             with self.plc(kind, fault) as plc:
                 objects = self.objects(
                     f"write --link {plc.link} --timeout-ms 300 MW100=8 2:MW100=7", status)

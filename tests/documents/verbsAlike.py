@@ -5,8 +5,8 @@ usage: verbsAlike.py SOURCE PROGRAM_FOLDER
 
 - An option has the same explanation in every verb that has it; its default may differ.
 - --turnaround-us is offered only where reads are grouped by the time that a request takes.
-- The man page's table of interrupts, time-outs and attempts has every verb. A verb that takes
-  --timeout-ms takes --attempts, and the table says so.
+- The man page's table of interrupts, time-outs and attempts has every verb. The table
+  says which verbs take --timeout-ms and --attempts.
 - No help counts as shown on a full disk.
 """
 
@@ -18,7 +18,7 @@ from pathlib import Path
 from helpTexts import OPTION, help_of, verbs_of
 
 GROUPING = {"plan", "watch", "read"}
-EXPLAINED_BY_VERB = {"--tags", "-h,--help"}  # a polling verb has a default file
+EXPLAINED_BY_VERB = {"--tags", "--output", "-h,--help"}  # whose defaults are in words
 COLUMNS = {2: "--timeout-ms", 3: "--attempts"}
 
 problems = []

@@ -127,7 +127,13 @@ TEST(TwoThreads, CanEndTheHostWithUnfinishedReads)
     auto host = std::make_unique<PollingHost>(patientSettings(plc), tags);
     ASSERT_TRUE(host->await([&] { return host->allReadSince(0); }));
     {
-        const std::vector<ReadBlock> blocks = {{1, QLatin1String("MW"), tags[0].number, 1, {0}}};
+        ReadBlock block;
+        block.station = 1;
+        block.area = QLatin1String("MW");
+        block.number = tags[0].number;
+        block.count = 1;
+        block.tags = {0};
+        const std::vector<ReadBlock> blocks = {block};
         PollingHost& shared = *host;
         std::thread reader([&] {
             while (!stop) {

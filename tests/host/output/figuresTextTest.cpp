@@ -108,8 +108,8 @@ TEST(FiguresJson, HasEachFigureUnderItsName)
     EXPECT_EQ(QJsonValue(3), jsonOf(figures, "refusals"));
     EXPECT_EQ(QJsonValue(5), jsonOf(figures, "fences"));
     EXPECT_EQ(QJsonValue(4), jsonOf(figures, "losses"));
-    EXPECT_EQ(QJsonValue(1230), jsonOf(figures, "replyMedian"));
-    EXPECT_EQ(QJsonValue(3390), jsonOf(figures, "reply99"));
+    EXPECT_EQ(QJsonValue(1230), jsonOf(figures, "replyMedianUs"));
+    EXPECT_EQ(QJsonValue(3390), jsonOf(figures, "reply99Us"));
     EXPECT_EQ(QJsonValue(0.634), jsonOf(figures, "wireShare"));
 }
 
@@ -124,6 +124,6 @@ TEST(FiguresJson, HasTheRatesOfTheWholeRun)
 
 TEST(FiguresJson, ReplyTimesAreNullWithoutAReply)
 {
-    EXPECT_TRUE(jsonOf(LinkFigures(), "replyMedian").isNull());
-    EXPECT_TRUE(jsonOf(LinkFigures(), "reply99").isNull());
+    EXPECT_TRUE(jsonOf(LinkFigures(), "replyMedianUs").isNull());
+    EXPECT_TRUE(jsonOf(LinkFigures(), "reply99Us").isNull());
 }

@@ -148,14 +148,14 @@ TEST(PlanVerb, JsonTimesAreMicroseconds)
     const QJsonObject plan = QJsonDocument::fromJson(printed(someTags(), true)).object();
     const QJsonObject grouped = plan[text("grouped")].toObject();
     EXPECT_EQ(4, grouped[text("requests")].toInt());
-    EXPECT_EQ(4 * 21834 + 7 * 2083, grouped[text("cycleTime")].toInt());
+    EXPECT_EQ(4 * 21834 + 7 * 2083, grouped[text("cycleTimeUs")].toInt());
     const QJsonObject single = plan[text("single")].toObject();
     EXPECT_EQ(5, single[text("requests")].toInt());
-    EXPECT_EQ(5 * 21834 + 6 * 2083, single[text("cycleTime")].toInt());
+    EXPECT_EQ(5 * 21834 + 6 * 2083, single[text("cycleTimeUs")].toInt());
     // One fence for each station. A fence has 1 to 50 words; the time is that of the mean length.
     const QJsonObject fences = plan[text("fences")].toObject();
     EXPECT_EQ(2, fences[text("requests")].toInt());
-    EXPECT_EQ(2 * (21834 + 25 * 2083), fences[text("cycleTime")].toInt());
+    EXPECT_EQ(2 * (21834 + 25 * 2083), fences[text("timeUs")].toInt());
 }
 
 TEST(PlanVerb, NetworkWithoutTurnaroundHasNoTimes)
@@ -167,16 +167,17 @@ TEST(PlanVerb, NetworkWithoutTurnaroundHasNoTimes)
         << table.toStdString();
     const QJsonObject plan =
         QJsonDocument::fromJson(printed(someTags(), true, LineTiming::network(), 0)).object();
-    for (const char* kind : {"grouped", "single", "fences"})
-        EXPECT_TRUE(plan[text(kind)].toObject()[text("cycleTime")].isNull()) << kind;
+    for (const char* kind : {"grouped", "single"})
+        EXPECT_TRUE(plan[text(kind)].toObject()[text("cycleTimeUs")].isNull()) << kind;
+    EXPECT_TRUE(plan[text("fences")].toObject()[text("timeUs")].isNull());
 }
 
 TEST(PlanVerb, NetworkTimesAreTurnarounds)
 {
     const QJsonObject plan =
         QJsonDocument::fromJson(printed(someTags(), true, LineTiming::network(), 2500)).object();
-    EXPECT_EQ(4 * 2500, plan[text("grouped")].toObject()[text("cycleTime")].toInt());
-    EXPECT_EQ(5 * 2500, plan[text("single")].toObject()[text("cycleTime")].toInt());
+    EXPECT_EQ(4 * 2500, plan[text("grouped")].toObject()[text("cycleTimeUs")].toInt());
+    EXPECT_EQ(5 * 2500, plan[text("single")].toObject()[text("cycleTimeUs")].toInt());
 }
 
 TEST(PlanVerb, EachBlockOfALargePlanHasItsRequest)
