@@ -9,7 +9,8 @@
 //   plan [--tags FILE]                      the requests that read the tags, and the cycle time
 //   watch [--tags FILE] [--seconds N]       polls the tags and shows changes
 //   read [NAME...] [--tags FILE]            reads tags or addresses once
-//   write NAME=VALUE... [--tags FILE]       writes values and waits for the PLC's confirmation
+//   write NAME=VALUE... [--tags FILE] [--hold DURATION]
+//                                           writes values and waits for the PLC's confirmation
 //   recipe download|upload FILE [--verify]  transfers a recipe
 //
 // Options of all verbs with a link (defaults and ranges: kakb-host VERB --help):

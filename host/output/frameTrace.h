@@ -6,11 +6,12 @@
 #include <cstdio>
 
 /// Writes a line for each frame on the link: seconds since the host started, ">" for sent or "<"
-/// for received, the bytes, and their meaning.
+/// for received, the bytes, and their meaning. The meaning of bytes that answer no request says why
+/// they were dropped.
 ///
 ///      1.250000 > 01 03 0B B8 00 02 46 0A  station 1: read 2 holding registers from 3000
 ///      1.256120 < 01 03 04 12 34 56 78 81 07  station 1: 2 registers 0x1234 0x5678
-///      1.257003 < FF  stray: 1 byte that is no frame
+///      1.257003 < FF  stray: 1 byte, too few for an answer
 ///
 /// A line is written when its frame is complete. Stray bytes are therefore written with the next
 /// request. Where records are missing, a line says how many.

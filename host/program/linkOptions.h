@@ -16,6 +16,7 @@ struct LinkOptions
     int attempts = 3;
     int pauseMs = 500;
     int turnaroundUs = 1000;
+    int holdMs = 2000;
     EchoMode echo = ECHO_UNKNOWN;
     bool trace = false;
     std::string pcap;

@@ -153,6 +153,7 @@ void addTransfers(CLI::App& app, CommandOptions& o, Verb& chosen)
     writeVerb->add_option("NAME=VALUE", o.names, "such as level=3.5, MW100=7 or MX12.3=1")
         ->required();
     addTags(writeVerb, o);
+    addHold(writeVerb, o);
     addLink(writeVerb, o);
     writeVerb->callback(
         [&] { chosen = [&](const DriverLibrary& driver) { return write(o, driver); }; });

@@ -1,5 +1,7 @@
 #include "verbs/commandOptions.h"
 
+#include "plan/durationText.h"
+
 #include <cmath>
 #include <cstdlib>
 
@@ -9,6 +11,15 @@ EchoMode echoMode(const std::string& text)
 {
     if (text == "yes") return ECHO_PRESENT;
     return text == "no" ? ECHO_ABSENT : ECHO_UNKNOWN;
+}
+
+enum { LONGEST_HOLD_MS = 3600000 };
+
+/// A duration of up to an hour in milliseconds; empty: the text is none.
+std::optional<int> holdMs(const std::string& text)
+{
+    const std::optional<qint64> ms = durationMs(QString::fromStdString(text));
+    return ms && *ms <= LONGEST_HOLD_MS ? std::make_optional(int(*ms)) : std::nullopt;
 }
 
 } // namespace
@@ -79,6 +90,20 @@ void addLink(CLI::App* verb, CommandOptions& options)
                      "program of the simulated PLC (default: kakb-sim beside this program)");
     verb->add_option("--simulator-arguments", link.simulatorArguments,
                      "more arguments for the simulated PLC, separated by blanks");
+}
+
+void addHold(CLI::App* verb, CommandOptions& options)
+{
+    LinkOptions& link = options.link;
+    const auto problem = [](const std::string& text) {
+        return holdMs(text) ? std::string()
+                            : text + " is no duration such as 500ms or 2s, up to 60m";
+    };
+    verb->add_option_function<std::string>(
+            "--hold", [&link](const std::string& text) { link.holdMs = *holdMs(text); },
+            "how long values wait for a station that has fallen silent; 0: they fail at once")
+        ->check(CLI::Validator(problem, "DURATION"))
+        ->default_str("2s");
 }
 
 void addAddress(CLI::App* verb, CommandOptions& options)

@@ -45,6 +45,9 @@ void addTiming(CLI::App* verb, CommandOptions& options);
 /// The options of a verb that opens the link, with those of addTiming().
 void addLink(CLI::App* verb, CommandOptions& options);
 
+/// The time that writes wait for a silent station.
+void addHold(CLI::App* verb, CommandOptions& options);
+
 /// Area, address and count.
 void addAddress(CLI::App* verb, CommandOptions& options);
 

@@ -144,6 +144,23 @@ std::unique_ptr<WatchOutput> chooseOutput(const LinkOptions& options, const std:
     return std::unique_ptr<WatchOutput>(new LineOutput(tags, options.json));
 }
 
+/// @param end  time of the end; 0: none
+ExitStatus watchUntil(qint64 end, HostProgram& host, const LinkOptions& options,
+                      const std::vector<Tag>& tags)
+{
+    host.connect();
+    const std::unique_ptr<WatchOutput> output = chooseOutput(options, tags);
+    while (!isToEnd() && !host.isOver() && !isOutputOver()) {
+        const qint64 left = std::max<qint64>(end - host.link().now(), 0);
+        const int wait =
+            end > 0 ? int(std::min<qint64>(left / MILLISECOND + 1, REFRESH_MS)) : int(REFRESH_MS);
+        output->show(host.next(wait), host);
+    }
+    output->end(host.values().figures(host.link().now()));
+    if (host.isOver()) throw VerbFailure(EXIT_LINK, QLatin1String(SIMULATED_PLC_HAS_ENDED));
+    return EXIT_DONE;
+}
+
 } // namespace
 
 ExitStatus watch(const DriverLibrary& driver, const LinkOptions& options,
@@ -152,15 +169,5 @@ ExitStatus watch(const DriverLibrary& driver, const LinkOptions& options,
     HostProgram host(driver, options, tags, LinkRun::CYCLIC);
     const qint64 end = qint64(seconds * SECOND);
     if (seconds > 0) endIn(end - host.link().now());
-    host.connect();
-    const std::unique_ptr<WatchOutput> output = chooseOutput(options, tags);
-    while (!isToEnd() && !host.isOver() && !isOutputOver()) {
-        const qint64 left = std::max<qint64>(end - host.link().now(), 0);
-        const int wait = seconds > 0 ? int(std::min<qint64>(left / MILLISECOND + 1, REFRESH_MS))
-                                     : int(REFRESH_MS);
-        output->show(host.next(wait), host);
-    }
-    output->end(host.values().figures(host.link().now()));
-    if (host.isOver()) throw VerbFailure(EXIT_LINK, QLatin1String(SIMULATED_PLC_HAS_ENDED));
-    return EXIT_DONE;
+    return host.run([&] { return watchUntil(end, host, options, tags); });
 }

@@ -78,13 +78,6 @@ int equalsBehindName(const QString& text, const TagChoice& tags)
     return int(text.indexOf(equals));
 }
 
-/// The message of a write without confirmation. It does not say "not written", because the PLC may
-/// have executed the write.
-QString unconfirmed(const Assignment& assigned, const QString& trouble)
-{
-    return QString(QLatin1String("%1 is not confirmed: %2")).arg(labelText(assigned.tag), trouble);
-}
-
 /// Hands in the job that writes a group.
 void start(HostProgram& host, int job, const WriteGroup& group,
            const std::vector<Assignment>& assignments)
@@ -123,25 +116,23 @@ std::vector<int> startAll(HostProgram& host, const std::vector<Assignment>& assi
     return jobs;
 }
 
-/// Writes the values and prints for each value whether it is confirmed.
+/// Writes the values and prints for each value, in the command's order, whether it is confirmed.
+/// @return the status of the first failure
 ExitStatus write(HostProgram& host, const std::vector<Assignment>& assignments, bool json)
 {
     host.connect();
     const std::vector<int> jobs = startAll(host, assignments);
-    std::vector<JobEnd> failures;
+    ExitStatus status = EXIT_DONE;
     for (size_t i = 0; i < jobs.size(); ++i) {
-        JobEnd end = host.endOf(jobs[i]);
+        const JobEnd end = host.endOf(jobs[i]);
         if (end.outcome == JobEnd::DONE) {
             print(assignments[i], json);
             continue;
         }
-        if (end.outcome == JobEnd::LOST) end.trouble = unconfirmed(assignments[i], end.trouble);
-        failures.push_back(end);
+        host.tell(labelText(assignments[i].tag) + QLatin1String(": ") + end.reason);
+        if (status == EXIT_DONE) status = host.statusOf(end.outcome);
     }
-    for (size_t i = 1; i < failures.size(); ++i)
-        std::fprintf(stderr, "kakb-host: %s\n", qUtf8Printable(failures[i].trouble));
-    if (!failures.empty()) host.mustBeDone(failures.front());
-    return EXIT_DONE;
+    return status;
 }
 
 } // namespace

@@ -17,8 +17,9 @@ struct Assignment
 ///         tag cannot be written
 Assignment assignment(const QString& text, const TagChoice& tags, const DriverLibrary& driver);
 
-/// Writes the values in order and waits for the PLC's confirmation of all values.
-/// @throws VerbFailure when a value was not confirmed
+/// Writes the values in order and waits for the PLC's confirmation of all values. Prints the end of
+/// each value in the same order.
+/// @return the status of the first value that was not confirmed
 ExitStatus writeTags(const DriverLibrary& driver, const LinkOptions& options,
                      const std::vector<Assignment>& assignments);
 

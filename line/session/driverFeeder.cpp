@@ -8,20 +8,25 @@
 
 namespace {
 
-QString silenceOf(int station)
+enum { PROBES_IN_A_HOLD = 4 };
+
+bool isWrite(const FRAME_PRO& frame)
 {
-    return QString(QLatin1String("station %1 does not answer")).arg(station);
+    return frame.itemCount == 0;
 }
 
 } // namespace
 
 DriverFeeder::DriverFeeder(StartedDriver& driver, const LineTiming& timing,
-                           const ExchangeMachine::Settings& settings, SessionSink& sink)
+                           const ExchangeMachine::Settings& settings, SessionSink& sink,
+                           qint64 hold)
     : m_driver(driver),
       m_sink(sink),
       m_exchange(driver, timing, settings,
                  [this](const FRAME_PRO& frame) { return isPointless(frame); }),
       m_stations(settings.answer),
+      m_held(hold),
+      m_probePause(std::min(settings.answer, hold / PROBES_IN_A_HOLD)),
       m_values(driver, m_polled, sink),
       m_recipes(driver, sink),
       m_isEchoTold(settings.echo == ECHO_PRESENT)
@@ -67,6 +72,10 @@ ExchangeMachine::Step DriverFeeder::advance(qint64 now)
         step.isIdle = false;
         step.wakeAt = std::max(*probe, now);
     }
+    if (const std::optional<qint64> holdEnd = m_held.nextEnd()) {
+        step.wakeAt = step.isIdle ? *holdEnd : std::min(step.wakeAt, *holdEnd);
+        step.isIdle = false;
+    }
     return step;
 }
 
@@ -86,13 +95,31 @@ void DriverFeeder::linkBack(qint64 now)
 {
     m_exchange.linkOpened(now);
     m_stations.startAnew(now);
+    m_held.clear();
     m_planDue = true;
+}
+
+void DriverFeeder::dropJobs(const QString& why)
+{
+    const FRAME_PRO* frame = m_exchange.isBetweenRequests() ? nullptr : &m_exchange.frame();
+    const int timesSent = frame != nullptr ? m_exchange.timesSent() : 0;
+    const bool isOfJob = frame != nullptr && !m_recipes.isUnderWay() && isWrite(*frame);
+    m_recipes.dropAll(why, frame, timesSent);
+    m_writes.dropAll(why, [=](int station, const QString& area, int number) {
+        const bool isOfFrame = isOfJob && frame->var.station == station &&
+                               frame->var.regName == area && frame->var.addr == number;
+        return isOfFrame ? timesSent : 0;
+    });
+    m_reads.dropAll(why);
+    reportEnded();
 }
 
 /// A recipe's frames are always sent: a recipe is transferred as a whole, or the driver ends it.
 bool DriverFeeder::isPointless(const FRAME_PRO& frame) const
 {
-    return !m_recipes.isUnderWay() && m_stations.isSilent(frame.var.station);
+    if (m_recipes.isUnderWay()) return false;
+    const int station = frame.var.station;
+    return m_stations.isSilent(station) || (isWrite(frame) && m_writes.isComingBack(station));
 }
 
 /// Writes and reads may be queued while the driver has a request under way. The plan and the recipe
@@ -100,12 +127,24 @@ bool DriverFeeder::isPointless(const FRAME_PRO& frame) const
 void DriverFeeder::feed(qint64 now)
 {
     if (std::exchange(m_areStationsNew, false)) expectStations(now);
+    feedHeldWrites(now);
     feedProbes(now);
     feedWrites();
     feedReads();
     if (!m_exchange.isBetweenRequests()) return;
     if (m_planDue) plan();
-    m_recipes.feed();
+    m_recipes.feed([this](int station) { return m_held.isHeld(station); });
+}
+
+/// Ends the writes whose hold is over. Probes the stations for which writes still wait.
+void DriverFeeder::feedHeldWrites(qint64 now)
+{
+    for (const int station : m_held.takeOver(now))
+        failWaitingWrites(station);
+    for (const int station : m_held.stations()) {
+        if (m_writes.hasWaiting(station) || m_recipes.hasWaiting(station))
+            m_stations.hurry(station, now + m_probePause);
+    }
 }
 
 void DriverFeeder::expectStations(qint64 now)
@@ -136,7 +175,8 @@ void DriverFeeder::feedReads()
 void DriverFeeder::feedWrites()
 {
     if (m_reads.isUnderWay()) return;
-    while (const std::optional<ElementWrite> write = m_writes.takeNext())
+    const auto isHeld = [this](int station) { return m_held.isHeld(station); };
+    while (const std::optional<ElementWrite> write = m_writes.takeNext(isHeld))
         m_driver.queueWrite(write->station, write->area, write->number, write->bytes);
 }
 
@@ -169,7 +209,7 @@ void DriverFeeder::exchangeOver(const FINISHED_EXCHANGE& finished, qint64 now)
     noteStation(finished, now);
     if (m_recipes.isUnderWay())
         recipeOver(finished);
-    else if (finished.frame.itemCount == 0)
+    else if (isWrite(finished.frame))
         writeOver(finished, now);
     else if (finished.frame.var.varId == StartedDriver::ONE_SHOT)
         readOver(finished, now);
@@ -200,7 +240,7 @@ void DriverFeeder::noteStation(const FINISHED_EXCHANGE& finished, qint64 now)
     if (finished.result == REPLY_ACCEPTED || finished.end == END_REFUSED)
         return stationAnswered(station);
     if (m_stations.gaveUp(station, finished.end == END_UNUSABLE, now))
-        stationWentSilent(station, now);
+        stationWentSilent(station, noAnswerOf(station, finished.unfit), now);
 }
 
 void DriverFeeder::noteHeard(const HEARD_EXCHANGE& exchange, qint64 now)
@@ -211,22 +251,30 @@ void DriverFeeder::noteHeard(const HEARD_EXCHANGE& exchange, qint64 now)
         return stationAnswered(heard.station);
     if (exchange.isOfRequest || m_stations.isPolled(heard.station)) return;
     if (m_stations.gaveUp(heard.station, heard.end == END_UNUSABLE, now))
-        stationWentSilent(heard.station, now);
+        stationWentSilent(heard.station, noAnswerOf(heard.station, heard.unfit), now);
     else if (m_stations.isSilent(heard.station)) // tags may still name an earlier loss of the link
-        m_sink.tagsBad(m_polled.tagsOfStation(heard.station), silenceOf(heard.station), now);
+        m_sink.tagsBad(m_polled.tagsOfStation(heard.station),
+                       noAnswerOf(heard.station, heard.unfit), now);
 }
 
 void DriverFeeder::stationAnswered(int station)
 {
+    m_held.answered(station);
     if (m_stations.answered(station)) m_planDue = true;
 }
 
-void DriverFeeder::stationWentSilent(int station, qint64 now)
+void DriverFeeder::stationWentSilent(int station, const QString& trouble, qint64 now)
 {
-    const QString trouble = silenceOf(station);
     m_planDue = true;
     m_sink.tagsBad(m_polled.tagsOfStation(station), trouble, now);
-    m_writes.failWaiting(station, trouble);
+    m_held.silent(station, now);
+    if (!m_held.isHeld(station)) failWaitingWrites(station);
+}
+
+void DriverFeeder::failWaitingWrites(int station)
+{
+    m_writes.failWaiting(station, unsentToSilent(station));
+    m_recipes.failWaiting(station);
 }
 
 QString DriverFeeder::blockTroubleOf(const FINISHED_EXCHANGE& finished) const
@@ -237,9 +285,12 @@ QString DriverFeeder::blockTroubleOf(const FINISHED_EXCHANGE& finished) const
 void DriverFeeder::writeOver(const FINISHED_EXCHANGE& finished, qint64 now)
 {
     const VARIABLE& var = finished.frame.var;
-    const bool done = finished.result == REPLY_ACCEPTED;
-    m_writes.ended(var.station, var.regName, var.addr, outcomeOf(finished),
-                   done ? QString() : troubleOf(finished));
+    const bool isUnsent = finished.isPointless && finished.timesSent == 0;
+    const bool waits = m_held.isHeld(var.station) || m_writes.isComingBack(var.station);
+    if (isUnsent && waits)
+        m_writes.putBack(var.station, var.regName, var.addr);
+    else
+        m_writes.ended(var.station, var.regName, var.addr, writeEndOf(finished));
     m_values.written(var, now);
 }
 

@@ -44,6 +44,19 @@ void OneShotReads::dropRest(int job)
                     m_waiting.end());
 }
 
+void OneShotReads::dropAll(const QString& why)
+{
+    m_underWay.reset();
+    m_waiting.clear();
+    for (const auto& [job, blocks] : std::exchange(m_blocksLeft, {})) {
+        JobEnd end;
+        end.job = job;
+        end.outcome = JobEnd::LOST;
+        end.trouble = why;
+        m_ended.push_back(end);
+    }
+}
+
 std::vector<JobEnd> OneShotReads::takeEnded()
 {
     return std::exchange(m_ended, {});

@@ -39,6 +39,10 @@ public:
     /// failure.
     void ended(JobEnd::Outcome outcome, const QString& trouble);
 
+    /// Ends all jobs as lost.
+    /// @param why  in words
+    void dropAll(const QString& why);
+
     std::vector<JobEnd> takeEnded();
 
 private:
