@@ -1,8 +1,9 @@
 #include "simulatorOptions.h"
 
 #include "faultOptions.h"
+#include "numberText.h"
 
-#include <cstdio>
+#include <algorithm>
 #include <set>
 
 namespace {
@@ -14,14 +15,19 @@ const int FASTEST_BAUD = 4000000;
 const int LONGEST_TURNAROUND_US = 10000000;
 const std::int64_t MICROSECOND_NS = 1000;
 
+const char* const DEMO_SIGNALS = "signals";
+const char* const DEMO_TANK = "tank";
+
 /// Options as the command line gives them; parseOptions() turns them into SimulatorOptions.
 struct RawOptions
 {
     std::vector<int> stations;
-    std::vector<std::string> ranges;
+    std::vector<std::string> stationLists;
     std::vector<std::string> signals;
     bool demoSignals = false;
+    std::vector<std::string> demos;
     int turnaroundUs = 0;
+    RawMemory memory;
     RawFaults faults;
 };
 
@@ -31,8 +37,10 @@ void addStations(CLI::App& app, RawOptions& raw)
                    "a station; repeat the option, or give a list (default 1)")
         ->check(CLI::Range(1, LAST_STATION))
         ->delimiter(',');
-    app.add_option("--stations", raw.ranges, "all stations from A to B, 1 to 247")
-        ->type_name("A-B");
+    app.add_option("--stations", raw.stationLists,
+                   "stations and ranges of stations, such as 1-8 or 1,3-5,247")
+        ->type_name("LIST")
+        ->allow_extra_args(false);
 }
 
 void addLink(CLI::App& app, SimulatorOptions& options, RawOptions& raw)
@@ -70,13 +78,20 @@ void addSignals(CLI::App& app, SimulatorOptions& options, RawOptions& raw)
                    "a memory place whose value changes by itself; repeat the option for more "
                    "places (default: none)")
         ->type_name("STATION:AREA:NUMBER:KIND[:PERIOD_MS[:AMPLITUDE]]");
-    app.add_flag("--demo-signals", raw.demoSignals, "add the demo's signals on every station");
+    app.add_option("--demo", raw.demos,
+                   "on every station: signals of every kind (signals), or a tank with pump, valve "
+                   "and alarms (tank) (default: none)")
+        ->check(CLI::IsMember({DEMO_SIGNALS, DEMO_TANK}));
+    app.add_flag("--demo-signals", raw.demoSignals, "the same as --demo signals");
     app.add_option("--seed", options.seed, "seed of signal phases and faults, 0 to 4294967295")
         ->capture_default_str();
 }
 
 void addEnd(CLI::App& app, SimulatorOptions& options)
 {
+    app.add_option("--control", options.controlPath,
+                   "take commands on a Unix socket while the line is served (default: none)")
+        ->type_name("PATH");
     app.add_option("--report", options.reportFile,
                    "write counts and times at the end (default: none)")
         ->type_name("FILE");
@@ -90,27 +105,48 @@ void addEnd(CLI::App& app, SimulatorOptions& options)
     throw CLI::ValidationError(option, why);
 }
 
+/// Adds "3" or "3-5".
+void addStations(const std::string& item, std::set<int>& all)
+{
+    const std::size_t dash = item.find('-');
+    const std::string end = dash == std::string::npos ? item : item.substr(dash + 1);
+    int first = 0;
+    int last = 0;
+    if (!readNumber(item.substr(0, dash), 1, LAST_STATION, first) ||
+        !readNumber(end, first, LAST_STATION, last))
+        refuse("--stations", "'" + item + "' is neither a station, 1 to 247, nor A-B with A <= B");
+    for (int station = first; station <= last; ++station)
+        all.insert(station);
+}
+
 std::vector<int> stationsOf(const RawOptions& raw)
 {
     std::set<int> all(raw.stations.begin(), raw.stations.end());
-    for (const std::string& range : raw.ranges) {
-        int first = 0;
-        int last = 0;
-        char rest = 0;
-        if (std::sscanf(range.c_str(), "%d-%d%c", &first, &last, &rest) != 2 || first < 1 ||
-            last > LAST_STATION || first > last)
-            refuse("--stations", "'" + range + "' is not A-B with 1 <= A <= B <= 247");
-        for (int station = first; station <= last; ++station)
-            all.insert(station);
+    for (const std::string& list : raw.stationLists) {
+        for (const std::string& item : fieldsOf(list, ','))
+            addStations(item, all);
     }
     if (all.empty()) all.insert(1);
     return std::vector<int>(all.begin(), all.end());
 }
 
+bool hasDemo(const RawOptions& raw, const char* name)
+{
+    return std::find(raw.demos.begin(), raw.demos.end(), name) != raw.demos.end();
+}
+
+std::vector<int> tankStationsOf(const RawOptions& raw, const std::vector<int>& stations)
+{
+    if (!hasDemo(raw, DEMO_TANK)) return {};
+    if (raw.demoSignals || hasDemo(raw, DEMO_SIGNALS))
+        refuse("--demo", "the tank and the demo's signals use the same memory");
+    return stations;
+}
+
 std::vector<Signal> signalsOf(const RawOptions& raw, const std::vector<int>& stations)
 {
     std::vector<Signal> all;
-    if (raw.demoSignals) all = demoSignals(stations);
+    if (raw.demoSignals || hasDemo(raw, DEMO_SIGNALS)) all = demoSignals(stations);
     const std::set<int> known(stations.begin(), stations.end());
     for (const std::string& text : raw.signals) {
         Signal signal;
@@ -133,6 +169,7 @@ SimulatorOptions parseOptions(CLI::App& app, int argc, char** argv)
     addStations(app, raw);
     addLink(app, options, raw);
     addSignals(app, options, raw);
+    addMemory(app, options.memory, raw.memory);
     addFaults(app, options.faults, raw.faults);
     app.add_flag("--echo", options.echo,
                  "return every byte that the host sends, ahead of all other bytes, as a two-wire "
@@ -142,6 +179,8 @@ SimulatorOptions parseOptions(CLI::App& app, int argc, char** argv)
 
     options.stations = stationsOf(raw);
     options.signals = signalsOf(raw, options.stations);
+    options.tankStations = tankStationsOf(raw, options.stations);
+    finishMemory(options.memory, options.faults.refusals, raw.memory, options.stations);
     finishFaults(options.faults, raw.faults, options.stations);
     options.line.turnaroundNs = raw.turnaroundUs * MICROSECOND_NS;
     options.line.isNetwork = options.tcpPort >= 0;

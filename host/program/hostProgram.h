@@ -22,7 +22,8 @@ class HostProgram
 {
 public:
     /// @param tags  tags of the verb
-    /// @throws LinkTextError, LinkError, PcapError
+    /// @throws LinkTextError, LinkError, PcapError; VerbFailure when the user requests a stop while
+    ///         the capture waits for its reader
     HostProgram(const DriverLibrary& driver, const LinkOptions& options,
                 const std::vector<Tag>& tags, LinkRun::Reading reading);
     ~HostProgram();
@@ -64,6 +65,12 @@ public:
         return m_simulator && m_linkTrouble;
     }
 
+    /// How this run shows times. They are on the clock of link().now().
+    const TimeText& times() const
+    {
+        return m_times;
+    }
+
     LinkRun& link()
     {
         return *m_run;
@@ -83,6 +90,7 @@ public:
 
 private:
     LinkRun::Settings settings(const std::vector<Tag>& tags, LinkRun::Reading reading);
+    void openCapture(qint64 startClock);
     void record(const News& news);
     void tellMissedFrames() const;
     void stop(const QString& why);
@@ -92,6 +100,7 @@ private:
     const LinkOptions m_options;
     std::optional<SimulatedPlc> m_simulator; ///< the link's thread calls only its open()
     SharedValues m_values;                   ///< the link's thread writes to it; guards itself
+    TimeText m_times;
     std::optional<FrameTrace> m_trace;
     std::optional<PcapFile> m_capture;
     std::optional<LinkRun> m_run;

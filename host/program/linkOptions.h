@@ -2,6 +2,7 @@
 #define LINK_OPTIONS_H
 
 #include "exchange/exchangeMachine.h"
+#include "output/timeText.h"
 
 #include <string>
 
@@ -21,6 +22,7 @@ struct LinkOptions
     bool trace = false;
     std::string pcap;
     bool json = false;
+    TimeText::Style time = TimeText::RELATIVE; ///< of the trace, of lines and of objects
 };
 
 #endif

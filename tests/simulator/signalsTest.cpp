@@ -22,7 +22,7 @@ std::vector<int> valuesOf(const Signal& signal, int milliseconds)
     SignalSet set({signal}, 1);
     std::vector<int> values;
     for (int ms = 0; ms < milliseconds; ++ms) {
-        const std::vector<SignalValue> changes = set.changes(ms);
+        const std::vector<PlaceValue> changes = set.changes(ms);
         values.push_back(changes.empty() ? values.back() : changes[0].value);
     }
     return values;
@@ -70,6 +70,45 @@ TEST(Signals, CounterCountsPeriodsAndWrapsAboveItsAmplitude)
         EXPECT_EQ(int(i % 3), steps[i]) << i;
 }
 
+TEST(Signals, RandomWalkGoesByFiftiethsWithinItsAmplitude)
+{
+    std::map<int, int> steps;
+    int last = 500;
+    for (const int value : valuesOf(signalOf(SIGNAL_WALK, 1, 1000), 20000)) {
+        ++steps[value - last];
+        EXPECT_GE(value, 0);
+        EXPECT_LE(value, 1000);
+        last = value;
+    }
+    ASSERT_EQ(3u, steps.size());
+    for (const int step : {-20, 0, 20}) // each in a third of the cases; a limit turns some into 0
+        EXPECT_GT(steps[step], 5500) << step;
+}
+
+TEST(Signals, RandomWalkDependsOnTheTimeAloneAndOnItsSeed)
+{
+    const Signal signal = signalOf(SIGNAL_WALK, 10, 1000);
+    SignalSet often({signal}, 7);
+    SignalSet once({signal}, 7);
+    SignalSet other({signal}, 8);
+    int last = 0;
+    for (int ms = 0; ms <= 30000; ++ms) {
+        for (const PlaceValue& change : often.changes(ms))
+            last = change.value;
+    }
+    ASSERT_EQ(1u, once.changes(30000).size());
+    EXPECT_EQ(last, SignalSet({signal}, 7).changes(30000)[0].value);
+    EXPECT_NE(last, other.changes(30000)[0].value);
+}
+
+TEST(Signals, SmallRandomWalkStillMoves)
+{
+    std::set<int> seen;
+    for (const int value : valuesOf(signalOf(SIGNAL_WALK, 1, 3), 1000))
+        seen.insert(value);
+    EXPECT_EQ((std::set<int>{0, 1, 2, 3}), seen);
+}
+
 TEST(Signals, UnchangedValueIsNotRepeated)
 {
     SignalSet set({signalOf(SIGNAL_COUNTER, 1000, 65535)}, 1);
@@ -84,9 +123,9 @@ TEST(Signals, TheSeedDecidesThePhases)
     SignalSet first(signals, 1);
     SignalSet same(signals, 1);
     SignalSet other(signals, 2);
-    const std::vector<SignalValue> values = first.changes(0);
-    const std::vector<SignalValue> again = same.changes(0);
-    const std::vector<SignalValue> others = other.changes(0);
+    const std::vector<PlaceValue> values = first.changes(0);
+    const std::vector<PlaceValue> again = same.changes(0);
+    const std::vector<PlaceValue> others = other.changes(0);
     std::set<int> phases;
     int differences = 0;
     for (std::size_t i = 0; i < signals.size(); ++i) {
@@ -127,11 +166,11 @@ TEST(Signals, DemoSignalsAreAtTheirDocumentedPlaces)
         rows.push_back({signal.place.area, signal.place.number, signal.kind});
     }
     const std::vector<Row> expected = {
-        {AREA_IW, 0, SIGNAL_RAMP},      {AREA_IW, 1, SIGNAL_SINE},
-        {AREA_IW, 2, SIGNAL_COUNTER},   {AREA_IX, 64, SIGNAL_TOGGLE},
-        {AREA_IX, 65, SIGNAL_TOGGLE},   {AREA_IX, 66, SIGNAL_TOGGLE},
-        {AREA_IX, 67, SIGNAL_TOGGLE},   {AREA_MW, 3000, SIGNAL_COUNTER},
-        {AREA_MX, 3160, SIGNAL_TOGGLE},
+        {AREA_IW, 0, SIGNAL_RAMP},       {AREA_IW, 1, SIGNAL_SINE},
+        {AREA_IW, 2, SIGNAL_COUNTER},    {AREA_IW, 3, SIGNAL_WALK},
+        {AREA_IX, 64, SIGNAL_TOGGLE},    {AREA_IX, 65, SIGNAL_TOGGLE},
+        {AREA_IX, 66, SIGNAL_TOGGLE},    {AREA_IX, 67, SIGNAL_TOGGLE},
+        {AREA_MW, 3000, SIGNAL_COUNTER}, {AREA_MX, 3160, SIGNAL_TOGGLE},
     };
     EXPECT_EQ(expected, rows);
 }
@@ -145,8 +184,8 @@ TEST(SignalText, NumbersOfEachAreaHaveTheirLimits)
         int last;
         const char* kind;
     } const rows[] = {
-        {"IW", 0, 65535, "ramp"},   {"QW", 0, 2999, "ramp"},   {"MW", 3000, 65535, "ramp"},
-        {"IX", 0, 65535, "toggle"}, {"QX", 0, 2999, "toggle"}, {"MX", 3000, 65535, "toggle"},
+        {"IW", 0, 255, "ramp"},    {"QW", 0, 255, "ramp"},    {"MW", 3000, 7095, "ramp"},
+        {"IX", 0, 4095, "toggle"}, {"QX", 0, 4095, "toggle"}, {"MX", 3000, 65535, "toggle"},
     };
     for (const auto& row : rows) {
         const auto trouble = [&row](int number) {
@@ -198,9 +237,9 @@ TEST(SignalText, ErrorNamesTheWrongField)
         {"248:IW:0:ramp", "station '248'"},
         {"x:IW:0:ramp", "station 'x'"},
         {"1:ZZ:0:ramp", "area 'ZZ'"},
-        {"1:QW:3000:ramp", "QW number '3000'"},
+        {"1:QW:256:ramp", "QW number '256'"},
         {"1:MX:2999:toggle", "MX number '2999'"},
-        {"1:IW:65536:ramp", "IW number '65536'"},
+        {"1:IW:256:ramp", "IW number '256'"},
         {"1:IW:7x:ramp", "IW number '7x'"},
         {"1:IW:0:wave", "kind 'wave'"},
         {"1:IX:0:ramp", "a bit can only toggle"},
