@@ -75,6 +75,7 @@ LinkRun::Settings HostProgram::settings(const std::vector<Tag>& tags, LinkRun::R
     settings.attempts = m_options.attempts;
     settings.pauseMs = m_options.pauseMs;
     settings.turnaroundUs = m_options.turnaroundUs;
+    settings.paceMs = m_options.everyMs;
     settings.echo = m_options.echo;
     settings.holdMs = m_options.holdMs;
     if (settings.address.kind == LinkAddress::SIMULATED) {

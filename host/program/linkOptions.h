@@ -4,6 +4,7 @@
 #include "exchange/exchangeMachine.h"
 #include "output/timeText.h"
 
+#include <optional>
 #include <string>
 
 /// The options of every verb with a link, with their defaults. LinkRun::Settings explains the times
@@ -18,6 +19,7 @@ struct LinkOptions
     int pauseMs = 500;
     int turnaroundUs = 1000;
     int holdMs = 2000;
+    std::optional<qint64> everyMs; ///< pace of a watch; empty: the default of the link's kind
     EchoMode echo = ECHO_UNKNOWN;
     bool trace = false;
     std::string pcap;

@@ -40,6 +40,16 @@ CLI::Validator numberFrom(double lowest, double highest)
     return CLI::Validator(problem, range.get_description());
 }
 
+CLI::Validator aDuration()
+{
+    const auto problem = [](const std::string& text) {
+        return durationMs(QString::fromStdString(text))
+                   ? std::string()
+                   : text + " is no duration such as 500ms, 10s or 5m";
+    };
+    return CLI::Validator(problem, std::string());
+}
+
 void addJson(CLI::App* verb, CommandOptions& options)
 {
     verb->add_flag("--json", options.link.json, "print one JSON object on each line");
@@ -76,6 +86,20 @@ void addTiming(CLI::App* verb, CommandOptions& options)
     addLinkAddress(verb, options);
     addTurnaround(verb, options);
     addJson(verb, options);
+}
+
+void addEvery(CLI::App* verb, CommandOptions& options)
+{
+    LinkOptions& link = options.link;
+    verb->add_option_function<std::string>(
+            "--every",
+            [&link](const std::string& text) {
+                link.everyMs = durationMs(QString::fromStdString(text));
+            },
+            "shortest time from the start of a cycle to the next start, such as 500ms, 10s or 5m; "
+            "0: cycles follow at once (default: 100ms over TCP, else 0)")
+        ->check(aDuration())
+        ->type_name("DURATION");
 }
 
 void addLink(CLI::App* verb, CommandOptions& options)

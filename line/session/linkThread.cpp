@@ -60,9 +60,10 @@ qint64 LinkThread::now() const
     return m_clock.nsecsElapsed() / NANOSECONDS_PER_MICROSECOND;
 }
 
-void LinkThread::poll(const std::vector<Tag>& tags, const std::vector<ReadBlock>& blocks)
+void LinkThread::poll(const std::vector<Tag>& tags, const std::vector<ReadBlock>& blocks,
+                      qint64 pace)
 {
-    post([tags, blocks](DriverFeeder& feeder) { feeder.poll(tags, blocks); });
+    post([tags, blocks, pace](DriverFeeder& feeder) { feeder.poll(tags, blocks, pace); });
 }
 
 void LinkThread::know(const std::vector<Tag>& tags, const std::vector<ReadBlock>& blocks)

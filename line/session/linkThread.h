@@ -47,9 +47,9 @@ public:
     /// @param why  the reason for the unfinished jobs, in words
     void stop(const QString& why);
 
-    /// poll() reads the tags in cycles. know() only notes them, so that read() shows their values.
-    /// Call one of the two, before start().
-    void poll(const std::vector<Tag>& tags, const std::vector<ReadBlock>& blocks);
+    /// poll() reads the tags in cycles, see DriverFeeder::poll(). know() only notes them, so that
+    /// read() shows their values. Call one of the two, before start().
+    void poll(const std::vector<Tag>& tags, const std::vector<ReadBlock>& blocks, qint64 pace = 0);
     void know(const std::vector<Tag>& tags, const std::vector<ReadBlock>& blocks);
 
     void start();

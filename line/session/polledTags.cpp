@@ -1,10 +1,13 @@
 #include "session/polledTags.h"
 
+#include "plan/tagSpan.h"
+
+#include <algorithm>
 #include <utility>
 
 namespace {
 
-enum { NO_BLOCK = -1, BIT_AREA = -1 };
+enum { BIT_AREA = -1 };
 
 } // namespace
 
@@ -13,29 +16,37 @@ void PolledTags::set(std::vector<Tag> tags, std::vector<ReadBlock> blocks)
     m_tags = std::move(tags);
     m_blocks = std::move(blocks);
     m_tagsByUnit.clear();
-    m_blocksByStart.clear();
     for (size_t i = 0; i < m_tags.size(); ++i) {
         const Tag& tag = m_tags[i];
         for (int unit = 0; unit < tag.units(); ++unit)
             m_tagsByUnit[Unit(tag.station, tag.area, tag.number + unit)].push_back(int(i));
     }
-    for (size_t i = 0; i < m_blocks.size(); ++i) {
-        const ReadBlock& block = m_blocks[i];
-        m_blocksByStart[Unit(block.station, block.area, block.number)] = int(i);
+}
+
+std::vector<int> PolledTags::tagsIn(const ReadBlock& block) const
+{
+    std::set<int> tags;
+    for (int unit = 0; unit < block.count; ++unit) {
+        for (const int tag : tagsAt(block.station, block.area, block.number + unit)) {
+            if (contains(block, m_tags[size_t(tag)])) tags.insert(tag);
+        }
     }
+    return std::vector<int>(tags.begin(), tags.end());
 }
 
-int PolledTags::blockOf(const VARIABLE& read) const
+ReadBlock PolledTags::withWholeTags(const ReadBlock& block) const
 {
-    const auto found = m_blocksByStart.find(Unit(read.station, read.regName, read.addr));
-    return found == m_blocksByStart.end() ? int(NO_BLOCK) : found->second;
-}
-
-bool PolledTags::dropSpare(int index)
-{
-    ReadBlock& block = m_blocks[size_t(index)];
-    block.count -= block.spare;
-    return std::exchange(block.spare, 0) > 0;
+    ReadBlock whole = block;
+    for (int unit = 0; unit < block.count; ++unit) {
+        for (const int tag : tagsAt(block.station, block.area, block.number + unit)) {
+            const std::optional<TagSpan> span = spanIn(block, m_tags[size_t(tag)]);
+            if (!span) continue;
+            const int end = std::max(whole.number + whole.count, span->end);
+            whole.number = std::min(whole.number, span->start);
+            whole.count = end - whole.number;
+        }
+    }
+    return whole;
 }
 
 std::set<int> PolledTags::stations() const

@@ -9,8 +9,8 @@
 #include <tuple>
 #include <vector>
 
-/// The tags of a link and the blocks that read them: finds the block of a frame, the tags of a unit
-/// (a word or bit) and the tags of a station.
+/// The tags of a link and the blocks that read them: finds the tags of a unit (a word or
+/// bit), of a block and of a station.
 class PolledTags
 {
 public:
@@ -20,14 +20,14 @@ public:
     {
         return m_tags[size_t(index)];
     }
+    const std::vector<Tag>& tags() const
+    {
+        return m_tags;
+    }
     const ReadBlock& block(int index) const
     {
         return m_blocks[size_t(index)];
     }
-
-    /// Removes the spare words from a block, see ReadBlock::spare.
-    /// @return false when the block has none
-    bool dropSpare(int index);
 
     /// The keys of the blocks whose station `isPolled` accepts.
     template <typename Predicate> QList<KEY_ADDRESS> keys(Predicate isPolled) const
@@ -39,8 +39,11 @@ public:
         return keys;
     }
 
-    /// @return index of the block that the frame reads; -1: none
-    int blockOf(const VARIABLE& read) const;
+    /// The tags whose values a block reads as a whole, ascending.
+    std::vector<int> tagsIn(const ReadBlock& block) const;
+
+    /// The block with all words of the tags that it reads in part.
+    ReadBlock withWholeTags(const ReadBlock& block) const;
 
     std::set<int> stations() const;
 
@@ -58,7 +61,6 @@ private:
     std::vector<Tag> m_tags;
     std::vector<ReadBlock> m_blocks;
     std::map<Unit, std::vector<int>> m_tagsByUnit;
-    std::map<Unit, int> m_blocksByStart;
 };
 
 #endif

@@ -38,10 +38,10 @@ LineTiming slowLine()
 }
 
 QByteArray printed(const std::vector<Tag>& tags, bool json, const LineTiming& timing = slowLine(),
-                   qint64 turnaround = 1000)
+                   qint64 turnaround = 1000, qint64 pace = 0)
 {
     std::FILE* const file = std::tmpfile();
-    printPlan(file, tags, timing, turnaround, driver(), json);
+    printPlan(file, tags, timing, turnaround, pace, driver(), json);
     QByteArray bytes(int(std::ftell(file)), '\0');
     std::rewind(file);
     EXPECT_EQ(size_t(bytes.size()), std::fread(bytes.data(), 1, size_t(bytes.size()), file));

@@ -43,15 +43,14 @@ protected:
         return readRecipeFile(path, driver(), use);
     }
 
-    /// The file after its only float became 2.25.
+    /// The text of the file after its floats became 2.25.
     std::string rewritten(const QByteArray& text)
     {
         Recipe recipe = recipeOf(text, FOR_UPLOAD);
         for (size_t i = 0; i < recipe.tags.size(); ++i)
             if (recipe.tags[i].type == Tag::FLOAT32)
                 recipe.values[i] = QByteArray::fromHex("00001040");
-        writeRecipeFile(path, recipe);
-        return fileBytes(path).toStdString();
+        return recipeText(recipe).toStdString();
     }
 
     QTemporaryDir folder;

@@ -1,6 +1,6 @@
 #include "sessionBench.h"
 
-#include "plan/wireCost.h"
+#include "plan/ratedReads.h"
 #include "wire/protocolLimits.h"
 
 #include <gtest/gtest.h>
@@ -131,10 +131,12 @@ int SessionBench::mostOutstanding()
     return mostOutstandingWrites;
 }
 
-void SessionBench::poll(const std::vector<Tag>& tags)
+void SessionBench::poll(const std::vector<Tag>& tags, qint64 pace)
 {
-    blocks = planReads(tags, wireCost(m_timing, ModelLine::TURNAROUND), MOST_READ_REGISTERS);
-    feeder.poll(tags, blocks);
+    blocks =
+        planRatedReads(tags, wireCost(m_timing, ModelLine::TURNAROUND), MOST_READ_REGISTERS, pace)
+            .blocks;
+    feeder.poll(tags, blocks, pace);
 }
 
 void SessionBench::pollTwoStations(int number)

@@ -74,7 +74,8 @@ public:
                           const LineTiming& timing = LineTiming(LineSettings()), qint64 hold = 0);
 
     /// Plans the reads of the tags; poll() also polls them.
-    void poll(const std::vector<Tag>& tags);
+    /// @param pace  shortest time from the start of a cycle to the next start
+    void poll(const std::vector<Tag>& tags, qint64 pace = 0);
     void know(const std::vector<Tag>& tags);
 
     /// Polls the word at stations 1 (tag 0) and 2 (tag 1) for a second.
