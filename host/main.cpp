@@ -11,8 +11,8 @@
 //         [--until NAME=VALUE] [--fail-when-bad SECONDS]  terminal a table with keys, which can
 //                                           write
 //   read [NAME...] [--tags FILE] [--both-orders]  reads tags or addresses once
-//   write NAME=VALUE... [--tags FILE] [--allow-nan]  writes values and waits for the PLC's
-//                                           confirmation
+//   write NAME=VALUE... [--tags FILE] [--hold DURATION] [--allow-nan]  writes values and waits for
+//                                           the PLC's confirmation
 //   recipe download|upload FILE [--verify]  transfers a recipe
 //   dump WORDS... [--output FILE]           writes words of the PLC into a file
 //   diff FILE                               compares the PLC with a recipe or a dump

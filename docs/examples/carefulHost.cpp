@@ -114,7 +114,8 @@ private:
     // ends the request.
     static EndedExchange nothingSent(const FRAME_PRO& frame)
     {
-        return EndedExchange{false, frame.var.station, END_SILENT, false, QByteArray(), -1};
+        return EndedExchange{false, frame.var.station, END_SILENT, false, QByteArray(),
+                             -1,    QString()};
     }
 
     // One attempt of one request. The machine may send fences during the attempt.

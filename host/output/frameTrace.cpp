@@ -3,18 +3,28 @@
 #include "output/frameMeaning.h"
 #include "wire/frameShape.h"
 #include "wire/timeUnits.h"
+#include "wire/unfitBytes.h"
 
 namespace {
+
+/// Says also why the bytes were dropped.
+QString strayMeaning(const GatheredFrame& frame)
+{
+    if (frame.bytes == frame.request) return QLatin1String("echo of the request");
+    const QLatin1String stray("stray: ");
+    const QString why = describeUnfit(frame.request, frame.bytes);
+    const QString words = replyMeaning(frame.bytes, frame.request);
+    if (why.isEmpty()) return stray + words;
+    return hasRightChecksum(frame.bytes) ? stray + words + QLatin1String(": ") + why : stray + why;
+}
 
 QString meaning(const GatheredFrame& frame)
 {
     if (frame.kind == GatheredFrame::REQUEST) return requestMeaning(frame.bytes);
     if (frame.kind == GatheredFrame::FENCE)
         return requestMeaning(frame.bytes) + QLatin1String(", a fence");
-    if (frame.kind == GatheredFrame::STRAY && frame.bytes == frame.request)
-        return QLatin1String("echo of the request");
-    const QString words = replyMeaning(frame.bytes, frame.request);
-    return frame.kind == GatheredFrame::STRAY ? QLatin1String("stray: ") + words : words;
+    return frame.kind == GatheredFrame::STRAY ? strayMeaning(frame)
+                                              : replyMeaning(frame.bytes, frame.request);
 }
 
 } // namespace

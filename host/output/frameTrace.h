@@ -8,10 +8,11 @@
 
 /// Writes a line for each frame on the link: the time, ">" for sent or "<" for received, the bytes,
 /// and their meaning. A line with "!" says that no answer came.
+/// The meaning of bytes that answer no request says why they were dropped.
 ///
 ///      1.250000 > 01 03 0B B8 00 02 46 0A  station 1: read 2 holding registers from 3000
 ///      1.256120 < 01 03 04 12 34 56 78 81 07  station 1: 2 registers 0x1234 0x5678
-///      1.257003 < FF  stray: 1 byte that is no frame
+///      1.257003 < FF  stray: 1 byte, too few for an answer
 ///      1.258000 > 02 03 0B B8 00 02 46 39  station 2: read 2 holding registers from 3000
 ///      1.760000 ! station 2: no answer within 502 ms
 ///

@@ -15,12 +15,14 @@ namespace {
 
 enum { NEWS_MS = 100 };
 
-JobEnd lost(int job, const QString& trouble)
+/// The end of a job that the link's thread never heard of.
+JobEnd neverStarted(int job)
 {
     JobEnd end;
     end.job = job;
     end.outcome = JobEnd::LOST;
-    end.trouble = trouble;
+    end.execution = JobEnd::NOT_SENT;
+    end.trouble = end.reason = QLatin1String("not started");
     return end;
 }
 
@@ -51,11 +53,6 @@ HostProgram::HostProgram(const DriverLibrary& driver, const LinkOptions& options
 HostProgram::~HostProgram()
 {
     m_run.reset();
-    try {
-        record(m_values.takeNews());
-    } catch (const PcapError&) {
-        // The failure was reported when the capture could first not be written.
-    }
     if (m_trace) m_trace->flush();
     tellMissedFrames();
 }
@@ -81,6 +78,7 @@ LinkRun::Settings HostProgram::settings(const std::vector<Tag>& tags, LinkRun::R
     settings.turnaroundUs = m_options.turnaroundUs;
     settings.paceMs = m_options.everyMs;
     settings.echo = m_options.echo;
+    settings.holdMs = m_options.holdMs;
     if (settings.address.kind == LinkAddress::SIMULATED) {
         const LineSettings line = settings.address.line;
         m_simulator.emplace(simulatorProgram(m_options), simulatorArguments(m_options, line, tags));
@@ -91,13 +89,29 @@ LinkRun::Settings HostProgram::settings(const std::vector<Tag>& tags, LinkRun::R
 
 ExitStatus HostProgram::run(const std::function<ExitStatus()>& work)
 {
+    ExitStatus status = EXIT_DONE;
     try {
-        return work();
+        status = work();
     } catch (const VerbFailure& failure) {
         if (m_trace) m_trace->flush();
         printFailure(failure);
-        return failure.status;
+        status = failure.status;
     }
+    try {
+        stop(QLatin1String("the verb has ended"));
+    } catch (const PcapError& error) {
+        if (status == EXIT_DONE) throw;
+        printFailure(error);
+    }
+    return status;
+}
+
+/// Records the last frames: they may come while the link's thread ends.
+void HostProgram::stop(const QString& why)
+{
+    m_run->stop(why);
+    takeEnds(next(0));
+    m_isStopped = true;
 }
 
 void HostProgram::tell(const QString& sentence)
@@ -167,21 +181,31 @@ void HostProgram::tellMissedFrames() const
                  static_cast<long long>(m_framesMissed));
 }
 
+/// When the jobs cannot go on, the link is stopped: only then nothing more is sent, and the ends of
+/// the jobs say for sure which writes went out.
 JobEnd HostProgram::endOf(int job, const Progress& progress)
 {
     while (true) {
         const auto found = m_ends.find(job);
         if (found != m_ends.end()) return found->second;
-        if (m_linkTrouble) return lost(job, *m_linkTrouble);
-        if (stopRequested()) {
+        if (m_isStopped) return neverStarted(job);
+        if (m_linkTrouble) {
+            stop(*m_linkTrouble);
+        } else if (stopRequested()) {
             m_wasInterrupted = true;
-            return lost(job, QLatin1String("interrupted; what became of it is not known"));
+            stop(QLatin1String("interrupted"));
+        } else {
+            const News news = next(NEWS_MS);
+            if (progress) progress(news.recipeBlocksDone);
+            takeEnds(news);
         }
-        const News news = next(NEWS_MS);
-        if (progress) progress(news.recipeBlocksDone);
-        for (const JobEnd& end : news.jobEnds)
-            m_ends[end.job] = end;
     }
+}
+
+void HostProgram::takeEnds(const News& news)
+{
+    for (const JobEnd& end : news.jobEnds)
+        m_ends[end.job] = end;
 }
 
 JobEnd HostProgram::await(int job, const Progress& progress)

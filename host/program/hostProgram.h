@@ -32,17 +32,21 @@ public:
     /// @throws VerbFailure when it cannot be opened
     void connect();
 
-    /// Does a verb's work. The message of a failure is printed after the trace of the frames before
-    /// it.
+    /// Does a verb's work, and ends the link. The message of a failure is printed after the trace
+    /// of the frames before it.
+    /// @throws PcapError when the capture's last frames cannot be written, and the work was done
     ExitStatus run(const std::function<ExitStatus()>& work);
+
+    /// Prints a failure, behind the trace of the frames before it.
+    void tell(const QString& sentence);
 
     /// The news, after a wait of at most `ms` milliseconds. Also records the frames.
     News next(int ms);
 
     using Progress = std::function<void(int blocks)>;
 
-    /// Waits for the end of a job, with any outcome. The outcome is LOST as soon as the link is
-    /// lost, and when the user requests a stop.
+    /// Waits for the end of a job, with any outcome. The link ends as soon as it is lost, and when
+    /// the user requests a stop: unfinished jobs are LOST then.
     JobEnd endOf(int job, const Progress& progress = nullptr);
 
     /// Waits for the end of a job as endOf() does.
@@ -54,9 +58,6 @@ public:
 
     /// The exit status of a verb whose job did not end as DONE.
     ExitStatus statusOf(JobEnd::Outcome outcome) const;
-
-    /// Prints a failure, behind the trace of the frames before it.
-    void tell(const QString& sentence);
 
     /// The link is lost for good: a simulated PLC that this program started has ended.
     bool isOver() const
@@ -92,6 +93,8 @@ private:
     void openCapture(qint64 startClock);
     void record(const News& news);
     void tellMissedFrames() const;
+    void stop(const QString& why);
+    void takeEnds(const News& news);
 
     const DriverLibrary& m_driver;
     const LinkOptions m_options;
@@ -105,8 +108,9 @@ private:
     News m_early;                         ///< news that came together with the open link
     std::optional<QString> m_linkTrouble; ///< reason of the loss, while the link is lost
     std::map<int, JobEnd> m_ends;         ///< ends that endOf() has not returned yet
-    bool m_wasInterrupted = false;        ///< a stop was requested during a wait for a job
-    qint64 m_framesMissed = 0;            ///< frames dropped since the start
+    bool m_isStopped = false;      ///< the link has ended, and m_ends has the ends of all jobs
+    bool m_wasInterrupted = false; ///< a stop was requested during a wait for a job
+    qint64 m_framesMissed = 0;     ///< frames dropped since the start
 };
 
 /// The address of the link in the options; missing parts come from the driver's defaults.

@@ -18,6 +18,7 @@ struct LinkOptions
     int attempts = 3;
     int pauseMs = 500;
     int turnaroundUs = 1000;
+    int holdMs = 2000;
     std::optional<qint64> everyMs; ///< pace of a watch; empty: the default of the link's kind
     EchoMode echo = ECHO_UNKNOWN;
     bool trace = false;

@@ -191,6 +191,7 @@ void addTransfers(CLI::App& app, CommandOptions& o, Verb& chosen)
         ->required();
     addAllowNan(writeVerb, o);
     addTags(writeVerb, o);
+    addHold(writeVerb, o);
     addLink(writeVerb, o);
     writeVerb->callback(
         [&] { chosen = [&](const DriverLibrary& driver) { return write(o, driver); }; });

@@ -13,6 +13,15 @@ EchoMode echoMode(const std::string& text)
     return text == "no" ? ECHO_ABSENT : ECHO_UNKNOWN;
 }
 
+enum { LONGEST_HOLD_MS = 3600000 };
+
+/// A duration of up to an hour in milliseconds; empty: the text is none.
+std::optional<int> holdMs(const std::string& text)
+{
+    const std::optional<qint64> ms = durationMs(QString::fromStdString(text));
+    return ms && *ms <= LONGEST_HOLD_MS ? std::make_optional(int(*ms)) : std::nullopt;
+}
+
 TimeText::Style timeStyle(const std::string& text)
 {
     if (text == "iso") return TimeText::ISO;
@@ -172,6 +181,20 @@ void addWatch(CLI::App* verb, CommandOptions& options)
                      "end with status 9 as soon as a tag was bad for so many seconds")
         ->type_name("SECONDS")
         ->check(numberFrom(0.1, 1e7));
+}
+
+void addHold(CLI::App* verb, CommandOptions& options)
+{
+    LinkOptions& link = options.link;
+    const auto problem = [](const std::string& text) {
+        return holdMs(text) ? std::string()
+                            : text + " is no duration such as 500ms or 2s, up to 60m";
+    };
+    verb->add_option_function<std::string>(
+            "--hold", [&link](const std::string& text) { link.holdMs = *holdMs(text); },
+            "how long values wait for a station that has fallen silent; 0: they fail at once")
+        ->check(CLI::Validator(problem, "DURATION"))
+        ->default_str("2s");
 }
 
 void addAllowNan(CLI::App* verb, CommandOptions& options)

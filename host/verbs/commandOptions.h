@@ -76,6 +76,9 @@ void addLink(CLI::App* verb, CommandOptions& options);
 /// The options of watch alone.
 void addWatch(CLI::App* verb, CommandOptions& options);
 
+/// The time that writes wait for a silent station.
+void addHold(CLI::App* verb, CommandOptions& options);
+
 /// Whether nan and infinite values may be written.
 void addAllowNan(CLI::App* verb, CommandOptions& options);
 

@@ -108,13 +108,10 @@ ExitStatus statusOf(const HealthCheck& health, const HostProgram& host)
                           health.openText());
 }
 
-} // namespace
-
-ExitStatus watch(const DriverLibrary& driver, const LinkOptions& options,
-                 const std::vector<Tag>& tags, const WatchOptions& watched)
+ExitStatus watchTags(HostProgram& host, const DriverLibrary& driver, const LinkOptions& options,
+                     const std::vector<Tag>& tags, const WatchOptions& watched,
+                     const std::vector<Expectation>& expected)
 {
-    const std::vector<Expectation> expected = expectations(watched, tags, driver);
-    HostProgram host(driver, options, tags, LinkRun::CYCLIC);
     const qint64 end = qint64(watched.seconds * SECOND);
     if (watched.seconds > 0) endIn(end - host.link().now());
     host.connect();
@@ -132,4 +129,14 @@ ExitStatus watch(const DriverLibrary& driver, const LinkOptions& options,
     }
     output->end(host.values().figures(host.link().now()));
     return statusOf(health, host);
+}
+
+} // namespace
+
+ExitStatus watch(const DriverLibrary& driver, const LinkOptions& options,
+                 const std::vector<Tag>& tags, const WatchOptions& watched)
+{
+    const std::vector<Expectation> expected = expectations(watched, tags, driver);
+    HostProgram host(driver, options, tags, LinkRun::CYCLIC);
+    return host.run([&] { return watchTags(host, driver, options, tags, watched, expected); });
 }

@@ -64,13 +64,6 @@ const char* outcomeText(JobEnd::Outcome outcome)
     }
 }
 
-/// The reason of a failure, without the label that the end of a job has in front.
-QString reasonOf(const Assignment& assigned, const JobEnd& end)
-{
-    const QString label = labelText(assigned.tag) + QLatin1String(": ");
-    return end.trouble.startsWith(label) ? end.trouble.mid(label.size()) : end.trouble;
-}
-
 /// Prints a confirmed write, and as an object also any other write.
 void print(const Assignment& assigned, const JobEnd& end, bool json)
 {
@@ -86,7 +79,7 @@ void print(const Assignment& assigned, const JobEnd& end, bool json)
     object.insert(QLatin1String("value"), jsonValue(tagValueText(assigned.tag, assigned.bytes)));
     object.insert(QLatin1String("confirmed"), isConfirmed);
     object.insert(QLatin1String("outcome"), QLatin1String(outcomeText(end.outcome)));
-    object.insert(QLatin1String("trouble"), reasonOf(assigned, end));
+    object.insert(QLatin1String("trouble"), end.reason);
     std::printf("%s\n", QJsonDocument(object).toJson(QJsonDocument::Compact).constData());
 }
 
@@ -111,23 +104,21 @@ void start(HostProgram& host, int job, const WriteGroup& group,
     host.link().transfer(recipe);
 }
 
-/// Writes the values and prints for each value whether it is confirmed.
+/// Writes the values and prints for each value, in the command's order, whether it is confirmed.
+/// @return the status of the first failure
 ExitStatus write(HostProgram& host, const std::vector<Assignment>& assignments, bool json)
 {
     host.connect();
     const std::vector<int> jobs = startWrites(host, assignments);
-    std::vector<JobEnd> failures;
+    ExitStatus status = EXIT_DONE;
     for (size_t i = 0; i < jobs.size(); ++i) {
-        JobEnd end = host.endOf(jobs[i]);
+        const JobEnd end = host.endOf(jobs[i]);
         print(assignments[i], end, json);
         if (end.outcome == JobEnd::DONE) continue;
-        end.trouble = failureText(assignments[i], end);
-        failures.push_back(end);
+        host.tell(failureText(assignments[i], end));
+        if (status == EXIT_DONE) status = host.statusOf(end.outcome);
     }
-    for (size_t i = 1; i < failures.size(); ++i)
-        std::fprintf(stderr, "kakb-host: %s\n", qUtf8Printable(failures[i].trouble));
-    if (!failures.empty()) host.mustBeDone(failures.front());
-    return EXIT_DONE;
+    return status;
 }
 
 } // namespace
@@ -140,9 +131,7 @@ QString confirmedText(const Assignment& assigned)
 
 QString failureText(const Assignment& assigned, const JobEnd& end)
 {
-    if (end.outcome != JobEnd::LOST) return end.trouble;
-    return QString(QLatin1String("%1 is not confirmed: %2"))
-        .arg(labelText(assigned.tag), end.trouble);
+    return labelText(assigned.tag) + QLatin1String(": ") + end.reason;
 }
 
 std::vector<int> startWrites(HostProgram& host, const std::vector<Assignment>& assignments)

@@ -14,8 +14,8 @@ QString confirmedText(const Assignment& assigned);
 QString failureText(const Assignment& assigned, const JobEnd& end);
 
 /// Writes the values in order and waits for the PLC's confirmation of all values. One frame writes
-/// the words of an argument.
-/// @throws VerbFailure when a value was not confirmed
+/// the words of an argument. Prints the end of each value in the same order.
+/// @return the status of the first value that was not confirmed
 ExitStatus writeTags(const DriverLibrary& driver, const LinkOptions& options,
                      const std::vector<Assignment>& assignments);
 

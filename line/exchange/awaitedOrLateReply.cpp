@@ -7,6 +7,7 @@
 #include "wire/exceptionText.h"
 #include "wire/frameShape.h"
 #include "wire/replyFrames.h"
+#include "wire/unfitBytes.h"
 
 namespace {
 
@@ -23,7 +24,11 @@ void ExchangeMachine::received(const QByteArray& bytes, qint64 now)
     m_lineBusyUntil = qMax(m_lineBusyUntil, now);
     m_heard += bytes.size();
     if (m_received.isEmpty()) m_firstAt = now;
-    m_received = (m_received + bytes).right(MOST_HELD);
+    m_received += bytes;
+    const int tooMany = qMax(int(m_received.size()) - MOST_HELD, 0);
+    noteDropped(m_received.left(tooMany).mid(m_oldBytes));
+    m_received.remove(0, tooMany);
+    m_oldBytes = qMax(m_oldBytes - tooMany, 0);
     sortOut(now);
 }
 
@@ -41,7 +46,9 @@ void ExchangeMachine::sortOut(qint64 now)
         const QByteArray frame = m_received.mid(at, length);
         if (at > 0) noteJunk(m_firstAt < m_sentAt + m_timing.silentInterval());
         m_noise = qMin(m_noise + at, int(MOST_HELD));
+        noteDropped(m_received.left(at).mid(m_oldBytes));
         m_received.remove(0, at + length);
+        m_oldBytes = qMax(m_oldBytes - at - length, 0);
         m_firstAt = now;
         if (copy > 0) {
             m_isCopyDue = false;
@@ -85,6 +92,20 @@ void ExchangeMachine::noteJunk(bool isUnasked)
     if (last != m_stations.end()) last->second.order.doubt(AnswerOrder::CAME_AGAIN);
 }
 
+/// Notes bytes that are no answer, for the description of the end.
+void ExchangeMachine::noteDropped(const QByteArray& bytes)
+{
+    m_dropped = (m_dropped + bytes).left(MOST_HELD);
+}
+
+/// The wait for the answer to m_sent is over: describes the bytes that came instead. Without any
+/// bytes the description of an earlier frame of this job stays.
+void ExchangeMachine::noteUnfit()
+{
+    const QString unfit = describeUnfit(m_sent, m_dropped + m_received.mid(m_oldBytes));
+    if (!unfit.isEmpty()) m_unfit = unfit;
+}
+
 bool ExchangeMachine::isAwaited(int number, bool isFence) const
 {
     return (m_state == AWAITING || m_state == DRAINING) && m_isFenceSent == isFence &&
@@ -95,10 +116,11 @@ void ExchangeMachine::takeReply(const QByteArray& reply, qint64 now)
 {
     const int number = frameByte(reply, 0);
     const std::map<int, Station>::iterator found = m_stations.find(number);
-    if (found == m_stations.end()) return;
+    if (found == m_stations.end()) return noteDropped(reply);
     Station& from = found->second;
     const AnswerOrder::Taken taken = from.order.take(reply);
     if (taken.isCopy) m_heard -= reply.size();
+    if (!taken.isAsked && !taken.isCopy) noteDropped(reply);
     if (!taken.isAsked) return;
     if (taken.asked.times == 1 && taken.isSure)
         from.time.note(qMax<qint64>(now - taken.asked.at - m_timing.frame(int(reply.size())), 0));
@@ -162,6 +184,7 @@ void ExchangeMachine::takeRequestAnswer(const AnswerOrder::Taken& taken, const Q
                                              : qint64(NOT_KNOWN));
     }
     if (!isInFlight) return;
+    m_unfit = QLatin1String("an answer that may belong to an earlier request");
     if (++m_job.rounds <= MOST_ROUNDS)
         enterQuiet(now);
     else

@@ -43,6 +43,7 @@ ExchangeMachine::ExchangeMachine(const LineTiming& timing, const Settings& setti
       m_noise(0),
       m_sentAt(LONG_AGO),
       m_deadline(0),
+      m_oldBytes(0),
       m_firstAt(0),
       m_heard(0),
       m_lineBusyUntil(LONG_AGO)
@@ -92,6 +93,7 @@ void ExchangeMachine::begin(const Job& job, qint64 now)
     m_job = job;
     m_hasJob = true;
     m_heard = 0;
+    m_unfit.clear();
     if (m_state == IDLE) enterQuiet(now);
 }
 
@@ -111,6 +113,7 @@ void ExchangeMachine::linkLost()
     m_state = IDLE;
     m_hasJob = false;
     m_received.clear();
+    m_oldBytes = 0;
 }
 
 void ExchangeMachine::linkOpened(qint64 now)
@@ -187,6 +190,8 @@ void ExchangeMachine::put(const QByteArray& bytes, qint64 wait, qint64 now, Step
     m_isFenceSent = false;
     m_isCopyDue = m_settings.echo != ECHO_ABSENT;
     m_noise = 0;
+    m_oldBytes = int(m_received.size());
+    m_dropped.clear();
     m_sentAt = m_lineBusyUntil = now + m_timing.frame(int(bytes.size()));
     m_deadline = m_sentAt + wait + m_timing.frame(dueReplyLength(bytes));
     m_state = AWAITING;
@@ -217,6 +222,7 @@ void ExchangeMachine::runOut(qint64 now)
     switch (m_state) {
     case QUIET:
         m_state = IDLE;
+        m_unfit = QLatin1String("the line is never quiet");
         return endJob(END_UNUSABLE);
     case AWAITING:
         m_state = DRAINING;
@@ -237,6 +243,7 @@ void ExchangeMachine::giveUpWaiting(qint64 now)
     m_state = IDLE;
     const int number = frameByte(m_sent, 0);
     const ExchangeEnd end = m_heard > 0 ? END_UNUSABLE : END_SILENT;
+    noteUnfit();
     if (m_isFenceSent) {
         station(number).fences.failed();
         tell(true, number, end);
@@ -253,8 +260,13 @@ void ExchangeMachine::giveUpWaiting(qint64 now)
 
 void ExchangeMachine::endJob(ExchangeEnd end, const QByteArray& reply, qint64 replyTime)
 {
-    const EndedExchange ended = {m_job.request.isEmpty(), m_job.station, end,
-                                 m_job.wasSent,           reply,         replyTime};
+    const EndedExchange ended = {m_job.request.isEmpty(),
+                                 m_job.station,
+                                 end,
+                                 m_job.wasSent,
+                                 reply,
+                                 replyTime,
+                                 end == END_UNUSABLE ? m_unfit : QString()};
     m_ended.push_back(ended);
     m_hasJob = false;
     if (m_state == QUIET) m_state = IDLE;
@@ -262,6 +274,7 @@ void ExchangeMachine::endJob(ExchangeEnd end, const QByteArray& reply, qint64 re
 
 void ExchangeMachine::tell(bool isFence, int station, ExchangeEnd end, const QByteArray& refusal)
 {
-    const EndedExchange ended = {isFence, station, end, true, refusal, NOT_KNOWN};
+    const EndedExchange ended = {
+        isFence, station, end, true, refusal, NOT_KNOWN, end == END_UNUSABLE ? m_unfit : QString()};
     m_ended.push_back(ended);
 }

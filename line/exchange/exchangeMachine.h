@@ -6,6 +6,8 @@
 #include "exchange/fenceChoice.h"
 #include "wire/lineTiming.h"
 
+#include <QString>
+
 #include <map>
 #include <vector>
 
@@ -31,6 +33,8 @@ struct EndedExchange
                       ///< fence with END_REFUSED: the refusal. Else empty
     qint64 replyTime; ///< microseconds from the end of the request to the end of its reply; -1: not
                       ///< known
+    QString unfit;    ///< with END_UNUSABLE: what came in place of the answer, in words, see
+                      ///< describeUnfit(); empty: nothing came that could not be explained
 };
 
 /// Whether the link returns each request ahead of its answer, as two-wire adapters do.
@@ -228,6 +232,8 @@ private:
     bool isBegunAt(int at) const;
     int copyLengthAt(int at) const;
     void noteJunk(bool isUnasked);
+    void noteDropped(const QByteArray& bytes);
+    void noteUnfit();
     void takeReply(const QByteArray& reply, qint64 now);
     void takeFenceAnswer(const AnswerOrder::Taken& taken, const QByteArray& reply, qint64 now);
     void learnEcho();
@@ -259,6 +265,9 @@ private:
     qint64 m_deadline;  ///< latest end of the present state
 
     QByteArray m_received; ///< bytes that make no whole frame yet
+    int m_oldBytes;        ///< of m_received: they came before m_sent went out
+    QByteArray m_dropped;  ///< bytes since m_sent that answer nothing, without those of m_received
+    QString m_unfit;       ///< what came in this job in place of answers, in words
     qint64 m_firstAt;      ///< arrival of the first byte of m_received; NOTED: the doubt that these
                            ///< bytes cause is already noted
     qint64 m_heard;        ///< bytes received since the job began, without copies of sent frames

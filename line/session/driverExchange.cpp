@@ -5,6 +5,7 @@
 #include "wire/replyFrames.h"
 #include "wire/timeUnits.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace {
@@ -54,6 +55,7 @@ ExchangeMachine::Step DriverExchange::advance(qint64 now)
     const bool isPaused = now < m_pauseUntil;
     const bool isWaiting = m_machine.isFree() && (isPaused || !startNext(now));
     ExchangeMachine::Step step = m_machine.advance(now);
+    if (!step.send.isEmpty() && !step.isFence) ++m_timesSent;
     takeEnded(now);
     if (!m_finished.empty() || !m_heard.empty()) {
         step.isIdle = false;
@@ -127,7 +129,9 @@ void DriverExchange::finish(const EndedExchange& ended, qint64 now)
     FINISHED_EXCHANGE finished;
     finished.frame = m_frame;
     finished.end = ended.end;
-    finished.wasSent = ended.wasSent;
+    finished.timesSent = m_timesSent;
+    finished.openBefore = std::max(m_timesSent - 1 - m_refusals, 0);
+    finished.unfit = ended.unfit;
     finished.replyTime = ended.replyTime;
     if (ended.end == END_REFUSED) finished.exceptionCode = exceptionCodeOf(ended.reply);
     const bool isNotSent = ended.station == BROADCAST_STATION && ended.end == END_SILENT;
@@ -138,7 +142,9 @@ void DriverExchange::finish(const EndedExchange& ended, qint64 now)
     do
         finished.result = m_driver.dealRcvFrame(reply, errorText);
     while (isSpent && finished.result == REPLY_RETRY);
+    if (ended.end == END_REFUSED && !leavesOpen(finished.exceptionCode)) ++m_refusals;
     m_isRepeat = m_isPending = finished.result == REPLY_RETRY;
+    if (!m_isPending) m_timesSent = m_refusals = 0;
     if (m_isPending && ended.end == END_REFUSED)
         m_pauseUntil = now + qint64(m_busyPause.take()) * MILLISECOND;
     else

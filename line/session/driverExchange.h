@@ -16,8 +16,11 @@ struct FINISHED_EXCHANGE
     int result = REPLY_NOTHING_PENDING; ///< return value of intf_dealRcvFrame
     int exceptionCode = 0;              ///< of END_REFUSED; otherwise 0
     bool isPointless = false; ///< not sent: the station is known to be silent, or no frame holds it
-    bool wasSent = false;     ///< at this attempt or an earlier attempt
-    qint64 replyTime = -1;    ///< microseconds from the request's end to its answer; -1: not known
+    int timesSent = 0;        ///< times that the request went out: in all attempts, on all links
+    int openBefore =
+        0;         ///< of timesSent without the last: the station may have executed the request
+    QString unfit; ///< of END_UNUSABLE: what came instead, see EndedExchange::unfit
+    qint64 replyTime = -1; ///< microseconds from the request's end to its answer; -1: not known
 };
 
 /// An event that ends no request of the driver but says something about a station: the end of a
@@ -36,6 +39,8 @@ struct HEARD_EXCHANGE
 ///   Only the exceptions "still working" and "device busy" lead to a retry, after growing pauses.
 /// - A request to a silent station is given up at once.
 /// - After the loss of a link the driver offers the interrupted request again.
+/// - The times that a request went out are counted here, not in the machine: a lost link makes the
+///   machine forget its request, but the station may have executed it.
 class DriverExchange
 {
 public:
@@ -60,10 +65,14 @@ public:
         return !m_isPending;
     }
 
-    /// The request under way. Not between two requests.
+    /// The request under way, and the times that it went out. Not between two requests.
     const FRAME_PRO& frame() const
     {
         return m_frame;
+    }
+    int timesSent() const
+    {
+        return m_timesSent;
     }
 
     /// No request or probe is under way, and none waits.
@@ -100,6 +109,8 @@ private:
     FRAME_PRO m_frame;
     bool m_isPending = false; ///< the driver waits for the result of m_frame
     bool m_isRepeat = false;  ///< the machine had m_frame before
+    int m_timesSent = 0;      ///< of m_frame
+    int m_refusals = 0;       ///< answers that say that the station did not execute m_frame
     GrowingPause m_busyPause;
     qint64 m_pauseUntil = 0;
     std::vector<Probe> m_probes;

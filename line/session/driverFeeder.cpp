@@ -9,6 +9,8 @@
 
 namespace {
 
+enum { PROBES_IN_A_HOLD = 4 };
+
 /// Not for the frames of recipes.
 bool isOfPolledBlock(const FRAME_PRO& frame)
 {
@@ -26,20 +28,32 @@ ReadBlock blockReadBy(const FRAME_PRO& frame)
     return block;
 }
 
-QString silenceOf(int station)
+bool isWrite(const FRAME_PRO& frame)
 {
-    return QString(QLatin1String("station %1 does not answer")).arg(station);
+    return frame.itemCount == 0;
+}
+
+/// Brings the next call forward to `due`; empty: nothing is due.
+void wakeBy(const std::optional<qint64>& due, qint64 now, ExchangeMachine::Step& step)
+{
+    if (!due) return;
+    const qint64 wakeAt = std::max(*due, now);
+    step.wakeAt = step.isIdle ? wakeAt : std::min(step.wakeAt, wakeAt);
+    step.isIdle = false;
 }
 
 } // namespace
 
 DriverFeeder::DriverFeeder(StartedDriver& driver, const LineTiming& timing,
-                           const ExchangeMachine::Settings& settings, SessionSink& sink)
+                           const ExchangeMachine::Settings& settings, SessionSink& sink,
+                           qint64 hold)
     : m_driver(driver),
       m_sink(sink),
       m_exchange(driver, timing, settings,
                  [this](const FRAME_PRO& frame) { return isPointless(frame); }),
       m_stations(settings.answer),
+      m_held(hold),
+      m_probePause(std::min(settings.answer, hold / PROBES_IN_A_HOLD)),
       m_cyclic(driver, [this](int station) { return m_stations.isPolled(station); }),
       m_values(driver, m_polled, sink),
       m_recipes(driver, sink),
@@ -83,13 +97,11 @@ ExchangeMachine::Step DriverFeeder::advance(qint64 now)
     ExchangeMachine::Step step = m_exchange.advance(now);
     if (wasBetweenRequests && !m_exchange.isBetweenRequests()) noteBegun(now);
     takeFinished(now);
-    if (!step.isIdle) return step;
-    for (const std::optional<qint64>& due : {m_stations.nextProbe(), m_cyclic.nextAt()}) {
-        if (!due) continue;
-        const qint64 wakeAt = std::max(*due, now);
-        step.wakeAt = step.isIdle ? wakeAt : std::min(step.wakeAt, wakeAt);
-        step.isIdle = false;
-    }
+    const bool isIdle = step.isIdle;
+    wakeBy(m_held.nextEnd(), now, step);
+    if (!isIdle) return step;
+    wakeBy(m_stations.nextProbe(), now, step);
+    wakeBy(m_cyclic.nextAt(), now, step);
     return step;
 }
 
@@ -109,14 +121,32 @@ void DriverFeeder::linkBack(qint64 now)
 {
     m_exchange.linkOpened(now);
     m_stations.startAnew(now);
+    m_held.clear();
     m_cyclic.startAnew();
     m_values.distrust();
+}
+
+void DriverFeeder::dropJobs(const QString& why)
+{
+    const FRAME_PRO* frame = m_exchange.isBetweenRequests() ? nullptr : &m_exchange.frame();
+    const int timesSent = frame != nullptr ? m_exchange.timesSent() : 0;
+    const bool isOfJob = frame != nullptr && !m_recipes.isUnderWay() && isWrite(*frame);
+    m_recipes.dropAll(why, frame, timesSent);
+    m_writes.dropAll(why, [=](int station, const QString& area, int number) {
+        const bool isOfFrame = isOfJob && frame->var.station == station &&
+                               frame->var.regName == area && frame->var.addr == number;
+        return isOfFrame ? timesSent : 0;
+    });
+    m_reads.dropAll(why);
+    reportEnded();
 }
 
 /// A recipe's frames are always sent: a recipe is transferred as a whole, or the driver ends it.
 bool DriverFeeder::isPointless(const FRAME_PRO& frame) const
 {
-    return !m_recipes.isUnderWay() && m_stations.isSilent(frame.var.station);
+    if (m_recipes.isUnderWay()) return false;
+    const int station = frame.var.station;
+    return m_stations.isSilent(station) || (isWrite(frame) && m_writes.isComingBack(station));
 }
 
 /// Writes and reads may be queued while the driver has a request under way. The polled block and
@@ -124,12 +154,24 @@ bool DriverFeeder::isPointless(const FRAME_PRO& frame) const
 void DriverFeeder::feed(qint64 now)
 {
     if (std::exchange(m_areStationsNew, false)) expectStations(now);
+    feedHeldWrites(now);
     feedProbes(now);
     feedWrites(now);
     feedReads();
     if (!m_exchange.isBetweenRequests()) return;
     if (m_isPolling) m_cyclic.handIn(now);
-    m_recipes.feed();
+    m_recipes.feed([this](int station) { return m_held.isHeld(station); });
+}
+
+/// Ends the writes whose hold is over. Probes the stations for which writes still wait.
+void DriverFeeder::feedHeldWrites(qint64 now)
+{
+    for (const int station : m_held.takeOver(now))
+        failWaitingWrites(station);
+    for (const int station : m_held.stations()) {
+        if (m_writes.hasWaiting(station) || m_recipes.hasWaiting(station))
+            m_stations.hurry(station, now + m_probePause);
+    }
 }
 
 void DriverFeeder::expectStations(qint64 now)
@@ -160,7 +202,8 @@ void DriverFeeder::feedReads()
 void DriverFeeder::feedWrites(qint64 now)
 {
     if (m_reads.isUnderWay()) return;
-    while (const std::optional<ElementWrite> write = m_writes.takeNext()) {
+    const auto isHeld = [this](int station) { return m_held.isHeld(station); };
+    while (const std::optional<ElementWrite> write = m_writes.takeNext(isHeld)) {
         m_driver.queueWrite(write->station, write->area, write->number, write->bytes);
         m_values.toBeWritten(write->station, write->area, write->number, now);
     }
@@ -195,7 +238,7 @@ void DriverFeeder::exchangeOver(const FINISHED_EXCHANGE& finished, qint64 now)
     noteStation(finished, now);
     if (m_recipes.isUnderWay())
         recipeOver(finished);
-    else if (finished.frame.itemCount == 0)
+    else if (isWrite(finished.frame))
         writeOver(finished, now);
     else if (isOfPolledBlock(finished.frame))
         blockOver(finished, now);
@@ -228,7 +271,7 @@ void DriverFeeder::noteStation(const FINISHED_EXCHANGE& finished, qint64 now)
     if (finished.result == REPLY_ACCEPTED || finished.end == END_REFUSED)
         return stationAnswered(station);
     if (m_stations.gaveUp(station, finished.end == END_UNUSABLE, now))
-        stationWentSilent(station, now);
+        stationWentSilent(station, noAnswerOf(station, finished.unfit), now);
 }
 
 void DriverFeeder::noteHeard(const HEARD_EXCHANGE& exchange, qint64 now)
@@ -239,23 +282,31 @@ void DriverFeeder::noteHeard(const HEARD_EXCHANGE& exchange, qint64 now)
         return stationAnswered(heard.station);
     if (exchange.isOfRequest || m_stations.isPolled(heard.station)) return;
     if (m_stations.gaveUp(heard.station, heard.end == END_UNUSABLE, now))
-        stationWentSilent(heard.station, now);
+        stationWentSilent(heard.station, noAnswerOf(heard.station, heard.unfit), now);
     else if (m_stations.isSilent(heard.station)) // tags may still name an earlier loss of the link
-        m_sink.tagsBad(m_polled.tagsOfStation(heard.station), silenceOf(heard.station), now);
+        m_sink.tagsBad(m_polled.tagsOfStation(heard.station),
+                       noAnswerOf(heard.station, heard.unfit), now);
 }
 
 void DriverFeeder::stationAnswered(int station)
 {
+    m_held.answered(station);
     if (!m_stations.answered(station)) return;
     m_cyclic.stationCameBack(station);
     m_values.distrust();
 }
 
-void DriverFeeder::stationWentSilent(int station, qint64 now)
+void DriverFeeder::stationWentSilent(int station, const QString& trouble, qint64 now)
 {
-    const QString trouble = silenceOf(station);
     m_sink.tagsBad(m_polled.tagsOfStation(station), trouble, now);
-    m_writes.failWaiting(station, trouble);
+    m_held.silent(station, now);
+    if (!m_held.isHeld(station)) failWaitingWrites(station);
+}
+
+void DriverFeeder::failWaitingWrites(int station)
+{
+    m_writes.failWaiting(station, unsentToSilent(station));
+    m_recipes.failWaiting(station);
 }
 
 QString DriverFeeder::blockTroubleOf(const FINISHED_EXCHANGE& finished) const
@@ -266,9 +317,12 @@ QString DriverFeeder::blockTroubleOf(const FINISHED_EXCHANGE& finished) const
 void DriverFeeder::writeOver(const FINISHED_EXCHANGE& finished, qint64 now)
 {
     const VARIABLE& var = finished.frame.var;
-    const bool done = finished.result == REPLY_ACCEPTED;
-    m_writes.ended(var.station, var.regName, var.addr, outcomeOf(finished),
-                   done ? QString() : troubleOf(finished));
+    const bool isUnsent = finished.isPointless && finished.timesSent == 0;
+    const bool waits = m_held.isHeld(var.station) || m_writes.isComingBack(var.station);
+    if (isUnsent && waits)
+        m_writes.putBack(var.station, var.regName, var.addr);
+    else
+        m_writes.ended(var.station, var.regName, var.addr, writeEndOf(finished));
     m_values.written(var, now);
 }
 

@@ -3,6 +3,7 @@
 
 #include "session/cyclicReads.h"
 #include "session/driverExchange.h"
+#include "session/heldStations.h"
 #include "session/oneShotReads.h"
 #include "session/polledTags.h"
 #include "session/recipeTransfers.h"
@@ -21,8 +22,10 @@
 class DriverFeeder
 {
 public:
+    /// @param hold  longest time that writes wait for a station that has fallen silent, from the
+    ///              moment of its silence; 0: they fail at once
     DriverFeeder(StartedDriver& driver, const LineTiming& timing,
-                 const ExchangeMachine::Settings& settings, SessionSink& sink);
+                 const ExchangeMachine::Settings& settings, SessionSink& sink, qint64 hold = 0);
 
     /// Polls the blocks from the next request on, see PollSchedule. Call either poll() or know(),
     /// once, before any other function. Writes, one-shot reads and recipes do not wait for the
@@ -49,6 +52,11 @@ public:
     void linkLost(const QString& trouble, qint64 now);
     void linkBack(qint64 now);
 
+    /// Ends all jobs as lost, because no further call follows. The end of a write says whether the
+    /// PLC can have executed it.
+    /// @param why  in words
+    void dropJobs(const QString& why);
+
     /// No polled station answers.
     bool areAllSilent() const
     {
@@ -68,6 +76,7 @@ private:
     void feed(qint64 now);
     void feedProbes(qint64 now);
     void expectStations(qint64 now);
+    void feedHeldWrites(qint64 now);
     void feedReads();
     void feedWrites(qint64 now);
     void takeFinished(qint64 now);
@@ -76,7 +85,8 @@ private:
     void noteStation(const FINISHED_EXCHANGE& finished, qint64 now);
     void noteHeard(const HEARD_EXCHANGE& exchange, qint64 now);
     void stationAnswered(int station);
-    void stationWentSilent(int station, qint64 now);
+    void stationWentSilent(int station, const QString& trouble, qint64 now);
+    void failWaitingWrites(int station);
     void writeOver(const FINISHED_EXCHANGE& finished, qint64 now);
     void readOver(const FINISHED_EXCHANGE& finished, qint64 now);
     void blockOver(const FINISHED_EXCHANGE& finished, qint64 now);
@@ -90,6 +100,8 @@ private:
     SessionSink& m_sink;
     DriverExchange m_exchange;
     StationWatch m_stations;
+    HeldStations m_held;
+    const qint64 m_probePause; ///< of a station whose writes wait
     PolledTags m_polled;
     CyclicReads m_cyclic;
     WriteJobs m_writes;

@@ -55,11 +55,16 @@ LinkRun::LinkRun(const DriverLibrary& driver, const Settings& settings,
         m_thread.know(tags, m_reads.blocks);
 }
 
-/// Cancels the opening first: the destructor of LinkThread waits for the thread, and an opening may
-/// take minutes.
 LinkRun::~LinkRun()
 {
+    stop(QLatin1String("the host stopped"));
+}
+
+/// Cancels the opening first: LinkThread waits for its thread, and an opening may take minutes.
+void LinkRun::stop(const QString& why)
+{
     m_opening.ask();
+    m_thread.stop(why);
 }
 
 LinkThread::Settings LinkRun::threadSettings(const Settings& settings)
@@ -70,6 +75,7 @@ LinkThread::Settings LinkRun::threadSettings(const Settings& settings)
     thread.exchange.echo = settings.echo;
     thread.exchange.seed = std::random_device()();
     thread.attempts = settings.attempts;
+    thread.hold = qint64(settings.holdMs) * MILLISECOND;
     thread.firstPauseMs = settings.pauseMs;
     thread.reopensWhenSilent = settings.address.kind == LinkAddress::NETWORK;
     thread.openLink = settings.opening;

@@ -41,6 +41,8 @@ public:
         std::optional<qint64> paceMs; ///< a cycle begins so long after the cycle before, or later;
                                       ///< 0: at once; empty: defaultPaceMs()
         EchoMode echo = ECHO_UNKNOWN; ///< whether the link returns the sent bytes
+        int holdMs = 2000; ///< writes wait so long for a station that fell silent, from its silence
+                           ///< on; then they fail unsent. 0: they fail at once
     };
 
     /// @param tags  the sink names each tag by its index in here
@@ -49,12 +51,19 @@ public:
     LinkRun(const DriverLibrary& driver, const Settings& settings, const std::vector<Tag>& tags,
             LinkSink& sink);
 
-    /// Cancels an opening that is under way and waits for the thread. Unfinished jobs are dropped.
+    /// Stops the link as stop() does.
     ~LinkRun();
     LinkRun(const LinkRun&) = delete;
     LinkRun& operator=(const LinkRun&) = delete;
 
     void start();
+
+    /// Ends the link for good: cancels an opening that is under way and waits for the thread.
+    /// Before this returns, the sink has been told the ends of all jobs: unfinished jobs are lost.
+    /// The ends of writes say whether the PLC can have executed them. Only the owner's thread calls
+    /// it.
+    /// @param why  the reason for the unfinished jobs, in words
+    void stop(const QString& why);
 
     /// The user's jobs. The caller chooses the job numbers; each number is used once. The sink is
     /// told the end of each job once.

@@ -33,6 +33,15 @@ LinkThread::LinkThread(const DriverLibrary& driver, const Settings& settings, Li
 
 LinkThread::~LinkThread()
 {
+    stop(QLatin1String("the host stopped"));
+}
+
+void LinkThread::stop(const QString& why)
+{
+    {
+        const std::lock_guard<std::mutex> lock(m_workMutex);
+        if (m_stopReason.isEmpty()) m_stopReason = why;
+    }
     m_stop = true;
     m_wait.wake();
     wait();
@@ -97,6 +106,12 @@ void LinkThread::takeWork(DriverFeeder& feeder)
         one(feeder);
 }
 
+QString LinkThread::stopReason()
+{
+    const std::lock_guard<std::mutex> lock(m_workMutex);
+    return m_stopReason;
+}
+
 void LinkThread::run()
 {
     WakeableWait::makePunctual();
@@ -107,9 +122,11 @@ void LinkThread::run()
 void LinkThread::runUntilStopped()
 {
     StartedDriver driver(m_driver, m_settings.attempts);
-    DriverFeeder feeder(driver, m_settings.timing, m_settings.exchange, m_sink);
+    DriverFeeder feeder(driver, m_settings.timing, m_settings.exchange, m_sink, m_settings.hold);
     while (!m_stop)
         runOnce(feeder);
+    takeWork(feeder); // jobs that were handed in meanwhile end, too
+    feeder.dropJobs(stopReason());
 }
 
 /// Opens the link and runs it until its loss.

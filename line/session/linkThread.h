@@ -34,12 +34,18 @@ public:
         int attempts = 3;
         int firstPauseMs = 500;         ///< before a lost link is opened again; see GrowingPause
         bool reopensWhenSilent = false; ///< opens anew when no station answers and no byte comes
+        qint64 hold = 0; ///< microseconds that writes wait for a silent station, see DriverFeeder
     };
 
     LinkThread(const DriverLibrary& driver, const Settings& settings, LinkSink& sink);
 
-    /// Stops the thread and waits for it. Unfinished jobs are dropped.
+    /// Stops the thread as stop() does.
     ~LinkThread() override;
+
+    /// Stops the thread and waits for it. Before this returns, the sink has been told the ends of
+    /// all jobs: unfinished jobs are lost. Only the owner's thread calls it.
+    /// @param why  the reason for the unfinished jobs, in words
+    void stop(const QString& why);
 
     /// poll() reads the tags in cycles, see DriverFeeder::poll(). know() only notes them, so that
     /// read() shows their values. Call one of the two, before start().
@@ -63,6 +69,7 @@ private:
     void runUntilStopped();
     void post(Work work);
     void takeWork(DriverFeeder& feeder);
+    QString stopReason();
     void exchange(DriverFeeder& feeder, Link& link);
     void send(Link& link, const ExchangeMachine::Step& step);
     void receive(DriverFeeder& feeder, Link& link);
@@ -82,6 +89,7 @@ private:
     WakeableWait m_wait; ///< guards itself
     std::mutex m_workMutex;
     std::vector<Work> m_work; ///< guarded by m_workMutex
+    QString m_stopReason;     ///< guarded by m_workMutex
 
     // Used by the link's thread only.
     LinkSink& m_sink;

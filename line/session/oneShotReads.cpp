@@ -66,6 +66,19 @@ void OneShotReads::ended(JobEnd::Outcome outcome, const QString& trouble)
     m_jobs.erase(found);
 }
 
+void OneShotReads::dropAll(const QString& why)
+{
+    m_underWay.reset();
+    m_waiting.clear();
+    for (const auto& [job, unfinished] : std::exchange(m_jobs, {})) {
+        JobEnd end;
+        end.job = job;
+        end.outcome = JobEnd::LOST;
+        end.trouble = why;
+        m_ended.push_back(end);
+    }
+}
+
 std::vector<JobEnd> OneShotReads::takeEnded()
 {
     return std::exchange(m_ended, {});

@@ -47,6 +47,10 @@ public:
     /// the outcome of its first failure, and the troubles of its first failures.
     void ended(JobEnd::Outcome outcome, const QString& trouble);
 
+    /// Ends all jobs as lost.
+    /// @param why  in words
+    void dropAll(const QString& why);
+
     std::vector<JobEnd> takeEnded();
 
 private:

@@ -2,18 +2,50 @@
 
 #include "session/exchangeVerdict.h"
 
+#include <algorithm>
 #include <utility>
+
+namespace {
+
+bool isDownload(const RecipeJob& recipe)
+{
+    return recipe.flag == RECIPE_DOWNLOAD_FLAG;
+}
+
+bool isDownloadTo(int station, const RecipeJob& recipe)
+{
+    return isDownload(recipe) && !recipe.records.isEmpty() &&
+           std::all_of(recipe.records.begin(), recipe.records.end(),
+                       [station](const _RCP_VAR_PRO& record) { return record.station == station; });
+}
+
+JobEnd dropped(const RecipeJob& recipe, int timesSent, const QString& why)
+{
+    if (isDownload(recipe)) return droppedWriteEnd(timesSent, why);
+    JobEnd end;
+    end.outcome = JobEnd::LOST;
+    end.reason = why;
+    return end;
+}
+
+} // namespace
 
 void RecipeTransfers::add(const RecipeJob& recipe)
 {
     m_waiting.push_back(recipe);
 }
 
-void RecipeTransfers::feed()
+void RecipeTransfers::feed(const IsHeld& isHeld)
 {
-    if (m_underWay || m_waiting.empty()) return;
-    m_underWay = m_waiting.front();
-    m_waiting.pop_front();
+    if (m_underWay) return;
+    const auto next =
+        std::find_if(m_waiting.begin(), m_waiting.end(), [&](const RecipeJob& recipe) {
+            const int station = recipe.records.isEmpty() ? 0 : recipe.records.front().station;
+            return !isDownloadTo(station, recipe) || !isHeld(station);
+        });
+    if (next == m_waiting.end()) return;
+    m_underWay = *next;
+    m_waiting.erase(next);
     m_blocksDone = 0;
     if (m_driver.setRecipe(m_underWay->records, m_underWay->values) > 0) {
         m_driver.raise(m_underWay->flag);
@@ -22,7 +54,8 @@ void RecipeTransfers::feed()
     JobEnd end;
     end.job = m_underWay->job;
     end.outcome = JobEnd::LOST;
-    end.trouble = QLatin1String("the driver took none of the recipe's variables");
+    end.execution = JobEnd::NOT_SENT;
+    end.reason = end.trouble = QLatin1String("the driver took none of the recipe's variables");
     m_underWay.reset();
     m_sink.jobEnded(end);
 }
@@ -33,15 +66,70 @@ std::optional<RecipeJob> RecipeTransfers::frameOver(const FINISHED_EXCHANGE& fin
 {
     if (finished.result == REPLY_ACCEPTED) m_sink.recipeProgress(m_underWay->job, ++m_blocksDone);
     if (m_driver.isRaised(m_underWay->flag)) return std::nullopt;
-    JobEnd end;
-    end.job = m_underWay->job;
-    end.outcome = outcomeOf(finished);
-    if (end.outcome != JobEnd::DONE)
-        end.trouble =
-            m_driver.placesText(finished.frame.var) + QLatin1String(": ") + troubleOf(finished);
-    end.values = m_driver.recipeBytes(int(m_underWay->values.size()));
     const RecipeJob recipe = *std::exchange(m_underWay, std::nullopt);
-    m_sink.jobEnded(end);
-    const bool isWritten = end.outcome == JobEnd::DONE && recipe.flag == RECIPE_DOWNLOAD_FLAG;
+    JobEnd how;
+    if (isDownload(recipe)) {
+        how = writeEndOf(finished);
+    } else {
+        how.outcome = outcomeOf(finished);
+        if (how.outcome != JobEnd::DONE) how.reason = troubleOf(finished);
+    }
+    how.values = m_driver.recipeBytes(int(recipe.values.size()));
+    end(recipe, how, m_driver.placesText(finished.frame.var));
+    const bool isWritten = how.outcome == JobEnd::DONE && isDownload(recipe);
     return isWritten ? std::make_optional(recipe) : std::nullopt;
+}
+
+bool RecipeTransfers::hasWaiting(int station) const
+{
+    return std::any_of(m_waiting.begin(), m_waiting.end(), [station](const RecipeJob& recipe) {
+        return isDownloadTo(station, recipe);
+    });
+}
+
+void RecipeTransfers::failWaiting(int station)
+{
+    std::deque<RecipeJob> kept;
+    for (const RecipeJob& recipe : std::exchange(m_waiting, {})) {
+        if (isDownloadTo(station, recipe))
+            endWaiting(recipe, unsentToSilent(station));
+        else
+            kept.push_back(recipe);
+    }
+    m_waiting = std::move(kept);
+}
+
+void RecipeTransfers::dropAll(const QString& why, const FRAME_PRO* frame, int timesSent)
+{
+    if (m_underWay) {
+        const QString next = QString(QLatin1String("block %1 of %2"))
+                                 .arg(m_blocksDone + 1)
+                                 .arg(m_underWay->records.size());
+        const QString block = frame != nullptr ? m_driver.placesText(frame->var) : next;
+        end(*m_underWay, dropped(*m_underWay, timesSent, why), block);
+        m_underWay.reset();
+    }
+    for (const RecipeJob& recipe : std::exchange(m_waiting, {}))
+        endWaiting(recipe, dropped(recipe, 0, why));
+}
+
+/// Ends a recipe none of whose blocks was sent: its first block stands for all.
+void RecipeTransfers::endWaiting(const RecipeJob& recipe, const JobEnd& how)
+{
+    VARIABLE first;
+    if (!recipe.records.isEmpty()) {
+        first.station = recipe.records.front().station;
+        first.regName = recipe.records.front().regName;
+        first.addr = recipe.records.front().addr;
+        first.count = recipe.records.front().count;
+    }
+    end(recipe, how, m_driver.placesText(first));
+}
+
+void RecipeTransfers::end(const RecipeJob& recipe, JobEnd how, const QString& block)
+{
+    how.job = recipe.job;
+    if (how.outcome != JobEnd::DONE) how.trouble = block + QLatin1String(": ") + how.reason;
+    if (how.outcome == JobEnd::LOST && !isDownload(recipe)) how.trouble = how.reason;
+    m_sink.jobEnded(how);
 }

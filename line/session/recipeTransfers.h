@@ -5,6 +5,7 @@
 #include "session/startedDriver.h"
 
 #include <deque>
+#include <functional>
 #include <optional>
 
 /// A recipe to transfer.
@@ -25,9 +26,25 @@ public:
 
     void add(const RecipeJob& recipe);
 
-    /// Hands the next recipe to the driver unless a recipe is under way. Call it only between two
+    /// True when the writes of a station are to wait.
+    using IsHeld = std::function<bool(int station)>;
+
+    /// Hands the next recipe to the driver unless a recipe is under way. A download to one station
+    /// waits while the station is held; the recipes behind it do not. Call it only between two
     /// requests.
-    void feed();
+    void feed(const IsHeld& isHeld);
+
+    /// Whether a download to this station alone waits.
+    bool hasWaiting(int station) const;
+
+    /// Ends the waiting downloads to this station alone: nothing of them was sent.
+    void failWaiting(int station);
+
+    /// Ends all recipes as lost.
+    /// @param why        in words
+    /// @param frame      the frame under way; null: none
+    /// @param timesSent  times that this frame went out
+    void dropAll(const QString& why, const FRAME_PRO* frame, int timesSent);
 
     /// While a recipe is under way, every request of the driver belongs to it.
     bool isUnderWay() const
@@ -40,6 +57,9 @@ public:
     std::optional<RecipeJob> frameOver(const FINISHED_EXCHANGE& finished);
 
 private:
+    void endWaiting(const RecipeJob& recipe, const JobEnd& how);
+    void end(const RecipeJob& recipe, JobEnd how, const QString& block);
+
     StartedDriver& m_driver;
     SessionSink& m_sink;
     std::deque<RecipeJob> m_waiting;

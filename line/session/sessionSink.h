@@ -14,14 +14,24 @@ struct JobEnd
     enum Outcome {
         DONE,
         REFUSED,   ///< the PLC answered with an exception
-        TIMED_OUT, ///< no usable answer came
+        TIMED_OUT, ///< no usable answer came, or an earlier attempt of a refused write had none
         LOST       ///< the link was lost, the host stopped, a newer write replaced this write, or
                    ///< the driver kept no record of the recipe
     };
 
+    /// Whether the PLC can have executed the write that `trouble` names. Of a download, the block
+    /// that `trouble` names: the blocks before it are written, the blocks behind it are not.
+    enum Execution {
+        NOT_SENT,       ///< no frame with it went out: it is not executed
+        MAYBE_EXECUTED, ///< a frame with it went out, and nothing says what became of it
+        ANSWERED        ///< the PLC confirmed it, or refused it without executing it
+    };
+
     int job = 0;
     Outcome outcome = DONE;
-    QString trouble;   ///< the first failure and its reason; empty with DONE
+    Execution execution = ANSWERED; ///< of a write or download; no meaning for a read
+    QString trouble; ///< the first failure: its label or addresses, and the reason; empty with DONE
+    QString reason;  ///< of a write or download: the reason without the addresses
     QByteArray values; ///< of a recipe, in the layout of the driver's recipe buffer
 };
 

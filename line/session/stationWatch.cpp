@@ -37,13 +37,14 @@ bool StationWatch::answered(int station)
 void StationWatch::pauseFor(State& state, qint64 pause, qint64 now) const
 {
     state.pause = pause;
-    state.probing = false;
+    state.probing = state.hurried = false;
     state.probeAt = now + pause;
 }
 
 qint64 StationWatch::dueAt(const State& state) const
 {
-    return state.answering == UNKNOWN ? state.probeAt : std::max(state.probeAt, m_othersUntil);
+    const bool isAtOnce = state.answering == UNKNOWN || state.hurried;
+    return isAtOnce ? state.probeAt : std::max(state.probeAt, m_othersUntil);
 }
 
 /// Short probes go first. Among equals, the probe that has been due longest goes first.
@@ -64,6 +65,10 @@ bool StationWatch::gaveUp(int station, bool heard, qint64 now)
         pauseFor(state, OVERDUE_PAUSE * m_timeOut, now);
         return false;
     case SILENT:
+        if (state.hurried) {
+            pauseFor(state, state.pause, now);
+            return false;
+        }
         pauseFor(state,
                  std::clamp<qint64>(2 * state.pause, SECOND_PAUSE * m_timeOut,
                                     LONGEST_PAUSE * m_timeOut),
@@ -78,6 +83,16 @@ bool StationWatch::gaveUp(int station, bool heard, qint64 now)
     state.answering = SILENT;
     pauseFor(state, FIRST_PAUSE * m_timeOut, now);
     return true;
+}
+
+void StationWatch::hurry(int station, qint64 at)
+{
+    const auto found = m_stations.find(station);
+    if (found == m_stations.end()) return;
+    State& state = found->second;
+    if (state.answering != SILENT || state.probing || dueAt(state) <= at) return;
+    state.probeAt = at;
+    state.hurried = true;
 }
 
 bool StationWatch::isSilent(int station) const

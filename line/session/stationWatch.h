@@ -22,7 +22,8 @@
 ///   no harm.
 /// - A silent station is probed at multiples of the time-out, so the loss is a small share of the
 ///   time for every time-out.
-/// - After each failed probe, no probe with the whole time-out is sent for one time-out.
+/// - After each failed probe, no probe with the whole time-out is sent for one time-out. A hurried
+///   probe does not wait for this: somebody waits for the station, for a bounded time.
 class StationWatch
 {
 public:
@@ -46,6 +47,10 @@ public:
     /// @param heard  bytes came but no usable answer; a single such failure may be noise
     /// @return true when the station became silent
     bool gaveUp(int station, bool heard, qint64 now);
+
+    /// Brings the next probe of a silent station forward to `at`, for this once. A failure of this
+    /// probe does not make the pause before the next probe longer.
+    void hurry(int station, qint64 at);
 
     bool isSilent(int station) const;
 
@@ -72,6 +77,7 @@ private:
         Answering answering = ANSWERS;
         int giveUps = 0;      ///< since the last answer
         bool probing = false; ///< the probe was taken and has not ended
+        bool hurried = false; ///< the next probe, or the probe under way, was brought forward
         qint64 pause = 0;
         qint64 probeAt = 0;
     };

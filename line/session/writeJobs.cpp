@@ -1,7 +1,25 @@
 #include "session/writeJobs.h"
 
+#include "session/exchangeVerdict.h"
+
+#include <algorithm>
+#include <limits>
 #include <utility>
 
+namespace {
+
+JobEnd replacedEnd()
+{
+    JobEnd end;
+    end.outcome = JobEnd::LOST;
+    end.execution = JobEnd::NOT_SENT;
+    end.reason = QLatin1String("replaced by a newer value");
+    return end;
+}
+
+} // namespace
+
+/// A newer write of a waiting element takes the older write's turn.
 void WriteJobs::add(int job, const std::vector<ElementWrite>& elements)
 {
     if (elements.empty()) {
@@ -14,73 +32,128 @@ void WriteJobs::add(int job, const std::vector<ElementWrite>& elements)
         const Element element(write.station, write.area, write.number);
         const auto older = m_waiting.find(element);
         if (older == m_waiting.end()) {
-            m_waiting[element] = {job, write};
-            m_order.push_back(element);
+            wait(element, {job, ++m_lastTurn, write});
             continue;
         }
-        const Waiting replaced = std::exchange(older->second, Waiting{job, write});
-        endElement(replaced.job, replaced.write.label, JobEnd::LOST,
-                   QLatin1String("replaced by a newer value"));
+        const Pending replaced =
+            std::exchange(older->second, Pending{job, older->second.turn, write});
+        endElement(replaced.job, replaced.write.label, replacedEnd());
     }
 }
 
-std::optional<ElementWrite> WriteJobs::takeNext()
+void WriteJobs::wait(const Element& element, const Pending& pending)
+{
+    m_order[pending.turn] = element;
+    m_waiting[element] = pending;
+}
+
+std::optional<ElementWrite> WriteJobs::takeNext(const IsHeld& isHeld)
 {
     if (outstanding() >= MOST_OUTSTANDING) return std::nullopt;
-    for (auto at = m_order.begin(); at != m_order.end();) {
-        const auto waiting = m_waiting.find(*at);
-        if (waiting == m_waiting.end()) {
-            at = m_order.erase(at);
-            continue;
-        }
-        if (m_outstanding.count(*at) != 0) {
-            ++at;
-            continue;
-        }
-        ElementWrite write = std::move(waiting->second.write);
-        m_outstanding[*at] = {waiting->second.job, write.label};
+    for (auto at = m_order.begin(); at != m_order.end(); ++at) {
+        const Element element = at->second;
+        const int station = std::get<0>(element);
+        if (m_outstanding.count(element) != 0) continue;
+        if ((isHeld && isHeld(station)) || isComingBack(station)) continue;
+        m_comingBack.erase(station);
+        const auto waiting = m_waiting.find(element);
+        const Pending& taken = m_outstanding[element] = std::move(waiting->second);
         m_waiting.erase(waiting);
         m_order.erase(at);
-        return write;
+        return taken.write;
     }
     return std::nullopt;
 }
 
-bool WriteJobs::ended(int station, const QString& area, int number, JobEnd::Outcome outcome,
-                      const QString& trouble)
+bool WriteJobs::ended(int station, const QString& area, int number, const JobEnd& end)
 {
     const auto found = m_outstanding.find(Element(station, area, number));
     if (found == m_outstanding.end()) return false;
-    const Outstanding write = found->second;
+    const Pending write = found->second;
     m_outstanding.erase(found);
-    endElement(write.job, write.label, outcome, trouble);
+    endElement(write.job, write.write.label, end);
     return true;
 }
 
-void WriteJobs::failWaiting(int station, const QString& trouble)
+void WriteJobs::putBack(int station, const QString& area, int number)
 {
-    for (auto at = m_waiting.begin(); at != m_waiting.end();) {
-        if (std::get<0>(at->first) != station) {
+    const Element element(station, area, number);
+    const auto found = m_outstanding.find(element);
+    if (found == m_outstanding.end()) return;
+    const Pending unsent = found->second;
+    m_outstanding.erase(found);
+    m_comingBack.insert(station);
+    if (m_waiting.count(element) != 0)
+        endElement(unsent.job, unsent.write.label, replacedEnd());
+    else
+        wait(element, unsent);
+}
+
+bool WriteJobs::hasStation(const std::map<Element, Pending>& elements, int station)
+{
+    const auto first =
+        elements.lower_bound(Element(station, QString(), std::numeric_limits<int>::min()));
+    return first != elements.end() && std::get<0>(first->first) == station;
+}
+
+bool WriteJobs::isComingBack(int station) const
+{
+    return m_comingBack.count(station) != 0 && hasStation(m_outstanding, station);
+}
+
+bool WriteJobs::hasWaiting(int station) const
+{
+    return hasStation(m_waiting, station);
+}
+
+void WriteJobs::failWaiting(int station, const JobEnd& end)
+{
+    for (auto at = m_order.begin(); at != m_order.end();) {
+        if (std::get<0>(at->second) != station) {
             ++at;
             continue;
         }
-        const Waiting failed = at->second;
-        at = m_waiting.erase(at);
-        endElement(failed.job, failed.write.label, JobEnd::TIMED_OUT, trouble);
+        const auto waiting = m_waiting.find(at->second);
+        const Pending failed = waiting->second;
+        m_waiting.erase(waiting);
+        at = m_order.erase(at);
+        endElement(failed.job, failed.write.label, end);
     }
 }
 
-void WriteJobs::endElement(int job, const QString& label, JobEnd::Outcome outcome,
-                           const QString& trouble)
+/// The elements that went out come first: a job tells its first failure, and that the PLC may have
+/// executed a write matters more than that another write was not sent.
+void WriteJobs::dropAll(const QString& why, const TimesSent& timesSent)
+{
+    const auto timesSentOf = [&](const Element& element) {
+        return timesSent(std::get<0>(element), std::get<1>(element), std::get<2>(element));
+    };
+    const auto outstanding = std::exchange(m_outstanding, {});
+    for (const bool isOfSent : {true, false}) {
+        for (const auto& entry : outstanding) {
+            const int times = timesSentOf(entry.first);
+            if ((times > 0) != isOfSent) continue;
+            endElement(entry.second.job, entry.second.write.label, droppedWriteEnd(times, why));
+        }
+    }
+    const auto waiting = std::exchange(m_waiting, {});
+    m_order.clear();
+    for (const auto& [element, write] : waiting)
+        endElement(write.job, write.write.label, droppedWriteEnd(0, why));
+}
+
+void WriteJobs::endElement(int job, const QString& label, const JobEnd& end)
 {
     const auto found = m_jobs.find(job);
-    JobEnd& end = found->second.end;
-    if (outcome != JobEnd::DONE && end.outcome == JobEnd::DONE) {
-        end.outcome = outcome;
-        end.trouble = label + QLatin1String(": ") + trouble;
+    JobEnd& jobs = found->second.end;
+    if (end.outcome != JobEnd::DONE && jobs.outcome == JobEnd::DONE) {
+        jobs.outcome = end.outcome;
+        jobs.execution = end.execution;
+        jobs.reason = end.reason;
+        jobs.trouble = label + QLatin1String(": ") + end.reason;
     }
     if (--found->second.elementsLeft > 0) return;
-    m_ended.push_back(end);
+    m_ended.push_back(jobs);
     m_jobs.erase(found);
 }
 

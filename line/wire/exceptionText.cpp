@@ -5,6 +5,11 @@ bool isAskedAgain(int code)
     return code == STILL_WORKING || code == DEVICE_BUSY;
 }
 
+bool leavesOpen(int code)
+{
+    return code == DEVICE_FAILURE || code == STILL_WORKING || code == TARGET_SILENT;
+}
+
 const char* exceptionText(int code)
 {
     switch (code) {
@@ -14,7 +19,7 @@ const char* exceptionText(int code)
         return "illegal address";
     case 3:
         return "illegal value";
-    case 4:
+    case DEVICE_FAILURE:
         return "device failure";
     case STILL_WORKING:
         return "acknowledged, still working";
@@ -24,7 +29,7 @@ const char* exceptionText(int code)
         return "memory parity error";
     case 10:
         return "gateway path unavailable";
-    case 11:
+    case TARGET_SILENT:
         return "gateway target does not respond";
     default:
         return "unknown exception";

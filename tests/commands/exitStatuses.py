@@ -120,12 +120,23 @@ class LinkAndDriver(CommandLineTest):
 
     def test_silent_and_damaging_stations_are_told_apart(self):
         with self.plc("pty", "--silent 1") as plc:
-            for verb in ("read MW100", "read IX0.0", "write MW100=1", "write MX0.0=1"):
-                self.fails(4, f"{verb} --link {plc.link} --timeout-ms 50",
-                           "station 1 does not answer$", within_ms=2000)
+            for verb, sentence in (("read MW100", "station 1 does not answer$"),
+                                   ("read IX0.0", "station 1 does not answer$"),
+                                   ("write MW100=1", "MW100: not sent: station 1 is silent$"),
+                                   ("write MX0.0=1", "MX0.0: not sent: station 1 is silent$")):
+                self.fails(4, f"{verb} --link {plc.link} --timeout-ms 50", sentence,
+                           within_ms=2000)
         with self.plc("pty", "--corrupt 1") as plc:
             self.fails(4, f"read MW100 --link {plc.link} --timeout-ms 300",
-                       "station 1 gave no usable answer$")
+                       "station 1 gave no usable answer: [0-9]+ bytes with a wrong checksum: "
+                       "noise, or another baud rate or parity$")
+        with self.plc("pty", "--wrong-station 1") as plc:
+            self.fails(4, f"read MW100 --link {plc.link} --timeout-ms 300",
+                       "station 1 gave no usable answer: an answer of another station, [0-9]+$")
+        with self.plc("pty", "--echo --silent 1") as plc:
+            self.fails(4, f"read MW100 --link {plc.link} --echo no --timeout-ms 50",
+                       "station 1 gave no usable answer: the request itself came back: an echoing "
+                       "adapter$")
 
 
 class Refusals(CommandLineTest):

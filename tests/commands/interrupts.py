@@ -8,7 +8,7 @@ from processes import matching
 
 SIGNALS = (signal.SIGINT, signal.SIGTERM, signal.SIGHUP)
 FIGURES = "[0-9.]+ exchanges/s  retries [0-9]+ .* losses 0$"
-UNKNOWN = "^kakb-host: interrupted; what became of it is not known$"
+INTERRUPTED = "^kakb-host: interrupted$"
 AT_ONCE_MS = 500
 
 
@@ -34,7 +34,7 @@ class Interrupts(CommandLineTest):
             run = self.interrupted(number, 8, f"read MW100 {link}", lambda _: port.is_asked())
             self.assert_one_sentence(run, "interrupted")
             run = self.interrupted(number, 8, f"write MW100=1 {link}", lambda _: port.is_asked())
-            self.assert_one_sentence(run, "^kakb-host: MW100 is not confirmed: interrupted")
+            self.assert_one_sentence(run, "^kakb-host: MW100: not sent: interrupted$")
             run = self.interrupted(number, 0, f"watch --tags tags.csv {link}",
                                    lambda _: port.is_asked())
             self.assert_matches(run.lines, f"^link lost  {FIGURES}")
@@ -53,12 +53,13 @@ class Interrupts(CommandLineTest):
                                         lambda run: matching(run.errors, " > "))
 
             for number in SIGNALS:
-                for command in ("read MW100", "recipe download recipe.csv",
-                                "recipe upload recipe.csv"):
-                    self.assert_matches(requested(command).errors, UNKNOWN)
-                self.assert_matches(requested("write MW100=1 QX0.5=1").errors,
-                                    "^kakb-host: MW100 is not confirmed: interrupted",
-                                    r"^kakb-host: QX0\.5 is not confirmed: interrupted")
+                for command in ("read MW100", "recipe upload recipe.csv"):
+                    self.assert_matches(requested(command).errors, INTERRUPTED)
+                self.assert_matches(requested("recipe download recipe.csv").errors,
+                                    "^kakb-host: MW100 of station 1: not sent: interrupted$")
+                errors = requested("write MW100=1 QX0.5=1").errors
+                self.assertEqual(["kakb-host: MW100: not sent: interrupted",
+                                  "kakb-host: QX0.5: not sent: interrupted"], errors[-2:])
 
     @on_each_link
     def test_interrupted_watch_ends_with_its_figures(self, kind):

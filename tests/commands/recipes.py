@@ -91,7 +91,7 @@ class Recipes(CommandLineTest):
         for fault, status, limit, sentence in (
                 ("--exception 1 --exception-code 2 --fault-exchanges 2", 5, 30000,
                  r"MW ?(120|3060)\b.*refused by the PLC: illegal address"),
-                ("--silent 2", 4, 300, r"QW ?(40|20)\b.*station 2 does not answer")):
+                ("--silent 2", 4, 300, r"QW40 of station 2: not sent: station 2 is silent$")):
             with self.plc(kind, f"--stations 1-2 {fault}") as plc:
                 self.fails(status, f"recipe download recipe.csv --link {plc.link} "
                            f"--timeout-ms {limit}", sentence,

@@ -35,10 +35,10 @@ class Writes(CommandLineTest):
         for fault, status, values, sentence, memory in (
                 ("--exception 1 --exception-code 2", 5, "MW100=7 --timeout-ms 30000",
                  "MW100: .*illegal address", []),
-                ("--silent 1", 4, "MW100=7 --timeout-ms 50", "MW100: station 1 does not answer",
+                ("--silent 1", 4, "MW100=7 --timeout-ms 50", "^kakb-host: MW100: not sent: station 1 is silent$",
                  []),
                 ("--stations 1-2 --silent 2", 4, "2:MW100=7 MW100=8 --timeout-ms 300",
-                 "2:MW100: station 2 does not answer", ["1 MW 3050 8"])):
+                 "^kakb-host: 2:MW100: not sent: station 2 is silent$", ["1 MW 3050 8"])):
             with self.plc(kind, fault) as plc:
                 run = self.host(f"write --link {plc.link} {values}", status)
                 self.assert_matches(run.errors, sentence)

@@ -112,7 +112,7 @@ TEST(FrameTrace, HoldsAnUnfinishedReplyUntilTheFlush)
                                               received(1256120, READ_REPLY.left(7))};
     EXPECT_EQ(REQUEST_LINE, traced(records, false));
     EXPECT_EQ(std::string(REQUEST_LINE) +
-                  "    1.256120 < 01 03 04 12 34 56 78  stray: 7 bytes of a reply of 9\n",
+                  "    1.256120 < 01 03 04 12 34 56 78  stray: 7 of 9 bytes of the answer\n",
               traced(records));
 }
 
@@ -120,10 +120,10 @@ TEST(FrameTrace, ShowsStrayBytesOnSeparateLines)
 {
     const QByteArray noise = QByteArray::fromHex("FF");
     EXPECT_EQ(
-        std::string(REQUEST_LINE) + "    1.256120 < FF  stray: 1 byte that is no frame\n"
+        std::string(REQUEST_LINE) + "    1.256120 < FF  stray: 1 byte, too few for an answer\n"
                                     "    1.256120 < 01 83 02 C0 F1  station 1: exception 2: "
                                     "illegal address\n"
-                                    "    1.256120 < FF FF  stray: 2 bytes that are no frame\n",
+                                    "    1.256120 < FF FF  stray: 2 bytes, too few for an answer\n",
         traced({sent(1250000, READ_REQUEST), received(1256120, noise + REFUSAL + noise + noise)}));
 }
 
@@ -132,6 +132,29 @@ TEST(FrameTrace, KeepsTheColumnsOverDays)
     const std::string line = traced({sent(86400000001LL, BROADCAST)});
     EXPECT_EQ("86400.000001 > 00 06 0B B9 04 D2 D9 47  broadcast: write register 3001 = 1234\n",
               line);
+}
+
+TEST(FrameTrace, SaysWhyAFrameWasDropped)
+{
+    // Two registers of station 2; the checksum is pymodbus' computeCRC. A Modbus TCP answer.
+    const struct
+    {
+        const char* bytes;
+        const char* meaning;
+    } rows[] = {
+        {"02030412345678B207",
+         "station 2: 2 registers 0x1234 0x5678, not the answer: an answer of another station, 2"},
+        {"010304123456788108",
+         "9 bytes with a wrong checksum: noise, or another baud rate or parity"},
+        {"00070000000701030412345678",
+         "a Modbus TCP header: this peer speaks Modbus TCP, not RTU over TCP"},
+    };
+    for (const auto& row : rows) {
+        const QByteArray bytes = QByteArray::fromHex(row.bytes);
+        EXPECT_EQ(std::string(REQUEST_LINE) + "    1.256120 < " +
+                      bytes.toHex(' ').toUpper().toStdString() + "  stray: " + row.meaning + "\n",
+                  traced({sent(1250000, READ_REQUEST), received(1256120, bytes)}));
+    }
 }
 
 /// An unanswered fence ends twice: as a fence, and as an attempt of the request behind it.
@@ -184,7 +207,7 @@ TEST(FrameTrace, ReportsAHoleInItsPlace)
         trace.add(sent(3250000, READ_REQUEST));
     });
     EXPECT_EQ(std::string(REQUEST_LINE) +
-                  "    1.256120 < 01 03 04 12 34 56 78  stray: 7 bytes of a reply of 9\n"
+                  "    1.256120 < 01 03 04 12 34 56 78  stray: 7 of 9 bytes of the answer\n"
                   "42 frames missed: the output was blocked\n"
                   "    2.000000 < 01 83 02 C0 F1  stray: station 1: exception 2: illegal address, "
                   "not the answer\n"

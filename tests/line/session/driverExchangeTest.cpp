@@ -20,7 +20,7 @@ TEST_F(DriverExchangeTest, DriverAcceptsAnAnsweredRequest)
     EXPECT_EQ(END_ANSWERED, finished[0].end);
     EXPECT_EQ(int(REPLY_ACCEPTED), finished[0].result);
     EXPECT_EQ(2 * MS, finished[0].replyTime);
-    EXPECT_TRUE(finished[0].wasSent);
+    EXPECT_EQ(1, finished[0].timesSent);
     EXPECT_EQ(7, plc.word(STATION, NUMBER));
     EXPECT_TRUE(exchange.isBetweenRequests());
 }
@@ -100,7 +100,7 @@ TEST_F(DriverExchangeTest, RequestToASilentStationIsGivenUpUnsent)
     run(SECOND);
     ASSERT_EQ(2u, finished.size());
     EXPECT_TRUE(finished[0].isPointless);
-    EXPECT_FALSE(finished[0].wasSent);
+    EXPECT_EQ(0, finished[0].timesSent);
     EXPECT_EQ(END_SILENT, finished[0].end);
     EXPECT_EQ(int(REPLY_GIVEN_UP), finished[0].result);
     EXPECT_FALSE(finished[1].isPointless);
@@ -143,7 +143,7 @@ TEST_F(DriverExchangeTest, LaterAttemptsOfAnUnansweredRequestAreFences)
     EXPECT_EQ(int(REPLY_RETRY), finished[1].result);
     EXPECT_EQ(int(REPLY_GIVEN_UP), finished[2].result);
     EXPECT_EQ(END_SILENT, finished[2].end);
-    EXPECT_TRUE(finished[2].wasSent);
+    EXPECT_EQ(1, finished[2].timesSent);
     EXPECT_EQ(1u, timesOf(WRITE).size());
     EXPECT_EQ(ATTEMPTS - 1, fencesTo(STATION));
 }

@@ -143,7 +143,7 @@ TEST_F(DriverFeederWritesTest, WriteToASilentStationTimesOutUnsent)
     bench.writeWord(JOB, NUMBER, 1, SILENT_STATION);
     ASSERT_TRUE(bench.runUntilEnded(JOB));
     EXPECT_EQ(JobEnd::TIMED_OUT, bench.sink.outcome(JOB));
-    EXPECT_EQ(QLatin1String("MW3010: station 9 does not answer"), bench.sink.ends[JOB].trouble);
+    EXPECT_EQ(QLatin1String("MW3010: not sent: station 9 is silent"), bench.sink.ends[JOB].trouble);
     // No write was sent, so the station cannot execute one later.
     EXPECT_EQ(size_t(SessionBench::ATTEMPTS), bench.fences.size());
     EXPECT_TRUE(bench.sent.empty());

@@ -114,11 +114,11 @@ DriverLibrary& SessionBench::library()
     return loaded;
 }
 
-SessionBench::SessionBench(qint64 answer, const LineTiming& timing)
+SessionBench::SessionBench(qint64 answer, const LineTiming& timing, qint64 hold)
     : m_timing(timing),
       m_driver(library(), ATTEMPTS),
       line(plc, timing),
-      feeder(m_driver, m_timing, settingsOf(answer), sink)
+      feeder(m_driver, m_timing, settingsOf(answer), sink, hold)
 {
     outstandingWrites = 0;
     mostOutstandingWrites = 0;

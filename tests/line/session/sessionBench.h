@@ -71,7 +71,7 @@ public:
     enum { ANSWER = 100000, ATTEMPTS = 3, MS = 1000, SECOND = 1000000 };
 
     explicit SessionBench(qint64 answer = ANSWER,
-                          const LineTiming& timing = LineTiming(LineSettings()));
+                          const LineTiming& timing = LineTiming(LineSettings()), qint64 hold = 0);
 
     /// Plans the reads of the tags; poll() also polls them.
     /// @param pace  shortest time from the start of a cycle to the next start

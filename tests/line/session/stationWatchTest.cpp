@@ -132,6 +132,49 @@ TEST_F(StationWatchTest, LateAnswerMakesASilentStationPolled)
     EXPECT_EQ(int(NONE), askedAt(1000 * TIME_OUT));
 }
 
+TEST_F(StationWatchTest, HurriedProbeComesAtItsTime)
+{
+    goesSilent();
+    EXPECT_EQ(4 * TIME_OUT, nextProbe());
+    watch.hurry(STATION, 500);
+    EXPECT_EQ(500, nextProbe());
+    EXPECT_EQ(int(STATION), askedAt(500));
+}
+
+TEST_F(StationWatchTest, LaterHurryDoesNotDelayAProbe)
+{
+    goesSilent();
+    watch.hurry(STATION, 500);
+    watch.hurry(STATION, 700);
+    EXPECT_EQ(500, nextProbe());
+    watch.hurry(STATION, 5 * TIME_OUT);
+    EXPECT_EQ(500, nextProbe());
+}
+
+TEST_F(StationWatchTest, FailedHurriedProbeDoesNotMakeThePauseLonger)
+{
+    goesSilent();
+    for (int i = 0; i < 5; ++i) {
+        watch.hurry(STATION, now + 500);
+        probeFails();
+        EXPECT_EQ(now + 4 * TIME_OUT, nextProbe()) << i;
+    }
+    probeFails();
+    EXPECT_EQ(now + 20 * TIME_OUT, nextProbe());
+}
+
+TEST_F(StationWatchTest, OnlyASilentStationIsHurried)
+{
+    watch.hurry(STATION, 500);
+    EXPECT_EQ(NONE, nextProbe());
+    watch.expect(STATION, 1000);
+    watch.hurry(STATION, 500);
+    EXPECT_EQ(1000, nextProbe());
+    watch.answered(STATION);
+    watch.hurry(STATION, 500);
+    EXPECT_EQ(NONE, nextProbe());
+}
+
 TEST_F(StationWatchTest, GiveUpWithoutBytesMakesAStationSilent)
 {
     EXPECT_TRUE(watch.gaveUp(STATION, NOT_HEARD, 0));

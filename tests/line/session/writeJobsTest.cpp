@@ -20,6 +20,14 @@ ElementWrite wordWrite(int number, int value, int station = STATION)
     return write;
 }
 
+JobEnd endWith(JobEnd::Outcome outcome, const char* reason)
+{
+    JobEnd end;
+    end.outcome = outcome;
+    end.reason = QLatin1String(reason);
+    return end;
+}
+
 std::vector<ElementWrite> wordWrites(int first, int count)
 {
     std::vector<ElementWrite> writes;
@@ -35,12 +43,12 @@ class WriteJobsTest : public testing::Test
 protected:
     bool done(int number, int station = STATION)
     {
-        return jobs.ended(station, AREA, number, JobEnd::DONE, QString());
+        return jobs.ended(station, AREA, number, JobEnd());
     }
 
     bool refused(int number)
     {
-        return jobs.ended(STATION, AREA, number, JobEnd::REFUSED, QLatin1String("refused"));
+        return jobs.ended(STATION, AREA, number, endWith(JobEnd::REFUSED, "refused"));
     }
 
     /// Takes all elements that can be taken.
@@ -115,7 +123,7 @@ TEST_F(WriteJobsTest, JobReportsItsFirstFailure)
     jobs.add(FIRST_JOB, {wordWrite(1, 1), wordWrite(2, 1), wordWrite(3, 1)});
     takeAll();
     refused(2);
-    jobs.ended(STATION, AREA, 1, JobEnd::TIMED_OUT, QLatin1String("silent"));
+    jobs.ended(STATION, AREA, 1, endWith(JobEnd::TIMED_OUT, "silent"));
     done(3);
     const std::vector<JobEnd> ends = jobs.takeEnded();
     ASSERT_EQ(1u, ends.size());
@@ -218,7 +226,7 @@ TEST_F(WriteJobsTest, FailWaitingEndsOnlyTheStationsWaitingElements)
 {
     jobs.add(FIRST_JOB, {wordWrite(1, 1)});
     jobs.add(SECOND_JOB, {wordWrite(1, 1, OTHER_STATION)});
-    jobs.failWaiting(STATION, QLatin1String("silent"));
+    jobs.failWaiting(STATION, endWith(JobEnd::TIMED_OUT, "silent"));
     const std::vector<JobEnd> ends = jobs.takeEnded();
     ASSERT_EQ(1u, ends.size());
     EXPECT_EQ(int(FIRST_JOB), ends[0].job);
@@ -232,7 +240,7 @@ TEST_F(WriteJobsTest, FailWaitingKeepsOutstandingElements)
 {
     jobs.add(FIRST_JOB, {wordWrite(1, 1)});
     takeAll();
-    jobs.failWaiting(STATION, QLatin1String("silent"));
+    jobs.failWaiting(STATION, endWith(JobEnd::TIMED_OUT, "silent"));
     EXPECT_TRUE(jobs.takeEnded().empty());
     EXPECT_TRUE(done(1));
 }
@@ -240,8 +248,77 @@ TEST_F(WriteJobsTest, FailWaitingKeepsOutstandingElements)
 TEST_F(WriteJobsTest, FailedWaitingElementCanBeWrittenAgain)
 {
     jobs.add(FIRST_JOB, {wordWrite(1, 11)});
-    jobs.failWaiting(STATION, QLatin1String("silent"));
+    jobs.failWaiting(STATION, endWith(JobEnd::TIMED_OUT, "silent"));
     jobs.add(SECOND_JOB, {wordWrite(1, 22)});
     EXPECT_EQ(22, jobs.takeNext().value().bytes.at(0));
+    EXPECT_FALSE(jobs.takeNext());
+}
+
+TEST_F(WriteJobsTest, HeldStationsElementsAreNotTaken)
+{
+    jobs.add(FIRST_JOB, {wordWrite(1, 1), wordWrite(2, 1, OTHER_STATION)});
+    const auto isHeld = [](int station) { return station == STATION; };
+    EXPECT_EQ(int(OTHER_STATION), jobs.takeNext(isHeld).value().station);
+    EXPECT_FALSE(jobs.takeNext(isHeld));
+    EXPECT_TRUE(jobs.hasWaiting(STATION));
+    EXPECT_FALSE(jobs.hasWaiting(OTHER_STATION));
+    EXPECT_EQ(std::vector<int>{1}, takeAll());
+}
+
+TEST_F(WriteJobsTest, ElementsThatWerePutBackKeepTheirOrder)
+{
+    jobs.add(FIRST_JOB, wordWrites(1, 3));
+    takeAll();
+    jobs.add(SECOND_JOB, {wordWrite(0, 1)});
+    jobs.putBack(STATION, AREA, 1);
+    jobs.putBack(STATION, AREA, 2);
+    // The driver still has the third element: the first must not overtake it into the driver.
+    EXPECT_TRUE(jobs.isComingBack(STATION));
+    EXPECT_TRUE(takeAll().empty());
+    jobs.putBack(STATION, AREA, 3);
+    EXPECT_FALSE(jobs.isComingBack(STATION));
+    EXPECT_EQ((std::vector<int>{1, 2, 3, 0}), takeAll());
+    EXPECT_TRUE(jobs.takeEnded().empty());
+}
+
+TEST_F(WriteJobsTest, OtherStationsAreTakenWhileElementsComeBack)
+{
+    jobs.add(FIRST_JOB, wordWrites(1, 2));
+    takeAll();
+    jobs.putBack(STATION, AREA, 1);
+    jobs.add(SECOND_JOB, {wordWrite(9, 1, OTHER_STATION)});
+    EXPECT_FALSE(jobs.isComingBack(OTHER_STATION));
+    EXPECT_EQ(std::vector<int>{9}, takeAll());
+}
+
+TEST_F(WriteJobsTest, ElementThatWasPutBackIsReplacedByANewerValue)
+{
+    jobs.add(FIRST_JOB, {wordWrite(1, 11)});
+    takeAll();
+    jobs.add(SECOND_JOB, {wordWrite(1, 22)});
+    jobs.putBack(STATION, AREA, 1);
+    const std::vector<JobEnd> ends = jobs.takeEnded();
+    ASSERT_EQ(1u, ends.size());
+    EXPECT_EQ(int(FIRST_JOB), ends[0].job);
+    EXPECT_EQ(JobEnd::NOT_SENT, ends[0].execution);
+    EXPECT_EQ(22, jobs.takeNext().value().bytes.at(0));
+    EXPECT_FALSE(jobs.takeNext());
+}
+
+TEST_F(WriteJobsTest, DroppedJobTellsTheElementThatWentOut)
+{
+    jobs.add(FIRST_JOB, wordWrites(1, 4));
+    takeAll();
+    jobs.add(SECOND_JOB, {wordWrite(9, 1)});
+    jobs.dropAll(QLatin1String("gone"),
+                 [](int, const QString&, int number) { return number == 3 ? 2 : 0; });
+    const std::vector<JobEnd> ends = jobs.takeEnded();
+    ASSERT_EQ(2u, ends.size());
+    EXPECT_EQ(JobEnd::LOST, ends[0].outcome);
+    EXPECT_EQ(JobEnd::MAYBE_EXECUTED, ends[0].execution);
+    EXPECT_EQ(QLatin1String("tag3: gone; the PLC may have executed it"), ends[0].trouble);
+    EXPECT_EQ(JobEnd::NOT_SENT, ends[1].execution);
+    EXPECT_EQ(QLatin1String("tag9: not sent: gone"), ends[1].trouble);
+    EXPECT_EQ(0, jobs.outstanding());
     EXPECT_FALSE(jobs.takeNext());
 }
