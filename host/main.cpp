@@ -6,9 +6,9 @@
 //   info                                    identity, default settings, areas
 //   check AREA ADDRESS [--count N] [--write]  whether an address is valid, or why not
 //   series AREA ADDRESS --count N --interval K  addresses at an interval
-//   plan [--tags FILE]                      the requests that read the tags, and the cycle time
-//   watch [--tags FILE] [--seconds N]       polls the tags and shows changes
-//   read [NAME...] [--tags FILE]            reads tags or addresses once
+//   plan [--tags FILE] [--gap N]            the requests that read the tags, and the cycle time
+//   watch [--tags FILE] [--seconds N] [--gap N]  polls the tags and shows changes
+//   read [NAME...] [--tags FILE] [--gap N]  reads tags or addresses once
 //   write NAME=VALUE... [--tags FILE]       writes values and waits for the PLC's confirmation
 //   recipe download|upload FILE [--verify]  transfers a recipe
 //

@@ -78,6 +78,7 @@ private:
     LinkRun::Settings settings(const std::vector<Tag>& tags, LinkRun::Reading reading);
     void record(const News& news);
     void tellMissedFrames() const;
+    void tellLongPreparation();
     ExitStatus statusOf(JobEnd::Outcome outcome) const;
 
     const DriverLibrary& m_driver;
@@ -87,6 +88,8 @@ private:
     std::optional<FrameTrace> m_trace;
     std::optional<PcapFile> m_capture;
     std::optional<LinkRun> m_run;
+    const size_t m_tags; ///< number of tags
+    bool m_isPreparationTold = false;
     int m_lastJob = 0;
     News m_early;                         ///< news that came together with the open link
     std::optional<QString> m_linkTrouble; ///< reason of the loss, while the link is lost

@@ -2,6 +2,7 @@
 #define LINK_OPTIONS_H
 
 #include "exchange/exchangeMachine.h"
+#include "plan/readPlan.h"
 
 #include <string>
 
@@ -16,6 +17,7 @@ struct LinkOptions
     int attempts = 3;
     int pauseMs = 500;
     int turnaroundUs = 1000;
+    int mostGap = ANY_GAP; ///< words, see planReads()
     EchoMode echo = ECHO_UNKNOWN;
     bool trace = false;
     std::string pcap;

@@ -60,7 +60,8 @@ ExitStatus plan(const CommandOptions& options, const DriverLibrary& driver)
 {
     const std::vector<Tag> tags = polledTags(options, driver);
     const LineTiming timing = timingOf(addressOf(driver, options.link));
-    printPlan(stdout, tags, timing, options.link.turnaroundUs, driver, options.link.json);
+    printPlan(stdout, tags, timing, options.link.turnaroundUs, options.link.mostGap, driver,
+              options.link.json);
     return EXIT_DONE;
 }
 
@@ -122,6 +123,7 @@ void addQuestions(CLI::App& app, CommandOptions& o, Verb& chosen)
         helpFooter());
     addPolledTags(planVerb, o);
     addTiming(planVerb, o);
+    addGap(planVerb, o);
     planVerb->callback(
         [&] { chosen = [&](const DriverLibrary& driver) { return plan(o, driver); }; });
 }
@@ -131,6 +133,7 @@ void addTransfers(CLI::App& app, CommandOptions& o, Verb& chosen)
     CLI::App* watchVerb = app.add_subcommand("watch", "Polls the tags and shows changes");
     addPolledTags(watchVerb, o);
     addLink(watchVerb, o);
+    addGap(watchVerb, o);
     watchVerb->add_option("--seconds", o.seconds, "end after so many seconds; 0: run until stopped")
         ->check(numberFrom(0, 1e7))
         ->capture_default_str();
@@ -144,6 +147,7 @@ void addTransfers(CLI::App& app, CommandOptions& o, Verb& chosen)
                          "names of the tag file, or addresses: MW100, MX12.3, 2:QW8");
     addTags(readVerb, o);
     addLink(readVerb, o);
+    addGap(readVerb, o);
     readVerb->callback([&] {
         chosen = [&](const DriverLibrary& driver) {
             return readTags(driver, o.link, someTags(o, driver));

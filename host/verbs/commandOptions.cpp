@@ -1,5 +1,7 @@
 #include "verbs/commandOptions.h"
 
+#include "wire/protocolLimits.h"
+
 #include <cmath>
 #include <cstdlib>
 
@@ -50,6 +52,14 @@ void addTiming(CLI::App* verb, CommandOptions& options)
         ->check(CLI::Range(0, 1000000))
         ->capture_default_str();
     addJson(verb, options);
+}
+
+void addGap(CLI::App* verb, CommandOptions& options)
+{
+    verb->add_option("--gap", options.link.mostGap,
+                     "longest run of words without a tag that a request may read; 0: none; "
+                     "default: as long as it saves time")
+        ->check(CLI::Range(0, int(MOST_READ_REGISTERS)));
 }
 
 void addLink(CLI::App* verb, CommandOptions& options)

@@ -42,6 +42,9 @@ void addPolledTags(CLI::App* verb, CommandOptions& options);
 /// The options that a plan depends on.
 void addTiming(CLI::App* verb, CommandOptions& options);
 
+/// The limit of the gaps that a request reads.
+void addGap(CLI::App* verb, CommandOptions& options);
+
 /// The options of a verb that opens the link, with those of addTiming().
 void addLink(CLI::App* verb, CommandOptions& options);
 

@@ -2,9 +2,8 @@
 
 #include "exchange/fenceChoice.h"
 #include "output/columnText.h"
-#include "plan/readPlan.h"
-#include "session/polledTags.h"
-#include "session/startedDriver.h"
+#include "plan/readGaps.h"
+#include "verbs/blockRequests.h"
 #include "wire/protocolLimits.h"
 #include "wire/timeUnits.h"
 
@@ -12,62 +11,25 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
-#include <map>
 #include <optional>
 #include <set>
-#include <tuple>
 
 namespace {
 
-enum { ATTEMPTS = 1, SHOWN_NAMES = 3 };
-
-/// The driver's request for a block.
-struct Request
-{
-    QByteArray bytes;
-    int replyLength = 0;
-};
+enum { SHOWN_NAMES = 3 };
 
 struct CycleView
 {
     std::vector<ReadBlock> blocks;
-    std::vector<Request> requests; ///< of the blocks, in the same order
-    std::optional<qint64> time;    ///< of a cycle in microseconds; empty: requests take no time
-    size_t fences = 0;             ///< one for each station, ahead of the first cycle
+    std::vector<BlockRequest> requests; ///< of the blocks, in the same order
+    std::optional<qint64> time; ///< of a cycle in microseconds; empty: requests take no time
+    size_t fences = 0;          ///< one for each station, ahead of the first cycle
     std::optional<qint64> fenceTime;
     size_t singleReads = 0;
     std::optional<qint64> singleTime;
+    ReadGaps gaps;
+    int mostGap = ANY_GAP;
 };
-
-using Place = std::tuple<int, QString, int>;
-
-/// Lets the driver poll each block once; every request is given up without an answer. The driver
-/// has its own order of polling, so each request is assigned to its block by station, area and
-/// number.
-std::vector<Request> requestsFor(const std::vector<ReadBlock>& blocks, const DriverLibrary& driver)
-{
-    StartedDriver started(driver, ATTEMPTS);
-    QList<KEY_ADDRESS> keys;
-    for (const ReadBlock& block : blocks)
-        keys << PolledTags::keyOf(block);
-
-    std::map<Place, Request> byPlace;
-    for (int left = started.poll(keys); left > 0; --left) {
-        FRAME_PRO frame;
-        if (started.getSendFrame(&frame) == 0) break;
-        const char* const bytes = reinterpret_cast<const char*>(frame.sendBuf);
-        byPlace[Place(frame.var.station, frame.var.regName, frame.var.addr)] = {
-            QByteArray(bytes, frame.sendLen), frame.recvLen};
-        QByteArray silence;
-        QString errorText;
-        started.dealRcvFrame(silence, errorText);
-    }
-
-    std::vector<Request> requests;
-    for (const ReadBlock& block : blocks)
-        requests.push_back(byPlace[Place(block.station, block.area, block.number)]);
-    return requests;
-}
 
 QStringList namesIn(const ReadBlock& block, const std::vector<Tag>& tags)
 {
@@ -93,7 +55,7 @@ QJsonObject cycleObject(size_t requests, std::optional<qint64> time)
     return object;
 }
 
-QJsonObject blockObject(const ReadBlock& block, const Request& request,
+QJsonObject blockObject(const ReadBlock& block, const BlockRequest& request,
                         const std::vector<Tag>& tags)
 {
     QJsonObject object;
@@ -107,6 +69,15 @@ QJsonObject blockObject(const ReadBlock& block, const Request& request,
     return object;
 }
 
+QJsonObject gapsObject(const ReadGaps& gaps, int mostGap)
+{
+    QJsonObject object;
+    object[QLatin1String("words")] = gaps.words;
+    object[QLatin1String("longest")] = gaps.longest;
+    object[QLatin1String("limit")] = mostGap == ANY_GAP ? QJsonValue() : QJsonValue(mostGap);
+    return object;
+}
+
 void printJson(std::FILE* out, const CycleView& view, const std::vector<Tag>& tags)
 {
     QJsonArray blocks;
@@ -116,6 +87,7 @@ void printJson(std::FILE* out, const CycleView& view, const std::vector<Tag>& ta
     object[QLatin1String("blocks")] = blocks;
     object[QLatin1String("fences")] = cycleObject(view.fences, view.fenceTime);
     object[QLatin1String("grouped")] = cycleObject(view.blocks.size(), view.time);
+    object[QLatin1String("gaps")] = gapsObject(view.gaps, view.mostGap);
     object[QLatin1String("single")] = cycleObject(view.singleReads, view.singleTime);
     const QByteArray line = QJsonDocument(object).toJson(QJsonDocument::Compact);
     std::fprintf(out, "%s\n", line.constData());
@@ -135,12 +107,19 @@ QByteArray fencesText(std::optional<qint64> time)
     return "about " + QByteArray::number(double(*time) / MILLISECOND, 'f', 1) + " ms once";
 }
 
+QByteArray gapsText(const ReadGaps& gaps, int mostGap)
+{
+    QByteArray text = "at most " + QByteArray::number(gaps.longest) + " in a row";
+    if (mostGap != ANY_GAP) text += ", the limit is " + QByteArray::number(mostGap);
+    return text;
+}
+
 void printTable(std::FILE* out, const CycleView& view, const std::vector<Tag>& tags)
 {
     std::fprintf(out, "station area number count  tags  %-23s  reply  names\n", "request");
     for (size_t i = 0; i < view.blocks.size(); ++i) {
         const ReadBlock& block = view.blocks[i];
-        const Request& request = view.requests[i];
+        const BlockRequest& request = view.requests[i];
         std::fprintf(out, "%7d %-4s %6d %5d %5d  %-23s  %5d  %s\n", block.station,
                      qUtf8Printable(block.area), block.number, block.count, int(block.tags.size()),
                      request.bytes.toHex(' ').constData(), request.replyLength,
@@ -149,22 +128,26 @@ void printTable(std::FILE* out, const CycleView& view, const std::vector<Tag>& t
     std::fprintf(out,
                  "grouped:          %5d requests, %s\n"
                  "without grouping: %5d requests, %s\n"
-                 "fences at first:  %5d requests, %s\n",
+                 "fences at first:  %5d requests, %s\n"
+                 "words in gaps:    %5d words, %s\n",
                  int(view.blocks.size()), cycleText(view.time).constData(), int(view.singleReads),
                  cycleText(view.singleTime).constData(), int(view.fences),
-                 fencesText(view.fenceTime).constData());
+                 fencesText(view.fenceTime).constData(), view.gaps.words,
+                 gapsText(view.gaps, view.mostGap).constData());
 }
 
 } // namespace
 
 void printPlan(std::FILE* out, const std::vector<Tag>& tags, const LineTiming& timing,
-               qint64 turnaround, const DriverLibrary& driver, bool json)
+               qint64 turnaround, int mostGap, const DriverLibrary& driver, bool json)
 {
     const WireCost cost = wireCost(timing, turnaround);
     CycleView view;
+    view.mostGap = mostGap;
     std::set<int> stations;
-    view.blocks = planReads(tags, cost, MOST_READ_REGISTERS);
-    view.requests = requestsFor(view.blocks, driver);
+    view.blocks = planReads(tags, cost, MOST_READ_REGISTERS, mostGap);
+    view.requests = blockRequests(view.blocks, driver);
+    view.gaps = readGaps(view.blocks, tags);
     for (const ReadBlock& block : view.blocks)
         stations.insert(block.station);
     view.fences = stations.size();

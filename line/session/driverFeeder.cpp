@@ -31,6 +31,7 @@ DriverFeeder::DriverFeeder(StartedDriver& driver, const LineTiming& timing,
 void DriverFeeder::poll(std::vector<Tag> tags, std::vector<ReadBlock> blocks)
 {
     know(std::move(tags), std::move(blocks));
+    m_stationsToLayOut = m_polled.stations();
     m_isPolling = true;
     m_planDue = true;
     m_areStationsNew = true;
@@ -40,6 +41,17 @@ void DriverFeeder::know(std::vector<Tag> tags, std::vector<ReadBlock> blocks)
 {
     m_values.reset(tags.size());
     m_polled.set(std::move(tags), std::move(blocks));
+}
+
+/// The driver keeps the units when the next station's blocks replace the blocks, so plan() finds
+/// them there.
+bool DriverFeeder::layOutNext()
+{
+    if (m_stationsToLayOut.empty()) return false;
+    const int next = *m_stationsToLayOut.begin();
+    m_stationsToLayOut.erase(next);
+    m_driver.poll(m_polled.keys([next](int station) { return station == next; }));
+    return true;
 }
 
 void DriverFeeder::addWrite(int job, const std::vector<ElementWrite>& elements)
@@ -96,7 +108,8 @@ bool DriverFeeder::isPointless(const FRAME_PRO& frame) const
 }
 
 /// Writes and reads may be queued while the driver has a request under way. The plan and the recipe
-/// flags may change only between two requests.
+/// flags may change only between two requests. The plan waits for the probes, which go ahead of all
+/// requests: at the start every station's answer changes the plan.
 void DriverFeeder::feed(qint64 now)
 {
     if (std::exchange(m_areStationsNew, false)) expectStations(now);
@@ -104,7 +117,7 @@ void DriverFeeder::feed(qint64 now)
     feedWrites();
     feedReads();
     if (!m_exchange.isBetweenRequests()) return;
-    if (m_planDue) plan();
+    if (m_planDue && m_exchange.isFree()) plan();
     m_recipes.feed();
 }
 
@@ -125,10 +138,7 @@ void DriverFeeder::feedProbes(qint64 now)
 void DriverFeeder::feedReads()
 {
     const std::optional<OneShotReads::Read> read = m_reads.start();
-    if (!read) return;
-    KEY_ADDRESS key = PolledTags::keyOf(read->block);
-    if (isBitArea(key.regName)) key.count = 1; // in groups of 16
-    m_driver.queueRead(key);
+    if (read) m_driver.queueRead(PolledTags::oneShotKeyOf(read->block));
 }
 
 /// Writes are held back while a one-shot read is under way, because the driver serves its queued
@@ -234,6 +244,7 @@ QString DriverFeeder::blockTroubleOf(const FINISHED_EXCHANGE& finished) const
     return m_driver.placesText(finished.frame.var) + QLatin1String(": ") + troubleOf(finished);
 }
 
+/// After the write of a bit that is shown through its word, the word is read.
 void DriverFeeder::writeOver(const FINISHED_EXCHANGE& finished, qint64 now)
 {
     const VARIABLE& var = finished.frame.var;
@@ -241,6 +252,8 @@ void DriverFeeder::writeOver(const FINISHED_EXCHANGE& finished, qint64 now)
     m_writes.ended(var.station, var.regName, var.addr, outcomeOf(finished),
                    done ? QString() : troubleOf(finished));
     m_values.written(var, now);
+    if (!done || !m_isPolling) return;
+    if (const std::optional<ReadBlock> word = m_polled.wordOfBit(var)) m_reads.addAfterWrite(*word);
 }
 
 void DriverFeeder::readOver(const FINISHED_EXCHANGE& finished, qint64 now)

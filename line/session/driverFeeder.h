@@ -30,6 +30,13 @@ public:
     /// nothing.
     void know(std::vector<Tag> tags, std::vector<ReadBlock> blocks);
 
+    /// Lets the driver lay out its cache for the polled blocks of one more station. Call it before
+    /// advance() until it returns false; without it the first advance() with a plan does all of the
+    /// work. The driver walks its whole cache for each new unit, so the time grows with the square
+    /// of the units: several seconds for 100,000 words.
+    /// @return false when nothing is left to lay out
+    bool layOutNext();
+
     /// Hands in the user's jobs. The caller chooses the job numbers; each number is used once.
     void addWrite(int job, const std::vector<ElementWrite>& elements);
     void addRead(int job, const std::vector<ReadBlock>& blocks);
@@ -91,8 +98,9 @@ private:
     RecipeTransfers m_recipes;
     bool m_isPolling = false;
     bool m_planDue = false;
-    bool m_areStationsNew = false; ///< no polled station was asked yet
-    bool m_isEchoTold;             ///< the sink was told of the echo, or the user named it
+    std::set<int> m_stationsToLayOut; ///< whose blocks the driver has not seen yet
+    bool m_areStationsNew = false;    ///< no polled station was asked yet
+    bool m_isEchoTold;                ///< the sink was told of the echo, or the user named it
 };
 
 #endif

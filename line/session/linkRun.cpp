@@ -15,7 +15,7 @@ std::vector<ReadBlock> plannedBlocks(const LinkRun::Settings& settings,
 {
     const WireCost cost = wireCost(timingOf(settings.address), settings.turnaroundUs);
     const auto plan = settings.reading == LinkRun::CYCLIC ? planReads : shortestReads;
-    return plan(tags, cost, MOST_READ_REGISTERS);
+    return plan(tags, cost, MOST_READ_REGISTERS, settings.mostGap);
 }
 
 } // namespace

@@ -107,8 +107,19 @@ void LinkThread::runUntilStopped()
 {
     StartedDriver driver(m_driver, m_settings.attempts);
     DriverFeeder feeder(driver, m_settings.timing, m_settings.exchange, m_sink);
+    takeWork(feeder);
+    prepare(feeder);
     while (!m_stop)
         runOnce(feeder);
+}
+
+/// Goes station by station, so that a stop need not wait for all of them.
+void LinkThread::prepare(DriverFeeder& feeder)
+{
+    m_sink.preparing(LinkSink::PREPARATION_BEGINS, now());
+    while (!m_stop && feeder.layOutNext()) {
+    }
+    m_sink.preparing(LinkSink::PREPARATION_ENDS, now());
 }
 
 /// Opens the link and runs it until its loss.

@@ -68,6 +68,7 @@ private:
     void receive(DriverFeeder& feeder, Link& link);
     void takeWire(qint64 from, qint64 until);
     void reopenWhenSilent(const DriverFeeder& feeder);
+    void prepare(DriverFeeder& feeder);
     void runOnce(DriverFeeder& feeder);
     void pauseAfterLoss(DriverFeeder& feeder);
 

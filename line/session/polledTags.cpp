@@ -1,5 +1,7 @@
 #include "session/polledTags.h"
 
+#include "plan/sharedMemory.h"
+
 #include <utility>
 
 namespace {
@@ -14,10 +16,11 @@ void PolledTags::set(std::vector<Tag> tags, std::vector<ReadBlock> blocks)
     m_blocks = std::move(blocks);
     m_tagsByUnit.clear();
     m_blocksByStart.clear();
+    setPlaces();
     for (size_t i = 0; i < m_tags.size(); ++i) {
-        const Tag& tag = m_tags[i];
-        for (int unit = 0; unit < tag.units(); ++unit)
-            m_tagsByUnit[Unit(tag.station, tag.area, tag.number + unit)].push_back(int(i));
+        const Place& place = m_places[i];
+        for (int unit = 0; unit < place.units; ++unit)
+            m_tagsByUnit[Unit(place.station, place.area, place.number + unit)].push_back(int(i));
     }
     for (size_t i = 0; i < m_blocks.size(); ++i) {
         const ReadBlock& block = m_blocks[i];
@@ -25,10 +28,42 @@ void PolledTags::set(std::vector<Tag> tags, std::vector<ReadBlock> blocks)
     }
 }
 
+void PolledTags::setPlaces()
+{
+    m_places.clear();
+    for (const Tag& tag : m_tags)
+        m_places.push_back({tag.station, tag.area, tag.number, tag.units(), Place::NO_BIT});
+    for (const ReadBlock& block : m_blocks) {
+        if (isBitArea(block.area)) continue;
+        for (const int index : block.tags) {
+            const Tag& tag = m_tags[size_t(index)];
+            if (!tag.isBit()) continue;
+            const WordBit word = wordBitOf(tag.area, tag.number);
+            m_places[size_t(index)] = {tag.station, word.area, word.number, 1, word.bit};
+        }
+    }
+}
+
+/// A one-shot read may read only the first words of a block, for example after a write.
 int PolledTags::blockOf(const VARIABLE& read) const
 {
     const auto found = m_blocksByStart.find(Unit(read.station, read.regName, read.addr));
-    return found == m_blocksByStart.end() ? int(NO_BLOCK) : found->second;
+    if (found == m_blocksByStart.end()) return NO_BLOCK;
+    const ReadBlock& block = m_blocks[size_t(found->second)];
+    return read.count < block.count - block.spare ? int(NO_BLOCK) : found->second;
+}
+
+std::optional<ReadBlock> PolledTags::wordOfBit(const VARIABLE& written) const
+{
+    if (!isBitArea(written.regName)) return std::nullopt;
+    const WordBit word = wordBitOf(written.regName, written.addr);
+    if (tagsAt(written.station, word.area, word.number).empty()) return std::nullopt;
+    ReadBlock block;
+    block.station = written.station;
+    block.area = word.area;
+    block.number = word.number;
+    block.count = 1;
+    return block;
 }
 
 bool PolledTags::dropSpare(int index)
@@ -78,5 +113,12 @@ KEY_ADDRESS PolledTags::keyOf(const ReadBlock& block)
     key.addr = block.number;
     key.count = block.count;
     key.unitMode = isBitArea(block.area) ? int(BIT_AREA) : 0;
+    return key;
+}
+
+KEY_ADDRESS PolledTags::oneShotKeyOf(const ReadBlock& block)
+{
+    KEY_ADDRESS key = keyOf(block);
+    if (isBitArea(key.regName)) key.count = 1;
     return key;
 }

@@ -5,20 +5,38 @@
 #include "quorvane_ka_kb_plc.h"
 
 #include <map>
+#include <optional>
 #include <set>
 #include <tuple>
 #include <vector>
 
 /// The tags of a link and the blocks that read them: finds the block of a frame, the tags of a unit
-/// (a word or bit) and the tags of a station.
+/// (a word or bit of the driver's cache) and the tags of a station.
 class PolledTags
 {
 public:
+    /// The units of the driver's cache that hold a tag's value. A bit that is read by a block of
+    /// words is a bit of a word there.
+    struct Place
+    {
+        enum { NO_BIT = -1 };
+
+        int station;
+        QString area;
+        int number; ///< address number of the first unit
+        int units;
+        int bitOfWord; ///< 0 to 15; NO_BIT: the units are the value
+    };
+
     void set(std::vector<Tag> tags, std::vector<ReadBlock> blocks);
 
     const Tag& tag(int index) const
     {
         return m_tags[size_t(index)];
+    }
+    const Place& place(int tag) const
+    {
+        return m_places[size_t(tag)];
     }
     const ReadBlock& block(int index) const
     {
@@ -39,7 +57,7 @@ public:
         return keys;
     }
 
-    /// @return index of the block that the frame reads; -1: none
+    /// @return index of the block that the frame reads as a whole; -1: none
     int blockOf(const VARIABLE& read) const;
 
     std::set<int> stations() const;
@@ -47,16 +65,26 @@ public:
     std::vector<int> tagsOfStation(int station) const;
     std::vector<int> allTags() const;
 
+    /// The read that brings a written bit to the tags that show it through its word. Empty when no
+    /// tag does.
+    std::optional<ReadBlock> wordOfBit(const VARIABLE& written) const;
+
     /// The tags that show a unit.
     const std::vector<int>& tagsAt(int station, const QString& area, int number) const;
 
     static KEY_ADDRESS keyOf(const ReadBlock& block);
 
+    /// The key of a one-shot read of the block. The count of bits is in groups of 16 there.
+    static KEY_ADDRESS oneShotKeyOf(const ReadBlock& block);
+
 private:
     using Unit = std::tuple<int, QString, int>;
 
+    void setPlaces();
+
     std::vector<Tag> m_tags;
     std::vector<ReadBlock> m_blocks;
+    std::vector<Place> m_places; ///< by tag
     std::map<Unit, std::vector<int>> m_tagsByUnit;
     std::map<Unit, int> m_blocksByStart;
 };

@@ -20,6 +20,15 @@ decltype(&intf_setData) realSetData = nullptr;
 int outstandingWrites = 0;
 int mostOutstandingWrites = 0;
 
+decltype(&intf_addrMerge) realAddrMerge = nullptr;
+int plansOfTheDriver = 0;
+
+int countedAddrMerge(QList<KEY_ADDRESS>& keys)
+{
+    ++plansOfTheDriver;
+    return realAddrMerge(keys);
+}
+
 int countedSetData(int station, QString area, int number, int count, unsigned char* values, int id)
 {
     outstandingWrites += count;
@@ -111,6 +120,8 @@ DriverLibrary& SessionBench::library()
     static DriverLibrary loaded(QString::fromLatin1(KAKB_DRIVER_FILE));
     if (realSetData == nullptr) realSetData = loaded.setData;
     loaded.setData = countedSetData;
+    if (realAddrMerge == nullptr) realAddrMerge = loaded.addrMerge;
+    loaded.addrMerge = countedAddrMerge;
     return loaded;
 }
 
@@ -122,8 +133,14 @@ SessionBench::SessionBench(qint64 answer, const LineTiming& timing)
 {
     outstandingWrites = 0;
     mostOutstandingWrites = 0;
+    plansOfTheDriver = 0;
     plc.station(1);
     feeder.linkBack(now);
+}
+
+int SessionBench::plans()
+{
+    return plansOfTheDriver;
 }
 
 int SessionBench::mostOutstanding()

@@ -106,6 +106,9 @@ public:
     /// The largest number of writes in the driver's queue.
     static int mostOutstanding();
 
+    /// Number of plans that the driver was given.
+    static int plans();
+
     qint64 now = 0;
     PlcModel plc;
     RecordingSink sink;
