@@ -4,17 +4,20 @@
 // usage: kakb-host [--driver FILE] VERB ...
 //
 //   info                                    identity, default settings, areas
-//   check AREA ADDRESS [--count N] [--write]  whether an address is valid, or why not
-//   series AREA ADDRESS --count N --interval K  addresses at an interval
+//   check MW100|AREA ADDRESS [--count N] [--write]  whether an address is valid, or why not
+//   series MW100|AREA ADDRESS --count N --interval K  addresses at an interval
 //   plan [--tags FILE] [--gap N]            the requests that read the tags, and the cycle time
 //   watch [--tags FILE] [--seconds N] [--gap N]  polls the tags and shows changes
-//   read [NAME...] [--tags FILE] [--gap N]  reads tags or addresses once
-//   write NAME=VALUE... [--tags FILE]       writes values and waits for the PLC's confirmation
+//   read [NAME...] [--tags FILE] [--both-orders] [--gap N]  reads tags or addresses once
+//   write NAME=VALUE... [--tags FILE] [--allow-nan]  writes values and waits for the PLC's
+//                                           confirmation
 //   recipe download|upload FILE [--verify]  transfers a recipe
+//
+// A NAME is a name of the tag file or a typed address, see line/plan/typedAddress.h.
 //
 // Options of all verbs with a link (defaults and ranges: kakb-host VERB --help):
 //   --link sim | serial:DEVICE,BAUD,DATA BITS,PARITY,STOP BITS | tcp:HOST,PORT
-//   --timeout-ms --attempts --pause-ms --turnaround-us --trace --pcap FILE --json
+//   --timeout-ms --attempts --pause-ms --echo --time --trace --pcap FILE --json
 //   --simulator FILE --simulator-arguments TEXT
 //
 // Exit statuses: kakb-host --help, from program/exitStatus.h
@@ -22,6 +25,7 @@
 #include "links/tcpLink.h"
 #include "output/outputStream.h"
 #include "program/companionFiles.h"
+#include "program/driverFile.h"
 #include "program/interrupt.h"
 #include "program/printing.h"
 #include "verbs/commandLine.h"
@@ -66,11 +70,12 @@ ExitStatus parsedStatus(ExitStatus parsed)
 
 ExitStatus run(const Command& command)
 {
-    OutputStream output(stdout, STDOUT_FILENO, isToEnd);
+    const int values = command.writesFileToStandardOutput ? STDERR_FILENO : STDOUT_FILENO;
+    OutputStream output(stdout, values, isToEnd);
     const OutputStream errors(stderr, STDERR_FILENO, isToEnd);
     try {
-        const DriverLibrary driver(command.driver.empty() ? companionDriver()
-                                                          : QString::fromStdString(command.driver));
+        const DriverLibrary driver = loadDriver(
+            command.driver.empty() ? companionDriver() : QString::fromStdString(command.driver));
         const ExitStatus status = command.verb(driver);
         return status == EXIT_DONE ? outputStatus(output) : status;
     } catch (const VerbFailure& error) {

@@ -246,7 +246,7 @@ extern "C" {
 /// Sets *type to 0.
 QUORVANE_KA_KB_PLC_API void intf_getProtocolType(int* type);
 
-/// The driver's version, "2.0.0.0".
+/// The version of the driver's interface, "2.0.0.0".
 QUORVANE_KA_KB_PLC_API void intf_getVersion(QString* version);
 
 /// Comma-separated, by position: 0; baud rate, data bits, parity, stop bits; 0; 51; network

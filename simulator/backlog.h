@@ -35,6 +35,12 @@ public:
         m_schedule.requestSeen(at);
     }
 
+    /// Stalls from `at` on, see StallSchedule::stall().
+    void stall(std::int64_t at, std::int64_t length)
+    {
+        m_schedule.stall(at, length);
+    }
+
     /// True when a request that is complete at `at` has to wait: its station stalls, or other
     /// requests wait ahead of it.
     bool holds(int station, std::int64_t at) const;

@@ -1,5 +1,7 @@
 #include "faultOptions.h"
 
+#include "numberText.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
@@ -80,24 +82,14 @@ struct NumberPair
     std::optional<double> second;
 };
 
-/// Takes decimal numbers only: strtod alone would also take "nan", "inf" and "0x1".
-std::optional<double> numberOf(const std::string& text)
-{
-    if (text.find_first_not_of("0123456789.+-eE") != std::string::npos) return std::nullopt;
-    char* end = nullptr;
-    const double number = std::strtod(text.c_str(), &end);
-    if (text.empty() || *end != '\0') return std::nullopt;
-    return number;
-}
-
 /// @param form  the accepted forms, for the message
 /// Throws CLI::ValidationError when the text has another form.
 NumberPair pairOf(const char* option, const std::string& text, const char* form)
 {
     const std::size_t colon = text.find(':');
-    const std::optional<double> first = numberOf(text.substr(0, colon));
+    const std::optional<double> first = decimalNumber(text.substr(0, colon));
     NumberPair pair;
-    if (colon != std::string::npos) pair.second = numberOf(text.substr(colon + 1));
+    if (colon != std::string::npos) pair.second = decimalNumber(text.substr(colon + 1));
     if (!first || (colon != std::string::npos && !pair.second))
         throw CLI::ValidationError(option, "'" + text + "' is not " + form);
     pair.first = *first;

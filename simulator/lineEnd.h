@@ -58,4 +58,7 @@ enum { READ_BYTES = 4096 };
 /// Throws LinkError "what: reason" with the reason that errno names.
 [[noreturn]] void failLink(const std::string& what);
 
+/// As failLink(), with the words "in use by another program" where errno means that.
+[[noreturn]] void failOpening(const std::string& what);
+
 #endif

@@ -5,9 +5,10 @@
 //
 // Stations
 //   --station N           1 to 247, several times or as a list N,N (default 1)
-//   --stations A-B        all from A to B, 1 to 247
+//   --stations LIST       stations and ranges, such as 1-8 or 1,3-5,247; several times
 // Link (default: a pseudo-terminal)
-//   --link-path FILE      symbolic link to the pseudo-terminal for as long as it is there
+//   --link-path FILE      symbolic link to the pseudo-terminal for as long as it is there; replaces
+//                         a link whose terminal is gone, and nothing else
 //   --serial DEVICE       a serial port, 8N1, at --baud (default 38400)
 //   --tcp PORT            a TCP port with RTU frames, 0 to 65535, 0: any free one
 //   --bind ADDRESS        of the TCP port, IPv4 or IPv6 in digits (default 127.0.0.1)
@@ -16,12 +17,20 @@
 //                         (default: no time)
 //   --trickle             each byte at its time instead; needs --baud
 //   --turnaround-us N     from request end to reply start, 0 to 10000000 (default 0)
+// Memory. ADDRESS as kakb-host takes it: MW100, MX12.3; without STATION: it is of station 1
+//   --load FILE           start with the memory that --dump wrote (default: all 0)
+//   --set [STATION:]ADDRESS=VALUE
+//                         several times, after --load; a word -32768 to 65535, a bit 0 or 1
+//   --refuse [STATION:]FIRST[..LAST][:CODE][:write]
+//                         several times: what reads or writes there is answered with exception
+//                         CODE, 1 to 255 (default 2); with :write only what writes
 // Signals
 //   --signal STATION:AREA:NUMBER:KIND[:PERIOD_MS[:AMPLITUDE]]
-//                         several times. AREA IW QW MW IX QX MX; NUMBER as on the wire, MW and MX
-//                         from 3000; KIND ramp (default 10000 ms, 1000), sine (10000 ms, 1000),
-//                         toggle (1000 ms, 1) or counter (1000 ms, 65535), for bits toggle only;
-//                         PERIOD_MS 1 to 86400000; AMPLITUDE 1 to 65535, of a sine 32767
+//                         several times. AREA IW QW MW IX QX MX; NUMBER as on the wire: IW and QW
+//                         0 to 255, MW 3000 to 7095, IX and QX 0 to 4095, MX 3000 to 65535; KIND
+//                         ramp (default 10000 ms, 1000), sine (10000 ms, 1000), toggle (1000 ms, 1)
+//                         or counter (1000 ms, 65535), for bits toggle only; PERIOD_MS 1 to
+//                         86400000; AMPLITUDE 1 to 65535, of a sine 32767
 //   --demo-signals        on each station: IW 0 ramp, IW 1 sine, IW 2 counter, IX 64 to 67 toggles,
 //                         MW 3000 counter, MX 3160 toggle
 //   --seed N              signal phases and faults, 0 to 4294967295 (default 1)
@@ -52,32 +61,39 @@
 //                         next one, 0 to 60000 (default 0)
 //   --echo                returns every byte that the host sends, ahead of anything else, as an
 //                         adapter for two wires does
+// Control
+//   --control PATH        a Unix socket that takes commands, see controlCommands.h
 // End
 //   --report FILE         counts, silent intervals and own lateness, as lines "key value"
-//   --dump FILE           memory that is not 0, as lines "STATION AREA NUMBER VALUE"
+//   --dump FILE           memory that is not 0, as lines "STATION AREA NUMBER VALUE", NUMBER as on
+//                         the wire
 //   --until-stdin-ends    end when standard input does, and not when interrupted
 //
 // Prints what a host opens on the first line, a path or "tcp:ADDRESS,PORT", then serves until it is
-// terminated or interrupted, or its terminal is closed.
-// Exit status: 0 ended on request, 1 usage, 2 the link failed or a file could not be written.
+// terminated or interrupted, a control client ends it, or its terminal is closed.
+// Exit status: 0 ended on request, 1 usage or a file to load that is not right, 2 the link failed
+// or an output could not be written.
 
 #include "echoingLine.h"
+#include "memoryFile.h"
 #include "openLine.h"
+#include "outputFile.h"
 #include "report.h"
 
 #include <sys/prctl.h>
 
-#include <cerrno>
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
-#include <cstring>
 #include <exception>
-#include <fstream>
 #include <memory>
+#include <sstream>
 
 namespace {
 
 enum ExitStatus { EXIT_ENDED = 0, EXIT_USAGE = 1, EXIT_LINK = 2 };
+
+const char* const CANNOT_WRITE = "cannot write the output";
 
 const unsigned long FINEST_TIMER_SLACK_NS = 1;
 
@@ -113,33 +129,58 @@ sigset_t stopOnSignals(bool untilStdinEnds)
     return waiting;
 }
 
-/// Opens the file before the run, so that a file that cannot be written ends the run at its start.
-std::unique_ptr<std::ofstream> openOutput(const std::string& path)
+/// An output file that cannot be written ends the run at its start.
+std::unique_ptr<OutputFile> openOutput(const std::string& path)
 {
-    if (path.empty()) return nullptr;
-    auto file = std::make_unique<std::ofstream>(path);
-    if (!*file) throw LinkError(path + ": " + std::strerror(errno));
-    return file;
+    return path.empty() ? nullptr : std::make_unique<OutputFile>(path);
 }
 
-void finishOutput(std::ofstream* file, const std::string& path)
+void fillMemory(PlcStations& stations, const MemorySettings& memory)
 {
-    if (file && !file->flush()) throw LinkError(path + ": could not be written");
+    if (!memory.loadFile.empty()) loadMemory(memory.loadFile, stations);
+    for (const PlaceValue& value : memory.assigned)
+        stations.apply(value);
+}
+
+/// Writes both files, also when the first one cannot be written.
+void writeOutputs(OutputFile* report, OutputFile* dump, const std::string& figures,
+                  const PlcStations& stations)
+{
+    std::string trouble;
+    try {
+        if (report) report->write(figures);
+    } catch (const LinkError& error) {
+        trouble = error.what();
+    }
+    if (dump) dump->write(memoryText(stations));
+    if (!trouble.empty()) throw LinkError(trouble);
+}
+
+bool isShown()
+{
+    return std::fflush(stdout) == 0 && std::ferror(stdout) == 0;
 }
 
 int serve(const SimulatorOptions& options, const sigset_t& waitingMask)
 {
-    const std::unique_ptr<std::ofstream> report = openOutput(options.reportFile);
-    const std::unique_ptr<std::ofstream> dump = openOutput(options.dumpFile);
+    PlcStations stations(options.stations);
+    fillMemory(stations, options.memory);
+    const std::unique_ptr<OutputFile> report = openOutput(options.reportFile);
+    const std::unique_ptr<OutputFile> dump = openOutput(options.dumpFile);
     const std::unique_ptr<LineEnd> line = openLine(options);
     EchoingLine echoing(*line);
-    PlcStations stations(options.stations);
     SignalSet signals(options.signals, options.seed);
     const LinePacing pacing(options.line);
     RequestHandler handler(stations, pacing, options.faults, options.seed);
     ServerLoop loop(options.echo ? echoing : *line, handler, stations, signals, pacing);
+    ControlCommands commands(stations, handler);
+    std::unique_ptr<ControlSocket> control;
+    if (!options.controlPath.empty()) {
+        control = std::make_unique<ControlSocket>(options.controlPath);
+        loop.setControl(*control, commands);
+    }
     std::printf("%s\n", line->address().c_str());
-    std::fflush(stdout);
+    if (!isShown()) throw LinkError(CANNOT_WRITE);
     // A lost link ends the run, but the report up to then is still written.
     int status = EXIT_ENDED;
     try {
@@ -148,11 +189,30 @@ int serve(const SimulatorOptions& options, const sigset_t& waitingMask)
         std::fprintf(stderr, "kakb-sim: %s\n", error.what());
         status = EXIT_LINK;
     }
-    if (report) writeReport(*report, handler, loop, echoing.echoedBytes());
-    if (dump) stations.dump(*dump);
-    finishOutput(report.get(), options.reportFile);
-    finishOutput(dump.get(), options.dumpFile);
+    std::ostringstream figures;
+    writeReport(figures, handler, loop, echoing.echoedBytes());
+    writeOutputs(report.get(), dump.get(), figures.str(), stations);
     return status;
+}
+
+int fail(int status, const std::string& sentence)
+{
+    std::fprintf(stderr, "kakb-sim: %s\n", sentence.c_str());
+    return status;
+}
+
+/// After help, the version, or wrong arguments.
+int parsed(const CLI::App& app, const CLI::ParseError& error)
+{
+    if (error.get_exit_code() == int(CLI::ExitCodes::Success)) {
+        std::ostringstream text;
+        app.exit(error, text);
+        std::fputs(text.str().c_str(), stdout);
+        return isShown() ? int(EXIT_ENDED) : fail(EXIT_LINK, CANNOT_WRITE);
+    }
+    std::string sentence = error.what();
+    std::replace(sentence.begin(), sentence.end(), '\n', ' ');
+    return fail(EXIT_USAGE, sentence + " (kakb-sim --help says more)");
 }
 
 } // namespace
@@ -165,9 +225,10 @@ int main(int argc, char** argv)
         prctl(PR_SET_TIMERSLACK, FINEST_TIMER_SLACK_NS);
         return serve(options, stopOnSignals(options.untilStdinEnds));
     } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? EXIT_ENDED : EXIT_USAGE;
+        return parsed(app, error);
+    } catch (const MemoryFileError& error) {
+        return fail(EXIT_USAGE, error.what());
     } catch (const std::exception& error) {
-        std::fprintf(stderr, "kakb-sim: %s\n", error.what());
-        return EXIT_LINK;
+        return fail(EXIT_LINK, error.what());
     }
 }

@@ -1,5 +1,7 @@
 #include "modbusServer.h"
 
+#include "requestedMemory.h"
+
 #include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -58,7 +60,10 @@ Bytes ModbusServer::serve(const Bytes& request, PlcStations& stations, const std
     std::uint8_t received[MODBUS_RTU_MAX_ADU_LENGTH];
     int length = 0;
     modbus_set_slave(m_context.get(), station);
-    if (!isServed(request[FUNCTION_AT])) return refuse(request);
+    if (!isServed(request[FUNCTION_AT])) return refuse(request, MODBUS_EXCEPTION_ILLEGAL_FUNCTION);
+    const std::optional<RequestedMemory> requested = requestedMemory(request);
+    if (requested && !requested->isOfTheDevice)
+        return refuse(request, MODBUS_EXCEPTION_ILLEGAL_DATA_ADDRESS);
     if (!receive(request, received, length)) return {};
     if (station != BROADCAST_STATION) {
         execute(received, length, *stations.find(station));
@@ -87,10 +92,10 @@ bool ModbusServer::receive(const Bytes& request, std::uint8_t* received, int& le
 }
 
 /// Bypasses modbus_receive(), which knows no request length for functions that it does not serve.
-Bytes ModbusServer::refuse(const Bytes& request)
+Bytes ModbusServer::refuse(const Bytes& request, unsigned code)
 {
     if (request[STATION_AT] == BROADCAST_STATION) return {};
-    modbus_reply_exception(m_context.get(), request.data(), MODBUS_EXCEPTION_ILLEGAL_FUNCTION);
+    modbus_reply_exception(m_context.get(), request.data(), code);
     return takeReply();
 }
 

@@ -20,13 +20,13 @@ public:
 
     /// Executes a request on the memory of its station, and a broadcast on the memory of all
     /// stations but the deaf ones. Refuses a function code that the device does not have, whatever
-    /// its data.
+    /// its data, and registers and bits outside the six areas.
     /// @return the reply; empty when none is due
     Bytes serve(const Bytes& request, PlcStations& stations, const std::set<int>& deaf = {});
 
 private:
     bool receive(const Bytes& request, std::uint8_t* received, int& length);
-    Bytes refuse(const Bytes& request);
+    Bytes refuse(const Bytes& request, unsigned code);
     void execute(const std::uint8_t* received, int length, PlcMemory& memory);
     Bytes takeReply();
 

@@ -8,7 +8,7 @@
 
 // The memory of one station as libmodbus serves it.
 //
-//   holding registers   QW from 0, MW from 3000
+//   holding registers   QW from 0, MW from 3000; place.h says where the areas end
 //   input registers     IW; their bits are IX: bit k of word w is IX 16 w + k
 //   coils               bits of the holding registers: coil n below 3000 is bit n of QW memory,
 //                       coil 3000 + m is bit m of MW memory; bit k of word w is bit 16 w + k

@@ -2,18 +2,16 @@
 
 namespace {
 
-void dumpWord(std::ostream& out, int station, const char* area, int number, uint16_t value)
+std::uint16_t wordAt(const PlcMemory& memory, const MemorySpan& span)
 {
-    if (value != 0) out << station << ' ' << area << ' ' << number << ' ' << value << '\n';
+    const int word = span.first / WORD_BITS;
+    return span.isInput ? memory.inputRegister(word) : memory.holdingRegister(word);
 }
 
-void dumpMemory(std::ostream& out, int station, const PlcMemory& memory)
+std::uint16_t withBit(std::uint16_t word, int bit, bool on)
 {
-    for (int number = 0; number < PlcMemory::UNITS; ++number)
-        dumpWord(out, station, number < PlcMemory::MARKER_BASE ? "QW" : "MW", number,
-                 memory.holdingRegister(number));
-    for (int number = 0; number < PlcMemory::UNITS; ++number)
-        dumpWord(out, station, "IW", number, memory.inputRegister(number));
+    const int mask = 1 << bit;
+    return static_cast<std::uint16_t>(on ? word | mask : word & ~mask);
 }
 
 } // namespace
@@ -30,26 +28,29 @@ PlcMemory* PlcStations::find(int station)
     return found == m_memories.end() ? nullptr : &found->second;
 }
 
-void PlcStations::apply(const SignalValue& value)
+/// A bit is stored in its word: a QX bit from 3000 on has no coil of that number.
+void PlcStations::apply(const PlaceValue& value)
 {
     PlcMemory* const memory = find(value.place.station);
     if (!memory) return;
-    switch (value.place.area) {
-    case AREA_IW:
-        return memory->setInputRegister(value.place.number, value.value);
-    case AREA_QW:
-    case AREA_MW:
-        return memory->setHoldingRegister(value.place.number, value.value);
-    case AREA_IX:
-        return memory->setInputBit(value.place.number, value.value != 0);
-    case AREA_QX:
-    case AREA_MX:
-        return memory->setCoil(value.place.number, value.value != 0);
+    const MemorySpan span = spanOf(value.place);
+    const int number = span.first / WORD_BITS;
+    const std::uint16_t word =
+        span.count == 1 ? withBit(wordAt(*memory, span), span.first % WORD_BITS, value.value != 0)
+                        : value.value;
+    if (span.isInput) {
+        memory->setInputRegister(number, word);
+    } else {
+        memory->setHoldingRegister(number, word);
     }
 }
 
-void PlcStations::dump(std::ostream& out) const
+std::uint16_t PlcStations::valueAt(const Place& place) const
 {
-    for (const auto& entry : m_memories)
-        dumpMemory(out, entry.first, entry.second);
+    const auto found = m_memories.find(place.station);
+    if (found == m_memories.end()) return 0;
+    const MemorySpan span = spanOf(place);
+    const std::uint16_t word = wordAt(found->second, span);
+    if (span.count > 1) return word;
+    return static_cast<std::uint16_t>(word >> span.first % WORD_BITS & 1);
 }

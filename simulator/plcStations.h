@@ -1,11 +1,10 @@
 #ifndef PLC_STATIONS_H
 #define PLC_STATIONS_H
 
+#include "place.h"
 #include "plcMemory.h"
-#include "signals.h"
 
 #include <map>
-#include <ostream>
 #include <vector>
 
 /// The stations on the line, each with its own memory.
@@ -22,12 +21,16 @@ public:
         return m_memories;
     }
 
-    /// Stores a signal's value at its place. Ignores a station that is not served.
-    void apply(const SignalValue& value);
+    const std::map<int, PlcMemory>& all() const
+    {
+        return m_memories;
+    }
 
-    /// A line "STATION AREA NUMBER VALUE" for every word that is not 0: QW, MW and IW, numbered as
-    /// on the wire.
-    void dump(std::ostream& out) const;
+    /// Stores a value at its place. Ignores a station that is not served.
+    void apply(const PlaceValue& value);
+
+    /// 0 of a station that is not served.
+    std::uint16_t valueAt(const Place& place) const;
 
 private:
     std::map<int, PlcMemory> m_memories;

@@ -1,14 +1,28 @@
 #include "pseudoTerminal.h"
 
+#include "staleName.h"
+#include "terminalHolder.h"
+
 #include <climits>
 #include <fcntl.h>
 #include <pty.h>
 #include <sys/inotify.h>
 #include <sys/ioctl.h>
-#include <sys/stat.h>
 #include <termios.h>
 
 #include <cerrno>
+
+namespace {
+
+/// Empty when the path is no symbolic link.
+std::string targetOf(const std::string& linkPath)
+{
+    char target[PATH_MAX] = {};
+    const ssize_t length = readlink(linkPath.c_str(), target, sizeof target - 1);
+    return length > 0 ? target : "";
+}
+
+} // namespace
 
 PseudoTerminal::PseudoTerminal(const std::string& linkPath)
 {
@@ -31,11 +45,8 @@ PseudoTerminal::PseudoTerminal(const std::string& linkPath)
 
 PseudoTerminal::~PseudoTerminal()
 {
-    char target[PATH_MAX] = {};
-    if (m_linkPath.empty()) return;
-    // Another simulated PLC may have taken the link over.
-    if (readlink(m_linkPath.c_str(), target, sizeof target - 1) > 0 && m_path == target)
-        unlink(m_linkPath.c_str());
+    // The user may have put something else in the link's place.
+    if (!m_linkPath.empty() && targetOf(m_linkPath) == m_path) unlink(m_linkPath.c_str());
 }
 
 /// Removes the lock that a killed host left on the terminal. The system removes it only with the
@@ -50,14 +61,34 @@ void PseudoTerminal::hostLeft()
 
 void PseudoTerminal::makeLink(const std::string& linkPath)
 {
-    struct stat found = {};
-    if (lstat(linkPath.c_str(), &found) == 0) {
-        if (!S_ISLNK(found.st_mode)) {
-            errno = EEXIST;
-            failLink(linkPath);
-        }
-        unlink(linkPath.c_str());
+    const auto isStale = [this](const std::string& path) { return isStaleLink(path); };
+    if (symlink(m_path.c_str(), linkPath.c_str()) != 0) {
+        if (errno != EEXIST) failLink(linkPath);
+        if (!removeStaleName(linkPath, isStale)) failTaken(linkPath);
+        if (symlink(m_path.c_str(), linkPath.c_str()) != 0) failTaken(linkPath);
     }
-    if (symlink(m_path.c_str(), linkPath.c_str()) != 0) failLink(linkPath);
     m_linkPath = linkPath;
+}
+
+/// A link is stale when its target is gone. The number of a terminal that is gone is given out
+/// again: a link to this terminal was made for an earlier one.
+bool PseudoTerminal::isStaleLink(const std::string& linkPath) const
+{
+    const std::string target = targetOf(linkPath);
+    if (target.empty()) return false;
+    return target == m_path || (access(linkPath.c_str(), F_OK) != 0 && errno == ENOENT);
+}
+
+/// Says who has the link that another program or user made.
+[[noreturn]] void PseudoTerminal::failTaken(const std::string& linkPath) const
+{
+    const int reason = errno;
+    const std::string target = targetOf(linkPath);
+    if (target.empty() || reason != EEXIST) {
+        errno = reason;
+        failLink(linkPath);
+    }
+    const std::string holder = terminalHolder(target);
+    throw LinkError(linkPath + ": already leads to " + target + ", which is " +
+                    (holder.empty() ? "there" : "in use by " + holder));
 }

@@ -8,8 +8,9 @@
 class PseudoTerminal : public TerminalLine
 {
 public:
-    /// @param linkPath  symbolic link to the terminal, removed by the destructor; empty: none. An
-    ///                  existing link is replaced.
+    /// @param linkPath  symbolic link to the terminal, removed by the destructor; empty: none. A
+    ///                  link whose target is gone is replaced; anything else stays, and the
+    ///                  LinkError says what is there.
     explicit PseudoTerminal(const std::string& linkPath);
     ~PseudoTerminal() override;
 
@@ -25,6 +26,8 @@ public:
 
 private:
     void makeLink(const std::string& linkPath);
+    bool isStaleLink(const std::string& linkPath) const;
+    [[noreturn]] void failTaken(const std::string& linkPath) const;
 
     UniqueDescriptor m_hostSide; // kept open: the line must not hang up between two hosts
     UniqueDescriptor m_departures;

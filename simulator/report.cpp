@@ -44,6 +44,7 @@ void writeReport(std::ostream& out, const ExchangeCounts& counts, const LineCoun
         << "silent " << counts.silent << '\n'
         << "stalled " << counts.stalled << '\n'
         << "late " << counts.late << '\n'
+        << "refused " << counts.refused << '\n'
         << "echoed " << line.echoedBytes << '\n';
     for (int kind = 0; kind < FAULT_KINDS; ++kind)
         out << keyOf(static_cast<Fault>(kind)) << ' ' << counts.faults[std::size_t(kind)] << '\n';

@@ -4,6 +4,8 @@
 
 namespace {
 
+const std::size_t MOST_REFUSALS = 1000;
+
 /// True when later replies of all stations wait for the faulted reply.
 bool holdsEveryone(Fault fault)
 {
@@ -72,8 +74,26 @@ void RequestHandler::lineReset()
     m_requestEnd = 0;
 }
 
+bool RequestHandler::refuse(const Refusal& refusal)
+{
+    if (m_settings.refusals.size() >= MOST_REFUSALS) return false;
+    m_settings.refusals.push_back(refusal);
+    return true;
+}
+
+void RequestHandler::setSilent(int station, bool isSilent)
+{
+    if (isSilent) {
+        m_silenced.insert(station);
+        return;
+    }
+    m_silenced.erase(station);
+    m_settings.silentStations.erase(station);
+}
+
 bool RequestHandler::isSilentNow(int station)
 {
+    if (m_silenced.count(station) != 0) return true;
     const auto silent = m_settings.silentStations.find(station);
     return silent != m_settings.silentStations.end() && m_schedule.isSilent(silent->second);
 }
@@ -102,7 +122,23 @@ Bytes RequestHandler::replyTo(const Exchange& exchange)
 {
     if (exchange.fault == FAULT_EXCEPTION)
         return exceptionReply(exchange.request, m_settings.exceptionCode);
-    return m_server.serve(exchange.request, m_stations, exchange.deaf);
+    return execute(exchange.request, exchange.deaf);
+}
+
+/// A station that refuses a broadcast does not execute it, and cannot say so.
+Bytes RequestHandler::execute(const Bytes& request, std::set<int> deaf)
+{
+    const int station = request[STATION_AT];
+    if (station != BROADCAST_STATION) {
+        const std::optional<int> code = refusalOf(m_settings.refusals, request, station);
+        if (!code) return m_server.serve(request, m_stations);
+        ++m_counts.refused;
+        return exceptionReply(request, *code);
+    }
+    for (const Refusal& refusal : m_settings.refusals) {
+        if (refusalOf({refusal}, request, refusal.station)) deaf.insert(refusal.station);
+    }
+    return m_server.serve(request, m_stations, deaf);
 }
 
 /// Stations that stall execute the broadcast after the stall.
@@ -116,13 +152,13 @@ void RequestHandler::takeBroadcast(const Request& request)
     later.deaf = deafNow;
     for (const auto& [station, memory] : m_stations.all())
         (m_backlog.holds(station, m_requestEnd) ? deafNow : later.deaf).insert(station);
-    m_server.serve(request.bytes, m_stations, deafNow);
+    execute(request.bytes, deafNow);
     if (later.deaf.size() < m_stations.all().size()) m_backlog.add(later);
 }
 
 std::set<int> RequestHandler::stationsThatAreSilentNow()
 {
-    std::set<int> silent;
+    std::set<int> silent = m_silenced;
     for (const auto& [station, share] : m_settings.silentStations) {
         if (m_schedule.isSilent(share)) silent.insert(station);
     }

@@ -4,6 +4,7 @@
 #include "backlog.h"
 #include "linePacing.h"
 #include "modbusServer.h"
+#include "refusals.h"
 #include "replySlots.h"
 #include "silenceMeter.h"
 
@@ -22,6 +23,7 @@ struct FaultSettings
     double lateShare = 0;                 ///< of the exchanges
     std::int64_t longestLatenessNs = 0;
     StallSettings stall;
+    std::vector<Refusal> refusals;
 };
 
 /// Counts for the report.
@@ -34,6 +36,7 @@ struct ExchangeCounts
     std::int64_t silent = 0;  ///< requests that a silent station ignored
     std::int64_t stalled = 0; ///< replies held back by a stall or its backlog
     std::int64_t late = 0;    ///< late replies sent
+    std::int64_t refused = 0; ///< requests that a Refusal refused
     std::array<std::int64_t, FAULT_KINDS> faults = {};
 };
 
@@ -67,6 +70,23 @@ public:
     /// The host has changed or is gone. Its held requests are still executed.
     void lineReset();
 
+    /// @name Orders while the line is served
+    /// @{
+    /// @return false when there are too many refusals: each request looks through all of them
+    bool refuse(const Refusal& refusal);
+    void refuseNothing()
+    {
+        m_settings.refusals.clear();
+    }
+    /// A station that is not silent any more has lost its share of FaultSettings, too.
+    void setSilent(int station, bool isSilent);
+    /// Stalls from `at` on. A length of 0 ends the stall that was ordered before.
+    void stall(std::int64_t at, std::int64_t length)
+    {
+        m_backlog.stall(at, length);
+    }
+    /// @}
+
     const ExchangeCounts& counts() const
     {
         return m_counts;
@@ -81,6 +101,7 @@ private:
     Exchange drawn(const Request& request);
     std::vector<OutgoingPiece> serve(const Exchange& exchange, std::int64_t at);
     Bytes replyTo(const Exchange& exchange);
+    Bytes execute(const Bytes& request, std::set<int> deaf);
     void takeBroadcast(const Request& request);
     std::set<int> stationsThatAreSilentNow();
     std::vector<OutgoingPiece> scheduled(const Bytes& reply, const Exchange& exchange,
@@ -94,6 +115,7 @@ private:
     LinePacing m_pacing;
     FaultSettings m_settings;
     FaultSchedule m_schedule;
+    std::set<int> m_silenced; // by order, whatever the share
     std::mt19937 m_random;
     ExchangeCounts m_counts;
     SilenceMeter m_silence;

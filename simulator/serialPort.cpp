@@ -1,6 +1,8 @@
 #include "serialPort.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
+#include <sys/ioctl.h>
 #include <termios.h>
 
 #include <cerrno>
@@ -24,9 +26,24 @@ const SpeedRow SPEEDS[] = {
 SerialPort::SerialPort(const std::string& device, int baud) : m_device(device)
 {
     m_descriptor.reset(open(device.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
-    if (m_descriptor.get() < 0) failLink(device);
+    if (m_descriptor.get() < 0) failOpening(device);
     if (!isatty(m_descriptor.get())) throw LinkError(device + ": not a serial port");
+    lock();
     configure(baud);
+    // Last: a terminal that another program keeps open would stay locked after a failure.
+    ioctl(m_descriptor.get(), TIOCEXCL);
+}
+
+SerialPort::~SerialPort()
+{
+    ioctl(m_descriptor.get(), TIOCNXCL);
+}
+
+/// Ahead of any change of the port: another program may be using it. flock keeps out the programs
+/// that look for it, TIOCEXCL every program but the administrator's.
+void SerialPort::lock()
+{
+    if (flock(m_descriptor.get(), LOCK_EX | LOCK_NB) != 0) failOpening(m_device);
 }
 
 void SerialPort::configure(int baud)

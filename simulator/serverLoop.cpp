@@ -55,7 +55,7 @@ ServerLoop::ServerLoop(LineEnd& line, RequestHandler& handler, PlcStations& stat
 void ServerLoop::run(const volatile std::sig_atomic_t& stop, const sigset_t& waitingMask,
                      bool untilStdinEnds)
 {
-    while (!stop) {
+    while (!stop && !isToQuit()) {
         bool ready[WAITED_FOR] = {};
         if (!waitForEvent(waitingMask, ready, untilStdinEnds)) continue;
         const std::int64_t now = monotonicNow();
@@ -70,6 +70,7 @@ void ServerLoop::run(const volatile std::sig_atomic_t& stop, const sigset_t& wai
             endSilentFrame(now);
         }
         sendDue();
+        if (ready[CONTROL]) serveControl();
     }
 }
 
@@ -82,6 +83,7 @@ bool ServerLoop::waitForEvent(const sigset_t& waitingMask, bool (&ready)[WAITED_
     wanted[LISTENER] = {m_line.listener(), POLLIN, 0};
     wanted[DEPARTURES] = {m_line.departures(), POLLIN, 0};
     wanted[STANDARD_INPUT] = {withInput ? STDIN_FILENO : -1, POLLIN, 0};
+    wanted[CONTROL] = {m_controlSocket ? m_controlSocket->descriptor() : -1, POLLIN, 0};
     const std::int64_t deadline = nextDeadline();
     const timespec left = timeUntil(deadline);
     if (ppoll(wanted, WAITED_FOR, deadline == NEVER ? nullptr : &left, &waitingMask) < 0)
@@ -146,7 +148,7 @@ void ServerLoop::serveHeld(std::int64_t now)
 void ServerLoop::moveSignals(std::int64_t at)
 {
     m_signalsAt = std::max(m_signalsAt, at);
-    for (const SignalValue& value : m_signals.changes((m_signalsAt - m_startedAt) / MILLISECOND_NS))
+    for (const PlaceValue& value : m_signals.changes((m_signalsAt - m_startedAt) / MILLISECOND_NS))
         m_stations.apply(value);
 }
 
@@ -176,4 +178,12 @@ void ServerLoop::sendDue()
     if (!piece.endsFrame) return;
     m_lateness.add(now - piece.dueAt);
     m_handler.replyEnded(now + m_pacing.timeAfterWrite(piece.bytes.size()));
+}
+
+void ServerLoop::serveControl()
+{
+    const std::int64_t now = monotonicNow();
+    moveSignals(now);
+    m_controlSocket->serve(
+        [this, now](const std::string& line) { return m_controlCommands->answer(line, now); });
 }

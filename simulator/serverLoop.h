@@ -1,8 +1,11 @@
 #ifndef SERVER_LOOP_H
 #define SERVER_LOOP_H
 
+#include "controlCommands.h"
+#include "controlSocket.h"
 #include "lineEnd.h"
 #include "requestHandler.h"
+#include "signals.h"
 
 #include <csignal>
 #include <deque>
@@ -15,7 +18,16 @@ public:
     ServerLoop(LineEnd& line, RequestHandler& handler, PlcStations& stations, SignalSet& signals,
                const LinePacing& pacing);
 
-    /// Serves until a signal handler sets `stop`, or until standard input ends if `untilStdinEnds`.
+    /// Call it before run(). The line goes first: clients are served between two turns of the line.
+    /// @param socket, commands  outlive this
+    void setControl(ControlSocket& socket, ControlCommands& commands)
+    {
+        m_controlSocket = &socket;
+        m_controlCommands = &commands;
+    }
+
+    /// Serves until a signal handler sets `stop`, until standard input ends if `untilStdinEnds`, or
+    /// until a control client orders the end.
     /// @param waitingMask  signals that stay blocked while the loop waits. The signals that set
     /// `stop`
     ///                     must be blocked at all other times: none comes between test and wait.
@@ -32,7 +44,7 @@ public:
     }
 
 private:
-    enum { LINE, LISTENER, DEPARTURES, STANDARD_INPUT, WAITED_FOR };
+    enum { LINE, LISTENER, DEPARTURES, STANDARD_INPUT, CONTROL, WAITED_FOR };
 
     bool waitForEvent(const sigset_t& waitingMask, bool (&ready)[WAITED_FOR], bool withInput);
     std::int64_t nextDeadline() const;
@@ -44,6 +56,11 @@ private:
     void moveSignals(std::int64_t at);
     void queue(std::vector<OutgoingPiece> pieces);
     void sendDue();
+    void serveControl();
+    bool isToQuit() const
+    {
+        return m_controlCommands && m_controlCommands->isQuit();
+    }
 
     LineEnd& m_line;
     RequestHandler& m_handler;
@@ -53,6 +70,8 @@ private:
     RequestCutter m_cutter;
     std::deque<OutgoingPiece> m_outgoing; // in order of time
     Durations m_lateness;
+    ControlSocket* m_controlSocket = nullptr; // null: there is none
+    ControlCommands* m_controlCommands = nullptr;
     std::int64_t m_startedAt;
     std::int64_t m_signalsAt;
 };

@@ -65,9 +65,9 @@ SignalSet::SignalSet(const std::vector<Signal>& moving, unsigned seed)
         m_moving.push_back({signal, std::int64_t(random()) % signal.periodMs, std::nullopt});
 }
 
-std::vector<SignalValue> SignalSet::changes(std::int64_t timeMs)
+std::vector<PlaceValue> SignalSet::changes(std::int64_t timeMs)
 {
-    std::vector<SignalValue> changed;
+    std::vector<PlaceValue> changed;
     for (Moving& moving : m_moving) {
         const std::uint16_t value = valueAt(moving.signal, timeMs + moving.phaseMs);
         if (moving.last == value) continue;

@@ -1,12 +1,12 @@
 #ifndef SIGNALS_H
 #define SIGNALS_H
 
+#include "place.h"
+
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
-
-enum Area { AREA_IW, AREA_QW, AREA_MW, AREA_IX, AREA_QX, AREA_MX };
 
 enum SignalKind {
     SIGNAL_RAMP,    ///< from 0 to the amplitude within a period, then from 0 again
@@ -16,25 +16,12 @@ enum SignalKind {
     SIGNAL_KINDS
 };
 
-struct SignalPlace
-{
-    int station = 1;
-    Area area = AREA_IW;
-    int number = 0; ///< as on the wire: MW and MX from 3000
-};
-
 struct Signal
 {
-    SignalPlace place;
+    Place place;
     SignalKind kind = SIGNAL_RAMP;
     std::int64_t periodMs = 1000; ///< 1 to 86,400,000
     int amplitude = 1;            ///< 1 to 65535, of a sine 32767
-};
-
-struct SignalValue
-{
-    SignalPlace place;
-    std::uint16_t value = 0; ///< 0 or 1 for a bit
 };
 
 /// A signal from "STATION:AREA:NUMBER:KIND[:PERIOD_MS[:AMPLITUDE]]".
@@ -53,7 +40,7 @@ public:
 
     /// The values that changed since the last call. An unchanged value is not repeated, so that a
     /// host's write to its place lasts until the signal changes.
-    std::vector<SignalValue> changes(std::int64_t timeMs);
+    std::vector<PlaceValue> changes(std::int64_t timeMs);
 
 private:
     struct Moving

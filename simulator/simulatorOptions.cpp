@@ -1,8 +1,8 @@
 #include "simulatorOptions.h"
 
 #include "faultOptions.h"
+#include "numberText.h"
 
-#include <cstdio>
 #include <set>
 
 namespace {
@@ -18,10 +18,11 @@ const std::int64_t MICROSECOND_NS = 1000;
 struct RawOptions
 {
     std::vector<int> stations;
-    std::vector<std::string> ranges;
+    std::vector<std::string> stationLists;
     std::vector<std::string> signals;
     bool demoSignals = false;
     int turnaroundUs = 0;
+    RawMemory memory;
     RawFaults faults;
 };
 
@@ -31,8 +32,10 @@ void addStations(CLI::App& app, RawOptions& raw)
                    "a station; repeat the option, or give a list (default 1)")
         ->check(CLI::Range(1, LAST_STATION))
         ->delimiter(',');
-    app.add_option("--stations", raw.ranges, "all stations from A to B, 1 to 247")
-        ->type_name("A-B");
+    app.add_option("--stations", raw.stationLists,
+                   "stations and ranges of stations, such as 1-8 or 1,3-5,247")
+        ->type_name("LIST")
+        ->allow_extra_args(false);
 }
 
 void addLink(CLI::App& app, SimulatorOptions& options, RawOptions& raw)
@@ -77,6 +80,9 @@ void addSignals(CLI::App& app, SimulatorOptions& options, RawOptions& raw)
 
 void addEnd(CLI::App& app, SimulatorOptions& options)
 {
+    app.add_option("--control", options.controlPath,
+                   "take commands on a Unix socket while the line is served (default: none)")
+        ->type_name("PATH");
     app.add_option("--report", options.reportFile,
                    "write counts and times at the end (default: none)")
         ->type_name("FILE");
@@ -90,18 +96,26 @@ void addEnd(CLI::App& app, SimulatorOptions& options)
     throw CLI::ValidationError(option, why);
 }
 
+/// Adds "3" or "3-5".
+void addStations(const std::string& item, std::set<int>& all)
+{
+    const std::size_t dash = item.find('-');
+    const std::string end = dash == std::string::npos ? item : item.substr(dash + 1);
+    int first = 0;
+    int last = 0;
+    if (!readNumber(item.substr(0, dash), 1, LAST_STATION, first) ||
+        !readNumber(end, first, LAST_STATION, last))
+        refuse("--stations", "'" + item + "' is neither a station, 1 to 247, nor A-B with A <= B");
+    for (int station = first; station <= last; ++station)
+        all.insert(station);
+}
+
 std::vector<int> stationsOf(const RawOptions& raw)
 {
     std::set<int> all(raw.stations.begin(), raw.stations.end());
-    for (const std::string& range : raw.ranges) {
-        int first = 0;
-        int last = 0;
-        char rest = 0;
-        if (std::sscanf(range.c_str(), "%d-%d%c", &first, &last, &rest) != 2 || first < 1 ||
-            last > LAST_STATION || first > last)
-            refuse("--stations", "'" + range + "' is not A-B with 1 <= A <= B <= 247");
-        for (int station = first; station <= last; ++station)
-            all.insert(station);
+    for (const std::string& list : raw.stationLists) {
+        for (const std::string& item : fieldsOf(list, ','))
+            addStations(item, all);
     }
     if (all.empty()) all.insert(1);
     return std::vector<int>(all.begin(), all.end());
@@ -133,6 +147,7 @@ SimulatorOptions parseOptions(CLI::App& app, int argc, char** argv)
     addStations(app, raw);
     addLink(app, options, raw);
     addSignals(app, options, raw);
+    addMemory(app, options.memory, raw.memory);
     addFaults(app, options.faults, raw.faults);
     app.add_flag("--echo", options.echo,
                  "return every byte that the host sends, ahead of all other bytes, as a two-wire "
@@ -142,6 +157,7 @@ SimulatorOptions parseOptions(CLI::App& app, int argc, char** argv)
 
     options.stations = stationsOf(raw);
     options.signals = signalsOf(raw, options.stations);
+    finishMemory(options.memory, options.faults.refusals, raw.memory, options.stations);
     finishFaults(options.faults, raw.faults, options.stations);
     options.line.turnaroundNs = raw.turnaroundUs * MICROSECOND_NS;
     options.line.isNetwork = options.tcpPort >= 0;

@@ -2,6 +2,7 @@
 #define SIMULATOR_OPTIONS_H
 
 #include "linePacing.h"
+#include "memoryOptions.h"
 #include "requestHandler.h"
 #include "signals.h"
 
@@ -22,7 +23,9 @@ struct SimulatorOptions
     bool echo = false;
     std::vector<Signal> signals;
     unsigned seed = 1;
+    MemorySettings memory;
     FaultSettings faults;
+    std::string controlPath; ///< empty: no control socket
     std::string reportFile;
     std::string dumpFile;
     bool untilStdinEnds = false;

@@ -53,7 +53,7 @@ void TcpPort::listenAt(int port)
     setsockopt(m_listener.get(), SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
     if (bind(m_listener.get(), found->ai_addr, found->ai_addrlen) != 0 ||
         listen(m_listener.get(), WAITING_HOSTS) != 0)
-        failLink(name);
+        failOpening(name);
 }
 
 std::string TcpPort::address() const

@@ -12,6 +12,10 @@ public:
     {
         reset();
     }
+    UniqueDescriptor(UniqueDescriptor&& other) noexcept : m_descriptor(other.m_descriptor)
+    {
+        other.m_descriptor = -1;
+    }
     UniqueDescriptor(const UniqueDescriptor&) = delete;
     UniqueDescriptor& operator=(const UniqueDescriptor&) = delete;
 

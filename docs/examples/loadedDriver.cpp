@@ -1,4 +1,4 @@
-// Loads the driver by its file name, as a panel does, and prints the driver's version.
+// Loads the driver by its file name, as a panel does, and prints the driver's interface version.
 // usage: loadedDriver FILE     FILE may omit the folder and the suffix
 
 #include "quorvane_ka_kb_plc.h"
@@ -22,6 +22,6 @@ int main(int argc, char** argv)
     }
     QString version;
     getVersion(&version);
-    std::printf("version %s\n", qPrintable(version));
+    std::printf("interface version %s\n", qPrintable(version));
     return 0;
 }

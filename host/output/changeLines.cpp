@@ -1,7 +1,6 @@
 #include "output/changeLines.h"
 
 #include "output/columnText.h"
-#include "wire/timeUnits.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -10,15 +9,6 @@
 
 namespace {
 
-enum { SECOND_DIGITS = 6 };
-
-QString secondsText(qint64 time)
-{
-    const QString fraction =
-        QString::number(time % SECOND).rightJustified(SECOND_DIGITS, QLatin1Char('0'));
-    return QString::number(time / SECOND) + QLatin1Char('.') + fraction;
-}
-
 QString stateText(const WatchRow& row)
 {
     if (row.good) return QLatin1String(" = ") + row.value;
@@ -26,9 +16,9 @@ QString stateText(const WatchRow& row)
     return QLatin1String(" bad: ") + row.trouble;
 }
 
-QByteArray jsonLine(QJsonObject object, qint64 time)
+QByteArray jsonLine(QJsonObject object, qint64 time, const TimeText& times)
 {
-    object.insert(QLatin1String("time"), double(time) / SECOND);
+    times.insertInto(object, time);
     return QJsonDocument(object).toJson(QJsonDocument::Compact);
 }
 
@@ -42,13 +32,13 @@ QJsonValue jsonValue(const QString& value)
     return ok && std::isfinite(number) ? QJsonValue(number) : QJsonValue(value);
 }
 
-QString changeLine(const WatchRow& row, qint64 time)
+QString changeLine(const WatchRow& row, qint64 time, const TimeText& times)
 {
     const QString gap = QString::fromLatin1("  ");
-    return secondsText(time) + gap + printableText(row.name + gap + row.address + stateText(row));
+    return times.text(time) + gap + printableText(row.name + gap + row.address + stateText(row));
 }
 
-QByteArray changeJson(const WatchRow& row, qint64 time)
+QByteArray changeJson(const WatchRow& row, qint64 time, const TimeText& times)
 {
     QJsonObject object;
     object.insert(QLatin1String("name"), row.name);
@@ -56,17 +46,17 @@ QByteArray changeJson(const WatchRow& row, qint64 time)
     object.insert(QLatin1String("value"), jsonValue(row.value));
     object.insert(QLatin1String("good"), row.good);
     object.insert(QLatin1String("trouble"), row.trouble);
-    return jsonLine(object, time);
+    return jsonLine(object, time, times);
 }
 
-QString eventLine(const QString& event, qint64 time)
+QString eventLine(const QString& event, qint64 time, const TimeText& times)
 {
-    return secondsText(time) + QLatin1String("  ") + printableText(event);
+    return times.text(time) + QLatin1String("  ") + printableText(event);
 }
 
-QByteArray eventJson(const QString& event, qint64 time)
+QByteArray eventJson(const QString& event, qint64 time, const TimeText& times)
 {
     QJsonObject object;
     object.insert(QLatin1String("event"), event);
-    return jsonLine(object, time);
+    return jsonLine(object, time, times);
 }

@@ -37,6 +37,7 @@ void FrameGatherer::takeAnswer(std::vector<GatheredFrame>& frames)
 std::vector<GatheredFrame> FrameGatherer::add(const FrameRecord& record)
 {
     std::vector<GatheredFrame> frames;
+    if (record.direction == FrameRecord::NO_ANSWER) return frames;
     if (record.direction != FrameRecord::RECEIVED) {
         frames = flush();
         m_request = record.bytes;

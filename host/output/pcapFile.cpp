@@ -1,10 +1,11 @@
 #include "output/pcapFile.h"
 
+#include "output/writtenFile.h"
 #include "wire/timeUnits.h"
 
-#include <QFile>
-
 #include <pcap/pcap.h>
+
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
@@ -91,16 +92,21 @@ void PcapFile::CloseDump::operator()(pcap_dumper* dump) const
     pcap_dump_close(dump);
 }
 
-PcapFile::PcapFile(const QString& fileName, qint64 startClock)
+PcapFile::PcapFile(const QString& fileName, qint64 startClock, bool (*isToEnd)())
     : m_fileName(fileName),
       m_startClock(startClock),
       m_handle(pcap_open_dead(DLT_RAW, LONGEST_PACKET))
 {
     if (m_handle == nullptr) fail(fileName, "out of memory");
-    errno = 0;
-    m_dump.reset(pcap_dump_open(m_handle.get(), QFile::encodeName(fileName).constData()));
-    if (m_dump == nullptr)
-        fail(fileName, errno != 0 ? std::strerror(errno) : pcap_geterr(m_handle.get()));
+    if (isStandardOutput(fileName) && isatty(STDOUT_FILENO))
+        fail(fileName, "standard output is a terminal");
+    try {
+        // The dump owns the stream from here on, also after a failure.
+        m_dump.reset(pcap_dump_fopen(m_handle.get(), openFile(fileName, isToEnd).release()));
+    } catch (const WriteError& error) {
+        fail(fileName, error.what());
+    }
+    if (m_dump == nullptr) fail(fileName, pcap_geterr(m_handle.get()));
     flush();
 }
 

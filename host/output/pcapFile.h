@@ -35,10 +35,11 @@ class PcapFile
 public:
     enum { PLC_PORT = 10502 };
 
-    /// @param fileName    an existing file is replaced; "-" is standard output
+    /// @param fileName    see writtenFile.h; a terminal as standard output is refused
     /// @param startClock  wall-clock time of the records' time 0, in microseconds since 1970 (UTC)
+    /// @param isToEnd     whether the program is to end: a waiting reader is then given up
     /// @throws PcapError when the file cannot be written
-    PcapFile(const QString& fileName, qint64 startClock);
+    PcapFile(const QString& fileName, qint64 startClock, bool (*isToEnd)());
     ~PcapFile();
 
     /// Adds a record. Writes the frames that it completes and flushes the file.

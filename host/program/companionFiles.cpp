@@ -15,9 +15,10 @@ QString besideProgram(const char* name)
 
 QString companionDriver()
 {
-    // The driver lies at the top of a build tree, and in the library folder of an installed tree.
+    // The driver lies at the top of a build tree, and in the folder for this program's version of
+    // Qt of an installed tree. The name in the library folder may lead to the driver of another Qt.
     for (const char* name :
-         {"../libquorvane_ka_kb_plc.so", "../" KAKB_LIBRARY_FOLDER "/libquorvane_ka_kb_plc.so"}) {
+         {"../libquorvane_ka_kb_plc.so", "../" KAKB_DRIVER_FOLDER "/libquorvane_ka_kb_plc.so"}) {
         const QString file = besideProgram(name);
         if (QFile::exists(file)) return file;
     }

@@ -39,11 +39,13 @@ HostProgram::HostProgram(const DriverLibrary& driver, const LinkOptions& options
       m_values(tags.size(), options.trace || !options.pcap.empty()),
       m_tags(tags.size())
 {
+    stopOnSignals();
     m_run.emplace(driver, settings(tags, reading), tags, m_values);
-    if (options.trace) m_trace.emplace(stderr);
-    if (!options.pcap.empty())
-        m_capture.emplace(QString::fromStdString(options.pcap),
-                          QDateTime::currentMSecsSinceEpoch() * MILLISECOND);
+    const qint64 startClock =
+        QDateTime::currentMSecsSinceEpoch() * qint64(MILLISECOND) - m_run->now();
+    m_times = TimeText(options.time, startClock);
+    if (options.trace) m_trace.emplace(stderr, m_times);
+    if (!options.pcap.empty()) openCapture(startClock);
 }
 
 HostProgram::~HostProgram()
@@ -56,6 +58,16 @@ HostProgram::~HostProgram()
     }
     if (m_trace) m_trace->flush();
     tellMissedFrames();
+}
+
+void HostProgram::openCapture(qint64 startClock)
+{
+    try {
+        m_capture.emplace(QString::fromStdString(m_options.pcap), startClock, stopRequested);
+    } catch (const PcapError& error) {
+        if (!stopRequested()) throw;
+        throw VerbFailure(EXIT_INTERRUPTED, QString::fromUtf8(error.what()));
+    }
 }
 
 LinkRun::Settings HostProgram::settings(const std::vector<Tag>& tags, LinkRun::Reading reading)
@@ -88,10 +100,15 @@ ExitStatus HostProgram::run(const std::function<ExitStatus()>& work)
     }
 }
 
+void HostProgram::tell(const QString& sentence)
+{
+    if (m_trace) m_trace->flush();
+    std::fprintf(stderr, "kakb-host: %s\n", qUtf8Printable(sentence));
+}
+
 /// News that came together with the open link is kept for the next call of next().
 void HostProgram::connect()
 {
-    stopOnSignals();
     m_run->start();
     bool wasOpen = false;
     while (!stopRequested() && !wasOpen) {

@@ -22,7 +22,8 @@ class HostProgram
 {
 public:
     /// @param tags  tags of the verb
-    /// @throws LinkTextError, LinkError, PcapError
+    /// @throws LinkTextError, LinkError, PcapError; VerbFailure when the user requests a stop while
+    ///         the capture waits for its reader
     HostProgram(const DriverLibrary& driver, const LinkOptions& options,
                 const std::vector<Tag>& tags, LinkRun::Reading reading);
     ~HostProgram();
@@ -51,10 +52,22 @@ public:
     /// @throws VerbFailure unless the job was done
     void mustBeDone(const JobEnd& end) const;
 
+    /// The exit status of a verb whose job did not end as DONE.
+    ExitStatus statusOf(JobEnd::Outcome outcome) const;
+
+    /// Prints a failure, behind the trace of the frames before it.
+    void tell(const QString& sentence);
+
     /// The link is lost for good: a simulated PLC that this program started has ended.
     bool isOver() const
     {
         return m_simulator && m_linkTrouble;
+    }
+
+    /// How this run shows times. They are on the clock of link().now().
+    const TimeText& times() const
+    {
+        return m_times;
     }
 
     LinkRun& link()
@@ -76,15 +89,16 @@ public:
 
 private:
     LinkRun::Settings settings(const std::vector<Tag>& tags, LinkRun::Reading reading);
+    void openCapture(qint64 startClock);
     void record(const News& news);
     void tellMissedFrames() const;
     void tellLongPreparation();
-    ExitStatus statusOf(JobEnd::Outcome outcome) const;
 
     const DriverLibrary& m_driver;
     const LinkOptions m_options;
     std::optional<SimulatedPlc> m_simulator; ///< the link's thread calls only its open()
     SharedValues m_values;                   ///< the link's thread writes to it; guards itself
+    TimeText m_times;
     std::optional<FrameTrace> m_trace;
     std::optional<PcapFile> m_capture;
     std::optional<LinkRun> m_run;

@@ -2,6 +2,7 @@
 #define LINK_OPTIONS_H
 
 #include "exchange/exchangeMachine.h"
+#include "output/timeText.h"
 #include "plan/readPlan.h"
 
 #include <string>
@@ -22,6 +23,7 @@ struct LinkOptions
     bool trace = false;
     std::string pcap;
     bool json = false;
+    TimeText::Style time = TimeText::RELATIVE; ///< of the trace, of lines and of objects
 };
 
 #endif

@@ -6,13 +6,14 @@
 #include <optional>
 #include <vector>
 
-/// The verdict on an address, for the user. It is the driver's verdict with one exception: a write
-/// that would change another area is not valid, although the driver accepts it.
+/// The verdict on an address, for the user. It is the driver's verdict with two exceptions: a bit
+/// digit above 7 and a write that would change another area are not valid, although the driver
+/// accepts them.
 struct AddressVerdict
 {
     int result = ADDRESS_VALID; ///< the driver's AddressCheckResult
     QString reason;             ///< why the address is not valid, in words; empty: it is valid
-    QString address;            ///< normal form, "13.1" for "12.9"; only of a valid address
+    QString address;            ///< normal form, "12.3" for "012.3"; only of a valid address
     int number = 0;             ///< address number; only of a valid address
 
     bool isValid() const

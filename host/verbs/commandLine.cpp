@@ -1,5 +1,7 @@
 #include "verbs/commandLine.h"
 
+#include "output/writtenFile.h"
+#include "plan/addressReason.h"
 #include "program/companionFiles.h"
 #include "verbs/addressVerbs.h"
 #include "verbs/commandOptions.h"
@@ -29,8 +31,10 @@ std::vector<Tag> chosenTags(const CommandOptions& options, const DriverLibrary& 
     const TagChoice choice(driver, text(options.tagFile));
     if (options.names.empty()) return choice.inFile();
     std::vector<Tag> tags;
-    for (const std::string& name : options.names)
-        tags.push_back(choice.named(text(name)));
+    for (const std::string& name : options.names) {
+        const std::vector<Tag> named = choice.named(text(name));
+        tags.insert(tags.end(), named.begin(), named.end());
+    }
     return tags;
 }
 
@@ -68,9 +72,11 @@ ExitStatus plan(const CommandOptions& options, const DriverLibrary& driver)
 ExitStatus write(const CommandOptions& options, const DriverLibrary& driver)
 {
     const TagChoice choice(driver, text(options.tagFile));
-    std::vector<Assignment> assignments;
+    QStringList arguments;
     for (const std::string& name : options.names)
-        assignments.push_back(assignment(text(name), choice, driver));
+        arguments << text(name);
+    const std::vector<Assignment> assignments = assignmentsOf(
+        arguments, choice, driver, options.allowNan ? ALLOW_NON_FINITE : REFUSE_NON_FINITE);
     return writeTags(driver, options.link, assignments);
 }
 
@@ -80,7 +86,23 @@ RecipeOptions recipeOptions(const CommandOptions& options)
     recipe.file = text(options.recipeFile);
     recipe.output = text(options.recipeOutput);
     recipe.verify = options.verify;
+    recipe.allowsNan = options.allowNan;
     return recipe;
+}
+
+/// The place that check and series ask about, in one word ("MW100") or in two.
+/// @throws CLI::RequiredError without an address
+void mustHaveAddress(const CommandOptions& options)
+{
+    const bool hasDigit = options.area.find_first_of("0123456789") != std::string::npos;
+    if (options.address.empty() && !hasDigit) throw CLI::RequiredError("ADDRESS");
+}
+
+AreaAndAddress placeOf(const CommandOptions& options, const DriverLibrary& driver)
+{
+    if (options.address.empty()) return areaAndAddress(text(options.area), driver);
+    const QString known = areaName(text(options.area), driver);
+    return {known.isEmpty() ? text(options.area) : known, text(options.address)};
 }
 
 void addQuestions(CLI::App& app, CommandOptions& o, Verb& chosen)
@@ -97,8 +119,10 @@ void addQuestions(CLI::App& app, CommandOptions& o, Verb& chosen)
     addAddress(check, o);
     check->add_flag("--write", o.write, "check also whether the address may be written");
     check->callback([&] {
+        mustHaveAddress(o);
         chosen = [&](const DriverLibrary& driver) {
-            return printCheck(stdout, driver, text(o.area), text(o.address), o.count, o.write,
+            const AreaAndAddress place = placeOf(o, driver);
+            return printCheck(stdout, driver, place.area, place.address, o.count, o.write,
                               o.link.json)
                        ? EXIT_DONE
                        : EXIT_INVALID;
@@ -110,8 +134,10 @@ void addQuestions(CLI::App& app, CommandOptions& o, Verb& chosen)
         ->check(CLI::Range(1, 65536))
         ->capture_default_str();
     series->callback([&] {
+        mustHaveAddress(o);
         chosen = [&](const DriverLibrary& driver) {
-            return printSeries(stdout, driver, text(o.area), text(o.address), o.count, o.interval,
+            const AreaAndAddress place = placeOf(o, driver);
+            return printSeries(stdout, driver, place.area, place.address, o.count, o.interval,
                                o.link.json)
                        ? EXIT_DONE
                        : EXIT_INVALID;
@@ -132,6 +158,7 @@ void addTransfers(CLI::App& app, CommandOptions& o, Verb& chosen)
 {
     CLI::App* watchVerb = app.add_subcommand("watch", "Polls the tags and shows changes");
     addPolledTags(watchVerb, o);
+    addTurnaround(watchVerb, o);
     addLink(watchVerb, o);
     addGap(watchVerb, o);
     watchVerb->add_option("--seconds", o.seconds, "end after so many seconds; 0: run until stopped")
@@ -144,18 +171,28 @@ void addTransfers(CLI::App& app, CommandOptions& o, Verb& chosen)
     });
     CLI::App* readVerb = app.add_subcommand("read", "Reads tags or addresses once");
     readVerb->add_option("NAME", o.names,
-                         "names of the tag file, or addresses: MW100, MX12.3, 2:QW8");
+                         "names of the tag file, or addresses: MW100, MX12.3, 2:QW8, "
+                         "MW100:float32:high, IW0:hex, MW0..MW62, MW0+16:int16");
+    readVerb->add_flag("--both-orders", o.bothOrders,
+                       "show each 32-bit value in both word orders, with the type of each");
     addTags(readVerb, o);
+    addTurnaround(readVerb, o);
     addLink(readVerb, o);
     addGap(readVerb, o);
     readVerb->callback([&] {
         chosen = [&](const DriverLibrary& driver) {
-            return readTags(driver, o.link, someTags(o, driver));
+            const std::vector<Tag> tags = someTags(o, driver);
+            return readTags(driver, o.link, o.bothOrders ? inBothOrders(tags) : tags,
+                            o.bothOrders ? WITH_WORD_ORDER : NAMED_ONLY);
         };
     });
     CLI::App* writeVerb = app.add_subcommand("write", "Writes values; the PLC confirms them");
-    writeVerb->add_option("NAME=VALUE", o.names, "such as level=3.5, MW100=7 or MX12.3=1")
+    writeVerb
+        ->add_option("NAME=VALUE", o.names,
+                     "such as level=3.5, MW100=7, MX12.3=1, "
+                     "MW100:float32=21.5, MW10=0xFF or MW10=1,2,3")
         ->required();
+    addAllowNan(writeVerb, o);
     addTags(writeVerb, o);
     addLink(writeVerb, o);
     writeVerb->callback(
@@ -174,17 +211,45 @@ void addRecipe(CLI::App& app, CommandOptions& o, Verb& chosen)
         verb->add_flag("--verify", o.verify, "read back, and name every value that differs");
         addLink(verb, o);
     }
-    upload->add_option("--output", o.recipeOutput, "file to write (default: FILE itself)");
+    upload->add_option(
+        "--output", o.recipeOutput,
+        "file to write; -: standard output, the messages then go to standard error (default: "
+        "FILE itself)");
+    addAllowNan(download, o);
     download->callback([&] {
         chosen = [&](const DriverLibrary& driver) {
             return downloadRecipe(driver, o.link, recipeOptions(o));
         };
     });
     upload->callback([&] {
+        if (o.recipeOutput.empty()) o.recipeOutput = o.recipeFile;
         chosen = [&](const DriverLibrary& driver) {
             return uploadRecipe(driver, o.link, recipeOptions(o));
         };
     });
+}
+
+ExitStatus usageError(const std::string& sentence)
+{
+    std::fprintf(stderr, "kakb-host: %s\n", sentence.c_str());
+    return EXIT_USAGE;
+}
+
+bool writesToStandardOutput(const CommandOptions& options)
+{
+    return isStandardOutput(text(options.link.pcap)) ||
+           isStandardOutput(text(options.recipeOutput));
+}
+
+/// Two files in one would be neither of them.
+std::string problemOfFiles(const CommandOptions& options)
+{
+    const QString capture = text(options.link.pcap);
+    const QString recipe = text(options.recipeOutput);
+    const bool areOne =
+        !capture.isEmpty() &&
+        (capture == recipe || (isStandardOutput(capture) && isStandardOutput(recipe)));
+    return areOne ? "--pcap and the uploaded recipe name the same file" : std::string();
 }
 
 } // namespace
@@ -204,10 +269,16 @@ std::optional<ExitStatus> parseCommandLine(int argc, char** argv, Command& comma
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        if (error.get_exit_code() == 0) return app.exit(error) == 0 ? EXIT_DONE : EXIT_USAGE;
-        std::fprintf(stderr, "kakb-host: %s\n", usageSentence(app, error).c_str());
-        return EXIT_USAGE;
+        if (error.get_exit_code() == 0) {
+            const std::string wrongVerb = wrongVerbSentence(app);
+            if (!wrongVerb.empty()) return usageError(wrongVerb);
+            return app.exit(error) == 0 ? EXIT_DONE : EXIT_USAGE;
+        }
+        return usageError(usageSentence(app, error));
     }
+    const std::string problem = problemOfFiles(*options);
+    if (!problem.empty()) return usageError(problem);
+    command.writesFileToStandardOutput = writesToStandardOutput(*options);
     command.verb = [options, verb = command.verb](const DriverLibrary& driver) {
         return verb(driver);
     };

@@ -13,6 +13,7 @@ struct Command
 {
     std::string driver; ///< file of the driver; empty: companionDriver()
     std::function<ExitStatus(const DriverLibrary&)> verb;
+    bool writesFileToStandardOutput = false; ///< then the values go to standard error
 };
 
 /// Reads the command line into the command. The command keeps copies of the verb's arguments.

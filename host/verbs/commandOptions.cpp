@@ -13,6 +13,12 @@ EchoMode echoMode(const std::string& text)
     return text == "no" ? ECHO_ABSENT : ECHO_UNKNOWN;
 }
 
+TimeText::Style timeStyle(const std::string& text)
+{
+    if (text == "iso") return TimeText::ISO;
+    return text == "local" ? TimeText::LOCAL : TimeText::RELATIVE;
+}
+
 } // namespace
 
 CLI::Validator numberFrom(double lowest, double highest)
@@ -40,17 +46,26 @@ void addPolledTags(CLI::App* verb, CommandOptions& options)
     addTags(verb, options, "; default, on the simulated PLC only: the demo's tag file");
 }
 
-void addTiming(CLI::App* verb, CommandOptions& options)
+void addLinkAddress(CLI::App* verb, CommandOptions& options)
 {
-    LinkOptions& link = options.link;
-    verb->add_option("--link", link.link,
+    verb->add_option("--link", options.link.link,
                      "sim, serial:DEVICE,BAUD,DATA BITS,PARITY,STOP BITS or tcp:HOST,PORT; the "
                      "driver supplies omitted parts")
         ->capture_default_str();
-    verb->add_option("--turnaround-us", link.turnaroundUs,
+}
+
+void addTurnaround(CLI::App* verb, CommandOptions& options)
+{
+    verb->add_option("--turnaround-us", options.link.turnaroundUs,
                      "time that a station takes to begin its answer, for the plan")
         ->check(CLI::Range(0, 1000000))
         ->capture_default_str();
+}
+
+void addTiming(CLI::App* verb, CommandOptions& options)
+{
+    addLinkAddress(verb, options);
+    addTurnaround(verb, options);
     addJson(verb, options);
 }
 
@@ -65,7 +80,8 @@ void addGap(CLI::App* verb, CommandOptions& options)
 void addLink(CLI::App* verb, CommandOptions& options)
 {
     LinkOptions& link = options.link;
-    addTiming(verb, options);
+    addLinkAddress(verb, options);
+    addJson(verb, options);
     verb->add_option("--timeout-ms", link.timeoutMs,
                      "longest time that a station takes to begin its answer; over TCP, until all "
                      "of the answer is there")
@@ -83,18 +99,34 @@ void addLink(CLI::App* verb, CommandOptions& options)
             "whether the link returns every byte that the host sends")
         ->check(CLI::IsMember({"yes", "no", "auto"}))
         ->default_str("auto");
+    verb->add_option_function<std::string>(
+            "--time", [&link](const std::string& style) { link.time = timeStyle(style); },
+            "times in lines, objects and the trace: seconds since the start, UTC, or local time "
+            "with its offset")
+        ->check(CLI::IsMember({"relative", "iso", "local"}))
+        ->default_str("relative");
     verb->add_flag("--trace", link.trace, "print every frame to standard error");
-    verb->add_option("--pcap", link.pcap, "write the requests and their answers to a capture file");
+    verb->add_option(
+        "--pcap", link.pcap,
+        "write the requests and their answers to a capture file; -: standard output, the values "
+        "then go to standard error");
     verb->add_option("--simulator", link.simulator,
                      "program of the simulated PLC (default: kakb-sim beside this program)");
     verb->add_option("--simulator-arguments", link.simulatorArguments,
                      "more arguments for the simulated PLC, separated by blanks");
 }
 
+void addAllowNan(CLI::App* verb, CommandOptions& options)
+{
+    verb->add_flag("--allow-nan", options.allowNan, "write also the values nan, inf and -inf");
+}
+
 void addAddress(CLI::App* verb, CommandOptions& options)
 {
-    verb->add_option("AREA", options.area, "MW, IW, QW, MX, IX or QX")->required();
-    verb->add_option("ADDRESS", options.address, "such as 100 or 12.3")->required();
+    verb->add_option("AREA", options.area,
+                     "MW, IW, QW, MX, IX or QX, with or without the address: MW100")
+        ->required();
+    verb->add_option("ADDRESS", options.address, "such as 100 or 12.3");
     verb->add_option("--count", options.count, "words or bits")
         ->check(CLI::Range(1, 65536))
         ->capture_default_str();

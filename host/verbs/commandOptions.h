@@ -22,6 +22,8 @@ struct CommandOptions
     std::string recipeFile;
     std::string recipeOutput;
     bool verify = false;
+    bool allowNan = false;
+    bool bothOrders = false;
     LinkOptions link;
 };
 
@@ -39,14 +41,23 @@ void addTags(CLI::App* verb, CommandOptions& options, const char* otherwise = ""
 /// The tag file of a verb that polls. It has a default only for the simulated PLC.
 void addPolledTags(CLI::App* verb, CommandOptions& options);
 
+/// Where the PLC is.
+void addLinkAddress(CLI::App* verb, CommandOptions& options);
+
+/// For the verbs that group their reads by the time that a request takes.
+void addTurnaround(CLI::App* verb, CommandOptions& options);
+
 /// The options that a plan depends on.
 void addTiming(CLI::App* verb, CommandOptions& options);
 
 /// The limit of the gaps that a request reads.
 void addGap(CLI::App* verb, CommandOptions& options);
 
-/// The options of a verb that opens the link, with those of addTiming().
+/// The options of a verb that opens the link.
 void addLink(CLI::App* verb, CommandOptions& options);
+
+/// Whether nan and infinite values may be written.
+void addAllowNan(CLI::App* verb, CommandOptions& options);
 
 /// Area, address and count.
 void addAddress(CLI::App* verb, CommandOptions& options);

@@ -43,7 +43,7 @@ QString kindWords(const AreaDescription& area)
 struct Identity
 {
     int type = 0;
-    QString version;
+    QString version; ///< of the driver's interface; not the project's
     QString page;
     QStringList parameters;
 };
@@ -76,7 +76,7 @@ void printInfoObject(std::FILE* out, const Identity& identity,
     }
     printObject(out, {{text("protocol"), parts.value(PROTOCOL_PART)},
                       {text("type"), identity.type},
-                      {text("version"), identity.version},
+                      {text("interfaceVersion"), identity.version},
                       {text("propertyPage"), identity.page},
                       {text("baud"), parts.value(BAUD_PART).toInt()},
                       {text("dataBits"), parts.value(DATA_BITS_PART).toInt()},
@@ -93,7 +93,7 @@ void printInfoText(std::FILE* out, const Identity& identity,
     const QStringList& parts = identity.parameters;
     printLine(out, text("protocol       %1, type %2")
                        .arg(parts.value(PROTOCOL_PART), QString::number(identity.type)));
-    printLine(out, text("version        ") + identity.version);
+    printLine(out, text("interface      version ") + identity.version);
     printLine(out, text("property page  ") + identity.page);
     printLine(out, text("serial line    %1 baud, %2 data bits, parity %3, stop bits %4")
                        .arg(parts.value(BAUD_PART), parts.value(DATA_BITS_PART),

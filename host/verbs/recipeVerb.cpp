@@ -1,9 +1,11 @@
 #include "verbs/recipeVerb.h"
 
 #include "output/changeLines.h"
+#include "output/writtenFile.h"
 #include "plan/recipeFile.h"
 #include "plan/recipePlan.h"
 #include "plan/tagValue.h"
+#include "program/interrupt.h"
 #include "verbs/tagChoice.h"
 
 #include <QJsonDocument>
@@ -165,12 +167,24 @@ void printDone(const char* what, size_t values, bool verified, bool json)
     std::printf("%s\n", QJsonDocument(object).toJson(QJsonDocument::Compact).constData());
 }
 
+void writeRecipe(const QString& fileName, const Recipe& recipe)
+{
+    try {
+        writeFile(fileName, recipeText(recipe), isToEnd);
+    } catch (const WriteError& error) {
+        throw VerbFailure(isToEnd() ? EXIT_INTERRUPTED : EXIT_USAGE,
+                          QString(QLatin1String("cannot write %1: %2"))
+                              .arg(fileName, QString::fromLocal8Bit(error.what())));
+    }
+}
+
 } // namespace
 
 ExitStatus downloadRecipe(const DriverLibrary& driver, const LinkOptions& options,
                           const RecipeOptions& recipeOptions)
 {
-    const Recipe recipe = readRecipeFile(recipeOptions.file, driver, true);
+    const Recipe recipe = readRecipeFile(
+        recipeOptions.file, driver, recipeOptions.allowsNan ? FOR_DOWNLOAD_WITH_NAN : FOR_DOWNLOAD);
     RecipeTransfer transfer(driver, options, recipe.tags);
     return transfer.run([&] {
         transfer.download(recipe.values);
@@ -184,14 +198,13 @@ ExitStatus downloadRecipe(const DriverLibrary& driver, const LinkOptions& option
 ExitStatus uploadRecipe(const DriverLibrary& driver, const LinkOptions& options,
                         const RecipeOptions& recipeOptions)
 {
-    Recipe recipe = readRecipeFile(recipeOptions.file, driver, false);
+    Recipe recipe = readRecipeFile(recipeOptions.file, driver, FOR_UPLOAD);
     RecipeTransfer transfer(driver, options, recipe.tags);
     return transfer.run([&] {
         recipe.values = transfer.upload("reading");
         if (recipeOptions.verify)
             verify(recipe.tags, recipe.values, transfer.upload("reading back"), options.json);
-        writeRecipeFile(recipeOptions.output.isEmpty() ? recipeOptions.file : recipeOptions.output,
-                        recipe);
+        writeRecipe(recipeOptions.output, recipe);
         printDone("uploaded", recipe.tags.size(), recipeOptions.verify, options.json);
         return EXIT_DONE;
     });

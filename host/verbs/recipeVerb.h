@@ -6,8 +6,9 @@
 struct RecipeOptions
 {
     QString file;
-    QString output; ///< file for an upload; empty: the recipe's own file
+    QString output; ///< file for an upload, see writtenFile.h; its own file is a good choice
     bool verify = false;
+    bool allowsNan = false; ///< a download may write nan, inf and -inf
 };
 
 /// Writes the recipe's values into the PLC. With `verify` it reads the values back and names each

@@ -2,9 +2,12 @@
 #define TAG_CHOICE_H
 
 #include "plan/tagFile.h"
+#include "plan/typedAddress.h"
+
+#include <optional>
 
 /// The tags that a command line can name: tags of an optional file by their names, and other tags
-/// by an address such as "MW100", "MX12.3" or "2:QW8".
+/// by a typed address such as "MW100", "2:QW8:int16" or "MW0..MW62".
 class TagChoice
 {
 public:
@@ -17,20 +20,19 @@ public:
         return m_tags;
     }
 
-    bool isNameOfFile(const QString& text) const;
+    /// The tag of the file with this name.
+    std::optional<Tag> ofFile(const QString& name) const;
 
+    /// The tag of the file with this name, else the tags of the typed address.
     /// @throws TagFileError when the text is neither a name nor an address
-    Tag named(const QString& text) const;
+    std::vector<Tag> named(const QString& text) const;
 
 private:
     const DriverLibrary& m_driver;
     std::vector<Tag> m_tags;
 };
 
-/// "MW100", or "2:MW100" when the station is not 1.
-QString placeText(const Tag& tag);
-
-/// "level (MW100)", or only the place when the tag has no other name.
+/// "level (MW100)", or only the name when it is the tag's typed address.
 QString labelText(const Tag& tag);
 
 #endif

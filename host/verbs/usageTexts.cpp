@@ -41,6 +41,16 @@ std::string verbSentence(const CLI::App& app)
     return "there is no verb \"" + word + "\"; the verbs are " + verbsOf(asked);
 }
 
+bool needsVerb(const CLI::App& app)
+{
+    return deepestVerb(app).get_require_subcommand_min() > 0;
+}
+
+std::string withHint(const CLI::App& app, const std::string& sentence)
+{
+    return sentence + " (" + commandOf(deepestVerb(app)) + " --help says more)";
+}
+
 } // namespace
 
 std::string helpFooter()
@@ -54,10 +64,16 @@ std::string helpFooter()
 
 std::string usageSentence(const CLI::App& app, const CLI::ParseError& error)
 {
-    const CLI::App& asked = deepestVerb(app);
-    const bool lacksVerb = asked.get_require_subcommand_min() > 0 &&
-                           error.get_exit_code() == int(CLI::ExitCodes::RequiredError);
+    const bool lacksVerb =
+        needsVerb(app) && error.get_exit_code() == int(CLI::ExitCodes::RequiredError);
     std::string sentence = lacksVerb ? verbSentence(app) : error.what();
     std::replace(sentence.begin(), sentence.end(), '\n', ' ');
-    return sentence + " (" + commandOf(asked) + " --help says more)";
+    return withHint(app, sentence);
+}
+
+std::string wrongVerbSentence(const CLI::App& app)
+{
+    const std::vector<std::string> words = app.remaining(true);
+    if (!needsVerb(app) || words.empty() || words.front().front() == '-') return "";
+    return withHint(app, verbSentence(app));
 }

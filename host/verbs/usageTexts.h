@@ -11,4 +11,9 @@ std::string helpFooter();
 /// @param error  the parser's exception
 std::string usageSentence(const CLI::App& app, const CLI::ParseError& error);
 
+/// The error of a command line with a word that is no verb; empty: it has none. Such a command line
+/// has no help to show.
+/// @param app  the parser after it has found --help
+std::string wrongVerbSentence(const CLI::App& app);
+
 #endif

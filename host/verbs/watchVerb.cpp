@@ -95,14 +95,15 @@ class LineOutput : public WatchOutput
 public:
     LineOutput(const std::vector<Tag>& tags, bool json) : m_tags(tags), m_json(json) {}
 
-    void show(const News& news, HostProgram&) override
+    void show(const News& news, HostProgram& host) override
     {
+        const TimeText& times = host.times();
         for (const News::LinkEvent& event : news.linkEvents)
-            showEvent(event);
+            showEvent(event, times);
         for (const News::Change& change : news.changes) {
             const WatchRow row = watchRow(m_tags[size_t(change.tag)], change.state, change.time);
-            printLine(m_json ? changeJson(row, change.time)
-                             : changeLine(row, change.time).toUtf8());
+            printLine(m_json ? changeJson(row, change.time, times)
+                             : changeLine(row, change.time, times).toUtf8());
         }
         if (news.changesMissed > m_missed)
             std::fprintf(stderr, "kakb-host: %lld changes were not shown\n",
@@ -118,11 +119,12 @@ public:
     }
 
 private:
-    void showEvent(const News::LinkEvent& event)
+    void showEvent(const News::LinkEvent& event, const TimeText& times)
     {
         const QString text = event.connected ? QString(QLatin1String("link is back"))
                                              : QLatin1String("link lost: ") + event.trouble;
-        printLine(m_json ? eventJson(text, event.time) : eventLine(text, event.time).toUtf8());
+        printLine(m_json ? eventJson(text, event.time, times)
+                         : eventLine(text, event.time, times).toUtf8());
     }
 
     const std::vector<Tag>& m_tags;

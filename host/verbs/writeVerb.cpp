@@ -3,7 +3,6 @@
 #include "output/changeLines.h"
 #include "plan/recipePlan.h"
 #include "plan/sharedMemory.h"
-#include "plan/tagText.h"
 #include "plan/tagValue.h"
 #include "plan/writeGroups.h"
 
@@ -51,9 +50,26 @@ void mustNotShare(const std::vector<Tag>& tags)
                                             QLatin1String(", which is written as well"));
 }
 
-void print(const Assignment& assigned, bool json)
+const char* outcomeText(JobEnd::Outcome outcome)
 {
+    switch (outcome) {
+    case JobEnd::DONE:
+        return "confirmed";
+    case JobEnd::REFUSED:
+        return "refused";
+    case JobEnd::TIMED_OUT:
+        return "timedOut";
+    default:
+        return "lost";
+    }
+}
+
+/// Prints a confirmed write, and as an object also any other write.
+void print(const Assignment& assigned, const JobEnd& end, bool json)
+{
+    const bool isConfirmed = end.outcome == JobEnd::DONE;
     if (!json) {
+        if (!isConfirmed) return;
         std::printf("%s = %s confirmed\n", qUtf8Printable(labelText(assigned.tag)),
                     qUtf8Printable(tagValueText(assigned.tag, assigned.bytes)));
         return;
@@ -62,20 +78,10 @@ void print(const Assignment& assigned, bool json)
     object.insert(QLatin1String("name"), assigned.tag.name);
     object.insert(QLatin1String("address"), placeText(assigned.tag));
     object.insert(QLatin1String("value"), jsonValue(tagValueText(assigned.tag, assigned.bytes)));
-    object.insert(QLatin1String("confirmed"), true);
+    object.insert(QLatin1String("confirmed"), isConfirmed);
+    object.insert(QLatin1String("outcome"), QLatin1String(outcomeText(end.outcome)));
+    object.insert(QLatin1String("trouble"), end.trouble);
     std::printf("%s\n", QJsonDocument(object).toJson(QJsonDocument::Compact).constData());
-}
-
-/// Position of the "=" behind the name. Addresses and values contain no "=", but names of a tag
-/// file may.
-int equalsBehindName(const QString& text, const TagChoice& tags)
-{
-    const QLatin1Char equals('=');
-    for (int at = int(text.lastIndexOf(equals)); at > 0;
-         at = int(text.lastIndexOf(equals, at - 1))) {
-        if (tags.isNameOfFile(text.left(at))) return at;
-    }
-    return int(text.indexOf(equals));
 }
 
 /// The message of a write without confirmation. It does not say "not written", because the PLC may
@@ -111,10 +117,13 @@ void start(HostProgram& host, int job, const WriteGroup& group,
 std::vector<int> startAll(HostProgram& host, const std::vector<Assignment>& assignments)
 {
     std::vector<Tag> tags;
-    for (const Assignment& assigned : assignments)
+    std::vector<size_t> lists;
+    for (const Assignment& assigned : assignments) {
         tags.push_back(assigned.tag);
+        lists.push_back(assigned.list);
+    }
     std::vector<int> jobs(assignments.size());
-    for (const WriteGroup& group : writeGroups(tags)) {
+    for (const WriteGroup& group : writeGroups(tags, lists)) {
         const int job = host.newJob();
         for (const size_t index : group.tags)
             jobs[index] = job;
@@ -131,10 +140,8 @@ ExitStatus write(HostProgram& host, const std::vector<Assignment>& assignments, 
     std::vector<JobEnd> failures;
     for (size_t i = 0; i < jobs.size(); ++i) {
         JobEnd end = host.endOf(jobs[i]);
-        if (end.outcome == JobEnd::DONE) {
-            print(assignments[i], json);
-            continue;
-        }
+        print(assignments[i], end, json);
+        if (end.outcome == JobEnd::DONE) continue;
         if (end.outcome == JobEnd::LOST) end.trouble = unconfirmed(assignments[i], end.trouble);
         failures.push_back(end);
     }
@@ -145,21 +152,6 @@ ExitStatus write(HostProgram& host, const std::vector<Assignment>& assignments, 
 }
 
 } // namespace
-
-Assignment assignment(const QString& text, const TagChoice& tags, const DriverLibrary& driver)
-{
-    const int equals = equalsBehindName(text, tags);
-    if (equals < 1) throw usageError(text, QLatin1String("is not NAME=VALUE"));
-    Assignment made;
-    made.tag = tags.named(text.left(equals));
-    made.text = text.mid(equals + 1);
-    const std::optional<QByteArray> bytes = tagValueBytes(made.tag, made.text);
-    if (!bytes) throw usageError(text, QLatin1String("the value does not fit the tag's type"));
-    const QString problem = writeProblem(made.tag, driver);
-    if (!problem.isEmpty()) throw usageError(text, problem);
-    made.bytes = *bytes;
-    return made;
-}
 
 ExitStatus writeTags(const DriverLibrary& driver, const LinkOptions& options,
                      const std::vector<Assignment>& assignments)

@@ -2,22 +2,10 @@
 #define WRITE_VERB_H
 
 #include "program/hostProgram.h"
-#include "verbs/tagChoice.h"
+#include "verbs/assignment.h"
 
-/// A tag and its new value.
-struct Assignment
-{
-    Tag tag;
-    QByteArray bytes; ///< the value in the format of intf_setData
-    QString text;     ///< the value in the user's words
-};
-
-/// Reads "NAME=VALUE" or "ADDRESS=VALUE".
-/// @throws VerbFailure when the text is malformed, when the value does not fit the tag, or when the
-///         tag cannot be written
-Assignment assignment(const QString& text, const TagChoice& tags, const DriverLibrary& driver);
-
-/// Writes the values in order and waits for the PLC's confirmation of all values.
+/// Writes the values in order and waits for the PLC's confirmation of all values. One frame writes
+/// the words of an argument.
 /// @throws VerbFailure when a value was not confirmed
 ExitStatus writeTags(const DriverLibrary& driver, const LinkOptions& options,
                      const std::vector<Assignment>& assignments);

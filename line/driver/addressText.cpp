@@ -7,3 +7,12 @@ QString addressText(const DriverLibrary& driver, const QString& area, int number
     driver.multiCopy(area, number, 1, 1, texts, numbers);
     return texts.value(0);
 }
+
+int addressNumber(const DriverLibrary& driver, const QString& area, const QString& address)
+{
+    int number = 0;
+    driver.checkAddr(area, address, number,
+                     area.endsWith(QLatin1Char('X')) ? BIT_VARIABLE : WORD_VARIABLE, 1,
+                     FOR_READING);
+    return number;
+}

@@ -10,7 +10,7 @@ template <typename Function> void DriverLibrary::resolve(Function& function, con
 
 DriverLibrary::DriverLibrary(const QString& fileName) : m_library(fileName)
 {
-    if (!m_library.load()) throw DriverError(m_library.errorString().toStdString());
+    if (!m_library.load()) throw DriverNotLoaded(m_library.errorString().toStdString());
     resolve(getProtocolType, "intf_getProtocolType");
     resolve(getVersion, "intf_getVersion");
     resolve(getDriverParameter, "intf_getDriverParameter");

@@ -13,6 +13,12 @@ struct DriverError : std::runtime_error
     using std::runtime_error::runtime_error;
 };
 
+/// The system has no such library, or refuses it.
+struct DriverNotLoaded : DriverError
+{
+    using DriverError::DriverError;
+};
+
 /// The driver's exported functions. The name of each member is that of the function without the
 /// prefix "intf_".
 struct DriverFunctions
@@ -38,8 +44,8 @@ struct DriverFunctions
     decltype(&intf_setData) setData;
 };
 
-/// The driver, loaded by file name. The constructor throws DriverError when the file or a function
-/// is missing.
+/// The driver, loaded by file name. The constructor throws DriverNotLoaded, or DriverError when a
+/// function is missing.
 class DriverLibrary : public DriverFunctions
 {
 public:

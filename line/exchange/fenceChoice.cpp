@@ -17,11 +17,20 @@ QByteArray FenceChoice::fenceOf(int station, int registers) const
     case INPUTS:
         return readRequest(station, READ_INPUT, 0, registers);
     case WHERE_IT_ANSWERED:
-        return readRequest(station, frameByte(m_served, 1), frameWord(m_served, FIRST_REGISTER_AT),
+        return readRequest(station, frameByte(m_served, 1), firstWhereItAnswered(registers),
                            registers);
     default:
         return readRequest(station, READ_HOLDING, FIRST_MARKER, registers);
     }
+}
+
+/// The first register of the read that the station has answered. Near the end of an area the fence
+/// begins further ahead: the station refuses a read past the end.
+int FenceChoice::firstWhereItAnswered(int registers) const
+{
+    const int served = frameWord(m_served, FIRST_REGISTER_AT);
+    const int end = areaEnd(frameByte(m_served, 1), served);
+    return served <= end ? qMin(served, end - registers + 1) : served;
 }
 
 /// The shortest free length costs the least time on the line. While unknown requests may be

@@ -35,6 +35,7 @@ public:
 
 private:
     QByteArray fenceOf(int station, int registers) const;
+    int firstWhereItAnswered(int registers) const;
 
     int m_place; ///< index of the place to read from
     unsigned m_seed;

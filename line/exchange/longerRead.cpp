@@ -5,18 +5,14 @@
 #include "wire/protocolLimits.h"
 #include "wire/replyFrames.h"
 
-namespace {
+int areaStart(int function, int reg)
+{
+    return function == READ_HOLDING && reg >= FIRST_MARKER ? int(FIRST_MARKER) : 0;
+}
 
 int areaEnd(int function, int reg)
 {
     return areaStart(function, reg) == FIRST_MARKER ? int(LAST_MARKER) : int(LAST_INPUT_OR_OUTPUT);
-}
-
-} // namespace
-
-int areaStart(int function, int reg)
-{
-    return function == READ_HOLDING && reg >= FIRST_MARKER ? int(FIRST_MARKER) : 0;
 }
 
 QByteArray longerRead(const QByteArray& request)

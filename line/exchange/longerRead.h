@@ -21,4 +21,8 @@ QByteArray cutReply(const QByteArray& reply, const QByteArray& sent, const QByte
 /// @param function  READ_HOLDING or READ_INPUT
 int areaStart(int function, int reg);
 
+/// Last register of the area that the register lies in.
+/// @param function  READ_HOLDING or READ_INPUT
+int areaEnd(int function, int reg);
+
 #endif

@@ -2,6 +2,8 @@
 
 namespace {
 
+const char COMMA = ',';
+const char SEMICOLON = ';';
 const char BYTE_ORDER_MARK[] = "\xEF\xBB\xBF";
 
 bool isBlank(char character)
@@ -12,9 +14,13 @@ bool isBlank(char character)
 class CsvReader
 {
 public:
-    explicit CsvReader(const QByteArray& text) : m_text(text) {}
+    CsvReader(const QByteArray& text, char separator) : m_text(text), m_separator(separator)
+    {
+        if (m_text.startsWith(BYTE_ORDER_MARK)) m_at = int(qstrlen(BYTE_ORDER_MARK));
+    }
 
     std::vector<CsvRecord> read();
+    QByteArray firstLineWithRecord();
 
 private:
     char at(int position) const
@@ -27,7 +33,7 @@ private:
     }
     bool atFieldEnd() const
     {
-        return at(m_at) == ',' || at(m_at) == '\n';
+        return at(m_at) == m_separator || at(m_at) == '\n';
     }
 
     void skipBlanks();
@@ -40,13 +46,13 @@ private:
     QByteArray readPlain(QString& problem);
 
     const QByteArray& m_text;
+    const char m_separator;
     int m_at = 0;
     int m_line = 1;
 };
 
 std::vector<CsvRecord> CsvReader::read()
 {
-    if (m_text.startsWith(BYTE_ORDER_MARK)) m_at = int(qstrlen(BYTE_ORDER_MARK));
     std::vector<CsvRecord> records;
     while (!atEnd()) {
         if (skipLineWithoutRecord()) continue;
@@ -60,6 +66,15 @@ std::vector<CsvRecord> CsvReader::read()
         skipLine();
     }
     return records;
+}
+
+QByteArray CsvReader::firstLineWithRecord()
+{
+    while (!atEnd() && skipLineWithoutRecord()) {
+    }
+    const int start = m_at;
+    skipLine();
+    return m_text.mid(start, m_at - start);
 }
 
 void CsvReader::skipLine()
@@ -79,7 +94,8 @@ void CsvReader::skipBlanks()
 bool CsvReader::skipLineWithoutRecord()
 {
     const int start = m_at;
-    skipBlanks();
+    while (isBlank(at(m_at)) || at(m_at) == m_separator)
+        ++m_at;
     const bool none = at(m_at) == '\n' || at(start) == '#';
     if (none)
         skipLine();
@@ -155,7 +171,13 @@ QByteArray CsvReader::readQuoted(QString& problem)
 
 } // namespace
 
+char csvSeparator(const QByteArray& text)
+{
+    const QByteArray header = CsvReader(text, COMMA).firstLineWithRecord();
+    return header.contains(SEMICOLON) && !header.contains(COMMA) ? SEMICOLON : COMMA;
+}
+
 std::vector<CsvRecord> csvRecords(const QByteArray& text)
 {
-    return CsvReader(text).read();
+    return CsvReader(text, csvSeparator(text)).read();
 }

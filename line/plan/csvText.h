@@ -24,9 +24,15 @@ struct CsvRecord
     QString problem;            ///< why the record is malformed, in words; empty: well-formed
 };
 
-/// The records of CSV text (RFC 4180; UTF-8, CR LF or LF). Blanks around a field are dropped;
-/// blanks within double quotes are kept. Empty lines and lines that begin with # are skipped. After
-/// a malformed record, reading continues at the line behind the record's first line.
+/// The character between the fields of CSV text: a semicolon when the first record has semicolons
+/// and no commas, otherwise a comma. Spreadsheets write semicolons where the decimal sign is a
+/// comma.
+char csvSeparator(const QByteArray& text);
+
+/// The records of CSV text (RFC 4180, but for the separator; UTF-8, CR LF or LF). Blanks around a
+/// field are dropped; blanks within double quotes are kept. Lines without any text, also with
+/// separators, and lines that begin with # are skipped. After a malformed record, reading continues
+/// at the line behind the record's first line.
 std::vector<CsvRecord> csvRecords(const QByteArray& text);
 
 #endif

@@ -10,7 +10,7 @@ enum { GROUP_BITS = 16, MOST_MORE = 2, LAST_MARKER_WORD = 7095, LAST_OTHER_WORD 
 
 using Order = std::vector<ReadBlock*>;
 
-/// Position in the driver's list of areas. The driver sorts the polled blocks by it.
+/// Position in the driver's list of areas.
 int areaRank(const QString& area)
 {
     static const char* const AREAS[] = {"MW", "IW", "QW", "MX", "IX", "QX"};
@@ -76,6 +76,12 @@ int registersOf(const ReadBlock& block)
     return isBitArea(block.area) ? (block.count + GROUP_BITS - 1) / GROUP_BITS : block.count;
 }
 
+bool isReadBefore(const ReadBlock& a, const ReadBlock& b)
+{
+    return std::make_tuple(a.station, areaRank(a.area), a.number) <
+           std::make_tuple(b.station, areaRank(b.area), b.number);
+}
+
 int differNeighbours(std::vector<ReadBlock>& blocks, int mostWords)
 {
     std::map<int, Order> byStation;
@@ -85,8 +91,7 @@ int differNeighbours(std::vector<ReadBlock>& blocks, int mostWords)
     for (auto& entry : byStation) {
         Order& order = entry.second;
         std::stable_sort(order.begin(), order.end(), [](const ReadBlock* a, const ReadBlock* b) {
-            return std::make_tuple(areaRank(a->area), a->number) <
-                   std::make_tuple(areaRank(b->area), b->number);
+            return isReadBefore(*a, *b);
         });
         alike += differ(order, mostWords);
     }

@@ -16,6 +16,7 @@ struct ReadBlock
     int count = 0;         ///< words; or the bits of one group of 16
     std::vector<int> tags; ///< indices of the tags in the block, ascending
     int spare = 0;         ///< words at the end that no tag needs, see differNeighbours()
+    ReadRate rate;         ///< see planRatedReads(); plans without rates leave EVERY_CYCLE
 };
 
 /// No limit to the gaps that a plan reads: every gap is shorter.

@@ -3,41 +3,50 @@
 #include "plan/tagText.h"
 #include "plan/tagValue.h"
 
-#include <QSaveFile>
+#include <QStringList>
 
-Recipe readRecipeFile(const QString& fileName, const DriverLibrary& driver, bool valuesNeeded)
+namespace {
+
+QString valueProblemFor(RecipeUse use, const Tag& tag, const QString& text)
+{
+    if (use == FOR_UPLOAD && text.isEmpty()) return QString();
+    return valueProblem(tag, text, use == FOR_DOWNLOAD ? REFUSE_NON_FINITE : ALLOW_NON_FINITE);
+}
+
+Recipe recipeOf(const QByteArray& text, const DriverLibrary& driver, RecipeUse use)
 {
     Recipe recipe;
-    const ValueJudge judge = [&](const Tag& tag, const QString& text) -> QString {
+    const ValueJudge judge = [&](const Tag& tag, const QString& value) -> QString {
         recipe.values.push_back(QByteArray());
-        const QString problem = writeProblem(tag, driver);
+        const QString readOnly = writeProblem(tag, driver);
+        if (!readOnly.isEmpty()) return readOnly;
+        const QString problem = valueProblemFor(use, tag, value);
         if (!problem.isEmpty()) return problem;
-        if (text.isEmpty()) return QLatin1String(valuesNeeded ? "the value is missing" : "");
-        const std::optional<QByteArray> bytes = tagValueBytes(tag, text);
-        if (!bytes)
-            return QString(QLatin1String("\"%1\" is no value of type %2"))
-                .arg(text, tagTypeText(tag));
-        recipe.values.back() = *bytes;
+        recipe.values.back() = tagValueBytes(tag, value).value_or(QByteArray());
         return QString();
     };
-    recipe.text = fileBytes(fileName);
-    recipe.tags = readTags(recipe.text, driver, judge);
+    recipe.text = text;
+    recipe.tags = readTags(text, driver, judge);
     if (recipe.tags.empty()) throw TagFileError("the recipe has no values");
     return recipe;
 }
 
-void writeRecipeFile(const QString& fileName, const Recipe& recipe)
+} // namespace
+
+Recipe readRecipeFile(const QString& fileName, const DriverLibrary& driver, RecipeUse use)
+{
+    const QByteArray bytes = fileBytes(fileName);
+    try {
+        return recipeOf(bytes, driver, use);
+    } catch (const TagFileError& error) {
+        throw errorInFile(fileName, error);
+    }
+}
+
+QByteArray recipeText(const Recipe& recipe)
 {
     QStringList values;
     for (size_t i = 0; i < recipe.tags.size(); ++i)
         values << tagValueText(recipe.tags[i], recipe.values[i]);
-    const QByteArray bytes = withValues(recipe.text, values);
-    QSaveFile file(fileName);
-    // flush() first: commit() ignores a failure to write buffered bytes, as on a full disk.
-    if (file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.flush() &&
-        file.commit())
-        return;
-    throw TagFileError(QString(QLatin1String("cannot write %1: %2"))
-                           .arg(fileName, file.errorString())
-                           .toStdString());
+    return withValues(recipe.text, values);
 }

@@ -14,18 +14,19 @@ struct Recipe
     QByteArray text;                ///< of the recipe's file
 };
 
-/// Reads a recipe: a tag file with the further column `value`. An upload needs no values.
+/// A download needs a value in every line, and refuses nan and infinite values unless it is told
+/// otherwise. An upload needs no values, because it replaces them.
+enum RecipeUse { FOR_UPLOAD, FOR_DOWNLOAD, FOR_DOWNLOAD_WITH_NAN };
+
+/// Reads a recipe: a tag file with the further column `value`.
 ///
 ///   name,station,area,address,type,value
 ///   level,1,MW,100,float32:high,12.5
 ///
-/// @param valuesNeeded  whether a line without a value is an error
 /// @throws TagFileError with all bad lines, or when the file cannot be read
-Recipe readRecipeFile(const QString& fileName, const DriverLibrary& driver, bool valuesNeeded);
+Recipe readRecipeFile(const QString& fileName, const DriverLibrary& driver, RecipeUse use);
 
-/// Writes a recipe of readRecipeFile(): its text with the current values; all other text is kept.
-/// The file is replaced as a whole or not at all.
-/// @throws TagFileError when it cannot be written
-void writeRecipeFile(const QString& fileName, const Recipe& recipe);
+/// The text of the recipe's file with the recipe's values; all other text is kept.
+QByteArray recipeText(const Recipe& recipe);
 
 #endif

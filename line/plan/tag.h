@@ -1,6 +1,7 @@
 #ifndef TAG_H
 #define TAG_H
 
+#include "plan/readRate.h"
 #include "wire/deviceRegisters.h"
 
 #include <QMetaType>
@@ -20,14 +21,17 @@ struct Tag
 {
     enum Type { BOOL, INT16, UINT16, INT32, UINT32, FLOAT32 };
     enum WordOrder { LOW_WORD_FIRST, HIGH_WORD_FIRST }; ///< matters to the 32-bit types
+    enum Format { DECIMAL, HEXADECIMAL, BINARY };       ///< the last two: unsigned types only
 
     QString name;
     int station = 1; ///< 1 to 247
     QString area;    ///< MW, IW, QW, MX, IX or QX
-    QString address; ///< text of the user, "100" or "12.3"
+    QString address; ///< normal form, "100" or "12.3"
     int number = 0;  ///< address number of the first unit
     Type type = UINT16;
     WordOrder wordOrder = LOW_WORD_FIRST;
+    Format format = DECIMAL; ///< of the value's text
+    ReadRate rate;           ///< only polling uses it
     QString comment;
 
     bool isBit() const

@@ -1,7 +1,9 @@
 #include "plan/tagFile.h"
 
+#include "plan/addressReason.h"
 #include "plan/csvText.h"
 #include "plan/tagText.h"
+#include "plan/typedAddress.h"
 
 #include <QFile>
 #include <QHash>
@@ -10,10 +12,19 @@
 
 namespace {
 
-enum Column { NAME, STATION, AREA, ADDRESS, TYPE, COMMENT, VALUE, COLUMN_COUNT };
+enum Column { NAME, STATION, AREA, ADDRESS, TYPE, COMMENT, RATE, VALUE, COLUMN_COUNT };
 
 const char* const COLUMN_NAMES[COLUMN_COUNT] = {"name", "station", "area", "address",
-                                                "type", "comment", "value"};
+                                                "type", "comment", "rate", "value"};
+
+bool isOptional(int column)
+{
+    return column == COMMENT || column == RATE;
+}
+
+const char COMMA = ',';
+const QLatin1Char DECIMAL_COMMA(',');
+const QLatin1Char DECIMAL_POINT('.');
 
 QString columnName(int column)
 {
@@ -28,6 +39,40 @@ QString atLine(int line, const QString& problem)
 [[noreturn]] void fail(const QString& problem)
 {
     throw TagFileError(problem.toStdString());
+}
+
+/// The problem with the tag's place in its known area; empty: none.
+QString placeProblem(Tag& tag, const DriverLibrary& driver)
+{
+    const QString badKind = kindProblem(tag);
+    if (!badKind.isEmpty()) return badKind;
+    const QString typed = tag.area + tag.address;
+    const QString problem = addressProblem(tag, driver);
+    return problem.isEmpty() ? QString() : typed + QLatin1String(": ") + problem;
+}
+
+bool isSamePlace(const Tag& a, const Tag& b)
+{
+    return a.station == b.station && a.area == b.area && a.number == b.number;
+}
+
+/// A name that is an address must mean the tag itself: a read or write of the name would otherwise
+/// go to another place than its text says. A name with a type must have the tag's type, too.
+QString addressNameProblem(const Tag& tag, const DriverLibrary& driver)
+{
+    if (!looksLikeAddress(tag.name, driver)) return QString();
+    std::vector<Tag> meant;
+    try {
+        meant = tagsFromAddress(tag.name, driver);
+    } catch (const TagFileError&) {
+        return QString(); // the name only begins as an address does
+    }
+    const Tag& named = meant.front();
+    const bool hasNoType = looksLikeAddress(tag.name.section(QLatin1Char(':'), -1), driver);
+    const bool hasSameType = hasNoType || tagTypeText(named) == tagTypeText(tag);
+    if (meant.size() == 1 && isSamePlace(named, tag) && hasSameType) return QString();
+    return QString(QLatin1String("the name %1 is the address of another place or type"))
+        .arg(quoted(tag.name));
 }
 
 /// The meaning of each field in the file's records.
@@ -60,7 +105,7 @@ Columns::Columns(const CsvRecord& header, bool withValues) : m_count(int(header.
     for (int i = 0; i < columns; ++i) {
         known << columnName(i);
         m_positions[i] = int(header.fields.indexOf(columnName(i)));
-        if (m_positions[i] < 0 && i != COMMENT)
+        if (m_positions[i] < 0 && !isOptional(i))
             problems << QLatin1String("there is no column ") + columnName(i);
         if (header.fields.count(columnName(i)) > 1)
             problems << QLatin1String("there are several columns ") + columnName(i);
@@ -71,16 +116,29 @@ Columns::Columns(const CsvRecord& header, bool withValues) : m_count(int(header.
     fail(atLine(header.line,
                 problems.join(QLatin1String("; ")) +
                     QLatin1String(withValues ? "; the columns are name, station, area, address, "
-                                               "type, value and, if wanted, comment"
+                                               "type, value and, if wanted, comment and rate"
                                              : "; the columns are name, station, area, address, "
-                                               "type and, if wanted, comment")));
+                                               "type and, if wanted, comment and rate")));
+}
+
+/// Whether the values of a file have decimal points and no decimal commas.
+bool hasDecimalPoints(const std::vector<CsvRecord>& records, int column)
+{
+    bool points = false;
+    for (const CsvRecord& record : records) {
+        const QString value = record.fields.value(column);
+        if (value.contains(DECIMAL_COMMA)) return false;
+        points = points || value.contains(DECIMAL_POINT);
+    }
+    return points;
 }
 
 class TagReader
 {
 public:
-    TagReader(const Columns& columns, const DriverLibrary& driver, const ValueJudge& judge)
-        : m_columns(columns), m_driver(driver), m_judge(judge)
+    TagReader(const Columns& columns, const DriverLibrary& driver, const ValueJudge& judge,
+              char separator)
+        : m_columns(columns), m_driver(driver), m_judge(judge), m_separator(separator)
     {
     }
 
@@ -90,10 +148,12 @@ public:
 private:
     QStringList take(const CsvRecord& record, Tag& tag);
     QString nameProblem(const QString& name, int line);
+    QString valueField(const CsvRecord& record, const Tag& tag) const;
 
     const Columns& m_columns;
     const DriverLibrary& m_driver;
     const ValueJudge& m_judge;
+    const char m_separator;
     std::vector<Tag> m_tags;
     QHash<QString, int> m_lineOfName;
     QStringList m_badLines;
@@ -120,21 +180,27 @@ void TagReader::read(const CsvRecord& record)
 QStringList TagReader::take(const CsvRecord& record, Tag& tag)
 {
     tag.name = m_columns.field(record, NAME);
-    tag.area = m_columns.field(record, AREA);
     tag.address = m_columns.field(record, ADDRESS);
     tag.comment = m_columns.field(record, COMMENT);
     const QString station = m_columns.field(record, STATION);
     const QString type = m_columns.field(record, TYPE);
+    const QString area = m_columns.field(record, AREA);
+    const QString rate = m_columns.field(record, RATE);
 
     QStringList problems;
     problems << nameProblem(tag.name, record.line);
     if (!takeStation(station, tag)) problems << stationProblem(station);
     const bool typeKnown = takeType(type, tag);
     if (!typeKnown) problems << typeProblem(type);
-    problems << areaProblem(tag, m_driver);
-    if (typeKnown && problems.last().isEmpty()) problems << addressProblem(tag, m_driver);
+    if (!takeRate(rate, tag.rate)) problems << rateProblem(rate);
+    if (!takeArea(area, tag, m_driver))
+        problems << unknownAreaReason(area, m_driver);
+    else if (typeKnown)
+        problems << placeProblem(tag, m_driver);
     problems.removeAll(QString());
-    if (problems.isEmpty() && m_judge) problems << m_judge(tag, m_columns.field(record, VALUE));
+    if (problems.isEmpty()) problems << addressNameProblem(tag, m_driver);
+    problems.removeAll(QString());
+    if (problems.isEmpty() && m_judge) problems << m_judge(tag, valueField(record, tag));
     problems.removeAll(QString());
     return problems;
 }
@@ -150,6 +216,15 @@ QString TagReader::nameProblem(const QString& name, int line)
     if (first == line) return QString();
     return QString(QLatin1String("name %1 stands on line %2 already"))
         .arg(quoted(name), QString::number(first));
+}
+
+/// The text of the value with a decimal point.
+QString TagReader::valueField(const CsvRecord& record, const Tag& tag) const
+{
+    QString value = m_columns.field(record, VALUE);
+    const bool hasComma =
+        m_separator != COMMA && tag.type == Tag::FLOAT32 && !value.contains(DECIMAL_POINT);
+    return hasComma ? value.replace(DECIMAL_COMMA, DECIMAL_POINT) : value;
 }
 
 std::vector<Tag> TagReader::tags() const
@@ -171,16 +246,27 @@ std::vector<Tag> readTags(const QByteArray& csv, const DriverLibrary& driver,
     const std::vector<CsvRecord> records = csvRecords(csv);
     if (records.empty()) fail(atLine(1, QLatin1String("there is no line with the column names")));
     const Columns columns(records.front(), bool(judge));
-    TagReader reader(columns, driver, judge);
+    TagReader reader(columns, driver, judge, csvSeparator(csv));
     std::for_each(records.begin() + 1, records.end(),
                   [&reader](const CsvRecord& record) { reader.read(record); });
     return reader.tags();
 }
 
-QByteArray withValues(const QByteArray& csv, const QStringList& values)
+TagFileError errorInFile(const QString& fileName, const TagFileError& error)
+{
+    QStringList lines = QString::fromUtf8(error.what()).split(QLatin1Char('\n'));
+    for (QString& line : lines)
+        line.prepend(fileName + QLatin1String(": "));
+    return TagFileError(lines.join(QLatin1Char('\n')).toStdString());
+}
+
+QByteArray withValues(const QByteArray& csv, QStringList values)
 {
     const std::vector<CsvRecord> records = csvRecords(csv);
     const int column = int(records.front().fields.indexOf(columnName(VALUE)));
+    const bool getsCommas = csvSeparator(csv) != COMMA && !hasDecimalPoints(records, column);
+    for (QString& value : values)
+        if (getsCommas) value.replace(DECIMAL_POINT, DECIMAL_COMMA);
     QByteArray text;
     int copied = 0;
     for (int tag = 0; tag < int(values.size()); ++tag) {
@@ -203,29 +289,10 @@ QByteArray fileBytes(const QString& fileName)
 
 std::vector<Tag> readTagFile(const QString& fileName, const DriverLibrary& driver)
 {
-    return readTags(fileBytes(fileName), driver);
-}
-
-Tag tagFromAddress(const QString& text, const DriverLibrary& driver)
-{
-    const auto failOf = [&text](const QString& problem) {
-        fail(text + QLatin1String(": ") + problem);
-    };
-    Tag tag;
-    tag.name = text;
-    const int colon = int(text.indexOf(QLatin1Char(':')));
-    const QString place = text.mid(colon + 1);
-    const QString station = text.left(std::max(colon, 0));
-    if (colon >= 0 && !takeStation(station, tag)) failOf(stationProblem(station));
-
-    const auto* const addressStart = std::find_if(
-        place.begin(), place.end(), [](QChar character) { return !character.isLetter(); });
-    tag.area = place.left(int(addressStart - place.begin()));
-    tag.address = place.mid(tag.area.size());
-    tag.type = isBitArea(tag.area) ? Tag::BOOL : Tag::UINT16;
-    const QString unknownArea = areaProblem(tag, driver);
-    if (!unknownArea.isEmpty()) failOf(unknownArea);
-    const QString badAddress = addressProblem(tag, driver);
-    if (!badAddress.isEmpty()) failOf(badAddress);
-    return tag;
+    const QByteArray bytes = fileBytes(fileName);
+    try {
+        return readTags(bytes, driver);
+    } catch (const TagFileError& error) {
+        throw errorInFile(fileName, error);
+    }
 }

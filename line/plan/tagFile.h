@@ -3,29 +3,27 @@
 
 #include "driver/driverLibrary.h"
 #include "plan/tag.h"
+#include "plan/tagError.h"
 
 #include <functional>
-#include <stdexcept>
 #include <vector>
-
-/// The tag file cannot be used. what() has one line for each bad line of the file, with its number
-/// and the reason.
-struct TagFileError : std::runtime_error
-{
-    using std::runtime_error::runtime_error;
-};
 
 /// Reads tags from CSV text. The driver checks area and address.
 ///
-///   name,station,area,address,type,comment
-///   level,1,MW,100,float32:high,"tank 1, metres"
+///   name,station,area,address,type,rate,comment
+///   level,1,MW,100,float32:high,500ms,"tank 1, metres"
 ///
-/// - The first line names the columns, in any order. The column comment may be missing.
+/// - The first line names the columns, in any order. The columns comment and rate may be missing.
 /// - Types: bool, int16, uint16, int32, uint32, float32. The word order of a 32-bit type is ":low"
-///   (default: the low word has the lower address) or ":high".
+///   (default: the low word has the lower address) or ":high". The unsigned types show their values
+///   in hexadecimal or binary with ":hex" or ":bin" at the end; "hex" and "bin" alone are words.
+/// - Rates: see takeRate().
+/// - An area may be in lower case or begin with %.
 /// - bool needs a bit area, the other types need a word area. Names are unique.
 /// - A field may have double quotes around it; a double quote inside is doubled (RFC 4180).
 /// - Empty lines and lines that begin with # are skipped. UTF-8, CR LF or LF.
+/// - When the first line has semicolons and no commas, semicolons separate the fields. A float in
+///   the column value may then have a decimal comma.
 /// @throws TagFileError with all bad lines
 std::vector<Tag> readTags(const QByteArray& csv, const DriverLibrary& driver);
 
@@ -38,9 +36,13 @@ std::vector<Tag> readTags(const QByteArray& csv, const DriverLibrary& driver,
                           const ValueJudge& judge);
 
 /// Replaces the texts in the column `value` of CSV text that readTags() has accepted. Comment
-/// lines, the order of the columns, other quotes and blanks are kept.
-/// @param values  by tag; texts that need no quotes
-QByteArray withValues(const QByteArray& csv, const QStringList& values);
+/// lines, the order of the columns, the separator, other quotes and blanks are kept. Between
+/// semicolons the values get decimal commas, unless the column has decimal points and no commas.
+/// @param values  by tag, with decimal points; texts that need no quotes
+QByteArray withValues(const QByteArray& csv, QStringList values);
+
+/// The error with the file's name ahead of each line.
+TagFileError errorInFile(const QString& fileName, const TagFileError& error);
 
 /// The bytes of a file.
 /// @throws TagFileError when it cannot be read
@@ -49,10 +51,5 @@ QByteArray fileBytes(const QString& fileName);
 /// Reads tags from a file, see readTags().
 /// @throws TagFileError also when the file cannot be read
 std::vector<Tag> readTagFile(const QString& fileName, const DriverLibrary& driver);
-
-/// A tag from an address such as "MW100", "MX12.3" or "2:QW8" (station 2). Words have the type
-/// uint16.
-/// @throws TagFileError when the text is no valid address
-Tag tagFromAddress(const QString& text, const DriverLibrary& driver);
 
 #endif

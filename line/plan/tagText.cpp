@@ -1,6 +1,7 @@
 #include "plan/tagText.h"
 
 #include "driver/addressText.h"
+#include "plan/addressReason.h"
 #include "plan/sharedMemory.h"
 
 #include <algorithm>
@@ -10,14 +11,8 @@ namespace {
 enum { LAST_STATION = 247 };
 
 const char* const TYPE_NAMES[] = {"bool", "int16", "uint16", "int32", "uint32", "float32"};
-
-QStringList areas(const DriverLibrary& driver)
-{
-    QStringList names;
-    driver.getRegListByType(1, names);
-    driver.getRegListByType(0, names);
-    return names;
-}
+const char* const FORMAT_NAMES[] = {"decimal", "hex", "bin"}; // the first name is never written
+const QLatin1Char SUFFIX_MARK(':');
 
 int checkAddress(const Tag& tag, AddressUse use, int& number, const DriverLibrary& driver)
 {
@@ -25,45 +20,72 @@ int checkAddress(const Tag& tag, AddressUse use, int& number, const DriverLibrar
                             tag.isBit() ? BIT_VARIABLE : WORD_VARIABLE, tag.units(), use);
 }
 
-QString rangeProblem(const Tag& tag, const DriverLibrary& driver)
+bool takeFormat(const QString& text, Tag& tag)
 {
-    QStringList description; // format, lowest address, highest address
-    driver.getRegDiscription(tag.area, description);
-    const QString fault =
-        QLatin1String(tag.isBit() ? "malformed or out of range" : "odd, malformed or out of range");
-    const QString range = description.value(1) + QLatin1String(" to ") + description.value(2);
-    const QString reach = QLatin1String(tag.units() == 2 ? " with its two words" : "");
-    return QString(QLatin1String("address %1 of %2 is %3 %4%5"))
-        .arg(tag.address.isEmpty() ? quoted(tag.address) : tag.address, tag.area, fault, range,
-             reach);
+    if (tag.format != Tag::DECIMAL) return false;
+    if (text == QLatin1String(FORMAT_NAMES[Tag::HEXADECIMAL])) tag.format = Tag::HEXADECIMAL;
+    if (text == QLatin1String(FORMAT_NAMES[Tag::BINARY])) tag.format = Tag::BINARY;
+    return tag.format != Tag::DECIMAL && (tag.type == Tag::UINT16 || tag.type == Tag::UINT32);
+}
+
+bool takeName(const QString& name, Tag& tag)
+{
+    tag.type = Tag::UINT16;
+    tag.wordOrder = Tag::LOW_WORD_FIRST;
+    tag.format = Tag::DECIMAL;
+    if (takeFormat(name, tag)) return true;
+    const auto* const found =
+        std::find_if(std::begin(TYPE_NAMES), std::end(TYPE_NAMES),
+                     [&name](const char* known) { return name == QLatin1String(known); });
+    if (found == std::end(TYPE_NAMES)) return false;
+    tag.type = static_cast<Tag::Type>(found - std::begin(TYPE_NAMES));
+    return true;
+}
+
+bool takeWordOrder(const QString& text, Tag& tag)
+{
+    tag.wordOrder = text == QLatin1String("high") ? Tag::HIGH_WORD_FIRST : Tag::LOW_WORD_FIRST;
+    return tag.units() == 2 && (text == QLatin1String("high") || text == QLatin1String("low"));
+}
+
+QString typeText(const Tag& tag, bool withLowOrder)
+{
+    if (tag.type == Tag::UINT16 && tag.format != Tag::DECIMAL)
+        return QLatin1String(FORMAT_NAMES[tag.format]);
+    QString text = QLatin1String(TYPE_NAMES[tag.type]);
+    const bool highFirst = tag.wordOrder == Tag::HIGH_WORD_FIRST;
+    if (tag.units() == 2 && (highFirst || withLowOrder))
+        text += QLatin1String(highFirst ? ":high" : ":low");
+    if (tag.format != Tag::DECIMAL) text += SUFFIX_MARK + QLatin1String(FORMAT_NAMES[tag.format]);
+    return text;
 }
 
 } // namespace
 
-QString areaProblem(const Tag& tag, const DriverLibrary& driver)
+bool takeArea(const QString& text, Tag& tag, const DriverLibrary& driver)
 {
-    const QStringList names = areas(driver);
-    if (names.contains(tag.area)) return QString();
-    return QString(QLatin1String("area %1 is unknown; there are %2"))
-        .arg(quoted(tag.area), names.join(QLatin1String(", ")));
+    const QString name = areaName(text, driver);
+    tag.area = name.isEmpty() ? text : name;
+    return !name.isEmpty();
+}
+
+QString kindProblem(const Tag& tag)
+{
+    if (tag.isBit() == isBitArea(tag.area)) return QString();
+    return QString(QLatin1String(tag.isBit() ? "%1 holds words, which are not of type %2"
+                                             : "%1 holds bits, which are not of type %2"))
+        .arg(tag.area, tagTypeText(tag));
 }
 
 QString addressProblem(Tag& tag, const DriverLibrary& driver)
 {
+    const QString badBit = bitDigitReason(tag.area, tag.address, driver);
+    if (!badBit.isEmpty()) return badBit;
     const int result = checkAddress(tag, FOR_READING, tag.number, driver);
-    switch (result) {
-    case ADDRESS_VALID:
-        return QString();
-    case ADDRESS_OUT_OF_RANGE:
-        return rangeProblem(tag, driver);
-    case ADDRESS_KIND_MISMATCH:
-        return QString(QLatin1String(tag.isBit() ? "%1 holds words, which are not of type %2"
-                                                 : "%1 holds bits, which are not of type %2"))
-            .arg(tag.area, QLatin1String(TYPE_NAMES[tag.type]));
-    default:
-        return QString(QLatin1String("the driver does not take address %1 of %2, result %3"))
-            .arg(tag.address, tag.area, QString::number(result));
-    }
+    if (result != ADDRESS_VALID)
+        return addressReason(result, tag.area, tag.address, tag.units(), driver);
+    tag.address = addressText(driver, tag.area, tag.number);
+    return QString();
 }
 
 QString writeProblem(const Tag& tag, const DriverLibrary& driver)
@@ -76,16 +98,12 @@ QString writeProblem(const Tag& tag, const DriverLibrary& driver)
 
 bool takeType(const QString& text, Tag& tag)
 {
-    const QString name = text.section(QLatin1Char(':'), 0, 0);
-    const auto* const found =
-        std::find_if(std::begin(TYPE_NAMES), std::end(TYPE_NAMES),
-                     [&name](const char* known) { return name == QLatin1String(known); });
-    if (found == std::end(TYPE_NAMES)) return false;
-    tag.type = static_cast<Tag::Type>(found - std::begin(TYPE_NAMES));
-    if (name == text) return true;
-    const QString order = text.mid(name.size() + 1);
-    tag.wordOrder = order == QLatin1String("high") ? Tag::HIGH_WORD_FIRST : Tag::LOW_WORD_FIRST;
-    return tag.units() == 2 && (order == QLatin1String("high") || order == QLatin1String("low"));
+    QStringList parts = text.split(SUFFIX_MARK);
+    bool known = takeName(parts.takeFirst(), tag);
+    const bool hasOrder = !parts.isEmpty() && takeWordOrder(parts.first(), tag);
+    if (hasOrder) parts.removeFirst();
+    if (!parts.isEmpty()) known = takeFormat(parts.takeFirst(), tag) && known;
+    return known && parts.isEmpty();
 }
 
 bool takeStation(const QString& text, Tag& tag)
@@ -103,16 +121,21 @@ QString stationProblem(const QString& text)
 
 QString typeProblem(const QString& text)
 {
-    return QString(QLatin1String("type %1 is unknown; there are bool, int16, uint16, int32, uint32 "
-                                 "and float32, the last three also with :low or :high"))
+    return QString(
+               QLatin1String("type %1 is unknown; there are bool, int16, uint16, int32, uint32, "
+                             "float32, hex and bin; int32, uint32 and float32 also with :low or "
+                             ":high, and uint16 and uint32 with :hex or :bin at the end"))
         .arg(quoted(text));
 }
 
 QString tagTypeText(const Tag& tag)
 {
-    const QString name = QLatin1String(TYPE_NAMES[tag.type]);
-    const bool highFirst = tag.units() == 2 && tag.wordOrder == Tag::HIGH_WORD_FIRST;
-    return highFirst ? name + QLatin1String(":high") : name;
+    return typeText(tag, false);
+}
+
+QString typeTextWithOrder(const Tag& tag)
+{
+    return typeText(tag, true);
 }
 
 QString quoted(const QString& text)

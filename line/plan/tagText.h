@@ -12,20 +12,30 @@
 bool takeStation(const QString& text, Tag& tag);
 QString stationProblem(const QString& text);
 
-/// Sets the tag's type and word order from a text such as "float32:high".
+/// Sets the tag's type, word order and format from a text such as "float32:high", "uint32:hex" or
+/// "hex", which is "uint16:hex".
 /// @return false when the text is no type
 bool takeType(const QString& text, Tag& tag);
 QString typeProblem(const QString& text);
 
-/// The text of the tag's type for a tag file, such as "float32:high".
+/// The text of the tag's type for a tag file, such as "float32:high" or "hex".
 QString tagTypeText(const Tag& tag);
 
-/// The problem with the tag's area; empty when the driver knows the area.
-QString areaProblem(const Tag& tag, const DriverLibrary& driver);
+/// The text of the tag's type as in tagTypeText(), but a 32-bit type always has its word order:
+/// "float32:low".
+QString typeTextWithOrder(const Tag& tag);
 
-/// The problem with the address in a known area; empty when the driver accepts the address. The
-/// tag's number is then set.
+/// Sets the tag's area from a text such as "MW", "mw" or "%mw".
+/// @return false when the driver knows no such area; the tag then has the text for its area
+bool takeArea(const QString& text, Tag& tag, const DriverLibrary& driver);
+
+/// Checks the tag's address in its known area, and sets the tag's number and its address in normal
+/// form.
+/// @return the problem; empty when the address is valid
 QString addressProblem(Tag& tag, const DriverLibrary& driver);
+
+/// Why the tag's type does not fit its known area; empty: it fits.
+QString kindProblem(const Tag& tag);
 
 /// Why a tag with a valid address cannot be written; empty when it can.
 QString writeProblem(const Tag& tag, const DriverLibrary& driver);

@@ -1,5 +1,8 @@
 #include "plan/tagValue.h"
 
+#include "plan/tagText.h"
+
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstring>
@@ -8,6 +11,7 @@
 namespace {
 
 enum { WORD_BYTES = 2, FEWEST_FLOAT_DIGITS = 6, MOST_FLOAT_DIGITS = 9 };
+enum { DECIMAL_BASE = 10, HEXADECIMAL_BASE = 16, BINARY_BASE = 2, WORD_BITS = 16 };
 
 using Limits = std::pair<qint64, qint64>;
 
@@ -111,15 +115,77 @@ Limits limitsOf(Tag::Type type)
     }
 }
 
+/// The base that a text begins with: 0x, 0b or none. The unsigned types have all three.
+int baseOf(const Tag& tag, const QString& text)
+{
+    if (limitsOf(tag.type).first < 0) return DECIMAL_BASE;
+    if (text.startsWith(QLatin1String("0x"), Qt::CaseInsensitive)) return HEXADECIMAL_BASE;
+    return text.startsWith(QLatin1String("0b"), Qt::CaseInsensitive) ? BINARY_BASE : DECIMAL_BASE;
+}
+
+bool isDigit(int base, QChar character)
+{
+    const char latin1 = character.toLatin1();
+    if (base == BINARY_BASE) return latin1 == '0' || latin1 == '1';
+    return (latin1 >= '0' && latin1 <= '9') || (latin1 >= 'a' && latin1 <= 'f') ||
+           (latin1 >= 'A' && latin1 <= 'F');
+}
+
+/// Behind a prefix Qt would take a sign and, in some versions, a second prefix.
+std::optional<qint64> integerOf(const Tag& tag, const QString& text)
+{
+    const int base = baseOf(tag, text);
+    const QString digits = base == DECIMAL_BASE ? text : text.mid(2);
+    const bool isPlain = std::all_of(digits.begin(), digits.end(), [base](QChar character) {
+        return base == DECIMAL_BASE || isDigit(base, character);
+    });
+    bool ok = false;
+    const qint64 value = digits.toLongLong(&ok, base);
+    return ok && isPlain ? std::optional<qint64>(value) : std::nullopt;
+}
+
 std::optional<QByteArray> integerBytes(const Tag& tag, const QString& text)
 {
     const Limits limits = limitsOf(tag.type);
-    const bool hexadecimal =
-        limits.first == 0 && text.startsWith(QLatin1String("0x"), Qt::CaseInsensitive);
-    bool ok = false;
-    const qint64 value = text.toLongLong(&ok, hexadecimal ? 16 : 10);
-    if (!ok || value < limits.first || value > limits.second) return std::nullopt;
-    return bytesOf(tag, static_cast<quint32>(value));
+    const std::optional<qint64> value = integerOf(tag, text);
+    if (!value || *value < limits.first || *value > limits.second) return std::nullopt;
+    return bytesOf(tag, static_cast<quint32>(*value));
+}
+
+/// All digits of an unsigned value, 0x00FF or 0b0000000011111111.
+QString patternText(const Tag& tag, quint32 bits)
+{
+    const bool isBinary = tag.format == Tag::BINARY;
+    const int base = isBinary ? int(BINARY_BASE) : int(HEXADECIMAL_BASE);
+    const int bitsPerDigit = isBinary ? 1 : 4;
+    const int digits = tag.units() * WORD_BITS / bitsPerDigit;
+    const QString number = QString::number(bits, base).toUpper();
+    return QLatin1String(isBinary ? "0b" : "0x") + number.rightJustified(digits, QLatin1Char('0'));
+}
+
+/// The values of the tag's type, in words.
+QString valuesText(const Tag& tag)
+{
+    const QString range = QLatin1String("%1 to %2");
+    if (tag.type == Tag::BOOL) return QLatin1String("0, 1, true or false");
+    if (tag.type == Tag::FLOAT32)
+        return range.arg(floatText(std::numeric_limits<float>::lowest()),
+                         floatText(std::numeric_limits<float>::max()));
+    const Limits limits = limitsOf(tag.type);
+    return range.arg(limits.first).arg(limits.second);
+}
+
+bool isNumber(const Tag& tag, const QString& text)
+{
+    bool isDecimal = false;
+    const double value = text.toDouble(&isDecimal);
+    return (isDecimal && std::isfinite(value)) || integerOf(tag, text).has_value();
+}
+
+bool isNonFinite(const Tag& tag, const QString& text)
+{
+    const std::optional<float> value = floatOf(text);
+    return tag.type == Tag::FLOAT32 && value && !std::isfinite(*value);
 }
 
 } // namespace
@@ -131,7 +197,8 @@ QString tagValueText(const Tag& tag, const QByteArray& bytes)
     const quint32 bits = bitsOf(tag, bytes);
     if (tag.type == Tag::INT16) return QString::number(static_cast<qint16>(bits));
     if (tag.type == Tag::INT32) return QString::number(static_cast<qint32>(bits));
-    if (tag.type != Tag::FLOAT32) return QString::number(bits);
+    if (tag.type != Tag::FLOAT32)
+        return tag.format == Tag::DECIMAL ? QString::number(bits) : patternText(tag, bits);
     float value = 0;
     std::memcpy(&value, &bits, sizeof value);
     return floatText(value);
@@ -143,4 +210,18 @@ std::optional<QByteArray> tagValueBytes(const Tag& tag, const QString& text)
     if (tag.type == Tag::BOOL) return boolBytes(trimmed);
     if (tag.type == Tag::FLOAT32) return floatBytes(tag, trimmed);
     return integerBytes(tag, trimmed);
+}
+
+QString valueProblem(const Tag& tag, const QString& text, NonFinite nonFinite)
+{
+    const QString trimmed = text.trimmed();
+    if (trimmed.isEmpty()) return QLatin1String("the value is missing");
+    if (nonFinite == REFUSE_NON_FINITE && isNonFinite(tag, trimmed))
+        return trimmed + QLatin1String(" is written with --allow-nan only");
+    if (tagValueBytes(tag, trimmed)) return QString();
+    if (isNumber(tag, trimmed))
+        return QString(QLatin1String("%1 does not fit %2: %3"))
+            .arg(trimmed, tagTypeText(tag), valuesText(tag));
+    return QString(QLatin1String("\"%1\" is no value of type %2: %3"))
+        .arg(trimmed, tagTypeText(tag), valuesText(tag));
 }

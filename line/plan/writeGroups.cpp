@@ -25,16 +25,30 @@ bool isRightBehind(const Tag& before, const Tag& tag)
            before.area == tag.area && before.number + before.units() == tag.number;
 }
 
+/// Words of a list from its tag order[at] to its end.
+int wordsToEndOfList(const std::vector<Tag>& tags, const std::vector<size_t>& lists,
+                     const std::vector<size_t>& order, size_t at)
+{
+    if (lists.empty()) return tags[order[at]].units();
+    int words = 0;
+    for (size_t next = at; next < order.size() && lists[order[next]] == lists[order[at]]; ++next)
+        words += tags[order[next]].units();
+    return words;
+}
+
 } // namespace
 
-std::vector<WriteGroup> writeGroups(const std::vector<Tag>& tags)
+std::vector<WriteGroup> writeGroups(const std::vector<Tag>& tags, const std::vector<size_t>& lists)
 {
     std::vector<WriteGroup> groups;
     int words = 0; // of the last group
-    for (const size_t index : sortedByPlace(tags)) {
+    const std::vector<size_t> order = sortedByPlace(tags);
+    for (size_t at = 0; at < order.size(); ++at) {
+        const size_t index = order[at];
         const Tag& tag = tags[index];
-        const bool joins = !groups.empty() && isRightBehind(tags[groups.back().tags.back()], tag) &&
-                           words + tag.units() <= RecipePlan::MOST_RECORD_WORDS;
+        const bool joins =
+            !groups.empty() && isRightBehind(tags[groups.back().tags.back()], tag) &&
+            words + wordsToEndOfList(tags, lists, order, at) <= RecipePlan::MOST_RECORD_WORDS;
         if (!joins) {
             groups.emplace_back();
             words = 0;

@@ -261,7 +261,11 @@ void DriverFeeder::readOver(const FINISHED_EXCHANGE& finished, qint64 now)
     const bool done = finished.result == REPLY_ACCEPTED;
     m_reads.ended(outcomeOf(finished), done ? QString() : blockTroubleOf(finished));
     const int block = m_polled.blockOf(finished.frame.var);
-    if (done && block >= 0) m_values.blockRead(block, m_isPolling, now);
+    if (block < 0) return;
+    if (done)
+        m_values.blockRead(block, m_isPolling, now);
+    else if (!m_isPolling) // else the tags show the result of their own polls
+        m_sink.tagsBad(m_polled.block(block).tags, troubleOf(finished), now);
 }
 
 void DriverFeeder::blockOver(const FINISHED_EXCHANGE& finished, qint64 now)

@@ -9,7 +9,10 @@ void OneShotReads::add(int job, const std::vector<ReadBlock>& blocks)
         m_ended.emplace_back().job = job;
         return;
     }
-    if (job != NO_JOB) m_blocksLeft[job] += int(blocks.size());
+    if (job != NO_JOB) {
+        m_jobs[job].end.job = job;
+        m_jobs[job].blocksLeft += int(blocks.size());
+    }
     for (const ReadBlock& block : blocks)
         m_waiting.push_back({block, job});
 }
@@ -38,21 +41,15 @@ void OneShotReads::ended(JobEnd::Outcome outcome, const QString& trouble)
     if (!m_underWay) return;
     const Read read = *std::exchange(m_underWay, std::nullopt);
     if (read.job == NO_JOB) return;
-    if (outcome == JobEnd::DONE && --m_blocksLeft[read.job] > 0) return;
-    dropRest(read.job);
-    JobEnd end;
-    end.job = read.job;
-    end.outcome = outcome;
-    end.trouble = trouble;
+    const auto found = m_jobs.find(read.job);
+    JobEnd& end = found->second.end;
+    if (outcome != JobEnd::DONE && end.outcome == JobEnd::DONE) {
+        end.outcome = outcome;
+        end.trouble = trouble;
+    }
+    if (--found->second.blocksLeft > 0) return;
     m_ended.push_back(end);
-}
-
-void OneShotReads::dropRest(int job)
-{
-    m_blocksLeft.erase(job);
-    m_waiting.erase(std::remove_if(m_waiting.begin(), m_waiting.end(),
-                                   [job](const Read& read) { return read.job == job; }),
-                    m_waiting.end());
+    m_jobs.erase(found);
 }
 
 std::vector<JobEnd> OneShotReads::takeEnded()

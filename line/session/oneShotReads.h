@@ -21,8 +21,7 @@ public:
         int job = 0;
     };
 
-    /// Job number of reads that belong to no job. A failure does not drop the other blocks, and no
-    /// end is reported.
+    /// Job number of reads that belong to no job. No end is reported.
     enum { NO_JOB = 0 };
 
     void add(int job, const std::vector<ReadBlock>& blocks);
@@ -39,18 +38,22 @@ public:
         return m_underWay.has_value();
     }
 
-    /// The block under way was read, or failed. A job ends with its last block or its first
-    /// failure.
+    /// The block under way was read, or failed. A job ends with its last block. Its end is that of
+    /// its first failure.
     void ended(JobEnd::Outcome outcome, const QString& trouble);
 
     std::vector<JobEnd> takeEnded();
 
 private:
-    void dropRest(int job);
+    struct Job
+    {
+        int blocksLeft = 0;
+        JobEnd end;
+    };
 
     std::deque<Read> m_waiting;
     std::optional<Read> m_underWay;
-    std::map<int, int> m_blocksLeft;
+    std::map<int, Job> m_jobs;
     std::vector<JobEnd> m_ended;
 };
 

@@ -79,6 +79,7 @@ void SharedValues::recipeProgress(int job, int done)
 void SharedValues::exchanged(const FINISHED_EXCHANGE& finished, qint64 now)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
+    if (finished.end == END_SILENT) noteFrame(FrameRecord::NO_ANSWER, QByteArray(), now);
     if (finished.result == REPLY_RETRY) {
         ++m_figures.retries;
         return;
@@ -94,9 +95,10 @@ void SharedValues::exchanged(const FINISHED_EXCHANGE& finished, qint64 now)
     m_lately.exchanged(finished.replyTime, now);
 }
 
-void SharedValues::fenced(const EndedExchange&, qint64)
+void SharedValues::fenced(const EndedExchange& fence, qint64 now)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
+    if (fence.end == END_SILENT) noteFrame(FrameRecord::NO_ANSWER, QByteArray(), now);
     ++m_figures.fences;
 }
 
@@ -134,8 +136,14 @@ void SharedValues::linkChanged(bool connected, const QString& trouble, qint64 no
 
 void SharedValues::frame(FrameRecord::Direction direction, const QByteArray& bytes, qint64 now)
 {
-    if (!m_keepFrames) return;
     const std::lock_guard<std::mutex> lock(m_mutex);
+    noteFrame(direction, bytes, now);
+}
+
+/// The caller holds m_mutex.
+void SharedValues::noteFrame(FrameRecord::Direction direction, const QByteArray& bytes, qint64 now)
+{
+    if (!m_keepFrames) return;
     if (m_news.frames.size() >= MOST_FRAMES) {
         ++m_news.framesMissed;
         return;

@@ -86,6 +86,7 @@ public:
 
 private:
     void noteChange(int tag, qint64 now);
+    void noteFrame(FrameRecord::Direction direction, const QByteArray& bytes, qint64 now);
     void news();
 
     const bool m_keepFrames; ///< constant after construction

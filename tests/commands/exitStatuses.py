@@ -22,6 +22,8 @@ class Usage(CommandLineTest):
         for command, sentence in (
                 ("", f"a verb is missing: {VERBS}"),
                 ("bogus", f'there is no verb "bogus"; the verbs are {VERBS}'),
+                ("bogus --help", f'there is no verb "bogus"; the verbs are {VERBS}'),
+                ("recipe bogus --help", 'there is no verb "bogus"; the verbs are download, upload'),
                 ("bogus --json", 'there is no verb "bogus"; .*'),
                 ("--bogus", 'there is no option "--bogus"'),
                 ("read --nothing MW100", ".*--nothing.*"), ("info extra", ".*extra.*"),
@@ -99,8 +101,21 @@ class LinkAndDriver(CommandLineTest):
 
     def test_simulator_and_driver_that_cannot_be_started(self):
         self.fails(3, "read MW100 --simulator none")
-        self.fails(2, "--driver ./none.so info", r"none\.so")
+        self.fails(2, "--driver ./none.so info",
+                   rf"none\.so.*; searched in the folder {self.folder.resolve()}$")
         self.fails(2, f"--driver {self.file('file', '')} read MW100")
+
+    def test_folders_searched_for_a_driver_are_named(self):
+        """A bare name is not one of the present folder, as for any program's libraries."""
+        self.file("here.so", "")
+        (self.folder / "own").mkdir()
+        prefix = ("env", f"LD_LIBRARY_PATH={self.folder}/own")
+        found = f"; searched in the system's library folders {self.folder}/own, /.*lib"
+        self.fails(2, "--driver none.so info", f"none\\.so.*{found}", prefix=prefix)
+        run = self.fails(2, "--driver here.so info", found, prefix=prefix)
+        self.assertTrue(run.errors[0].endswith("; the file of this folder is ./here.so"), run)
+        for other in ("./here.so", "libm.so.6"):
+            self.assertNotIn("searched", self.fails(2, f"--driver {other} info").err)
 
     def test_silent_and_damaging_stations_are_told_apart(self):
         with self.plc("pty", "--silent 1") as plc:

@@ -11,7 +11,8 @@ class InfoVerbs(CommandLineTest):
     def test_info_lists_version_settings_and_areas(self):
         run = self.host("info")
         self.assert_matches(
-            run.lines, "^protocol .*type 0$", r"^version +2\.0\.0\.0$", "^property page +0_0$",
+            run.lines, "^protocol .*type 0$", r"^interface +version 2\.0\.0\.0$",
+            "^property page +0_0$",
             "^serial line +38400 baud, 8 data bits, parity NONE, stop bits 1$",
             r"^network +192\.168\.1\.100, port 8000$",
             "^MW +words +DDDD +0 +8190 +16 bits +read and write$",
@@ -21,7 +22,8 @@ class InfoVerbs(CommandLineTest):
             r"^IX +bits +DDDDO +0\.0 +511\.7 +1 bit +read$",
             r"^QX +bits +DDDDO +0\.0 +511\.7 +1 bit +read and write$")
         info, = self.objects("info")
-        self.assertEqual(("2.0.0.0", 38400, 8000), (info["version"], info["baud"], info["port"]))
+        self.assertEqual(("2.0.0.0", 38400, 8000),
+                         (info["interfaceVersion"], info["baud"], info["port"]))
         highest = {area["name"]: area["highest"] for area in info["areas"]}
         self.assertEqual(["IW", "IX", "MW", "MX", "QW", "QX"], sorted(highest))
         self.assertEqual((6, "7816.7"), (len(info["areas"]), highest["MX"]))
@@ -35,8 +37,14 @@ class InfoVerbs(CommandLineTest):
                 (0, "IX 0.3 --count 20", "address number 3, 20 bits from bit 3 on in input "
                                          r"registers 0 to 1 \(function 4\)$"),
                 (0, "QW 510", "^QW 510: valid, address number 255, "),
-                (0, "MX 12.9", r"^MX 13\.1: valid, address number 3105, "
+                (0, "MX 13.1", r"^MX 13\.1: valid, address number 3105, "
                                "bit 9 of holding register 3006 "),
+                (0, "MX13.1", r"^MX 13\.1: valid, address number 3105, "),
+                (0, "%mw100 --count 2", "^MW 100: valid, address number 3050, .* 3050 to 3051 "),
+                (0, "mw 0100", "^MW 100: valid, address number 3050, "),
+                (7, "MX12.9", r"^MX 12\.9: not valid: the bit is 0 to 7; did you mean MX13\.1\?$"),
+                (7, "QX 511.8 --write", r"^QX 511\.8: not valid: the bit is 0 to 7$"),
+                (7, "MW100 4", '^MW100 4: not valid: there is no area "MW100"'),
                 (7, "MW 101", "^MW 101: not valid: odd: a word starts at an even number$"),
                 (7, "MW 8192", "^MW 8192: not valid: past the end of MW, whose last address is "
                                "8190$"),
@@ -74,4 +82,9 @@ class InfoVerbs(CommandLineTest):
         self.assertEqual((0, [("0.0", 0), ("1.1", 9), ("2.2", 18)]),
                          (series["clipped"],
                           [(entry["address"], entry["number"]) for entry in series["entries"]]))
+        self.assertEqual(["MW 8 = 3004"], self.host("series %mw8").lines)
+        self.assertEqual(["MX 0.6 = 3006", "MX 1.0 = 3008"],
+                         self.host("series mx0.6 --count 2 --interval 2").lines)
+        self.assert_matches(self.host("series MX0.8", 7).lines,
+                            r"^MX 0\.8: not valid: the bit is 0 to 7; did you mean MX1\.0\?$")
         self.assert_matches(self.host("series MW 3", 7).lines, r"^MW 3: not valid: odd")

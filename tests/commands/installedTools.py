@@ -1,6 +1,5 @@
-"""Driver and tools installed into an empty folder need nothing else to watch the simulated PLC."""
+"""What is installed into an empty folder needs nothing else to watch the simulated PLC."""
 
-import gzip
 import subprocess
 
 from commandLine import CommandLineTest
@@ -10,18 +9,20 @@ SHARED = "share/quorvane-ka-kb/tags.csv"
 
 
 class InstalledTools(CommandLineTest):
-    """What cmake installs of the components driver and tools."""
+    """What cmake installs."""
 
     def test_installed_tools_work_by_themselves(self):
-        """With the tag file gone, which the tools' own package brings, the file is named."""
+        """With the tag file gone, which the tools' own package brings, the file is named. The
+        driver is found in the folder for its Qt: the plain name may lead to another Qt's."""
         root = self.folder / "root"
-        for component in ("driver", "tools"):
-            subprocess.run(["cmake", "--install", self.programs.parent, "--prefix", root,
-                            "--component", component], check=True, stdout=subprocess.DEVNULL)
+        subprocess.run(["cmake", "--install", self.programs.parent, "--prefix", root],
+                       check=True, stdout=subprocess.DEVNULL)
+        for library in root.glob("lib*/**/libquorvane_ka_kb_plc*"):
+            if library.parent.parent.name != "quorvane-ka-kb":
+                library.unlink()
         self.assertEqual(DEMO_TAGS.read_bytes(), (root / SHARED).read_bytes())
         for tool in ("kakb-host", "kakb-sim"):
-            with gzip.open(root / f"share/man/man1/{tool}.1.gz") as page:
-                self.assertTrue(page.read())
+            self.assertTrue((root / f"share/man/man1/{tool}.1").read_text("utf-8"))
             self.assertTrue((root / "share/bash-completion/completions" / tool).read_text("utf-8"))
 
         self.programs = root / "bin"

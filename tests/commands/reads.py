@@ -33,6 +33,33 @@ class Reads(CommandLineTest):
                          [tuple(found[key] for key in ("name", "address", "value", "good"))
                           for found in objects])
 
+    def test_types_ranges_and_both_word_orders_by_address(self):
+        """65058 = 0xFE22 is -478 as a signed number. MX 40.0 to 40.7 are the bits of 0x22. In IEEE
+        754 0x41AC0000 is 21.5 and 0x000041AC is 2.35586e-41."""
+        self.file("tags.csv", table([("level", 1, "MW", 100, "float32")]))
+        with self.plc("pty", "--stations 1-2") as plc:
+            link = f"--link {plc.link}"
+            self.host(f"write {link} MW40=65058 MW100=0x41AC 2:MW4=0b101 2:MW6=3")
+            for names, lines in (
+                    ("MW40 %mw40:int16 mw40:hex MW40:bin MW100:uint32:hex",
+                     ["MW40 = 65058", "MW40:int16 = -478", "MW40:hex = 0xFE22",
+                      "MW40:bin = 0b1111111000100010", "MW100:uint32:hex = 0x000041AC"]),
+                    ("MW100:float32:high MW98..MW100",
+                     ["MW100:float32:high = 21.5", "MW98 = 0", "MW100 = 16812"]),
+                    ("2:MW4+2 2:mw4..mw6:hex", ["2:MW4 = 5", "2:MW6 = 3", "2:MW4:hex = 0x0005",
+                                                "2:MW6:hex = 0x0003"]),
+                    ("MX40.1..MX40.5", ["MX40.1 = 1", "MX40.2 = 0", "MX40.3 = 0", "MX40.4 = 0",
+                                        "MX40.5 = 1"]),
+                    ("--both-orders MW100:float32:high level MW40 --tags tags.csv",
+                     ["MW100:float32:low = 2.35586e-41", "MW100:float32:high = 21.5",
+                      "level (MW100:float32:low) = 2.35586e-41",
+                      "level (MW100:float32:high) = 21.5", "MW40 = 65058"])):
+                self.assertEqual(lines, self.host(f"read {link} {names}").lines)
+            self.assertEqual(4096, len(self.host(f"read {link} QX0.0..QX511.7").lines))
+            objects = self.objects(f"read {link} --tags tags.csv --both-orders level")
+        self.assertEqual([("level", "MW100:float32:low"), ("level", "MW100:float32:high")],
+                         [(found["name"], found["address"]) for found in objects])
+
     def test_time_out_ends_with_the_first_byte_on_a_serial_line_and_with_the_last_on_tcp(self):
         """255 bytes take 266 ms at 9600 baud, 10 bits each; a serial link's speed is known.
 
@@ -53,6 +80,45 @@ class Reads(CommandLineTest):
 
     def test_own_simulated_plc_has_the_stations_asked_for(self):
         self.assert_matches(self.host("read 2:QW8 7:MW0").lines, "^2:QW8 = 0$", "^7:MW0 = [0-9]+$")
+
+
+class PartialReads(CommandLineTest):
+    """Stations that answer have their values, whatever the others do."""
+
+    SILENT = "station 2 does not answer"
+
+    def setUp(self):
+        super().setUp()
+        self.tags("still", "silent word", "total", "lamp", "beacon")
+
+    @on_each_link
+    def test_values_beside_a_silent_station(self, kind):
+        with self.plc(kind, "--stations 1-3 --silent 2") as plc:
+            link = f"--link {plc.link} --timeout-ms 300"
+            self.host(f"write MW100=7 3:QX0.5=1 {link}")
+            run = self.host(f"read --tags tags.csv {link}", 4)
+            self.assertEqual((["still (MW100) = 7", "lamp (MX12.3) = 0", "beacon (3:QX0.5) = 1"],
+                              [f"kakb-host: silent word (2:MW0): {self.SILENT}",
+                               f"kakb-host: total (2:QW8): {self.SILENT}"]),
+                             (run.lines, run.errors))
+            objects = self.objects(f"read --tags tags.csv {link}", 4)
+        self.assertEqual(
+            [("still", 7, True, ""), ("silent word", None, False, self.SILENT),
+             ("total", None, False, self.SILENT), ("lamp", 0, True, ""), ("beacon", 1, True, "")],
+            [tuple(found[key] for key in ("name", "value", "good", "trouble"))
+             for found in objects])
+        self.assertEqual([True, False, False, True, True],
+                         [found["timeS"] is not None for found in objects])
+
+    def test_each_refused_address_has_its_reason(self):
+        with self.plc("pty", "--stations 1-2 --exception 1 --exception-code 2") as plc:
+            refused = "refused by the PLC: illegal address (exception 2)"
+            run = self.host(f"read MW100 2:MW0 --link {plc.link}", 5)
+            self.assertEqual(([], [f"kakb-host: MW100: {refused}", f"kakb-host: 2:MW0: {refused}"]),
+                             (run.lines, run.errors))
+            objects = self.objects(f"read MW100 2:MW0 --link {plc.link}", 5)
+            self.assertEqual([(False, refused)] * 2,
+                             [(found["good"], found["trouble"]) for found in objects])
 
 
 class UnusableReads(CommandLineTest):
@@ -79,16 +145,25 @@ end,1,MW,8190,float32,
         run = self.host("read --tags tags.csv", 1)
         self.assertEqual(8, len(run.errors), run)
         self.assert_matches(
-            run.errors, "^kakb-host: line 3: address 101 of MW is odd",
-            '^kakb-host: line 5: station "0"', '^kakb-host: line 6: area "ZZ"',
-            '^kakb-host: line 7: type "int64"', '^kakb-host: line 9: name "good" stands on line 2',
-            "^kakb-host: line 10: 3 fields", "^kakb-host: line 11: MW holds words",
-            "^kakb-host: line 12: address 8190 of MW .* with its two words$")
+            run.errors, "^kakb-host: tags.csv: line 3: MW101: odd: ",
+            '^kakb-host: tags.csv: line 5: station "0"', '^kakb-host: tags.csv: line 6: there is no area "ZZ"',
+            '^kakb-host: tags.csv: line 7: type "int64"', '^kakb-host: tags.csv: line 9: name "good" stands on line 2',
+            "^kakb-host: tags.csv: line 10: 3 fields", "^kakb-host: tags.csv: line 11: MW holds words",
+            "^kakb-host: tags.csv: line 12: MW8190: past the end of MW: .* room for 2 words is 8188$")
         for verb in ("plan", "watch", "write MW100=1"):
             self.assertEqual(run.errors, self.host(f"{verb} --tags tags.csv", 1).errors)
 
     def test_wrong_address_or_name(self):
         self.tags("level")
-        for address in ("", "MW101", "300:MW0"):
-            self.fails(1, f"read {address}")
+        self.fails(1, "read", "name tags or addresses")
+        for address, reason in (
+                ("MW101", "odd: a word starts at an even number"),
+                ("MX12.9", r"the bit is 0 to 7; did you mean MX13\.1\?"),
+                ("mx0.10", r"the bit is 0 to 7; did you mean MX1\.2\?"),
+                ("300:MW0", 'station "300" is no number from 1 to 247'),
+                ("MW0:int16:hex", 'type "int16:hex" is unknown; there are bool, int16, .*'),
+                ("MW4..MW0", "the range ends before it begins"),
+                ("MW0+4097", 'a range has 1 to 4096 values, not "4097"')):
+            self.fails(1, f"read {address}", f"^kakb-host: {re.escape(address)}: {reason}$")
+        self.fails(1, "read --both-orders MW100", "needs a 32-bit type")
         self.fails(1, "read --tags tags.csv lvel", "nor is it a name of the tag file")

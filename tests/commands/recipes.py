@@ -102,6 +102,27 @@ class Recipes(CommandLineTest):
                          self.host("recipe download recipe.csv --verify").lines)
 
 
+class SpreadsheetRecipes(CommandLineTest):
+    """Recipes with semicolons and decimal commas."""
+
+    def test_semicolons_and_decimal_commas_come_back(self):
+        """21.5 is 0x41AC0000 in IEEE 754."""
+        lines = ["\ufeffname;station;area;address;type;value", "level;1;MW;120;float32:high;21,5",
+                 "mode;1;MW;300;uint16;7", ""]
+        self.file("recipe.csv", "\r\n".join(lines))
+        with self.plc("pty") as plc:
+            self.host(f"recipe download recipe.csv --verify --link {plc.link}")
+            self.host(f"write MW300=8 MW120:float32:high=-0.75 --link {plc.link}")
+            self.host(f"recipe upload recipe.csv --link {plc.link}")
+            lines[1] = lines[1].replace("21,5", "-0,75")
+            lines[2] = lines[2].replace(";7", ";8")
+            self.assertEqual("\r\n".join(lines).encode(),
+                             (self.folder / "recipe.csv").read_bytes())
+            self.file("tags.csv", "name;station;area;address;type\nlevel;1;MW;120;float32:high\n")
+            self.assertEqual(["level (MW120) = -0.75"],
+                             self.host(f"read --tags tags.csv --link {plc.link}").lines)
+
+
 class UnusableRecipes(CommandLineTest):
     """Mistakes end before anything is written."""
 
@@ -114,11 +135,11 @@ class UnusableRecipes(CommandLineTest):
         run = self.host("recipe download recipe.csv", 1)
         self.assertEqual(5, len(run.errors), run)
         self.assert_matches(
-            run.errors, "^kakb-host: line 3: address 41 of QW is odd",
-            "^kakb-host: line 4: area IX is read-only$",
-            '^kakb-host: line 5: "2" is no value of type bool$',
-            '^kakb-host: line 6: "65536" is no value of type uint16$',
-            "^kakb-host: line 7: the value is missing$")
+            run.errors, "^kakb-host: recipe.csv: line 3: QW41: odd: ",
+            "^kakb-host: recipe.csv: line 4: area IX is read-only$",
+            "^kakb-host: recipe.csv: line 5: 2 does not fit bool: 0, 1, true or false$",
+            "^kakb-host: recipe.csv: line 6: 65536 does not fit uint16: 0 to 65535$",
+            "^kakb-host: recipe.csv: line 7: the value is missing$")
 
     def test_unusable_recipe_says_why(self):
         self.fails(1, "recipe download none.csv")
@@ -128,7 +149,10 @@ class UnusableRecipes(CommandLineTest):
                  "a and b share a word of station 1"),
                 ([("word", 1, "MW", 0, "uint16", 1), ("bit", 1, "MX", "0.0", "bool", 0)],
                  "^kakb-host: word and bit share a bit of station 1$"),
+                ([("bit", 1, "MX", "12.9", "bool", 1)],
+                 r"^kakb-host: recipe\.csv: line 2: MX12\.9: the bit is 0 to 7; "
+                 r"did you mean MX13\.1\?$"),
                 ([("bit", 1, "QX", "375.0", "bool", 1)],
-                 "^kakb-host: line 2: QX 375.0 and above can be read but not written: ")):
+                 "^kakb-host: recipe.csv: line 2: QX 375.0 and above can be read but not written: ")):
             self.file("recipe.csv", table(rows, HEADER + ",value"))
             self.fails(1, "recipe download recipe.csv", sentence)

@@ -84,6 +84,10 @@ class TraceAndCapture(CommandLineTest):
             run = self.host(f"read MW100 --trace --link {plc.link} --timeout-ms 100 --attempts 2 "
                             "--pcap silent.pcap", 4)
             self.assertEqual(2, len(matching(run.errors, " > .*, a fence$")), run)
+            waits = [int(line.split()[-2]) for line in matching(
+                run.errors, f"{TIME} ! station 1: no answer within [0-9]+ ms$")]
+            self.assertEqual(2, len(waits), run)
+            self.assertLessEqual(100, min(waits), run)
         self.assertEqual(8, len(self.well_formed("refused.pcap", "silent.pcap")))
 
     def test_capture_that_cannot_be_written(self):

@@ -45,7 +45,7 @@ class WatchLines(CommandLineTest):
         self.assertEqual({"count", "still", "valve"}, {line["name"] for line in values})
         for line in values:
             self.assertTrue(line["good"] and type(line["value"]) in (int, float), line)
-        times = [line["time"] for line in values]
+        times = [line["timeS"] for line in values]
         self.assertEqual(sorted(times), times)
         self.assertEqual((0, True), (figures["retries"], figures["connected"]))
         self.assertGreater(figures["exchanges"], 0)

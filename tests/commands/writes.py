@@ -46,12 +46,62 @@ class Writes(CommandLineTest):
                     self.assert_one_sentence(run)
             self.assertEqual(memory, plc.memory())
 
+    @on_each_link
+    def test_every_write_has_an_object(self, kind):
+        for fault, status, wanted in (
+                ("--stations 1-2 --silent 2", 4, [(True, "confirmed", "^$"),
+                                                  (False, "timedOut", "does not answer|not sent")]),
+                ("--stations 1-2 --exception 1 --exception-code 2", 5,
+                 [(False, "refused", "illegal address")] * 2)):
+            with self.plc(kind, fault) as plc:
+                objects = self.objects(
+                    f"write --link {plc.link} --timeout-ms 300 MW100=8 2:MW100=7", status)
+            self.assertEqual([("MW100", 8), ("2:MW100", 7)],
+                             [(found["address"], found["value"]) for found in objects])
+            for found, (confirmed, outcome, trouble) in zip(objects, wanted):
+                self.assertEqual((confirmed, outcome), (found["confirmed"], found["outcome"]))
+                self.assertRegex(found["trouble"], trouble)
+
     def test_name_may_hold_an_equals_sign(self):
         self.file("tags.csv", table([("a=b", 1, "MW", 0, "uint16"), ("a", 1, "MW", 2, "uint16"),
                                      ("a=b=", 1, "MW", 4, "uint16")], HEADER))
         with self.plc("pty") as plc:
             self.host(f"write --link {plc.link} --tags tags.csv a=b=1 a=2 a=b==3 MW6=4")
         self.assertEqual(["1 MW 3000 1", "1 MW 3001 2", "1 MW 3002 3", "1 MW 3003 4"], plc.memory())
+
+    def test_values_for_words_one_behind_the_other_are_one_frame(self):
+        """Function 16 is 0x10. 1.5 is 0x3FC00000 and 2.5 0x40200000 in IEEE 754. MW 10 is the
+        register 5 behind 3000; a full frame holds 123 words."""
+        values = ",".join(str(i + 1) for i in range(123))
+        with self.plc("pty") as plc:
+            write = f"write --link {plc.link} --trace"
+            run = self.host(f"{write} MW10=1,2,3")
+            self.assertEqual(["MW10 = 1 confirmed", "MW12 = 2 confirmed", "MW14 = 3 confirmed"],
+                             run.lines)
+            self.assert_matches(run.errors, "> 01 10 0B BD 00 03 06 00 01 00 02 00 03 ")
+            run = self.host(f"{write} MW20:float32:high=1.5,2.5 MW30..MW32=0x10,0b11 MX0.0=1,0,1")
+            self.assertEqual(["MW20:float32:high = 1.5 confirmed",
+                              "MW24:float32:high = 2.5 confirmed", "MW30 = 16 confirmed",
+                              "MW32 = 3 confirmed", "MX0.0 = 1 confirmed", "MX0.1 = 0 confirmed",
+                              "MX0.2 = 1 confirmed"], run.lines)
+            self.assert_matches(run.errors, "> 01 10 0B C2 00 04 08 3F C0 00 00 40 20 00 00 ",
+                                "> 01 10 0B C7 00 02 04 00 10 00 03 ")
+            # A full list behind a neighbour stays one frame.
+            run = self.host(f"{write} MW198=7 MW200={values}")
+            self.assert_matches(run.errors, "> 01 10 0C 1C 00 7B F6 ", "> 01 06 0C 1B 00 07 ")
+        self.assertLessEqual({"1 MW 3000 5", "1 MW 3005 1", "1 MW 3007 3", "1 MW 3010 16320",
+                              "1 MW 3012 16416", "1 MW 3015 16", "1 MW 3016 3", "1 MW 3099 7",
+                              "1 MW 3100 1", "1 MW 3222 123"}, set(plc.memory()))
+
+    def test_nan_is_written_when_the_user_allows_it(self):
+        """0x7FC00000 is a quiet NaN in IEEE 754; 32704 = 0x7FC0."""
+        self.recipe(level="nan")
+        with self.plc("pty") as plc:
+            self.host(f"write --link {plc.link} --allow-nan MW100:float32:high=nan")
+            self.fails(1, f"recipe download recipe.csv --link {plc.link}",
+                       "line 2: nan is written with --allow-nan only$")
+            self.host(f"recipe download recipe.csv --allow-nan --link {plc.link}")
+        self.assertEqual(["1 MW 3050 32704", "1 MW 3060 32704"], plc.memory())
 
     def test_lost_request_is_repeated(self):
         with self.plc("pty", "--drop-request 1 --fault-exchanges 2") as plc:
@@ -72,10 +122,27 @@ class Writes(CommandLineTest):
                 ("MW120=1 level=2", r"level \(MW120\): is written twice$"),
                 ("a=b=1", "a: "), ("MW100", "is not NAME=VALUE"), ("=7", "is not NAME=VALUE"),
                 ("MW101=7", "odd"), ("nothing=7", "nor is it a name of the tag file"),
-                *((value, f"{value}: the value does not fit")
-                  for value in ("MW100=65536", "MW100=-1", "MW100=x", "MW100=", "MW100=1.5",
-                                "lamp=2", "offset=32768", "level=warm", "level=1e39",
-                                "total=4294967296"))):
+                ("MX12.9=1", r"^kakb-host: MX12\.9: the bit is 0 to 7; did you mean MX13\.1\?; nor"),
+                ("MW0..MW4=1,2", r"MW0\.\.MW4: 2 values for a range of 3$"),
+                (f"MW0={','.join('1' * 124)}", "MW0: 124 words do not fit into one frame, which "
+                                               "holds 123$"),
+                (f"MW0:float32={','.join('1' * 62)}", "MW0:float32: 124 words do not fit"),
+                ("MW0=1,x,3", 'MW2=x: "x" is no value of type uint16'),
+                ("MW8188=1,2,3", "past the end of MW: the last address that leaves room for 3"),
+                ("level=1,5", '"1,5" is no value of type float32:high'),
+                ("level=nan", "level=nan: nan is written with --allow-nan only$"),
+                ("MW0:float32=-inf", "-inf is written with --allow-nan only$"),
+                ("MW100=", "MW100=: the value is missing$"),
+                *((f"{name}={value}", f"{name}={value}: {value} does not fit {range_}$")
+                  for name, value, range_ in (
+                      ("MW100", "65536", "uint16: 0 to 65535"), ("MW100", "-1", "uint16: 0 to 65535"),
+                      ("MW100", "1.5", "uint16: 0 to 65535"),
+                      ("offset", "32768", "int16: -32768 to 32767"),
+                      ("total", "4294967296", "uint32: 0 to 4294967295"),
+                      ("lamp", "2", "bool: 0, 1, true or false"))),
+                *((f"{name}={value}", f'{name}={value}: "{value}" is no value of type {type_}: ')
+                  for name, value, type_ in (("MW100", "x", "uint16"),
+                                             ("level", "warm", "float32:high")))):
             with self.subTest(values=values):
                 self.fails(1, f"write --link serial:/dev/none --tags tags.csv {values}", sentence)
         self.host("write", 1)

@@ -69,7 +69,7 @@ def check_change(block, session):
     """The change fits the sources; the driver with it is built where the marker says."""
     changed = session.folder / "changed-sources"
     changed.mkdir()
-    for part in ("CMakeLists.txt", "include", "device", "service", "line", "cmake", "packaging"):
+    for part in ("CMakeLists.txt", "include", "device", "service", "line", "cmake"):
         _done(["cp", "-r", session.source / part, changed])
     _done(["patch", "--batch", "--forward", "--fuzz=0", "-p1", "-d", changed], input=block.text)
     if not block.marker.startswith(BUILDS):

@@ -6,8 +6,10 @@ usage: manPages.py SOURCE PROGRAM_FOLDER
 
 import re
 import signal
+import socket
 import subprocess
 import sys
+import tempfile
 from pathlib import Path
 
 from helpTexts import help_of, options_in, statuses_in, verbs_of
@@ -91,6 +93,35 @@ def check_simulator(program, page):
         expect(running.wait() == 0, "an end on request is not 0")
 
 
+def check_report(program, page):
+    """Each key of the report is described, in the report's order, with its unit in its name."""
+    lines = dict(sections(page))["REPORT"]
+    described = [key for tp, tag in zip(lines, lines[1:]) if tp == ".TP"
+                 for key in plain(tag).replace(",", "").split()[1:]]
+    printed = subprocess.run([program, "--report", "/dev/stdout", "--until-stdin-ends"], check=True,
+                             text=True, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE).stdout
+    written = [line.split()[0] for line in printed.splitlines()[1:]]
+    expect(described == written, f"{page.name}: report keys {described}, not {written}")
+
+
+def check_control(program, page):
+    """Each command of a control client is described, and the program takes each."""
+    lines = dict(sections(page))["CONTROL"]
+    described = [plain(tag).split()[1] for tp, tag in zip(lines, lines[1:]) if tp == ".TP"]
+    with tempfile.TemporaryDirectory() as folder:
+        path = Path(folder) / "control"
+        with subprocess.Popen([program, "--control", path], text=True, stdin=subprocess.DEVNULL,
+                              stdout=subprocess.PIPE) as running:
+            running.stdout.readline()
+            with socket.socket(socket.AF_UNIX) as client:
+                client.connect(str(path))
+                client.sendall(b"?\nquit\n")
+                answers = client.makefile(encoding="utf-8").read().splitlines()
+            expect(running.wait() == 0, "quit does not end with 0")
+    listed = re.findall(r"'(\w+)", answers[0])
+    expect(described == listed, f"{page.name}: control commands {described}, not {listed}")
+
+
 def check_roff(page):
     """Formats without a warning."""
     done = subprocess.run(
@@ -104,7 +135,8 @@ def main(source, programs):
     """Both programs."""
     pages = Path(source) / "docs" / "man"
     check_host(Path(programs) / "kakb-host", pages / "kakb-host.1")
-    check_simulator(Path(programs) / "kakb-sim", pages / "kakb-sim.1")
+    for check in (check_simulator, check_report, check_control):
+        check(Path(programs) / "kakb-sim", pages / "kakb-sim.1")
     for page in sorted(pages.glob("*.1")):
         check_roff(page)
     for problem in problems:

@@ -15,6 +15,7 @@ MARKS = {
     "scripts/install-dependencies.sh packages": ("installs packages", "script"),
     "scripts/packages.sh": ("builds packages", "script"),
     "scripts/packages.sh --check": ("makes a Debian folder", "script"),
+    "scripts/packages.sh --arch armhf": ("makes a Debian folder", "script"),
     "scripts/install-dependencies.sh portability": ("installs packages", "script"),
     "scripts/portability.sh all": ("takes half an hour", "script"),
     "scripts/mutate.sh": ("takes half an hour", "script"),

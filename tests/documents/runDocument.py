@@ -20,7 +20,7 @@ from marks import MARKS
 from session import Failure, Session, commands_in, run_block, without_comment
 
 PROGRAMS = ("kakb-host", "kakb-sim", "tinyHost", "loadedDriver", "cmake", "tshark",
-            "man", "echo")
+            "man", "echo", "python3")
 
 
 def is_command(command):

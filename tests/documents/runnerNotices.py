@@ -12,7 +12,7 @@ from pathlib import Path
 from marks import DEVICES, MARKS
 
 RUNNER = Path(__file__).with_name("runDocument.py")
-CHECK = "    $ kakb-host check MX 12.9\n"
+CHECK = "    $ kakb-host check MX 13.1\n"
 VALID = ("    MX 13.1: valid, address number 3105, bit 9 of holding register 3006 (function 3), "
          "written as coil 3105 (function 5)\n")
 LISTING = "<!-- the file: LICENSE -->\n```cpp\n{}```\n"

@@ -66,15 +66,60 @@ TEST_F(Served, FunctionFourReadsInputRegisters)
     EXPECT_EQ("01 04 02 80 01 19 30", reply("01 04 00 00 00 01 31 CA"));
 }
 
-TEST_F(Served, TheLastRegisterIsReadAndWritten)
+TEST_F(Served, LastRegisterOfEachAreaIsReadAndWritten)
 {
-    memory(1).setInputRegister(65535, 0x1234);
-    EXPECT_EQ("01 04 02 12 34 B4 47", reply("01 04 FF FF 00 01 31 EE"));
-    EXPECT_EQ("01 06 FF FF 12 34 84 99", reply("01 06 FF FF 12 34 84 99"));
-    EXPECT_EQ("01 03 02 12 34 B5 33", reply("01 03 FF FF 00 01 84 2E"));
-    memory(1).setHoldingRegister(65535, 0);
-    EXPECT_EQ("01 10 FF FF 00 01 01 ED", reply("01 10 FF FF 00 01 02 12 34 B0 27"));
-    EXPECT_EQ("01 03 02 12 34 B5 33", reply("01 03 FF FF 00 01 84 2E"));
+    memory(1).setInputRegister(255, 0x1234);
+    EXPECT_EQ("01 04 02 12 34 B4 47", reply("01 04 00 FF 00 01 01 FA"));
+    EXPECT_EQ("01 06 00 FF 12 34 B4 8D", reply("01 06 00 FF 12 34 B4 8D"));
+    EXPECT_EQ("01 03 02 12 34 B5 33", reply("01 03 00 FF 00 01 B4 3A"));
+    EXPECT_EQ("01 06 1B B7 12 34 32 7F", reply("01 06 1B B7 12 34 32 7F"));
+    EXPECT_EQ("01 03 04 00 00 12 34 F7 44", reply("01 03 1B B6 00 02 23 09"));
+    memory(1).setHoldingRegister(7095, 0);
+    EXPECT_EQ("01 10 1B B7 00 01 B7 0B", reply("01 10 1B B7 00 01 02 12 34 1B A1"));
+    EXPECT_EQ(0x1234, memory(1).holdingRegister(7095));
+}
+
+// The device has the holding registers 0 to 255 and 3000 to 7095 and the input registers 0 to 255.
+TEST_F(Served, RegisterOutsideTheAreasIsRefusedAndNotWritten)
+{
+    struct
+    {
+        const char* request;
+        const char* reply;
+    } const rows[] = {
+        {"01 03 00 FF 00 02 F4 3B", "01 83 02 C0 F1"}, // 255 and 256
+        {"01 03 01 00 00 01 85 F6", "01 83 02 C0 F1"}, // 256
+        {"01 03 0B B7 00 01 36 08", "01 83 02 C0 F1"}, // 2999
+        {"01 03 0B B7 00 02 76 09", "01 83 02 C0 F1"}, // 2999 and 3000
+        {"01 03 1B B7 00 02 72 C9", "01 83 02 C0 F1"}, // 7095 and 7096
+        {"01 03 1B B8 00 01 02 CB", "01 83 02 C0 F1"}, // 7096
+        {"01 04 00 FF 00 02 41 FB", "01 84 02 C2 C1"},
+        {"01 04 01 00 00 01 30 36", "01 84 02 C2 C1"},
+        {"01 06 01 00 12 34 85 41", "01 86 02 C3 A1"},
+        {"01 06 0B B7 12 34 36 BF", "01 86 02 C3 A1"},
+        {"01 06 1B B8 12 34 02 7C", "01 86 02 C3 A1"},
+        {"01 06 FF FF 12 34 84 99", "01 86 02 C3 A1"},
+        {"01 10 1B B7 00 02 04 00 01 00 02 D7 CC", "01 90 02 CD C1"},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(row.reply, reply(row.request)) << row.request;
+    for (const int number : {256, 2999, 7095, 7096, 65535})
+        EXPECT_EQ(0, memory(1).holdingRegister(number)) << number;
+}
+
+TEST_F(Served, BroadcastToARegisterOutsideTheAreasIsNotExecuted)
+{
+    EXPECT_EQ("", reply("00 06 01 00 12 34 84 90"));
+    EXPECT_EQ(0, memory(1).holdingRegister(256));
+    EXPECT_EQ("01 03 02 00 00 B8 44", reply("01 03 00 00 00 01 84 0A")); // nothing is left behind
+}
+
+TEST_F(Served, CoilsPastTheLastAreRefused)
+{
+    EXPECT_EQ("01 8F 02 C5 F1", reply("01 0F FF FF 00 02 01 03 9E 8D"));
+    EXPECT_EQ("01 0F 0B B7 00 02 66 08", reply("01 0F 0B B7 00 02 01 03 6B F7"));
+    EXPECT_EQ(0x0080, memory(1).holdingRegister(187));  // coil 2999 is QX 374.7
+    EXPECT_EQ(0x0001, memory(1).holdingRegister(3000)); // coil 3000 is MX 0.0
 }
 
 TEST_F(Served, TheLastCoilIsWritten)

@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <sstream>
-
 TEST(PlcStations, OnlyNamedStationsExist)
 {
     PlcStations stations({3, 247});
@@ -32,14 +30,28 @@ TEST(PlcStations, SignalChangesBothViewsOfItsPlace)
     EXPECT_EQ(1, second.holdingRegister(1));
 }
 
-TEST(PlcStations, DumpListsEveryWordThatIsNotZero)
+// Bit n of QX is bit n mod 16 of word n / 16, also where the coils of that number are markers.
+TEST(PlcStations, OutputBitBehindTheCoilsOfItsAreaIsNoMarker)
 {
-    PlcStations stations({2, 1});
-    stations.find(1)->setHoldingRegister(2999, 5);
-    stations.find(1)->setHoldingRegister(3000, 65535);
-    stations.find(2)->setCoil(3017, true);
-    stations.find(2)->setInputRegister(65535, 7);
-    std::ostringstream out;
-    stations.dump(out);
-    EXPECT_EQ("1 QW 2999 5\n1 MW 3000 65535\n2 MW 3001 2\n2 IW 65535 7\n", out.str());
+    PlcStations stations({1});
+    stations.apply({{1, AREA_QX, 4095}, 1});
+    EXPECT_EQ(0x8000, stations.find(1)->holdingRegister(255));
+    EXPECT_FALSE(stations.find(1)->coil(4095));
+    EXPECT_EQ(1, stations.valueAt({1, AREA_QX, 4095}));
+    stations.apply({{1, AREA_QX, 4095}, 0});
+    EXPECT_EQ(0, stations.find(1)->holdingRegister(255));
+}
+
+TEST(PlcStations, ValueIsThatOfTheWordOrOfItsBit)
+{
+    PlcStations stations({1, 2});
+    stations.find(2)->setHoldingRegister(3006, 0x0008);
+    stations.find(2)->setInputRegister(4, 0x0102);
+    EXPECT_EQ(8, stations.valueAt({2, AREA_MW, 3006}));
+    EXPECT_EQ(1, stations.valueAt({2, AREA_MX, 3099})); // bit 3 of the marker word 6
+    EXPECT_EQ(0, stations.valueAt({2, AREA_MX, 3098}));
+    EXPECT_EQ(1, stations.valueAt({2, AREA_IX, 65}));
+    EXPECT_EQ(0x0102, stations.valueAt({2, AREA_IW, 4}));
+    EXPECT_EQ(0, stations.valueAt({1, AREA_MW, 3006}));
+    EXPECT_EQ(0, stations.valueAt({9, AREA_MW, 3006}));
 }

@@ -31,6 +31,7 @@ TEST(Report, HasALineForEachCount)
     counts.silent = 5;
     counts.stalled = 6;
     counts.late = 7;
+    counts.refused = 8;
     const char* const keys[FAULT_KINDS] = {
         "drop",  "drop_request", "corrupt",     "truncate",      "duplicate",
         "delay", "stray_before", "stray_after", "wrong_station", "exception"};
@@ -44,6 +45,7 @@ TEST(Report, HasALineForEachCount)
     EXPECT_EQ(5, lines["silent"]);
     EXPECT_EQ(6, lines["stalled"]);
     EXPECT_EQ(7, lines["late"]);
+    EXPECT_EQ(8, lines["refused"]);
     EXPECT_EQ(9, lines["bad_frames"]);
     EXPECT_EQ(10, lines["echoed"]);
     for (std::size_t kind = 0; kind < FAULT_KINDS; ++kind)

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/file.h>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
 
 namespace {
@@ -98,4 +100,40 @@ TEST(SerialPort, OpeningFailureNamesDeviceAndReason)
               troubleOf(terminal.path(), 12345));
     EXPECT_EQ("/dev/null: not a serial port", troubleOf("/dev/null", 9600));
     EXPECT_EQ("/dev/none: No such file or directory", troubleOf("/dev/none", 9600));
+}
+
+TEST(SerialPort, PortInUseIsRefusedAndLeftAsItIs)
+{
+    const TerminalPair terminal;
+    const std::unique_ptr<LineEnd> port = portAt(terminal.path(), 9600);
+    EXPECT_EQ(terminal.path() + ": in use by another program", troubleOf(terminal.path(), 1200));
+    const termios settings = terminal.settings();
+    EXPECT_EQ(speed_t(B9600), cfgetospeed(&settings));
+}
+
+// kakb-host and terminal programs lock a port in this way.
+TEST(SerialPort, PortThatAnotherProgramHasLockedIsInUse)
+{
+    const TerminalPair terminal;
+    UniqueDescriptor other(open(terminal.path().c_str(), O_RDWR | O_NOCTTY));
+    ASSERT_EQ(0, flock(other.get(), LOCK_EX | LOCK_NB));
+    EXPECT_EQ(terminal.path() + ": in use by another program", troubleOf(terminal.path(), 9600));
+    other.reset();
+    EXPECT_EQ("", troubleOf(terminal.path(), 9600));
+}
+
+TEST(SerialPort, PortIsExclusiveWhileItIsOpen)
+{
+    const TerminalPair terminal;
+    const auto isExclusive = [&terminal] {
+        const UniqueDescriptor looking(open(terminal.path().c_str(), O_RDWR | O_NOCTTY));
+        int exclusive = 0;
+        return looking.get() < 0 ||
+               (ioctl(looking.get(), TIOCGEXCL, &exclusive) == 0 && exclusive != 0);
+    };
+    {
+        const std::unique_ptr<LineEnd> port = portAt(terminal.path(), 9600);
+        EXPECT_TRUE(isExclusive());
+    }
+    EXPECT_FALSE(isExclusive());
 }

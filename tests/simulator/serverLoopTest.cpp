@@ -4,6 +4,10 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
 #include <chrono>
 #include <sstream>
 
@@ -27,11 +31,18 @@ std::int64_t nanosecondsNow()
 class ServedLine : public ::testing::Test
 {
 protected:
+    void runWith(ControlSocket& socket)
+    {
+        m_control = &socket;
+        run();
+    }
     void run()
     {
         const LinePacing pacing(m_settings);
         m_handler = std::make_unique<RequestHandler>(m_stations, pacing, FaultSettings(), 1);
         m_loop = std::make_unique<ServerLoop>(m_line, *m_handler, m_stations, m_signals, pacing);
+        ControlCommands commands(m_stations, *m_handler);
+        if (m_control) m_loop->setControl(*m_control, commands);
         sigset_t mask;
         sigprocmask(SIG_BLOCK, nullptr, &mask);
         m_loop->run(m_line.stopRequested(), mask, false);
@@ -47,6 +58,32 @@ protected:
         return all;
     }
 
+    static std::string socketPath()
+    {
+        return ::testing::TempDir() + "control" + std::to_string(getpid());
+    }
+    /// A client of the socket at socketPath().
+    static UniqueDescriptor connected()
+    {
+        sockaddr_un address = {};
+        address.sun_family = AF_UNIX;
+        socketPath().copy(address.sun_path, sizeof address.sun_path - 1);
+        UniqueDescriptor client(::socket(AF_UNIX, SOCK_STREAM, 0));
+        if (connect(client.get(), reinterpret_cast<sockaddr*>(&address), sizeof address) != 0)
+            failLink("connect");
+        return client;
+    }
+    static void sendLines(const UniqueDescriptor& client, const std::string& lines)
+    {
+        EXPECT_EQ(ssize_t(lines.size()), write(client.get(), lines.data(), lines.size()));
+    }
+    static std::string answersTo(const UniqueDescriptor& client)
+    {
+        char answers[64] = {};
+        return read(client.get(), answers, sizeof answers - 1) > 0 ? answers : "";
+    }
+
+    ControlSocket* m_control = nullptr;
     ScriptedLine m_line;
     LineSettings m_settings;
     PlcStations m_stations{{1}};
@@ -151,4 +188,33 @@ TEST_F(ServedLine, ReportHasCountsSilencesAndLateness)
     for (const char* line : {"requests 2", "replies 2", "bad_frames 1", "echoed 18",
                              "silence_count 1", "lateness_count 2"})
         EXPECT_EQ(1u, lines.count(line)) << line;
+}
+
+// The request is answered, and then a client asks for what it wrote.
+TEST_F(ServedLine, ControlClientIsServedBesideTheLine)
+{
+    ControlSocket socket(socketPath());
+    const UniqueDescriptor client = connected();
+    m_line.hostSends(WRITE);
+    m_line.afterSend = [&client] { sendLines(client, "get MW2\nquit\n"); }; // MW 3001
+    runWith(socket);
+    EXPECT_EQ("ok 1234\nok\n", answersTo(client));
+}
+
+// No request has moved the signal from its place's first value, 0.
+TEST_F(ServedLine, ControlClientGetsTheSignalsValueOfNow)
+{
+    Signal slow;
+    slow.place = {1, AREA_IX, 0};
+    slow.kind = SIGNAL_TOGGLE;
+    slow.periodMs = 86400000;
+    unsigned seed = 0;
+    while (SignalSet({slow}, seed).changes(0)[0].value == 0)
+        ++seed;
+    m_signals = SignalSet({slow}, seed);
+    ControlSocket socket(socketPath());
+    const UniqueDescriptor client = connected();
+    sendLines(client, "get IX0.0\nquit\n");
+    runWith(socket);
+    EXPECT_EQ("ok 1\nok\n", answersTo(client));
 }

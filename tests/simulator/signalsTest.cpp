@@ -22,7 +22,7 @@ std::vector<int> valuesOf(const Signal& signal, int milliseconds)
     SignalSet set({signal}, 1);
     std::vector<int> values;
     for (int ms = 0; ms < milliseconds; ++ms) {
-        const std::vector<SignalValue> changes = set.changes(ms);
+        const std::vector<PlaceValue> changes = set.changes(ms);
         values.push_back(changes.empty() ? values.back() : changes[0].value);
     }
     return values;
@@ -84,9 +84,9 @@ TEST(Signals, TheSeedDecidesThePhases)
     SignalSet first(signals, 1);
     SignalSet same(signals, 1);
     SignalSet other(signals, 2);
-    const std::vector<SignalValue> values = first.changes(0);
-    const std::vector<SignalValue> again = same.changes(0);
-    const std::vector<SignalValue> others = other.changes(0);
+    const std::vector<PlaceValue> values = first.changes(0);
+    const std::vector<PlaceValue> again = same.changes(0);
+    const std::vector<PlaceValue> others = other.changes(0);
     std::set<int> phases;
     int differences = 0;
     for (std::size_t i = 0; i < signals.size(); ++i) {
@@ -145,8 +145,8 @@ TEST(SignalText, NumbersOfEachAreaHaveTheirLimits)
         int last;
         const char* kind;
     } const rows[] = {
-        {"IW", 0, 65535, "ramp"},   {"QW", 0, 2999, "ramp"},   {"MW", 3000, 65535, "ramp"},
-        {"IX", 0, 65535, "toggle"}, {"QX", 0, 2999, "toggle"}, {"MX", 3000, 65535, "toggle"},
+        {"IW", 0, 255, "ramp"},    {"QW", 0, 255, "ramp"},    {"MW", 3000, 7095, "ramp"},
+        {"IX", 0, 4095, "toggle"}, {"QX", 0, 4095, "toggle"}, {"MX", 3000, 65535, "toggle"},
     };
     for (const auto& row : rows) {
         const auto trouble = [&row](int number) {
@@ -198,9 +198,9 @@ TEST(SignalText, ErrorNamesTheWrongField)
         {"248:IW:0:ramp", "station '248'"},
         {"x:IW:0:ramp", "station 'x'"},
         {"1:ZZ:0:ramp", "area 'ZZ'"},
-        {"1:QW:3000:ramp", "QW number '3000'"},
+        {"1:QW:256:ramp", "QW number '256'"},
         {"1:MX:2999:toggle", "MX number '2999'"},
-        {"1:IW:65536:ramp", "IW number '65536'"},
+        {"1:IW:256:ramp", "IW number '256'"},
         {"1:IW:7x:ramp", "IW number '7x'"},
         {"1:IW:0:wave", "kind 'wave'"},
         {"1:IX:0:ramp", "a bit can only toggle"},

@@ -33,6 +33,39 @@ TEST(SimulatorOptions, StationsAreGivenSinglyInAListOrInARange)
     EXPECT_EQ((std::vector<int>{2, 3, 4, 9, 247}), options.stations);
 }
 
+TEST(SimulatorOptions, StationsMixNumbersAndRanges)
+{
+    EXPECT_EQ(std::vector<int>{7}, parsed({"--stations", "7"}).stations);
+    EXPECT_EQ((std::vector<int>{1, 3, 7}), parsed({"--stations", "7,1,3"}).stations);
+    EXPECT_EQ((std::vector<int>{1, 3, 4, 5, 247}),
+              parsed({"--stations", "1,3-5,4,247", "--stations", "5"}).stations);
+}
+
+TEST(SimulatorOptions, MemoryAtTheStartIsLoadedAndSet)
+{
+    const MemorySettings memory =
+        parsed({"--stations", "1-2", "--load", "old", "--set", "MW100=5", "--set", "2:MX12.3=1"})
+            .memory;
+    EXPECT_EQ("old", memory.loadFile);
+    ASSERT_EQ(2u, memory.assigned.size());
+    EXPECT_EQ(1, memory.assigned[0].place.station);
+    EXPECT_EQ(3050, memory.assigned[0].place.number);
+    EXPECT_EQ(5, memory.assigned[0].value);
+    EXPECT_EQ(2, memory.assigned[1].place.station);
+    EXPECT_EQ(3099, memory.assigned[1].place.number);
+}
+
+TEST(SimulatorOptions, RefusalsAndControlSocketAreGivenByName)
+{
+    const SimulatorOptions options =
+        parsed({"--stations", "1-2", "--refuse", "MW500..MW600:3:write", "--refuse", "2:QW8",
+                "--control", "socket"});
+    EXPECT_EQ("socket", options.controlPath);
+    ASSERT_EQ(2u, options.faults.refusals.size());
+    EXPECT_EQ(3, options.faults.refusals[0].code);
+    EXPECT_EQ(2, options.faults.refusals[1].station);
+}
+
 TEST(SimulatorOptions, EachFaultHasItsRate)
 {
     for (int kind = 0; kind < FAULT_KINDS; ++kind) {
@@ -192,6 +225,15 @@ TEST(SimulatorOptions, InvalidOptionsAreUsageErrors)
         {"--stations", "4-2"},
         {"--stations", "1-248"},
         {"--stations", "1-2x"},
+        {"--stations", ""},
+        {"--stations", "1,"},
+        {"--stations", "248"},
+        {"--stations", "1,3-2"},
+        {"--set", "MW100"},
+        {"--set", "MW101=1"},
+        {"--set", "2:MW100=1"}, // is not served
+        {"--refuse", "MW600..MW500"},
+        {"--refuse", "2:MW500"},
         {"--tcp", "-1"},
         {"--tcp", "65536"},
         {"--tcp", "0", "--serial", "/dev/ttyS0"},
@@ -272,7 +314,8 @@ TEST(SimulatorOptions, UsageErrorsNameOptionAndReason)
         std::vector<std::string> words;
         const char* what;
     } const rows[] = {
-        {{"--stations", "4-2"}, "--stations: '4-2' is not A-B with 1 <= A <= B <= 247"},
+        {{"--stations", "4-2"},
+         "--stations: '4-2' is neither a station, 1 to 247, nor A-B with A <= B"},
         {{"--signal", "2:IW:0:ramp"}, "--signal: there is no station 2"},
         {{"--silent", "2"}, "--silent: there is no station 2"},
         {{"--silent", "1:"}, "--silent: '1:' is not STATION or STATION:SHARE"},

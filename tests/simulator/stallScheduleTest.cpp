@@ -61,3 +61,35 @@ TEST(StallSchedule, OnlyTheFirstRequestStartsTheClock)
     EXPECT_EQ(9300 * MS, schedule.goesOnAt(9000 * MS));
     EXPECT_EQ(9500 * MS, schedule.goesOnAt(9500 * MS));
 }
+
+TEST(StallSchedule, OrderedStallStartsWithItsOrder)
+{
+    StallSchedule schedule{StallSettings()};
+    schedule.stall(5000, 300);
+    EXPECT_EQ(4999, schedule.goesOnAt(4999));
+    EXPECT_EQ(5300, schedule.goesOnAt(5000));
+    EXPECT_EQ(5300, schedule.goesOnAt(5299));
+    EXPECT_EQ(5301, schedule.goesOnAt(5301));
+}
+
+TEST(StallSchedule, NewOrderMovesTheEndOfAnOrderedStall)
+{
+    StallSchedule schedule{StallSettings()};
+    schedule.stall(5000, 300);
+    schedule.stall(5100, 1000);
+    EXPECT_EQ(6100, schedule.goesOnAt(5000)); // what was held from the begin on waits on
+    schedule.stall(5200, 0);
+    EXPECT_EQ(5200, schedule.goesOnAt(5000));
+    EXPECT_EQ(5200, schedule.goesOnAt(5200));
+    EXPECT_EQ(6000, schedule.goesOnAt(6000));
+}
+
+TEST(StallSchedule, OrderedAndPeriodicStallsThatOverlapAreOneStall)
+{
+    StallSchedule schedule(stalls(300, 1000)); // 1000 to 1300, 2000 to 2300, and so on
+    schedule.requestSeen(0);
+    schedule.stall(1200 * MS, 900 * MS);
+    EXPECT_EQ(2300 * MS, schedule.goesOnAt(1100 * MS));
+    EXPECT_EQ(2300 * MS, schedule.goesOnAt(1500 * MS));
+    EXPECT_EQ(2400 * MS, schedule.goesOnAt(2400 * MS));
+}

@@ -110,7 +110,7 @@ TEST(TcpPort, OpeningFailureNamesAddressAndReason)
         tcpLine(portOf(*line));
         FAIL() << "the port was opened twice";
     } catch (const LinkError& error) {
-        EXPECT_EQ(line->address() + ": Address already in use", error.what());
+        EXPECT_EQ(line->address() + ": in use by another program", error.what());
     }
 }
 

@@ -3,6 +3,7 @@
 #include "builtDriver.h"
 
 #include "plan/readPlan.h"
+#include "plan/typedAddress.h"
 #include "session/startedDriver.h"
 #include "wire/protocolLimits.h"
 

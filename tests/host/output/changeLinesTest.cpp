@@ -67,14 +67,14 @@ TEST(ChangeLines, ControlCharactersCannotBreakALine)
 
 TEST(ChangeLines, JsonOfAChangeIsACompactObject)
 {
-    EXPECT_EQ("{\"address\":\"MW100\",\"good\":true,\"name\":\"level\",\"time\":12.345678,"
+    EXPECT_EQ("{\"address\":\"MW100\",\"good\":true,\"name\":\"level\",\"timeS\":12.345678,"
               "\"trouble\":\"\",\"value\":17}",
               changeJson(level(), TIME).toStdString());
 }
 
 TEST(ChangeLines, JsonOfABadTagHasReasonAndValue)
 {
-    EXPECT_EQ("{\"address\":\"MW100\",\"good\":false,\"name\":\"level\",\"time\":12.345678,"
+    EXPECT_EQ("{\"address\":\"MW100\",\"good\":false,\"name\":\"level\",\"timeS\":12.345678,"
               "\"trouble\":\"no answer\",\"value\":17}",
               changeJson(badLevel("no answer"), TIME).toStdString());
 }
@@ -114,6 +114,6 @@ TEST(ChangeLines, ControlCharactersCannotBreakAnEvent)
 
 TEST(ChangeLines, JsonOfAnEventIsACompactObject)
 {
-    EXPECT_EQ("{\"event\":\"link back\",\"time\":12.345678}",
+    EXPECT_EQ("{\"event\":\"link back\",\"timeS\":12.345678}",
               eventJson(QString::fromLatin1("link back"), TIME).toStdString());
 }

@@ -32,6 +32,11 @@ FrameRecord received(qint64 time, const QByteArray& bytes)
     return {time, FrameRecord::RECEIVED, bytes};
 }
 
+FrameRecord noAnswer(qint64 time)
+{
+    return {time, FrameRecord::NO_ANSWER, QByteArray()};
+}
+
 std::string tracedTo(const std::function<void(FrameTrace&)>& add)
 {
     return printed([&](std::FILE* out) {
@@ -129,6 +134,46 @@ TEST(FrameTrace, KeepsTheColumnsOverDays)
               line);
 }
 
+/// An unanswered fence ends twice: as a fence, and as an attempt of the request behind it.
+TEST(FrameTrace, SaysOnceThatNoAnswerCame)
+{
+    EXPECT_EQ(std::string(REQUEST_LINE) + "    1.752999 ! station 1: no answer within 502 ms\n",
+              traced({sent(1250000, READ_REQUEST), noAnswer(1752999), noAnswer(1752999)}));
+}
+
+TEST(FrameTrace, SaysThatNoAnswerCameBehindAnEcho)
+{
+    EXPECT_EQ(
+        std::string(REQUEST_LINE) + "    1.252000 < 01 03 0B B8 00 02 46 0A  echo of the request\n"
+                                    "    1.752000 ! station 1: no answer within 502 ms\n",
+        traced({sent(1250000, READ_REQUEST), received(1252000, READ_REQUEST), noAnswer(1752000)}));
+}
+
+TEST(FrameTrace, NeverSaysThatNoAnswerCameToAnAnsweredOrAMissingRequest)
+{
+    EXPECT_EQ("", traced({noAnswer(1000)}));
+    EXPECT_EQ(std::string(REQUEST_LINE) +
+                  "    1.256120 < 01 83 02 C0 F1  station 1: exception 2: illegal address\n",
+              traced({sent(1250000, READ_REQUEST), received(1256120, REFUSAL), noAnswer(1752000)}));
+    EXPECT_EQ(std::string(REQUEST_LINE) + "1 frames missed: the output was blocked\n",
+              tracedTo([](FrameTrace& trace) {
+                  trace.add(sent(1250000, READ_REQUEST));
+                  trace.addHole(1);
+                  trace.add(noAnswer(1752000));
+              }));
+}
+
+TEST(FrameTrace, WritesDatesOnRequest)
+{
+    const std::string lines = printed([](std::FILE* out) {
+        FrameTrace trace(out, TimeText(TimeText::ISO, 1700000000000000)); // 2023-11-14T22:13:20Z
+        trace.add(sent(1250000, BROADCAST));
+    });
+    EXPECT_EQ("2023-11-14T22:13:21.250Z > 00 06 0B B9 04 D2 D9 47  broadcast: write register 3001 "
+              "= 1234\n",
+              lines);
+}
+
 TEST(FrameTrace, ReportsAHoleInItsPlace)
 {
     const std::string lines = tracedTo([](FrameTrace& trace) {
@@ -211,6 +256,15 @@ TEST(FrameGatherer, TakesOneAnswerToARequest)
     EXPECT_EQ(GatheredFrame::ANSWER, frames[1].kind);
     EXPECT_EQ(GatheredFrame::STRAY, frames[2].kind);
     EXPECT_EQ(READ_REPLY, frames[2].bytes);
+}
+
+/// An answer may come after its time-out.
+TEST(FrameGatherer, KnowsTheAnswerThatComesLate)
+{
+    const std::vector<GatheredFrame> frames =
+        gathered({sent(10, READ_REQUEST), noAnswer(20), received(30, READ_REPLY)});
+    ASSERT_EQ(2u, frames.size());
+    EXPECT_EQ(GatheredFrame::ANSWER, frames[1].kind);
 }
 
 TEST(FrameGatherer, TakesNoAnswerToABroadcast)

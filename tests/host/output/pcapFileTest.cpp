@@ -17,6 +17,11 @@ const qint64 CLOCK = 1700000000999999; // microseconds since 1970
 const int IP_BYTES = 20;
 const int HEADER_BYTES = 28; // IPv4 without options (RFC 791) and UDP (RFC 768)
 
+bool never()
+{
+    return false;
+}
+
 struct Exchange
 {
     const char* request;
@@ -97,7 +102,7 @@ protected:
 
     void writeExchanges() const
     {
-        PcapFile file(fileName(), CLOCK);
+        PcapFile file(fileName(), CLOCK, never);
         qint64 time = 0;
         for (const Exchange& exchange : EXCHANGES) {
             file.add(record(time, FrameRecord::SENT, exchange.request));
@@ -113,7 +118,7 @@ private:
 std::string failureOf(const QString& fileName)
 {
     try {
-        PcapFile file(fileName, 0);
+        PcapFile file(fileName, 0, never);
     } catch (const PcapError& error) {
         return error.what();
     }
@@ -162,7 +167,7 @@ TEST_F(PcapFileInAFolder, RequestsGoToThePlcsPortAndAnswersComeFromIt)
 TEST_F(PcapFileInAFolder, FencesGoToThePlcsPort)
 {
     {
-        PcapFile file(fileName(), CLOCK);
+        PcapFile file(fileName(), CLOCK, never);
         file.add(record(0, FrameRecord::SENT_FENCE, "01030BB80002460A"));
         file.add(record(9, FrameRecord::RECEIVED, "010304123456788107"));
     }
@@ -193,7 +198,7 @@ TEST_F(PcapFileInAFolder, PacketsHaveRightLengthsAndChecksums)
 TEST_F(PcapFileInAFolder, JoinsPiecesAndOmitsStrayBytes)
 {
     {
-        PcapFile file(fileName(), CLOCK);
+        PcapFile file(fileName(), CLOCK, never);
         file.add(record(0, FrameRecord::SENT, "01030BB80002460A"));
         file.add(record(10, FrameRecord::RECEIVED, "FF010304"));
         file.add(record(20, FrameRecord::RECEIVED, "123456788107FF"));
@@ -211,7 +216,7 @@ TEST_F(PcapFileInAFolder, JoinsPiecesAndOmitsStrayBytes)
 
 TEST_F(PcapFileInAFolder, OmitsAnAnswerBehindAHole)
 {
-    PcapFile file(fileName(), CLOCK);
+    PcapFile file(fileName(), CLOCK, never);
     file.add(record(0, FrameRecord::SENT, EXCHANGES[0].request));
     file.addHole();
     file.add(record(7, FrameRecord::RECEIVED, EXCHANGES[0].reply));
@@ -223,7 +228,7 @@ TEST_F(PcapFileInAFolder, OmitsAnAnswerBehindAHole)
 
 TEST_F(PcapFileInAFolder, IsReadableWhileItIsWritten)
 {
-    PcapFile file(fileName(), CLOCK);
+    PcapFile file(fileName(), CLOCK, never);
     EXPECT_EQ(0u, packetsIn(fileName()).size());
     file.add(record(0, FrameRecord::SENT, "01030BB80002460A"));
     EXPECT_EQ(1u, packetsIn(fileName()).size());
@@ -235,7 +240,7 @@ TEST_F(PcapFileInAFolder, ReplacesAnOlderCapture)
 {
     writeExchanges();
     {
-        PcapFile file(fileName(), CLOCK);
+        PcapFile file(fileName(), CLOCK, never);
     }
     EXPECT_EQ(0u, packetsIn(fileName()).size());
 }

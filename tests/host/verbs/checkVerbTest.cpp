@@ -86,9 +86,18 @@ TEST_F(CheckVerb, ShowsThePlaceOfABit)
 
 TEST_F(CheckVerb, ShowsAnAddressInNormalForm)
 {
-    expectChecked(true, {{"QX", "12.9", 1, false,
+    expectChecked(true, {{"QX", "013.01", 1, false,
                           "QX 13.1: valid, address number 105, bit 9 of holding register 6 "
                           "(function 3), written as coil 105 (function 5)"}});
+}
+
+TEST_F(CheckVerb, RefusesABitAboveSevenAndNamesTheBitThatTheDriverWouldTake)
+{
+    expectChecked(
+        false,
+        {{"QX", "12.9", 1, false, "QX 12.9: not valid: the bit is 0 to 7; did you mean QX13.1?"},
+         {"MX", "0.8", 1, true, "MX 0.8: not valid: the bit is 0 to 7; did you mean MX1.0?"},
+         {"QX", "511.9", 1, false, "QX 511.9: not valid: the bit is 0 to 7"}});
 }
 
 TEST_F(CheckVerb, SaysThatAnAreaIsReadOnly)

@@ -27,7 +27,7 @@ TEST_F(InfoVerb, ShowsIdentityLinkAndEveryArea)
 {
     const std::string info = printed([this](std::FILE* out) { printInfo(out, m_driver, false); });
     EXPECT_EQ("protocol       quorvane_ka_kb_plc, type 0\n"
-              "version        2.0.0.0\n"
+              "interface      version 2.0.0.0\n"
               "property page  0_0\n"
               "serial line    38400 baud, 8 data bits, parity NONE, stop bits 1\n"
               "network        192.168.1.100, port 8000\n"
@@ -46,7 +46,7 @@ TEST_F(InfoVerb, JsonHasTheSameContent)
     const QJsonObject info =
         objectOf(printed([this](std::FILE* out) { printInfo(out, m_driver, true); }));
     EXPECT_EQ(text("quorvane_ka_kb_plc"), info[text("protocol")].toString());
-    EXPECT_EQ(text("2.0.0.0"), info[text("version")].toString());
+    EXPECT_EQ(text("2.0.0.0"), info[text("interfaceVersion")].toString());
     EXPECT_EQ(38400, info[text("baud")].toInt());
     EXPECT_EQ(8, info[text("dataBits")].toInt());
     EXPECT_EQ(text("NONE"), info[text("parity")].toString());

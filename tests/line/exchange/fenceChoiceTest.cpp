@@ -196,3 +196,31 @@ TEST_F(FenceChoiceTest, WriteKeepsTheServedReadAsAPlace)
     choice.failed();
     EXPECT_EQ(4500, firstOf(next()));
 }
+
+// The device has the registers 0 to 255 and 3000 to 7095, and refuses a read past their ends.
+TEST_F(FenceChoiceTest, FenceStaysInTheAreaOfTheServedRead)
+{
+    for (const int served : {7095, 7050, 3000, 255, 200, 0}) {
+        const int last = served >= MARKERS ? 7095 : 255;
+        choice.noteServed(readOf(served, 1));
+        choice.failed();
+        choice.failed();
+        AnswerOrder outstanding;
+        for (int i = 0; i < MOST_KEPT; ++i) {
+            const QByteArray fence = choice.next(1, outstanding, NOTHING_AHEAD);
+            EXPECT_LE(firstOf(fence) + registersOf(fence) - 1, last) << served;
+            EXPECT_LE(firstOf(fence), served) << served;
+            outstanding.ask(fence, 0, 0);
+        }
+        choice.failed();
+    }
+}
+
+// Another device may have registers that this one lacks.
+TEST_F(FenceChoiceTest, FenceBeginsAtTheServedRegisterOutsideTheAreas)
+{
+    choice.noteServed(readOf(9000, 1));
+    choice.failed();
+    choice.failed();
+    EXPECT_EQ(9000, firstOf(next()));
+}

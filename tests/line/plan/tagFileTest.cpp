@@ -51,6 +51,27 @@ TEST(TagFile, TagHasTheValuesOfItsLine)
     EXPECT_EQ(text("tank 1, metres"), tags[0].comment);
 }
 
+TEST(TagFile, ColumnRateSaysHowOftenATagIsRead)
+{
+    const std::vector<Tag> tags = readTags("name,rate,station,area,address,type\n"
+                                           "a,500ms,1,MW,0,int16\n"
+                                           "b,once,1,MW,2,int16\n"
+                                           "c,fast,1,MW,4,int16\n"
+                                           "d,,1,MW,6,int16\n",
+                                           driver());
+    ASSERT_EQ(4u, tags.size());
+    EXPECT_EQ(ReadRate::INTERVAL, tags[0].rate.kind);
+    EXPECT_EQ(500, tags[0].rate.intervalMs);
+    EXPECT_EQ(ReadRate::ONCE, tags[1].rate.kind);
+    EXPECT_EQ(ReadRate::EVERY_CYCLE, tags[2].rate.kind);
+    EXPECT_EQ(ReadRate::EVERY_CYCLE, tags[3].rate.kind);
+}
+
+TEST(TagFile, TagsOfAFileWithoutTheColumnRateAreReadInEveryCycle)
+{
+    EXPECT_EQ(ReadRate::EVERY_CYCLE, tagsOf("a,1,MW,0,int16,\n").at(0).rate.kind);
+}
+
 class TagFileNumbers : public testing::TestWithParam<Place>
 {
 };
@@ -89,6 +110,30 @@ TEST(TagFile, EveryTypeIsKnown)
         EXPECT_EQ(types[i], tags[i].type) << i;
         EXPECT_EQ(i == 4 ? Tag::HIGH_WORD_FIRST : Tag::LOW_WORD_FIRST, tags[i].wordOrder) << i;
     }
+}
+
+TEST(TagFile, HexadecimalAndBinaryAreFormatsOfTheUnsignedTypes)
+{
+    const std::vector<Tag> tags = tagsOf("a,1,MW,0,hex,\n"
+                                         "b,1,MW,0,uint16:bin,\n"
+                                         "c,1,MW,0,uint32:high:hex,\n"
+                                         "d,1,MW,0,uint32:bin,\n");
+    const Tag::Format formats[] = {Tag::HEXADECIMAL, Tag::BINARY, Tag::HEXADECIMAL, Tag::BINARY};
+    ASSERT_EQ(4u, tags.size());
+    for (size_t i = 0; i < tags.size(); ++i) {
+        EXPECT_EQ(i < 2 ? Tag::UINT16 : Tag::UINT32, tags[i].type) << i;
+        EXPECT_EQ(formats[i], tags[i].format) << i;
+        EXPECT_EQ(i == 2 ? Tag::HIGH_WORD_FIRST : Tag::LOW_WORD_FIRST, tags[i].wordOrder) << i;
+    }
+}
+
+TEST(TagFile, AreaAndAddressAreKeptInNormalForm)
+{
+    const std::vector<Tag> tags = tagsOf("a,1,mw,0100,int16,\nb,1,%mx,12.03,bool,\n");
+    ASSERT_EQ(2u, tags.size());
+    EXPECT_EQ("MW100", (tags[0].area + tags[0].address).toStdString());
+    EXPECT_EQ("MX12.3", (tags[1].area + tags[1].address).toStdString());
+    EXPECT_EQ(3099, tags[1].number);
 }
 
 TEST(TagFile, ColumnsMayHaveAnyOrder)
@@ -169,6 +214,24 @@ TEST(TagFile, FileIsReadByItsName)
     file.write(HEADER + QByteArray("a,1,MW,0,int16,\n"));
     file.close();
     EXPECT_EQ(1u, readTagFile(file.fileName(), driver()).size());
+}
+
+TEST(TagFile, BadLinesOfAFileHaveItsName)
+{
+    QTemporaryDir folder;
+    QFile file(folder.filePath(text("tags.csv")));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(HEADER + QByteArray("a,1,MW,0,bool,\n,1,MW,0,int16,\n"));
+    file.close();
+    const std::string name = file.fileName().toStdString();
+    try {
+        readTagFile(file.fileName(), driver());
+        FAIL() << "no error";
+    } catch (const TagFileError& error) {
+        EXPECT_EQ(name + ": line 2: MW holds words, which are not of type bool\n" + name +
+                      ": line 3: the name is missing",
+                  error.what());
+    }
 }
 
 TEST(TagFile, UnreadableFileIsNamedWithTheReason)

@@ -105,6 +105,56 @@ INSTANTIATE_TEST_SUITE_P(
         Value{Tag::FLOAT32, LOW, "0000807f", "inf"}, Value{Tag::FLOAT32, LOW, "000080ff", "-inf"},
         Value{Tag::FLOAT32, LOW, "0000c07f", "nan"}));
 
+namespace {
+
+Tag shownAs(Tag::Format format, Tag::Type type, Tag::WordOrder order = LOW)
+{
+    Tag tag = tagOf(type, order);
+    tag.format = format;
+    return tag;
+}
+
+struct Pattern
+{
+    Tag::Type type;
+    Tag::Format format;
+    Tag::WordOrder order;
+    const char* bytes;
+    const char* text;
+};
+
+std::ostream& operator<<(std::ostream& out, const Pattern& pattern)
+{
+    return out << pattern.text;
+}
+
+} // namespace
+
+// Expected texts by python3's format(): "04X", "08X", "016b" and "032b".
+class TagValuePattern : public testing::TestWithParam<Pattern>
+{
+};
+
+TEST_P(TagValuePattern, HasAllDigitsAndIsReadBack)
+{
+    const Pattern& pattern = GetParam();
+    const Tag tag = shownAs(pattern.format, pattern.type, pattern.order);
+    const QByteArray bytes = QByteArray::fromHex(pattern.bytes);
+    EXPECT_EQ(pattern.text, tagValueText(tag, bytes).toStdString());
+    EXPECT_EQ(bytes, tagValueBytes(tag, QString::fromLatin1(pattern.text)));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    , TagValuePattern,
+    testing::Values(Pattern{Tag::UINT16, Tag::HEXADECIMAL, LOW, "ff00", "0x00FF"},
+                    Pattern{Tag::UINT16, Tag::HEXADECIMAL, LOW, "0000", "0x0000"},
+                    Pattern{Tag::UINT16, Tag::BINARY, LOW, "ff00", "0b0000000011111111"},
+                    Pattern{Tag::UINT16, Tag::BINARY, LOW, "0180", "0b1000000000000001"},
+                    Pattern{Tag::UINT32, Tag::HEXADECIMAL, LOW, "efbeadde", "0xDEADBEEF"},
+                    Pattern{Tag::UINT32, Tag::HEXADECIMAL, HIGH, "adde0000", "0xDEAD0000"},
+                    Pattern{Tag::UINT32, Tag::BINARY, LOW, "05000080",
+                            "0b10000000000000000000000000000101"}));
+
 class TagValueRefused : public testing::TestWithParam<Text>
 {
 };
@@ -123,11 +173,16 @@ INSTANTIATE_TEST_SUITE_P(
         Text{Tag::INT16, "1 2"}, Text{Tag::INT16, "true"}, Text{Tag::UINT16, "-1"},
         Text{Tag::UINT16, "65536"}, Text{Tag::UINT16, "0x10000"}, Text{Tag::UINT16, "0x"},
         Text{Tag::UINT16, "-0x1"}, Text{Tag::UINT16, "0x-1"}, Text{Tag::UINT16, "1,000"},
-        Text{Tag::UINT16, "10h"}, Text{Tag::INT32, "2147483648"}, Text{Tag::INT32, "-2147483649"},
-        Text{Tag::UINT32, "4294967296"}, Text{Tag::UINT32, "18446744073709551617"},
-        Text{Tag::FLOAT32, ""}, Text{Tag::FLOAT32, "1,5"}, Text{Tag::FLOAT32, "1e39"},
-        Text{Tag::FLOAT32, "3.4028236e38"}, Text{Tag::FLOAT32, "1.5x"}, Text{Tag::FLOAT32, "+-1"},
-        Text{Tag::FLOAT32, "0x10"}, Text{Tag::FLOAT32, "nan(1)"}, Text{Tag::FLOAT32, "."}));
+        Text{Tag::UINT16, "10h"}, Text{Tag::UINT16, "0b"}, Text{Tag::UINT16, "0b2"},
+        Text{Tag::UINT16, "0b-1"}, Text{Tag::UINT16, "0b+1"}, Text{Tag::UINT16, "0x+1"},
+        Text{Tag::UINT16, "0b 1"}, Text{Tag::UINT16, "0x0x1"}, Text{Tag::UINT16, "0b0b1"},
+        Text{Tag::UINT16, "0b10000000000000000"}, Text{Tag::INT16, "0b1"},
+        Text{Tag::FLOAT32, "0b1"}, Text{Tag::BOOL, "0b1"}, Text{Tag::INT32, "2147483648"},
+        Text{Tag::INT32, "-2147483649"}, Text{Tag::UINT32, "4294967296"},
+        Text{Tag::UINT32, "18446744073709551617"}, Text{Tag::FLOAT32, ""},
+        Text{Tag::FLOAT32, "1,5"}, Text{Tag::FLOAT32, "1e39"}, Text{Tag::FLOAT32, "3.4028236e38"},
+        Text{Tag::FLOAT32, "1.5x"}, Text{Tag::FLOAT32, "+-1"}, Text{Tag::FLOAT32, "0x10"},
+        Text{Tag::FLOAT32, "nan(1)"}, Text{Tag::FLOAT32, "."}));
 
 TEST(TagValue, TrueAndFalseAreBits)
 {
@@ -139,6 +194,12 @@ TEST(TagValue, UnsignedTypesTakeHexadecimal)
 {
     EXPECT_EQ(QByteArray::fromHex("feca"), bytesOf(Tag::UINT16, "0xCAFE"));
     EXPECT_EQ(QByteArray::fromHex("efbeadde"), bytesOf(Tag::UINT32, "0Xdeadbeef"));
+}
+
+TEST(TagValue, UnsignedTypesTakeBinary)
+{
+    EXPECT_EQ(QByteArray::fromHex("0500"), bytesOf(Tag::UINT16, "0b101"));
+    EXPECT_EQ(QByteArray::fromHex("0d000000"), bytesOf(Tag::UINT32, "0B00001101"));
 }
 
 TEST(TagValue, BlanksAndAPlusSignDoNotMatter)
@@ -165,6 +226,48 @@ TEST(TagValue, TooFewBytesHaveNoText)
     EXPECT_EQ(QString(), textOf(Tag::BOOL, QByteArray()));
     EXPECT_EQ(QString(), textOf(Tag::INT16, QByteArray::fromHex("07")));
     EXPECT_EQ(QString(), textOf(Tag::UINT32, QByteArray::fromHex("070000")));
+}
+
+class TagValueProblem : public testing::TestWithParam<std::pair<Text, const char*>>
+{
+};
+
+TEST_P(TagValueProblem, NamesTheTypeAndItsRange)
+{
+    const Text& value = GetParam().first;
+    EXPECT_EQ(GetParam().second,
+              valueProblem(tagOf(value.type), QString::fromLatin1(value.text), REFUSE_NON_FINITE)
+                  .toStdString());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    , TagValueProblem,
+    testing::Values(
+        std::make_pair(Text{Tag::INT16, "40000"}, "40000 does not fit int16: -32768 to 32767"),
+        std::make_pair(Text{Tag::UINT16, "-1"}, "-1 does not fit uint16: 0 to 65535"),
+        std::make_pair(Text{Tag::UINT16, "0x10000"}, "0x10000 does not fit uint16: 0 to 65535"),
+        std::make_pair(Text{Tag::UINT16, "1.5"}, "1.5 does not fit uint16: 0 to 65535"),
+        std::make_pair(Text{Tag::UINT16, "nan"}, "\"nan\" is no value of type uint16: 0 to 65535"),
+        std::make_pair(Text{Tag::INT32, "1e10"},
+                       "1e10 does not fit int32: -2147483648 to 2147483647"),
+        std::make_pair(Text{Tag::UINT32, "4294967296"},
+                       "4294967296 does not fit uint32: 0 to 4294967295"),
+        std::make_pair(Text{Tag::BOOL, "2"}, "2 does not fit bool: 0, 1, true or false"),
+        std::make_pair(Text{Tag::FLOAT32, "1e39"},
+                       "1e39 does not fit float32: -3.4028235e+38 to 3.4028235e+38"),
+        std::make_pair(Text{Tag::FLOAT32, "warm"},
+                       "\"warm\" is no value of type float32: -3.4028235e+38 to 3.4028235e+38"),
+        std::make_pair(Text{Tag::FLOAT32, "nan"}, "nan is written with --allow-nan only"),
+        std::make_pair(Text{Tag::FLOAT32, "-inf"}, "-inf is written with --allow-nan only"),
+        std::make_pair(Text{Tag::FLOAT32, " "}, "the value is missing"),
+        std::make_pair(Text{Tag::FLOAT32, " 1.5 "}, "")));
+
+TEST(TagValue, NanAndInfinityAreValuesWhenTheUserAllowsThem)
+{
+    for (const char* value : {"nan", "inf", "-inf"})
+        EXPECT_EQ("",
+                  valueProblem(tagOf(Tag::FLOAT32), QString::fromLatin1(value), ALLOW_NON_FINITE)
+                      .toStdString());
 }
 
 TEST(TagValue, FloatTextRestoresItsBits)

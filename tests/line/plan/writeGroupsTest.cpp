@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 namespace {
 
 Tag tagAt(const char* area, int number, Tag::Type type = Tag::UINT16, int station = 1)
@@ -115,6 +117,27 @@ TEST(WriteGroups, TwoWordTagAtTheLimitIsNotSplit)
     EXPECT_EQ(122u, groups[0].tags.size());
     EXPECT_EQ(std::vector<size_t>{122}, groups[1].tags);
     EXPECT_TRUE(groups[1].isOneFrame);
+}
+
+TEST(WriteGroups, ListIsNotSplit)
+{
+    std::vector<Tag> tags = words(3000, 2 + 123);
+    std::vector<size_t> lists(tags.size(), 2); // a full frame behind two single words
+    lists[0] = 0;
+    lists[1] = 1;
+    const std::vector<WriteGroup> groups = writeGroups(tags, lists);
+    ASSERT_EQ(2u, groups.size());
+    EXPECT_EQ((std::vector<size_t>{0, 1}), groups[0].tags);
+    EXPECT_EQ(123u, groups[1].tags.size());
+    EXPECT_EQ(2u, writeGroups(tags).size());
+    EXPECT_EQ(123u, writeGroups(tags)[0].tags.size());
+}
+
+TEST(WriteGroups, ListsThatFitTogetherAreOneFrame)
+{
+    std::vector<size_t> lists(6, 0);
+    std::fill(lists.begin() + 2, lists.end(), 1);
+    EXPECT_EQ(1u, writeGroups(words(3000, 6), lists).size());
 }
 
 TEST(WriteGroups, HoldEachTagOnce)

@@ -1,7 +1,7 @@
 #include "session/linkRun.h"
 
 #include "builtDriver.h"
-#include "plan/tagFile.h"
+#include "plan/typedAddress.h"
 #include "session/sharedValues.h"
 
 #include <QProcess>

@@ -81,18 +81,38 @@ TEST_F(OneShotReadsTest, JobWithoutBlocksEndsAtOnce)
     EXPECT_EQ(JobEnd::DONE, ends[0].outcome);
 }
 
-TEST_F(OneShotReadsTest, FailedBlockEndsItsJob)
+TEST_F(OneShotReadsTest, JobGoesOnBehindAFailureAndEndsWithTheFirst)
 {
-    reads.add(FIRST_JOB, {blockAt(1), blockAt(2)});
-    reads.add(SECOND_JOB, {blockAt(3)});
+    reads.add(FIRST_JOB, {blockAt(1), blockAt(2), blockAt(3)});
+    reads.add(SECOND_JOB, {blockAt(4)});
     start();
     failsWith("silent");
+    EXPECT_EQ(2, start());
+    failsWith("refused");
+    EXPECT_TRUE(reads.takeEnded().empty());
+    EXPECT_EQ(3, start());
+    endsWell();
     const std::vector<JobEnd> ends = reads.takeEnded();
     ASSERT_EQ(1u, ends.size());
     EXPECT_EQ(int(FIRST_JOB), ends[0].job);
     EXPECT_EQ(JobEnd::TIMED_OUT, ends[0].outcome);
     EXPECT_EQ(QLatin1String("silent"), ends[0].trouble);
-    EXPECT_EQ(3, start());
+    EXPECT_EQ(4, start());
+}
+
+TEST_F(OneShotReadsTest, FailureOfOneJobIsNotThatOfTheNext)
+{
+    reads.add(FIRST_JOB, {blockAt(1)});
+    start();
+    failsWith("silent");
+    reads.takeEnded();
+    reads.add(SECOND_JOB, {blockAt(2)});
+    start();
+    endsWell();
+    const std::vector<JobEnd> ends = reads.takeEnded();
+    ASSERT_EQ(1u, ends.size());
+    EXPECT_EQ(JobEnd::DONE, ends[0].outcome);
+    EXPECT_TRUE(ends[0].trouble.isEmpty());
 }
 
 TEST_F(OneShotReadsTest, ReadWithoutAJobReportsNoEnd)
@@ -121,15 +141,6 @@ TEST_F(OneShotReadsTest, FailedReadWithoutAJobDropsNothing)
     EXPECT_EQ(1, start());
 }
 
-TEST_F(OneShotReadsTest, FailedJobDropsNoReadWithoutAJob)
-{
-    reads.add(FIRST_JOB, {blockAt(1), blockAt(2)});
-    reads.add(OneShotReads::NO_JOB, {blockAt(8)});
-    start();
-    failsWith("silent");
-    EXPECT_EQ(8, start());
-}
-
 TEST_F(OneShotReadsTest, ReadsAfterWritesAreJoinedWhileTheyWait)
 {
     reads.addAfterWrite(blockAt(8));
@@ -148,10 +159,11 @@ TEST_F(OneShotReadsTest, ReadsAfterWritesAreJoinedWhileTheyWait)
 
 TEST_F(OneShotReadsTest, ReadAfterAWriteIsNotJoinedWithAJob)
 {
-    reads.add(FIRST_JOB, {blockAt(8), blockAt(9)});
+    reads.add(FIRST_JOB, {blockAt(9)});
     reads.addAfterWrite(blockAt(9));
-    EXPECT_EQ(8, start());
-    failsWith("silent");
+    EXPECT_EQ(9, start());
+    endsWell();
+    EXPECT_EQ(1u, reads.takeEnded().size());
     EXPECT_EQ(9, start());
 }
 

@@ -294,3 +294,22 @@ TEST_F(SharedValuesTest, ReadingThreadIsWokenAndMissesNoNews)
         ASSERT_EQ(QByteArray::number(i), seen[size_t(i - 1)].state.bytes);
     }
 }
+
+/// The sink is told an end of a wait without bytes only; any other end has bytes that are kept.
+TEST_F(SharedValuesTest, WaitThatEndsWithoutAnAnswerIsAmongTheFrames)
+{
+    FINISHED_EXCHANGE finished;
+    EndedExchange fence = {};
+    finished.result = REPLY_RETRY;
+    for (const ExchangeEnd end : {END_SILENT, END_UNUSABLE, END_BROADCAST, END_ANSWERED}) {
+        finished.end = fence.end = end;
+        shared.exchanged(finished, 500 + end);
+        shared.fenced(fence, 700 + end);
+    }
+    const std::vector<FrameRecord> frames = shared.takeNews().frames;
+    ASSERT_EQ(2u, frames.size());
+    for (const FrameRecord& frame : frames)
+        EXPECT_EQ(FrameRecord::NO_ANSWER, frame.direction);
+    EXPECT_EQ(500 + END_SILENT, frames[0].time);
+    EXPECT_EQ(700 + END_SILENT, frames[1].time);
+}
