@@ -28,11 +28,15 @@
 //   --signal STATION:AREA:NUMBER:KIND[:PERIOD_MS[:AMPLITUDE]]
 //                         several times. AREA IW QW MW IX QX MX; NUMBER as on the wire: IW and QW
 //                         0 to 255, MW 3000 to 7095, IX and QX 0 to 4095, MX 3000 to 65535; KIND
-//                         ramp (default 10000 ms, 1000), sine (10000 ms, 1000), toggle (1000 ms, 1)
-//                         or counter (1000 ms, 65535), for bits toggle only; PERIOD_MS 1 to
+//                         ramp (default 10000 ms, 1000), sine (10000 ms, 1000), toggle (1000 ms,
+//                         1), square (10000 ms, 1000), counter (1000 ms, 65535) or walk, which is
+//                         random (200 ms, 1000), for bits toggle and square only; PERIOD_MS 1 to
 //                         86400000; AMPLITUDE 1 to 65535, of a sine 32767
-//   --demo-signals        on each station: IW 0 ramp, IW 1 sine, IW 2 counter, IX 64 to 67 toggles,
-//                         MW 3000 counter, MX 3160 toggle
+//   --demo signals        on each station: IW 0 ramp, IW 1 sine, IW 2 counter, IW 3 walk, IX 64 to
+//   67
+//                         toggles, MW 3000 counter, MX 3160 toggle
+//   --demo tank           on each station a tank with pump, valve and alarms, see the manual page
+//   --demo-signals        the same as --demo signals
 //   --seed N              signal phases and faults, 0 to 4294967295 (default 1)
 // Faults, each a share of the exchanges, 0 to 1 (default 0), 1 at most together
 //   --drop --drop-request --corrupt --truncate --duplicate --delay --stray-before --stray-after
@@ -164,15 +168,16 @@ bool isShown()
 int serve(const SimulatorOptions& options, const sigset_t& waitingMask)
 {
     PlcStations stations(options.stations);
+    PlcProgram program(options.signals, options.seed, options.tankStations);
+    program.start(stations);
     fillMemory(stations, options.memory);
     const std::unique_ptr<OutputFile> report = openOutput(options.reportFile);
     const std::unique_ptr<OutputFile> dump = openOutput(options.dumpFile);
     const std::unique_ptr<LineEnd> line = openLine(options);
     EchoingLine echoing(*line);
-    SignalSet signals(options.signals, options.seed);
     const LinePacing pacing(options.line);
     RequestHandler handler(stations, pacing, options.faults, options.seed);
-    ServerLoop loop(options.echo ? echoing : *line, handler, stations, signals, pacing);
+    ServerLoop loop(options.echo ? echoing : *line, handler, stations, program, pacing);
     ControlCommands commands(stations, handler);
     std::unique_ptr<ControlSocket> control;
     if (!options.controlPath.empty()) {

@@ -41,14 +41,14 @@ bool standardInputEnded()
 } // namespace
 
 ServerLoop::ServerLoop(LineEnd& line, RequestHandler& handler, PlcStations& stations,
-                       SignalSet& signals, const LinePacing& pacing)
+                       PlcProgram& program, const LinePacing& pacing)
     : m_line(line),
       m_handler(handler),
       m_stations(stations),
-      m_signals(signals),
+      m_program(program),
       m_pacing(pacing),
       m_startedAt(monotonicNow()),
-      m_signalsAt(m_startedAt)
+      m_programAt(m_startedAt)
 {
 }
 
@@ -130,7 +130,7 @@ void ServerLoop::endSilentFrame(std::int64_t now)
 void ServerLoop::handleRequests()
 {
     while (const std::optional<Request> request = m_cutter.take()) {
-        moveSignals(request->lastByteAt);
+        runProgram(request->lastByteAt);
         queue(m_handler.handle(*request));
     }
 }
@@ -139,17 +139,16 @@ void ServerLoop::serveHeld(std::int64_t now)
 {
     const std::optional<std::int64_t> service = m_handler.nextServiceAt();
     if (!service || *service > now) return;
-    moveSignals(now);
+    runProgram(now);
     queue(m_handler.serveHeld(now));
 }
 
-/// A request that ended with a silence may be older than the requests served since. Signals never
-/// go back in time.
-void ServerLoop::moveSignals(std::int64_t at)
+/// A request that ended with a silence may be older than the requests served since. The program
+/// never goes back in time.
+void ServerLoop::runProgram(std::int64_t at)
 {
-    m_signalsAt = std::max(m_signalsAt, at);
-    for (const PlaceValue& value : m_signals.changes((m_signalsAt - m_startedAt) / MILLISECOND_NS))
-        m_stations.apply(value);
+    m_programAt = std::max(m_programAt, at);
+    m_program.runUntil((m_programAt - m_startedAt) / MILLISECOND_NS, m_stations);
 }
 
 /// Sorts by time: a prompt reply overtakes a late reply that was scheduled before it.
@@ -183,7 +182,7 @@ void ServerLoop::sendDue()
 void ServerLoop::serveControl()
 {
     const std::int64_t now = monotonicNow();
-    moveSignals(now);
+    runProgram(now);
     m_controlSocket->serve(
         [this, now](const std::string& line) { return m_controlCommands->answer(line, now); });
 }

@@ -4,8 +4,8 @@
 #include "controlCommands.h"
 #include "controlSocket.h"
 #include "lineEnd.h"
+#include "plcProgram.h"
 #include "requestHandler.h"
-#include "signals.h"
 
 #include <csignal>
 #include <deque>
@@ -14,8 +14,8 @@
 class ServerLoop
 {
 public:
-    /// @param signals  updated before each request is executed
-    ServerLoop(LineEnd& line, RequestHandler& handler, PlcStations& stations, SignalSet& signals,
+    /// @param program  runs before each request is executed
+    ServerLoop(LineEnd& line, RequestHandler& handler, PlcStations& stations, PlcProgram& program,
                const LinePacing& pacing);
 
     /// Call it before run(). The line goes first: clients are served between two turns of the line.
@@ -53,7 +53,7 @@ private:
     void endSilentFrame(std::int64_t now);
     void handleRequests();
     void serveHeld(std::int64_t now);
-    void moveSignals(std::int64_t at);
+    void runProgram(std::int64_t at);
     void queue(std::vector<OutgoingPiece> pieces);
     void sendDue();
     void serveControl();
@@ -65,7 +65,7 @@ private:
     LineEnd& m_line;
     RequestHandler& m_handler;
     PlcStations& m_stations;
-    SignalSet& m_signals;
+    PlcProgram& m_program;
     LinePacing m_pacing;
     RequestCutter m_cutter;
     std::deque<OutgoingPiece> m_outgoing; // in order of time
@@ -73,7 +73,7 @@ private:
     ControlSocket* m_controlSocket = nullptr; // null: there is none
     ControlCommands* m_controlCommands = nullptr;
     std::int64_t m_startedAt;
-    std::int64_t m_signalsAt;
+    std::int64_t m_programAt;
 };
 
 #endif

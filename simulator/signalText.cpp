@@ -26,11 +26,10 @@ struct KindRow
     int mostAmplitude;
 };
 
-const KindRow KINDS[SIGNAL_KINDS] = {
-    {"ramp", SIGNAL_RAMP, 10000, 1000, 65535},
-    {"sine", SIGNAL_SINE, 10000, 1000, 32767},
-    {"toggle", SIGNAL_TOGGLE, 1000, 1, 65535},
-    {"counter", SIGNAL_COUNTER, 1000, 65535, 65535},
+const KindRow KINDS[] = {
+    {"ramp", SIGNAL_RAMP, 10000, 1000, 65535},       {"sine", SIGNAL_SINE, 10000, 1000, 32767},
+    {"toggle", SIGNAL_TOGGLE, 1000, 1, 65535},       {"square", SIGNAL_TOGGLE, 10000, 1000, 65535},
+    {"counter", SIGNAL_COUNTER, 1000, 65535, 65535}, {"walk", SIGNAL_WALK, 200, 1000, 65535},
 };
 
 const KindRow* kindNamed(const std::string& name)
@@ -57,7 +56,8 @@ std::string parseFields(const std::vector<std::string>& fields, Place& place)
 std::string parseMovement(const std::vector<std::string>& fields, Signal& signal)
 {
     const KindRow* const kind = kindNamed(fields[KIND_FIELD]);
-    if (!kind) return "kind '" + fields[KIND_FIELD] + "' is none of ramp sine toggle counter";
+    if (!kind)
+        return "kind '" + fields[KIND_FIELD] + "' is none of ramp sine toggle square counter walk";
     signal.kind = kind->kind;
     if (rowOf(signal.place.area).isBits && signal.kind != SIGNAL_TOGGLE)
         return "a bit can only toggle";

@@ -1,13 +1,13 @@
 #include "signals.h"
 
+#include <algorithm>
 #include <cmath>
-#include <random>
 
 namespace {
 
 const double FULL_TURN = 6.283185307179586;
 
-enum { DEMO_TOGGLES = 4 };
+enum { DEMO_TOGGLES = 4, WALK_STEPS = 50, WALK_DIRECTIONS = 3 };
 
 std::uint16_t sineValue(const Signal& signal, std::int64_t within)
 {
@@ -49,6 +49,7 @@ std::vector<Signal> demoSignals(const std::vector<int>& stations)
         all.push_back(signalAt(station, AREA_IW, 0, SIGNAL_RAMP, 10000, 1000));
         all.push_back(signalAt(station, AREA_IW, 1, SIGNAL_SINE, 20000, 1000));
         all.push_back(signalAt(station, AREA_IW, 2, SIGNAL_COUNTER, 500, 65535));
+        all.push_back(signalAt(station, AREA_IW, 3, SIGNAL_WALK, 200, 1000));
         // IX 64 is bit 0 of IW 4: clear of the words above
         for (int k = 0; k < DEMO_TOGGLES; ++k)
             all.push_back(signalAt(station, AREA_IX, 64 + k, SIGNAL_TOGGLE, 1000 << k, 1));
@@ -62,14 +63,30 @@ SignalSet::SignalSet(const std::vector<Signal>& moving, unsigned seed)
 {
     std::mt19937 random(seed);
     for (const Signal& signal : moving)
-        m_moving.push_back({signal, std::int64_t(random()) % signal.periodMs, std::nullopt});
+        m_moving.push_back({signal, std::int64_t(random()) % signal.periodMs,
+                            std::mt19937(seed + unsigned(m_moving.size())), signal.amplitude / 2, 0,
+                            std::nullopt});
+}
+
+/// A step goes down, goes up or stays, each as likely, by 1/50 of the amplitude, at least by 1.
+std::uint16_t SignalSet::walkedTo(Moving& moving, std::int64_t ms)
+{
+    const int amplitude = moving.signal.amplitude;
+    const int step = std::max(amplitude / int(WALK_STEPS), 1);
+    for (; moving.stepsWalked < ms / moving.signal.periodMs; ++moving.stepsWalked) {
+        const int direction = int(moving.random() % WALK_DIRECTIONS) - 1;
+        moving.walked = std::clamp(moving.walked + direction * step, 0, amplitude);
+    }
+    return static_cast<std::uint16_t>(moving.walked);
 }
 
 std::vector<PlaceValue> SignalSet::changes(std::int64_t timeMs)
 {
     std::vector<PlaceValue> changed;
     for (Moving& moving : m_moving) {
-        const std::uint16_t value = valueAt(moving.signal, timeMs + moving.phaseMs);
+        const std::int64_t ms = timeMs + moving.phaseMs;
+        const std::uint16_t value =
+            moving.signal.kind == SIGNAL_WALK ? walkedTo(moving, ms) : valueAt(moving.signal, ms);
         if (moving.last == value) continue;
         moving.last = value;
         changed.push_back({moving.signal.place, value});

@@ -5,14 +5,16 @@
 
 #include <cstdint>
 #include <optional>
+#include <random>
 #include <string>
 #include <vector>
 
 enum SignalKind {
     SIGNAL_RAMP,    ///< from 0 to the amplitude within a period, then from 0 again
     SIGNAL_SINE,    ///< from minus to plus amplitude, in two's complement
-    SIGNAL_TOGGLE,  ///< 0 for half a period, the amplitude for the other half
+    SIGNAL_TOGGLE,  ///< 0 for half a period, the amplitude for the other half: a square wave
     SIGNAL_COUNTER, ///< one up each period, from 0 again above the amplitude
+    SIGNAL_WALK,    ///< from half the amplitude, a random step each period, 0 to the amplitude
     SIGNAL_KINDS
 };
 
@@ -35,11 +37,12 @@ std::vector<Signal> demoSignals(const std::vector<int>& stations);
 class SignalSet
 {
 public:
-    /// @param seed  decides the phase at which each signal starts
+    /// @param seed  decides the phase at which each signal starts, and the steps of random walks
     SignalSet(const std::vector<Signal>& moving, unsigned seed);
 
     /// The values that changed since the last call. An unchanged value is not repeated, so that a
     /// host's write to its place lasts until the signal changes.
+    /// @param timeMs  never goes back
     std::vector<PlaceValue> changes(std::int64_t timeMs);
 
 private:
@@ -47,8 +50,14 @@ private:
     {
         Signal signal;
         std::int64_t phaseMs;
+        std::mt19937 random;      ///< of a random walk
+        int walked;               ///< value of a random walk
+        std::int64_t stepsWalked; ///< since the start
         std::optional<std::uint16_t> last;
     };
+
+    static std::uint16_t walkedTo(Moving& moving, std::int64_t ms);
+
     std::vector<Moving> m_moving;
 };
 

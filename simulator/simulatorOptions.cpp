@@ -3,6 +3,7 @@
 #include "faultOptions.h"
 #include "numberText.h"
 
+#include <algorithm>
 #include <set>
 
 namespace {
@@ -14,6 +15,9 @@ const int FASTEST_BAUD = 4000000;
 const int LONGEST_TURNAROUND_US = 10000000;
 const std::int64_t MICROSECOND_NS = 1000;
 
+const char* const DEMO_SIGNALS = "signals";
+const char* const DEMO_TANK = "tank";
+
 /// Options as the command line gives them; parseOptions() turns them into SimulatorOptions.
 struct RawOptions
 {
@@ -21,6 +25,7 @@ struct RawOptions
     std::vector<std::string> stationLists;
     std::vector<std::string> signals;
     bool demoSignals = false;
+    std::vector<std::string> demos;
     int turnaroundUs = 0;
     RawMemory memory;
     RawFaults faults;
@@ -73,7 +78,11 @@ void addSignals(CLI::App& app, SimulatorOptions& options, RawOptions& raw)
                    "a memory place whose value changes by itself; repeat the option for more "
                    "places (default: none)")
         ->type_name("STATION:AREA:NUMBER:KIND[:PERIOD_MS[:AMPLITUDE]]");
-    app.add_flag("--demo-signals", raw.demoSignals, "add the demo's signals on every station");
+    app.add_option("--demo", raw.demos,
+                   "on every station: signals of every kind (signals), or a tank with pump, valve "
+                   "and alarms (tank) (default: none)")
+        ->check(CLI::IsMember({DEMO_SIGNALS, DEMO_TANK}));
+    app.add_flag("--demo-signals", raw.demoSignals, "the same as --demo signals");
     app.add_option("--seed", options.seed, "seed of signal phases and faults, 0 to 4294967295")
         ->capture_default_str();
 }
@@ -121,10 +130,23 @@ std::vector<int> stationsOf(const RawOptions& raw)
     return std::vector<int>(all.begin(), all.end());
 }
 
+bool hasDemo(const RawOptions& raw, const char* name)
+{
+    return std::find(raw.demos.begin(), raw.demos.end(), name) != raw.demos.end();
+}
+
+std::vector<int> tankStationsOf(const RawOptions& raw, const std::vector<int>& stations)
+{
+    if (!hasDemo(raw, DEMO_TANK)) return {};
+    if (raw.demoSignals || hasDemo(raw, DEMO_SIGNALS))
+        refuse("--demo", "the tank and the demo's signals use the same memory");
+    return stations;
+}
+
 std::vector<Signal> signalsOf(const RawOptions& raw, const std::vector<int>& stations)
 {
     std::vector<Signal> all;
-    if (raw.demoSignals) all = demoSignals(stations);
+    if (raw.demoSignals || hasDemo(raw, DEMO_SIGNALS)) all = demoSignals(stations);
     const std::set<int> known(stations.begin(), stations.end());
     for (const std::string& text : raw.signals) {
         Signal signal;
@@ -157,6 +179,7 @@ SimulatorOptions parseOptions(CLI::App& app, int argc, char** argv)
 
     options.stations = stationsOf(raw);
     options.signals = signalsOf(raw, options.stations);
+    options.tankStations = tankStationsOf(raw, options.stations);
     finishMemory(options.memory, options.faults.refusals, raw.memory, options.stations);
     finishFaults(options.faults, raw.faults, options.stations);
     options.line.turnaroundNs = raw.turnaroundUs * MICROSECOND_NS;

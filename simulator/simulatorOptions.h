@@ -22,6 +22,7 @@ struct SimulatorOptions
     LineSettings line;
     bool echo = false;
     std::vector<Signal> signals;
+    std::vector<int> tankStations;
     unsigned seed = 1;
     MemorySettings memory;
     FaultSettings faults;

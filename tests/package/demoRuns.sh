@@ -10,6 +10,7 @@ for line in 'fill level  IW0 = [0-9]+' 'temperature  IW2 = -?[0-9]+' 'door open 
     '^[0-9.]+ exchanges/s  retries 0  give-ups 0 ' \
     '^setpoint \(MW100\) = 21.5 confirmed$' '^setpoint \(MW100\) = 21.5$' \
     '^downloaded 9 values, verified$' '^uploaded 9 values, verified$' \
-    '^the recipe came back as it was sent$'; do
+    '^the recipe came back as it was sent$' \
+    '^valve \(QX0.1\) = 1 confirmed$' 'level  MW104 = 4[0-9.]*$'; do
     grep -qE "$line" <<<"$output" || { echo "missing: $line"; exit 1; }
 done

@@ -40,7 +40,7 @@ protected:
     {
         const LinePacing pacing(m_settings);
         m_handler = std::make_unique<RequestHandler>(m_stations, pacing, FaultSettings(), 1);
-        m_loop = std::make_unique<ServerLoop>(m_line, *m_handler, m_stations, m_signals, pacing);
+        m_loop = std::make_unique<ServerLoop>(m_line, *m_handler, m_stations, m_program, pacing);
         ControlCommands commands(m_stations, *m_handler);
         if (m_control) m_loop->setControl(*m_control, commands);
         sigset_t mask;
@@ -87,7 +87,7 @@ protected:
     ScriptedLine m_line;
     LineSettings m_settings;
     PlcStations m_stations{{1}};
-    SignalSet m_signals{{}, 1};
+    PlcProgram m_program{{}, 1, {}};
     std::unique_ptr<RequestHandler> m_handler;
     std::unique_ptr<ServerLoop> m_loop;
 };
@@ -211,7 +211,7 @@ TEST_F(ServedLine, ControlClientGetsTheSignalsValueOfNow)
     unsigned seed = 0;
     while (SignalSet({slow}, seed).changes(0)[0].value == 0)
         ++seed;
-    m_signals = SignalSet({slow}, seed);
+    m_program = PlcProgram({slow}, seed, {});
     ControlSocket socket(socketPath());
     const UniqueDescriptor client = connected();
     sendLines(client, "get IX0.0\nquit\n");

@@ -70,6 +70,45 @@ TEST(Signals, CounterCountsPeriodsAndWrapsAboveItsAmplitude)
         EXPECT_EQ(int(i % 3), steps[i]) << i;
 }
 
+TEST(Signals, RandomWalkGoesByFiftiethsWithinItsAmplitude)
+{
+    std::map<int, int> steps;
+    int last = 500;
+    for (const int value : valuesOf(signalOf(SIGNAL_WALK, 1, 1000), 20000)) {
+        ++steps[value - last];
+        EXPECT_GE(value, 0);
+        EXPECT_LE(value, 1000);
+        last = value;
+    }
+    ASSERT_EQ(3u, steps.size());
+    for (const int step : {-20, 0, 20}) // each in a third of the cases; a limit turns some into 0
+        EXPECT_GT(steps[step], 5500) << step;
+}
+
+TEST(Signals, RandomWalkDependsOnTheTimeAloneAndOnItsSeed)
+{
+    const Signal signal = signalOf(SIGNAL_WALK, 10, 1000);
+    SignalSet often({signal}, 7);
+    SignalSet once({signal}, 7);
+    SignalSet other({signal}, 8);
+    int last = 0;
+    for (int ms = 0; ms <= 30000; ++ms) {
+        for (const PlaceValue& change : often.changes(ms))
+            last = change.value;
+    }
+    ASSERT_EQ(1u, once.changes(30000).size());
+    EXPECT_EQ(last, SignalSet({signal}, 7).changes(30000)[0].value);
+    EXPECT_NE(last, other.changes(30000)[0].value);
+}
+
+TEST(Signals, SmallRandomWalkStillMoves)
+{
+    std::set<int> seen;
+    for (const int value : valuesOf(signalOf(SIGNAL_WALK, 1, 3), 1000))
+        seen.insert(value);
+    EXPECT_EQ((std::set<int>{0, 1, 2, 3}), seen);
+}
+
 TEST(Signals, UnchangedValueIsNotRepeated)
 {
     SignalSet set({signalOf(SIGNAL_COUNTER, 1000, 65535)}, 1);
@@ -127,11 +166,11 @@ TEST(Signals, DemoSignalsAreAtTheirDocumentedPlaces)
         rows.push_back({signal.place.area, signal.place.number, signal.kind});
     }
     const std::vector<Row> expected = {
-        {AREA_IW, 0, SIGNAL_RAMP},      {AREA_IW, 1, SIGNAL_SINE},
-        {AREA_IW, 2, SIGNAL_COUNTER},   {AREA_IX, 64, SIGNAL_TOGGLE},
-        {AREA_IX, 65, SIGNAL_TOGGLE},   {AREA_IX, 66, SIGNAL_TOGGLE},
-        {AREA_IX, 67, SIGNAL_TOGGLE},   {AREA_MW, 3000, SIGNAL_COUNTER},
-        {AREA_MX, 3160, SIGNAL_TOGGLE},
+        {AREA_IW, 0, SIGNAL_RAMP},       {AREA_IW, 1, SIGNAL_SINE},
+        {AREA_IW, 2, SIGNAL_COUNTER},    {AREA_IW, 3, SIGNAL_WALK},
+        {AREA_IX, 64, SIGNAL_TOGGLE},    {AREA_IX, 65, SIGNAL_TOGGLE},
+        {AREA_IX, 66, SIGNAL_TOGGLE},    {AREA_IX, 67, SIGNAL_TOGGLE},
+        {AREA_MW, 3000, SIGNAL_COUNTER}, {AREA_MX, 3160, SIGNAL_TOGGLE},
     };
     EXPECT_EQ(expected, rows);
 }

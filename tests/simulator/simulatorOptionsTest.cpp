@@ -198,6 +198,19 @@ TEST(SimulatorOptions, LinkSeedAndEndAreGivenByName)
     EXPECT_FALSE(parsed({}).untilStdinEnds);
 }
 
+TEST(SimulatorOptions, DemoIsSignalsOrATankOnEachStation)
+{
+    EXPECT_EQ(demoSignals({1, 2}).size(),
+              parsed({"--stations", "1-2", "--demo", "signals"}).signals.size());
+    const SimulatorOptions tank = parsed({"--stations", "1-2", "--demo", "tank"});
+    EXPECT_EQ((std::vector<int>{1, 2}), tank.tankStations);
+    EXPECT_TRUE(tank.signals.empty());
+    EXPECT_TRUE(parsed({}).tankStations.empty());
+    EXPECT_THROW(parsed({"--demo", "pump"}), CLI::ParseError);
+    EXPECT_THROW(parsed({"--demo", "tank", "--demo", "signals"}), CLI::ParseError);
+    EXPECT_THROW(parsed({"--demo", "tank", "--demo-signals"}), CLI::ParseError);
+}
+
 TEST(SimulatorOptions, TheLinkDecidesHowTheLineIsPaced)
 {
     const SimulatorOptions network = parsed({"--tcp", "502", "--bind", "::1"});
