@@ -17,10 +17,21 @@ copy_of_bare_debian() {
 }
 
 # inside FOLDER COMMAND: the command runs in the Debian of the folder; its mounts end with the command.
+# It has devices of its own: packages that are installed there change none of this machine.
 inside() {
-    as_root unshare --mount bash -c '
-        mount --rbind /dev "$1/dev" && mount -t proc proc "$1/proc" &&
-            exec chroot "$1" env -i PATH=/usr/sbin:/usr/bin HOME=/root LC_ALL=C.UTF-8 \
-                DEBIAN_FRONTEND=noninteractive bash -eu -o pipefail -c "$2"' \
+    as_root unshare --mount bash -eu -c '
+        mount -t tmpfs -o mode=755 devices "$1/dev"
+        for device in null zero full random urandom tty; do
+            touch "$1/dev/$device"
+            mount --bind "/dev/$device" "$1/dev/$device"
+        done
+        mkdir -m 1777 "$1/dev/shm"
+        mkdir "$1/dev/pts"
+        mount -t devpts -o newinstance,ptmxmode=666,mode=620 terminals "$1/dev/pts"
+        ln -s pts/ptmx "$1/dev/ptmx"
+        ln -s /proc/self/fd "$1/dev/fd"
+        mount -t proc proc "$1/proc"
+        exec chroot "$1" env -i PATH=/usr/sbin:/usr/bin HOME=/root LC_ALL=C.UTF-8 \
+            DEBIAN_FRONTEND=noninteractive bash -eu -o pipefail -c "$2"' \
         inside "$(realpath "$1")" "$2"
 }

@@ -6,7 +6,7 @@
 #   all    and Qt 6, coverage, clang with its checks and fuzzer, cppcheck, valgrind
 #   bench  what test has, and what scripts/bench.sh, bench-plot.sh and instructions.sh need
 #   portability   what scripts/portability.sh needs
-#   packages      what demo has, and what scripts/packages.sh --check needs
+#   packages      what demo has, and what scripts/packages.sh needs with each option
 # Exit status: 0 all is there, 1 usage, else apt's.
 set -euo pipefail
 . "$(dirname "$0")/common.sh"

@@ -12,10 +12,20 @@ make_fresh_debian() {
         as_root cp -r tests/package/consumer "$fresh/packages"
 }
 
+# A driver of the package that had another name gives way.
 install_tools() {
     inside "$fresh" 'apt-get update -q
+        folder=/tmp/former$(dirname /usr/lib/*/libc.so.6)
+        mkdir -p /tmp/former/DEBIAN "$folder"
+        echo former >"$folder/libquorvane_ka_kb_plc.so"
+        printf "Package: libquorvane-ka-kb-plc\nVersion: 0.9.0-1\nArchitecture: all\n%s\n%s\n" \
+            "Maintainer: nobody <nobody@quorvane.example>" "Description: former driver" \
+            >/tmp/former/DEBIAN/control
+        dpkg-deb --build /tmp/former /tmp/former.deb
+        dpkg --install /tmp/former.deb
         apt-get install -q -y --no-install-recommends \
-            /packages/libquorvane-ka-kb-plc-qt5-1_*.deb /packages/quorvane-ka-kb-tools_*.deb'
+            /packages/libquorvane-ka-kb-plc-qt5-1_*.deb /packages/quorvane-ka-kb-tools_*.deb
+        [ "$(dpkg-query -W -f "\${db:Status-Status}" libquorvane-ka-kb-plc)" != installed ]'
 }
 
 # Manual pages, completion that bash can load, the tag file, and programs of the package's version.
@@ -30,7 +40,7 @@ look_at_tools() {
         done
         grep -q ^name,station,area,address,type /usr/share/quorvane-ka-kb/tags.csv
         # The plain name leads to the file of Qt 5 in its own folder.
-        libraries=/usr/lib/$(dpkg --print-architecture | sed s/amd64/x86_64/\;s/arm64/aarch64/)-linux-gnu
+        libraries=$(dirname /usr/lib/*/libc.so.6)
         [ "$(readlink -f $libraries/libquorvane_ka_kb_plc.so)" = \
             $libraries/quorvane-ka-kb/qt5/libquorvane_ka_kb_plc.so ]'
 }

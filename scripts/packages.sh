@@ -99,7 +99,7 @@ cross_build() {
         apt-get build-dep -q -y --no-install-recommends -P cross,nocheck -a $1 ./*.dsc
         dpkg-source -x ./*.dsc clean
         cd clean
-        dpkg-buildpackage -us -uc -b -a $1 -P cross,nocheck -j$jobs" || return 1
+        dpkg-buildpackage -us -uc -b -a $1 -Pcross,nocheck -j$jobs" || return 1
     mkdir -p "$packages/$1" &&
         find "$packages/$1" -type f -delete &&
         cp "$root"/build/*_"$1".* "$packages/$1" &&

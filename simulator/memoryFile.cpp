@@ -55,6 +55,11 @@ std::string parseLine(const std::string& line, PlcStations& stations,
     return {};
 }
 
+[[noreturn]] void failAt(const std::string& name, int line, const std::string& trouble)
+{
+    throw MemoryFileError(name + ", line " + std::to_string(line) + ": " + trouble);
+}
+
 } // namespace
 
 void loadMemory(std::istream& in, const std::string& name, PlcStations& stations)
@@ -63,8 +68,7 @@ void loadMemory(std::istream& in, const std::string& name, PlcStations& stations
     std::string line;
     for (int number = 1; std::getline(in, line); ++number) {
         const std::string trouble = parseLine(line, stations, values);
-        if (!trouble.empty())
-            throw MemoryFileError(name + ", line " + std::to_string(number) + ": " + trouble);
+        if (!trouble.empty()) failAt(name, number, trouble);
     }
     if (in.bad()) throw MemoryFileError(name + ": " + std::strerror(errno));
     for (const PlaceValue& value : values)

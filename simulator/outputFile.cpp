@@ -37,8 +37,9 @@ std::string targetOf(std::string path)
     for (int links = 0; links < MOST_LINKS && !isOpenFile(path); ++links) {
         const ssize_t length = readlink(path.c_str(), target, sizeof target);
         if (length <= 0 || length == ssize_t(sizeof target)) break;
-        const std::string next(target, std::size_t(length));
-        path = next[0] == '/' ? next : folderOf(path) + next;
+        const std::string folder = target[0] == '/' ? "" : folderOf(path);
+        path = folder;
+        path.append(target, std::size_t(length));
     }
     return path;
 }

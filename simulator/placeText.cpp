@@ -60,9 +60,20 @@ std::string parseBitAddress(const std::string& text, const AreaRow& row, int& nu
     return number > row.last ? pastTheEnd(text, row) : std::string();
 }
 
-/// @param text  without a station
-std::string parseAddress(const std::string& text, Place& place)
+/// The text without a leading %, with a large area name: %mw100 is MW100.
+std::string usualSpelling(std::string text)
 {
+    if (text.rfind('%', 0) == 0) text.erase(0, 1);
+    for (std::size_t i = 0; i < text.size() && i < AREA_LETTERS; ++i) {
+        if (text[i] >= 'a' && text[i] <= 'z') text[i] = static_cast<char>(text[i] - 'a' + 'A');
+    }
+    return text;
+}
+
+/// @param written  without a station
+std::string parseAddress(const std::string& written, Place& place)
+{
+    const std::string text = usualSpelling(written);
     const AreaRow* const row = areaNamed(text.substr(0, AREA_LETTERS));
     if (!row) return "'" + text + "' does not begin with IW QW MW IX QX or MX";
     place.area = row->area;

@@ -3,7 +3,8 @@
 
 #include "place.h"
 
-// Places as a user writes them: MW100, MX12.3, 2:QW8. Without STATION: the station is 1.
+// Places as a user writes them: MW100, MX12.3, 2:QW8. Without STATION: the station is 1. Small
+// letters and a % ahead of the area mean the same: 2:%qw8.
 // Each function returns what is wrong with the text; empty when it is right and the result is set.
 
 std::string parsePlace(const std::string& text, Place& place);

@@ -12,7 +12,7 @@
 
 namespace {
 
-enum { NEWS_MS = 100, LONG_PREPARATION = SECOND };
+enum { NEWS_MS = 100 };
 
 JobEnd lost(int job, const QString& trouble)
 {
@@ -36,8 +36,7 @@ HostProgram::HostProgram(const DriverLibrary& driver, const LinkOptions& options
                          const std::vector<Tag>& tags, LinkRun::Reading reading)
     : m_driver(driver),
       m_options(options),
-      m_values(tags.size(), options.trace || !options.pcap.empty()),
-      m_tags(tags.size())
+      m_values(tags.size(), options.trace || !options.pcap.empty())
 {
     stopOnSignals();
     m_run.emplace(driver, settings(tags, reading), tags, m_values);
@@ -80,6 +79,7 @@ LinkRun::Settings HostProgram::settings(const std::vector<Tag>& tags, LinkRun::R
     settings.pauseMs = m_options.pauseMs;
     settings.turnaroundUs = m_options.turnaroundUs;
     settings.mostGap = m_options.mostGap;
+    settings.paceMs = m_options.everyMs;
     settings.echo = m_options.echo;
     if (settings.address.kind == LinkAddress::SIMULATED) {
         const LineSettings line = settings.address.line;
@@ -113,7 +113,6 @@ void HostProgram::connect()
     bool wasOpen = false;
     while (!stopRequested() && !wasOpen) {
         News news = next(NEWS_MS);
-        tellLongPreparation();
         wasOpen = !news.linkEvents.empty() && news.linkEvents.front().connected;
         if (m_linkTrouble && !wasOpen) throw VerbFailure(EXIT_LINK, *m_linkTrouble);
         if (wasOpen) news.linkEvents.erase(news.linkEvents.begin());
@@ -163,14 +162,6 @@ void HostProgram::tellMissedFrames() const
     if (!m_capture || m_framesMissed == 0) return;
     std::fprintf(stderr, "kakb-host: the capture lacks %lld frames: the output was blocked\n",
                  static_cast<long long>(m_framesMissed));
-}
-
-void HostProgram::tellLongPreparation()
-{
-    const std::optional<qint64> since = m_values.preparingSince();
-    if (m_isPreparationTold || !since || m_run->now() - *since < LONG_PREPARATION) return;
-    m_isPreparationTold = true;
-    std::fprintf(stderr, "kakb-host: planning %zu tags\n", m_tags);
 }
 
 JobEnd HostProgram::endOf(int job, const Progress& progress)

@@ -92,7 +92,6 @@ private:
     void openCapture(qint64 startClock);
     void record(const News& news);
     void tellMissedFrames() const;
-    void tellLongPreparation();
 
     const DriverLibrary& m_driver;
     const LinkOptions m_options;
@@ -102,8 +101,6 @@ private:
     std::optional<FrameTrace> m_trace;
     std::optional<PcapFile> m_capture;
     std::optional<LinkRun> m_run;
-    const size_t m_tags; ///< number of tags
-    bool m_isPreparationTold = false;
     int m_lastJob = 0;
     News m_early;                         ///< news that came together with the open link
     std::optional<QString> m_linkTrouble; ///< reason of the loss, while the link is lost

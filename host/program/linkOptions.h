@@ -5,6 +5,7 @@
 #include "output/timeText.h"
 #include "plan/readPlan.h"
 
+#include <optional>
 #include <string>
 
 /// The options of every verb with a link, with their defaults. LinkRun::Settings explains the times
@@ -18,7 +19,8 @@ struct LinkOptions
     int attempts = 3;
     int pauseMs = 500;
     int turnaroundUs = 1000;
-    int mostGap = ANY_GAP; ///< words, see planReads()
+    int mostGap = ANY_GAP;         ///< words, see planReads()
+    std::optional<qint64> everyMs; ///< pace of a watch; empty: the default of the link's kind
     EchoMode echo = ECHO_UNKNOWN;
     bool trace = false;
     std::string pcap;

@@ -1,5 +1,6 @@
 #include "verbs/commandOptions.h"
 
+#include "plan/durationText.h"
 #include "wire/protocolLimits.h"
 
 #include <cmath>
@@ -29,6 +30,16 @@ CLI::Validator numberFrom(double lowest, double highest)
                                                                 : range(number);
     };
     return CLI::Validator(problem, range.get_description());
+}
+
+CLI::Validator aDuration()
+{
+    const auto problem = [](const std::string& text) {
+        return durationMs(QString::fromStdString(text))
+                   ? std::string()
+                   : text + " is no duration such as 500ms, 10s or 5m";
+    };
+    return CLI::Validator(problem, std::string());
 }
 
 void addJson(CLI::App* verb, CommandOptions& options)
@@ -75,6 +86,20 @@ void addGap(CLI::App* verb, CommandOptions& options)
                      "longest run of words without a tag that a request may read; 0: none; "
                      "default: as long as it saves time")
         ->check(CLI::Range(0, int(MOST_READ_REGISTERS)));
+}
+
+void addEvery(CLI::App* verb, CommandOptions& options)
+{
+    LinkOptions& link = options.link;
+    verb->add_option_function<std::string>(
+            "--every",
+            [&link](const std::string& text) {
+                link.everyMs = durationMs(QString::fromStdString(text));
+            },
+            "shortest time from the start of a cycle to the next start, such as 500ms, 10s or 5m; "
+            "0: cycles follow at once (default: 100ms over TCP, else 0)")
+        ->check(aDuration())
+        ->type_name("DURATION");
 }
 
 void addLink(CLI::App* verb, CommandOptions& options)

@@ -22,6 +22,8 @@ struct CommandOptions
     std::string recipeFile;
     std::string recipeOutput;
     bool verify = false;
+    std::string stations = "1-247";
+    std::vector<int> bauds;
     bool allowNan = false;
     bool bothOrders = false;
     LinkOptions link;
@@ -30,6 +32,9 @@ struct CommandOptions
 /// CLI::Range accepts "nan", because nan is neither below nor above the range. This check refuses
 /// it.
 CLI::Validator numberFrom(double lowest, double highest);
+
+/// Accepts the durations of durationMs().
+CLI::Validator aDuration();
 
 // The functions below add options that several verbs have.
 
@@ -52,6 +57,9 @@ void addTiming(CLI::App* verb, CommandOptions& options);
 
 /// The limit of the gaps that a request reads.
 void addGap(CLI::App* verb, CommandOptions& options);
+
+/// The pace of polling.
+void addEvery(CLI::App* verb, CommandOptions& options);
 
 /// The options of a verb that opens the link.
 void addLink(CLI::App* verb, CommandOptions& options);

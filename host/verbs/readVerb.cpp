@@ -2,6 +2,7 @@
 
 #include "output/changeLines.h"
 #include "plan/tagText.h"
+#include "verbs/readOnce.h"
 #include "verbs/tagChoice.h"
 #include "verbs/watchRows.h"
 
@@ -30,17 +31,10 @@ QString labelOf(const Tag& tag, ReadLabel label)
     return tag.name == place ? place : tag.name + QLatin1String(" (") + place + QLatin1Char(')');
 }
 
-/// The row of a tag after its only read. A later event, such as the silence of its station, does
-/// not make the value worse.
-WatchRow rowOf(const Tag& tag, const TagState& state, const JobEnd& end, ReadLabel label)
+WatchRow rowOf(const Tag& tag, const TagState& state, ReadLabel label)
 {
     WatchRow row = watchRow(tag, state, state.readAt);
     if (label == WITH_WORD_ORDER && tag.units() > 1) row.address = placeAndOrderText(tag);
-    row.good = state.readAt >= 0;
-    if (row.good)
-        row.trouble.clear();
-    else if (row.trouble.isEmpty())
-        row.trouble = end.trouble;
     return row;
 }
 
@@ -75,14 +69,10 @@ ExitStatus tellFailures(HostProgram& host, const std::vector<Tag>& tags,
 
 ExitStatus read(HostProgram& host, const std::vector<Tag>& tags, ReadLabel label, bool json)
 {
-    host.connect();
-    const int job = host.newJob();
-    host.link().read(job, host.blocks());
-    const JobEnd end = host.endOf(job);
-    const std::vector<TagState> states = host.values().tags();
+    const auto [states, end] = readOnce(host);
     std::vector<WatchRow> rows;
     for (size_t i = 0; i < tags.size(); ++i)
-        rows.push_back(rowOf(tags[i], states[i], end, label));
+        rows.push_back(rowOf(tags[i], states[i], label));
     if (json)
         printObjects(rows, states, host.times());
     else

@@ -6,6 +6,7 @@
 #include "plan/recipePlan.h"
 #include "plan/tagValue.h"
 #include "program/interrupt.h"
+#include "verbs/difference.h"
 #include "verbs/tagChoice.h"
 
 #include <QJsonDocument>
@@ -122,23 +123,6 @@ private:
     const bool m_showsProgress;
 };
 
-void printMismatch(const Tag& tag, const QByteArray& expected, const QByteArray& found, bool json)
-{
-    const QString expectedText = tagValueText(tag, expected);
-    const QString foundText = tagValueText(tag, found);
-    if (!json) {
-        std::printf("%s is %s, not %s\n", qUtf8Printable(labelText(tag)), qUtf8Printable(foundText),
-                    qUtf8Printable(expectedText));
-        return;
-    }
-    QJsonObject object;
-    object.insert(QLatin1String("name"), tag.name);
-    object.insert(QLatin1String("address"), placeText(tag));
-    object.insert(QLatin1String("expected"), jsonValue(expectedText));
-    object.insert(QLatin1String("found"), jsonValue(foundText));
-    std::printf("%s\n", QJsonDocument(object).toJson(QJsonDocument::Compact).constData());
-}
-
 void verify(const std::vector<Tag>& tags, const std::vector<QByteArray>& expected,
             const std::vector<QByteArray>& found, bool json)
 {
@@ -146,7 +130,7 @@ void verify(const std::vector<Tag>& tags, const std::vector<QByteArray>& expecte
     for (size_t tag = 0; tag < tags.size(); ++tag) {
         if (expected[tag] == found[tag]) continue;
         ++mismatches;
-        printMismatch(tags[tag], expected[tag], found[tag], json);
+        printDifference(tags[tag], expected[tag], found[tag], json);
     }
     if (mismatches == 0) return;
     throw VerbFailure(

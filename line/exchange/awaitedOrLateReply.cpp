@@ -117,7 +117,7 @@ void ExchangeMachine::takeFenceAnswer(const AnswerOrder::Taken& taken, const QBy
     Station& from = station(number);
     const bool isRefused = exceptionCodeOf(reply) >= 0;
     if (isRefused) from.fences.failed();
-    tell(true, number, isRefused ? END_REFUSED : END_ANSWERED);
+    tell(true, number, isRefused ? END_REFUSED : END_ANSWERED, isRefused ? reply : QByteArray());
     const bool isAwaitedHere = isAwaited(number, true);
     const bool isNewest = taken.asked.sent == m_sent;
     if (isAwaitedHere && !isNewest) m_deadline = qMax(m_deadline, now + from.time.timeOut());

@@ -260,8 +260,8 @@ void ExchangeMachine::endJob(ExchangeEnd end, const QByteArray& reply, qint64 re
     if (m_state == QUIET) m_state = IDLE;
 }
 
-void ExchangeMachine::tell(bool isFence, int station, ExchangeEnd end)
+void ExchangeMachine::tell(bool isFence, int station, ExchangeEnd end, const QByteArray& refusal)
 {
-    const EndedExchange ended = {isFence, station, end, true, QByteArray(), NOT_KNOWN};
+    const EndedExchange ended = {isFence, station, end, true, refusal, NOT_KNOWN};
     m_ended.push_back(ended);
 }

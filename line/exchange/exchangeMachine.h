@@ -27,7 +27,8 @@ struct EndedExchange
     ExchangeEnd end;
     bool wasSent;     ///< the request itself went out, in this attempt or an earlier one
     QByteArray reply; ///< to the caller's request, with END_ANSWERED or END_REFUSED: the whole
-                      ///< reply, without the registers that the request did not ask for; else empty
+                      ///< reply, without the registers that the request did not ask for. To a
+                      ///< fence with END_REFUSED: the refusal. Else empty
     qint64 replyTime; ///< microseconds from the end of the request to the end of its reply; -1: not
                       ///< known
 };
@@ -237,7 +238,7 @@ private:
     void giveUpWaiting(qint64 now);
     void endJob(ExchangeEnd end, const QByteArray& reply = QByteArray(),
                 qint64 replyTime = NOT_KNOWN);
-    void tell(bool isFence, int station, ExchangeEnd end);
+    void tell(bool isFence, int station, ExchangeEnd end, const QByteArray& refusal = QByteArray());
 
     const LineTiming m_timing;
     const Settings m_settings;

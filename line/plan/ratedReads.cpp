@@ -5,6 +5,7 @@
 #include "wire/timeUnits.h"
 
 #include <algorithm>
+#include <iterator>
 #include <map>
 #include <tuple>
 #include <utility>
@@ -74,7 +75,7 @@ private:
     bool takeOne(const Tag& tag, int index)
     {
         for (ReadBlock* const block : m_blocks[memoryOf(tag.station, tag.area)]) {
-            if (!contains(*block, tag)) continue;
+            if (tag.area != block->area || !contains(*block, tag)) continue;
             Indices& in = block->tags;
             in.insert(std::upper_bound(in.begin(), in.end(), index), index);
             return true;
@@ -98,19 +99,19 @@ void sortRates(TagsByRate& rates, qint64 cycle)
               [&rank](const auto& a, const auto& b) { return rank(a.first) < rank(b.first); });
 }
 
-bool isFast(const ReadBlock& block)
-{
-    return block.rate.kind == ReadRate::EVERY_CYCLE;
-}
-
 qint64 fastCycle(const std::vector<ReadBlock>& blocks, const WireCost& cost, qint64 pace)
 {
     std::vector<ReadBlock> fast;
-    std::copy_if(blocks.begin(), blocks.end(), std::back_inserter(fast), isFast);
+    std::copy_if(blocks.begin(), blocks.end(), std::back_inserter(fast), isReadInEveryCycle);
     return std::max(pace, cycleTime(fast, cost));
 }
 
 } // namespace
+
+bool isReadInEveryCycle(const ReadBlock& block)
+{
+    return block.rate.kind == ReadRate::EVERY_CYCLE;
+}
 
 /// The rank of the fast tags depends on the time of their cycle, so they are planned alone first.
 RatedReads planRatedReads(const std::vector<Tag>& tags, const WireCost& cost, int mostWords,

@@ -25,6 +25,8 @@ struct RatedReads
 RatedReads planRatedReads(const std::vector<Tag>& tags, const WireCost& cost, int mostWords,
                           qint64 pace, int mostGap = ANY_GAP);
 
+bool isReadInEveryCycle(const ReadBlock& block);
+
 /// The longest planned time between two reads of a tag, in microseconds. A value that is much older
 /// has missed a turn. Empty: the tag is read once.
 /// @param cycle  of the plan

@@ -60,6 +60,12 @@ public:
         return !m_isPending;
     }
 
+    /// The request under way. Not between two requests.
+    const FRAME_PRO& frame() const
+    {
+        return m_frame;
+    }
+
     /// No request or probe is under way, and none waits.
     bool isFree() const
     {

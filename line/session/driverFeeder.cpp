@@ -1,5 +1,6 @@
 #include "session/driverFeeder.h"
 
+#include "plan/refusedBlock.h"
 #include "session/exchangeVerdict.h"
 #include "wire/frameShape.h"
 
@@ -7,6 +8,23 @@
 #include <utility>
 
 namespace {
+
+/// Not for the frames of recipes.
+bool isOfPolledBlock(const FRAME_PRO& frame)
+{
+    return frame.itemCount != 0 && frame.var.varId != StartedDriver::ONE_SHOT;
+}
+
+/// Of a write it is empty.
+ReadBlock blockReadBy(const FRAME_PRO& frame)
+{
+    ReadBlock block;
+    block.station = frame.var.station;
+    block.area = frame.var.regName;
+    block.number = frame.var.addr;
+    block.count = frame.itemCount == 0 ? 0 : frame.var.count;
+    return block;
+}
 
 QString silenceOf(int station)
 {
@@ -22,18 +40,18 @@ DriverFeeder::DriverFeeder(StartedDriver& driver, const LineTiming& timing,
       m_exchange(driver, timing, settings,
                  [this](const FRAME_PRO& frame) { return isPointless(frame); }),
       m_stations(settings.answer),
+      m_cyclic(driver, [this](int station) { return m_stations.isPolled(station); }),
       m_values(driver, m_polled, sink),
       m_recipes(driver, sink),
       m_isEchoTold(settings.echo == ECHO_PRESENT)
 {
 }
 
-void DriverFeeder::poll(std::vector<Tag> tags, std::vector<ReadBlock> blocks)
+void DriverFeeder::poll(std::vector<Tag> tags, std::vector<ReadBlock> blocks, qint64 pace)
 {
+    m_cyclic.start(blocks, pace);
     know(std::move(tags), std::move(blocks));
-    m_stationsToLayOut = m_polled.stations();
     m_isPolling = true;
-    m_planDue = true;
     m_areStationsNew = true;
 }
 
@@ -41,17 +59,6 @@ void DriverFeeder::know(std::vector<Tag> tags, std::vector<ReadBlock> blocks)
 {
     m_values.reset(tags.size());
     m_polled.set(std::move(tags), std::move(blocks));
-}
-
-/// The driver keeps the units when the next station's blocks replace the blocks, so plan() finds
-/// them there.
-bool DriverFeeder::layOutNext()
-{
-    if (m_stationsToLayOut.empty()) return false;
-    const int next = *m_stationsToLayOut.begin();
-    m_stationsToLayOut.erase(next);
-    m_driver.poll(m_polled.keys([next](int station) { return station == next; }));
-    return true;
 }
 
 void DriverFeeder::addWrite(int job, const std::vector<ElementWrite>& elements)
@@ -72,12 +79,16 @@ void DriverFeeder::addRecipe(const RecipeJob& recipe)
 ExchangeMachine::Step DriverFeeder::advance(qint64 now)
 {
     feed(now);
+    const bool wasBetweenRequests = m_exchange.isBetweenRequests();
     ExchangeMachine::Step step = m_exchange.advance(now);
+    if (wasBetweenRequests && !m_exchange.isBetweenRequests()) noteBegun(now);
     takeFinished(now);
-    const std::optional<qint64> probe = m_stations.nextProbe();
-    if (step.isIdle && probe) {
+    if (!step.isIdle) return step;
+    for (const std::optional<qint64>& due : {m_stations.nextProbe(), m_cyclic.nextAt()}) {
+        if (!due) continue;
+        const qint64 wakeAt = std::max(*due, now);
+        step.wakeAt = step.isIdle ? wakeAt : std::min(step.wakeAt, wakeAt);
         step.isIdle = false;
-        step.wakeAt = std::max(*probe, now);
     }
     return step;
 }
@@ -98,7 +109,8 @@ void DriverFeeder::linkBack(qint64 now)
 {
     m_exchange.linkOpened(now);
     m_stations.startAnew(now);
-    m_planDue = true;
+    m_cyclic.startAnew();
+    m_values.distrust();
 }
 
 /// A recipe's frames are always sent: a recipe is transferred as a whole, or the driver ends it.
@@ -107,17 +119,16 @@ bool DriverFeeder::isPointless(const FRAME_PRO& frame) const
     return !m_recipes.isUnderWay() && m_stations.isSilent(frame.var.station);
 }
 
-/// Writes and reads may be queued while the driver has a request under way. The plan and the recipe
-/// flags may change only between two requests. The plan waits for the probes, which go ahead of all
-/// requests: at the start every station's answer changes the plan.
+/// Writes and reads may be queued while the driver has a request under way. The polled block and
+/// the recipe flags may change only between two requests.
 void DriverFeeder::feed(qint64 now)
 {
     if (std::exchange(m_areStationsNew, false)) expectStations(now);
     feedProbes(now);
-    feedWrites();
+    feedWrites(now);
     feedReads();
     if (!m_exchange.isBetweenRequests()) return;
-    if (m_planDue && m_exchange.isFree()) plan();
+    if (m_isPolling) m_cyclic.handIn(now);
     m_recipes.feed();
 }
 
@@ -143,27 +154,29 @@ void DriverFeeder::feedReads()
 
 /// Writes are held back while a one-shot read is under way, because the driver serves its queued
 /// writes first and the read would wait. Between two reads the waiting writes go first.
-void DriverFeeder::feedWrites()
+void DriverFeeder::feedWrites(qint64 now)
 {
     if (m_reads.isUnderWay()) return;
-    while (const std::optional<ElementWrite> write = m_writes.takeNext())
+    while (const std::optional<ElementWrite> write = m_writes.takeNext()) {
         m_driver.queueWrite(write->station, write->area, write->number, write->bytes);
+        m_values.toBeWritten(write->station, write->area, write->number, now);
+    }
 }
 
-/// A block that was not polled may have changed without a change callback, so all shown values are
-/// fetched again.
-void DriverFeeder::plan()
+/// A request of the driver has begun. The schedule counts from the begin of a polled block.
+void DriverFeeder::noteBegun(qint64 now)
 {
-    m_planDue = false;
-    if (!m_isPolling) return;
-    m_values.distrust();
-    m_driver.poll(m_polled.keys([this](int station) { return m_stations.isPolled(station); }));
+    if (m_recipes.isUnderWay() || !isOfPolledBlock(m_exchange.frame())) return;
+    m_hasBegun = true;
+    m_cyclic.begun(now);
 }
 
 void DriverFeeder::takeFinished(qint64 now)
 {
-    const std::set<int> changed = m_values.takeChanged();
-    for (const FINISHED_EXCHANGE& finished : m_exchange.takeFinished())
+    const std::vector<FINISHED_EXCHANGE> over = m_exchange.takeFinished();
+    const ReadBlock read = over.empty() ? ReadBlock() : blockReadBy(over.back().frame);
+    const std::set<int> changed = m_values.takeChanged(&read);
+    for (const FINISHED_EXCHANGE& finished : over)
         exchangeOver(finished, now);
     m_values.tell(changed, now);
     for (const HEARD_EXCHANGE& heard : m_exchange.takeHeard())
@@ -181,10 +194,10 @@ void DriverFeeder::exchangeOver(const FINISHED_EXCHANGE& finished, qint64 now)
         recipeOver(finished);
     else if (finished.frame.itemCount == 0)
         writeOver(finished, now);
-    else if (finished.frame.var.varId == StartedDriver::ONE_SHOT)
-        readOver(finished, now);
-    else
+    else if (isOfPolledBlock(finished.frame))
         blockOver(finished, now);
+    else
+        readOver(finished, now);
 }
 
 /// Reads the words of a downloaded recipe: the driver's cache does not take up a recipe's values.
@@ -199,6 +212,8 @@ void DriverFeeder::recipeOver(const FINISHED_EXCHANGE& finished)
         block.area = record.regName;
         block.number = record.addr;
         block.count = record.count;
+        block = m_polled.withWholeTags(block);
+        block.tags = m_polled.tagsIn(block);
         m_reads.add(OneShotReads::NO_JOB, {block});
     }
 }
@@ -228,13 +243,14 @@ void DriverFeeder::noteHeard(const HEARD_EXCHANGE& exchange, qint64 now)
 
 void DriverFeeder::stationAnswered(int station)
 {
-    if (m_stations.answered(station)) m_planDue = true;
+    if (!m_stations.answered(station)) return;
+    m_cyclic.stationCameBack(station);
+    m_values.distrust();
 }
 
 void DriverFeeder::stationWentSilent(int station, qint64 now)
 {
     const QString trouble = silenceOf(station);
-    m_planDue = true;
     m_sink.tagsBad(m_polled.tagsOfStation(station), trouble, now);
     m_writes.failWaiting(station, trouble);
 }
@@ -253,34 +269,48 @@ void DriverFeeder::writeOver(const FINISHED_EXCHANGE& finished, qint64 now)
                    done ? QString() : troubleOf(finished));
     m_values.written(var, now);
     if (!done || !m_isPolling) return;
-    if (const std::optional<ReadBlock> word = m_polled.wordOfBit(var)) m_reads.addAfterWrite(*word);
+    const std::optional<ReadBlock> word = m_polled.wordOfBit(var);
+    if (word) m_reads.addAfterWrite(*word);
 }
 
+/// The blocks to read instead of a refused block; empty: the refusal stands.
+std::vector<ReadBlock> DriverFeeder::partsInstead(const ReadBlock& block,
+                                                  const FINISHED_EXCHANGE& finished) const
+{
+    if (finished.result == REPLY_ACCEPTED || finished.end != END_REFUSED) return {};
+    if (!isSplitByException(finished.exceptionCode) && block.spare == 0) return {};
+    return partsOfRefused(block, m_polled.tags());
+}
+
+/// The read also brings units of tags that it does not read as a whole.
 void DriverFeeder::readOver(const FINISHED_EXCHANGE& finished, qint64 now)
 {
+    if (!m_reads.isUnderWay()) return;
+    const ReadBlock block = *m_reads.block();
+    const std::vector<ReadBlock> parts = partsInstead(block, finished);
+    if (!parts.empty()) return m_reads.split(parts);
     const bool done = finished.result == REPLY_ACCEPTED;
     m_reads.ended(outcomeOf(finished), done ? QString() : blockTroubleOf(finished));
-    const int block = m_polled.blockOf(finished.frame.var);
-    if (block < 0) return;
-    if (done)
-        m_values.blockRead(block, m_isPolling, now);
-    else if (!m_isPolling) // else the tags show the result of their own polls
-        m_sink.tagsBad(m_polled.block(block).tags, troubleOf(finished), now);
+    if (done) {
+        m_values.read(block.tags, false, now);
+        m_values.readBesides(block, now);
+    } else if (!m_isPolling) { // else the tags show the result of their own polls
+        m_sink.tagsBad(block.tags, troubleOf(finished), now);
+    }
 }
 
 void DriverFeeder::blockOver(const FINISHED_EXCHANGE& finished, qint64 now)
 {
-    const int block = m_polled.blockOf(finished.frame.var);
-    if (block < 0) return;
-    // The PLC may have refused only the spare word behind the tags.
-    if (finished.end == END_REFUSED && m_polled.dropSpare(block)) {
-        m_planDue = true;
-        return;
-    }
+    if (m_cyclic.block() == nullptr) return;
+    if (!std::exchange(m_hasBegun, false)) m_cyclic.begun(now); // no frame holds it
+    const ReadBlock block = *m_cyclic.block();
+    const std::vector<ReadBlock> parts = partsInstead(block, finished);
+    if (!parts.empty()) return m_cyclic.split(parts);
+    if (finished.result == REPLY_ACCEPTED || finished.end == END_REFUSED) m_cyclic.answered();
     if (finished.result == REPLY_ACCEPTED)
-        m_values.blockRead(block, m_isPolling, now);
+        m_values.read(block.tags, true, now);
     else
-        m_sink.tagsBad(m_polled.block(block).tags, troubleOf(finished), now);
+        m_sink.tagsBad(block.tags, troubleOf(finished), now);
 }
 
 void DriverFeeder::reportEnded()

@@ -1,6 +1,7 @@
 #ifndef DRIVER_FEEDER_H
 #define DRIVER_FEEDER_H
 
+#include "session/cyclicReads.h"
 #include "session/driverExchange.h"
 #include "session/oneShotReads.h"
 #include "session/polledTags.h"
@@ -12,7 +13,8 @@
 
 /// Feeds the driver for one link, without any I/O. It hands the polled blocks and the user's jobs
 /// to the driver, runs the driver's exchanges, and tells the sink the end of every write, read and
-/// recipe. Silent stations are probed instead of polled.
+/// recipe. Silent stations are probed instead of polled. A block that the PLC refuses is read in
+/// parts, until only the refused tags are bad; see partsOfRefused(). Polled blocks stay split.
 ///
 /// Times are microseconds of a clock that never goes back. One thread makes all calls; the sink is
 /// called from inside them.
@@ -22,20 +24,15 @@ public:
     DriverFeeder(StartedDriver& driver, const LineTiming& timing,
                  const ExchangeMachine::Settings& settings, SessionSink& sink);
 
-    /// Polls the blocks from the next request on. Call either poll() or know(), once, before any
-    /// other function.
-    void poll(std::vector<Tag> tags, std::vector<ReadBlock> blocks);
+    /// Polls the blocks from the next request on, see PollSchedule. Call either poll() or know(),
+    /// once, before any other function. Writes, one-shot reads and recipes do not wait for the
+    /// pace.
+    /// @param pace  shortest time from the start of a cycle to the next start; 0: none
+    void poll(std::vector<Tag> tags, std::vector<ReadBlock> blocks, qint64 pace = 0);
 
     /// Notes which tags each block contains, so that addRead() can show their values. Polls
     /// nothing.
     void know(std::vector<Tag> tags, std::vector<ReadBlock> blocks);
-
-    /// Lets the driver lay out its cache for the polled blocks of one more station. Call it before
-    /// advance() until it returns false; without it the first advance() with a plan does all of the
-    /// work. The driver walks its whole cache for each new unit, so the time grows with the square
-    /// of the units: several seconds for 100,000 words.
-    /// @return false when nothing is left to lay out
-    bool layOutNext();
 
     /// Hands in the user's jobs. The caller chooses the job numbers; each number is used once.
     void addWrite(int job, const std::vector<ElementWrite>& elements);
@@ -72,8 +69,7 @@ private:
     void feedProbes(qint64 now);
     void expectStations(qint64 now);
     void feedReads();
-    void feedWrites();
-    void plan();
+    void feedWrites(qint64 now);
     void takeFinished(qint64 now);
     void exchangeOver(const FINISHED_EXCHANGE& finished, qint64 now);
     void recipeOver(const FINISHED_EXCHANGE& finished);
@@ -85,6 +81,9 @@ private:
     void readOver(const FINISHED_EXCHANGE& finished, qint64 now);
     void blockOver(const FINISHED_EXCHANGE& finished, qint64 now);
     void reportEnded();
+    void noteBegun(qint64 now);
+    std::vector<ReadBlock> partsInstead(const ReadBlock& block,
+                                        const FINISHED_EXCHANGE& finished) const;
     QString blockTroubleOf(const FINISHED_EXCHANGE& finished) const;
 
     StartedDriver& m_driver;
@@ -92,15 +91,15 @@ private:
     DriverExchange m_exchange;
     StationWatch m_stations;
     PolledTags m_polled;
+    CyclicReads m_cyclic;
     WriteJobs m_writes;
     OneShotReads m_reads;
     ShownValues m_values;
     RecipeTransfers m_recipes;
     bool m_isPolling = false;
-    bool m_planDue = false;
-    std::set<int> m_stationsToLayOut; ///< whose blocks the driver has not seen yet
-    bool m_areStationsNew = false;    ///< no polled station was asked yet
-    bool m_isEchoTold;                ///< the sink was told of the echo, or the user named it
+    bool m_hasBegun = false;       ///< the request of m_cyclic's block has begun
+    bool m_areStationsNew = false; ///< no polled station was asked yet
+    bool m_isEchoTold;             ///< the sink was told of the echo, or the user named it
 };
 
 #endif

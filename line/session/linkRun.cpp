@@ -10,24 +10,49 @@
 
 namespace {
 
-std::vector<ReadBlock> plannedBlocks(const LinkRun::Settings& settings,
-                                     const std::vector<Tag>& tags)
+enum { NETWORK_PACE_MS = 100 };
+
+qint64 paceOf(const LinkRun::Settings& settings)
+{
+    return settings.paceMs.value_or(defaultPaceMs(settings.address.kind)) * MILLISECOND;
+}
+
+/// Rates are those of polling: on request, all tags are read at once.
+RatedReads plannedReads(const LinkRun::Settings& settings, const std::vector<Tag>& tags)
 {
     const WireCost cost = wireCost(timingOf(settings.address), settings.turnaroundUs);
-    const auto plan = settings.reading == LinkRun::CYCLIC ? planReads : shortestReads;
-    return plan(tags, cost, MOST_READ_REGISTERS, settings.mostGap);
+    if (settings.reading == LinkRun::CYCLIC)
+        return planRatedReads(tags, cost, MOST_READ_REGISTERS, paceOf(settings), settings.mostGap);
+    RatedReads reads;
+    reads.blocks = shortestReads(tags, cost, MOST_READ_REGISTERS, settings.mostGap);
+    return reads;
+}
+
+std::vector<std::optional<qint64>> turnsOf(const std::vector<Tag>& tags, qint64 cycle)
+{
+    std::vector<std::optional<qint64>> turns;
+    for (const Tag& tag : tags)
+        turns.push_back(turnOf(tag, cycle));
+    return turns;
 }
 
 } // namespace
 
+qint64 defaultPaceMs(LinkAddress::Kind kind)
+{
+    return kind == LinkAddress::NETWORK ? int(NETWORK_PACE_MS) : 0;
+}
+
 LinkRun::LinkRun(const DriverLibrary& driver, const Settings& settings,
                  const std::vector<Tag>& tags, LinkSink& sink)
-    : m_blocks(plannedBlocks(settings, tags)), m_thread(driver, threadSettings(settings), sink)
+    : m_reads(plannedReads(settings, tags)),
+      m_turns(turnsOf(tags, m_reads.cycle)),
+      m_thread(driver, threadSettings(settings), sink)
 {
     if (settings.reading == CYCLIC)
-        m_thread.poll(tags, m_blocks);
+        m_thread.poll(tags, m_reads.blocks, paceOf(settings));
     else
-        m_thread.know(tags, m_blocks);
+        m_thread.know(tags, m_reads.blocks);
 }
 
 /// Cancels the opening first: the destructor of LinkThread waits for the thread, and an opening may

@@ -3,6 +3,7 @@
 
 #include "links/cancellation.h"
 #include "links/linkText.h"
+#include "plan/ratedReads.h"
 #include "session/linkThread.h"
 
 /// A link to one or more stations that runs on its own thread. Give it the driver, the PLC's
@@ -38,6 +39,8 @@ public:
         int pauseMs = 500;       ///< before a lost link is opened again; grows with each failure
         int turnaroundUs = 1000; ///< the PLC's time before it answers; only the plan uses it
         int mostGap = ANY_GAP;   ///< longest gap that a request reads, see planReads(); 0: none
+        std::optional<qint64> paceMs; ///< a cycle begins so long after the cycle before, or later;
+                                      ///< 0: at once; empty: defaultPaceMs()
         EchoMode echo = ECHO_UNKNOWN; ///< whether the link returns the sent bytes
     };
 
@@ -60,10 +63,18 @@ public:
     void write(int job, const std::vector<ElementWrite>& elements);
     void transfer(const RecipeJob& recipe);
 
-    /// The requests that read the tags.
+    /// The requests that read the tags, as planned: a refused request is split later.
     const std::vector<ReadBlock>& blocks() const
     {
-        return m_blocks;
+        return m_reads.blocks;
+    }
+
+    /// The longest planned time between two reads of a polled tag, in microseconds; empty: the tag
+    /// is read once. A value that is much older has missed its turn.
+    /// @param tag  index in the tags of the constructor
+    std::optional<qint64> turn(size_t tag) const
+    {
+        return m_turns[tag];
     }
 
     /// Microseconds since construction, on the clock of the sink's times.
@@ -72,9 +83,15 @@ public:
 private:
     LinkThread::Settings threadSettings(const Settings& settings);
 
-    const std::vector<ReadBlock> m_blocks; ///< constant after construction
-    Cancellation m_opening;                ///< guards itself
-    LinkThread m_thread;                   ///< guards itself
+    const RatedReads m_reads;                         ///< constant after construction
+    const std::vector<std::optional<qint64>> m_turns; ///< by tag; constant after construction
+    Cancellation m_opening;                           ///< guards itself
+    LinkThread m_thread;                              ///< guards itself
 };
+
+/// The pace of polling on a link, unless the user chooses one: 100 ms on a network, where a peer
+/// answers tens of thousands of requests a second and a gateway would be flooded; 0 on a line,
+/// which sets the pace itself.
+qint64 defaultPaceMs(LinkAddress::Kind kind);
 
 #endif

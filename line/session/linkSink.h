@@ -14,12 +14,6 @@ public:
     /// @param trouble  the reason of the loss in one sentence; empty when connected
     virtual void linkChanged(bool connected, const QString& trouble, qint64 now) = 0;
 
-    enum Preparation { PREPARATION_BEGINS, PREPARATION_ENDS };
-
-    /// The driver lays out its cache for the polled blocks, before the link is opened first. With
-    /// tens of thousands of tags this takes seconds.
-    virtual void preparing(Preparation /*state*/, qint64 /*now*/) {}
-
     /// Bytes were sent or received.
     virtual void frame(FrameRecord::Direction direction, const QByteArray& bytes, qint64 now) = 0;
 

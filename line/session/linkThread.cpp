@@ -51,9 +51,10 @@ qint64 LinkThread::now() const
     return m_clock.nsecsElapsed() / NANOSECONDS_PER_MICROSECOND;
 }
 
-void LinkThread::poll(const std::vector<Tag>& tags, const std::vector<ReadBlock>& blocks)
+void LinkThread::poll(const std::vector<Tag>& tags, const std::vector<ReadBlock>& blocks,
+                      qint64 pace)
 {
-    post([tags, blocks](DriverFeeder& feeder) { feeder.poll(tags, blocks); });
+    post([tags, blocks, pace](DriverFeeder& feeder) { feeder.poll(tags, blocks, pace); });
 }
 
 void LinkThread::know(const std::vector<Tag>& tags, const std::vector<ReadBlock>& blocks)
@@ -107,19 +108,8 @@ void LinkThread::runUntilStopped()
 {
     StartedDriver driver(m_driver, m_settings.attempts);
     DriverFeeder feeder(driver, m_settings.timing, m_settings.exchange, m_sink);
-    takeWork(feeder);
-    prepare(feeder);
     while (!m_stop)
         runOnce(feeder);
-}
-
-/// Goes station by station, so that a stop need not wait for all of them.
-void LinkThread::prepare(DriverFeeder& feeder)
-{
-    m_sink.preparing(LinkSink::PREPARATION_BEGINS, now());
-    while (!m_stop && feeder.layOutNext()) {
-    }
-    m_sink.preparing(LinkSink::PREPARATION_ENDS, now());
 }
 
 /// Opens the link and runs it until its loss.

@@ -41,9 +41,9 @@ public:
     /// Stops the thread and waits for it. Unfinished jobs are dropped.
     ~LinkThread() override;
 
-    /// poll() reads the tags in cycles. know() only notes them, so that read() shows their values.
-    /// Call one of the two, before start().
-    void poll(const std::vector<Tag>& tags, const std::vector<ReadBlock>& blocks);
+    /// poll() reads the tags in cycles, see DriverFeeder::poll(). know() only notes them, so that
+    /// read() shows their values. Call one of the two, before start().
+    void poll(const std::vector<Tag>& tags, const std::vector<ReadBlock>& blocks, qint64 pace = 0);
     void know(const std::vector<Tag>& tags, const std::vector<ReadBlock>& blocks);
 
     void start();
@@ -68,7 +68,6 @@ private:
     void receive(DriverFeeder& feeder, Link& link);
     void takeWire(qint64 from, qint64 until);
     void reopenWhenSilent(const DriverFeeder& feeder);
-    void prepare(DriverFeeder& feeder);
     void runOnce(DriverFeeder& feeder);
     void pauseAfterLoss(DriverFeeder& feeder);
 

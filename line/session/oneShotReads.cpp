@@ -3,6 +3,12 @@
 #include <algorithm>
 #include <utility>
 
+namespace {
+
+enum { NAMED_FAILURES = 3 };
+
+} // namespace
+
 void OneShotReads::add(int job, const std::vector<ReadBlock>& blocks)
 {
     if (blocks.empty()) {
@@ -36,19 +42,39 @@ std::optional<OneShotReads::Read> OneShotReads::start()
     return m_underWay;
 }
 
+void OneShotReads::split(const std::vector<ReadBlock>& parts)
+{
+    if (!m_underWay) return;
+    const int job = std::exchange(m_underWay, std::nullopt)->job;
+    if (job != NO_JOB) m_jobs[job].blocksLeft += int(parts.size()) - 1;
+    for (auto part = parts.rbegin(); part != parts.rend(); ++part)
+        m_waiting.push_front({*part, job});
+}
+
+void OneShotReads::noteFailure(Job& job, JobEnd::Outcome outcome, const QString& trouble)
+{
+    ++job.failures;
+    if (job.failures == 1) {
+        job.end.outcome = outcome;
+        job.end.trouble = trouble;
+    } else if (job.failures <= NAMED_FAILURES) {
+        job.end.trouble += QLatin1String("; ") + trouble;
+    }
+}
+
 void OneShotReads::ended(JobEnd::Outcome outcome, const QString& trouble)
 {
     if (!m_underWay) return;
     const Read read = *std::exchange(m_underWay, std::nullopt);
     if (read.job == NO_JOB) return;
     const auto found = m_jobs.find(read.job);
-    JobEnd& end = found->second.end;
-    if (outcome != JobEnd::DONE && end.outcome == JobEnd::DONE) {
-        end.outcome = outcome;
-        end.trouble = trouble;
-    }
-    if (--found->second.blocksLeft > 0) return;
-    m_ended.push_back(end);
+    Job& job = found->second;
+    if (outcome != JobEnd::DONE) noteFailure(job, outcome, trouble);
+    if (--job.blocksLeft > 0) return;
+    if (job.failures > NAMED_FAILURES)
+        job.end.trouble +=
+            QString(QLatin1String("; and %1 more")).arg(job.failures - NAMED_FAILURES);
+    m_ended.push_back(job.end);
     m_jobs.erase(found);
 }
 

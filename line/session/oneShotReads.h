@@ -38,8 +38,17 @@ public:
         return m_underWay.has_value();
     }
 
-    /// The block under way was read, or failed. A job ends with its last block. Its end is that of
-    /// its first failure.
+    /// The block under way; null: none.
+    const ReadBlock* block() const
+    {
+        return m_underWay ? &m_underWay->block : nullptr;
+    }
+
+    /// The PLC refused the block under way: its parts are read next, for the same job.
+    void split(const std::vector<ReadBlock>& parts);
+
+    /// The block under way was read, or failed. A job ends with its last block. Its end has
+    /// the outcome of its first failure, and the troubles of its first failures.
     void ended(JobEnd::Outcome outcome, const QString& trouble);
 
     std::vector<JobEnd> takeEnded();
@@ -48,8 +57,11 @@ private:
     struct Job
     {
         int blocksLeft = 0;
+        int failures = 0;
         JobEnd end;
     };
+
+    static void noteFailure(Job& job, JobEnd::Outcome outcome, const QString& trouble);
 
     std::deque<Read> m_waiting;
     std::optional<Read> m_underWay;

@@ -1,12 +1,14 @@
 #include "session/polledTags.h"
 
 #include "plan/sharedMemory.h"
+#include "plan/tagSpan.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace {
 
-enum { NO_BLOCK = -1, BIT_AREA = -1 };
+enum { BIT_AREA = -1 };
 
 } // namespace
 
@@ -15,16 +17,11 @@ void PolledTags::set(std::vector<Tag> tags, std::vector<ReadBlock> blocks)
     m_tags = std::move(tags);
     m_blocks = std::move(blocks);
     m_tagsByUnit.clear();
-    m_blocksByStart.clear();
     setPlaces();
     for (size_t i = 0; i < m_tags.size(); ++i) {
         const Place& place = m_places[i];
         for (int unit = 0; unit < place.units; ++unit)
             m_tagsByUnit[Unit(place.station, place.area, place.number + unit)].push_back(int(i));
-    }
-    for (size_t i = 0; i < m_blocks.size(); ++i) {
-        const ReadBlock& block = m_blocks[i];
-        m_blocksByStart[Unit(block.station, block.area, block.number)] = int(i);
     }
 }
 
@@ -44,13 +41,30 @@ void PolledTags::setPlaces()
     }
 }
 
-/// A one-shot read may read only the first words of a block, for example after a write.
-int PolledTags::blockOf(const VARIABLE& read) const
+std::vector<int> PolledTags::tagsIn(const ReadBlock& block) const
 {
-    const auto found = m_blocksByStart.find(Unit(read.station, read.regName, read.addr));
-    if (found == m_blocksByStart.end()) return NO_BLOCK;
-    const ReadBlock& block = m_blocks[size_t(found->second)];
-    return read.count < block.count - block.spare ? int(NO_BLOCK) : found->second;
+    std::set<int> tags;
+    for (int unit = 0; unit < block.count; ++unit) {
+        for (const int tag : tagsAt(block.station, block.area, block.number + unit)) {
+            if (contains(block, m_tags[size_t(tag)])) tags.insert(tag);
+        }
+    }
+    return std::vector<int>(tags.begin(), tags.end());
+}
+
+ReadBlock PolledTags::withWholeTags(const ReadBlock& block) const
+{
+    ReadBlock whole = block;
+    for (int unit = 0; unit < block.count; ++unit) {
+        for (const int tag : tagsAt(block.station, block.area, block.number + unit)) {
+            const std::optional<TagSpan> span = spanIn(block, m_tags[size_t(tag)]);
+            if (!span) continue;
+            const int end = std::max(whole.number + whole.count, span->end);
+            whole.number = std::min(whole.number, span->start);
+            whole.count = end - whole.number;
+        }
+    }
+    return whole;
 }
 
 std::optional<ReadBlock> PolledTags::wordOfBit(const VARIABLE& written) const
@@ -63,14 +77,9 @@ std::optional<ReadBlock> PolledTags::wordOfBit(const VARIABLE& written) const
     block.area = word.area;
     block.number = word.number;
     block.count = 1;
+    block = withWholeTags(block);
+    block.tags = tagsIn(block);
     return block;
-}
-
-bool PolledTags::dropSpare(int index)
-{
-    ReadBlock& block = m_blocks[size_t(index)];
-    block.count -= block.spare;
-    return std::exchange(block.spare, 0) > 0;
 }
 
 std::set<int> PolledTags::stations() const

@@ -10,8 +10,8 @@
 #include <tuple>
 #include <vector>
 
-/// The tags of a link and the blocks that read them: finds the block of a frame, the tags of a unit
-/// (a word or bit of the driver's cache) and the tags of a station.
+/// The tags of a link and the blocks that read them: finds the tags of a unit (a word or
+/// bit of the driver's cache), of a block and of a station.
 class PolledTags
 {
 public:
@@ -34,6 +34,10 @@ public:
     {
         return m_tags[size_t(index)];
     }
+    const std::vector<Tag>& tags() const
+    {
+        return m_tags;
+    }
     const Place& place(int tag) const
     {
         return m_places[size_t(tag)];
@@ -42,10 +46,6 @@ public:
     {
         return m_blocks[size_t(index)];
     }
-
-    /// Removes the spare words from a block, see ReadBlock::spare.
-    /// @return false when the block has none
-    bool dropSpare(int index);
 
     /// The keys of the blocks whose station `isPolled` accepts.
     template <typename Predicate> QList<KEY_ADDRESS> keys(Predicate isPolled) const
@@ -57,17 +57,20 @@ public:
         return keys;
     }
 
-    /// @return index of the block that the frame reads as a whole; -1: none
-    int blockOf(const VARIABLE& read) const;
+    /// The tags whose values a block reads as a whole, ascending.
+    std::vector<int> tagsIn(const ReadBlock& block) const;
+
+    /// The block with all words of the tags that it reads in part.
+    ReadBlock withWholeTags(const ReadBlock& block) const;
+
+    /// The read that brings a written bit to the tags that show it through its word. Empty when no
+    /// tag does.
+    std::optional<ReadBlock> wordOfBit(const VARIABLE& written) const;
 
     std::set<int> stations() const;
 
     std::vector<int> tagsOfStation(int station) const;
     std::vector<int> allTags() const;
-
-    /// The read that brings a written bit to the tags that show it through its word. Empty when no
-    /// tag does.
-    std::optional<ReadBlock> wordOfBit(const VARIABLE& written) const;
 
     /// The tags that show a unit.
     const std::vector<int>& tagsAt(int station, const QString& area, int number) const;
@@ -86,7 +89,6 @@ private:
     std::vector<ReadBlock> m_blocks;
     std::vector<Place> m_places; ///< by tag
     std::map<Unit, std::vector<int>> m_tagsByUnit;
-    std::map<Unit, int> m_blocksByStart;
 };
 
 #endif

@@ -109,18 +109,6 @@ void SharedValues::echoFound()
     news();
 }
 
-void SharedValues::preparing(Preparation state, qint64 now)
-{
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    m_preparingSince = state == PREPARATION_BEGINS ? std::make_optional(now) : std::nullopt;
-}
-
-std::optional<qint64> SharedValues::preparingSince() const
-{
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    return m_preparingSince;
-}
-
 void SharedValues::linkChanged(bool connected, const QString& trouble, qint64 now)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);

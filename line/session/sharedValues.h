@@ -69,7 +69,6 @@ public:
     void exchanged(const FINISHED_EXCHANGE& finished, qint64 now) override;
     void fenced(const EndedExchange& fence, qint64 now) override;
     void echoFound() override;
-    void preparing(Preparation state, qint64 now) override;
     void linkChanged(bool connected, const QString& trouble, qint64 now) override;
     void frame(FrameRecord::Direction direction, const QByteArray& bytes, qint64 now) override;
     void wireTaken(qint64 from, qint64 until) override;
@@ -79,9 +78,6 @@ public:
 
     News takeNews();
     std::vector<TagState> tags() const;
-
-    /// The time at which the link's thread began to prepare the driver; empty: it does not prepare.
-    std::optional<qint64> preparingSince() const;
     LinkFigures figures(qint64 now) const;
 
 private:
@@ -95,7 +91,6 @@ private:
 
     // All members below are guarded by m_mutex.
     bool m_hasNews = false;
-    std::optional<qint64> m_preparingSince;
     std::vector<TagState> m_tags;
     News m_news;
     LinkFigures m_figures; ///< the totals; its rates are not used

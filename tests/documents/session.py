@@ -94,7 +94,7 @@ class Session:
     def _device(self, line):
         if line == "tcp":
             return self._serve("kakb-sim --stations 1-2 --tcp 0")[0]
-        link = self.folder / "device"
+        link = self.folder / "serial-device"  # "device" is a folder of the project
         self._serve(f"kakb-sim --stations 1-2 --link-path {link}")
         return f"serial:{link}"
 

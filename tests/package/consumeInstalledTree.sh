@@ -46,12 +46,14 @@ build_with_pkg_config() {
     "$compiler" -std=c++17 -fPIC "${flags[@]}" "${cflags[@]}" "$consumer/$2" "${libs[@]}" -o "$3"
 }
 
-for name in "-$qt" ""; do
-    build_with_pkg_config "quorvane_ka_kb_plc$name" consumer.cpp "$work/by-pkg-config"
-    needs "$work/by-pkg-config" "libquorvane_ka_kb_plc-$qt.so.1"
-    LD_LIBRARY_PATH="$libdir" "$work/by-pkg-config"
-    build_with_pkg_config "quorvane_ka_kb_line$name" lineConsumer.cpp "$work/line-by-pkg-config"
-    "$work/line-by-pkg-config"
+build_with_pkg_config "quorvane_ka_kb_plc-$qt" consumer.cpp "$work/by-pkg-config"
+needs "$work/by-pkg-config" "libquorvane_ka_kb_plc-$qt.so.1"
+LD_LIBRARY_PATH="$libdir" "$work/by-pkg-config"
+build_with_pkg_config "quorvane_ka_kb_line-$qt" lineConsumer.cpp "$work/line-by-pkg-config"
+"$work/line-by-pkg-config"
+for package in quorvane_ka_kb_plc quorvane_ka_kb_line; do
+    diff <(pkg-config --cflags --libs "$package") <(pkg-config --cflags --libs "$package-$qt") ||
+        { echo "$package is not $package-$qt for pkg-config"; exit 1; }
 done
 echo "built and run through pkg-config"
 

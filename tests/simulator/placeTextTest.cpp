@@ -36,7 +36,8 @@ TEST(PlaceText, AddressIsThatOfAUser)
         {"MW8190", 1, AREA_MW, 7095}, {"IX8.1", 1, AREA_IX, 65},
         {"QX0.5", 1, AREA_QX, 5},     {"QX511.7", 1, AREA_QX, 4095},
         {"MX12.3", 1, AREA_MX, 3099}, {"MX7816.7", 1, AREA_MX, 65535},
-        {"2:QW8", 2, AREA_QW, 4},     {"247:MX0.0", 247, AREA_MX, 3000},
+        {"2:QW8", 2, AREA_QW, 4},     {"mw100", 1, AREA_MW, 3050},
+        {"2:%qX0.5", 2, AREA_QX, 5},  {"247:MX0.0", 247, AREA_MX, 3000},
     };
     for (const auto& row : rows) {
         Place place;
@@ -59,8 +60,8 @@ TEST(PlaceText, WrongAddressIsNamedWithItsFault)
               troubleOf("2:MW99999999999999999998"));
     EXPECT_EQ("station '0' is not in 1 to 247", troubleOf("0:MW0"));
     EXPECT_EQ("station '248' is not in 1 to 247", troubleOf("248:MW0"));
-    for (const char* text : {"", "M", "mw100", "XW0", "MW", "MW-2", "MW1.0", "MW 2", "MW2x", "MX12",
-                             "MX12.8", "MX12.", "MX.3", "MX12.33", "MX-1.0", ":MW0"})
+    for (const char* text : {"", "M", "%", "%%MW0", "XW0", "MW", "MW-2", "MW1.0", "MW 2", "MW2x",
+                             "MX12", "MX12.8", "MX12.", "MX.3", "MX12.33", "MX-1.0", ":MW0"})
         EXPECT_NE("", troubleOf(text)) << text;
 }
 

@@ -45,10 +45,10 @@ LineTiming slowLine()
 }
 
 QByteArray printed(const std::vector<Tag>& tags, bool json, const LineTiming& timing = slowLine(),
-                   qint64 turnaround = 1000, int mostGap = ANY_GAP)
+                   qint64 turnaround = 1000, qint64 pace = 0, int mostGap = ANY_GAP)
 {
     std::FILE* const file = std::tmpfile();
-    printPlan(file, tags, timing, turnaround, mostGap, driver(), json);
+    printPlan(file, tags, timing, turnaround, pace, mostGap, driver(), json);
     QByteArray bytes(int(std::ftell(file)), '\0');
     std::rewind(file);
     EXPECT_EQ(size_t(bytes.size()), std::fread(bytes.data(), 1, size_t(bytes.size()), file));
@@ -190,10 +190,10 @@ TEST(PlanVerb, GapsAreShownWithTheirLimit)
     EXPECT_TRUE(
         printed(tags, false).endsWith("words in gaps:        4 words, at most 3 in a row\n"));
     EXPECT_TRUE(
-        printed(tags, false, slowLine(), 1000, 2)
+        printed(tags, false, slowLine(), 1000, 0, 2)
             .endsWith("words in gaps:        1 words, at most 1 in a row, the limit is 2\n"));
     const auto gaps = [&tags](int limit) {
-        const QByteArray json = printed(tags, true, slowLine(), 1000, limit);
+        const QByteArray json = printed(tags, true, slowLine(), 1000, 0, limit);
         return QJsonDocument::fromJson(json).object()[text("gaps")].toObject();
     };
     EXPECT_EQ(4, gaps(ANY_GAP)[text("words")].toInt());

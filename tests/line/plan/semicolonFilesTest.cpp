@@ -43,7 +43,7 @@ protected:
         return readRecipeFile(path, driver(), use);
     }
 
-    /// The file after its only float became 2.25.
+    /// The text of the file after its floats became 2.25.
     std::string rewritten(const QByteArray& text)
     {
         Recipe recipe = recipeOf(text, FOR_UPLOAD);

@@ -81,7 +81,7 @@ TEST_F(OneShotReadsTest, JobWithoutBlocksEndsAtOnce)
     EXPECT_EQ(JobEnd::DONE, ends[0].outcome);
 }
 
-TEST_F(OneShotReadsTest, JobGoesOnBehindAFailureAndEndsWithTheFirst)
+TEST_F(OneShotReadsTest, JobGoesOnBehindAFailureAndNamesEachFailure)
 {
     reads.add(FIRST_JOB, {blockAt(1), blockAt(2), blockAt(3)});
     reads.add(SECOND_JOB, {blockAt(4)});
@@ -96,7 +96,7 @@ TEST_F(OneShotReadsTest, JobGoesOnBehindAFailureAndEndsWithTheFirst)
     ASSERT_EQ(1u, ends.size());
     EXPECT_EQ(int(FIRST_JOB), ends[0].job);
     EXPECT_EQ(JobEnd::TIMED_OUT, ends[0].outcome);
-    EXPECT_EQ(QLatin1String("silent"), ends[0].trouble);
+    EXPECT_EQ(QLatin1String("silent; refused"), ends[0].trouble);
     EXPECT_EQ(4, start());
 }
 
@@ -173,4 +173,45 @@ TEST_F(OneShotReadsTest, EndWithoutAReadIsIgnored)
     endsWell();
     EXPECT_TRUE(reads.takeEnded().empty());
     EXPECT_EQ(1, start());
+}
+
+TEST_F(OneShotReadsTest, OnlyTheFirstThreeFailuresAreNamed)
+{
+    reads.add(FIRST_JOB, {blockAt(1), blockAt(2), blockAt(3), blockAt(4), blockAt(5)});
+    for (const char* const trouble : {"a", "b", "c", "d", "e"}) {
+        start();
+        failsWith(trouble);
+    }
+    const std::vector<JobEnd> ends = reads.takeEnded();
+    ASSERT_EQ(1u, ends.size());
+    EXPECT_EQ(QLatin1String("a; b; c; and 2 more"), ends[0].trouble);
+}
+
+TEST_F(OneShotReadsTest, PartsOfARefusedBlockAreReadNextForItsJob)
+{
+    reads.add(FIRST_JOB, {blockAt(1), blockAt(9)});
+    EXPECT_EQ(1, start());
+    reads.split({blockAt(1), blockAt(2), blockAt(3)});
+    for (const int number : {1, 2, 3}) {
+        EXPECT_FALSE(reads.isUnderWay());
+        EXPECT_EQ(number, start());
+        endsWell();
+        EXPECT_TRUE(reads.takeEnded().empty());
+    }
+    EXPECT_EQ(9, start());
+    endsWell();
+    EXPECT_EQ(1u, reads.takeEnded().size());
+}
+
+TEST_F(OneShotReadsTest, PartsOfAReadWithoutAJobReportNoEnd)
+{
+    reads.add(OneShotReads::NO_JOB, {blockAt(1)});
+    start();
+    reads.split({blockAt(1), blockAt(2)});
+    for (const int number : {1, 2}) {
+        EXPECT_EQ(number, start());
+        endsWell();
+    }
+    EXPECT_TRUE(reads.takeEnded().empty());
+    EXPECT_EQ(-1, start());
 }

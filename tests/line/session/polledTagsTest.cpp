@@ -28,13 +28,12 @@ ReadBlock block(int station, const QString& area, int number, int count, std::ve
     return made;
 }
 
-VARIABLE variableAt(int station, const QString& area, int number, int count = 16)
+VARIABLE variableAt(int station, const QString& area, int number)
 {
     VARIABLE variable;
     variable.station = station;
     variable.regName = area;
     variable.addr = number;
-    variable.count = count;
     return variable;
 }
 
@@ -53,32 +52,22 @@ protected:
     PolledTags polled;
 };
 
-TEST_F(PolledTagsTest, BlockOfAFrameIsFoundByItsFirstUnit)
+TEST_F(PolledTagsTest, TagsThatABlockReadsAsAWholeAreFound)
 {
-    EXPECT_EQ(0, polled.blockOf(variableAt(1, MW, 3010)));
-    EXPECT_EQ(1, polled.blockOf(variableAt(2, MX, 3016)));
+    EXPECT_EQ((std::vector<int>{0, 1, 3}), polled.tagsIn(block(1, MW, 3000, 100, {})));
+    EXPECT_EQ((std::vector<int>{0, 3}), polled.tagsIn(block(1, MW, 3010, 2, {})));
+    EXPECT_EQ(std::vector<int>{1}, polled.tagsIn(block(1, MW, 3011, 2, {})));
+    EXPECT_TRUE(polled.tagsIn(block(2, MW, 3000, 100, {})).empty());
 }
 
-TEST_F(PolledTagsTest, FrameOfAnotherPlaceHasNoBlock)
+TEST_F(PolledTagsTest, BlockIsWidenedToTheTagsThatItReadsInPart)
 {
-    EXPECT_EQ(-1, polled.blockOf(variableAt(2, MW, 3010)));
-    EXPECT_EQ(-1, polled.blockOf(variableAt(2, MW, 3016)));
-    EXPECT_EQ(-1, polled.blockOf(variableAt(1, MW, 3011)));
-}
-
-TEST_F(PolledTagsTest, FrameOfSomeWordsOfABlockDoesNotReadTheBlock)
-{
-    EXPECT_EQ(0, polled.blockOf(variableAt(1, MW, 3010, 3)));
-    EXPECT_EQ(-1, polled.blockOf(variableAt(1, MW, 3010, 2)));
-}
-
-TEST_F(PolledTagsTest, BlockIsReadWithoutItsSpareWords)
-{
-    ReadBlock longer = block(1, MW, 3010, 3, {0});
-    longer.spare = 1;
-    polled.set({tagAt(1, MW, 3010, Tag::INT32)}, {longer});
-    EXPECT_EQ(0, polled.blockOf(variableAt(1, MW, 3010, 2)));
-    EXPECT_EQ(-1, polled.blockOf(variableAt(1, MW, 3010, 1)));
+    const ReadBlock wide = polled.withWholeTags(block(1, MW, 3012, 3, {}));
+    EXPECT_EQ(3011, wide.number);
+    EXPECT_EQ(4, wide.count);
+    const ReadBlock same = polled.withWholeTags(block(1, MW, 3010, 1, {}));
+    EXPECT_EQ(3010, same.number);
+    EXPECT_EQ(1, same.count);
 }
 
 TEST_F(PolledTagsTest, AllTagsOfAUnitAreFound)
@@ -174,7 +163,6 @@ TEST_F(PolledTagsTest, OnlyKeysOfBitAreasHaveTheBitUnitMode)
 TEST_F(PolledTagsTest, NewSetReplacesTheOldSet)
 {
     polled.set({tagAt(5, MW, 3000, Tag::UINT16)}, {block(5, MW, 3000, 1, {0})});
-    EXPECT_EQ(-1, polled.blockOf(variableAt(1, MW, 3010)));
     EXPECT_TRUE(polled.tagsAt(1, MW, 3010).empty());
     EXPECT_EQ(std::vector<int>{0}, polled.tagsAt(5, MW, 3000));
 }

@@ -1,6 +1,6 @@
 #include "sessionBench.h"
 
-#include "plan/wireCost.h"
+#include "plan/ratedReads.h"
 #include "wire/protocolLimits.h"
 
 #include <gtest/gtest.h>
@@ -19,15 +19,6 @@ enum { LOW_BYTES = 2 };
 decltype(&intf_setData) realSetData = nullptr;
 int outstandingWrites = 0;
 int mostOutstandingWrites = 0;
-
-decltype(&intf_addrMerge) realAddrMerge = nullptr;
-int plansOfTheDriver = 0;
-
-int countedAddrMerge(QList<KEY_ADDRESS>& keys)
-{
-    ++plansOfTheDriver;
-    return realAddrMerge(keys);
-}
 
 int countedSetData(int station, QString area, int number, int count, unsigned char* values, int id)
 {
@@ -120,8 +111,6 @@ DriverLibrary& SessionBench::library()
     static DriverLibrary loaded(QString::fromLatin1(KAKB_DRIVER_FILE));
     if (realSetData == nullptr) realSetData = loaded.setData;
     loaded.setData = countedSetData;
-    if (realAddrMerge == nullptr) realAddrMerge = loaded.addrMerge;
-    loaded.addrMerge = countedAddrMerge;
     return loaded;
 }
 
@@ -133,14 +122,8 @@ SessionBench::SessionBench(qint64 answer, const LineTiming& timing)
 {
     outstandingWrites = 0;
     mostOutstandingWrites = 0;
-    plansOfTheDriver = 0;
     plc.station(1);
     feeder.linkBack(now);
-}
-
-int SessionBench::plans()
-{
-    return plansOfTheDriver;
 }
 
 int SessionBench::mostOutstanding()
@@ -148,10 +131,12 @@ int SessionBench::mostOutstanding()
     return mostOutstandingWrites;
 }
 
-void SessionBench::poll(const std::vector<Tag>& tags)
+void SessionBench::poll(const std::vector<Tag>& tags, qint64 pace)
 {
-    blocks = planReads(tags, wireCost(m_timing, ModelLine::TURNAROUND), MOST_READ_REGISTERS);
-    feeder.poll(tags, blocks);
+    blocks =
+        planRatedReads(tags, wireCost(m_timing, ModelLine::TURNAROUND), MOST_READ_REGISTERS, pace)
+            .blocks;
+    feeder.poll(tags, blocks, pace);
 }
 
 void SessionBench::pollTwoStations(int number)

@@ -74,7 +74,8 @@ public:
                           const LineTiming& timing = LineTiming(LineSettings()));
 
     /// Plans the reads of the tags; poll() also polls them.
-    void poll(const std::vector<Tag>& tags);
+    /// @param pace  shortest time from the start of a cycle to the next start
+    void poll(const std::vector<Tag>& tags, qint64 pace = 0);
     void know(const std::vector<Tag>& tags);
 
     /// Polls the word at stations 1 (tag 0) and 2 (tag 1) for a second.
@@ -105,9 +106,6 @@ public:
 
     /// The largest number of writes in the driver's queue.
     static int mostOutstanding();
-
-    /// Number of plans that the driver was given.
-    static int plans();
 
     qint64 now = 0;
     PlcModel plc;

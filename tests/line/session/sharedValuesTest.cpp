@@ -56,15 +56,6 @@ TEST_F(SharedValuesTest, SameValueUpdatesOnlyTheReadTime)
     EXPECT_EQ(400, tag(1).readAt);
 }
 
-TEST_F(SharedValuesTest, PreparationIsKnownWhileItLasts)
-{
-    EXPECT_FALSE(shared.preparingSince());
-    shared.preparing(LinkSink::PREPARATION_BEGINS, 300);
-    EXPECT_EQ(300, shared.preparingSince());
-    shared.preparing(LinkSink::PREPARATION_ENDS, 900);
-    EXPECT_FALSE(shared.preparingSince());
-}
-
 TEST_F(SharedValuesTest, EachDifferentValueCountsAsOneChange)
 {
     shared.tagRead(1, ZERO, 1);
