@@ -6,11 +6,12 @@
 //   info                                    identity, default settings, areas
 //   check MW100|AREA ADDRESS [--count N] [--write]  whether an address is valid, or why not
 //   series MW100|AREA ADDRESS --count N --interval K  addresses at an interval
-//   plan [--tags FILE] [--every DURATION]   the requests that read the tags, and the cycle time
-//   watch [--tags FILE] [--seconds N] [--every DURATION]  polls the tags and shows changes; on a
-//         [--until NAME=VALUE] [--fail-when-bad SECONDS]  terminal a table with keys, which can
-//                                           write
-//   read [NAME...] [--tags FILE] [--both-orders]  reads tags or addresses once
+//   plan [--tags FILE] [--every DURATION] [--gap N]  the requests that read the tags, and the cycle
+//                                           time
+//   watch [--tags FILE] [--seconds N] [--every DURATION] [--gap N]  polls the tags and shows changes;
+//         [--until NAME=VALUE] [--fail-when-bad SECONDS]  on a terminal a table with keys, which
+//                                           can write
+//   read [NAME...] [--tags FILE] [--both-orders] [--gap N]  reads tags or addresses once
 //   write NAME=VALUE... [--tags FILE] [--hold DURATION] [--allow-nan]  writes values and waits for
 //                                           the PLC's confirmation
 //   recipe download|upload FILE [--verify]  transfers a recipe

@@ -76,6 +76,7 @@ LinkRun::Settings HostProgram::settings(const std::vector<Tag>& tags, LinkRun::R
     settings.attempts = m_options.attempts;
     settings.pauseMs = m_options.pauseMs;
     settings.turnaroundUs = m_options.turnaroundUs;
+    settings.mostGap = m_options.mostGap;
     settings.paceMs = m_options.everyMs;
     settings.echo = m_options.echo;
     settings.holdMs = m_options.holdMs;

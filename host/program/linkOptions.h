@@ -3,6 +3,7 @@
 
 #include "exchange/exchangeMachine.h"
 #include "output/timeText.h"
+#include "plan/readPlan.h"
 
 #include <optional>
 #include <string>
@@ -19,6 +20,7 @@ struct LinkOptions
     int pauseMs = 500;
     int turnaroundUs = 1000;
     int holdMs = 2000;
+    int mostGap = ANY_GAP;         ///< words, see planReads()
     std::optional<qint64> everyMs; ///< pace of a watch; empty: the default of the link's kind
     EchoMode echo = ECHO_UNKNOWN;
     bool trace = false;

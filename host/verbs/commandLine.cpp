@@ -64,8 +64,8 @@ ExitStatus plan(const CommandOptions& options, const DriverLibrary& driver)
     const std::vector<Tag> tags = polledTags(options, driver);
     const LinkAddress address = addressOf(driver, options.link);
     const qint64 pace = options.link.everyMs.value_or(defaultPaceMs(address.kind)) * MILLISECOND;
-    printPlan(stdout, tags, timingOf(address), options.link.turnaroundUs, pace, driver,
-              options.link.json);
+    printPlan(stdout, tags, timingOf(address), options.link.turnaroundUs, pace,
+              options.link.mostGap, driver, options.link.json);
     return EXIT_DONE;
 }
 
@@ -149,6 +149,7 @@ void addQuestions(CLI::App& app, CommandOptions& o, Verb& chosen)
         helpFooter());
     addPolledTags(planVerb, o);
     addTiming(planVerb, o);
+    addGap(planVerb, o);
     addEvery(planVerb, o);
     planVerb->callback(
         [&] { chosen = [&](const DriverLibrary& driver) { return plan(o, driver); }; });
@@ -160,6 +161,7 @@ void addTransfers(CLI::App& app, CommandOptions& o, Verb& chosen)
     addPolledTags(watchVerb, o);
     addTurnaround(watchVerb, o);
     addLink(watchVerb, o);
+    addGap(watchVerb, o);
     addEvery(watchVerb, o);
     addWatch(watchVerb, o);
     watchVerb->callback([&] {
@@ -176,6 +178,7 @@ void addTransfers(CLI::App& app, CommandOptions& o, Verb& chosen)
     addTags(readVerb, o);
     addTurnaround(readVerb, o);
     addLink(readVerb, o);
+    addGap(readVerb, o);
     readVerb->callback([&] {
         chosen = [&](const DriverLibrary& driver) {
             const std::vector<Tag> tags = someTags(o, driver);

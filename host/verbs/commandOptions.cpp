@@ -1,6 +1,7 @@
 #include "verbs/commandOptions.h"
 
 #include "plan/durationText.h"
+#include "wire/protocolLimits.h"
 
 #include <cmath>
 #include <cstdlib>
@@ -86,6 +87,14 @@ void addTiming(CLI::App* verb, CommandOptions& options)
     addLinkAddress(verb, options);
     addTurnaround(verb, options);
     addJson(verb, options);
+}
+
+void addGap(CLI::App* verb, CommandOptions& options)
+{
+    verb->add_option("--gap", options.link.mostGap,
+                     "longest run of words without a tag that a request may read; 0: none; "
+                     "default: as long as it saves time")
+        ->check(CLI::Range(0, int(MOST_READ_REGISTERS)));
 }
 
 void addEvery(CLI::App* verb, CommandOptions& options)

@@ -56,6 +56,9 @@ void addTurnaround(CLI::App* verb, CommandOptions& options);
 /// The options that a plan depends on.
 void addTiming(CLI::App* verb, CommandOptions& options);
 
+/// The limit of the gaps that a request reads.
+void addGap(CLI::App* verb, CommandOptions& options);
+
 /// The pace of polling.
 void addEvery(CLI::App* verb, CommandOptions& options);
 

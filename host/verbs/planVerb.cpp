@@ -4,8 +4,8 @@
 #include "output/columnText.h"
 #include "plan/durationText.h"
 #include "plan/ratedReads.h"
-#include "session/polledTags.h"
-#include "session/startedDriver.h"
+#include "plan/readGaps.h"
+#include "verbs/blockRequests.h"
 #include "wire/protocolLimits.h"
 #include "wire/timeUnits.h"
 
@@ -20,21 +20,14 @@
 
 namespace {
 
-enum { ATTEMPTS = 1, SHOWN_NAMES = 3, RATE_COLUMNS = 6, PERCENT = 100 };
-
-/// The driver's request for a block.
-struct Request
-{
-    QByteArray bytes;
-    int replyLength = 0;
-};
+enum { SHOWN_NAMES = 3, RATE_COLUMNS = 6, PERCENT = 100 };
 
 struct CycleView
 {
     std::vector<ReadBlock> blocks;
-    std::vector<Request> requests; ///< of the blocks, in the same order
-    std::optional<qint64> time;    ///< of a cycle in microseconds; empty: requests take no time
-    size_t fences = 0;             ///< one for each station, ahead of the first cycle
+    std::vector<BlockRequest> requests; ///< of the blocks, in the same order
+    std::optional<qint64> time; ///< of a cycle in microseconds; empty: requests take no time
+    size_t fences = 0;          ///< one for each station, ahead of the first cycle
     std::optional<qint64> fenceTime;
     qint64 pace = 0;                 ///< shortest time of a cycle in microseconds
     bool hasRates = false;           ///< some blocks are not read in every cycle
@@ -45,26 +38,9 @@ struct CycleView
     std::optional<double> ratedLoad; ///< their share of the time, see averageLoad()
     size_t singleReads = 0;
     std::optional<qint64> singleTime;
+    ReadGaps gaps;
+    int mostGap = ANY_GAP;
 };
-
-/// Lets the driver poll each block by itself; every request is given up without an answer.
-std::vector<Request> requestsFor(const std::vector<ReadBlock>& blocks, const DriverLibrary& driver)
-{
-    StartedDriver started(driver, ATTEMPTS);
-    std::vector<Request> requests;
-    for (const ReadBlock& block : blocks) {
-        requests.emplace_back();
-        started.poll({PolledTags::keyOf(block)});
-        FRAME_PRO frame;
-        if (started.getSendFrame(&frame) == 0) continue;
-        const char* const bytes = reinterpret_cast<const char*>(frame.sendBuf);
-        requests.back() = {QByteArray(bytes, frame.sendLen), frame.recvLen};
-        QByteArray silence;
-        QString errorText;
-        started.dealRcvFrame(silence, errorText);
-    }
-    return requests;
-}
 
 QStringList namesIn(const ReadBlock& block, const std::vector<Tag>& tags)
 {
@@ -90,7 +66,7 @@ QJsonObject requestsObject(size_t requests, const char* timeName, std::optional<
     return object;
 }
 
-QJsonObject blockObject(const ReadBlock& block, const Request& request,
+QJsonObject blockObject(const ReadBlock& block, const BlockRequest& request,
                         const std::vector<Tag>& tags)
 {
     QJsonObject object;
@@ -115,6 +91,15 @@ QJsonObject ratesObject(const CycleView& view)
     return object;
 }
 
+QJsonObject gapsObject(const ReadGaps& gaps, int mostGap)
+{
+    QJsonObject object;
+    object[QLatin1String("words")] = gaps.words;
+    object[QLatin1String("longest")] = gaps.longest;
+    object[QLatin1String("limit")] = mostGap == ANY_GAP ? QJsonValue() : QJsonValue(mostGap);
+    return object;
+}
+
 void printJson(std::FILE* out, const CycleView& view, const std::vector<Tag>& tags)
 {
     QJsonArray blocks;
@@ -126,6 +111,7 @@ void printJson(std::FILE* out, const CycleView& view, const std::vector<Tag>& ta
     object[QLatin1String("grouped")] = requestsObject(view.fastReads, "cycleTimeUs", view.time);
     object[QLatin1String("paceMs")] = int(view.pace / MILLISECOND);
     object[QLatin1String("rates")] = ratesObject(view);
+    object[QLatin1String("gaps")] = gapsObject(view.gaps, view.mostGap);
     object[QLatin1String("single")] =
         requestsObject(view.singleReads, "cycleTimeUs", view.singleTime);
     const QByteArray line = QJsonDocument(object).toJson(QJsonDocument::Compact);
@@ -144,6 +130,13 @@ QByteArray fencesText(std::optional<qint64> time)
 {
     if (!time) return "no wire time";
     return "about " + QByteArray::number(double(*time) / MILLISECOND, 'f', 1) + " ms once";
+}
+
+QByteArray gapsText(const ReadGaps& gaps, int mostGap)
+{
+    QByteArray text = "at most " + QByteArray::number(gaps.longest) + " in a row";
+    if (mostGap != ANY_GAP) text += ", the limit is " + QByteArray::number(mostGap);
+    return text;
 }
 
 /// The lines about the pace and the rates. A plan without them has none.
@@ -166,7 +159,7 @@ void printBlocks(std::FILE* out, const CycleView& view, const std::vector<Tag>& 
                  view.hasRates ? "  rate" : "", "request");
     for (size_t i = 0; i < view.blocks.size(); ++i) {
         const ReadBlock& block = view.blocks[i];
-        const Request& request = view.requests[i];
+        const BlockRequest& request = view.requests[i];
         const QString rate =
             view.hasRates ? rateText(block.rate).rightJustified(RATE_COLUMNS) : QString();
         std::fprintf(out, "%7d %-4s %6d %5d %5d %s %-23s  %5d  %s\n", block.station,
@@ -183,10 +176,12 @@ void printTable(std::FILE* out, const CycleView& view, const std::vector<Tag>& t
     std::fprintf(out,
                  "grouped:          %5d requests, %s\n"
                  "without grouping: %5d requests, %s\n"
-                 "fences at first:  %5d requests, %s\n",
+                 "fences at first:  %5d requests, %s\n"
+                 "words in gaps:    %5d words, %s\n",
                  int(view.fastReads), cycleText(view.time).constData(), int(view.singleReads),
                  cycleText(view.singleTime).constData(), int(view.fences),
-                 fencesText(view.fenceTime).constData());
+                 fencesText(view.fenceTime).constData(), view.gaps.words,
+                 gapsText(view.gaps, view.mostGap).constData());
     printTurns(out, view);
 }
 
@@ -219,15 +214,17 @@ std::vector<ReadBlock> fastOf(const std::vector<ReadBlock>& blocks)
 } // namespace
 
 void printPlan(std::FILE* out, const std::vector<Tag>& tags, const LineTiming& timing,
-               qint64 turnaround, qint64 pace, const DriverLibrary& driver, bool json)
+               qint64 turnaround, qint64 pace, int mostGap, const DriverLibrary& driver, bool json)
 {
     const WireCost cost = wireCost(timing, turnaround);
     CycleView view;
+    view.mostGap = mostGap;
     std::set<int> stations;
     view.pace = pace;
-    view.blocks = planRatedReads(tags, cost, MOST_READ_REGISTERS, pace).blocks;
+    view.blocks = planRatedReads(tags, cost, MOST_READ_REGISTERS, pace, mostGap).blocks;
     countRates(view);
-    view.requests = requestsFor(view.blocks, driver);
+    view.requests = blockRequests(view.blocks, driver);
+    view.gaps = readGaps(view.blocks, tags);
     for (const ReadBlock& block : view.blocks)
         stations.insert(block.station);
     view.fences = stations.size();

@@ -14,6 +14,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <functional>
 
@@ -103,7 +104,10 @@ private:
     {
         std::vector<ReadBlock> blocks;
         for (const ReadBlock& block : m_host.blocks()) {
-            if (isBitArea(block.area)) blocks.push_back(block);
+            const bool hasBits = std::any_of(block.tags.begin(), block.tags.end(), [this](int tag) {
+                return m_tags[size_t(tag)].isBit();
+            });
+            if (hasBits) blocks.push_back(block);
         }
         if (!blocks.empty()) {
             const int job = m_host.newJob();

@@ -80,9 +80,10 @@ QString unknownAreaReason(const QString& area, const DriverLibrary& driver)
 
 QString bitDigitReason(const QString& area, const QString& address, const DriverLibrary& driver)
 {
-    const QRegularExpression form(text("^\\+?\\d+\\.(\\d+)$"));
+    if (!isBitArea(area)) return QString();
+    static const QRegularExpression form(text("^\\+?\\d+\\.(\\d+)$")); // compiling it takes time
     const QRegularExpressionMatch match = form.match(address.trimmed());
-    if (!isBitArea(area) || !match.hasMatch()) return QString();
+    if (!match.hasMatch()) return QString();
     bool fits = false;
     if (match.captured(1).toInt(&fits) <= LAST_BIT_OF_BYTE && fits) return QString();
     const QString reason = text("the bit is 0 to 7");

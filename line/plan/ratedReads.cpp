@@ -30,12 +30,12 @@ TagsByRate byRate(const std::vector<Tag>& tags)
 
 /// Plans some of the tags.
 std::vector<ReadBlock> planSome(const std::vector<Tag>& tags, const Indices& some,
-                                const WireCost& cost, int mostWords)
+                                const WireCost& cost, int mostWords, int mostGap)
 {
     std::vector<Tag> chosen;
     for (const int index : some)
         chosen.push_back(tags[size_t(index)]);
-    std::vector<ReadBlock> blocks = planReads(chosen, cost, mostWords);
+    std::vector<ReadBlock> blocks = planReads(chosen, cost, mostWords, mostGap);
     for (ReadBlock& block : blocks) {
         for (int& index : block.tags)
             index = some[size_t(index)];
@@ -115,18 +115,18 @@ bool isReadInEveryCycle(const ReadBlock& block)
 
 /// The rank of the fast tags depends on the time of their cycle, so they are planned alone first.
 RatedReads planRatedReads(const std::vector<Tag>& tags, const WireCost& cost, int mostWords,
-                          qint64 pace)
+                          qint64 pace, int mostGap)
 {
     RatedReads reads;
     TagsByRate rates = byRate(tags);
     if (rates.empty()) return reads;
     const auto& [rate, indices] = rates.front(); // EVERY_CYCLE, if there is one
     if (rate.kind == ReadRate::EVERY_CYCLE)
-        reads.cycle = fastCycle(planSome(tags, indices, cost, mostWords), cost, pace);
+        reads.cycle = fastCycle(planSome(tags, indices, cost, mostWords, mostGap), cost, pace);
     sortRates(rates, reads.cycle);
     for (const auto& [ownRate, own] : rates) {
         const Indices left = Coverage(reads.blocks).take(tags, own);
-        for (ReadBlock& block : planSome(tags, left, cost, mostWords)) {
+        for (ReadBlock& block : planSome(tags, left, cost, mostWords, mostGap)) {
             block.rate = ownRate;
             reads.blocks.push_back(std::move(block));
         }

@@ -21,8 +21,9 @@ struct RatedReads
 ///               intervals below a cycle, fast, longer intervals, once
 ///
 /// @param pace  shortest time from the start of a cycle to the next start, microseconds; 0: none
+/// @param mostGap  as of planReads()
 RatedReads planRatedReads(const std::vector<Tag>& tags, const WireCost& cost, int mostWords,
-                          qint64 pace);
+                          qint64 pace, int mostGap = ANY_GAP);
 
 bool isReadInEveryCycle(const ReadBlock& block);
 

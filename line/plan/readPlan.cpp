@@ -1,6 +1,8 @@
 #include "plan/readPlan.h"
 
+#include "plan/memorySpans.h"
 #include "plan/neighbours.h"
+#include "plan/sharedMemory.h"
 
 #include <algorithm>
 #include <map>
@@ -10,13 +12,7 @@ namespace {
 
 enum { GROUP_BITS = 16, LAST_NUMBER = 65535 };
 
-/// Words that must be in the same block.
-struct Span
-{
-    int start;
-    int end; ///< number behind the last word
-    std::vector<int> tags;
-};
+using Spans = std::vector<MemorySpan>;
 
 /// The best plan for the first spans, up to some span.
 struct Plan
@@ -32,37 +28,20 @@ struct Plan
 };
 
 using AreaOfStation = std::pair<int, QString>;
+using TagsByArea = std::map<AreaOfStation, std::vector<int>>;
 
-std::map<AreaOfStation, std::vector<int>> tagsByArea(const std::vector<Tag>& tags)
+/// The indices of the tags, by the words that hold them.
+TagsByArea tagsByMemory(const std::vector<Tag>& tags)
 {
-    std::map<AreaOfStation, std::vector<int>> byArea;
+    TagsByArea byMemory;
     for (size_t i = 0; i < tags.size(); ++i)
-        byArea[{tags[i].station, tags[i].area}].push_back(int(i));
-    return byArea;
+        byMemory[{tags[i].station, wordAreaOf(tags[i].area)}].push_back(int(i));
+    return byMemory;
 }
 
 const Tag& tagAt(const std::vector<Tag>& tags, int index)
 {
     return tags[static_cast<size_t>(index)];
-}
-
-/// The spans of the tags. Spans within another span are left out, so starts and ends both ascend.
-std::vector<Span> spansOf(const std::vector<Tag>& tags, std::vector<int> indices)
-{
-    std::sort(indices.begin(), indices.end(), [&tags](int a, int b) {
-        const Tag& left = tagAt(tags, a);
-        const Tag& right = tagAt(tags, b);
-        return left.number != right.number ? left.number < right.number
-                                           : left.units() > right.units();
-    });
-    std::vector<Span> spans;
-    for (const int index : indices) {
-        const Tag& tag = tagAt(tags, index);
-        const int end = tag.number + tag.units();
-        if (spans.empty() || end > spans.back().end) spans.push_back({tag.number, end, {}});
-        spans.back().tags.push_back(index);
-    }
-    return spans;
 }
 
 ReadBlock blockOf(const AreaOfStation& area, int number, int count)
@@ -78,10 +57,11 @@ ReadBlock blockOf(const AreaOfStation& area, int number, int count)
 // It is enough to try blocks that are runs of neighbouring spans. Proof: let block A start before
 // block B. If B ends no later than A, A contains the spans of B. Otherwise each span of A behind
 // the first span of B lies within B, because it starts after B's start and ends before B's end.
-// Moving the span to B costs nothing.
+// Moving the span to B costs nothing, and no gap becomes longer: A loses its last spans, and B gets
+// spans between its own.
 
 /// @return element i is the best plan for the first i spans
-std::vector<Plan> bestPlans(const std::vector<Span>& spans, const WireCost& cost, int mostWords)
+std::vector<Plan> bestPlans(const Spans& spans, const WireCost& cost, int mostWords, int mostGap)
 {
     std::vector<Plan> plans(spans.size() + 1);
     for (size_t last = 0; last < spans.size(); ++last) {
@@ -89,6 +69,7 @@ std::vector<Plan> bestPlans(const std::vector<Span>& spans, const WireCost& cost
         for (size_t first = last + 1; first-- > 0;) {
             const int words = spans[last].end - spans[first].start;
             if (first < last && words > mostWords) break;
+            if (first < last && spans[first + 1].start - spans[first].end > mostGap) break;
             Plan plan = plans[first];
             plan.cost += cost.request + cost.word * words;
             ++plan.blocks;
@@ -97,22 +78,6 @@ std::vector<Plan> bestPlans(const std::vector<Span>& spans, const WireCost& cost
         }
     }
     return plans;
-}
-
-void appendWordBlocks(const AreaOfStation& area, const std::vector<Span>& spans,
-                      const std::vector<Plan>& plans, std::vector<ReadBlock>& blocks)
-{
-    const auto firstOfArea = static_cast<std::ptrdiff_t>(blocks.size());
-    for (size_t end = spans.size(); end > 0; end = plans[end].lastBlock) {
-        const size_t first = plans[end].lastBlock;
-        const int start = spans[first].start;
-        ReadBlock block = blockOf(area, start, spans[end - 1].end - start);
-        for (size_t i = first; i < end; ++i)
-            block.tags.insert(block.tags.end(), spans[i].tags.begin(), spans[i].tags.end());
-        std::sort(block.tags.begin(), block.tags.end());
-        blocks.push_back(std::move(block));
-    }
-    std::reverse(blocks.begin() + firstOfArea, blocks.end());
 }
 
 /// The group of 16 bits that contains the bit. The last group of the markers is shorter.
@@ -127,6 +92,28 @@ ReadBlock blockOfTag(const Tag& tag)
 {
     const AreaOfStation area(tag.station, tag.area);
     return tag.isBit() ? groupOf(area, tag.number) : blockOf(area, tag.number, tag.units());
+}
+
+/// The block of the spans from `first` to `end`. A single word of which only bits are needed is
+/// read as a group of bits: the frame is the same, and the driver then shows a written bit at once.
+ReadBlock blockOfSpans(const AreaOfStation& memory, const Spans& spans, size_t first, size_t end,
+                       const std::vector<Tag>& tags)
+{
+    const int start = spans[first].start;
+    const bool isGroup = end - first == 1 && spans[first].hasOnlyBits;
+    ReadBlock block = isGroup ? blockOfTag(tagAt(tags, spans[first].tags.front()))
+                              : blockOf(memory, start, spans[end - 1].end - start);
+    for (size_t i = first; i < end; ++i)
+        block.tags.insert(block.tags.end(), spans[i].tags.begin(), spans[i].tags.end());
+    std::sort(block.tags.begin(), block.tags.end());
+    return block;
+}
+
+void sortByPlace(std::vector<ReadBlock>& blocks)
+{
+    std::sort(blocks.begin(), blocks.end(), [](const ReadBlock& a, const ReadBlock& b) {
+        return std::tie(a.station, a.area, a.number) < std::tie(b.station, b.area, b.number);
+    });
 }
 
 /// One block for each unit at which the block of a single tag starts.
@@ -147,26 +134,26 @@ void appendOwnBlocks(const std::vector<Tag>& tags, const std::vector<int>& indic
 } // namespace
 
 std::vector<ReadBlock> shortestReads(const std::vector<Tag>& tags, const WireCost& cost,
-                                     int mostWords)
+                                     int mostWords, int mostGap)
 {
     std::vector<ReadBlock> blocks;
-    for (const auto& [area, indices] : tagsByArea(tags)) {
-        if (tagAt(tags, indices.front()).isBit()) {
-            appendOwnBlocks(tags, indices, blocks);
-            continue;
-        }
-        const std::vector<Span> spans = spansOf(tags, indices);
-        appendWordBlocks(area, spans, bestPlans(spans, cost, mostWords), blocks);
+    for (const auto& [memory, indices] : tagsByMemory(tags)) {
+        const Spans spans = memorySpans(tags, indices);
+        const std::vector<Plan> plans = bestPlans(spans, cost, mostWords, mostGap);
+        for (size_t end = spans.size(); end > 0; end = plans[end].lastBlock)
+            blocks.push_back(blockOfSpans(memory, spans, plans[end].lastBlock, end, tags));
     }
+    sortByPlace(blocks);
     return blocks;
 }
 
-std::vector<ReadBlock> planReads(const std::vector<Tag>& tags, const WireCost& cost, int mostWords)
+std::vector<ReadBlock> planReads(const std::vector<Tag>& tags, const WireCost& cost, int mostWords,
+                                 int mostGap)
 {
-    std::vector<ReadBlock> best = shortestReads(tags, cost, mostWords);
+    std::vector<ReadBlock> best = shortestReads(tags, cost, mostWords, mostGap);
     const int alike = differNeighbours(best, mostWords);
     if (alike == 0) return best;
-    std::vector<ReadBlock> shorter = shortestReads(tags, cost, mostWords - 1);
+    std::vector<ReadBlock> shorter = shortestReads(tags, cost, mostWords - 1, mostGap);
     const int stillAlike = differNeighbours(shorter, mostWords);
     const qint64 fence = cost.request + cost.word;
     const bool isBetter =
@@ -177,7 +164,10 @@ std::vector<ReadBlock> planReads(const std::vector<Tag>& tags, const WireCost& c
 std::vector<ReadBlock> planSingleReads(const std::vector<Tag>& tags)
 {
     std::vector<ReadBlock> blocks;
-    for (const auto& entry : tagsByArea(tags))
+    TagsByArea byArea;
+    for (size_t i = 0; i < tags.size(); ++i)
+        byArea[{tags[i].station, tags[i].area}].push_back(int(i));
+    for (const auto& entry : byArea)
         appendOwnBlocks(tags, entry.second, blocks);
     return blocks;
 }

@@ -17,11 +17,17 @@ struct Range
     size_t tag;
 };
 
+/// The first address number of the memory, in words and in bits.
+int firstNumberOf(QChar letter)
+{
+    return letter == QLatin1Char('M') ? int(FIRST_MARKER_NUMBER) : 0;
+}
+
 Range rangeOf(const std::vector<Tag>& tags, size_t index)
 {
     const Tag& tag = tags[index];
     const QChar letter = tag.area.at(0);
-    const int base = letter == QLatin1Char('M') ? int(FIRST_MARKER_NUMBER) : 0;
+    const int base = firstNumberOf(letter);
     const int unitBits = isBitArea(tag.area) ? 1 : int(WORD_BITS);
     const int first = (tag.number - base) * unitBits;
     return {tag.station, letter, first, first + tag.units() * unitBits, index};
@@ -42,6 +48,18 @@ std::vector<Range> sortedRanges(const std::vector<Tag>& tags)
 }
 
 } // namespace
+
+QString wordAreaOf(const QString& area)
+{
+    return area.left(1) + QLatin1Char('W');
+}
+
+WordBit wordBitOf(const QString& area, int number)
+{
+    const int base = firstNumberOf(area.at(0));
+    const int bit = number - base;
+    return {wordAreaOf(area), base + bit / WORD_BITS, bit % WORD_BITS};
+}
 
 std::vector<std::pair<size_t, size_t>> sharingTags(const std::vector<Tag>& tags)
 {

@@ -1,10 +1,6 @@
 #include "plan/tagSpan.h"
 
-namespace {
-
-enum { WORD_BITS = 16 };
-
-} // namespace
+#include "plan/sharedMemory.h"
 
 std::optional<TagSpan> spanIn(const ReadBlock& block, const Tag& tag)
 {
@@ -12,8 +8,7 @@ std::optional<TagSpan> spanIn(const ReadBlock& block, const Tag& tag)
     if (tag.area == block.area) return TagSpan{tag.number, tag.number + tag.units()};
     if (!tag.isBit() || isBitArea(block.area) || tag.area.at(0) != block.area.at(0))
         return std::nullopt;
-    const int base = tag.area.at(0) == QLatin1Char('M') ? int(FIRST_MARKER_NUMBER) : 0;
-    const int word = base + (tag.number - base) / WORD_BITS;
+    const int word = wordBitOf(tag.area, tag.number).number;
     return TagSpan{word, word + 1};
 }
 

@@ -191,10 +191,7 @@ void DriverFeeder::feedProbes(qint64 now)
 void DriverFeeder::feedReads()
 {
     const std::optional<OneShotReads::Read> read = m_reads.start();
-    if (!read) return;
-    KEY_ADDRESS key = PolledTags::keyOf(read->block);
-    if (isBitArea(key.regName)) key.count = 1; // in groups of 16
-    m_driver.queueRead(key);
+    if (read) m_driver.queueRead(PolledTags::oneShotKeyOf(read->block));
 }
 
 /// Writes are held back while a one-shot read is under way, because the driver serves its queued
@@ -314,6 +311,7 @@ QString DriverFeeder::blockTroubleOf(const FINISHED_EXCHANGE& finished) const
     return m_driver.placesText(finished.frame.var) + QLatin1String(": ") + troubleOf(finished);
 }
 
+/// After the write of a bit that is shown through its word, the word is read.
 void DriverFeeder::writeOver(const FINISHED_EXCHANGE& finished, qint64 now)
 {
     const VARIABLE& var = finished.frame.var;
@@ -324,6 +322,9 @@ void DriverFeeder::writeOver(const FINISHED_EXCHANGE& finished, qint64 now)
     else
         m_writes.ended(var.station, var.regName, var.addr, writeEndOf(finished));
     m_values.written(var, now);
+    if (!done || !m_isPolling) return;
+    const std::optional<ReadBlock> word = m_polled.wordOfBit(var);
+    if (word) m_reads.addAfterWrite(*word);
 }
 
 /// The blocks to read instead of a refused block; empty: the refusal stands.

@@ -22,9 +22,9 @@ RatedReads plannedReads(const LinkRun::Settings& settings, const std::vector<Tag
 {
     const WireCost cost = wireCost(timingOf(settings.address), settings.turnaroundUs);
     if (settings.reading == LinkRun::CYCLIC)
-        return planRatedReads(tags, cost, MOST_READ_REGISTERS, paceOf(settings));
+        return planRatedReads(tags, cost, MOST_READ_REGISTERS, paceOf(settings), settings.mostGap);
     RatedReads reads;
-    reads.blocks = shortestReads(tags, cost, MOST_READ_REGISTERS);
+    reads.blocks = shortestReads(tags, cost, MOST_READ_REGISTERS, settings.mostGap);
     return reads;
 }
 

@@ -38,6 +38,7 @@ public:
         int attempts = 3;        ///< a request is given up after so many attempts, 1 or more
         int pauseMs = 500;       ///< before a lost link is opened again; grows with each failure
         int turnaroundUs = 1000; ///< the PLC's time before it answers; only the plan uses it
+        int mostGap = ANY_GAP;   ///< longest gap that a request reads, see planReads(); 0: none
         std::optional<qint64> paceMs; ///< a cycle begins so long after the cycle before, or later;
                                       ///< 0: at once; empty: defaultPaceMs()
         EchoMode echo = ECHO_UNKNOWN; ///< whether the link returns the sent bytes

@@ -1,5 +1,6 @@
 #include "session/oneShotReads.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace {
@@ -20,6 +21,17 @@ void OneShotReads::add(int job, const std::vector<ReadBlock>& blocks)
     }
     for (const ReadBlock& block : blocks)
         m_waiting.push_back({block, job});
+}
+
+void OneShotReads::addAfterWrite(const ReadBlock& block)
+{
+    const auto isSame = [&block](const Read& read) {
+        return read.job == NO_JOB && read.block.station == block.station &&
+               read.block.area == block.area && read.block.number == block.number &&
+               read.block.count == block.count;
+    };
+    if (std::any_of(m_waiting.begin(), m_waiting.end(), isSame)) return;
+    m_waiting.push_back({block, NO_JOB});
 }
 
 std::optional<OneShotReads::Read> OneShotReads::start()

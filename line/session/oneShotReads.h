@@ -26,6 +26,10 @@ public:
 
     void add(int job, const std::vector<ReadBlock>& blocks);
 
+    /// Reads a block for no job, to fetch a written value. A read of the same words that still
+    /// waits serves both.
+    void addAfterWrite(const ReadBlock& block);
+
     /// Starts the next block. None is started while a block is under way.
     std::optional<Read> start();
 

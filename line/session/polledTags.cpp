@@ -1,5 +1,6 @@
 #include "session/polledTags.h"
 
+#include "plan/sharedMemory.h"
 #include "plan/tagSpan.h"
 
 #include <algorithm>
@@ -16,10 +17,27 @@ void PolledTags::set(std::vector<Tag> tags, std::vector<ReadBlock> blocks)
     m_tags = std::move(tags);
     m_blocks = std::move(blocks);
     m_tagsByUnit.clear();
+    setPlaces();
     for (size_t i = 0; i < m_tags.size(); ++i) {
-        const Tag& tag = m_tags[i];
-        for (int unit = 0; unit < tag.units(); ++unit)
-            m_tagsByUnit[Unit(tag.station, tag.area, tag.number + unit)].push_back(int(i));
+        const Place& place = m_places[i];
+        for (int unit = 0; unit < place.units; ++unit)
+            m_tagsByUnit[Unit(place.station, place.area, place.number + unit)].push_back(int(i));
+    }
+}
+
+void PolledTags::setPlaces()
+{
+    m_places.clear();
+    for (const Tag& tag : m_tags)
+        m_places.push_back({tag.station, tag.area, tag.number, tag.units(), Place::NO_BIT});
+    for (const ReadBlock& block : m_blocks) {
+        if (isBitArea(block.area)) continue;
+        for (const int index : block.tags) {
+            const Tag& tag = m_tags[size_t(index)];
+            if (!tag.isBit()) continue;
+            const WordBit word = wordBitOf(tag.area, tag.number);
+            m_places[size_t(index)] = {tag.station, word.area, word.number, 1, word.bit};
+        }
     }
 }
 
@@ -47,6 +65,21 @@ ReadBlock PolledTags::withWholeTags(const ReadBlock& block) const
         }
     }
     return whole;
+}
+
+std::optional<ReadBlock> PolledTags::wordOfBit(const VARIABLE& written) const
+{
+    if (!isBitArea(written.regName)) return std::nullopt;
+    const WordBit word = wordBitOf(written.regName, written.addr);
+    if (tagsAt(written.station, word.area, word.number).empty()) return std::nullopt;
+    ReadBlock block;
+    block.station = written.station;
+    block.area = word.area;
+    block.number = word.number;
+    block.count = 1;
+    block = withWholeTags(block);
+    block.tags = tagsIn(block);
+    return block;
 }
 
 std::set<int> PolledTags::stations() const
@@ -89,5 +122,12 @@ KEY_ADDRESS PolledTags::keyOf(const ReadBlock& block)
     key.addr = block.number;
     key.count = block.count;
     key.unitMode = isBitArea(block.area) ? int(BIT_AREA) : 0;
+    return key;
+}
+
+KEY_ADDRESS PolledTags::oneShotKeyOf(const ReadBlock& block)
+{
+    KEY_ADDRESS key = keyOf(block);
+    if (isBitArea(key.regName)) key.count = 1;
     return key;
 }

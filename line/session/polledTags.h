@@ -5,15 +5,29 @@
 #include "quorvane_ka_kb_plc.h"
 
 #include <map>
+#include <optional>
 #include <set>
 #include <tuple>
 #include <vector>
 
 /// The tags of a link and the blocks that read them: finds the tags of a unit (a word or
-/// bit), of a block and of a station.
+/// bit of the driver's cache), of a block and of a station.
 class PolledTags
 {
 public:
+    /// The units of the driver's cache that hold a tag's value. A bit that is read by a block of
+    /// words is a bit of a word there.
+    struct Place
+    {
+        enum { NO_BIT = -1 };
+
+        int station;
+        QString area;
+        int number; ///< address number of the first unit
+        int units;
+        int bitOfWord; ///< 0 to 15; NO_BIT: the units are the value
+    };
+
     void set(std::vector<Tag> tags, std::vector<ReadBlock> blocks);
 
     const Tag& tag(int index) const
@@ -23,6 +37,10 @@ public:
     const std::vector<Tag>& tags() const
     {
         return m_tags;
+    }
+    const Place& place(int tag) const
+    {
+        return m_places[size_t(tag)];
     }
     const ReadBlock& block(int index) const
     {
@@ -45,6 +63,10 @@ public:
     /// The block with all words of the tags that it reads in part.
     ReadBlock withWholeTags(const ReadBlock& block) const;
 
+    /// The read that brings a written bit to the tags that show it through its word. Empty when no
+    /// tag does.
+    std::optional<ReadBlock> wordOfBit(const VARIABLE& written) const;
+
     std::set<int> stations() const;
 
     std::vector<int> tagsOfStation(int station) const;
@@ -55,11 +77,17 @@ public:
 
     static KEY_ADDRESS keyOf(const ReadBlock& block);
 
+    /// The key of a one-shot read of the block. The count of bits is in groups of 16 there.
+    static KEY_ADDRESS oneShotKeyOf(const ReadBlock& block);
+
 private:
     using Unit = std::tuple<int, QString, int>;
 
+    void setPlaces();
+
     std::vector<Tag> m_tags;
     std::vector<ReadBlock> m_blocks;
+    std::vector<Place> m_places; ///< by tag
     std::map<Unit, std::vector<int>> m_tagsByUnit;
 };
 

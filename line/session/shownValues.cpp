@@ -2,6 +2,20 @@
 
 #include "plan/tagSpan.h"
 
+namespace {
+
+enum { BYTE_BITS = 8 };
+
+/// One byte, 0 or 1.
+/// @param word  two bytes, low byte first
+QByteArray bitOf(const QByteArray& word, int bit)
+{
+    const int byte = static_cast<unsigned char>(word.at(bit / BYTE_BITS));
+    return QByteArray(1, static_cast<char>(byte >> bit % BYTE_BITS & 1));
+}
+
+} // namespace
+
 void ShownValues::reset(size_t tags)
 {
     m_shown.assign(tags, QByteArray());
@@ -86,9 +100,9 @@ void ShownValues::fetchAndTell(int tag, qint64 now)
 /// @return whether the value is another than before
 bool ShownValues::fetch(int tag)
 {
-    const Tag& fetched = m_tags.tag(tag);
-    const QByteArray value =
-        m_driver.value(fetched.station, fetched.area, fetched.number, fetched.units());
+    const PolledTags::Place& place = m_tags.place(tag);
+    QByteArray value = m_driver.value(place.station, place.area, place.number, place.units);
+    if (place.bitOfWord != PolledTags::Place::NO_BIT) value = bitOf(value, place.bitOfWord);
     if (m_shown[size_t(tag)] == value) return false;
     m_shown[size_t(tag)] = value;
     return true;

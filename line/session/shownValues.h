@@ -7,7 +7,9 @@
 
 #include <set>
 
-/// The tags' values from the driver's cache. Tells the sink each read and each change of a tag.
+/// The tags' values from the driver's cache. A bit that is read through its word is shown as the
+/// word's bit: a written bit is shown when the word was read after the write. Tells the sink each
+/// read and each change of a tag.
 class ShownValues
 {
 public:

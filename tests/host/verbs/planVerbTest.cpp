@@ -1,13 +1,20 @@
 #include "verbs/planVerb.h"
 #include "builtDriver.h"
 
+#include "plan/readPlan.h"
 #include "plan/tagFile.h"
+#include "session/polledTags.h"
+#include "session/startedDriver.h"
 
 #include <gtest/gtest.h>
 
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+
+#include <chrono>
+#include <cstdio>
+#include <set>
 
 // Requests by pymodbus 3.0's RTU framer; bits are read as their register. Times at 9600 baud and a
 // turnaround of 1 ms: 13542 + 2 * 3646 + 1000 for a request, 2083 for a word.
@@ -38,10 +45,10 @@ LineTiming slowLine()
 }
 
 QByteArray printed(const std::vector<Tag>& tags, bool json, const LineTiming& timing = slowLine(),
-                   qint64 turnaround = 1000, qint64 pace = 0)
+                   qint64 turnaround = 1000, qint64 pace = 0, int mostGap = ANY_GAP)
 {
     std::FILE* const file = std::tmpfile();
-    printPlan(file, tags, timing, turnaround, pace, driver(), json);
+    printPlan(file, tags, timing, turnaround, pace, mostGap, driver(), json);
     QByteArray bytes(int(std::ftell(file)), '\0');
     std::rewind(file);
     EXPECT_EQ(size_t(bytes.size()), std::fread(bytes.data(), 1, size_t(bytes.size()), file));
@@ -65,7 +72,8 @@ TEST(PlanVerb, TableHasEachBlockWithItsRequest)
               "      2 IW        0     1     1  02 04 00 00 00 01 31 f9      7  input\n"
               "grouped:              4 requests, 101.9 ms a cycle\n"
               "without grouping:     5 requests, 121.7 ms a cycle\n"
-              "fences at first:      2 requests, about 147.8 ms once\n",
+              "fences at first:      2 requests, about 147.8 ms once\n"
+              "words in gaps:        1 words, at most 1 in a row\n",
               printed(someTags(), false).toStdString());
 }
 
@@ -123,7 +131,8 @@ TEST(PlanVerb, NoTagsNeedNoRequest)
     EXPECT_EQ("station area number count  tags  request                  reply  names\n"
               "grouped:              0 requests, 0.0 ms a cycle\n"
               "without grouping:     0 requests, 0.0 ms a cycle\n"
-              "fences at first:      0 requests, about 0.0 ms once\n",
+              "fences at first:      0 requests, about 0.0 ms once\n"
+              "words in gaps:        0 words, at most 0 in a row\n",
               printed({}, false).toStdString());
 }
 
@@ -161,7 +170,7 @@ TEST(PlanVerb, JsonTimesAreMicroseconds)
 TEST(PlanVerb, NetworkWithoutTurnaroundHasNoTimes)
 {
     const QByteArray table = printed(someTags(), false, LineTiming::network(), 0);
-    EXPECT_TRUE(table.endsWith("grouped:              4 requests, no wire time\n"
+    EXPECT_TRUE(table.contains("grouped:              3 requests, no wire time\n"
                                "without grouping:     5 requests, no wire time\n"
                                "fences at first:      2 requests, no wire time\n"))
         << table.toStdString();
@@ -176,7 +185,7 @@ TEST(PlanVerb, NetworkTimesAreTurnarounds)
 {
     const QJsonObject plan =
         QJsonDocument::fromJson(printed(someTags(), true, LineTiming::network(), 2500)).object();
-    EXPECT_EQ(4 * 2500, plan[text("grouped")].toObject()[text("cycleTimeUs")].toInt());
+    EXPECT_EQ(3 * 2500, plan[text("grouped")].toObject()[text("cycleTimeUs")].toInt());
     EXPECT_EQ(5 * 2500, plan[text("single")].toObject()[text("cycleTimeUs")].toInt());
 }
 
@@ -199,4 +208,90 @@ TEST(PlanVerb, EachBlockOfALargePlanHasItsRequest)
         ASSERT_EQ(block[text("number")].toInt(), static_cast<unsigned char>(request.at(2)) * 256 +
                                                      static_cast<unsigned char>(request.at(3)));
     }
+}
+
+// Register 3006 holds MX 12.0 to 13.7, and register 3008 holds MX 16.0 to 17.7.
+TEST(PlanVerb, BitsNearWordsAreReadWithTheWords)
+{
+    const std::vector<Tag> tags = readTags("name,station,area,address,type\n"
+                                           "alarm,1,MX,12.3,bool\n"
+                                           "horn,1,MX,16.0,bool\n"
+                                           "speed,1,MW,14,int16\n",
+                                           driver());
+    EXPECT_TRUE(printed(tags, false)
+                    .contains("      1 MW     3006     3     3  01 03 0b be 00 03 67 cb     11  "
+                              "alarm, horn, speed\n"));
+}
+
+TEST(PlanVerb, GapsAreShownWithTheirLimit)
+{
+    const std::vector<Tag> tags = readTags("name,station,area,address,type\n"
+                                           "a,1,QW,0,int16\nb,1,QW,4,int16\nc,1,QW,12,int16\n",
+                                           driver());
+    EXPECT_TRUE(
+        printed(tags, false).endsWith("words in gaps:        4 words, at most 3 in a row\n"));
+    EXPECT_TRUE(
+        printed(tags, false, slowLine(), 1000, 0, 2)
+            .endsWith("words in gaps:        1 words, at most 1 in a row, the limit is 2\n"));
+    const auto gaps = [&tags](int limit) {
+        const QByteArray json = printed(tags, true, slowLine(), 1000, 0, limit);
+        return QJsonDocument::fromJson(json).object()[text("gaps")].toObject();
+    };
+    EXPECT_EQ(4, gaps(ANY_GAP)[text("words")].toInt());
+    EXPECT_EQ(3, gaps(ANY_GAP)[text("longest")].toInt());
+    EXPECT_TRUE(gaps(ANY_GAP)[text("limit")].isNull());
+    EXPECT_EQ(0, gaps(0)[text("words")].toInt());
+    EXPECT_EQ(0, gaps(0)[text("limit")].toInt(-1));
+}
+
+// Of every kind of block. Their requests must be those of the cyclic reads, which a watch sends.
+TEST(PlanVerb, RequestsAreThoseOfAWatch)
+{
+    const std::vector<Tag> tags = readTags("name,station,area,address,type\n"
+                                           "a,1,MW,100,float32\nb,2,QX,0.5,bool\n"
+                                           "c,1,MX,7816.7,bool\nd,1,IX,30.1,bool\n"
+                                           "e,1,IW,500,int16\nf,1,IX,498.0,bool\n",
+                                           driver());
+    const QJsonArray blocks =
+        QJsonDocument::fromJson(printed(tags, true)).object()[text("blocks")].toArray();
+    std::set<QByteArray> shown;
+    for (int i = 0; i < int(blocks.size()); ++i)
+        shown.insert(
+            QByteArray::fromHex(blocks.at(i).toObject()[text("request")].toString().toLatin1()));
+
+    std::set<QByteArray> polled;
+    StartedDriver watch(driver(), 1);
+    QList<KEY_ADDRESS> keys;
+    for (const ReadBlock& block : planReads(tags, wireCost(slowLine(), 1000), 125))
+        keys << PolledTags::keyOf(block);
+    for (int left = watch.poll(keys); left > 0; --left) {
+        FRAME_PRO frame;
+        ASSERT_EQ(1, watch.getSendFrame(&frame));
+        polled.insert(QByteArray(reinterpret_cast<const char*>(frame.sendBuf), frame.sendLen));
+        QByteArray silence;
+        QString errorText;
+        watch.dealRcvFrame(silence, errorText);
+    }
+    EXPECT_EQ(5u, shown.size());
+    EXPECT_EQ(polled, shown);
+}
+
+// The driver would lay out 120,000 words in its cache for 5 s and more.
+TEST(PlanVerb, OfTwentyThousandTagsTakesAMoment)
+{
+    std::vector<Tag> tags;
+    for (int i = 0; i < 20000; ++i) {
+        Tag tag;
+        tag.station = 1 + i % 31;
+        tag.area = text(i % 2 == 0 ? "MW" : "MX");
+        tag.type = i % 2 == 0 ? Tag::UINT16 : Tag::BOOL;
+        tag.number = 3000 + (i % 2 == 0 ? 6 : 96) * (i / 31);
+        tags.push_back(tag);
+    }
+    const auto start = std::chrono::steady_clock::now();
+    const QByteArray table = printed(tags, false);
+    const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
+    std::printf("planned 20,000 tags of 31 stations in %.2f s\n", taken.count());
+    EXPECT_GT(table.count('\n'), 500);
+    EXPECT_LT(taken.count(), 3);
 }

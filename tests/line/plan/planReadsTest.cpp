@@ -42,7 +42,7 @@ std::vector<Tag> words(int first, int count, int step = 1, const char* area = "M
     return tags;
 }
 
-/// Tags anywhere in the word areas of two stations.
+/// Tags anywhere in the areas of two stations.
 std::vector<Tag> randomTags(std::mt19937& random)
 {
     static const struct
@@ -56,6 +56,13 @@ std::vector<Tag> randomTags(std::mt19937& random)
     for (unsigned left = 1 + unsigned(random() % 400); left > 0; --left) {
         const auto& area = AREAS[random() % 3];
         const unsigned count = area.first > 0 ? markers : area.count;
+        if (random() % 4 == 0) {
+            const char* const bits[] = {"MX", "IX", "QX"};
+            const unsigned last = area.first > 0 ? std::min(16 * markers, 62536u) : 4096u;
+            tags.push_back(bitTag(bits[&area - AREAS], int(area.first + unsigned(random()) % last),
+                                  1 + int(random() % 2)));
+            continue;
+        }
         const Tag::Type type = random() % 2 == 0 ? Tag::INT16 : Tag::FLOAT32;
         const int last = type == Tag::INT16 ? 1 : 2;
         const int number = int(area.first + unsigned(random()) % count);
@@ -82,10 +89,16 @@ int functionOf(const ReadBlock& block)
     return block.area.startsWith(QLatin1Char('I')) ? 4 : 3;
 }
 
-bool endsItsArea(const ReadBlock& block)
+int lastNumberOf(const QString& area)
 {
-    const int last = block.area == QLatin1String("MW") ? 7095 : 255;
-    return block.number + block.count > last - 2;
+    if (isBitArea(area)) return area == QLatin1String("MX") ? 65535 : 4095;
+    return area == QLatin1String("MW") ? 7095 : 255;
+}
+
+/// A group of bits has its fixed length. Other blocks may reach the end of their area.
+bool cannotBeLonger(const ReadBlock& block)
+{
+    return isBitArea(block.area) || block.number + block.count > lastNumberOf(block.area) - 2;
 }
 
 /// Expects that no block has the length of the block before it, unless neither block can be longer.
@@ -95,9 +108,10 @@ void expectNeighboursToDiffer(const std::vector<ReadBlock>& blocks)
         for (size_t i = 0; i < polled.size() && polled.size() > 1; ++i) {
             const ReadBlock& block = polled[i];
             const ReadBlock& next = polled[(i + 1) % polled.size()];
-            const bool isAlike = functionOf(block) == functionOf(next) && block.count == next.count;
+            const bool isAlike =
+                functionOf(block) == functionOf(next) && registersOf(block) == registersOf(next);
             if (!isAlike || block.count >= NEARLY_FULL) continue;
-            ASSERT_TRUE(endsItsArea(block) && endsItsArea(next))
+            ASSERT_TRUE(cannotBeLonger(block) && cannotBeLonger(next))
                 << station << ": " << block.number << " and " << next.number;
         }
     }
@@ -122,8 +136,7 @@ TEST(PlanReads, DoNotPassTheEndOfAnArea)
     std::mt19937 random(22);
     for (int i = 0; i < 2000; ++i) {
         for (const ReadBlock& block : planFor(randomTags(random))) {
-            const int last = block.area == QLatin1String("MW") ? 7095 : 255;
-            ASSERT_LE(block.number + block.count - 1, last) << i;
+            ASSERT_LE(block.number + block.count - 1, lastNumberOf(block.area)) << i;
         }
     }
 }
@@ -201,12 +214,24 @@ TEST(PlanReads, OfASingleBlockAreUnchanged)
     EXPECT_EQ(1.0, timesAsLong(words(3000, 1)));
 }
 
-TEST(PlanReads, OfBitsAreGroupsOf16)
+TEST(PlanReads, OfScatteredBitsAreGroupsOf16)
 {
     std::vector<Tag> tags;
     for (int i = 0; i < 10; ++i)
-        tags.push_back(wordTag(3000 + 16 * i, Tag::BOOL, "MX"));
+        tags.push_back(bitTag("MX", 3000 + 16 * 200 * i));
     for (const ReadBlock& block : planFor(tags))
         EXPECT_EQ(16, block.count);
     EXPECT_EQ(1.0, timesAsLong(tags));
+}
+
+TEST(PlanReads, LimitTheGapsAndNotTheSpareWords)
+{
+    std::vector<Tag> tags;
+    for (int i = 0; i < 10; ++i)
+        tags.push_back(wordTag(3000 + 2 * i));
+    const std::vector<ReadBlock> blocks = planReads(tags, costOfLine(), MOST_WORDS, 0);
+    ASSERT_EQ(10u, blocks.size());
+    for (const ReadBlock& block : blocks)
+        EXPECT_EQ(1, block.count - block.spare);
+    expectNeighboursToDiffer(blocks);
 }

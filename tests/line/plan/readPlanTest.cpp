@@ -7,11 +7,6 @@
 
 namespace {
 
-Tag bitTag(const char* area, int number)
-{
-    return wordTag(number, Tag::BOOL, area);
-}
-
 struct Expected
 {
     int station;
@@ -108,24 +103,92 @@ TEST(ShortestReads, TwoWordTagFitsABlockOfTwoWords)
                  shortestReads(tags, costWithGap(50), 2));
 }
 
-TEST(ShortestReads, BitsAreReadAsWholeGroupsOf16)
+TEST(ShortestReads, BitsOfASingleWordAreReadAsTheirGroupOf16)
 {
-    const std::vector<Tag> tags = {bitTag("QX", 31), bitTag("QX", 16), bitTag("QX", 15),
-                                   bitTag("IX", 4095)};
-    expectBlocks({{1, "IX", 4080, 16, {3}}, {1, "QX", 0, 16, {2}}, {1, "QX", 16, 16, {0, 1}}},
-                 shortestOf(tags, 1000));
+    const std::vector<Tag> tags = {bitTag("QX", 31), bitTag("QX", 16), bitTag("IX", 4095)};
+    expectBlocks({{1, "IX", 4080, 16, {2}}, {1, "QX", 16, 16, {0, 1}}}, shortestOf(tags, 1000));
 }
 
 TEST(ShortestReads, GroupsOfMarkersStartAt3000)
 {
-    const std::vector<Tag> tags = {bitTag("MX", 3000), bitTag("MX", 3015), bitTag("MX", 3016)};
-    expectBlocks({{1, "MX", 3000, 16, {0, 1}}, {1, "MX", 3016, 16, {2}}}, shortestOf(tags, 1000));
+    expectBlocks({{1, "MX", 3000, 16, {0, 1}}},
+                 shortestOf({bitTag("MX", 3000), bitTag("MX", 3015)}, 1000));
+    expectBlocks({{1, "MX", 3016, 16, {0}}}, shortestOf({bitTag("MX", 3016)}, 1000));
 }
 
 TEST(ShortestReads, TheLastGroupOfMarkersEndsWithTheArea)
 {
-    expectBlocks({{1, "MX", 65512, 16, {0}}, {1, "MX", 65528, 8, {1, 2}}},
-                 shortestOf({bitTag("MX", 65527), bitTag("MX", 65528), bitTag("MX", 65535)}, 5));
+    expectBlocks({{1, "MX", 65528, 8, {0, 1}}},
+                 shortestOf({bitTag("MX", 65528), bitTag("MX", 65535)}, 5));
+}
+
+// Bits 15 and 16 of QX are in the words 0 and 1 of QW; MX 65527 and 65535 are 62527 and 62535
+// behind 3000, in the words 3000 + 3907 and 3000 + 3908 of MW.
+TEST(ShortestReads, BitsOfNeighbouringWordsAreReadAsTheWords)
+{
+    expectBlocks({{1, "QW", 0, 2, {0, 1}}}, shortestOf({bitTag("QX", 16), bitTag("QX", 15)}, 5));
+    expectBlocks({{1, "IW", 254, 2, {0, 1}}},
+                 shortestOf({bitTag("IX", 4064), bitTag("IX", 4095)}, 5));
+    expectBlocks({{1, "MW", 6907, 2, {0, 1}}},
+                 shortestOf({bitTag("MX", 65527), bitTag("MX", 65535)}, 5));
+}
+
+TEST(ShortestReads, BitsShareBlocksWithTheWordsOfTheirMemory)
+{
+    const std::vector<Tag> tags = {bitTag("MX", 3000 + 16 * 10 + 3), wordTag(3009), wordTag(3010),
+                                   wordTag(3012, Tag::FLOAT32), bitTag("MX", 3000 + 16 * 13)};
+    expectBlocks({{1, "MW", 3009, 5, {0, 1, 2, 3, 4}}}, shortestOf(tags, 1));
+}
+
+TEST(ShortestReads, BitsShareNoBlockWithOtherMemoryOrStations)
+{
+    const std::vector<Tag> tags = {bitTag("IX", 0), bitTag("QX", 0), wordTag(1, Tag::UINT16, "QW"),
+                                   wordTag(1, Tag::UINT16, "IW", 2)};
+    expectBlocks({{1, "IX", 0, 16, {0}}, {1, "QW", 0, 2, {1, 2}}, {2, "IW", 1, 1, {3}}},
+                 shortestOf(tags, 5));
+}
+
+TEST(ShortestReads, TwoThousandBitsInARowAreOneRequest)
+{
+    std::vector<Tag> tags;
+    for (int i = 0; i < 2000; ++i)
+        tags.push_back(bitTag("MX", 3000 + i));
+    const std::vector<ReadBlock> blocks = shortestOf(tags, 5);
+    ASSERT_EQ(1u, blocks.size());
+    EXPECT_EQ(125, blocks[0].count);
+    expectAllRead(tags, blocks, MOST_WORDS);
+}
+
+TEST(ShortestReads, ABitOfEachOfTwoThousandWordsAreSixteenRequests)
+{
+    std::vector<Tag> tags;
+    for (int i = 0; i < 2000; ++i)
+        tags.push_back(bitTag("MX", 3000 + 16 * i));
+    EXPECT_EQ(16u, shortestOf(tags, 5).size());
+}
+
+TEST(ShortestReads, GapLongerThanTheLimitIsNotRead)
+{
+    const std::vector<Tag> tags = {wordTag(3000), wordTag(3003), wordTag(3005),
+                                   bitTag("MX", 3000 + 16 * 7)};
+    const auto plan = [&tags](int gap) {
+        return shortestReads(tags, costWithGap(50), MOST_WORDS, gap);
+    };
+    expectBlocks({{1, "MW", 3000, 8, {0, 1, 2, 3}}}, plan(2));
+    expectBlocks({{1, "MW", 3000, 1, {0}}, {1, "MW", 3003, 5, {1, 2, 3}}}, plan(1));
+    expectBlocks({{1, "MW", 3000, 1, {0}},
+                  {1, "MW", 3003, 1, {1}},
+                  {1, "MW", 3005, 1, {2}},
+                  {1, "MX", 3112, 16, {3}}},
+                 plan(0));
+}
+
+TEST(ShortestReads, WordsWithoutAGapAreReadTogetherWithTheLimitZero)
+{
+    const std::vector<Tag> tags = {wordTag(3000, Tag::FLOAT32), wordTag(3001, Tag::INT32),
+                                   bitTag("MX", 3000 + 16 * 3)};
+    expectBlocks({{1, "MW", 3000, 4, {0, 1, 2}}},
+                 shortestReads(tags, costWithGap(50), MOST_WORDS, 0));
 }
 
 TEST(SingleReads, AreOneForEachTag)

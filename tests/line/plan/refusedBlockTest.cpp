@@ -35,11 +35,6 @@ std::vector<Words> partsOf(const std::vector<Tag>& tags)
     return words;
 }
 
-Tag bitTag(const char* area, int number)
-{
-    return wordTag(number, Tag::BOOL, area);
-}
-
 /// Reads a block as a host does, in parts when the peer refuses it.
 class SplittingReader
 {

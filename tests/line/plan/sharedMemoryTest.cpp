@@ -42,6 +42,29 @@ TEST(SharedMemory, WordSharesItsSixteenBits)
     }
 }
 
+TEST(SharedMemory, EveryBitHasItsWord)
+{
+    static const struct
+    {
+        const char* area;
+        int number;
+        const char* words;
+        int word;
+        int bit;
+    } PLACES[] = {
+        {"MX", 3000, "MW", 3000, 0}, {"MX", 3015, "MW", 3000, 15},
+        {"MX", 3016, "MW", 3001, 0}, {"MX", 65535, "MW", 6908, 7}, // 62535 is 3908 * 16 + 7
+        {"IX", 0, "IW", 0, 0},       {"IX", 4095, "IW", 255, 15},
+        {"QX", 3000, "QW", 187, 8},  {"QX", 4095, "QW", 255, 15},
+    };
+    for (const auto& place : PLACES) {
+        const WordBit word = wordBitOf(QLatin1String(place.area), place.number);
+        EXPECT_EQ(QLatin1String(place.words), word.area) << place.area << place.number;
+        EXPECT_EQ(place.word, word.number) << place.area << place.number;
+        EXPECT_EQ(place.bit, word.bit) << place.area << place.number;
+    }
+}
+
 TEST(SharedMemory, OverlappingTagsShareTheirCommonUnits)
 {
     EXPECT_TRUE(share(tagAt("MW", 3100), tagAt("MW", 3100)));

@@ -80,7 +80,7 @@ TEST_F(DriverFeederPlanTest, EqualBitGroupsAreReadWithOneRegisterMore)
 {
     std::vector<Tag> tags;
     for (int i = 0; i < 6; ++i)
-        tags.push_back(tagOf("MX", 3000 + 16 * i, Tag::BOOL));
+        tags.push_back(tagOf("MX", 3000 + 16 * 200 * i, Tag::BOOL));
     pollInStep(tags);
     for (size_t i = 1; i < bench.sent.size(); ++i)
         ASSERT_NE(kindOf(bench.sent[i - 1]), kindOf(bench.sent[i])) << i;

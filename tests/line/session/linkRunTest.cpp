@@ -106,6 +106,18 @@ TEST_F(LinkRunTest, PollsTheTagsAndConfirmsAWrite)
     EXPECT_EQ(write.bytes, values.tags()[0].bytes);
 }
 
+TEST_F(LinkRunTest, LimitsTheGapsOfItsRequests)
+{
+    const std::vector<Tag> apart = {tagFromAddress(QStringLiteral("MW100"), driver()),
+                                    tagFromAddress(QStringLiteral("MW104"), driver())};
+    for (const LinkRun::Reading reading : {LinkRun::CYCLIC, LinkRun::ON_REQUEST}) {
+        LinkRun::Settings some = settings(reading);
+        EXPECT_EQ(1u, LinkRun(driver(), some, apart, values).blocks().size());
+        some.mostGap = 0;
+        EXPECT_EQ(2u, LinkRun(driver(), some, apart, values).blocks().size());
+    }
+}
+
 TEST_F(LinkRunTest, OnRequestReadsOnlyWhenAsked)
 {
     LinkRun run(driver(), settings(LinkRun::ON_REQUEST), tags, values);

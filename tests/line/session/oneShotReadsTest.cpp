@@ -141,6 +141,32 @@ TEST_F(OneShotReadsTest, FailedReadWithoutAJobDropsNothing)
     EXPECT_EQ(1, start());
 }
 
+TEST_F(OneShotReadsTest, ReadsAfterWritesAreJoinedWhileTheyWait)
+{
+    reads.addAfterWrite(blockAt(8));
+    reads.addAfterWrite(blockAt(8));
+    reads.addAfterWrite(blockAt(9));
+    EXPECT_EQ(8, start());
+    reads.addAfterWrite(blockAt(8)); // the read under way may have been too early
+    endsWell();
+    EXPECT_EQ(9, start());
+    endsWell();
+    EXPECT_EQ(8, start());
+    endsWell();
+    EXPECT_EQ(-1, start());
+    EXPECT_TRUE(reads.takeEnded().empty());
+}
+
+TEST_F(OneShotReadsTest, ReadAfterAWriteIsNotJoinedWithAJob)
+{
+    reads.add(FIRST_JOB, {blockAt(9)});
+    reads.addAfterWrite(blockAt(9));
+    EXPECT_EQ(9, start());
+    endsWell();
+    EXPECT_EQ(1u, reads.takeEnded().size());
+    EXPECT_EQ(9, start());
+}
+
 TEST_F(OneShotReadsTest, EndWithoutAReadIsIgnored)
 {
     reads.add(FIRST_JOB, {blockAt(1)});

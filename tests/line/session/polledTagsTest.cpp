@@ -28,6 +28,15 @@ ReadBlock block(int station, const QString& area, int number, int count, std::ve
     return made;
 }
 
+VARIABLE variableAt(int station, const QString& area, int number)
+{
+    VARIABLE variable;
+    variable.station = station;
+    variable.regName = area;
+    variable.addr = number;
+    return variable;
+}
+
 } // namespace
 
 class PolledTagsTest : public testing::Test
@@ -76,6 +85,44 @@ TEST_F(PolledTagsTest, UnitInAGapHasNoTags)
 {
     EXPECT_TRUE(polled.tagsAt(1, MW, 3013).empty());
     EXPECT_TRUE(polled.tagsAt(2, MX, 3017).empty());
+}
+
+// MX 3016 to 3031 are the bits of MW 3001.
+TEST_F(PolledTagsTest, BitReadByAGroupIsAUnitOfItsOwn)
+{
+    EXPECT_EQ(MX, polled.place(2).area);
+    EXPECT_EQ(3016, polled.place(2).number);
+    EXPECT_EQ(int(PolledTags::Place::NO_BIT), polled.place(2).bitOfWord);
+    EXPECT_EQ(std::vector<int>{2}, polled.tagsAt(2, MX, 3016));
+    EXPECT_FALSE(polled.wordOfBit(variableAt(2, MX, 3016)));
+}
+
+TEST_F(PolledTagsTest, BitReadByWordsIsABitOfItsWord)
+{
+    polled.set({tagAt(1, MX, 3021, Tag::BOOL), tagAt(1, MW, 3001, Tag::UINT16),
+                tagAt(1, MX, 3031, Tag::BOOL)},
+               {block(1, MW, 3000, 2, {0, 1, 2})});
+    EXPECT_EQ(MW, polled.place(0).area);
+    EXPECT_EQ(3001, polled.place(0).number);
+    EXPECT_EQ(1, polled.place(0).units);
+    EXPECT_EQ(5, polled.place(0).bitOfWord);
+    EXPECT_EQ(15, polled.place(2).bitOfWord);
+    EXPECT_EQ((std::vector<int>{0, 1, 2}), polled.tagsAt(1, MW, 3001));
+    EXPECT_TRUE(polled.tagsAt(1, MX, 3021).empty());
+}
+
+TEST_F(PolledTagsTest, WrittenBitIsReadBackAsItsWord)
+{
+    polled.set({tagAt(1, MX, 3021, Tag::BOOL)}, {block(1, MW, 3000, 2, {0})});
+    const std::optional<ReadBlock> word = polled.wordOfBit(variableAt(1, MX, 3030));
+    ASSERT_TRUE(word);
+    EXPECT_EQ(MW, word->area);
+    EXPECT_EQ(3001, word->number);
+    EXPECT_EQ(1, word->count);
+    EXPECT_EQ(1, word->station);
+    EXPECT_FALSE(polled.wordOfBit(variableAt(1, MX, 3015)));
+    EXPECT_FALSE(polled.wordOfBit(variableAt(2, MX, 3030)));
+    EXPECT_FALSE(polled.wordOfBit(variableAt(1, MW, 3001)));
 }
 
 TEST_F(PolledTagsTest, TagsOfAStationAreFound)
