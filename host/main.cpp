@@ -7,11 +7,16 @@
 //   check MW100|AREA ADDRESS [--count N] [--write]  whether an address is valid, or why not
 //   series MW100|AREA ADDRESS --count N --interval K  addresses at an interval
 //   plan [--tags FILE] [--every DURATION]   the requests that read the tags, and the cycle time
-//   watch [--tags FILE] [--seconds N] [--every DURATION]  polls the tags and shows changes
+//   watch [--tags FILE] [--seconds N] [--every DURATION]  polls the tags and shows changes; on a
+//         [--until NAME=VALUE] [--fail-when-bad SECONDS]  terminal a table with keys, which can
+//                                           write
 //   read [NAME...] [--tags FILE] [--both-orders]  reads tags or addresses once
 //   write NAME=VALUE... [--tags FILE] [--allow-nan]  writes values and waits for the PLC's
 //                                           confirmation
 //   recipe download|upload FILE [--verify]  transfers a recipe
+//   dump WORDS... [--output FILE]           writes words of the PLC into a file
+//   diff FILE                               compares the PLC with a recipe or a dump
+//   scan [--stations LIST] [--bauds LIST]   finds the stations that answer
 //
 // A NAME is a name of the tag file or a typed address, see line/plan/typedAddress.h.
 //

@@ -15,30 +15,32 @@ ATTRIBUTE = re.compile(r"\x1b\[([0-9;]*)m")
 
 
 def runs_of(line):
-    """(column, text, bold, inverse) for each stretch of a line with the same attributes."""
-    column, bold, inverse = 0, False, False
+    """(column, text, bold, underlined, inverse) for each stretch of a line with the same attributes."""
+    column, bold, underlined, inverse = 0, False, False, False
     parts = ATTRIBUTE.split(line)
     for number, part in enumerate(parts):
         if number % 2:
             for code in part.split(";"):
                 bold = code == "1" or (bold and code not in ("", "0", "22"))
+                underlined = code == "4" or (underlined and code not in ("", "0", "24"))
                 inverse = code == "7" or (inverse and code not in ("", "0", "27"))
         elif part:
-            yield column, part, bold, inverse
+            yield column, part, bold, underlined, inverse
             column += len(part)
 
 
 def drawn(run, top):
     """The SVG of one stretch."""
-    column, text, bold, inverse = run
+    column, text, bold, underlined, inverse = run
     left = MARGIN + column * CELL_WIDTH
     width = len(text) * CELL_WIDTH
     if inverse:
         yield (f'<rect x="{left}" y="{top}" width="{width}" height="{CELL_HEIGHT}" '
                f'fill="{INK}"/>')
     if text.strip():
-        weight = ' font-weight="bold"' if bold else ""
-        yield (f'<text x="{left}" y="{top + FONT_SIZE}" textLength="{width}"{weight} '
+        look = ' font-weight="bold"' if bold else ""
+        look += ' text-decoration="underline"' if underlined else ""
+        yield (f'<text x="{left}" y="{top + FONT_SIZE}" textLength="{width}"{look} '
                f'fill="{PAPER if inverse else INK}">{escape(text)}</text>')
 
 
@@ -52,7 +54,7 @@ def picture(title, lines):
            f'xml:space="preserve">')
     yield f"<title>{escape(title)}</title>"
     yield f'<rect width="{width}" height="{height}" rx="6" fill="{PAPER}" stroke="{FRAME}"/>'
-    yield from drawn((0, "$ " + title, False, False), MARGIN)
+    yield from drawn((0, "$ " + title, False, False, False), MARGIN)
     for row, line in enumerate(lines):
         for run in runs_of(line):
             yield from drawn(run, MARGIN + (row + 2) * CELL_HEIGHT)

@@ -16,7 +16,7 @@ terminal() { tmux -S "$work/tmux" -f /dev/null "$@"; }
 trap 'terminal kill-server 2>/dev/null || true; rm -rf "$work"' EXIT
 
 printf -v command '%q/kakb-host watch --tags %q' "$programs" "$here/demo/tags.csv"
-terminal new-session -d -x 114 -y 15 "$command"
+terminal new-session -d -x 114 -y 16 "$command"
 # Long enough for the rates to be those of a whole second, and for the toggles to move.
 deadline=$((SECONDS + 30))
 until terminal capture-pane -p 2>/dev/null | grep -qE 'fill level .* [1-9][0-9]+  good'; do

@@ -2,100 +2,19 @@
 
 #include "output/columnText.h"
 #include "output/figuresText.h"
+#include "output/tableColumns.h"
 
 #include <QLocale>
-#include <QStringList>
 
 #include <algorithm>
-#include <iterator>
 
 namespace {
 
-enum {
-    GAP = 2,
-    COLUMNS = 6,
-    SHORTEST_NAME = 8,
-    SHORTEST_ADDRESS = 7,
-    LONGEST_ADDRESS = 12,
-    VALUE_WIDTH = 14, ///< length of the longest float
-    AGE_WIDTH = 6,
-    CHANGES_WIDTH = 8,
-    SHORTEST_STATE = 12
-};
-
 const char* const PLAIN = "\x1b[0m";
 const char* const BOLD = "\x1b[1m";
+const char* const UNDERLINED = "\x1b[4m";
 const char* const INVERSE = "\x1b[7m";
 const char* const ERASE_LINE_END = "\x1b[K";
-const char* const ERASE_SCREEN_END = "\x1b[J";
-
-struct Cells
-{
-    QString name, address, value, age, changes, state;
-};
-
-struct Widths
-{
-    int name, address, state;
-};
-
-QString ageText(qint64 ms)
-{
-    enum : qint64 { SECOND = 1000, MINUTE = 60 * SECOND, HOUR = 60 * MINUTE, DAY = 24 * HOUR };
-    if (ms < 0) return QString::fromLatin1("never");
-    if (ms >= DAY) return QString::number(ms / DAY) + QLatin1String(" d");
-    if (ms >= HOUR) return QString::number(ms / HOUR) + QLatin1String(" h");
-    if (ms >= MINUTE) return QString::number(ms / MINUTE) + QLatin1String(" min");
-    return QString::number(ms / SECOND) + QLatin1Char('.') +
-           QString::number(ms % SECOND / (SECOND / 10)) + QLatin1String(" s");
-}
-
-QString stateText(const WatchRow& row)
-{
-    if (row.good) return QString::fromLatin1("good");
-    if (row.trouble.isEmpty()) return QString::fromLatin1("bad");
-    return QLatin1String("bad: ") + printableText(row.trouble);
-}
-
-Cells headings()
-{
-    return {QString::fromLatin1("name"),    QString::fromLatin1("address"),
-            QString::fromLatin1("value"),   QString::fromLatin1("age"),
-            QString::fromLatin1("changes"), QString::fromLatin1("state")};
-}
-
-Cells cellsOf(const WatchRow& row)
-{
-    return {printableText(row.name), printableText(row.address),   printableText(row.value),
-            ageText(row.ageMs),      QString::number(row.changes), stateText(row)};
-}
-
-/// The widths depend only on names and addresses, so the columns do not move when values change.
-Widths widthsFor(const std::vector<Cells>& table, int width)
-{
-    int longestName = SHORTEST_NAME;
-    int address = SHORTEST_ADDRESS;
-    for (const Cells& cells : table) {
-        longestName = std::max(longestName, columnsOf(cells.name));
-        address = std::max(address, columnsOf(cells.address));
-    }
-    address = std::min(address, int(LONGEST_ADDRESS));
-    const int rest =
-        width - address - VALUE_WIDTH - AGE_WIDTH - CHANGES_WIDTH - (COLUMNS - 1) * GAP;
-    const int name = std::clamp(rest - SHORTEST_STATE, int(SHORTEST_NAME), longestName);
-    return {name, address, std::max(int(SHORTEST_STATE), rest - name)};
-}
-
-QString lineOf(const Cells& cells, const Widths& widths)
-{
-    const QStringList columns = {columnText(cells.name, widths.name, LEFT_ALIGNED),
-                                 columnText(cells.address, widths.address, LEFT_ALIGNED),
-                                 columnText(cells.value, VALUE_WIDTH, RIGHT_ALIGNED),
-                                 columnText(cells.age, AGE_WIDTH, RIGHT_ALIGNED),
-                                 columnText(cells.changes, CHANGES_WIDTH, RIGHT_ALIGNED),
-                                 columnText(cells.state, widths.state, LEFT_ALIGNED)};
-    return columns.join(QString(GAP, QLatin1Char(' ')));
-}
 
 QString moreText(int count)
 {
@@ -117,65 +36,138 @@ QStringList figureLines(const QString& figures, int width)
 class FrameBytes
 {
 public:
-    FrameBytes(int width, int height) : m_width(width), m_linesLeft(height) {}
+    /// @param lines  lines above the bottom line
+    FrameBytes(int width, int lines) : m_width(width), m_lines(lines) {}
 
     int linesLeft() const
     {
-        return m_linesLeft;
+        return m_lines - m_line;
     }
 
-    void addLine(const QString& text, const char* look = "")
+    void addLine(const QString& text, const QByteArray& look = QByteArray())
     {
-        if (m_linesLeft == 0) return;
-        --m_linesLeft;
-        m_bytes += "\x1b[" + QByteArray::number(++m_line) + ";1H" + look;
-        m_bytes += cutText(text, m_width).toUtf8();
-        if (*look) m_bytes += PLAIN;
-        m_bytes += ERASE_LINE_END;
+        if (linesLeft() > 0) put(++m_line, text, look);
+    }
+
+    /// Erases the lines below the last line that addLine() has placed.
+    void eraseBelow()
+    {
+        for (int line = m_line + 1; line <= m_lines; ++line)
+            put(line, QString(), QByteArray());
+    }
+
+    void addBottomLine(const QString& text)
+    {
+        put(m_lines + 1, text, QByteArray());
     }
 
     QByteArray finished() const
     {
-        return m_bytes + ERASE_SCREEN_END;
+        return m_bytes;
     }
 
 private:
-    int m_width;
-    int m_linesLeft;
+    void put(int line, const QString& text, const QByteArray& look)
+    {
+        m_bytes += "\x1b[" + QByteArray::number(line) + ";1H" + look;
+        m_bytes += cutText(text, m_width).toUtf8();
+        if (!look.isEmpty()) m_bytes += PLAIN;
+        m_bytes += ERASE_LINE_END;
+    }
+
+    const int m_width;
+    const int m_lines;
     int m_line = 0;
     QByteArray m_bytes;
 };
 
-void addTable(FrameBytes& bytes, const std::vector<WatchRow>& table, int width)
+/// The marked row is inverse, a bad row is bold.
+QByteArray lookOf(const TableView& view, int tag)
 {
-    const int count = int(table.size());
-    const int lines = std::max(0, bytes.linesLeft() - 1);
-    const int shown = count <= lines ? count : std::max(0, lines - 1);
-    std::vector<Cells> cells;
-    std::transform(table.begin(), table.begin() + shown, std::back_inserter(cells), cellsOf);
+    QByteArray look;
+    if (!view.rows()[std::size_t(tag)].good) look += BOLD;
+    if (tag == view.marked()) look += INVERSE;
+    return look;
+}
 
-    const Widths widths = widthsFor(cells, width);
-    bytes.addLine(lineOf(headings(), widths), INVERSE);
+/// A typed text keeps its end when the line is too long, because the user types there.
+QString bottomText(const TableView& view, const TableColumns& columns, int width)
+{
+    const QString line = printableText(view.bottomLine());
+    if (view.isTyping() && columnsOf(line) > width)
+        return QChar(0x2026) + line.right(std::max(0, width - 1));
+    if (view.mode() != TableView::BROWSING || columns.hasState() || view.marked() < 0) return line;
+    const WatchRow& marked = view.rows()[std::size_t(view.marked())];
+    return marked.good || view.isTelling() ? line : stateText(marked);
+}
+
+/// Number of rows that the table shows on so many lines below its headings. Without keys the last
+/// line counts the hidden rows.
+int shownCount(const TableView& view, int lines)
+{
+    const int count = int(view.order().size()) - view.top();
+    if (count <= lines || view.hasKeys()) return std::min(count, lines);
+    return std::max(0, lines - 1);
+}
+
+void addTable(FrameBytes& bytes, const TableView& view, const TableColumns& columns)
+{
+    const int lines = std::max(0, bytes.linesLeft() - 1);
+    const int shown = shownCount(view, lines);
+    bytes.addLine(columns.headings(), UNDERLINED);
     for (int i = 0; i < shown; ++i) {
-        const bool good = table[std::size_t(i)].good;
-        bytes.addLine(lineOf(cells[std::size_t(i)], widths), good ? "" : BOLD);
+        const int tag = view.order()[std::size_t(view.top()) + std::size_t(i)];
+        bytes.addLine(columns.line(view.rows()[std::size_t(tag)]), lookOf(view, tag));
     }
-    if (shown < count) bytes.addLine(moreText(count - shown));
+    const int hidden = int(view.order().size()) - shown;
+    if (!view.hasKeys() && hidden > 0) bytes.addLine(moreText(hidden));
+}
+
+int bottomLines(const TableView& view)
+{
+    return view.hasKeys() ? 1 : 0;
 }
 
 } // namespace
 
-QByteArray WatchScreen::frame(const std::vector<WatchRow>& table, const LinkFigures& figures,
-                              int columns, int rows) const
+int WatchScreen::page(const TableView& view, const LinkFigures& figures, int columns, int rows)
+{
+    const int figureCount = int(figureLines(liveFiguresText(figures), columns - 1).size());
+    return std::max(0, rows - figureCount - 1 - bottomLines(view));
+}
+
+QByteArray WatchScreen::frame(const TableView& view, const LinkFigures& figures, int columns,
+                              int rows)
 {
     if (rows < 1) return QByteArray();
     const int width = columns - 1;
-    FrameBytes bytes(width, rows);
-    for (const QString& line : figureLines(liveFiguresText(figures), width)) {
+    const TableColumns table(view.rows(), width);
+    FrameBytes bytes(width, rows - bottomLines(view));
+    for (const QString& line : figureLines(liveFiguresText(figures), width))
         bytes.addLine(line, figures.connected ? "" : BOLD);
+    if (view.mode() == TableView::SHOWING_KEYS) {
+        for (const QString& line : keyHelp())
+            bytes.addLine(line);
+    } else {
+        addTable(bytes, view, table);
     }
-    addTable(bytes, table, width);
+    bytes.eraseBelow();
+    if (view.hasKeys()) bytes.addBottomLine(bottomText(view, table, width));
     return bytes.finished();
+}
+
+QStringList WatchScreen::lastTable(const TableView& view, int columns, int lines)
+{
+    const TableColumns table(view.rows(), columns - 1);
+    QStringList text(cutText(table.headings(), columns - 1));
+    const int shown = shownCount(view, lines);
+    for (int i = 0; i < shown; ++i) {
+        const int tag = view.order()[std::size_t(view.top()) + std::size_t(i)];
+        text << table.line(view.rows()[std::size_t(tag)]);
+    }
+    const int hidden = int(view.order().size()) - shown;
+    if (hidden > 0) text << moreText(hidden);
+    return text;
 }
 
 QByteArray WatchScreen::enter()

@@ -15,19 +15,22 @@ enum ExitStatus {
     EXIT_REFUSED,
     EXIT_VERIFY,
     EXIT_INVALID,
-    EXIT_INTERRUPTED
+    EXIT_INTERRUPTED,
+    EXIT_UNHEALTHY
 };
 
 /// Meanings of the exit statuses, by number. The help shows them.
-constexpr const char* EXIT_MEANINGS[] = {"done",
-                                         "usage, or a file that cannot be used or written",
-                                         "the driver cannot be loaded",
-                                         "the link cannot be opened, or was lost",
-                                         "a station did not answer",
-                                         "the PLC refused",
-                                         "what was read back is not what was written",
-                                         "check, series: the address is not valid",
-                                         "interrupted before it was done; a watch ends with 0"};
+constexpr const char* EXIT_MEANINGS[] = {
+    "done",
+    "usage, or a file that cannot be used or written",
+    "the driver cannot be loaded",
+    "the link cannot be opened, or was lost",
+    "a station did not answer",
+    "the PLC refused",
+    "values differ: what was read back, or what diff compared",
+    "check, series: the address is not valid",
+    "interrupted before it was done; a watch without --until ends with 0",
+    "watch: a tag was bad too long, or --until did not come true in time"};
 
 /// A verb failed. what() is one sentence in UTF-8 with the reason.
 struct VerbFailure : std::runtime_error

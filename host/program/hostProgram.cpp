@@ -4,6 +4,7 @@
 #include "program/interrupt.h"
 #include "program/printing.h"
 #include "program/simulatorStart.h"
+#include "program/tableTerminal.h"
 #include "wire/timeUnits.h"
 
 #include <QDateTime>
@@ -108,7 +109,10 @@ void HostProgram::tell(const QString& sentence)
 /// News that came together with the open link is kept for the next call of next().
 void HostProgram::connect()
 {
-    m_run->start();
+    {
+        const SignalsBlocked forTheLinksThread;
+        m_run->start();
+    }
     bool wasOpen = false;
     while (!stopRequested() && !wasOpen) {
         News news = next(NEWS_MS);

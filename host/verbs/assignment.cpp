@@ -68,17 +68,25 @@ std::vector<Assignment> assignmentsOf(const QString& argument, const TagChoice& 
     mustBeEmpty(name, frameProblem(tags));
     std::vector<Assignment> assignments(tags.size());
     for (size_t i = 0; i < tags.size(); ++i) {
-        const QString value = values.at(int(i));
+        const QString& value = values.at(int(i));
         const QString part = tags.size() == 1 ? argument : tags[i].name + EQUALS_SIGN + value;
-        mustBeEmpty(part, valueProblem(tags[i], value, nonFinite));
-        mustBeEmpty(part, writeProblem(tags[i], driver));
-        assignments[i].tag = tags[i];
-        assignments[i].bytes = tagValueBytes(tags[i], value).value();
+        assignments[i] = assignmentOf(part, tags[i], value, driver, nonFinite);
     }
     return assignments;
 }
 
 } // namespace
+
+Assignment assignmentOf(const QString& argument, const Tag& tag, const QString& value,
+                        const DriverLibrary& driver, NonFinite nonFinite)
+{
+    mustBeEmpty(argument, valueProblem(tag, value, nonFinite));
+    mustBeEmpty(argument, writeProblem(tag, driver));
+    Assignment made;
+    made.tag = tag;
+    made.bytes = tagValueBytes(tag, value).value();
+    return made;
+}
 
 std::vector<Assignment> assignmentsOf(const QStringList& arguments, const TagChoice& tags,
                                       const DriverLibrary& driver, NonFinite nonFinite)

@@ -12,6 +12,12 @@ struct Assignment
     size_t list = 0;  ///< index of the argument; one frame writes all words of an argument
 };
 
+/// The assignment of a value in the user's words to a tag.
+/// @param argument  begins the message
+/// @throws VerbFailure when the value does not fit the tag, or when the tag cannot be written
+Assignment assignmentOf(const QString& argument, const Tag& tag, const QString& value,
+                        const DriverLibrary& driver, NonFinite nonFinite);
+
 /// Reads arguments such as "NAME=VALUE", "MW100:float32=21.5" and "MW10=1,2,3". Behind an address
 /// the values for several words or bits, each right behind the one before, have commas between
 /// them. A range needs one value for each of its places.

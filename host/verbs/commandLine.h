@@ -8,11 +8,13 @@
 #include <optional>
 #include <string>
 
+using Verb = std::function<ExitStatus(const DriverLibrary&)>;
+
 /// The command of the user.
 struct Command
 {
     std::string driver; ///< file of the driver; empty: companionDriver()
-    std::function<ExitStatus(const DriverLibrary&)> verb;
+    Verb verb;
     bool writesFileToStandardOutput = false; ///< then the values go to standard error
 };
 

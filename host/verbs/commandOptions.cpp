@@ -93,11 +93,9 @@ void addEvery(CLI::App* verb, CommandOptions& options)
         ->type_name("DURATION");
 }
 
-void addLink(CLI::App* verb, CommandOptions& options)
+void addExchange(CLI::App* verb, CommandOptions& options)
 {
     LinkOptions& link = options.link;
-    addLinkAddress(verb, options);
-    addJson(verb, options);
     verb->add_option("--timeout-ms", link.timeoutMs,
                      "longest time that a station takes to begin its answer; over TCP, until all "
                      "of the answer is there")
@@ -106,15 +104,16 @@ void addLink(CLI::App* verb, CommandOptions& options)
     verb->add_option("--attempts", link.attempts, "number of attempts for each request")
         ->check(CLI::Range(1, 20))
         ->capture_default_str();
-    verb->add_option("--pause-ms", link.pauseMs,
-                     "pause before the host opens a lost link again; doubles up to 30 s")
-        ->check(CLI::Range(10, 30000))
-        ->capture_default_str();
     verb->add_option_function<std::string>(
             "--echo", [&link](const std::string& mode) { link.echo = echoMode(mode); },
             "whether the link returns every byte that the host sends")
         ->check(CLI::IsMember({"yes", "no", "auto"}))
         ->default_str("auto");
+}
+
+void addTrace(CLI::App* verb, CommandOptions& options)
+{
+    LinkOptions& link = options.link;
     verb->add_option_function<std::string>(
             "--time", [&link](const std::string& style) { link.time = timeStyle(style); },
             "times in lines, objects and the trace: seconds since the start, UTC, or local time "
@@ -122,14 +121,57 @@ void addLink(CLI::App* verb, CommandOptions& options)
         ->check(CLI::IsMember({"relative", "iso", "local"}))
         ->default_str("relative");
     verb->add_flag("--trace", link.trace, "print every frame to standard error");
-    verb->add_option(
-        "--pcap", link.pcap,
-        "write the requests and their answers to a capture file; -: standard output, the values "
-        "then go to standard error");
+}
+
+void addSimulator(CLI::App* verb, CommandOptions& options)
+{
+    LinkOptions& link = options.link;
     verb->add_option("--simulator", link.simulator,
                      "program of the simulated PLC (default: kakb-sim beside this program)");
     verb->add_option("--simulator-arguments", link.simulatorArguments,
                      "more arguments for the simulated PLC, separated by blanks");
+}
+
+void addLinkRun(CLI::App* verb, CommandOptions& options)
+{
+    LinkOptions& link = options.link;
+    addLinkAddress(verb, options);
+    addExchange(verb, options);
+    verb->add_option("--pause-ms", link.pauseMs,
+                     "pause before the host opens a lost link again; doubles up to 30 s")
+        ->check(CLI::Range(10, 30000))
+        ->capture_default_str();
+    addTrace(verb, options);
+    verb->add_option(
+        "--pcap", link.pcap,
+        "write the requests and their answers to a capture file; -: standard output, the values "
+        "then go to standard error");
+    addSimulator(verb, options);
+}
+
+void addLink(CLI::App* verb, CommandOptions& options)
+{
+    addLinkRun(verb, options);
+    addJson(verb, options);
+}
+
+void addWatch(CLI::App* verb, CommandOptions& options)
+{
+    WatchOptions& watch = options.watch;
+    verb->add_option("--seconds", watch.seconds, "end after so many seconds; 0: run until stopped")
+        ->check(numberFrom(0, 1e7))
+        ->capture_default_str();
+    verb->add_option(
+            "--until", watch.until,
+            "end with status 0 as soon as the tag was read with the value; also NAME>VALUE "
+            "and NAME<VALUE; several: all at once")
+        ->type_name("NAME=VALUE")
+        ->expected(1)
+        ->take_all();
+    verb->add_option("--fail-when-bad", watch.failWhenBad,
+                     "end with status 9 as soon as a tag was bad for so many seconds")
+        ->type_name("SECONDS")
+        ->check(numberFrom(0.1, 1e7));
 }
 
 void addAllowNan(CLI::App* verb, CommandOptions& options)

@@ -2,6 +2,7 @@
 #define COMMAND_OPTIONS_H
 
 #include "program/hostProgram.h"
+#include "verbs/watchVerb.h"
 
 #include <CLI/CLI.hpp>
 
@@ -18,7 +19,7 @@ struct CommandOptions
     bool write = false;
     std::string tagFile;
     std::vector<std::string> names;
-    double seconds = 0;
+    WatchOptions watch;
     std::string recipeFile;
     std::string recipeOutput;
     bool verify = false;
@@ -58,8 +59,22 @@ void addTiming(CLI::App* verb, CommandOptions& options);
 /// The pace of polling.
 void addEvery(CLI::App* verb, CommandOptions& options);
 
-/// The options of a verb that opens the link.
+/// How long and how often a station is asked, and whether the link echoes.
+void addExchange(CLI::App* verb, CommandOptions& options);
+
+/// The trace, and how times are shown.
+void addTrace(CLI::App* verb, CommandOptions& options);
+
+void addSimulator(CLI::App* verb, CommandOptions& options);
+
+/// The options of a verb that runs the driver on a link: all of the three above, and more.
+void addLinkRun(CLI::App* verb, CommandOptions& options);
+
+/// The same, of a verb that also prints objects.
 void addLink(CLI::App* verb, CommandOptions& options);
+
+/// The options of watch alone.
+void addWatch(CLI::App* verb, CommandOptions& options);
 
 /// Whether nan and infinite values may be written.
 void addAllowNan(CLI::App* verb, CommandOptions& options);

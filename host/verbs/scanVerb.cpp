@@ -11,6 +11,7 @@
 #include "session/stationScan.h"
 #include "wire/timeUnits.h"
 
+#include <QDateTime>
 #include <QElapsedTimer>
 
 #include <unistd.h>
@@ -66,7 +67,9 @@ public:
           m_isJson(options.json),
           m_scan(timingOf(address), settings(options, stations))
     {
-        if (options.trace) m_trace.emplace(stderr);
+        if (options.trace)
+            m_trace.emplace(
+                stderr, TimeText(options.time, QDateTime::currentMSecsSinceEpoch() * MILLISECOND));
         m_clock.start();
     }
 

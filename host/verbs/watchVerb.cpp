@@ -3,92 +3,28 @@
 #include "output/changeLines.h"
 #include "output/figuresText.h"
 #include "output/outputStream.h"
-#include "output/watchScreen.h"
 #include "program/interrupt.h"
+#include "verbs/healthCheck.h"
+#include "verbs/tableOutput.h"
 #include "verbs/watchRows.h"
 #include "wire/timeUnits.h"
 
 #include <QJsonDocument>
 
-#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
-#include <utility>
 
 namespace {
 
-enum { REFRESH_MS = 250, DEFAULT_COLUMNS = 80, DEFAULT_ROWS = 24 };
+enum { LONGEST_WAIT_MS = 250 };
 
 void printLine(const QByteArray& line)
 {
     std::fwrite(line.constData(), 1, size_t(line.size()), stdout);
     std::fputc('\n', stdout);
 }
-
-/// The output of a watch.
-class WatchOutput
-{
-public:
-    virtual ~WatchOutput() = default;
-    virtual void show(const News& news, HostProgram& host) = 0;
-    virtual void end(const LinkFigures& figures) = 0;
-};
-
-class TableOutput : public WatchOutput
-{
-public:
-    explicit TableOutput(const std::vector<Tag>& tags) : m_tags(tags)
-    {
-        put(WatchScreen::enter());
-    }
-    ~TableOutput() override
-    {
-        leave();
-    }
-
-    void show(const News&, HostProgram& host) override
-    {
-        const qint64 now = host.link().now();
-        if (now < m_nextFrame) return;
-        m_nextFrame = now + REFRESH_MS * MILLISECOND;
-        const std::vector<TagState> states = host.values().tags();
-        std::vector<WatchRow> rows;
-        for (size_t i = 0; i < m_tags.size(); ++i)
-            rows.push_back(watchRow(m_tags[i], states[i], now));
-        winsize size = {};
-        ioctl(STDOUT_FILENO, TIOCGWINSZ, &size);
-        put(m_screen.frame(rows, host.values().figures(now),
-                           size.ws_col > 0 ? size.ws_col : int(DEFAULT_COLUMNS),
-                           size.ws_row > 0 ? size.ws_row : int(DEFAULT_ROWS)));
-    }
-
-    void end(const LinkFigures& figures) override
-    {
-        leave();
-        printLine(figuresText(figures).toUtf8());
-    }
-
-private:
-    /// Leaves the table only once: leaving twice would move the cursor back to its place before the
-    /// figures.
-    void leave()
-    {
-        if (!std::exchange(m_left, true)) put(WatchScreen::leave());
-    }
-
-    static void put(const QByteArray& bytes)
-    {
-        std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stdout);
-        std::fflush(stdout);
-    }
-
-    const std::vector<Tag>& m_tags;
-    WatchScreen m_screen;
-    qint64 m_nextFrame = 0;
-    bool m_left = false;
-};
 
 class LineOutput : public WatchOutput
 {
@@ -139,30 +75,61 @@ bool isOutputOver()
     return std::ferror(stdout) || hasNoReader(STDOUT_FILENO);
 }
 
-std::unique_ptr<WatchOutput> chooseOutput(const LinkOptions& options, const std::vector<Tag>& tags)
+std::unique_ptr<WatchOutput> chooseOutput(const LinkOptions& options, const std::vector<Tag>& tags,
+                                          const DriverLibrary& driver, HealthCheck& health)
 {
-    if (isatty(STDOUT_FILENO) && !options.json && !options.trace)
-        return std::unique_ptr<WatchOutput>(new TableOutput(tags));
+    const bool isCaptureThere = options.pcap == "-"; // then values go to standard error
+    if (isatty(STDOUT_FILENO) && !options.json && !options.trace && !isCaptureThere)
+        return std::unique_ptr<WatchOutput>(new TableOutput(tags, driver, health));
     return std::unique_ptr<WatchOutput>(new LineOutput(tags, options.json));
+}
+
+std::vector<Expectation> expectations(const WatchOptions& options, const std::vector<Tag>& tags,
+                                      const DriverLibrary& driver)
+{
+    std::vector<Expectation> all;
+    for (const std::string& text : options.until)
+        all.push_back(expectation(QString::fromStdString(text), tags, driver));
+    return all;
+}
+
+/// The status of a watch that has ended by itself or by the user.
+/// @throws VerbFailure unless it is EXIT_DONE
+ExitStatus statusOf(const HealthCheck& health, const HostProgram& host)
+{
+    if (health.isMet()) return EXIT_DONE;
+    if (health.failure()) throw VerbFailure(EXIT_UNHEALTHY, *health.failure());
+    if (host.isOver()) throw VerbFailure(EXIT_LINK, QLatin1String(SIMULATED_PLC_HAS_ENDED));
+    if (!health.hasExpectations()) return EXIT_DONE;
+    const bool isInTime = stopRequested() || !isToEnd();
+    throw VerbFailure(isInTime ? EXIT_INTERRUPTED : EXIT_UNHEALTHY,
+                      QLatin1String(isInTime ? "interrupted before --until came true: "
+                                             : "--until did not come true in time: ") +
+                          health.openText());
 }
 
 } // namespace
 
 ExitStatus watch(const DriverLibrary& driver, const LinkOptions& options,
-                 const std::vector<Tag>& tags, double seconds)
+                 const std::vector<Tag>& tags, const WatchOptions& watched)
 {
+    const std::vector<Expectation> expected = expectations(watched, tags, driver);
     HostProgram host(driver, options, tags, LinkRun::CYCLIC);
-    const qint64 end = qint64(seconds * SECOND);
-    if (seconds > 0) endIn(end - host.link().now());
+    const qint64 end = qint64(watched.seconds * SECOND);
+    if (watched.seconds > 0) endIn(end - host.link().now());
     host.connect();
-    const std::unique_ptr<WatchOutput> output = chooseOutput(options, tags);
-    while (!isToEnd() && !host.isOver() && !isOutputOver()) {
+    HealthCheck health(tags, expected, qint64(watched.failWhenBad * SECOND), host.link().now());
+    const std::unique_ptr<WatchOutput> output = chooseOutput(options, tags, driver, health);
+    while (!isToEnd() && !host.isOver() && !isOutputOver() && !output->isOver() &&
+           !health.isDecided()) {
         const qint64 left = std::max<qint64>(end - host.link().now(), 0);
-        const int wait = seconds > 0 ? int(std::min<qint64>(left / MILLISECOND + 1, REFRESH_MS))
-                                     : int(REFRESH_MS);
-        output->show(host.next(wait), host);
+        const int wait = watched.seconds > 0
+                             ? int(std::min<qint64>(left / MILLISECOND + 1, LONGEST_WAIT_MS))
+                             : int(LONGEST_WAIT_MS);
+        const News news = output->wait(host, wait);
+        if (health.isAsked()) health.judge(news.changes, host.values().tags(), host.link().now());
+        output->show(news, host);
     }
     output->end(host.values().figures(host.link().now()));
-    if (host.isOver()) throw VerbFailure(EXIT_LINK, QLatin1String(SIMULATED_PLC_HAS_ENDED));
-    return EXIT_DONE;
+    return statusOf(health, host);
 }

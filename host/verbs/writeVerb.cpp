@@ -70,8 +70,7 @@ void print(const Assignment& assigned, const JobEnd& end, bool json)
     const bool isConfirmed = end.outcome == JobEnd::DONE;
     if (!json) {
         if (!isConfirmed) return;
-        std::printf("%s = %s confirmed\n", qUtf8Printable(labelText(assigned.tag)),
-                    qUtf8Printable(tagValueText(assigned.tag, assigned.bytes)));
+        std::printf("%s\n", qUtf8Printable(confirmedText(assigned)));
         return;
     }
     QJsonObject object;
@@ -82,13 +81,6 @@ void print(const Assignment& assigned, const JobEnd& end, bool json)
     object.insert(QLatin1String("outcome"), QLatin1String(outcomeText(end.outcome)));
     object.insert(QLatin1String("trouble"), end.trouble);
     std::printf("%s\n", QJsonDocument(object).toJson(QJsonDocument::Compact).constData());
-}
-
-/// The message of a write without confirmation. It does not say "not written", because the PLC may
-/// have executed the write.
-QString unconfirmed(const Assignment& assigned, const QString& trouble)
-{
-    return QString(QLatin1String("%1 is not confirmed: %2")).arg(labelText(assigned.tag), trouble);
 }
 
 /// Hands in the job that writes a group.
@@ -112,9 +104,41 @@ void start(HostProgram& host, int job, const WriteGroup& group,
     host.link().transfer(recipe);
 }
 
-/// Hands in all writes.
-/// @return the job of each assignment
-std::vector<int> startAll(HostProgram& host, const std::vector<Assignment>& assignments)
+/// Writes the values and prints for each value whether it is confirmed.
+ExitStatus write(HostProgram& host, const std::vector<Assignment>& assignments, bool json)
+{
+    host.connect();
+    const std::vector<int> jobs = startWrites(host, assignments);
+    std::vector<JobEnd> failures;
+    for (size_t i = 0; i < jobs.size(); ++i) {
+        JobEnd end = host.endOf(jobs[i]);
+        print(assignments[i], end, json);
+        if (end.outcome == JobEnd::DONE) continue;
+        end.trouble = failureText(assignments[i], end);
+        failures.push_back(end);
+    }
+    for (size_t i = 1; i < failures.size(); ++i)
+        std::fprintf(stderr, "kakb-host: %s\n", qUtf8Printable(failures[i].trouble));
+    if (!failures.empty()) host.mustBeDone(failures.front());
+    return EXIT_DONE;
+}
+
+} // namespace
+
+QString confirmedText(const Assignment& assigned)
+{
+    return QString(QLatin1String("%1 = %2 confirmed"))
+        .arg(labelText(assigned.tag), tagValueText(assigned.tag, assigned.bytes));
+}
+
+QString failureText(const Assignment& assigned, const JobEnd& end)
+{
+    if (end.outcome != JobEnd::LOST) return end.trouble;
+    return QString(QLatin1String("%1 is not confirmed: %2"))
+        .arg(labelText(assigned.tag), end.trouble);
+}
+
+std::vector<int> startWrites(HostProgram& host, const std::vector<Assignment>& assignments)
 {
     std::vector<Tag> tags;
     std::vector<size_t> lists;
@@ -131,27 +155,6 @@ std::vector<int> startAll(HostProgram& host, const std::vector<Assignment>& assi
     }
     return jobs;
 }
-
-/// Writes the values and prints for each value whether it is confirmed.
-ExitStatus write(HostProgram& host, const std::vector<Assignment>& assignments, bool json)
-{
-    host.connect();
-    const std::vector<int> jobs = startAll(host, assignments);
-    std::vector<JobEnd> failures;
-    for (size_t i = 0; i < jobs.size(); ++i) {
-        JobEnd end = host.endOf(jobs[i]);
-        print(assignments[i], end, json);
-        if (end.outcome == JobEnd::DONE) continue;
-        if (end.outcome == JobEnd::LOST) end.trouble = unconfirmed(assignments[i], end.trouble);
-        failures.push_back(end);
-    }
-    for (size_t i = 1; i < failures.size(); ++i)
-        std::fprintf(stderr, "kakb-host: %s\n", qUtf8Printable(failures[i].trouble));
-    if (!failures.empty()) host.mustBeDone(failures.front());
-    return EXIT_DONE;
-}
-
-} // namespace
 
 ExitStatus writeTags(const DriverLibrary& driver, const LinkOptions& options,
                      const std::vector<Assignment>& assignments)

@@ -50,7 +50,8 @@ class Usage(CommandLineTest):
                 "^  0  done$", "^  1  usage", "^  2  the driver", "^  3  the link",
                 "^  4  a station did not answer$", "^  5  the PLC refused$",
                 "^  6  what was read back", "^  7  check, series: the address is not valid$",
-                "^  8  interrupted before it was done; a watch ends with 0$")
+                "^  8  interrupted before it was done; a watch without --until ends with 0$",
+                "^  9  watch: a tag was bad too long, or --until did not come true in time$")
 
     def test_wrong_part_of_a_link_is_named(self):
         for link, sentence in (

@@ -1,48 +1,35 @@
-"""What the host shows on a terminal: a table in place while it watches, the old screen when it
-ends, and a recipe's progress."""
+"""What the host shows on a terminal: a table in place while it watches, the old screen and the last
+table when it ends, and a recipe's progress."""
 
 import re
-import subprocess
-import time
 
 from commandLine import CommandLineTest
 from processes import eventually, matching
+from shellTerminal import ShellTerminal
 from tagTables import DEMO_RECIPE, DEMO_TAGS
 
-REFRESHES_S = 0.6  # two refreshes of the table
+KEYS = "? keys  q end  / filter  s sort  w write"  # the bottom line
 ROWS = (r"fill level +IW0 +[0-9]+ +0\.[0-9] s +[0-9]+  good", r"door open +IX8\.0 +[01] .*  good",
         r"setpoint +MW100 +21\.5 .*  good", r"pump +QX0\.5 +1 .*  good",
         r"marker lamp +MX20\.0 +[01] .*  good", "speed of line 2 +2:QW40 +-300 .*  good")
-MOST_LINES = 16  # of the table with the lines around it
+MOST_LINES = 17  # of the table with the lines around it
 
 
 class TerminalTable(CommandLineTest):
-    """The terminal is one of tmux, in which a shell runs."""
+    """A shell runs on the terminal."""
 
     def setUp(self):
         super().setUp()
-        self.addCleanup(subprocess.run, [*self.tmux(), "kill-server"], check=False)
-        self.terminal("new-session", "-d", "-x", "100", "-y", "30",
-                      "PS1='ready> ' bash --norc --noprofile")
+        self.shell = self.keep(ShellTerminal(self.folder, self.programs))
         self.awaits("^ready>$")
-        self.keys(f"PATH={self.programs}:$PATH")
-
-    def tmux(self):
-        """Of this test alone."""
-        return "tmux", "-S", self.folder / "tmux", "-f", "/dev/null"
-
-    def terminal(self, *words):
-        """Runs a command of tmux; returns what it prints."""
-        return subprocess.run([*self.tmux(), *words], check=True, text=True,
-                              stdout=subprocess.PIPE).stdout
-
-    def screen(self):
-        """The lines of the screen."""
-        return self.terminal("capture-pane", "-p").splitlines()
 
     def keys(self, text):
         """Types a line."""
-        self.terminal("send-keys", text, "Enter")
+        self.shell.line(text)
+
+    def screen(self):
+        """The lines of the screen."""
+        return self.shell.screen()
 
     def runs(self, command):
         """Types a command on a cleared screen."""
@@ -50,13 +37,13 @@ class TerminalTable(CommandLineTest):
 
     def interrupts(self):
         """Types Ctrl-C."""
-        self.terminal("send-keys", "C-c")
+        self.shell.keys("C-c")
 
     def awaits(self, *patterns):
         """Each pattern matches a line of the screen, now or soon."""
         for pattern in patterns:
-            self.assertTrue(eventually(lambda wanted=pattern: matching(self.screen(), wanted)),
-                            "\n".join([f"the screen has no line {pattern!r}:", *self.screen()]))
+            self.assertTrue(self.shell.shows(pattern), "\n".join(
+                [f"the screen has no line {pattern!r}:", *self.screen()]))
 
     def awaits_end(self, status):
         """The command ends with the status, and the screen is whole."""
@@ -69,14 +56,10 @@ class TerminalTable(CommandLineTest):
         """No line of the screen matches."""
         self.assertEqual([], matching(self.screen(), pattern))
 
-    def resize(self, columns, rows):
-        """Changes the terminal's size."""
-        self.terminal("resize-window", "-x", str(columns), "-y", str(rows))
-
     def fits(self, columns, rows):
         """The table is whole on a screen of this size."""
-        self.resize(columns, rows)
-        time.sleep(REFRESHES_S)
+        self.shell.resize(columns, rows)
+        self.assertTrue(eventually(lambda: self.screen()[rows - 1:] == [KEYS]), "no bottom line")
         self.awaits("^name +address +value +age +changes +state *$",
                     *(f"^{row} *$" for row in ROWS),
                     "^[0-9.]+ exchanges/s  retries 0  give-ups 0  refused 0", "(^|  )reply p50 ",
@@ -102,14 +85,16 @@ class TerminalTable(CommandLineTest):
             before = self.value()
             self.assertTrue(eventually(lambda: self.value() not in (None, before), 5),
                             "the value of a ramp does not change")
-            self.resize(80, 10)
-            self.awaits("… [0-9]+ more")
-            self.resize(100, 30)
+            self.shell.resize(80, 10)
+            self.awaits("^1-6 of [0-9]+ ")
+            self.shell.resize(100, 30)
             self.awaits(f"^{ROWS[-1]}")
             self.interrupts()
             self.awaits_end(0)
-            self.awaits("^what was there before$", "^[0-9.]+ exchanges/s  retries 0")
-            self.lacks("^fill level")
+            # The last table stays below what was there before, with the figures below it.
+            self.awaits("^what was there before$", f"^{ROWS[-1]}")
+            self.assertRegex(" ".join(self.screen()),
+                             f"what was there before .*{ROWS[0]} .*{ROWS[-1]} .*exchanges/s  ")
 
     def test_json_is_plain_and_a_recipe_shows_progress(self):
         with self.plc("pty", "--stations 1-2 --demo-signals") as plc:

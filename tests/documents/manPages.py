@@ -53,7 +53,7 @@ def options_on(lines):
 def statuses_on(page):
     """Exit status and meaning as the page has them."""
     lines = dict(sections(page))["EXIT STATUS"]
-    return {int(tag.split()[1]): meaning
+    return {int(tag.split()[1]): plain(meaning)
             for tp, tag, meaning in zip(lines, lines[1:], lines[2:]) if tp == ".TP"}
 
 

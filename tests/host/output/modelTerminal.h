@@ -58,6 +58,16 @@ public:
         return m_boldRows.count(row) > 0;
     }
 
+    bool isUnderlined(int row) const
+    {
+        return m_underlinedRows.count(row) > 0;
+    }
+
+    bool isInverse(int row) const
+    {
+        return m_inverseRows.count(row) > 0;
+    }
+
     /// Number of cells that were erased or changed since the last call.
     int takeTouched()
     {
@@ -89,6 +99,8 @@ private:
             break;
         case 'm':
             if (numbers.at(0) == QLatin1String("1")) m_boldRows.insert(m_row);
+            if (numbers.at(0) == QLatin1String("4")) m_underlinedRows.insert(m_row);
+            if (numbers.at(0) == QLatin1String("7")) m_inverseRows.insert(m_row);
             break;
         default:
             ADD_FAILURE() << "unknown sequence " << text.mid(from, end - from + 1).toStdString();
@@ -118,6 +130,8 @@ private:
     const int m_columns;
     std::vector<QString> m_lines;
     std::set<int> m_boldRows;
+    std::set<int> m_underlinedRows;
+    std::set<int> m_inverseRows;
     int m_row = 0;
     int m_column = 0;
     int m_touched = 0;

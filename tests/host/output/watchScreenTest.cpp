@@ -14,6 +14,7 @@ WatchRow row(const char* name, const char* value)
     WatchRow made;
     made.name = QString::fromUtf8(name);
     made.address = QString::fromLatin1("MW100");
+    made.label = made.name;
     made.value = QString::fromLatin1(value);
     made.ageMs = 312;
     made.changes = 5;
@@ -37,11 +38,34 @@ LinkFigures connected()
     return figures;
 }
 
+TableView viewOf(const std::vector<WatchRow>& table, TableView::Keys keys = TableView::WITHOUT_KEYS)
+{
+    TableView view(keys, [](int, const QString&) { return QString(); });
+    view.update(table);
+    return view;
+}
+
+QByteArray frame(const std::vector<WatchRow>& table, const LinkFigures& figures, int columns,
+                 int rows)
+{
+    return WatchScreen::frame(viewOf(table), figures, columns, rows);
+}
+
 Terminal shown(const std::vector<WatchRow>& table, int columns, int rows)
 {
     Terminal terminal(columns, rows);
-    terminal.write(WatchScreen().frame(table, connected(), columns, rows));
+    terminal.write(frame(table, connected(), columns, rows));
     return terminal;
+}
+
+/// The first row of a table of one row; the figures take one or two lines.
+std::string narrowRow(const WatchRow& only, int columns)
+{
+    const Terminal terminal = shown({only}, columns, 24);
+    for (int line = 0; line < 24; ++line) {
+        if (terminal.isUnderlined(line)) return terminal.line(line + 1);
+    }
+    return "no headings";
 }
 
 std::string ageShown(qint64 ms)
@@ -76,7 +100,7 @@ TEST(WatchScreen, RatesAreRecent)
     figures.wholeRun.exchangesPerSecond = 99;
     figures.lately.exchangesPerSecond = 12;
     Terminal terminal(120, 24);
-    terminal.write(WatchScreen().frame({}, figures, 120, 24));
+    terminal.write(frame({}, figures, 120, 24));
     EXPECT_EQ("12.0 exchanges/s", terminal.line(FIGURES).substr(0, 16));
 }
 
@@ -91,7 +115,7 @@ TEST(WatchScreen, LongFiguresContinueOnTheNextLine)
 TEST(WatchScreen, LostLinkIsBold)
 {
     Terminal terminal(80, 24);
-    terminal.write(WatchScreen().frame({}, LinkFigures(), 80, 24));
+    terminal.write(frame({}, LinkFigures(), 80, 24));
     EXPECT_EQ("link lost", terminal.line(FIGURES).substr(0, 9));
     EXPECT_TRUE(terminal.isBold(FIGURES));
     EXPECT_FALSE(shown({}, 80, 24).isBold(FIGURES));
@@ -120,7 +144,7 @@ TEST(WatchScreen, FrameOverwritesTheScreen)
 TEST(WatchScreen, ShorterTableErasesOldRows)
 {
     Terminal terminal = shown({row("level", "17"), row("flow", "18")}, 80, 24);
-    terminal.write(WatchScreen().frame({row("flow", "18")}, connected(), 80, 24));
+    terminal.write(frame({row("flow", "18")}, connected(), 80, 24));
     EXPECT_EQ(0u, terminal.line(FIRST_ROW).find("flow"));
     EXPECT_EQ("", terminal.line(FIRST_ROW + 1));
 }
@@ -129,8 +153,7 @@ TEST(WatchScreen, OnlyChangedCellsAreWritten)
 {
     Terminal terminal = shown({row("level", "17"), row("flow", "18")}, 80, 24);
     terminal.takeTouched();
-    terminal.write(
-        WatchScreen().frame({row("level", "17"), row("flow", "19")}, connected(), 80, 24));
+    terminal.write(frame({row("level", "17"), row("flow", "19")}, connected(), 80, 24));
     EXPECT_EQ(1, terminal.takeTouched());
 }
 
@@ -154,13 +177,32 @@ TEST(WatchScreen, FrameFitsTheSmallestScreens)
         for (int columns = 1; columns < 81; ++columns)
             shown(table, columns, rows);
     }
-    EXPECT_EQ("", WatchScreen().frame(table, connected(), 80, 0).toStdString());
+    EXPECT_EQ("", frame(table, connected(), 80, 0).toStdString());
 }
 
-TEST(WatchScreen, LongLineIsCut)
+TEST(WatchScreen, NarrowTerminalDropsColumnsFromTheRightButNeverTheValue)
 {
-    EXPECT_EQ("level     MW100               \xe2\x80\xa6",
-              shown({row("level", "17")}, 32, 24).line(FIRST_ROW));
+    const struct
+    {
+        int columns;
+        const char* row;
+    } rows[] = {{66, "level     MW100                17   0.3 s         5  good"},
+                {65, "level     MW100                17   0.3 s         5"},
+                {52, "level     MW100                17   0.3 s         5"},
+                {51, "level     MW100                17   0.3 s"},
+                {42, "level     MW100                17   0.3 s"},
+                {41, "level     MW100                17"},
+                {34, "level     MW100                17"},
+                {33, "level                 17"},
+                {25, "level                 17"},
+                {24, "level                17"},
+                {19, "l\xe2\x80\xa6              17"},
+                {15, "            17"},
+                {3, "17"},
+                {2, "\xe2\x80\xa6"}};
+    for (const auto& narrow : rows)
+        EXPECT_EQ(narrow.row, narrowRow(row("level", "17"), narrow.columns))
+            << narrow.columns << " columns";
 }
 
 TEST(WatchScreen, LongTextIsCut)
@@ -180,6 +222,15 @@ TEST(WatchScreen, LongAddressIsCut)
     remote.address = QString::fromLatin1("247:MX4095.15!");
     EXPECT_EQ("level     247:MX4095.\xe2\x80\xa6              17",
               shown({remote}, 80, 24).line(FIRST_ROW).substr(0, 40));
+}
+
+TEST(WatchScreen, LongestValueOfATypeIsNeverCut)
+{
+    WatchRow bits = row("level", "0b11111111111111110000000000000000");
+    bits.valueWidth = 34;
+    EXPECT_EQ("level     MW100    0b11111111111111110000000000000000   0.3 s         5",
+              shown({bits}, 80, 24).line(FIRST_ROW));
+    EXPECT_EQ("l\xe2\x80\xa6  0b11111111111111110000000000000000", narrowRow(bits, 39));
 }
 
 TEST(WatchScreen, WideScreenShowsLongNamesWhole)
@@ -222,4 +273,131 @@ TEST(WatchScreen, LeavingUndoesEntering)
 {
     EXPECT_EQ("\x1b[?1049h\x1b[?25l\x1b[?7l", WatchScreen::enter().toStdString());
     EXPECT_EQ("\x1b[0m\x1b[?7h\x1b[?25h\x1b[?1049l", WatchScreen::leave().toStdString());
+}
+
+namespace {
+
+/// A view of the rows n0, n1, ... with keys, on a screen of 80 columns.
+TableView keyView(int count, int rows)
+{
+    std::vector<WatchRow> table;
+    for (int i = 0; i < count; ++i)
+        table.push_back(row(("n" + std::to_string(i)).c_str(), "1"));
+    TableView view = viewOf(table, TableView::WITH_KEYS);
+    view.setPage(WatchScreen::page(view, connected(), 80, rows));
+    return view;
+}
+
+void press(TableView& view, Key::Kind kind)
+{
+    Key key;
+    key.kind = kind;
+    view.press(key);
+}
+
+void type(TableView& view, const char* text)
+{
+    for (const char* at = text; *at != '\0'; ++at)
+        view.press({Key::TEXT, QString(QLatin1Char(*at))});
+}
+
+Terminal drawn(const TableView& view, int columns, int rows)
+{
+    Terminal terminal(columns, rows);
+    terminal.write(WatchScreen::frame(view, connected(), columns, rows));
+    return terminal;
+}
+
+} // namespace
+
+TEST(WatchScreen, MarkedRowIsInverse)
+{
+    TableView view = keyView(3, 24);
+    EXPECT_TRUE(drawn(view, 80, 24).isInverse(FIRST_ROW));
+    press(view, Key::DOWN);
+    const Terminal terminal = drawn(view, 80, 24);
+    EXPECT_FALSE(terminal.isInverse(FIRST_ROW));
+    EXPECT_TRUE(terminal.isInverse(FIRST_ROW + 1));
+}
+
+TEST(WatchScreen, WithoutKeysThereIsNoMarkAndNoBottomLine)
+{
+    const Terminal terminal = shown({row("level", "17")}, 80, 24);
+    EXPECT_FALSE(terminal.isInverse(FIRST_ROW));
+    EXPECT_EQ("", terminal.line(23));
+}
+
+TEST(WatchScreen, BottomLineHelpsAndSaysWhichRowsAreShown)
+{
+    EXPECT_EQ("? keys  q end  / filter  s sort  w write", drawn(keyView(3, 24), 80, 24).line(23));
+    EXPECT_EQ("1-4 of 9  ? keys  q end  / filter  s sort  w write",
+              drawn(keyView(9, 8), 80, 8).line(7));
+}
+
+TEST(WatchScreen, ScrolledTableBeginsAtTheTop)
+{
+    TableView view = keyView(9, 8);
+    press(view, Key::END);
+    const Terminal terminal = drawn(view, 80, 8);
+    EXPECT_EQ(0u, terminal.line(FIRST_ROW).find("n5"));
+    EXPECT_EQ(0u, terminal.line(FIRST_ROW + 3).find("n8"));
+    EXPECT_EQ("6-9 of 9", terminal.line(7).substr(0, 8));
+}
+
+TEST(WatchScreen, TypedValueStaysVisibleOnANarrowTerminal)
+{
+    TableView view = keyView(1, 24);
+    type(view, "w123456");
+    EXPECT_EQ("value for n0: 123456_", drawn(view, 80, 24).line(23));
+    EXPECT_EQ("\xe2\x80\xa6 123456_", drawn(view, 10, 24).line(23));
+    press(view, Key::ENTER);
+    EXPECT_EQ("\xe2\x80\xa6to n0? y/n", drawn(view, 12, 24).line(23).substr(0, 13));
+}
+
+TEST(WatchScreen, ReasonOfTheMarkedRowIsBelowATableWithoutState)
+{
+    TableView view =
+        viewOf({row("level", "17"), badRow("station 1 is silent")}, TableView::WITH_KEYS);
+    view.setPage(10);
+    EXPECT_EQ("? keys", drawn(view, 40, 24).line(23).substr(0, 6));
+    press(view, Key::DOWN);
+    EXPECT_EQ("bad: station 1 is silent", drawn(view, 40, 24).line(23));
+    EXPECT_EQ("? keys", drawn(view, 80, 24).line(23).substr(0, 6));
+}
+
+TEST(WatchScreen, KeysAreShownInPlaceOfTheTable)
+{
+    TableView view = keyView(1, 24);
+    type(view, "?");
+    const Terminal terminal = drawn(view, 80, 24);
+    EXPECT_EQ("q               ends the watch", terminal.line(HEADINGS));
+    EXPECT_EQ("any key goes back to the table", terminal.line(23));
+    EXPECT_FALSE(terminal.shows(Terminal::garbage()));
+}
+
+TEST(WatchScreen, FrameWithKeysFitsTheSmallestScreens)
+{
+    TableView view = keyView(9, 24);
+    for (const char* keys : {"", "?", "x/n", "\x1bw1"}) {
+        type(view, keys);
+        for (int rows = 1; rows < 6; ++rows) {
+            for (int columns = 1; columns < 81; ++columns) {
+                view.setPage(WatchScreen::page(view, connected(), columns, rows));
+                EXPECT_FALSE(drawn(view, columns, rows).shows(Terminal::garbage()));
+            }
+        }
+    }
+}
+
+TEST(WatchScreen, LastTableIsThatOfTheScreenInPlainLines)
+{
+    TableView view = keyView(9, 8);
+    press(view, Key::END);
+    const QStringList lines = WatchScreen::lastTable(view, 80, 4);
+    ASSERT_EQ(6, lines.size());
+    EXPECT_EQ("name      address           value     age   changes  state",
+              lines.at(0).trimmed().toStdString());
+    EXPECT_TRUE(lines.at(1).startsWith(QLatin1String("n5 ")));
+    EXPECT_TRUE(lines.at(4).startsWith(QLatin1String("n8 ")));
+    EXPECT_EQ("\xe2\x80\xa6 5 more", lines.at(5).toStdString());
 }
