@@ -244,8 +244,7 @@ private:
     void giveUpWaiting(qint64 now);
     void endJob(ExchangeEnd end, const QByteArray& reply = QByteArray(),
                 qint64 replyTime = NOT_KNOWN);
-    void tell(bool isFence, int station, ExchangeEnd end,
-              const QByteArray& refusal = QByteArray());
+    void tell(bool isFence, int station, ExchangeEnd end, const QByteArray& refusal = QByteArray());
 
     const LineTiming m_timing;
     const Settings m_settings;
