@@ -1,7 +1,7 @@
 #include "program/hostProgram.h"
 
 #include "builtDriver.h"
-#include "plan/tagFile.h"
+#include "plan/typedAddress.h"
 
 #include <QElapsedTimer>
 #include <QFileInfo>
