@@ -75,7 +75,7 @@ private:
     bool takeOne(const Tag& tag, int index)
     {
         for (ReadBlock* const block : m_blocks[memoryOf(tag.station, tag.area)]) {
-            if (tag.area != block->area || !contains(*block, tag)) continue;
+            if (!contains(*block, tag)) continue;
             Indices& in = block->tags;
             in.insert(std::upper_bound(in.begin(), in.end(), index), index);
             return true;

@@ -322,7 +322,7 @@ void DriverFeeder::writeOver(const FINISHED_EXCHANGE& finished, qint64 now)
     else
         m_writes.ended(var.station, var.regName, var.addr, writeEndOf(finished));
     m_values.written(var, now);
-    if (!done || !m_isPolling) return;
+    if (finished.result != REPLY_ACCEPTED || !m_isPolling) return;
     const std::optional<ReadBlock> word = m_polled.wordOfBit(var);
     if (word) m_reads.addAfterWrite(*word);
 }

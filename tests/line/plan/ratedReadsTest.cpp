@@ -71,6 +71,18 @@ TEST(RatedReads, SlowerTagInsideAFasterBlockIsReadByIt)
     EXPECT_EQ(QLatin1String("fast"), rateOf(blocks[0]));
 }
 
+// Bit 19 of the markers is bit 3 of the word 3001.
+TEST(RatedReads, SlowerBitOfAWordInAFasterBlockIsReadByIt)
+{
+    Tag bit = bitTag("MX", 3000 + 19);
+    EXPECT_TRUE(takeRate(QLatin1String("10s"), bit.rate));
+    const std::vector<ReadBlock> blocks =
+        plan({bit, rated(3000, "fast"), rated(3001, "fast")}).blocks;
+    ASSERT_EQ(1u, blocks.size());
+    EXPECT_EQ((std::vector<int>{0, 1, 2}), blocks[0].tags);
+    EXPECT_EQ(QLatin1String("MW"), blocks[0].area);
+}
+
 TEST(RatedReads, TagThatReachesOutOfAFasterBlockIsReadByItself)
 {
     const std::vector<ReadBlock> blocks =
