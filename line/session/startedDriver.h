@@ -80,4 +80,10 @@ private:
     QMutex m_mutex;                      ///< the driver locks it too
 };
 
+/// The request writes a variable. Not for the frames of recipes.
+inline bool isWrite(const FRAME_PRO& frame)
+{
+    return frame.itemCount == 0;
+}
+
 #endif
