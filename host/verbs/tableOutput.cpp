@@ -93,7 +93,7 @@ void TableOutput::end(const LinkFigures& figures)
     std::fflush(stdout);
     JobEnd ended;
     ended.outcome = JobEnd::LOST;
-    ended.reason = QLatin1String("the watch ended; what became of it is not known");
+    ended.reason = QLatin1String("not confirmed: the watch ended; what became of it is not known");
     for (const auto& [job, pending] : m_writes)
         printLine(stderr, QLatin1String("kakb-host: ") + failureText(pending.assigned, ended));
 }

@@ -3,7 +3,7 @@
 from commandLine import CommandLineTest, on_each_link, without_powers
 from tagTables import DEMO_TAGS
 
-VERBS = "info, check, series, plan, watch, read, write, recipe"
+VERBS = "info, check, series, plan, watch, read, write, recipe, dump, diff, scan"
 TRANSFERS = f"read MW100;write MW100=1;watch --tags {DEMO_TAGS}".split(";")
 # Codes by MODBUS Application Protocol V1.1b3, 7.
 FINAL_CODES = {1: "illegal function", 2: "illegal address", 3: "illegal value", 4: "device failure"}
@@ -49,7 +49,7 @@ class Usage(CommandLineTest):
                 self.host(f"{verb} --help").lines, "^Usage: kakb-host", "^Exit status:$",
                 "^  0  done$", "^  1  usage", "^  2  the driver", "^  3  the link",
                 "^  4  a station did not answer$", "^  5  the PLC refused$",
-                "^  6  what was read back", "^  7  check, series: the address is not valid$",
+                "^  6  values differ", "^  7  check, series: the address is not valid$",
                 "^  8  interrupted before it was done; a watch without --until ends with 0$",
                 "^  9  watch: a tag was bad too long, or --until did not come true in time$")
 

@@ -135,7 +135,8 @@ class StoppedReaderOfTheTrace(CommandLineTest):
         self.tags("still")
         peer = self.keep(CountingPeer())
         output, trace = os.pipe()
-        watch = self.start(f"watch --tags tags.csv --link {peer.link} --trace --pcap watch.pcap",
+        watch = self.start(f"watch --tags tags.csv --link {peer.link} --every 0 --trace"
+                           " --pcap watch.pcap",
                            stderr=trace)
         os.close(trace)
         watch.await_that(lambda: peer.answered() >= EXCHANGES, 60)

@@ -182,7 +182,7 @@ class TableKeys(CommandLineTest):
             self.awaits(r"^still \(MW100\) = 7 is being written$")
             self.shell.text("q")
             plc.run.process.send_signal(signal.SIGCONT)
-            self.awaits(r"^kakb-host: still \(MW100\) is not confirmed: the watch ended; "
+            self.awaits(r"^kakb-host: still \(MW100\): not confirmed: the watch ended; "
                         "what became of it is not known$")
             self.ends(0)
 

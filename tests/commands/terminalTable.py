@@ -109,7 +109,7 @@ class TerminalTable(CommandLineTest):
         with self.plc("pty", "--stations 1-2 --silent 2") as plc:
             self.runs(f"kakb-host recipe download {DEMO_RECIPE} --timeout-ms 300 "
                       f"--link {plc.link}")
-            self.awaits("^kakb-host: .*station 2 does not answer$")
+            self.awaits("^kakb-host: QW40 of station 2: not sent: station 2 is silent$")
             self.awaits_end(4)
 
     def test_interrupt_is_no_lost_link(self):

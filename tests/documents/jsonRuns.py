@@ -38,6 +38,7 @@ class JsonRuns(CommandLineTest):
         self.note("series MW 0 --count 2")
         self.note("series MW 3", 7)
         self.note(f"plan --tags {DEMO_TAGS}")
+        self.note(f"plan --tags {DEMO_TAGS} --gap 0")
         self.note(f"plan --tags {DEMO_TAGS} --link tcp:127.0.0.1,1 --turnaround-us 0")
 
     def values(self):

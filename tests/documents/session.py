@@ -94,7 +94,8 @@ class Session:
     def _device(self, line):
         if line == "tcp":
             return self._serve("kakb-sim --stations 1-2 --tcp 0")[0]
-        link = self.folder / "serial-device"  # "device" is a folder of the project
+        # "device" is a folder of the project.
+        link = self.folder / f"serial-device-{len(self.running) + len(self.staying)}"
         self._serve(f"kakb-sim --stations 1-2 --link-path {link}")
         return f"serial:{link}"
 

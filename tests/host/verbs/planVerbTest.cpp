@@ -94,6 +94,7 @@ TEST(PlanVerb, TableHasTheRatesAndTheirLoad)
               "grouped:              1 requests, 23.9 ms a cycle\n"
               "without grouping:     4 requests, 95.7 ms a cycle\n"
               "fences at first:      1 requests, about 73.9 ms once\n"
+              "words in gaps:        0 words, at most 0 in a row\n"
               "pace:             a cycle begins every 1s at the earliest\n"
               "at their rates:       2 requests, 2.20 a second, 5.3 % of the line\n"
               "read once:            1 requests\n",
