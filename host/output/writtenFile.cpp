@@ -94,7 +94,7 @@ public:
         functions.close = end;
         Stream stream(fopencookie(way.get(), "w", functions));
         if (!stream) fail(errno);
-        way.release(); // end() deletes it
+        static_cast<void>(way.release()); // end() deletes it
         return stream;
     }
 

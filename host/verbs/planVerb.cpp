@@ -192,7 +192,8 @@ void countRates(CycleView& view)
         switch (block.rate.kind) {
         case ReadRate::INTERVAL:
             ++view.ratedReads;
-            view.ratedPerSecond += double(SECOND / MILLISECOND) / double(block.rate.intervalMs);
+            view.ratedPerSecond +=
+                double(SECOND) / (double(MILLISECOND) * double(block.rate.intervalMs));
             break;
         case ReadRate::ONCE:
             ++view.onceReads;

@@ -12,7 +12,7 @@
 QString areaName(const QString& text, const DriverLibrary& driver);
 
 /// Why a text is no area; lists the areas.
-QString unknownAreaReason(const QString& text, const DriverLibrary& driver);
+QString unknownAreaReason(const QString& area, const DriverLibrary& driver);
 
 /// Why the bit digit of an address is wrong; empty: it is not. The driver accepts a digit above 7
 /// and takes a bit of another byte.
