@@ -8,10 +8,9 @@
 //   series MW100|AREA ADDRESS --count N --interval K  addresses at an interval
 //   plan [--tags FILE] [--every DURATION] [--gap N]  the requests that read the tags, and the cycle
 //                                           time
-//   watch [--tags FILE] [--seconds N] [--every DURATION] [--gap N]  polls the tags and shows
-//   changes;
-//         [--until NAME=VALUE] [--fail-when-bad SECONDS]  on a terminal a table with keys, which
-//                                           can write
+//   watch [--tags FILE] [--seconds N]       polls the tags and shows changes; on a terminal a table
+//         [--every DURATION] [--gap N]      with keys, which can write
+//         [--until NAME=VALUE] [--fail-when-bad SECONDS]
 //   read [NAME...] [--tags FILE] [--both-orders] [--gap N]  reads tags or addresses once
 //   write NAME=VALUE... [--tags FILE] [--hold DURATION] [--allow-nan]  writes values and waits for
 //                                           the PLC's confirmation
