@@ -10,7 +10,7 @@
 //                                           time
 //   watch [--tags FILE] [--seconds N]       polls the tags and shows changes; on a terminal a table
 //         [--every DURATION] [--gap N]      with keys, which can write
-//         [--until NAME=VALUE] [--fail-when-bad SECONDS]
+//         [--until NAME=VALUE] [--fail-when-bad SECONDS] [--csv]
 //   read [NAME...] [--tags FILE] [--both-orders] [--gap N]  reads tags or addresses once
 //   write NAME=VALUE... [--tags FILE] [--hold DURATION] [--allow-nan]  writes values and waits for
 //                                           the PLC's confirmation

@@ -85,20 +85,28 @@ QString TableColumns::headings() const
 QString TableColumns::line(const WatchRow& row) const
 {
     return lineOf({printableText(row.name), printableText(row.address), printableText(row.value),
-                   ageText(row.ageMs), QString::number(row.changes), stateText(row)});
+                   ageText(row.ageMs), QString::number(row.changes), stateText(row)},
+                  !row.good && !hasState());
 }
 
-QString TableColumns::lineOf(const Cells& cells) const
+/// @param isMarked  whether "!" stands ahead of the value: in its column, or in the gap before it
+QString TableColumns::lineOf(const Cells& cells, bool isMarked) const
 {
-    QStringList columns;
-    const auto add = [&columns](const QString& cell, int width, Alignment alignment) {
-        if (width > 0) columns << columnText(cell, width, alignment);
+    const QString gap(GAP, QLatin1Char(' '));
+    QString line;
+    const auto add = [&line](const QString& cell, int width, Alignment alignment,
+                             const QString& ahead) {
+        if (width > 0)
+            line += (line.isEmpty() ? QString() : ahead) + columnText(cell, width, alignment);
     };
-    add(cells.name, m_name, LEFT_ALIGNED);
-    add(cells.address, m_address, LEFT_ALIGNED);
-    add(cells.value, m_value, RIGHT_ALIGNED);
-    add(cells.age, m_age, RIGHT_ALIGNED);
-    add(cells.changes, m_changes, RIGHT_ALIGNED);
-    add(cells.state, m_state, LEFT_ALIGNED);
-    return columns.join(QString(GAP, QLatin1Char(' ')));
+    const bool hasRoom = columnsOf(cells.value) < m_value;
+    const QString mark = isMarked ? QString(QLatin1Char('!')) : QString();
+    add(cells.name, m_name, LEFT_ALIGNED, gap);
+    add(cells.address, m_address, LEFT_ALIGNED, gap);
+    add(hasRoom ? mark + cells.value : cells.value, m_value, RIGHT_ALIGNED,
+        hasRoom ? gap : (gap + mark).right(GAP));
+    add(cells.age, m_age, RIGHT_ALIGNED, gap);
+    add(cells.changes, m_changes, RIGHT_ALIGNED, gap);
+    add(cells.state, m_state, LEFT_ALIGNED, gap);
+    return line;
 }

@@ -7,7 +7,7 @@
 
 /// The columns of a watch's table on a terminal of one width: name, address, value, age, changes
 /// and state. A narrow terminal drops columns from the right, but never the value and the name; the
-/// name gets shorter.
+/// name gets shorter. Without the column of the state "!" ahead of the value says that it is bad.
 ///
 /// The widths depend only on names, addresses and types, so the columns do not move when values
 /// change.
@@ -33,7 +33,7 @@ private:
         QString name, address, value, age, changes, state;
     };
 
-    QString lineOf(const Cells& cells) const;
+    QString lineOf(const Cells& cells, bool isMarked = false) const;
 
     // Widths; 0: the column is dropped.
     int m_name;

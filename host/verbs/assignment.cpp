@@ -24,11 +24,24 @@ int equalsBehindName(const QString& argument, const TagChoice& tags)
     return int(argument.indexOf(EQUALS_SIGN));
 }
 
-/// The tags of an address that get `values` values.
-std::vector<Tag> tagsFor(int values, const QString& address, const TagChoice& tags,
+/// "21,5" for one float is more likely a number with a decimal comma than two values. The second
+/// value would change the memory behind the float.
+void mustBeMeantAsList(const QString& address, const Tag& tag, const QStringList& values)
+{
+    if (tag.type != Tag::FLOAT32 || values.size() == 1) return;
+    throw usageError(address + EQUALS_SIGN + values.join(QLatin1Char(',')),
+                     QString(QLatin1String("the decimal sign is a point; for %1 floats write a "
+                                           "range of %1"))
+                         .arg(values.size()));
+}
+
+/// The tags of an address that get the values.
+std::vector<Tag> tagsFor(const QStringList& texts, const QString& address, const TagChoice& tags,
                          const DriverLibrary& driver)
 {
+    const int values = int(texts.size());
     const std::vector<Tag> named = tags.named(address);
+    if (named.size() == 1) mustBeMeantAsList(address, named.front(), texts);
     if (named.size() == 1 && values <= MOST_RANGE_VALUES)
         return consecutiveTags(named.front(), values, driver);
     if (int(named.size()) == values) return named;
@@ -63,7 +76,7 @@ std::vector<Assignment> assignmentsOf(const QString& argument, const TagChoice& 
         tags.push_back(*tag);
     } else {
         values = values.front().split(QLatin1Char(','));
-        tags = tagsFor(int(values.size()), name, choice, driver);
+        tags = tagsFor(values, name, choice, driver);
     }
     mustBeEmpty(name, frameProblem(tags));
     std::vector<Assignment> assignments(tags.size());

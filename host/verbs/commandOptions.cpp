@@ -179,6 +179,9 @@ void addWatch(CLI::App* verb, CommandOptions& options)
     verb->add_option("--seconds", watch.seconds, "end after so many seconds; 0: run until stopped")
         ->check(numberFrom(0, 1e7))
         ->capture_default_str();
+    verb->add_flag("--csv", watch.csv,
+                   "print CSV: every --every, by default every second, a line with the time and "
+                   "each tag's value");
     verb->add_option(
             "--until", watch.until,
             "end with status 0 as soon as the tag was read with the value; also NAME>VALUE "

@@ -89,8 +89,10 @@ void print(const Counts& counts, bool json)
         return printObject(stdout, object);
     }
     const int equal = counts.values - counts.different - counts.unread;
-    printLine(stdout, QString(QLatin1String("%1 of %2 values are equal"))
-                          .arg(QString::number(equal), QString::number(counts.values)));
+    const QString unread = QString(QLatin1String(", %1 could not be read")).arg(counts.unread);
+    printLine(stdout, QString(QLatin1String("%1 of %2 values are equal%3"))
+                          .arg(QString::number(equal), QString::number(counts.values),
+                               counts.unread > 0 ? unread : QString()));
 }
 
 ExitStatus diff(HostProgram& host, const ExpectedValues& expected, bool json)

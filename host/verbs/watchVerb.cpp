@@ -4,6 +4,7 @@
 #include "output/figuresText.h"
 #include "output/outputStream.h"
 #include "program/interrupt.h"
+#include "verbs/csvOutput.h"
 #include "verbs/healthCheck.h"
 #include "verbs/tableOutput.h"
 #include "verbs/watchRows.h"
@@ -75,9 +76,18 @@ bool isOutputOver()
     return std::ferror(stdout) || hasNoReader(STDOUT_FILENO);
 }
 
-std::unique_ptr<WatchOutput> chooseOutput(const LinkOptions& options, const std::vector<Tag>& tags,
-                                          const DriverLibrary& driver, HealthCheck& health)
+/// The lines of CSV are as far apart as the cycles, or a second where the cycles have no pace.
+qint64 csvInterval(const LinkOptions& options)
 {
+    const qint64 every = options.everyMs.value_or(0) * MILLISECOND;
+    return every > 0 ? every : qint64(SECOND);
+}
+
+std::unique_ptr<WatchOutput> chooseOutput(const LinkOptions& options, bool csv,
+                                          const std::vector<Tag>& tags, const DriverLibrary& driver,
+                                          HealthCheck& health)
+{
+    if (csv) return std::unique_ptr<WatchOutput>(new CsvOutput(tags, csvInterval(options)));
     const bool isCaptureThere = options.pcap == "-"; // then values go to standard error
     if (isatty(STDOUT_FILENO) && !options.json && !options.trace && !isCaptureThere)
         return std::unique_ptr<WatchOutput>(new TableOutput(tags, driver, health));
@@ -116,7 +126,8 @@ ExitStatus watchTags(HostProgram& host, const DriverLibrary& driver, const LinkO
     if (watched.seconds > 0) endIn(end - host.link().now());
     host.connect();
     HealthCheck health(tags, expected, qint64(watched.failWhenBad * SECOND), host.link().now());
-    const std::unique_ptr<WatchOutput> output = chooseOutput(options, tags, driver, health);
+    const std::unique_ptr<WatchOutput> output =
+        chooseOutput(options, watched.csv, tags, driver, health);
     while (!isToEnd() && !host.isOver() && !isOutputOver() && !output->isOver() &&
            !health.isDecided()) {
         const qint64 left = std::max<qint64>(end - host.link().now(), 0);
@@ -136,6 +147,10 @@ ExitStatus watchTags(HostProgram& host, const DriverLibrary& driver, const LinkO
 ExitStatus watch(const DriverLibrary& driver, const LinkOptions& options,
                  const std::vector<Tag>& tags, const WatchOptions& watched)
 {
+    if (watched.seconds > 0 && watched.failWhenBad >= watched.seconds)
+        throw VerbFailure(EXIT_USAGE,
+                          QLatin1String("--fail-when-bad must be shorter than --seconds: "
+                                        "no tag could be bad for so long"));
     const std::vector<Expectation> expected = expectations(watched, tags, driver);
     HostProgram host(driver, options, tags, LinkRun::CYCLIC);
     return host.run([&] { return watchTags(host, driver, options, tags, watched, expected); });

@@ -9,6 +9,7 @@
 struct WatchOptions
 {
     double seconds = 0;             ///< longest time; 0: no limit
+    bool csv = false;               ///< lines of CSV, see CsvOutput
     std::vector<std::string> until; ///< see expectation(); all must be true at one time
     double failWhenBad = 0;         ///< seconds that a tag may be bad; 0: any time
 };

@@ -52,7 +52,8 @@ class HealthChecks(CommandLineTest):
             self.assertRegex(run.errors[0], r"^kakb-host: silent word \(2:MW0\) has been bad for "
                              r"[0-9]+\.[0-9] s: station 2 does not answer$")
             self.assertGreaterEqual(run.milliseconds, 500)
-            self.watch(plc, "--fail-when-bad 1000 --seconds 0.5 --timeout-ms 50", 0)
+            self.fails(1, f"watch --tags tags.csv --link {plc.link} --fail-when-bad 5 --seconds 5",
+                       "--fail-when-bad must be shorter than --seconds: no tag could be bad for so")
 
     def test_tag_that_becomes_bad_ends_the_watch(self):
         with self.plc("pty") as plc:

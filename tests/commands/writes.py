@@ -79,7 +79,7 @@ class Writes(CommandLineTest):
             self.assertEqual(["MW10 = 1 confirmed", "MW12 = 2 confirmed", "MW14 = 3 confirmed"],
                              run.lines)
             self.assert_matches(run.errors, "> 01 10 0B BD 00 03 06 00 01 00 02 00 03 ")
-            run = self.host(f"{write} MW20:float32:high=1.5,2.5 MW30..MW32=0x10,0b11 MX0.0=1,0,1")
+            run = self.host(f"{write} MW20+2:float32:high=1.5,2.5 MW30..MW32=0x10,0b11 MX0.0=1,0,1")
             self.assertEqual(["MW20:float32:high = 1.5 confirmed",
                               "MW24:float32:high = 2.5 confirmed", "MW30 = 16 confirmed",
                               "MW32 = 3 confirmed", "MX0.0 = 1 confirmed", "MX0.1 = 0 confirmed",
@@ -126,7 +126,9 @@ class Writes(CommandLineTest):
                 ("MW0..MW4=1,2", r"MW0\.\.MW4: 2 values for a range of 3$"),
                 (f"MW0={','.join('1' * 124)}", "MW0: 124 words do not fit into one frame, which "
                                                "holds 123$"),
-                (f"MW0:float32={','.join('1' * 62)}", "MW0:float32: 124 words do not fit"),
+                (f"MW0+62:float32={','.join('1' * 62)}", "124 words do not fit"),
+                ("MW0:float32=21,5", "MW0:float32=21,5: the decimal sign is a point; for 2 floats "
+                                     "write a range of 2$"),
                 ("MW0=1,x,3", 'MW2=x: "x" is no value of type uint16'),
                 ("MW8188=1,2,3", "past the end of MW: the last address that leaves room for 3"),
                 ("level=1,5", '"1,5" is no value of type float32:high'),

@@ -1,4 +1,5 @@
 #include "output/watchScreen.h"
+#include "output/tableColumns.h"
 
 #include "modelTerminal.h"
 
@@ -203,6 +204,24 @@ TEST(WatchScreen, NarrowTerminalDropsColumnsFromTheRightButNeverTheValue)
     for (const auto& narrow : rows)
         EXPECT_EQ(narrow.row, narrowRow(row("level", "17"), narrow.columns))
             << narrow.columns << " columns";
+}
+
+TEST(TableColumnsTest, BadValueIsMarkedWhereTheStateIsDropped)
+{
+    WatchRow row;
+    row.name = QLatin1String("level");
+    row.address = QLatin1String("MW120");
+    row.value = QLatin1String("33.5");
+    row.good = false;
+    for (int width = 15; width < 120; ++width) {
+        const TableColumns columns({row}, width);
+        EXPECT_EQ(columns.line(row).contains(QLatin1String("!33.5")), !columns.hasState()) << width;
+        WatchRow good = row;
+        good.good = true;
+        EXPECT_FALSE(columns.line(good).contains(QLatin1Char('!'))) << width;
+    }
+    row.value = QLatin1String("-1.2345679e-38"); // as long as the column
+    EXPECT_TRUE(TableColumns({row}, 40).line(row).contains(QLatin1String(" !-1.2345679e-38")));
 }
 
 TEST(WatchScreen, LongTextIsCut)
