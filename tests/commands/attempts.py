@@ -21,10 +21,11 @@ class Attempts(CommandLineTest):
         self.recipe(still=7)
 
     def assert_attempts(self, count, lines):
-        """So many frames, and as many waits of at least the time-out."""
+        """So many frames, and as many waits of at least the time-out, but for what a trace of
+        whole milliseconds cuts off."""
         waits = [int(re.search(NO_ANSWER, line).group(1)) for line in matching(lines, NO_ANSWER)]
         self.assertEqual((count, count), (len(matching(lines, " > ")), len(waits)), lines)
-        self.assertLessEqual(TIMEOUT_MS, min(waits), lines)
+        self.assertLessEqual(TIMEOUT_MS - 2, min(waits), lines)
 
     @on_each_link
     def test_silent_station_is_tried_so_many_times(self, kind):

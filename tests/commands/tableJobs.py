@@ -28,9 +28,9 @@ class TableJobs(CommandLineTest):
         self.before = self.shell.settings()
         self.assertTrue(self.shell.wants_lines())
 
-    def watch(self, plc):
-        """Starts a watch; returns when its table has a value."""
-        self.shell.line(f"kakb-host watch --tags tags.csv --link {plc.link}")
+    def watch(self, plc, before=""):
+        """Starts a watch, behind other commands; returns when its table has a value."""
+        self.shell.line(f"{before}kakb-host watch --tags tags.csv --link {plc.link}")
         self.awaits_table()
 
     def awaits(self, *patterns):
@@ -151,8 +151,7 @@ class TableJobs(CommandLineTest):
     def test_signals_that_end_the_watch_restore_the_terminal(self):
         with self.plc("pty", COUNTER) as plc:
             for number in (signal.SIGTERM, signal.SIGHUP, signal.SIGINT):
-                self.shell.line("clear; echo what was there before")
-                self.watch(plc)
+                self.watch(plc, "clear; echo what was there before; ")
                 os.kill(self.shell.foreground(), number)
                 self.awaits_end(0)
                 self.awaits("^count +IW0 +[0-9]+ ", "^[0-9.]+ exchanges/s .* losses 0$")
