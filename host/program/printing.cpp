@@ -7,6 +7,11 @@ QString text(const char* latin1)
     return QString::fromLatin1(latin1);
 }
 
+QString text(const std::string& utf8)
+{
+    return QString::fromStdString(utf8);
+}
+
 void printLine(std::FILE* out, const QString& line)
 {
     std::fprintf(out, "%s\n", line.toUtf8().constData());

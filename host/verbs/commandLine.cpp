@@ -3,6 +3,7 @@
 #include "output/writtenFile.h"
 #include "plan/addressReason.h"
 #include "program/companionFiles.h"
+#include "program/printing.h"
 #include "verbs/addressVerbs.h"
 #include "verbs/commandOptions.h"
 #include "verbs/infoVerb.h"
@@ -19,11 +20,6 @@
 #include <vector>
 
 namespace {
-
-QString text(const std::string& utf8)
-{
-    return QString::fromStdString(utf8);
-}
 
 std::vector<Tag> chosenTags(const CommandOptions& options, const DriverLibrary& driver)
 {

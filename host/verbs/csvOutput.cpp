@@ -3,6 +3,7 @@
 #include "output/figuresText.h"
 #include "plan/tagValue.h"
 #include "program/printing.h"
+#include "verbs/watchRows.h"
 #include "wire/timeUnits.h"
 
 #include <algorithm>
@@ -53,8 +54,7 @@ bool CsvOutput::isDue(const std::vector<TagState>& states, qint64 now) const
 void CsvOutput::show(const News& news, HostProgram& host)
 {
     for (const News::LinkEvent& event : news.linkEvents)
-        host.tell(event.connected ? QString(QLatin1String("link is back"))
-                                  : QLatin1String("link lost: ") + event.trouble);
+        host.tell(linkEventText(event));
     const qint64 now = host.link().now();
     const std::vector<TagState> states = host.values().tags();
     if (!isDue(states, now)) return;

@@ -1,8 +1,7 @@
 #include "verbs/dumpVerb.h"
 
-#include "output/writtenFile.h"
 #include "plan/memoryDump.h"
-#include "program/interrupt.h"
+#include "program/resultFile.h"
 #include "verbs/readOnce.h"
 
 namespace {
@@ -61,13 +60,7 @@ void write(const QString& fileName, const QByteArray& text)
         std::fwrite(text.constData(), 1, size_t(text.size()), stdout);
         return;
     }
-    try {
-        writeFile(fileName, text, isToEnd);
-    } catch (const WriteError& error) {
-        throw VerbFailure(isToEnd() ? EXIT_INTERRUPTED : EXIT_USAGE,
-                          QString(QLatin1String("cannot write %1: %2"))
-                              .arg(fileName, QString::fromLocal8Bit(error.what())));
-    }
+    writeResult(fileName, text);
 }
 
 ExitStatus dump(HostProgram& host, const std::vector<Tag>& tags, const QString& fileName)

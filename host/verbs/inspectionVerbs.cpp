@@ -1,5 +1,6 @@
 #include "verbs/inspectionVerbs.h"
 
+#include "program/printing.h"
 #include "verbs/diffVerb.h"
 #include "verbs/dumpVerb.h"
 #include "verbs/memoryWords.h"
@@ -7,11 +8,6 @@
 #include "verbs/stationList.h"
 
 namespace {
-
-QString text(const std::string& utf8)
-{
-    return QString::fromStdString(utf8);
-}
 
 ExitStatus scan(const CommandOptions& options, const DriverLibrary& driver)
 {

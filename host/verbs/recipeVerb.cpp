@@ -1,11 +1,10 @@
 #include "verbs/recipeVerb.h"
 
 #include "output/changeLines.h"
-#include "output/writtenFile.h"
 #include "plan/recipeFile.h"
 #include "plan/recipePlan.h"
 #include "plan/tagValue.h"
-#include "program/interrupt.h"
+#include "program/resultFile.h"
 #include "verbs/difference.h"
 #include "verbs/tagChoice.h"
 
@@ -151,17 +150,6 @@ void printDone(const char* what, size_t values, bool verified, bool json)
     std::printf("%s\n", QJsonDocument(object).toJson(QJsonDocument::Compact).constData());
 }
 
-void writeRecipe(const QString& fileName, const Recipe& recipe)
-{
-    try {
-        writeFile(fileName, recipeText(recipe), isToEnd);
-    } catch (const WriteError& error) {
-        throw VerbFailure(isToEnd() ? EXIT_INTERRUPTED : EXIT_USAGE,
-                          QString(QLatin1String("cannot write %1: %2"))
-                              .arg(fileName, QString::fromLocal8Bit(error.what())));
-    }
-}
-
 } // namespace
 
 ExitStatus downloadRecipe(const DriverLibrary& driver, const LinkOptions& options,
@@ -188,7 +176,7 @@ ExitStatus uploadRecipe(const DriverLibrary& driver, const LinkOptions& options,
         recipe.values = transfer.upload("reading");
         if (recipeOptions.verify)
             verify(recipe.tags, recipe.values, transfer.upload("reading back"), options.json);
-        writeRecipe(recipeOptions.output, recipe);
+        writeResult(recipeOptions.output, recipeText(recipe));
         printDone("uploaded", recipe.tags.size(), recipeOptions.verify, options.json);
         return EXIT_DONE;
     });

@@ -30,3 +30,9 @@ WatchRow watchRow(const Tag& tag, const TagState& state, qint64 now)
     row.trouble = state.trouble;
     return row;
 }
+
+QString linkEventText(const News::LinkEvent& event)
+{
+    if (event.connected) return QString::fromLatin1("link is back");
+    return QLatin1String("link lost: ") + event.trouble;
+}

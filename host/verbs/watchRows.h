@@ -9,4 +9,7 @@
 /// @param now  microseconds, on the clock of TagState::readAt
 WatchRow watchRow(const Tag& tag, const TagState& state, qint64 now);
 
+/// An event of the link in words.
+QString linkEventText(const News::LinkEvent& event);
+
 #endif

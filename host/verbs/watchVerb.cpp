@@ -58,8 +58,7 @@ public:
 private:
     void showEvent(const News::LinkEvent& event, const TimeText& times)
     {
-        const QString text = event.connected ? QString(QLatin1String("link is back"))
-                                             : QLatin1String("link lost: ") + event.trouble;
+        const QString text = linkEventText(event);
         printLine(m_json ? eventJson(text, event.time, times)
                          : eventLine(text, event.time, times).toUtf8());
     }
