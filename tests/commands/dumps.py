@@ -1,6 +1,7 @@
 """Dumps of the PLC's words, and comparisons of the PLC with a file."""
 
 from commandLine import CommandLineTest, on_each_link
+from processes import matching
 
 PATIENT = "--timeout-ms 2000"
 
@@ -93,7 +94,10 @@ class Difference(CommandLineTest):
     def test_writes_nothing(self):
         self.recipe(level="12.5")
         with self.plc("pty") as plc:
-            self.host(f"diff --link {plc.link} {PATIENT} recipe.csv", 6)
+            run = self.host(f"diff --link {plc.link} {PATIENT} recipe.csv --trace", 6)
+        requests = matching(run.errors, " > ")
+        self.assertGreaterEqual(len(requests), 1)
+        self.assertEqual(requests, matching(requests, r" > [0-9A-F]{2} 0[34] .*: read "))
         self.assertEqual([], plc.memory())
 
     def test_files_that_cannot_be_used(self):

@@ -6,6 +6,7 @@ import signal
 import tty
 
 from commandLine import CommandLineTest, on_each_link
+from processes import matching
 
 PATIENT = "--timeout-ms 1000"  # a busy machine is no silent station
 LAST_STATION = 247
@@ -48,8 +49,12 @@ class Scan(CommandLineTest):
                              self.found(f"--link {plc.link} --stations 2 --bauds 9600,38400 {PATIENT}"))
 
     def test_writes_nothing(self):
+        """A write of 0 would not show in the memory, so the frames are looked at."""
         with self.plc("pty", "--stations 1-2") as plc:
-            self.host(f"scan --link {plc.link} --stations 1-4 {PATIENT} --attempts 1")
+            run = self.host(f"scan --link {plc.link} --stations 1-4 {PATIENT} --attempts 1 --trace")
+        requests = matching(run.errors, " > ")
+        self.assertGreaterEqual(len(requests), 4)
+        self.assertEqual(requests, matching(requests, r" > [0-9A-F]{2} 0[34] .*: read "))
         self.assertEqual([], plc.memory())
 
     def test_own_simulated_plc(self):
@@ -89,6 +94,7 @@ class InterruptedScan(CommandLineTest):
         with self.plc("pty", "--station 1") as plc:
             run = self.start(f"scan --link {plc.link} --timeout-ms 60000 --attempts 1")
             run.await_lines("^station 1 at 38400 baud answers")
+            self.assertRegex(run.errors[0], f"asking {LAST_STATION} stations; ")
             self.end(run, signal.SIGINT, 8)
             self.assertEqual("kakb-host: interrupted", run.errors[-1])
 

@@ -84,6 +84,12 @@ class Hold(CommandLineTest):
         self.assertEqual(["QX0.5 = 1 confirmed", "MW300 = 9 confirmed"], run.lines)
         self.assertEqual(["1 QW 0 32", "1 MW 3150 9"], plc.memory())
 
+    def test_writes_wait_for_two_seconds_unless_told_otherwise(self):
+        """Without a hold the command would end within a time-out or two."""
+        with self.plc("pty", "--silent 1") as plc:
+            run = self.host(f"write MW100=7 QX0.5=1 --timeout-ms 50 --link {plc.link}", 4)
+        self.assertGreaterEqual(run.milliseconds, 2000)
+
     @on_each_link
     def test_frames_of_several_values_wait_too(self, kind):
         with self.plc(kind, self.FAULTS) as plc:

@@ -12,8 +12,8 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
-#include <chrono>
 #include <cstdio>
+#include <ctime>
 #include <set>
 
 // Requests by pymodbus 3.0's RTU framer; bits are read as their register. Times at 9600 baud and a
@@ -277,6 +277,12 @@ TEST(PlanVerb, RequestsAreThoseOfAWatch)
     EXPECT_EQ(polled, shown);
 }
 
+#ifdef __SANITIZE_ADDRESS__
+const double MOST_SECONDS = 3; // a sanitizer makes it some times slower
+#else
+const double MOST_SECONDS = 0.3;
+#endif
+
 // The driver would lay out 120,000 words in its cache for 5 s and more.
 TEST(PlanVerb, OfTwentyThousandTagsTakesAMoment)
 {
@@ -289,10 +295,10 @@ TEST(PlanVerb, OfTwentyThousandTagsTakesAMoment)
         tag.number = 3000 + (i % 2 == 0 ? 6 : 96) * (i / 31);
         tags.push_back(tag);
     }
-    const auto start = std::chrono::steady_clock::now();
+    const std::clock_t start = std::clock();
     const QByteArray table = printed(tags, false);
-    const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
-    std::printf("planned 20,000 tags of 31 stations in %.2f s\n", taken.count());
+    const double taken = double(std::clock() - start) / CLOCKS_PER_SEC; // of the processor
+    std::printf("planned 20,000 tags of 31 stations in %.2f s\n", taken);
     EXPECT_GT(table.count('\n'), 500);
-    EXPECT_LT(taken.count(), 3);
+    EXPECT_LT(taken, MOST_SECONDS);
 }

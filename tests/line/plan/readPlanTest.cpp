@@ -1,5 +1,6 @@
 #include "plan/readPlan.h"
 
+#include "randomSource.h"
 #include "readPlanBench.h"
 #include "wire/lineTiming.h"
 
@@ -156,6 +157,20 @@ TEST(ShortestReads, TwoThousandBitsInARowAreOneRequest)
     const std::vector<ReadBlock> blocks = shortestOf(tags, 5);
     ASSERT_EQ(1u, blocks.size());
     EXPECT_EQ(125, blocks[0].count);
+    expectAllRead(tags, blocks, MOST_WORDS);
+}
+
+// The markers have 4096 words: 32 requests of 125 words and one of 96.
+TEST(ShortestReads, TwentyThousandMixedTagsAreTheRequestsForAllMarkers)
+{
+    RandomSource random(1);
+    std::vector<Tag> tags;
+    for (int number = 3000; number <= 7095; ++number)
+        tags.push_back(wordTag(number));
+    while (tags.size() < 20000)
+        tags.push_back(bitTag("MX", random.between(3000, 65535)));
+    const std::vector<ReadBlock> blocks = shortestOf(tags, 5);
+    EXPECT_EQ(33u, blocks.size());
     expectAllRead(tags, blocks, MOST_WORDS);
 }
 
