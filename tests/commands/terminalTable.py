@@ -77,6 +77,8 @@ class TerminalTable(CommandLineTest):
             self.host(f"write --tags {DEMO_TAGS} setpoint=21.5 pump=1 'speed of line 2=-300' "
                       f"--link {plc.link}")
             self.keys("echo what was there before")
+            # Keys that arrive while the shell is busy would be echoed into the line above.
+            self.awaits("^what was there before$")
             self.keys(f"kakb-host watch --tags {DEMO_TAGS} --link {plc.link}")
             self.awaits("^fill level ")
             self.fits(100, 30)
