@@ -1,9 +1,10 @@
 #!/usr/bin/env python3
-"""Runs tests of kakb-host and kakb-sim as a user starts them.
+"""Runs tests of the programs as a user starts them.
 
-usage: runTests.py PROGRAM_FOLDER [MODULE[.CLASS[.TEST]]]...
-  PROGRAM_FOLDER   where kakb-host and kakb-sim are
-  MODULE           a file of this folder, without .py (default: all)
+usage: runTests.py PROGRAM_FOLDER [--folder FOLDER] [MODULE[.CLASS[.TEST]]]...
+  PROGRAM_FOLDER   where kakb-host, kakb-sim and kakb-station are
+  FOLDER           where the modules are (default: this folder)
+  MODULE           a file of the folder, without .py (default: all)
 
 Exit status: 0 all passed, 1 usage or a failure, 77 all were skipped.
 """
@@ -20,8 +21,11 @@ SKIPPED = 77
 def main(programs, *tests):
     """Runs the tests in this process; returns the exit status."""
     os.environ["KAKB_PROGRAMS"] = str(Path(programs).resolve())
-    sys.path[:0] = [str(HERE), str(HERE.parent / "support")]
-    tests = tests or sorted(path.stem for path in HERE.glob("*.py") if path.stem != "runTests")
+    folder = HERE
+    if tests[:1] == ("--folder",):
+        folder, tests = Path(tests[1]).resolve(), tests[2:]
+    sys.path[:0] = [str(folder), str(HERE.parent / "support")]
+    tests = tests or sorted(path.stem for path in folder.glob("*.py") if path.stem != "runTests")
     result = unittest.main(module=None, argv=[sys.argv[0], *tests], verbosity=2, exit=False).result
     if not result.wasSuccessful():
         return 1

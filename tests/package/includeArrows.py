@@ -7,6 +7,9 @@ Exit status: 0 no arrow runs back, 1 else; each such include is printed with its
     host/verbs -> host/program -> host/output            the command line
         |
         v
+    station/program -> station/events -> station/api -> station/machine, history, http
+        |                                                   -> station/values   the resident station
+        v
     line/session -> line/exchange, line/links, line/plan -> line/driver, line/wire
         |
         v
@@ -24,6 +27,8 @@ HOST_HEADER = "quorvane_ka_kb_plc.h"
 DRIVER = {"include", "device", "service", "service/otherWidths"}
 LINE_BASE = {"line/wire", "line/driver"}
 LINE = LINE_BASE | {"line/exchange", "line/links", "line/plan", "line/session"}
+STATION_BASE = LINE | {"station/values", "station/machine", "station/history", "station/http"}
+STATION = STATION_BASE | {"station/page", "station/api", "station/events", "station/program"}
 
 # A room and the rooms that it may include, beside itself.
 MAY_INCLUDE = {
@@ -41,10 +46,20 @@ MAY_INCLUDE = {
     "host/program": LINE | {"host/output"},
     "host/verbs": LINE | {"host/output", "host/program"},
     "host": LINE | {"host/output", "host/program", "host/verbs"},
+    "station/values": LINE,
+    "station/machine": LINE | {"station/values"},
+    "station/history": LINE | {"station/values"},
+    "station/http": LINE_BASE | {"station/values"},
+    "station/page": {"station/http"},
+    "station/api": STATION_BASE,
+    "station/events": STATION_BASE | {"station/api"},
+    "station/program": STATION,
+    "station": STATION,
     "simulator": set(),
 }
 WITH_HOST_HEADER = LINE - {"line/wire", "line/exchange"} | {"host/output", "host/program",
-                                                            "host/verbs", "host"}
+                                                            "host/verbs", "host"} | (
+                                                                STATION - LINE)
 INCLUDE = re.compile(r'^\s*#\s*include\s*"([^"]+)"', re.MULTILINE)
 
 
@@ -88,7 +103,7 @@ def arrows_back(path, text, project):
 
 def sources(project):
     """Every source file of the product."""
-    for top in ("include", "device", "service", "line", "host", "simulator"):
+    for top in ("include", "device", "service", "line", "host", "station", "simulator"):
         for path in sorted((project / top).rglob("*")):
             if path.suffix in (".h", ".cpp"):
                 yield path
@@ -105,6 +120,10 @@ PLANTED = (
     ("line/exchange/answerOrder.h", HOST_HEADER),
     ("host/output/columnText.h", "program/exitStatus.h"),
     ("host/program/exitStatus.h", "verbs/readVerb.h"),
+    ("station/values/linkValues.h", "machine/machineLink.h"),
+    ("station/http/httpServer.h", "api/stationParts.h"),
+    ("station/machine/machineLink.h", "output/outputStream.h"),
+    ("host/verbs/readVerb.h", "values/linkValues.h"),
     ("include/driverState.h", "device/checksum.h"),
     ("device/checksum.h", "service/recipes.h"),
     ("service/recipes.h", "wire/frameShape.h"),

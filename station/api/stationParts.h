@@ -1,0 +1,23 @@
+#ifndef STATION_PARTS_H
+#define STATION_PARTS_H
+
+#include "http/httpRoutes.h"
+#include "machine/stationLinks.h"
+
+class History;
+class HttpServer;
+
+/// What the API reads and calls. The parts outlive the API.
+struct StationParts
+{
+    QString name;   ///< of the station
+    qint64 started; ///< ms since 1970
+    bool areWritesAllowed = false;
+    StationLinks& links;
+    StationEvents& events;
+    const StationClock& clock;
+    History* history = nullptr;         ///< null: --no-history
+    const HttpServer* server = nullptr; ///< for the number of clients; set after construction
+};
+
+#endif

@@ -1,0 +1,59 @@
+#ifndef HTTP_SERVER_H
+#define HTTP_SERVER_H
+
+#include "http/httpRoutes.h"
+
+#include <QHostAddress>
+#include <QStringList>
+
+#include <memory>
+#include <stdexcept>
+
+/// The server cannot start. what() is one sentence.
+struct HttpError : std::runtime_error
+{
+    using std::runtime_error::runtime_error;
+};
+
+/// The station's HTTP server: one thread, which waits in one epoll. It refuses what is not meant
+/// for it before any route sees it.
+///
+/// The constructor listens; start() begins to answer. The owner's thread constructs and destroys
+/// it.
+class HttpServer
+{
+public:
+    struct Settings
+    {
+        QHostAddress address = QHostAddress(QHostAddress::LocalHost);
+        quint16 port = 8480;   ///< 0: any free port
+        QByteArray token;      ///< empty: none is asked for
+        QStringList hostNames; ///< further names that `Host` may have
+    };
+
+    /// Does work of the HTTP thread that is due, such as the streams'.
+    /// @param now  StationClock::steady(), microseconds
+    /// @return when it is due again; empty: after the next wake()
+    using Turn = std::function<std::optional<qint64>(qint64 now)>;
+
+    /// @throws HttpError
+    HttpServer(const Settings& settings, const HttpRoutes& routes, Turn turn);
+    ~HttpServer();
+
+    void start();
+
+    /// The port that it listens on.
+    quint16 port() const;
+
+    /// Takes the turn soon and asks the waiting bodies again. From any thread; cheap.
+    void wake();
+
+    /// Connections that are open. From any thread.
+    int clients() const;
+
+private:
+    class Loop;
+    const std::unique_ptr<Loop> m_loop;
+};
+
+#endif

@@ -1,0 +1,28 @@
+#include "machine/recipeJob.h"
+#include "machine/writeEnd.h"
+
+const char* writeOutcomeText(WriteEnd::Outcome outcome)
+{
+    switch (outcome) {
+    case WriteEnd::CONFIRMED:
+        return "confirmed";
+    case WriteEnd::REFUSED:
+        return "refused";
+    case WriteEnd::FAILED:
+        return "failed";
+    }
+    return "failed";
+}
+
+const char* recipeOutcomeText(RecipeEnd::Outcome outcome)
+{
+    switch (outcome) {
+    case RecipeEnd::DONE:
+        return "done";
+    case RecipeEnd::FAILED:
+        return "failed";
+    case RecipeEnd::DIFFERS:
+        return "differs";
+    }
+    return "failed";
+}
