@@ -1,0 +1,30 @@
+#include "values/valueJson.h"
+
+#include "plan/tagValue.h"
+
+namespace {
+
+/// The value's text with decimal digits, which is the only form of a number in JSON.
+QByteArray decimalText(const Tag& tag, const QByteArray& bytes)
+{
+    if (tag.format == Tag::DECIMAL) return tagValueText(tag, bytes).toLatin1();
+    Tag decimal = tag;
+    decimal.format = Tag::DECIMAL;
+    return tagValueText(decimal, bytes).toLatin1();
+}
+
+bool isNumber(const QByteArray& text)
+{
+    const char last = text.at(text.size() - 1);
+    return last >= '0' && last <= '9';
+}
+
+} // namespace
+
+QByteArray valueJson(const Tag& tag, const QByteArray& bytes)
+{
+    const QByteArray text = decimalText(tag, bytes);
+    if (text.isEmpty()) return QByteArrayLiteral("null");
+    if (tag.isBit()) return text == "1" ? QByteArrayLiteral("true") : QByteArrayLiteral("false");
+    return isNumber(text) ? text : '"' + text + '"';
+}

@@ -1,0 +1,14 @@
+#ifndef VALUE_JSON_H
+#define VALUE_JSON_H
+
+#include "plan/tag.h"
+
+#include <QByteArray>
+
+/// The JSON text of a tag's value, one form for everything that the station tells: a decimal number
+/// also for a tag whose own format is hexadecimal or binary, `true` or `false` for a bit, the texts
+/// `"nan"`, `"inf"` and `"-inf"`, which JSON has no numbers for, and `null` without a value.
+/// @param bytes  in the format of intf_getData; empty: the tag was never read
+QByteArray valueJson(const Tag& tag, const QByteArray& bytes);
+
+#endif
