@@ -12,10 +12,7 @@
 # With KAKB_PLAIN_NAMES off the links without Qt's version are left out: of two trees in one prefix,
 # one has them.
 
-set(KAKB_DRIVER_FOLDER ${CMAKE_INSTALL_LIBDIR}/quorvane-ka-kb/qt${QT_MAJOR})
 set(KAKB_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/quorvane_ka_kb_plc)
-# What the tools read; the host looks for it from its own folder.
-set(KAKB_DATA_FOLDER ${CMAKE_INSTALL_DATADIR}/quorvane-ka-kb)
 
 install(TARGETS driver LIBRARY DESTINATION ${KAKB_DRIVER_FOLDER})
 install(TARGETS driver_library kakb_line EXPORT quorvane_ka_kb_plc_targets

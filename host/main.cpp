@@ -28,10 +28,10 @@
 //
 // Exit statuses: kakb-host --help, from program/exitStatus.h
 
+#include "driver/companionFiles.h"
+#include "driver/driverFile.h"
 #include "links/tcpLink.h"
 #include "output/outputStream.h"
-#include "program/companionFiles.h"
-#include "program/driverFile.h"
 #include "program/interrupt.h"
 #include "program/printing.h"
 #include "verbs/commandLine.h"

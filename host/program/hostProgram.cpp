@@ -1,6 +1,6 @@
 #include "program/hostProgram.h"
 
-#include "program/companionFiles.h"
+#include "driver/companionFiles.h"
 #include "program/interrupt.h"
 #include "program/printing.h"
 #include "program/simulatorStart.h"

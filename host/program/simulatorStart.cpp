@@ -1,6 +1,6 @@
 #include "program/simulatorStart.h"
 
-#include "program/companionFiles.h"
+#include "driver/companionFiles.h"
 
 #include <set>
 

@@ -1,8 +1,8 @@
 #include "verbs/commandLine.h"
 
+#include "driver/companionFiles.h"
 #include "output/writtenFile.h"
 #include "plan/addressReason.h"
-#include "program/companionFiles.h"
 #include "program/printing.h"
 #include "verbs/addressVerbs.h"
 #include "verbs/commandOptions.h"

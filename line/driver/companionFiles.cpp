@@ -1,4 +1,4 @@
-#include "program/companionFiles.h"
+#include "driver/companionFiles.h"
 
 #include <QCoreApplication>
 #include <QDir>

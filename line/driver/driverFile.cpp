@@ -1,4 +1,4 @@
-#include "program/driverFile.h"
+#include "driver/driverFile.h"
 
 #include <QFileInfo>
 #include <QStringList>
@@ -50,4 +50,11 @@ DriverLibrary loadDriver(const QString& fileName)
     } catch (const DriverNotLoaded& error) {
         throw DriverNotLoaded(error.what() + searchText(fileName).toStdString());
     }
+}
+
+QString loadedFile(const DriverLibrary& driver)
+{
+    Dl_info found = {};
+    dladdr(reinterpret_cast<const void*>(driver.getVersion), &found);
+    return QString::fromLocal8Bit(found.dli_fname);
 }

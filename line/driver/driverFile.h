@@ -8,4 +8,7 @@
 /// @throws DriverError; when there is no such file, its text names the folders searched
 DriverLibrary loadDriver(const QString& fileName);
 
+/// The path of the file from which the system has loaded the driver.
+QString loadedFile(const DriverLibrary& driver);
+
 #endif

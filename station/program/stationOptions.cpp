@@ -1,0 +1,149 @@
+#include "program/stationOptions.h"
+
+#include "plan/durationText.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <cstdio>
+
+namespace {
+
+std::string helpFooter()
+{
+    std::string text = "Signals: SIGHUP reads the configuration again; SIGINT and SIGTERM end the "
+                       "station.\n\nExit status:";
+    int status = 0;
+    for (const char* const meaning : STATION_STATUS_MEANINGS)
+        text += "\n  " + std::to_string(status++) + "  " + meaning;
+    return text;
+}
+
+/// An option with a text.
+CLI::Option* addText(CLI::App& app, const char* name, QString& text, const char* help)
+{
+    return app.add_option_function<std::string>(
+        name, [&text](const std::string& given) { text = QString::fromStdString(given); }, help);
+}
+
+void addFiles(CLI::App& app, StationOptions& options)
+{
+    addText(app, "--config", options.config, "configuration (TOML)")->type_name("FILE");
+    app.add_flag("--check", options.isCheck,
+                 "print all mistakes of the configuration and of its tag files, and end");
+    addText(app, "--state", options.state,
+            "folder of the history (default: $STATE_DIRECTORY, else "
+            "$XDG_STATE_HOME/kakb-station, else ~/.local/state/kakb-station)")
+        ->type_name("DIR");
+    app.add_flag("--no-history", options.hasNoHistory, "keep no history");
+    addText(app, "--driver", options.driver,
+            "driver library (default: the library beside this program, else the system's)")
+        ->type_name("FILE");
+}
+
+void addAccess(CLI::App& app, StationOptions& options)
+{
+    app.add_option_function<std::string>(
+           "--listen",
+           [&options](const std::string& text) {
+               options.listen = listenAddress(QString::fromStdString(text));
+           },
+           "IP address and port of the page; an IPv6 address in brackets; port 0: any free one, "
+           "which the first line names")
+        ->check(CLI::Validator(
+            [](const std::string& text) {
+                return listenAddress(QString::fromStdString(text))
+                           ? std::string()
+                           : text + " is no address such as 127.0.0.1:8480 or [::1]:8480";
+            },
+            "ADDRESS:PORT"))
+        ->default_str("127.0.0.1:8480");
+    addText(app, "--token-file", options.tokenFile,
+            "file of the token that every request needs; made when it is missing; required for an "
+            "address that is not of this machine alone")
+        ->type_name("FILE");
+    app.add_flag("--allow-writes", options.allowsWrites,
+                 "let the page and other programs write the tags with access rw");
+    app.add_option_function<std::vector<std::string>>(
+           "--host-name",
+           [&options](const std::vector<std::string>& names) {
+               for (const std::string& name : names)
+                   options.hostNames << QString::fromStdString(name);
+           },
+           "further name that browsers reach the station by; repeatable")
+        ->type_name("NAME")
+        ->expected(1)
+        ->take_all();
+}
+
+void addLink(CLI::App& app, StationOptions& options)
+{
+    addText(app, "--tags", options.tags,
+            "tag file (CSV); default, on the simulated PLC only: the demo's tag file")
+        ->type_name("FILE");
+    addText(app, "--link", options.link,
+            "sim, serial:DEVICE,BAUD,DATA BITS,PARITY,STOP BITS or tcp:HOST,PORT; the driver "
+            "supplies omitted parts")
+        ->type_name("LINK")
+        ->default_str("sim");
+    app.add_option_function<std::string>(
+           "--pace",
+           [&options](const std::string& text) {
+               options.paceMs = durationMs(QString::fromStdString(text));
+           },
+           "shortest time from the start of a cycle to the next start, such as 500ms, 10s or 5m; "
+           "0: cycles follow at once (default: 100ms over TCP, else 0)")
+        ->check(CLI::Validator(
+            [](const std::string& text) {
+                return durationMs(QString::fromStdString(text))
+                           ? std::string()
+                           : text + " is no duration such as 500ms, 10s or 5m";
+            },
+            "DURATION"));
+    app.add_option("--timeout-ms", options.timeoutMs,
+                   "longest time that a station takes to begin its answer; over TCP, until all of "
+                   "the answer is there")
+        ->check(CLI::Range(10, 60000))
+        ->capture_default_str();
+    app.add_option("--attempts", options.attempts, "number of attempts for each request")
+        ->check(CLI::Range(1, 20))
+        ->capture_default_str();
+    app.add_option("--pause-ms", options.pauseMs,
+                   "pause before a lost link is opened again; doubles up to 30 s")
+        ->check(CLI::Range(10, 30000))
+        ->capture_default_str();
+}
+
+StationStatus usageError(std::string sentence)
+{
+    std::replace(sentence.begin(), sentence.end(), '\n', ' ');
+    std::fprintf(stderr, "kakb-station: %s (kakb-station --help says more)\n", sentence.c_str());
+    return STATION_USAGE;
+}
+
+} // namespace
+
+std::optional<StationStatus> parseStationOptions(int argc, char** argv, StationOptions& options)
+{
+    CLI::App app("Resident station: shows the values of its links in a browser", "kakb-station");
+    app.footer(helpFooter());
+    app.set_version_flag("--version", "kakb-station " KAKB_PROJECT_VERSION);
+    addFiles(app, options);
+    addAccess(app, options);
+    addLink(app, options);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        if (error.get_exit_code() != 0) return usageError(error.what());
+        app.exit(error);
+        return STATION_DONE;
+    }
+    if (!options.config.isEmpty()) {
+        for (const char* const name :
+             {"--tags", "--link", "--pace", "--timeout-ms", "--attempts", "--pause-ms"})
+            if (app.count(name) > 0)
+                return usageError(std::string(name) +
+                                  " describes the one link of a station without --config");
+    }
+    return std::nullopt;
+}

@@ -1,0 +1,27 @@
+#ifndef STATION_PROGRAM_H
+#define STATION_PROGRAM_H
+
+#include "machine/stationLinks.h"
+#include "program/stationConfig.h"
+
+/// The parts of a running station, and how they hang together.
+///
+/// The main thread uses it.
+class StationProgram
+{
+public:
+    /// @throws StationFailure
+    StationProgram(const StationConfig& config, const QString& driverFile);
+    ~StationProgram();
+
+    /// The address of the page.
+    QString url() const;
+
+private:
+    const StationConfig m_config;
+    SystemClock m_clock;
+    StationEvents m_events;
+    StationLinks m_links;
+};
+
+#endif
