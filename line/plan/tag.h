@@ -23,6 +23,8 @@ struct Tag
     enum WordOrder { LOW_WORD_FIRST, HIGH_WORD_FIRST }; ///< matters to the 32-bit types
     enum Format { DECIMAL, HEXADECIMAL, BINARY };       ///< the last two: unsigned types only
 
+    enum Access { READ_ONLY, READ_WRITE };
+
     QString name;
     int station = 1; ///< 1 to 247
     QString area;    ///< MW, IW, QW, MX, IX or QX
@@ -30,8 +32,11 @@ struct Tag
     int number = 0;  ///< address number of the first unit
     Type type = UINT16;
     WordOrder wordOrder = LOW_WORD_FIRST;
-    Format format = DECIMAL; ///< of the value's text
-    ReadRate rate;           ///< only polling uses it
+    Format format = DECIMAL;   ///< of the value's text
+    ReadRate rate;             ///< only polling uses it
+    Access access = READ_ONLY; ///< whether the resident station may write it; READ_WRITE only where
+                               ///< the area can be written
+    double deadband = 0; ///< the history leaves out changes up to this size; finite, 0 or more
     QString comment;
 
     bool isBit() const

@@ -1,7 +1,7 @@
 #include "plan/tagFile.h"
 
 #include "plan/addressReason.h"
-#include "plan/csvText.h"
+#include "plan/tagColumns.h"
 #include "plan/tagText.h"
 #include "plan/typedAddress.h"
 
@@ -12,29 +12,9 @@
 
 namespace {
 
-enum Column { NAME, STATION, AREA, ADDRESS, TYPE, COMMENT, RATE, VALUE, COLUMN_COUNT };
-
-const char* const COLUMN_NAMES[COLUMN_COUNT] = {"name", "station", "area", "address",
-                                                "type", "comment", "rate", "value"};
-
-bool isOptional(int column)
-{
-    return column == COMMENT || column == RATE;
-}
-
 const char COMMA = ',';
 const QLatin1Char DECIMAL_COMMA(',');
 const QLatin1Char DECIMAL_POINT('.');
-
-QString columnName(int column)
-{
-    return QLatin1String(COLUMN_NAMES[column]);
-}
-
-QString atLine(int line, const QString& problem)
-{
-    return QString(QLatin1String("line %1: %2")).arg(QString::number(line), problem);
-}
 
 [[noreturn]] void fail(const QString& problem)
 {
@@ -75,50 +55,13 @@ QString addressNameProblem(const Tag& tag, const DriverLibrary& driver)
         .arg(quoted(tag.name));
 }
 
-/// The meaning of each field in the file's records.
-class Columns
+/// Why the tag's access does not fit its place; empty: it fits.
+QString accessConflict(const Tag& tag, const DriverLibrary& driver)
 {
-public:
-    /// @throws TagFileError
-    Columns(const CsvRecord& header, bool withValues);
-
-    int count() const
-    {
-        return m_count;
-    }
-    QString field(const CsvRecord& record, Column column) const
-    {
-        return record.fields.value(m_positions[column]);
-    }
-
-private:
-    int m_positions[COLUMN_COUNT] = {};
-    int m_count;
-};
-
-Columns::Columns(const CsvRecord& header, bool withValues) : m_count(int(header.fields.size()))
-{
-    const int columns = withValues ? int(COLUMN_COUNT) : int(VALUE);
-    QStringList problems;
-    if (!header.problem.isEmpty()) fail(atLine(header.line, header.problem));
-    QStringList known;
-    for (int i = 0; i < columns; ++i) {
-        known << columnName(i);
-        m_positions[i] = int(header.fields.indexOf(columnName(i)));
-        if (m_positions[i] < 0 && !isOptional(i))
-            problems << QLatin1String("there is no column ") + columnName(i);
-        if (header.fields.count(columnName(i)) > 1)
-            problems << QLatin1String("there are several columns ") + columnName(i);
-    }
-    for (const QString& field : header.fields)
-        if (!known.contains(field)) problems << quoted(field) + QLatin1String(" is no column");
-    if (problems.isEmpty()) return;
-    fail(atLine(header.line,
-                problems.join(QLatin1String("; ")) +
-                    QLatin1String(withValues ? "; the columns are name, station, area, address, "
-                                               "type, value and, if wanted, comment and rate"
-                                             : "; the columns are name, station, area, address, "
-                                               "type and, if wanted, comment and rate")));
+    if (tag.access == Tag::READ_ONLY) return QString();
+    const QString problem = writeProblem(tag, driver);
+    if (problem.isEmpty()) return QString();
+    return QLatin1String("access \"rw\": ") + problem;
 }
 
 /// Whether the values of a file have decimal points and no decimal commas.
@@ -136,7 +79,7 @@ bool hasDecimalPoints(const std::vector<CsvRecord>& records, int column)
 class TagReader
 {
 public:
-    TagReader(const Columns& columns, const DriverLibrary& driver, const ValueJudge& judge,
+    TagReader(const TagColumns& columns, const DriverLibrary& driver, const ValueJudge& judge,
               char separator)
         : m_columns(columns), m_driver(driver), m_judge(judge), m_separator(separator)
     {
@@ -148,9 +91,11 @@ public:
 private:
     QStringList take(const CsvRecord& record, Tag& tag);
     QString nameProblem(const QString& name, int line);
+    void takeTreatment(const CsvRecord& record, Tag& tag, QStringList& problems) const;
+    QString withPoint(QString number) const;
     QString valueField(const CsvRecord& record, const Tag& tag) const;
 
-    const Columns& m_columns;
+    const TagColumns& m_columns;
     const DriverLibrary& m_driver;
     const ValueJudge& m_judge;
     const char m_separator;
@@ -179,13 +124,13 @@ void TagReader::read(const CsvRecord& record)
 
 QStringList TagReader::take(const CsvRecord& record, Tag& tag)
 {
-    tag.name = m_columns.field(record, NAME);
-    tag.address = m_columns.field(record, ADDRESS);
-    tag.comment = m_columns.field(record, COMMENT);
-    const QString station = m_columns.field(record, STATION);
-    const QString type = m_columns.field(record, TYPE);
-    const QString area = m_columns.field(record, AREA);
-    const QString rate = m_columns.field(record, RATE);
+    tag.name = m_columns.field(record, COLUMN_NAME);
+    tag.address = m_columns.field(record, COLUMN_ADDRESS);
+    tag.comment = m_columns.field(record, COLUMN_COMMENT);
+    const QString station = m_columns.field(record, COLUMN_STATION);
+    const QString type = m_columns.field(record, COLUMN_TYPE);
+    const QString area = m_columns.field(record, COLUMN_AREA);
+    const QString rate = m_columns.field(record, COLUMN_RATE);
 
     QStringList problems;
     problems << nameProblem(tag.name, record.line);
@@ -197,12 +142,23 @@ QStringList TagReader::take(const CsvRecord& record, Tag& tag)
         problems << unknownAreaReason(area, m_driver);
     else if (typeKnown)
         problems << placeProblem(tag, m_driver);
+    takeTreatment(record, tag, problems);
     problems.removeAll(QString());
-    if (problems.isEmpty()) problems << addressNameProblem(tag, m_driver);
+    if (problems.isEmpty())
+        problems << addressNameProblem(tag, m_driver) << accessConflict(tag, m_driver);
     problems.removeAll(QString());
     if (problems.isEmpty() && m_judge) problems << m_judge(tag, valueField(record, tag));
     problems.removeAll(QString());
     return problems;
+}
+
+/// What the resident station does with the tag.
+void TagReader::takeTreatment(const CsvRecord& record, Tag& tag, QStringList& problems) const
+{
+    const QString access = m_columns.field(record, COLUMN_ACCESS);
+    const QString deadband = m_columns.field(record, COLUMN_DEADBAND);
+    if (!takeAccess(access, tag)) problems << accessProblem(access);
+    if (!takeDeadband(withPoint(deadband), tag)) problems << deadbandProblem(deadband);
 }
 
 QString TagReader::nameProblem(const QString& name, int line)
@@ -218,13 +174,17 @@ QString TagReader::nameProblem(const QString& name, int line)
         .arg(quoted(name), QString::number(first));
 }
 
-/// The text of the value with a decimal point.
+/// Between semicolons a number may have a decimal comma.
+QString TagReader::withPoint(QString number) const
+{
+    const bool hasComma = m_separator != COMMA && !number.contains(DECIMAL_POINT);
+    return hasComma ? number.replace(DECIMAL_COMMA, DECIMAL_POINT) : number;
+}
+
 QString TagReader::valueField(const CsvRecord& record, const Tag& tag) const
 {
-    QString value = m_columns.field(record, VALUE);
-    const bool hasComma =
-        m_separator != COMMA && tag.type == Tag::FLOAT32 && !value.contains(DECIMAL_POINT);
-    return hasComma ? value.replace(DECIMAL_COMMA, DECIMAL_POINT) : value;
+    const QString value = m_columns.field(record, COLUMN_VALUE);
+    return tag.type == Tag::FLOAT32 ? withPoint(value) : value;
 }
 
 std::vector<Tag> TagReader::tags() const
@@ -245,7 +205,7 @@ std::vector<Tag> readTags(const QByteArray& csv, const DriverLibrary& driver,
 {
     const std::vector<CsvRecord> records = csvRecords(csv);
     if (records.empty()) fail(atLine(1, QLatin1String("there is no line with the column names")));
-    const Columns columns(records.front(), bool(judge));
+    const TagColumns columns(records.front(), bool(judge));
     TagReader reader(columns, driver, judge, csvSeparator(csv));
     std::for_each(records.begin() + 1, records.end(),
                   [&reader](const CsvRecord& record) { reader.read(record); });
@@ -263,7 +223,7 @@ TagFileError errorInFile(const QString& fileName, const TagFileError& error)
 QByteArray withValues(const QByteArray& csv, QStringList values)
 {
     const std::vector<CsvRecord> records = csvRecords(csv);
-    const int column = int(records.front().fields.indexOf(columnName(VALUE)));
+    const int column = int(records.front().fields.indexOf(tagColumnName(COLUMN_VALUE)));
     const bool getsCommas = csvSeparator(csv) != COMMA && !hasDecimalPoints(records, column);
     for (QString& value : values)
         if (getsCommas) value.replace(DECIMAL_POINT, DECIMAL_COMMA);

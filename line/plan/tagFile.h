@@ -10,20 +10,22 @@
 
 /// Reads tags from CSV text. The driver checks area and address.
 ///
-///   name,station,area,address,type,rate,comment
-///   level,1,MW,100,float32:high,500ms,"tank 1, metres"
+///   name,station,area,address,type,rate,access,deadband,comment
+///   level,1,MW,100,float32:high,500ms,rw,0.5,"tank 1, metres"
 ///
-/// - The first line names the columns, in any order. The columns comment and rate may be missing.
+/// - The first line names the columns, in any order. The columns comment, rate, access and deadband
+///   may be missing.
 /// - Types: bool, int16, uint16, int32, uint32, float32. The word order of a 32-bit type is ":low"
 ///   (default: the low word has the lower address) or ":high". The unsigned types show their values
 ///   in hexadecimal or binary with ":hex" or ":bin" at the end; "hex" and "bin" alone are words.
-/// - Rates: see takeRate().
+/// - Rates: see takeRate(). Access: "rw", or "ro" and empty; a tag with "rw" must be writable.
+/// - Deadbands: numbers of 0 or more; empty: 0.
 /// - An area may be in lower case or begin with %.
 /// - bool needs a bit area, the other types need a word area. Names are unique.
 /// - A field may have double quotes around it; a double quote inside is doubled (RFC 4180).
 /// - Empty lines and lines that begin with # are skipped. UTF-8, CR LF or LF.
 /// - When the first line has semicolons and no commas, semicolons separate the fields. A float in
-///   the column value may then have a decimal comma.
+///   the columns value and deadband may then have a decimal comma.
 /// @throws TagFileError with all bad lines
 std::vector<Tag> readTags(const QByteArray& csv, const DriverLibrary& driver);
 

@@ -5,6 +5,7 @@
 #include "plan/sharedMemory.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace {
 
@@ -136,6 +137,30 @@ QString tagTypeText(const Tag& tag)
 QString typeTextWithOrder(const Tag& tag)
 {
     return typeText(tag, true);
+}
+
+bool takeAccess(const QString& text, Tag& tag)
+{
+    const bool isWritable = text == QLatin1String("rw");
+    tag.access = isWritable ? Tag::READ_WRITE : Tag::READ_ONLY;
+    return isWritable || text.isEmpty() || text == QLatin1String("ro");
+}
+
+QString accessProblem(const QString& text)
+{
+    return QString(QLatin1String("access %1 is unknown; there are rw and ro")).arg(quoted(text));
+}
+
+bool takeDeadband(const QString& text, Tag& tag)
+{
+    bool isNumber = true;
+    tag.deadband = text.isEmpty() ? 0 : text.toDouble(&isNumber);
+    return isNumber && std::isfinite(tag.deadband) && tag.deadband >= 0;
+}
+
+QString deadbandProblem(const QString& text)
+{
+    return QString(QLatin1String("deadband %1 is no number of 0 or more")).arg(quoted(text));
 }
 
 QString quoted(const QString& text)

@@ -4,8 +4,8 @@
 #include "driver/driverLibrary.h"
 #include "plan/tag.h"
 
-// The texts of a tag's station, type, area and address: reads each text, and says in words what is
-// wrong with it. The functions with "Problem" in their name return a sentence.
+// The texts of a tag's station, type, area, address, access and deadband: reads each text, and says
+// in words what is wrong with it. The functions with "Problem" in their name return a sentence.
 
 /// Sets the tag's station from a text such as "2".
 /// @return false when the text is no station number from 1 to 247
@@ -39,6 +39,16 @@ QString kindProblem(const Tag& tag);
 
 /// Why a tag with a valid address cannot be written; empty when it can.
 QString writeProblem(const Tag& tag, const DriverLibrary& driver);
+
+/// Sets the tag's access from "rw", or from "ro" or an empty text.
+/// @return false when the text is no access
+bool takeAccess(const QString& text, Tag& tag);
+QString accessProblem(const QString& text);
+
+/// Sets the tag's deadband from a number with a decimal point; empty: 0.
+/// @return false when the text is no finite number of 0 or more
+bool takeDeadband(const QString& text, Tag& tag);
+QString deadbandProblem(const QString& text);
 
 QString quoted(const QString& text);
 

@@ -8,7 +8,7 @@ namespace {
 auto keyOf(const Tag& tag)
 {
     return std::tie(tag.name, tag.station, tag.area, tag.address, tag.type, tag.wordOrder,
-                    tag.format, tag.rate);
+                    tag.format, tag.rate, tag.access, tag.deadband);
 }
 
 bool isSameTag(const Tag& a, const Tag& b)

@@ -136,6 +136,34 @@ TEST(TagFile, BadRateIsReportedWithTheKnownRates)
               complaintOf("name,station,area,address,type,rate\na,1,MW,0,int16,10\n"));
 }
 
+TEST(TagFile, BadAccessIsReportedWithTheKnownOnes)
+{
+    for (const char* const access : {"wr", "RW", "read", "1"})
+        EXPECT_EQ(std::string("line 2: access \"") + access + "\" is unknown; there are rw and ro",
+                  complaintOf(QByteArray("name,station,area,address,type,access\na,1,MW,0,int16,") +
+                              access + "\n"));
+}
+
+TEST(TagFile, AccessToWriteWhereNothingCanBeWrittenIsReported)
+{
+    EXPECT_EQ("line 2: access \"rw\": area IW is read-only\n"
+              "line 4: access \"rw\": area IX is read-only",
+              complaintOf("name,station,area,address,type,access\n"
+                          "a,1,IW,0,int16,rw\n"
+                          "b,1,IW,0,int16,ro\n"
+                          "c,1,IX,0.0,bool,rw\n"
+                          "d,1,QX,0.0,bool,rw\n"));
+}
+
+TEST(TagFile, BadDeadbandIsReported)
+{
+    for (const char* const deadband : {"-1", "wide", "nan", "inf", "1e999", "0x10", "5%"})
+        EXPECT_EQ(
+            std::string("line 2: deadband \"") + deadband + "\" is no number of 0 or more",
+            complaintOf(QByteArray("name,station,area,address,type,deadband\na,1,MW,0,int16,") +
+                        deadband + "\n"));
+}
+
 TEST(TagFile, ReportsAllBadLinesAtOnce)
 {
     EXPECT_EQ("line 2: MW holds words, which are not of type bool\n"
@@ -173,15 +201,15 @@ TEST(TagFile, UnclosedQuoteDoesNotHideLaterErrors)
 TEST(TagFile, MissingColumnsAreOneError)
 {
     EXPECT_EQ("line 1: there is no column station; there is no column type; \"kind\" is no "
-              "column; the columns are name, station, area, address, type and, if wanted, comment "
-              "and rate",
+              "column; the columns are name, station, area, address, type and, if wanted, comment, "
+              "rate, access and deadband",
               complaintOf("name,area,address,kind\na,MW,0,int16\nb,MW,1,int16\n"));
 }
 
 TEST(TagFile, RepeatedColumnIsAnError)
 {
     EXPECT_EQ("line 2: there are several columns name; the columns are name, station, area, "
-              "address, type and, if wanted, comment and rate",
+              "address, type and, if wanted, comment, rate, access and deadband",
               complaintOf("#\nname,station,name,area,address,type\n"));
 }
 

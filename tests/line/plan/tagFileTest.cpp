@@ -72,6 +72,53 @@ TEST(TagFile, TagsOfAFileWithoutTheColumnRateAreReadInEveryCycle)
     EXPECT_EQ(ReadRate::EVERY_CYCLE, tagsOf("a,1,MW,0,int16,\n").at(0).rate.kind);
 }
 
+TEST(TagFile, ColumnAccessSaysWhichTagsMayBeWritten)
+{
+    const std::vector<Tag> tags = readTags("name,station,area,address,type,access\n"
+                                           "a,1,MW,0,int16,rw\n"
+                                           "b,1,MW,2,int16,ro\n"
+                                           "c,1,MW,4,int16,\n"
+                                           "d,1,IW,4,int16,ro\n",
+                                           driver());
+    ASSERT_EQ(4u, tags.size());
+    EXPECT_EQ(Tag::READ_WRITE, tags[0].access);
+    EXPECT_EQ(Tag::READ_ONLY, tags[1].access);
+    EXPECT_EQ(Tag::READ_ONLY, tags[2].access);
+    EXPECT_EQ(Tag::READ_ONLY, tags[3].access);
+}
+
+TEST(TagFile, NoTagOfAFileWithoutTheColumnAccessMayBeWritten)
+{
+    EXPECT_EQ(Tag::READ_ONLY, tagsOf("a,1,MW,0,int16,\n").at(0).access);
+}
+
+TEST(TagFile, ColumnDeadbandHoldsANumber)
+{
+    const std::vector<Tag> tags = readTags("deadband,name,station,area,address,type\n"
+                                           "0.5,a,1,MW,0,float32\n"
+                                           "10,b,1,MW,4,int16\n"
+                                           ",c,1,MW,6,int16\n"
+                                           "1e-3,d,1,MW,8,float32\n",
+                                           driver());
+    ASSERT_EQ(4u, tags.size());
+    EXPECT_EQ(0.5, tags[0].deadband);
+    EXPECT_EQ(10, tags[1].deadband);
+    EXPECT_EQ(0, tags[2].deadband);
+    EXPECT_EQ(0.001, tags[3].deadband);
+    EXPECT_EQ(0, tagsOf("a,1,MW,0,int16,\n").at(0).deadband);
+}
+
+TEST(TagFile, DeadbandBetweenSemicolonsMayHaveADecimalComma)
+{
+    const std::vector<Tag> tags = readTags("name;station;area;address;type;deadband\n"
+                                           "a;1;MW;0;float32;0,5\n"
+                                           "b;1;MW;4;float32;0.5\n",
+                                           driver());
+    ASSERT_EQ(2u, tags.size());
+    EXPECT_EQ(0.5, tags[0].deadband);
+    EXPECT_EQ(0.5, tags[1].deadband);
+}
+
 class TagFileNumbers : public testing::TestWithParam<Place>
 {
 };
