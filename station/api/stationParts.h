@@ -4,6 +4,8 @@
 #include "http/httpRoutes.h"
 #include "machine/stationLinks.h"
 
+#include <atomic>
+
 class History;
 class HttpServer;
 
@@ -12,7 +14,7 @@ struct StationParts
 {
     QString name;   ///< of the station
     qint64 started; ///< ms since 1970
-    bool areWritesAllowed = false;
+    const std::atomic<bool>& areWritesAllowed; ///< a reload may change it
     StationLinks& links;
     StationEvents& events;
     const StationClock& clock;
