@@ -1,33 +1,8 @@
 #include "output/frameTrace.h"
 
-#include "output/frameMeaning.h"
+#include "session/frameMeaning.h"
 #include "wire/frameShape.h"
 #include "wire/timeUnits.h"
-#include "wire/unfitBytes.h"
-
-namespace {
-
-/// Says also why the bytes were dropped.
-QString strayMeaning(const GatheredFrame& frame)
-{
-    if (frame.bytes == frame.request) return QLatin1String("echo of the request");
-    const QLatin1String stray("stray: ");
-    const QString why = describeUnfit(frame.request, frame.bytes);
-    const QString words = replyMeaning(frame.bytes, frame.request);
-    if (why.isEmpty()) return stray + words;
-    return hasRightChecksum(frame.bytes) ? stray + words + QLatin1String(": ") + why : stray + why;
-}
-
-QString meaning(const GatheredFrame& frame)
-{
-    if (frame.kind == GatheredFrame::REQUEST) return requestMeaning(frame.bytes);
-    if (frame.kind == GatheredFrame::FENCE)
-        return requestMeaning(frame.bytes) + QLatin1String(", a fence");
-    return frame.kind == GatheredFrame::STRAY ? strayMeaning(frame)
-                                              : replyMeaning(frame.bytes, frame.request);
-}
-
-} // namespace
 
 FrameTrace::FrameTrace(std::FILE* out, const TimeText& times) : m_out(out), m_times(times) {}
 
@@ -38,7 +13,7 @@ void FrameTrace::write(const std::vector<GatheredFrame>& frames)
         if (frame.kind == GatheredFrame::ANSWER) m_unanswered = GatheredFrame();
         std::fprintf(m_out, "%s %c %s  %s\n", qUtf8Printable(m_times.columnText(frame.time)),
                      isSent(frame) ? '>' : '<', frame.bytes.toHex(' ').toUpper().constData(),
-                     meaning(frame).toUtf8().constData());
+                     frameMeaning(frame).toUtf8().constData());
         std::fflush(m_out);
     }
 }

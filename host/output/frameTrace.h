@@ -1,8 +1,8 @@
 #ifndef FRAME_TRACE_H
 #define FRAME_TRACE_H
 
-#include "output/frameGatherer.h"
 #include "output/timeText.h"
+#include "session/frameGatherer.h"
 
 #include <cstdio>
 

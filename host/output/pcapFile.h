@@ -1,7 +1,7 @@
 #ifndef PCAP_FILE_H
 #define PCAP_FILE_H
 
-#include "output/frameGatherer.h"
+#include "session/frameGatherer.h"
 
 #include <QString>
 
@@ -22,19 +22,11 @@ struct PcapError : std::runtime_error
 ///   tshark -r FILE -o mbrtu.udp.port:10502 -o mbrtu.crc_verification:TRUE
 ///   wireshark -o mbrtu.udp.port:10502 -o mbrtu.crc_verification:TRUE FILE
 ///
-/// On every kind of link, each frame becomes a made-up UDP datagram over IPv4 between 192.0.2.1
-/// (the host) and port 10502 of 192.0.2.2 (the PLC). The dissector needs the port: a request of
-/// function 5 or 6 and its echo have the same bytes. "Decode As" does not tell the dissector the
-/// port.
-///
-/// The capture contains all sent frames and all recognised answers. It does not contain stray
-/// bytes, damaged replies and frames that answer no request, such as frames of another station: the
-/// dissector would show them as malformed packets or as answers. The trace contains them.
+/// framePacket() says what a packet is, and isCaptured() which frames become one. The trace
+/// contains all frames.
 class PcapFile
 {
 public:
-    enum { PLC_PORT = 10502 };
-
     /// @param fileName    see writtenFile.h; a terminal as standard output is refused
     /// @param startClock  wall-clock time of the records' time 0, in microseconds since 1970 (UTC)
     /// @param isToEnd     whether the program is to end: a waiting reader is then given up

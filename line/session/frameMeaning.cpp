@@ -1,8 +1,9 @@
-#include "output/frameMeaning.h"
+#include "session/frameMeaning.h"
 
 #include "wire/exceptionText.h"
 #include "wire/frameShape.h"
 #include "wire/replyFrames.h"
+#include "wire/unfitBytes.h"
 
 #include <QStringList>
 
@@ -182,6 +183,17 @@ QString damagedReply(const QByteArray& bytes, const QByteArray& request)
     return bytes.size() == length ? text("checksum wrong") : noFrame(bytes);
 }
 
+/// Says also why the bytes were dropped.
+QString strayMeaning(const GatheredFrame& frame)
+{
+    if (frame.bytes == frame.request) return QLatin1String("echo of the request");
+    const QLatin1String stray("stray: ");
+    const QString why = describeUnfit(frame.request, frame.bytes);
+    const QString words = replyMeaning(frame.bytes, frame.request);
+    if (why.isEmpty()) return stray + words;
+    return hasRightChecksum(frame.bytes) ? stray + words + QLatin1String(": ") + why : stray + why;
+}
+
 } // namespace
 
 QString requestMeaning(const QByteArray& bytes)
@@ -197,4 +209,13 @@ QString replyMeaning(const QByteArray& bytes, const QByteArray& request)
     const int due = dueReplyLength(request);
     const bool answers = due > 0 && replyTo(request, bytes) == bytes;
     return fromStation(bytes) + replyWords(bytes) + text(answers ? "" : ", not the answer");
+}
+
+QString frameMeaning(const GatheredFrame& frame)
+{
+    if (frame.kind == GatheredFrame::REQUEST) return requestMeaning(frame.bytes);
+    if (frame.kind == GatheredFrame::FENCE)
+        return requestMeaning(frame.bytes) + QLatin1String(", a fence");
+    return frame.kind == GatheredFrame::STRAY ? strayMeaning(frame)
+                                              : replyMeaning(frame.bytes, frame.request);
 }

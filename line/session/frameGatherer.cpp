@@ -1,4 +1,4 @@
-#include "output/frameGatherer.h"
+#include "session/frameGatherer.h"
 
 #include "wire/frameShape.h"
 #include "wire/replyFrames.h"

@@ -1,4 +1,4 @@
-#include "output/frameMeaning.h"
+#include "session/frameMeaning.h"
 
 #include <gtest/gtest.h>
 

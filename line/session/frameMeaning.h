@@ -1,11 +1,12 @@
 #ifndef FRAME_MEANING_H
 #define FRAME_MEANING_H
 
-#include <QByteArray>
+#include "session/frameGatherer.h"
+
 #include <QString>
 
-// The meaning of Modbus RTU frames in words, for the lines of a trace. Registers and coils have
-// their numbers on the wire. A long list of values is cut; an ellipsis follows.
+// The meaning of Modbus RTU frames in words, for whoever shows the frames of a link. Registers and
+// coils have their numbers on the wire. A long list of values is cut; an ellipsis follows.
 
 /// "station 1: read 4 holding registers from 3000", "broadcast: write register 3001 = 1234",
 /// "checksum wrong", "3 bytes that are no frame".
@@ -16,5 +17,9 @@ QString requestMeaning(const QByteArray& bytes);
 /// request ends in ", not the answer".
 /// @param request  the last request sent before; empty: none
 QString replyMeaning(const QByteArray& bytes, const QByteArray& request);
+
+/// The meaning of a gathered frame; a fence is called one. Of bytes that answer no request it says
+/// why they were dropped: "stray: 1 byte, too few for an answer", "echo of the request".
+QString frameMeaning(const GatheredFrame& frame);
 
 #endif
