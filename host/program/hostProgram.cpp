@@ -30,9 +30,7 @@ JobEnd neverStarted(int job)
 
 LinkAddress addressOf(const DriverLibrary& driver, const LinkOptions& options)
 {
-    QString parameter;
-    driver.getDriverParameter(&parameter);
-    return linkAddress(QString::fromStdString(options.link), linkDefaults(parameter));
+    return linkAddress(QString::fromStdString(options.link), driver);
 }
 
 HostProgram::HostProgram(const DriverLibrary& driver, const LinkOptions& options,

@@ -132,6 +132,13 @@ LinkAddress linkAddress(const QString& text, const LinkDefaults& defaults)
     return address;
 }
 
+LinkAddress linkAddress(const QString& text, const DriverLibrary& driver)
+{
+    QString parameter;
+    driver.getDriverParameter(&parameter);
+    return linkAddress(text, linkDefaults(parameter));
+}
+
 LineTiming timingOf(const LinkAddress& address)
 {
     return address.kind == LinkAddress::NETWORK ? LineTiming::network() : LineTiming(address.line);

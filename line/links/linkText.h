@@ -1,6 +1,7 @@
 #ifndef LINK_TEXT_H
 #define LINK_TEXT_H
 
+#include "driver/driverLibrary.h"
 #include "wire/lineTiming.h"
 
 #include <QString>
@@ -41,6 +42,9 @@ LinkDefaults linkDefaults(const QString& parameter);
 /// around an IPv6 address are permitted.
 /// @throws LinkTextError
 LinkAddress linkAddress(const QString& text, const LinkDefaults& defaults);
+
+/// The same with the driver's defaults.
+LinkAddress linkAddress(const QString& text, const DriverLibrary& driver);
 
 /// The timing of the line. On a network bytes and silent intervals take no time.
 LineTiming timingOf(const LinkAddress& address);

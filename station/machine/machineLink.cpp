@@ -8,13 +8,6 @@
 
 namespace {
 
-LinkAddress addressOf(const DriverLibrary& driver, const QString& text)
-{
-    QString parameter;
-    driver.getDriverParameter(&parameter);
-    return linkAddress(text, linkDefaults(parameter));
-}
-
 /// Arguments that make the simulated PLC serve the stations of the tags at the speed of the line.
 QStringList simulatorArguments(const LineSettings& line, const std::vector<Tag>& tags)
 {
@@ -38,7 +31,7 @@ MachineLink::MachineLink(const LinkConfig& config, const LinkSurroundings& surro
       m_values(config.name, config.tags, surroundings.clock)
 {
     LinkRun::Settings settings;
-    settings.address = addressOf(*m_driver, config.link);
+    settings.address = linkAddress(config.link, *m_driver);
     settings.timeoutMs = config.timeoutMs;
     settings.attempts = config.attempts;
     settings.pauseMs = config.pauseMs;
