@@ -12,8 +12,8 @@ class HttpServer;
 /// What the API reads and calls. The parts outlive the API.
 struct StationParts
 {
-    QString name;   ///< of the station
-    qint64 started; ///< ms since 1970
+    QString name;                              ///< of the station
+    qint64 started;                            ///< ms since 1970
     const std::atomic<bool>& areWritesAllowed; ///< a reload may change it
     StationLinks& links;
     StationEvents& events;
