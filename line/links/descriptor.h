@@ -21,6 +21,12 @@ public:
         return *this;
     }
 
+    /// Gives the descriptor to somebody else, who closes it.
+    int release()
+    {
+        return std::exchange(m_number, -1);
+    }
+
     int number() const
     {
         return m_number;

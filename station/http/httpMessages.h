@@ -40,6 +40,13 @@ public:
     /// Fills at most `size` bytes.
     /// @return their number; NOTHING_YET: asked again after HttpServer::wake() or a turn; END
     virtual qint64 read(char* to, size_t size) = 0;
+
+    /// After NOTHING_YET: whether read() would do something now. A cheap answer spares a sleeping
+    /// stream the work of being resumed at each turn.
+    virtual bool hasNews() const
+    {
+        return true;
+    }
 };
 
 struct HttpResponse

@@ -1,19 +1,17 @@
 #ifndef HTTP_SERVER_H
 #define HTTP_SERVER_H
 
+#include "http/httpError.h"
 #include "http/httpRoutes.h"
 
 #include <QHostAddress>
 #include <QStringList>
 
 #include <memory>
-#include <stdexcept>
+#include <mutex>
+#include <thread>
 
-/// The server cannot start. what() is one sentence.
-struct HttpError : std::runtime_error
-{
-    using std::runtime_error::runtime_error;
-};
+class ServerLoop;
 
 /// The station's HTTP server: one thread, which waits in one epoll. It refuses what is not meant
 /// for it before any route sees it.
@@ -36,9 +34,15 @@ public:
     /// @return when it is due again; empty: after the next wake()
     using Turn = std::function<std::optional<qint64>(qint64 now)>;
 
+    /// @param routes  must outlive the server
+    /// @param turn    null: there is none
     /// @throws HttpError
     HttpServer(const Settings& settings, const HttpRoutes& routes, Turn turn);
+
+    /// Cuts all connections; answers that are given later go nowhere.
     ~HttpServer();
+    HttpServer(const HttpServer&) = delete;
+    HttpServer& operator=(const HttpServer&) = delete;
 
     void start();
 
@@ -51,9 +55,16 @@ public:
     /// Connections that are open. From any thread.
     int clients() const;
 
+    /// From now on requests need this token, empty: none, and `Host` may have these names. From any
+    /// thread.
+    void setAccess(const QByteArray& token, const QStringList& hostNames);
+
 private:
-    class Loop;
-    const std::unique_ptr<Loop> m_loop;
+    void answer(const HttpRequest& request, const HttpAnswer& answer) const;
+
+    const HttpRoutes& m_routes;
+    const std::unique_ptr<ServerLoop> m_loop;
+    std::thread m_thread;
 };
 
 #endif

@@ -1,12 +1,36 @@
 #include "program/stationProgram.h"
 
+#include "api/apiRoutes.h"
 #include "driver/companionFiles.h"
 #include "links/link.h"
 #include "program/stationStatus.h"
 
-StationProgram::StationProgram(const StationConfig& config, const QString& driverFile)
-    : m_config(config), m_links({m_clock, m_events, {}, driverFile, companionSimulator()})
+namespace {
+
+/// @throws StationFailure
+std::unique_ptr<HttpServer> listeningServer(const StationConfig& config, const HttpRoutes& routes)
 {
+    HttpServer::Settings settings;
+    settings.address = config.listen.address;
+    settings.port = config.listen.port;
+    try {
+        return std::make_unique<HttpServer>(settings, routes, nullptr);
+    } catch (const HttpError& error) {
+        throw StationFailure(STATION_ADDRESS, QString::fromUtf8(error.what()));
+    }
+}
+
+} // namespace
+
+StationProgram::StationProgram(const StationConfig& config, const QString& driverFile)
+    : m_config(config),
+      m_links({m_clock, m_events, {}, driverFile, companionSimulator()}),
+      m_areWritesAllowed(config.allowWrites),
+      m_parts{config.name, m_clock.wall(), m_areWritesAllowed, m_links, m_events, m_clock},
+      m_server(listeningServer(config, m_routes))
+{
+    m_parts.server = m_server.get();
+    addApiRoutes(m_routes, m_parts);
     try {
         m_links.apply(config.links);
     } catch (const DriverError& error) {
@@ -14,6 +38,7 @@ StationProgram::StationProgram(const StationConfig& config, const QString& drive
     } catch (const std::exception& error) {
         throw StationFailure(STATION_CONFIGURATION, QString::fromUtf8(error.what()));
     }
+    m_server->start();
 }
 
 StationProgram::~StationProgram()
@@ -23,5 +48,5 @@ StationProgram::~StationProgram()
 
 QString StationProgram::url() const
 {
-    return pageUrl(m_config.listen.address, m_config.listen.port);
+    return pageUrl(m_config.listen.address, m_server->port());
 }

@@ -1,7 +1,8 @@
 #ifndef STATION_PROGRAM_H
 #define STATION_PROGRAM_H
 
-#include "machine/stationLinks.h"
+#include "api/stationParts.h"
+#include "http/httpServer.h"
 #include "program/stationConfig.h"
 
 /// The parts of a running station, and how they hang together.
@@ -22,6 +23,10 @@ private:
     SystemClock m_clock;
     StationEvents m_events;
     StationLinks m_links;
+    std::atomic<bool> m_areWritesAllowed;
+    StationParts m_parts;
+    HttpRoutes m_routes;                        ///< constant once the server has started
+    const std::unique_ptr<HttpServer> m_server; ///< goes before all that its requests use
 };
 
 #endif

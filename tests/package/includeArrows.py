@@ -49,7 +49,7 @@ MAY_INCLUDE = {
     "station/values": LINE,
     "station/machine": LINE | {"station/values"},
     "station/history": LINE | {"station/values"},
-    "station/http": LINE_BASE | {"station/values"},
+    "station/http": LINE_BASE | {"line/links", "station/values"},
     "station/page": {"station/http"},
     "station/api": STATION_BASE,
     "station/events": STATION_BASE | {"station/api"},

@@ -1,0 +1,46 @@
+#ifndef LISTENING_SOCKET_H
+#define LISTENING_SOCKET_H
+
+#include "links/descriptor.h"
+
+#include <QHostAddress>
+
+#include <sys/socket.h>
+
+/// A connection that came in, and its peer.
+struct AcceptedSocket
+{
+    Descriptor socket;
+    sockaddr_storage address{};
+    socklen_t addressSize = sizeof(sockaddr_storage);
+};
+
+/// A TCP port that takes connections.
+class ListeningSocket
+{
+public:
+    enum Outcome {
+        ACCEPTED,
+        NOBODY_WAITS,
+        OUT_OF_DESCRIPTORS ///< somebody waits, and goes on waiting
+    };
+
+    /// @param port  0: any free port
+    /// @throws HttpError
+    ListeningSocket(const QHostAddress& address, quint16 port);
+
+    quint16 port() const;
+
+    int descriptor() const
+    {
+        return m_socket.number();
+    }
+
+    /// Takes a waiting connection; its socket never blocks.
+    Outcome accept(AcceptedSocket& accepted) const;
+
+private:
+    Descriptor m_socket;
+};
+
+#endif

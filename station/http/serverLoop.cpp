@@ -1,0 +1,102 @@
+#include "http/serverLoop.h"
+
+#include "http/httpError.h"
+#include "http/sentResponse.h"
+
+#include <algorithm>
+
+ServerLoop::ServerLoop(const QHostAddress& address, quint16 port, HttpFunction function, Turn turn)
+    : m_turn(std::move(turn)),
+      m_wakeup(std::make_shared<const Wakeup>()),
+      m_listening(address, port),
+      m_daemon(m_epoll, m_wakeup, std::move(function))
+{
+    const bool isWatched = m_epoll.watch(m_wakeup->descriptor(), Epoll::ALWAYS) &&
+                           m_epoll.watch(m_listening.descriptor(), Epoll::ALWAYS) &&
+                           m_epoll.watch(m_daemon.descriptor(), Epoll::ALWAYS);
+    if (!isWatched) throw systemHttpError("cannot watch the port");
+}
+
+void ServerLoop::stop()
+{
+    m_isStopping = true;
+    m_wakeup->wake();
+}
+
+void ServerLoop::wake()
+{
+    m_wakeup->wake();
+}
+
+void ServerLoop::run()
+{
+    bool isWoken = true; // the first turn says when the second is due
+    while (!m_isStopping) {
+        const qint64 now = m_clock.steady();
+        takeTurn(now, isWoken);
+        m_nextCut = m_daemon.cutLate(now);
+        m_daemon.run(now);
+        m_clients = m_daemon.count();
+        const News news = wait();
+        isWoken = news.isWoken;
+        if (news.isSomebodyWaiting) acceptAll(m_clock.steady());
+    }
+}
+
+/// The turn comes before the library runs, so that what it wakes leaves at once.
+void ServerLoop::takeTurn(qint64 now, bool isWoken)
+{
+    const bool isDue = m_turnDue && *m_turnDue <= now;
+    if (!isWoken && !isDue) return;
+    if (m_turn) m_turnDue = m_turn(now);
+    m_daemon.resume();
+}
+
+ServerLoop::News ServerLoop::wait()
+{
+    News news;
+    for (const int descriptor : m_epoll.wait(longestWait())) {
+        if (descriptor == m_wakeup->descriptor()) {
+            m_wakeup->clear();
+            news.isWoken = true;
+        } else if (descriptor == m_listening.descriptor()) {
+            news.isSomebodyWaiting = true;
+        } else {
+            m_daemon.bytesCame(descriptor, m_clock.steady());
+        }
+    }
+    return news;
+}
+
+/// In milliseconds; negative: no limit.
+int ServerLoop::longestWait() const
+{
+    enum { MOST_MS = 60000 };
+    if (m_daemon.isBusy()) return 0;
+    const qint64 now = m_clock.steady();
+    std::optional<qint64> due = m_turnDue;
+    if (m_nextCut && (!due || *m_nextCut < *due)) due = m_nextCut;
+    if (!due) return -1;
+    // Rounded up: a wait that ends too early would be followed by waits of 0 ms.
+    return int(std::clamp<qint64>((*due - now + 999) / 1000, 0, MOST_MS));
+}
+
+void ServerLoop::acceptAll(qint64 now)
+{
+    AcceptedSocket accepted;
+    while (m_listening.accept(accepted) == ListeningSocket::ACCEPTED) {
+        const auto* const address = reinterpret_cast<const sockaddr*>(&accepted.address);
+        const QString why = m_daemon.refusal(PeerAddress::of(address).host);
+        if (why.isEmpty())
+            m_daemon.add(std::move(accepted), now);
+        else
+            refuse(std::move(accepted.socket), why);
+    }
+}
+
+void ServerLoop::refuse(Descriptor socket, const QString& why)
+{
+    const QByteArray bytes = lastResponse(errorResponse(503, why));
+    // A new socket has room for it.
+    (void)::send(socket.number(), bytes.constData(), size_t(bytes.size()), MSG_NOSIGNAL);
+}

@@ -1,0 +1,63 @@
+#ifndef SERVER_LOOP_H
+#define SERVER_LOOP_H
+
+#include "http/httpDaemon.h"
+#include "values/stationClock.h"
+
+#include <atomic>
+
+/// The work of the HTTP thread: waits in one epoll, and deals with what ends the wait.
+///
+/// The owner's thread constructs and destroys it; run() is the HTTP thread. Every other function
+/// may be called from any thread.
+class ServerLoop
+{
+public:
+    /// As HttpServer::Turn.
+    using Turn = std::function<std::optional<qint64>(qint64 now)>;
+
+    /// @throws HttpError
+    ServerLoop(const QHostAddress& address, quint16 port, HttpFunction function, Turn turn);
+
+    /// Serves until stop().
+    void run();
+
+    void stop();
+    void wake();
+
+    quint16 port() const
+    {
+        return m_listening.port();
+    }
+
+    int clients() const
+    {
+        return m_clients;
+    }
+
+private:
+    /// What ended a wait.
+    struct News
+    {
+        bool isWoken = false, isSomebodyWaiting = false;
+    };
+
+    News wait();
+    int longestWait() const;
+    void takeTurn(qint64 now, bool isWoken);
+    void acceptAll(qint64 now);
+    void refuse(Descriptor socket, const QString& why);
+
+    const SystemClock m_clock;
+    const Turn m_turn;
+    const std::shared_ptr<const Wakeup> m_wakeup;
+    const Epoll m_epoll;
+    const ListeningSocket m_listening;
+    HttpDaemon m_daemon;             ///< of the HTTP thread
+    std::optional<qint64> m_turnDue; ///< of the HTTP thread
+    std::optional<qint64> m_nextCut; ///< of the HTTP thread
+    std::atomic<bool> m_isStopping{false};
+    std::atomic<int> m_clients{0};
+};
+
+#endif
