@@ -84,9 +84,7 @@ std::optional<QByteArray> floatBytes(const Tag& tag, const QString& text)
 {
     const std::optional<float> value = floatOf(text);
     if (!value) return std::nullopt;
-    quint32 bits = 0;
-    std::memcpy(&bits, &*value, sizeof bits);
-    return bytesOf(tag, bits);
+    return tagFloatBytes(tag, *value);
 }
 
 std::optional<QByteArray> boolBytes(const QString& text)
@@ -163,18 +161,6 @@ QString patternText(const Tag& tag, quint32 bits)
     return QLatin1String(isBinary ? "0b" : "0x") + number.rightJustified(digits, QLatin1Char('0'));
 }
 
-/// The values of the tag's type, in words.
-QString valuesText(const Tag& tag)
-{
-    const QString range = QLatin1String("%1 to %2");
-    if (tag.type == Tag::BOOL) return QLatin1String("0, 1, true or false");
-    if (tag.type == Tag::FLOAT32)
-        return range.arg(floatText(std::numeric_limits<float>::lowest()),
-                         floatText(std::numeric_limits<float>::max()));
-    const Limits limits = limitsOf(tag.type);
-    return range.arg(limits.first).arg(limits.second);
-}
-
 bool isNumber(const Tag& tag, const QString& text)
 {
     bool isDecimal = false;
@@ -212,6 +198,24 @@ std::optional<QByteArray> tagValueBytes(const Tag& tag, const QString& text)
     return integerBytes(tag, trimmed);
 }
 
+QString tagValuesText(const Tag& tag)
+{
+    const QString range = QLatin1String("%1 to %2");
+    if (tag.type == Tag::BOOL) return QLatin1String("0, 1, true or false");
+    if (tag.type == Tag::FLOAT32)
+        return range.arg(floatText(std::numeric_limits<float>::lowest()),
+                         floatText(std::numeric_limits<float>::max()));
+    const Limits limits = limitsOf(tag.type);
+    return range.arg(limits.first).arg(limits.second);
+}
+
+QByteArray tagFloatBytes(const Tag& tag, float value)
+{
+    quint32 bits = 0;
+    std::memcpy(&bits, &value, sizeof bits);
+    return bytesOf(tag, bits);
+}
+
 QString valueProblem(const Tag& tag, const QString& text, NonFinite nonFinite)
 {
     const QString trimmed = text.trimmed();
@@ -221,7 +225,7 @@ QString valueProblem(const Tag& tag, const QString& text, NonFinite nonFinite)
     if (tagValueBytes(tag, trimmed)) return QString();
     if (isNumber(tag, trimmed))
         return QString(QLatin1String("%1 does not fit %2: %3"))
-            .arg(trimmed, tagTypeText(tag), valuesText(tag));
+            .arg(trimmed, tagTypeText(tag), tagValuesText(tag));
     return QString(QLatin1String("\"%1\" is no value of type %2: %3"))
-        .arg(trimmed, tagTypeText(tag), valuesText(tag));
+        .arg(trimmed, tagTypeText(tag), tagValuesText(tag));
 }

@@ -17,6 +17,14 @@ QString tagValueText(const Tag& tag, const QByteArray& bytes);
 /// the unsigned types, 0/1/true/false for bool. Empty when the text is no value of the tag's type.
 std::optional<QByteArray> tagValueBytes(const Tag& tag, const QString& text);
 
+/// The bytes for intf_setData of a float.
+/// @param tag  of type FLOAT32
+QByteArray tagFloatBytes(const Tag& tag, float value);
+
+/// The values of the tag's type, in words: "0 to 65535", "0, 1, true or false". Those of a float
+/// are the finite ones.
+QString tagValuesText(const Tag& tag);
+
 /// Whether nan, inf and -inf are values of a float. A PLC that computes with one of them spreads it
 /// to other values.
 enum NonFinite { REFUSE_NON_FINITE, ALLOW_NON_FINITE };

@@ -2,9 +2,11 @@
 
 #include "api/stationRoute.h"
 #include "api/valuesRoute.h"
+#include "api/writeRoute.h"
 
 void addApiRoutes(HttpRoutes& routes, const StationParts& parts)
 {
     addStationRoute(routes, parts);
     addValuesRoute(routes, parts);
+    addWriteRoute(routes, parts);
 }

@@ -2,23 +2,33 @@
 
 #include "plan/tagText.h"
 
-namespace {
-
-enum { NOT_FOUND = 404 };
-
-} // namespace
-
 QString queriedName(const HttpRequest& request, const QByteArray& key)
 {
     return QString::fromUtf8(request.queried(key).value_or(QByteArray()));
 }
 
-HttpResponse unknownLink(const QString& name)
+std::shared_ptr<MachineLink> linkNamed(const StationParts& parts, const QString& name)
 {
-    return errorResponse(NOT_FOUND, QLatin1String("there is no link ") + quoted(name));
+    std::shared_ptr<MachineLink> link = parts.links.find(name);
+    if (!link)
+        throw ApiError(ApiError::NOT_FOUND, QLatin1String("there is no link ") + quoted(name));
+    return link;
 }
 
-HttpResponse unknownTag(const QString& name)
+std::shared_ptr<MachineLink> queriedLink(const StationParts& parts, const HttpRequest& request)
 {
-    return errorResponse(NOT_FOUND, QLatin1String("there is no tag ") + quoted(name));
+    const QString name = queriedName(request, "link");
+    if (name.isEmpty())
+        throw ApiError(ApiError::BAD_REQUEST, QLatin1String("the query names no link"));
+    return linkNamed(parts, name);
+}
+
+int tagNamed(const MachineLink& link, const QString& name)
+{
+    const std::optional<int> tag = link.tagNamed(name);
+    if (!tag)
+        throw ApiError(
+            ApiError::NOT_FOUND,
+            QString(QLatin1String("link %1 has no tag %2")).arg(quoted(link.name()), quoted(name)));
+    return *tag;
 }

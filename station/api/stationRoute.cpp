@@ -1,5 +1,6 @@
 #include "api/stationRoute.h"
 
+#include "api/apiError.h"
 #include "values/jsonText.h"
 #include "wire/timeUnits.h"
 
@@ -69,7 +70,7 @@ QByteArray stationDocument(const StationParts& parts)
 
 void addStationRoute(HttpRoutes& routes, const StationParts& parts)
 {
-    routes.add("GET", "/api/v1/station", [&parts](const HttpRequest&, const HttpAnswer& answer) {
-        answer(jsonResponse(stationDocument(parts)));
-    });
+    routes.add("GET", "/api/v1/station", answering([&parts](const HttpRequest&) {
+                   return jsonResponse(stationDocument(parts));
+               }));
 }

@@ -2,6 +2,7 @@
 
 #include "api/namedLink.h"
 #include "api/valueDocument.h"
+#include "plan/tagText.h"
 
 namespace {
 
@@ -25,17 +26,18 @@ HttpResponse valuesResponse(const HttpRequest& request, const StationParts& part
 {
     const QString linkName = queriedName(request, "link");
     const QString tagName = queriedName(request, "tag");
-    bool isLinkKnown = linkName.isEmpty();
+    std::vector<std::shared_ptr<MachineLink>> links;
+    if (linkName.isEmpty())
+        links = parts.links.all();
+    else
+        links.push_back(linkNamed(parts, linkName));
     int count = 0;
     JsonText json;
     json.beginArray();
-    for (const std::shared_ptr<MachineLink>& link : parts.links.all()) {
-        if (!linkName.isEmpty() && link->name() != linkName) continue;
-        isLinkKnown = true;
+    for (const std::shared_ptr<MachineLink>& link : links)
         count += appendValues(json, *link, tagName, parts.areWritesAllowed);
-    }
-    if (!isLinkKnown) return unknownLink(linkName);
-    if (!tagName.isEmpty() && count == 0) return unknownTag(tagName);
+    if (!tagName.isEmpty() && count == 0)
+        throw ApiError(ApiError::NOT_FOUND, QLatin1String("there is no tag ") + quoted(tagName));
     return jsonResponse(json.endArray().document());
 }
 
@@ -43,8 +45,7 @@ HttpResponse valuesResponse(const HttpRequest& request, const StationParts& part
 
 void addValuesRoute(HttpRoutes& routes, const StationParts& parts)
 {
-    routes.add("GET", "/api/v1/values",
-               [&parts](const HttpRequest& request, const HttpAnswer& answer) {
-                   answer(valuesResponse(request, parts));
-               });
+    routes.add("GET", "/api/v1/values", answering([&parts](const HttpRequest& request) {
+                   return valuesResponse(request, parts);
+               }));
 }

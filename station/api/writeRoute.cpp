@@ -1,0 +1,68 @@
+#include "api/writeRoute.h"
+
+#include "api/namedLink.h"
+#include "api/valueDocument.h"
+#include "api/writeRequest.h"
+#include "api/writtenValue.h"
+#include "plan/tagText.h"
+#include "values/valueJson.h"
+
+namespace {
+
+void mustBeWritable(const Tag& tag, const StationParts& parts)
+{
+    if (!parts.areWritesAllowed)
+        throw ApiError(
+            ApiError::READ_ONLY,
+            QLatin1String("this station writes nothing: it runs without --allow-writes"));
+    if (!isWritable(tag, true))
+        throw ApiError(ApiError::READ_ONLY,
+                       QString(QLatin1String("tag %1 is read-only")).arg(quoted(tag.name)));
+}
+
+QByteArray bytesFor(const Tag& tag, const QJsonValue& value)
+{
+    const std::variant<QByteArray, UnfitValue> bytes = writtenBytes(tag, value);
+    if (const auto* const unfit = std::get_if<UnfitValue>(&bytes))
+        throw ApiError(ApiError::UNPROCESSABLE, unfit->problem);
+    return std::get<QByteArray>(bytes);
+}
+
+HttpResponse writeResponse(const WriteEnd& end, const Tag& tag)
+{
+    JsonText json;
+    json.beginObject().key("id").integer(qint64(end.id));
+    json.key("outcome").word(writeOutcomeText(end.outcome)).key("reason");
+    if (end.outcome == WriteEnd::CONFIRMED)
+        json.null();
+    else
+        json.text(end.reason);
+    json.key("value").raw(valueJson(tag, end.held.bytes)).endObject();
+    return jsonResponse(json.document());
+}
+
+/// @throws ApiError when the write is not handed to the link; otherwise the link's thread answers
+void write(const HttpRequest& request, const HttpAnswer& answer, const StationParts& parts)
+{
+    const WriteRequest wanted = writeRequestOf(request.body);
+    const std::shared_ptr<MachineLink> link = linkNamed(parts, wanted.link);
+    const int tagIndex = tagNamed(*link, wanted.tag);
+    const Tag tag = link->tags()[size_t(tagIndex)];
+    mustBeWritable(tag, parts);
+    link->write(tagIndex, bytesFor(tag, wanted.value), request.peer,
+                [answer, tag](const WriteEnd& end) { answer(writeResponse(end, tag)); });
+}
+
+} // namespace
+
+void addWriteRoute(HttpRoutes& routes, const StationParts& parts)
+{
+    routes.add("POST", "/api/v1/write",
+               [&parts](const HttpRequest& request, const HttpAnswer& answer) {
+                   try {
+                       write(request, answer, parts);
+                   } catch (const ApiError& error) {
+                       answer(responseTo(error));
+                   }
+               });
+}

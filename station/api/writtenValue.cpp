@@ -1,0 +1,67 @@
+#include "api/writtenValue.h"
+
+#include "plan/tagText.h"
+#include "plan/tagValue.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+
+#include <cmath>
+#include <limits>
+#include <optional>
+
+namespace {
+
+const double LARGEST_FLOAT = double(std::numeric_limits<float>::max());
+
+/// The largest float and half its distance to the next power of two. From here on the nearest
+/// float is infinite (IEEE 754-2008, 4.3.1).
+const double LEAST_INFINITE = LARGEST_FLOAT + 0x1p103;
+
+/// Larger numbers fit no type, and are perhaps not those that the client wrote.
+const double MOST_WHOLE = 0x1p53;
+
+std::optional<float> nearestFloat(double number)
+{
+    if (!(std::fabs(number) < LEAST_INFINITE)) return std::nullopt;
+    if (std::fabs(number) > LARGEST_FLOAT) // the conversion would be undefined
+        return float(std::copysign(LARGEST_FLOAT, number));
+    return float(number);
+}
+
+/// The text of a whole number; empty: it is none.
+QString wholeText(double number)
+{
+    const bool isWhole = std::fabs(number) <= MOST_WHOLE && std::trunc(number) == number;
+    return isWhole ? QString::number(qint64(number)) : QString();
+}
+
+std::optional<QByteArray> bytesOf(const Tag& tag, const QJsonValue& value)
+{
+    if (tag.isBit() && value.isBool()) return QByteArray(1, value.toBool() ? 1 : 0);
+    if (!value.isDouble()) return std::nullopt;
+    if (tag.type != Tag::FLOAT32) return tagValueBytes(tag, wholeText(value.toDouble()));
+    const std::optional<float> number = nearestFloat(value.toDouble());
+    if (!number) return std::nullopt;
+    return tagFloatBytes(tag, *number);
+}
+
+/// The value as the client wrote it, or what it is.
+QString nameOf(const QJsonValue& value)
+{
+    if (value.isObject()) return QLatin1String("an object");
+    if (value.isArray()) return QLatin1String("an array");
+    if (value.isString()) return QLatin1String("a text");
+    const QByteArray text = QJsonDocument(QJsonArray{value}).toJson(QJsonDocument::Compact);
+    return QString::fromUtf8(text.mid(1, text.size() - 2));
+}
+
+} // namespace
+
+std::variant<QByteArray, UnfitValue> writtenBytes(const Tag& tag, const QJsonValue& value)
+{
+    const std::optional<QByteArray> bytes = bytesOf(tag, value);
+    if (bytes) return *bytes;
+    return UnfitValue{QString(QLatin1String("%1 does not fit %2: %3"))
+                          .arg(nameOf(value), tagTypeText(tag), tagValuesText(tag))};
+}
