@@ -1,6 +1,8 @@
 #include "events/frameChannel.h"
 
-#include "values/jsonText.h"
+#include "api/frameDocument.h"
+
+#include <utility>
 
 FrameChannel::FrameChannel(const QString& link)
     : m_link(link), m_messages({MOST_FRAMES, MOST_BYTES, LONGEST_AGE})
@@ -13,26 +15,38 @@ void FrameChannel::start(std::shared_ptr<const FrameLog> log)
     m_lastNumber = m_log ? m_log->lastNumber() : 0;
 }
 
-QByteArray FrameChannel::newFrames(const std::shared_ptr<const FrameLog>& log)
+/// What is new in the log, at most MOST_FRAMES of it.
+std::vector<LoggedFrame> FrameChannel::takeLogged(const std::shared_ptr<const FrameLog>& log)
 {
     if (log != m_log) {
         m_log = log;
         m_lastNumber = 0;
+        m_gatherer = FrameGatherer();
     }
-    if (!m_log || m_log->lastNumber() == m_lastNumber) return QByteArray();
-    const std::vector<LoggedFrame> frames = m_log->since(m_lastNumber);
+    if (!m_log || m_log->lastNumber() == m_lastNumber) return {};
+    std::vector<LoggedFrame> logged = m_log->since(m_lastNumber);
+    if (logged.size() > MOST_FRAMES) logged.erase(logged.begin(), logged.end() - MOST_FRAMES);
+    return logged;
+}
+
+QByteArray FrameChannel::newFrames(const std::shared_ptr<const FrameLog>& log)
+{
+    std::vector<GatheredFrame> frames;
+    for (const LoggedFrame& logged : takeLogged(log)) {
+        if (logged.number != m_lastNumber + 1) {
+            m_gatherer.flushAtHole();
+            m_next += logged.number - m_lastNumber - 1;
+        }
+        m_lastNumber = logged.number;
+        const std::vector<GatheredFrame> gathered = m_gatherer.add(recordOf(logged));
+        frames.insert(frames.end(), gathered.begin(), gathered.end());
+    }
     if (frames.empty()) return QByteArray();
-    const size_t from = frames.size() > MOST_FRAMES ? frames.size() - MOST_FRAMES : 0;
-    m_lastNumber = frames.back().number;
     JsonText json;
-    json.beginObject().key("link").text(m_link);
-    json.key("first").integer(qint64(frames[from].number));
+    json.beginObject().key("link").text(m_link).key("first").integer(qint64(m_next));
     json.key("frames").beginArray();
-    for (size_t at = from; at < frames.size(); ++at) {
-        const LoggedFrame& frame = frames[at];
-        json.beginObject().key("time").integer(frame.time);
-        json.key("direction").word(frame.direction == FrameRecord::RECEIVED ? "<" : ">");
-        json.key("hex").text(QString::fromLatin1(frame.bytes.toHex(' '))).endObject();
-    }
+    for (const GatheredFrame& frame : frames)
+        appendFrame(json, frame);
+    m_next += frames.size();
     return json.endArray().endObject().document();
 }

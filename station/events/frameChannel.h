@@ -2,6 +2,7 @@
 #define FRAME_CHANNEL_H
 
 #include "events/recentMessages.h"
+#include "session/frameGatherer.h"
 #include "values/frameLog.h"
 
 #include <QString>
@@ -28,10 +29,11 @@ public:
     /// Leaves out what the link's log holds already.
     void start(std::shared_ptr<const FrameLog> log);
 
-    /// The newest frames since the last call, {"link","first","frames":[…]}; empty: none. `first`
-    /// is the number of the first frame, and they count up by one: a jump from one message to the
-    /// next says how many frames were skipped.
-    /// @param log  the link's; another one than before begins its numbers anew. Null: no link
+    /// The frames since the last call, the newest ones when there are many:
+    /// {"link","first","frames":[…]}, each as appendFrame() writes it. `first` is the number of the
+    /// first frame; they count up by one, and what was skipped counts, too: a jump from one message
+    /// to the next tells how much. Empty: there are none.
+    /// @param log  the link's; another one than before is read from its begin. Null: no such link
     QByteArray newFrames(const std::shared_ptr<const FrameLog>& log);
 
     void add(const SharedMessage& message, qint64 now)
@@ -44,10 +46,13 @@ public:
     }
 
 private:
+    std::vector<LoggedFrame> takeLogged(const std::shared_ptr<const FrameLog>& log);
+
     const QString m_link;
     std::shared_ptr<const FrameLog> m_log;
-    quint64 m_lastNumber = 0;
-    QByteArray m_request; ///< the last that was sent, for the meaning of its reply
+    quint64 m_lastNumber = 0; ///< of the log
+    quint64 m_next = 1;       ///< the number of the next frame for the clients
+    FrameGatherer m_gatherer;
     RecentMessages m_messages;
 };
 
