@@ -1,0 +1,176 @@
+// The station's stream, as every tab sees it: read by the leading tab, told by it to the others.
+import { openEvents } from "./eventConnection.js";
+import { Freshness, momentNow } from "./freshness.js";
+import { FOLLOWING, LEADING, Leadership } from "./leadership.js";
+import { leaveWhenLoggedOut } from "./station.js";
+
+const LOOK_TIME = 200;
+const RETRY_TIME = 500;
+const PATIENCE = 2500; ///< a connection that did not bring life in this time is opened anew
+const MOST_PATIENCE = 10000;
+const WANT_TIME = 5000; ///< a tab repeats so often which frames it wants
+const LONGEST_WANT = 3 * WANT_TIME;
+
+/** A channel for a browser without BroadcastChannel: every tab is its own leader. */
+class NoChannel extends EventTarget {
+    postMessage() {}
+}
+
+export class SharedStream {
+    /** @param {import("./model.js").Model} model
+     * @param {() => void} onNews  called after each change of the model or of `isLive` */
+    constructor(model, onNews) {
+        this.model = model;
+        this.onNews = onNews;
+        this.freshness = new Freshness();
+        /** The link whose frames this tab wants.
+         * @type {string|null} */
+        this.wanted = null;
+        this.wants = new Map(); // by tab, only of the leader: {link, at}
+        this.close = null; // of the leader's connection
+        this.patience = PATIENCE;
+        this.retry = 0;
+        const channel = "BroadcastChannel" in window
+            ? new BroadcastChannel("kakb-station") : new NoChannel();
+        this.leadership = new Leadership(channel, {
+            begin: () => this.connect(),
+            end: () => this.disconnect(),
+            told: (message) => this.told(message),
+            asked: (tab) => this.answer(tab),
+        });
+        this.asked = momentNow();
+        setInterval(() => this.look(), LOOK_TIME);
+        setInterval(() => this.tellWant(), WANT_TIME);
+    }
+
+    get isLive() {
+        return this.freshness.isLive;
+    }
+
+    start() {
+        this.asked = momentNow();
+        this.leadership.start();
+    }
+
+    /** The tab is frozen or left: nothing here is live until fresh news came. */
+    putAside() {
+        this.leadership.stop();
+        this.freshness.putAside();
+        this.onNews();
+    }
+
+    /** Asks for the frames of a link; null: for none.
+     * @param {string|null} link */
+    wantFrames(link) {
+        this.wanted = link;
+        this.tellWant();
+    }
+
+    // The leader's connection.
+
+    connect() {
+        this.disconnect();
+        const asked = momentNow();
+        this.connectedAt = asked.steady;
+        this.framesLink = this.chosenFrames();
+        this.freshness.restart();
+        let isFirst = true;
+        this.close = openEvents({ frames: this.framesLink, lastId: this.model.lastEventId },
+            (message) => {
+                this.take(message, isFirst ? asked : null);
+                this.leadership.say({ kind: "news", message, isFirst });
+                isFirst = false;
+            },
+            (status) => {
+                leaveWhenLoggedOut(status);
+                this.retry = setTimeout(() => this.connect(), RETRY_TIME);
+            });
+    }
+
+    disconnect() {
+        clearTimeout(this.retry);
+        if (this.close) this.close();
+        this.close = null;
+    }
+
+    /** @param {import("./eventConnection.js").StreamMessage} message
+     * @param {import("./freshness.js").Moment|null} asked  when the message answers a question */
+    take(message, asked) {
+        const now = momentNow();
+        if (asked) this.freshness.answered(asked, now);
+        if (message.event === "beat") this.freshness.beat(message.data.time, now);
+        else this.freshness.heard(now);
+        this.model.apply(message, now.steady);
+        this.onNews();
+    }
+
+    // The other tabs.
+
+    told(message) {
+        if (message.kind === "news") {
+            if (message.isFirst) this.freshness.restart();
+            this.take(message.message, null);
+        } else if (message.kind === "snapshot" && message.to === this.leadership.tab) {
+            this.takeSnapshot(message);
+        } else if (message.kind === "newLeader") {
+            this.tellWant();
+        } else if (message.kind === "want") {
+            this.setWant(message.from, message.link);
+        }
+    }
+
+    answer(tab) {
+        this.leadership.say({
+            kind: "snapshot", to: tab, isLive: this.freshness.look(momentNow()),
+            known: this.model.snapshot(performance.now()),
+        });
+    }
+
+    takeSnapshot(message) {
+        const now = momentNow();
+        this.model.takeSnapshot(message.known, now.steady);
+        if (message.isLive) this.freshness.answered(this.asked, now);
+        this.onNews();
+    }
+
+    // Frames.
+
+    tellWant() {
+        if (this.leadership.state === LEADING) this.setWant(this.leadership.tab, this.wanted);
+        else if (this.leadership.state === FOLLOWING)
+            this.leadership.tellLeader({ kind: "want", link: this.wanted });
+    }
+
+    setWant(tab, link) {
+        const known = this.wants.get(tab);
+        if (link === null) this.wants.delete(tab);
+        else if (known && known.link === link) known.at = performance.now();
+        else {
+            this.wants.delete(tab); // the newest wish is the last one of the map
+            this.wants.set(tab, { link, at: performance.now() });
+        }
+        if (this.close && this.chosenFrames() !== this.framesLink) this.connect();
+    }
+
+    /** The link of the newest wish; tabs that went without a word are forgotten. */
+    chosenFrames() {
+        let chosen = this.wanted;
+        for (const [tab, { link, at }] of [...this.wants])
+            if (performance.now() - at > LONGEST_WANT) this.wants.delete(tab);
+            else chosen = link;
+        return chosen;
+    }
+
+    // The clocks.
+
+    look() {
+        const wasLive = this.freshness.isLive;
+        const isLive = this.freshness.look(momentNow());
+        if (wasLive !== isLive) this.onNews();
+        if (isLive) this.patience = PATIENCE;
+        else if (this.close && performance.now() - this.connectedAt > this.patience) {
+            this.patience = Math.min(2 * this.patience, MOST_PATIENCE);
+            this.connect();
+        }
+    }
+}
