@@ -2,6 +2,8 @@
 
 #include "page/pageFile.h"
 
+#include <QByteArrayList>
+
 namespace {
 
 enum { OK = 200, NOT_MODIFIED = 304 };
@@ -10,6 +12,12 @@ QByteArray pathOf(const PageFile& file)
 {
     const QByteArray name(file.name);
     return name == "index.html" ? QByteArray("/") : '/' + name;
+}
+
+/// Whether the file is needed before a token was given. It holds nothing of the station.
+bool isOfLoginPage(const PageFile& file)
+{
+    return QByteArray(file.name).startsWith("login.");
 }
 
 /// A constant of the program as bytes, without a copy.
@@ -68,14 +76,14 @@ HttpResponse responseWith(const PageFile& file, const HttpRequest& request)
 
 void addPageRoutes(HttpRoutes& routes)
 {
-    for (const PageFile& file : pageFiles())
-        routes.add("GET", pathOf(file), [&file](const HttpRequest& request, HttpAnswer answer) {
+    for (const PageFile& file : pageFiles()) {
+        const HttpFunction function = [&file](const HttpRequest& request, HttpAnswer answer) {
             answer(responseWith(file, request));
-        });
-}
-
-const QByteArrayList& loginPaths()
-{
-    static const QByteArrayList paths{"/login.html", "/login.css", "/login.js"};
-    return paths;
+        };
+        if (isOfLoginPage(file))
+            routes.addPublic("GET", pathOf(file), function);
+        else
+            routes.add("GET", pathOf(file), function);
+    }
+    routes.setLoginPage("/login.html");
 }

@@ -3,14 +3,9 @@
 
 #include "http/httpRoutes.h"
 
-#include <QByteArrayList>
-
 /// Adds the page: "/" and "/NAME" for each of its other files. A body goes out as gzip when the
-/// client takes it. Each file has an `ETag`; a client that has the file already gets 304.
+/// client takes it. Each file has an `ETag`; a client that has the file already gets 304. The login
+/// page, "/login.html" with its own files, needs no token.
 void addPageRoutes(HttpRoutes& routes);
-
-/// The paths of the login page and its own files. They hold nothing of the station and are needed
-/// before a token was given.
-const QByteArrayList& loginPaths();
 
 #endif

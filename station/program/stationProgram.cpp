@@ -3,6 +3,7 @@
 #include "api/apiRoutes.h"
 #include "driver/companionFiles.h"
 #include "links/link.h"
+#include "page/pageRoutes.h"
 #include "program/stationStatus.h"
 
 namespace {
@@ -31,6 +32,7 @@ StationProgram::StationProgram(const StationConfig& config, const QString& drive
 {
     m_parts.server = m_server.get();
     addApiRoutes(m_routes, m_parts);
+    addPageRoutes(m_routes);
     try {
         m_links.apply(config.links);
     } catch (const DriverError& error) {

@@ -42,6 +42,7 @@ export class MessageReader {
     end() {
         const { event, data, id } = this;
         this.clear();
+        if (event === "gap") return; // the end of a message that was cut short: its data is none
         if (data.length > 0) this.onMessage({ event, data: JSON.parse(data.join("\n")), id });
     }
 }

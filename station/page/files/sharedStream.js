@@ -74,12 +74,13 @@ export class SharedStream {
         this.connectedAt = asked.steady;
         this.framesLink = this.chosenFrames();
         this.freshness.restart();
-        let isFirst = true;
+        let isAnswered = false; // by the values; the events before them may be old
         this.close = openEvents({ frames: this.framesLink, lastId: this.model.lastEventId },
             (message) => {
-                this.take(message, isFirst ? asked : null);
-                this.leadership.say({ kind: "news", message, isFirst });
-                isFirst = false;
+                const isAnswer = !isAnswered && message.event === "values";
+                isAnswered ||= isAnswer;
+                this.take(message, isAnswer ? asked : null);
+                this.leadership.say({ kind: "news", message, isAnswer });
             },
             (status) => {
                 leaveWhenLoggedOut(status);
@@ -108,7 +109,7 @@ export class SharedStream {
 
     told(message) {
         if (message.kind === "news") {
-            if (message.isFirst) this.freshness.restart();
+            if (message.isAnswer) this.freshness.restart();
             this.take(message.message, null);
         } else if (message.kind === "snapshot" && message.to === this.leadership.tab) {
             this.takeSnapshot(message);
