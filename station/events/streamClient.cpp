@@ -60,9 +60,22 @@ bool StreamClient::hasCurrent()
     return m_current != nullptr;
 }
 
+bool StreamClient::hasNews() const
+{
+    if (m_current || m_full || isPlaceGone()) return true;
+    if (m_state == FOLLOWING) return nextFollowing() != nullptr;
+    return m_sources->events.after(m_place) != nullptr;
+}
+
+/// Whether a message that it would send next is forgotten.
+bool StreamClient::isPlaceGone() const
+{
+    return m_state == FOLLOWING && m_sources->recent.isGone(m_place);
+}
+
 SharedMessage StreamClient::nextMessage()
 {
-    if (m_state == FOLLOWING && m_sources->recent.isGone(m_place)) m_state = BEHIND;
+    if (isPlaceGone()) m_state = BEHIND;
     return m_state == BEHIND ? nextBehind() : nextFollowing();
 }
 
@@ -74,7 +87,7 @@ SharedMessage StreamClient::nextBehind()
     return std::exchange(m_full, nullptr);
 }
 
-SharedMessage StreamClient::nextFollowing()
+SharedMessage StreamClient::nextFollowing() const
 {
     const SharedMessage message = m_sources->recent.after(m_place);
     const SharedMessage frames = m_frames ? m_frames->messages().after(m_place) : nullptr;
@@ -100,7 +113,7 @@ void StreamClient::fallBehind()
 
 void StreamClient::watch(qint64 now)
 {
-    if (std::exchange(m_hasTaken, false)) m_lastTaken = now;
+    if (std::exchange(m_hasTaken, false) || !hasNews()) m_lastTaken = now;
     if (now - m_lastTaken > LONGEST_STALL) letGo();
 }
 

@@ -46,6 +46,7 @@ public:
                  std::shared_ptr<const FrameChannel> frames);
 
     qint64 read(char* to, size_t size) override;
+    bool hasNews() const override;
 
     /// Whether the next thing to send is a full snapshot that it has not been given yet.
     bool wantsFull() const;
@@ -61,9 +62,10 @@ private:
     enum State { BEHIND, FOLLOWING };
 
     bool hasCurrent();
+    bool isPlaceGone() const;
     SharedMessage nextMessage();
     SharedMessage nextBehind();
-    SharedMessage nextFollowing();
+    SharedMessage nextFollowing() const;
     void letGo();
 
     const std::shared_ptr<const StreamSources> m_sources;

@@ -2,6 +2,7 @@
 #define STATION_PROGRAM_H
 
 #include "api/stationParts.h"
+#include "events/eventStreams.h"
 #include "http/httpServer.h"
 #include "program/stationConfig.h"
 
@@ -19,11 +20,15 @@ public:
     QString url() const;
 
 private:
+    EventStreams::Sources streamSources();
+    void wakeServer();
+
     const StationConfig m_config;
     SystemClock m_clock;
     StationEvents m_events;
-    StationLinks m_links;
     std::atomic<bool> m_areWritesAllowed;
+    EventStreams m_streams;
+    StationLinks m_links;
     StationParts m_parts;
     HttpRoutes m_routes;                        ///< constant once the server has started
     const std::unique_ptr<HttpServer> m_server; ///< goes before all that its requests use
