@@ -1,8 +1,16 @@
-// kakb-station: the resident station. It holds the values of its links and shows them in a browser.
+// kakb-station: the resident station. It holds the values of its links, shows them in a browser,
+// and tells them to other programs.
+//
+// usage: kakb-station [--listen ADDRESS:PORT] [--tags FILE --link LINK | --config FILE.toml] ...
+//
+// Options and exit statuses: kakb-station --help, from program/stationOptions.cpp and
+// program/stationStatus.h
+
 #include "driver/companionFiles.h"
 #include "driver/driverFile.h"
 #include "links/tcpLink.h"
 #include "program/configuredStation.h"
+#include "program/serviceManager.h"
 #include "program/stationOptions.h"
 #include "program/stationProgram.h"
 #include "program/stationSignals.h"
@@ -14,10 +22,41 @@
 
 namespace {
 
-void printFailure(const std::exception& error)
+/// Prints one line for each sentence.
+void tell(const QString& sentences)
 {
-    for (const QString& line : QString::fromUtf8(error.what()).split(QLatin1Char('\n')))
-        std::fprintf(stderr, "kakb-station: %s\n", qUtf8Printable(line));
+    for (const QString& sentence : sentences.split(QLatin1Char('\n')))
+        std::fprintf(stderr, "kakb-station: %s\n", qUtf8Printable(sentence));
+}
+
+/// Reads the configuration again. One that is broken changes nothing.
+void reload(StationProgram& station, const StationOptions& options, const DriverLibrary& driver)
+{
+    tellReloading();
+    try {
+        const QStringList keys = station.reload(configuredStation(options, driver));
+        tell(QLatin1String("read the configuration again"));
+        if (!keys.isEmpty())
+            tell(QString(QLatin1String("these keys change only with a restart: %1"))
+                     .arg(keys.join(QLatin1String(", "))));
+    } catch (const StationFailure& failure) {
+        tell(QString::fromUtf8(failure.what()));
+        tell(QLatin1String("the configuration has mistakes: everything goes on as before"));
+    }
+    tellReady();
+}
+
+void serve(const StationOptions& options, const StationConfig& config, const DriverLibrary& driver)
+{
+    const bool canReload = !options.config.isEmpty();
+    takeStationSignals(canReload);
+    StationProgram station(config, loadedFile(driver));
+    std::printf("%s\n", qUtf8Printable(station.url()));
+    std::fflush(stdout);
+    tellReady();
+    while (nextStationOrder() == RELOAD_STATION)
+        reload(station, options, driver);
+    tellStopping();
 }
 
 void run(const StationOptions& options)
@@ -25,13 +64,7 @@ void run(const StationOptions& options)
     const DriverLibrary driver =
         loadDriver(options.driver.isEmpty() ? companionDriver() : options.driver);
     const StationConfig config = configuredStation(options, driver);
-    if (options.isCheck) return;
-    takeStationSignals();
-    const StationProgram station(config, loadedFile(driver));
-    std::printf("%s\n", qUtf8Printable(station.url()));
-    std::fflush(stdout);
-    while (nextStationOrder() != STOP_STATION)
-        ;
+    if (!options.isCheck) serve(options, config, driver);
 }
 
 StationStatus statusOf(const StationOptions& options)
@@ -40,10 +73,10 @@ StationStatus statusOf(const StationOptions& options)
         run(options);
         return STATION_DONE;
     } catch (const StationFailure& failure) {
-        printFailure(failure);
+        tell(QString::fromUtf8(failure.what()));
         return failure.status;
     } catch (const DriverError& error) {
-        printFailure(error);
+        tell(QString::fromUtf8(error.what()));
         return STATION_DRIVER;
     }
 }

@@ -44,9 +44,7 @@ CLI::Validator numberFrom(double lowest, double highest)
 CLI::Validator aDuration()
 {
     const auto problem = [](const std::string& text) {
-        return durationMs(QString::fromStdString(text))
-                   ? std::string()
-                   : text + " is no duration such as 500ms, 10s or 5m";
+        return durationProblem(QString::fromStdString(text)).toStdString();
     };
     return CLI::Validator(problem, std::string());
 }

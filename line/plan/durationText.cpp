@@ -29,6 +29,12 @@ std::optional<qint64> durationMs(const QString& text)
     return std::nullopt;
 }
 
+QString durationProblem(const QString& text)
+{
+    return durationMs(text) ? QString()
+                            : text + QLatin1String(" is no duration such as 500ms, 10s or 5m");
+}
+
 QString durationText(qint64 ms)
 {
     for (const Unit& unit : UNITS) {

@@ -19,6 +19,13 @@ std::optional<ListenAddress> listenAddress(const QString& text)
                                                              : std::nullopt;
 }
 
+QString listenProblem(const QString& text)
+{
+    return listenAddress(text)
+               ? QString()
+               : text + QLatin1String(" is no address such as 127.0.0.1:8480 or [::1]:8480");
+}
+
 QString pageUrl(const QHostAddress& address, quint16 port)
 {
     const bool hasColons = address.protocol() == QAbstractSocket::IPv6Protocol;

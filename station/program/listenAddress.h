@@ -30,6 +30,9 @@ inline bool operator==(const ListenAddress& a, const ListenAddress& b)
 /// Empty: the text is none.
 std::optional<ListenAddress> listenAddress(const QString& text);
 
+/// Why a text is no such address, in words; empty: it is one.
+QString listenProblem(const QString& text);
+
 /// The page's address: "http://127.0.0.1:8480/", "http://[::1]:8480/".
 QString pageUrl(const QHostAddress& address, quint16 port);
 

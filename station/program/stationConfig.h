@@ -18,6 +18,7 @@ struct StationConfig
 
     QString name = QLatin1String("kakb-station");
     ListenAddress listen;
+    int listenLine = 1; ///< of the configuration file
     bool allowWrites = false;
     QString tokenFile;     ///< empty: no token is asked for
     QStringList hostNames; ///< further names that the station is called by

@@ -1,6 +1,7 @@
 #include "program/stationOptions.h"
 
 #include "plan/durationText.h"
+#include "program/settingTexts.h"
 
 #include <CLI/CLI.hpp>
 
@@ -11,12 +12,17 @@ namespace {
 
 std::string helpFooter()
 {
-    std::string text = "Signals: SIGHUP reads the configuration again; SIGINT and SIGTERM end the "
-                       "station.\n\nExit status:";
+    std::string text = "Signals:\n  SIGHUP reads the configuration again; without --config it ends "
+                       "the station.\n  SIGINT and SIGTERM end the station.\n\nExit status:";
     int status = 0;
     for (const char* const meaning : STATION_STATUS_MEANINGS)
         text += "\n  " + std::to_string(status++) + "  " + meaning;
     return text;
+}
+
+CLI::Validator within(NumberRange range)
+{
+    return CLI::Range(range.lowest, range.highest);
 }
 
 /// An option with a text.
@@ -52,9 +58,7 @@ void addAccess(CLI::App& app, StationOptions& options)
            "which the first line names")
         ->check(CLI::Validator(
             [](const std::string& text) {
-                return listenAddress(QString::fromStdString(text))
-                           ? std::string()
-                           : text + " is no address such as 127.0.0.1:8480 or [::1]:8480";
+                return listenProblem(QString::fromStdString(text)).toStdString();
             },
             "ADDRESS:PORT"))
         ->default_str("127.0.0.1:8480");
@@ -95,22 +99,20 @@ void addLink(CLI::App& app, StationOptions& options)
            "0: cycles follow at once (default: 100ms over TCP, else 0)")
         ->check(CLI::Validator(
             [](const std::string& text) {
-                return durationMs(QString::fromStdString(text))
-                           ? std::string()
-                           : text + " is no duration such as 500ms, 10s or 5m";
+                return durationProblem(QString::fromStdString(text)).toStdString();
             },
             "DURATION"));
     app.add_option("--timeout-ms", options.timeoutMs,
                    "longest time that a station takes to begin its answer; over TCP, until all of "
                    "the answer is there")
-        ->check(CLI::Range(10, 60000))
+        ->check(within(TIMEOUT_RANGE))
         ->capture_default_str();
     app.add_option("--attempts", options.attempts, "number of attempts for each request")
-        ->check(CLI::Range(1, 20))
+        ->check(within(ATTEMPTS_RANGE))
         ->capture_default_str();
     app.add_option("--pause-ms", options.pauseMs,
                    "pause before a lost link is opened again; doubles up to 30 s")
-        ->check(CLI::Range(10, 30000))
+        ->check(within(PAUSE_RANGE))
         ->capture_default_str();
 }
 

@@ -2,30 +2,57 @@
 
 #include "api/apiRoutes.h"
 #include "driver/companionFiles.h"
-#include "links/link.h"
 #include "page/pageRoutes.h"
 #include "program/stationStatus.h"
+#include "program/tokenFile.h"
 
 namespace {
 
+QByteArray tokenFor(const StationConfig& config)
+{
+    return config.tokenFile.isEmpty() ? QByteArray() : tokenOf(config.tokenFile);
+}
+
 /// @throws StationFailure
 std::unique_ptr<HttpServer> listeningServer(const StationConfig& config, const HttpRoutes& routes,
-                                            HttpServer::Turn turn)
+                                            const HttpServer::Turn& turn)
 {
     HttpServer::Settings settings;
     settings.address = config.listen.address;
     settings.port = config.listen.port;
+    settings.token = tokenFor(config);
+    settings.hostNames = config.hostNames;
     try {
-        return std::make_unique<HttpServer>(settings, routes, std::move(turn));
+        return std::make_unique<HttpServer>(settings, routes, turn);
     } catch (const HttpError& error) {
         throw StationFailure(STATION_ADDRESS, QString::fromUtf8(error.what()));
     }
+}
+
+std::optional<StateFolder> heldFolder(const StationConfig& config)
+{
+    if (!config.history.isKept) return std::nullopt;
+    return StateFolder(stateFolderOf(config.stateFolder));
+}
+
+/// The keys that only a start reads, and that differ.
+QStringList keysForARestart(const StationConfig& now, const StationConfig& next)
+{
+    QStringList keys;
+    if (now.name != next.name) keys << QLatin1String("name");
+    if (!(now.listen == next.listen)) keys << QLatin1String("listen");
+    if (now.stateFolder != next.stateFolder) keys << QLatin1String("state");
+    if (now.history.capBytes != next.history.capBytes) keys << QLatin1String("history.cap");
+    if (now.history.overrideMs != next.history.overrideMs)
+        keys << QLatin1String("history.override");
+    return keys;
 }
 
 } // namespace
 
 StationProgram::StationProgram(const StationConfig& config, const QString& driverFile)
     : m_config(config),
+      m_state(heldFolder(config)),
       m_events([this] { wakeServer(); }),
       m_areWritesAllowed(config.allowWrites),
       m_streams(streamSources(), [this] { wakeServer(); }),
@@ -38,19 +65,38 @@ StationProgram::StationProgram(const StationConfig& config, const QString& drive
     addApiRoutes(m_routes, m_parts);
     addPageRoutes(m_routes);
     m_streams.addRoute(m_routes);
-    try {
-        m_links.apply(config.links);
-    } catch (const DriverError& error) {
-        throw StationFailure(STATION_DRIVER, QString::fromUtf8(error.what()));
-    } catch (const std::exception& error) {
-        throw StationFailure(STATION_CONFIGURATION, QString::fromUtf8(error.what()));
-    }
+    applyLinks(config.links);
     m_server->start();
 }
 
 StationProgram::~StationProgram()
 {
     m_links.stop(QLatin1String("the station stopped"));
+}
+
+QString StationProgram::url() const
+{
+    return pageUrl(m_config.listen.address, m_server->port());
+}
+
+void StationProgram::applyLinks(const std::vector<LinkConfig>& links)
+{
+    try {
+        m_links.apply(links);
+    } catch (const std::exception& error) { // a driver or a simulated PLC that does not start
+        throw StationFailure(STATION_DRIVER, QString::fromUtf8(error.what()));
+    }
+}
+
+QStringList StationProgram::reload(const StationConfig& config)
+{
+    const QByteArray token = tokenFor(config);
+    applyLinks(config.links);
+    m_server->setAccess(token, config.hostNames);
+    m_areWritesAllowed = config.allowWrites;
+    const QStringList keys = keysForARestart(m_config, config);
+    m_config.links = config.links;
+    return keys;
 }
 
 EventStreams::Sources StationProgram::streamSources()
@@ -68,9 +114,4 @@ EventStreams::Sources StationProgram::streamSources()
 void StationProgram::wakeServer()
 {
     m_server->wake();
-}
-
-QString StationProgram::url() const
-{
-    return pageUrl(m_config.listen.address, m_server->port());
 }

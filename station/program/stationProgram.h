@@ -4,9 +4,16 @@
 #include "api/stationParts.h"
 #include "events/eventStreams.h"
 #include "http/httpServer.h"
+#include "program/stateFolder.h"
 #include "program/stationConfig.h"
 
-/// The parts of a running station, and how they hang together.
+/// The parts of a running station, and how they hang together:
+///
+///     links' threads -- news --> EventStreams, StationEvents -- wake --> HttpServer
+///     HttpServer's thread -- requests --> API --> StationLinks
+///
+/// The links stop first, then the server: nobody wakes a server that is gone, and a write that
+/// waits is answered.
 ///
 /// The main thread uses it.
 class StationProgram
@@ -15,21 +22,30 @@ public:
     /// @throws StationFailure
     StationProgram(const StationConfig& config, const QString& driverFile);
     ~StationProgram();
+    StationProgram(const StationProgram&) = delete;
+    StationProgram& operator=(const StationProgram&) = delete;
 
     /// The address of the page.
     QString url() const;
 
+    /// Goes on with another configuration. Links that did not change miss no poll.
+    /// @return the keys whose new values only a restart makes true
+    /// @throws StationFailure; then nothing has changed
+    QStringList reload(const StationConfig& config);
+
 private:
+    void applyLinks(const std::vector<LinkConfig>& links);
     EventStreams::Sources streamSources();
     void wakeServer();
 
-    const StationConfig m_config;
-    SystemClock m_clock;
-    StationEvents m_events;
+    StationConfig m_config;
+    std::optional<StateFolder> m_state; ///< empty: no history is kept
+    const SystemClock m_clock;
+    StationEvents m_events; ///< guards itself
     std::atomic<bool> m_areWritesAllowed;
-    EventStreams m_streams;
-    StationLinks m_links;
-    StationParts m_parts;
+    EventStreams m_streams;                     ///< of the server's thread
+    StationLinks m_links;                       ///< guards itself
+    StationParts m_parts;                       ///< constant once the server has started
     HttpRoutes m_routes;                        ///< constant once the server has started
     const std::unique_ptr<HttpServer> m_server; ///< goes before all that its requests use
 };

@@ -5,41 +5,68 @@
 
 #include <cerrno>
 #include <csignal>
-#include <initializer_list>
 
 namespace {
 
-volatile std::sig_atomic_t isStop = 0;   ///< set by the handler
-volatile std::sig_atomic_t isReload = 0; ///< set by the handler, cleared by the main thread
-int signalled = -1;                      ///< eventfd; constant once the handlers are set
+// A signal handler has no argument that could name anything else than what lies here.
+volatile std::sig_atomic_t isStop = 0;   ///< set by a handler
+volatile std::sig_atomic_t isReload = 0; ///< set by a handler, cleared by the main thread
+int orders = -1;                         ///< an eventfd; constant once a handler is set
 
-void note(int number)
+void wakeMainThread()
 {
     const int before = errno;
-    (number == SIGHUP ? isReload : isStop) = 1;
     const eventfd_t one = 1;
-    (void)!::write(signalled, &one, sizeof one);
+    (void)!::write(orders, &one, sizeof one);
     errno = before;
+}
+
+void orderStop(int)
+{
+    isStop = 1;
+    wakeMainThread();
+}
+
+void orderReload(int)
+{
+    isReload = 1;
+    wakeMainThread();
+}
+
+void take(int number, void (*handler)(int))
+{
+    struct sigaction action = {};
+    action.sa_handler = handler;
+    action.sa_flags = SA_RESTART;
+    sigaction(number, &action, nullptr);
+}
+
+bool isIgnored(int number)
+{
+    struct sigaction before = {};
+    sigaction(number, nullptr, &before);
+    return before.sa_handler == SIG_IGN;
 }
 
 } // namespace
 
-void takeStationSignals()
+void takeStationSignals(bool canReload)
 {
-    signalled = eventfd(0, EFD_CLOEXEC);
-    std::signal(SIGPIPE, SIG_IGN);
-    struct sigaction action = {};
-    action.sa_handler = note;
-    action.sa_flags = SA_RESTART;
-    for (const int number : {SIGINT, SIGTERM, SIGHUP})
-        sigaction(number, &action, nullptr);
+    orders = eventfd(0, EFD_CLOEXEC);
+    take(SIGPIPE, SIG_IGN);
+    take(SIGINT, orderStop);
+    take(SIGTERM, orderStop);
+    if (canReload)
+        take(SIGHUP, orderReload);
+    else if (!isIgnored(SIGHUP))
+        take(SIGHUP, orderStop);
 }
 
 StationOrder nextStationOrder()
 {
     while (isStop == 0 && isReload == 0) {
         eventfd_t count = 0;
-        (void)!::read(signalled, &count, sizeof count);
+        (void)!::read(orders, &count, sizeof count);
     }
     if (isStop != 0) return STOP_STATION;
     isReload = 0;

@@ -4,10 +4,12 @@
 /// What a signal asks the station to do.
 enum StationOrder { STOP_STATION, RELOAD_STATION };
 
-/// Takes the signals SIGINT, SIGTERM (stop) and SIGHUP (reload), and ignores SIGPIPE.
-void takeStationSignals();
+/// Takes SIGINT and SIGTERM as an order to stop, and ignores SIGPIPE.
+/// @param canReload  SIGHUP is an order to reload. Otherwise it is one to stop, since a terminal
+/// that closes sends it; it stays ignored when it was ignored before, as under nohup.
+void takeStationSignals(bool canReload);
 
-/// Waits for the next signal. Several signals of one kind may count as one; a stop comes first.
+/// Waits for the next order. Several signals may count as one order. A stop comes first.
 StationOrder nextStationOrder();
 
 #endif

@@ -1,0 +1,38 @@
+#ifndef CONFIG_FILE_H
+#define CONFIG_FILE_H
+
+#include "driver/driverLibrary.h"
+#include "program/configMistakes.h"
+#include "program/stationConfig.h"
+
+#include <QByteArray>
+
+/// Reads the configuration, and the tag files that it names.
+///
+///     name = "mixing plant"            # shown on the page
+///     listen = "127.0.0.1:8480"
+///     allow_writes = false
+///     token_file = "token"
+///     host_names = ["panel.example"]
+///     state = "/var/lib/kakb-station"
+///     [history]
+///     cap = "256MiB"
+///     override = "10m"
+///     [[link]]                         # one for each link, at least one
+///     name = "line 1"
+///     link = "tcp:192.168.0.10,502"
+///     tags = "line1.csv"
+///     pace = "100ms"
+///     timeout_ms = 500
+///     attempts = 3
+///     pause_ms = 500
+///
+/// Every key may be missing but `name`, `link` and `tags` of a link. The simulated PLC has tags of
+/// its own.
+/// @param toml      the configuration's text
+/// @param fileName  its name, as the user gave it; paths in it begin at its folder
+/// @param mistakes  takes all mistakes; with any, the result is of no use
+StationConfig readConfig(const QByteArray& toml, const QString& fileName,
+                         const DriverLibrary& driver, ConfigMistakes& mistakes);
+
+#endif
