@@ -104,7 +104,7 @@ void ConfigLinks::add(const ConfigNode& table, bool isWhole)
     if (isWhole) {
         keys.require("name");
         keys.require("link");
-        if (!hasDemoTags) keys.require("tags");
+        if (kind && !hasDemoTags) keys.require("tags");
     }
     if (hasDemoTags) tagFile = companionTagFile();
     if (!tagFile.isEmpty()) takeTags(tagFile, keys.line("tags"), config);
