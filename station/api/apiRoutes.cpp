@@ -1,5 +1,6 @@
 #include "api/apiRoutes.h"
 
+#include "api/framesRoutes.h"
 #include "api/stationRoute.h"
 #include "api/valuesRoute.h"
 #include "api/writeRoute.h"
@@ -8,5 +9,6 @@ void addApiRoutes(HttpRoutes& routes, const StationParts& parts)
 {
     addStationRoute(routes, parts);
     addValuesRoute(routes, parts);
+    addFramesRoutes(routes, parts);
     addWriteRoute(routes, parts);
 }
