@@ -32,6 +32,19 @@ quint32 bitsOf(const Tag& tag, const QByteArray& bytes)
     return wordAt(bytes, lowFirst ? 0 : 1) | wordAt(bytes, lowFirst ? 1 : 0) << 16;
 }
 
+bool holdsValue(const Tag& tag, const QByteArray& bytes)
+{
+    return bytes.size() >= (tag.isBit() ? 1 : WORD_BYTES * tag.units());
+}
+
+float floatOfBits(quint32 bits)
+{
+    float value = 0;
+    static_assert(sizeof value == sizeof bits, "a float has 32 bits");
+    std::memcpy(&value, &bits, sizeof value);
+    return value;
+}
+
 void appendWord(QByteArray& bytes, quint32 word)
 {
     bytes.append(static_cast<char>(word & 0xFFu));
@@ -176,18 +189,27 @@ bool isNonFinite(const Tag& tag, const QString& text)
 
 } // namespace
 
+std::optional<double> tagValueNumber(const Tag& tag, const QByteArray& bytes)
+{
+    if (!holdsValue(tag, bytes)) return std::nullopt;
+    if (tag.isBit()) return byteAt(bytes, 0) != 0 ? 1 : 0;
+    const quint32 bits = bitsOf(tag, bytes);
+    if (tag.type == Tag::INT16) return static_cast<qint16>(bits);
+    if (tag.type == Tag::INT32) return static_cast<qint32>(bits);
+    if (tag.type == Tag::FLOAT32) return double(floatOfBits(bits));
+    return bits;
+}
+
 QString tagValueText(const Tag& tag, const QByteArray& bytes)
 {
-    if (bytes.size() < (tag.isBit() ? 1 : WORD_BYTES * tag.units())) return QString();
+    if (!holdsValue(tag, bytes)) return QString();
     if (tag.isBit()) return QLatin1String(byteAt(bytes, 0) != 0 ? "1" : "0");
     const quint32 bits = bitsOf(tag, bytes);
     if (tag.type == Tag::INT16) return QString::number(static_cast<qint16>(bits));
     if (tag.type == Tag::INT32) return QString::number(static_cast<qint32>(bits));
     if (tag.type != Tag::FLOAT32)
         return tag.format == Tag::DECIMAL ? QString::number(bits) : patternText(tag, bits);
-    float value = 0;
-    std::memcpy(&value, &bits, sizeof value);
-    return floatText(value);
+    return floatText(floatOfBits(bits));
 }
 
 std::optional<QByteArray> tagValueBytes(const Tag& tag, const QString& text)

@@ -13,6 +13,10 @@
 /// @param bytes  of intf_getData: two bytes a word, low byte first, or one byte a bit
 QString tagValueText(const Tag& tag, const QByteArray& bytes);
 
+/// The tag's value as a number. Every value of every type is exact in it; bits are 0 and 1.
+/// @param bytes  as for tagValueText(); empty: there is no number either
+std::optional<double> tagValueNumber(const Tag& tag, const QByteArray& bytes);
+
 /// The bytes for intf_setData from the text of a value: decimal, 0x hexadecimal and 0b binary for
 /// the unsigned types, 0/1/true/false for bool. Empty when the text is no value of the tag's type.
 std::optional<QByteArray> tagValueBytes(const Tag& tag, const QString& text);

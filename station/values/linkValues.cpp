@@ -68,6 +68,7 @@ TagReading LinkValues::shown(const Known& known, int tag, qint64 now) const
     const qint64 limit = std::max<qint64>(TURNS_OF_LIMIT * *turn, SHORTEST_LIMIT);
     if (now - known.readAt <= limit) return reading;
     reading.quality = STALE;
+    reading.staleSince = reading.time + limit / 1000;
     reading.trouble = QLatin1String("no answer in time");
     return reading;
 }

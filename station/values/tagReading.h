@@ -20,9 +20,10 @@ struct TagReading
 {
     QByteArray bytes; ///< of the last answer, as of intf_getData; empty: never read
     Quality quality = BAD;
-    QString trouble;    ///< why the value is stale or bad, in words; empty when it is good
-    qint64 time = 0;    ///< of the last answer with the value, ms since 1970; 0: never read
-    qint64 changed = 0; ///< when the value changed last, ms since 1970; 0: never read
+    QString trouble;       ///< why the value is stale or bad, in words; empty when it is good
+    qint64 time = 0;       ///< of the last answer with the value, ms since 1970; 0: never read
+    qint64 changed = 0;    ///< when the value changed last, ms since 1970; 0: never read
+    qint64 staleSince = 0; ///< when a stale value went stale, ms since 1970; 0: it is not stale
 };
 
 #endif

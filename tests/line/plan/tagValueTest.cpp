@@ -293,3 +293,25 @@ TEST(TagValue, NeighbouringFloatsHaveDifferentTexts)
         value = next;
     }
 }
+
+TEST(TagValueNumber, IsExactForEveryType)
+{
+    const auto numberOf = [](Tag::Type type, const char* hex, Tag::WordOrder order = LOW) {
+        return tagValueNumber(tagOf(type, order), QByteArray::fromHex(hex));
+    };
+    EXPECT_EQ(1.0, numberOf(Tag::BOOL, "01"));
+    EXPECT_EQ(0.0, numberOf(Tag::BOOL, "00"));
+    EXPECT_EQ(-32768.0, numberOf(Tag::INT16, "0080"));
+    EXPECT_EQ(32768.0, numberOf(Tag::UINT16, "0080"));
+    EXPECT_EQ(-2.0, numberOf(Tag::INT32, "feffffff"));
+    EXPECT_EQ(4294967294.0, numberOf(Tag::UINT32, "feffffff"));
+    EXPECT_EQ(65536.0, numberOf(Tag::UINT32, "01000000", HIGH));
+    EXPECT_EQ(1.5, numberOf(Tag::FLOAT32, "0000c03f"));
+    EXPECT_TRUE(std::isnan(*numberOf(Tag::FLOAT32, "0000c07f")));
+}
+
+TEST(TagValueNumber, IsNoneWithoutAllBytes)
+{
+    EXPECT_FALSE(tagValueNumber(tagOf(Tag::UINT16), QByteArray(1, 0)));
+    EXPECT_FALSE(tagValueNumber(tagOf(Tag::BOOL), QByteArray()));
+}
