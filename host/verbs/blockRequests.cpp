@@ -7,19 +7,12 @@ namespace {
 
 enum { ATTEMPTS = 1 };
 
-/// Asks the driver twice: without polled blocks the driver returns 0 once after several one-shot
-/// reads, although a further read waits.
-bool nextFrame(StartedDriver& driver, FRAME_PRO& frame)
-{
-    return driver.getSendFrame(&frame) != 0 || driver.getSendFrame(&frame) != 0;
-}
-
 /// The read is given up without an answer, which also takes it out of the driver's queue.
 BlockRequest requestFor(const ReadBlock& block, StartedDriver& driver)
 {
     driver.queueRead(PolledTags::oneShotKeyOf(block));
     FRAME_PRO frame;
-    if (!nextFrame(driver, frame)) return BlockRequest();
+    if (!driver.nextRequest(&frame)) return BlockRequest();
     QByteArray silence;
     QString errorText;
     driver.dealRcvFrame(silence, errorText);

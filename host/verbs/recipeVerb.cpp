@@ -2,9 +2,9 @@
 
 #include "output/changeLines.h"
 #include "plan/recipeFile.h"
-#include "plan/recipePlan.h"
 #include "plan/tagValue.h"
 #include "program/resultFile.h"
+#include "session/recipeSteps.h"
 #include "verbs/difference.h"
 #include "verbs/tagChoice.h"
 
@@ -13,7 +13,6 @@
 
 #include <unistd.h>
 
-#include <algorithm>
 #include <cstdio>
 #include <functional>
 
@@ -50,9 +49,8 @@ class RecipeTransfer
 public:
     RecipeTransfer(const DriverLibrary& driver, const LinkOptions& options,
                    const std::vector<Tag>& tags)
-        : m_tags(tags),
-          m_plan(tags, StartedDriver::LINK_NUMBER),
-          m_host(driver, options, tags, LinkRun::ON_REQUEST),
+        : m_host(driver, options, tags, LinkRun::ON_REQUEST),
+          m_steps(tags, m_host.link().cost()),
           m_showsProgress(isatty(STDERR_FILENO) && !options.json && !options.trace)
     {
     }
@@ -68,73 +66,49 @@ public:
 
     void download(const std::vector<QByteArray>& values)
     {
-        transfer("writing", RECIPE_DOWNLOAD_FLAG, m_plan.downloadRecords(), m_plan.buffer(values));
+        transfer("writing", m_steps.download(m_host.newJob(), values));
     }
 
     /// The values in the PLC, by tag.
     /// @param what  name of the transfer in the progress line
     std::vector<QByteArray> upload(const char* what)
     {
-        std::vector<QByteArray> values(m_tags.size());
-        const QByteArray zeros(m_plan.bufferBytes(), '\0');
-        const QByteArray words = transfer(what, RECIPE_UPLOAD_FLAG, m_plan.uploadRecords(), zeros);
-        const std::vector<TagState> states = readBits();
-        for (size_t tag = 0; tag < m_tags.size(); ++tag)
-            values[tag] = m_tags[tag].isBit() ? states[tag].bytes : m_plan.value(tag, words);
-        return values;
+        const QByteArray words = transfer(what, m_steps.upload(m_host.newJob()));
+        return m_steps.values(words, readBits());
     }
 
 private:
-    QByteArray transfer(const char* what, RecipeFlag flag, const QVector<_RCP_VAR_PRO>& records,
-                        const QByteArray& values)
+    QByteArray transfer(const char* what, const RecipeJob& job)
     {
-        if (records.isEmpty()) return values;
-        RecipeJob job;
-        job.job = m_host.newJob();
-        job.flag = flag;
-        job.records = records;
-        job.values = values;
-        const ProgressLine progress(what, int(records.size()), m_showsProgress);
+        if (job.records.isEmpty()) return job.values;
+        const ProgressLine progress(what, int(job.records.size()), m_showsProgress);
         m_host.link().transfer(job);
         return m_host.await(job.job, [&progress](int done) { progress.show(done); }).values;
     }
 
-    std::vector<TagState> readBits()
+    QByteArray readBits()
     {
-        std::vector<ReadBlock> blocks;
-        for (const ReadBlock& block : m_host.blocks()) {
-            const bool hasBits = std::any_of(block.tags.begin(), block.tags.end(), [this](int tag) {
-                return m_tags[size_t(tag)].isBit();
-            });
-            if (hasBits) blocks.push_back(block);
-        }
-        if (!blocks.empty()) {
-            const int job = m_host.newJob();
-            m_host.link().read(job, blocks);
-            m_host.await(job);
-        }
-        return m_host.values().tags();
+        if (m_steps.bitBlocks().empty()) return QByteArray();
+        const int job = m_host.newJob();
+        m_host.link().read(job, m_steps.bitBlocks());
+        return m_host.await(job).values;
     }
 
-    const std::vector<Tag> m_tags;
-    const RecipePlan m_plan;
     HostProgram m_host;
+    const RecipeSteps m_steps;
     const bool m_showsProgress;
 };
 
 void verify(const std::vector<Tag>& tags, const std::vector<QByteArray>& expected,
             const std::vector<QByteArray>& found, bool json)
 {
-    int mismatches = 0;
-    for (size_t tag = 0; tag < tags.size(); ++tag) {
-        if (expected[tag] == found[tag]) continue;
-        ++mismatches;
+    const std::vector<size_t> differing = differingValues(expected, found);
+    if (differing.empty()) return;
+    for (const size_t tag : differing)
         printDifference(tags[tag], expected[tag], found[tag], json);
-    }
-    if (mismatches == 0) return;
     throw VerbFailure(
         EXIT_VERIFY,
-        QString(QLatin1String("%1 of %2 values differ")).arg(mismatches).arg(tags.size()));
+        QString(QLatin1String("%1 of %2 values differ")).arg(differing.size()).arg(tags.size()));
 }
 
 void printDone(const char* what, size_t values, bool verified, bool json)

@@ -1,10 +1,10 @@
 #include "verbs/writeVerb.h"
 
 #include "output/changeLines.h"
-#include "plan/recipePlan.h"
 #include "plan/sharedMemory.h"
 #include "plan/tagValue.h"
 #include "plan/writeGroups.h"
+#include "session/tagWrites.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -13,28 +13,9 @@
 
 namespace {
 
-enum { BYTES_PER_WORD = 2 };
-
 VerbFailure usageError(const QString& text, const QString& problem)
 {
     return VerbFailure(EXIT_USAGE, text + QLatin1String(": ") + problem);
-}
-
-std::vector<ElementWrite> elementsOf(const Assignment& assigned)
-{
-    std::vector<ElementWrite> elements;
-    const Tag& tag = assigned.tag;
-    const int bytes = tag.isBit() ? 1 : int(BYTES_PER_WORD);
-    for (int unit = 0; unit < tag.units(); ++unit) {
-        ElementWrite write;
-        write.station = tag.station;
-        write.area = tag.area;
-        write.number = tag.number + unit;
-        write.bytes = assigned.bytes.mid(unit * bytes, bytes);
-        write.label = labelText(tag);
-        elements.push_back(write);
-    }
-    return elements;
 }
 
 /// Refuses two values for the same memory: the first value would be lost without a message.
@@ -87,21 +68,16 @@ void print(const Assignment& assigned, const JobEnd& end, bool json)
 void start(HostProgram& host, int job, const WriteGroup& group,
            const std::vector<Assignment>& assignments)
 {
+    const Assignment& first = assignments[group.tags.front()];
     if (!group.isOneFrame)
-        return host.link().write(job, elementsOf(assignments[group.tags.front()]));
+        return host.link().write(job, elementWrites(first.tag, first.bytes, labelText(first.tag)));
     std::vector<Tag> tags;
     std::vector<QByteArray> values;
     for (const size_t index : group.tags) {
         tags.push_back(assignments[index].tag);
         values.push_back(assignments[index].bytes);
     }
-    const RecipePlan plan(tags, StartedDriver::LINK_NUMBER);
-    RecipeJob recipe;
-    recipe.job = job;
-    recipe.flag = RECIPE_DOWNLOAD_FLAG;
-    recipe.records = plan.downloadRecords();
-    recipe.values = plan.buffer(values);
-    host.link().transfer(recipe);
+    host.link().transfer(oneFrameWrite(job, tags, values));
 }
 
 /// Writes the values and prints for each value, in the command's order, whether it is confirmed.

@@ -61,6 +61,12 @@ WordBit wordBitOf(const QString& area, int number)
     return {wordAreaOf(area), base + bit / WORD_BITS, bit % WORD_BITS};
 }
 
+QByteArray bitOfWord(const QByteArray& word, int bit)
+{
+    const int byte = static_cast<unsigned char>(word.at(bit / BYTE_BITS));
+    return QByteArray(1, static_cast<char>(byte >> bit % BYTE_BITS & 1));
+}
+
 std::vector<std::pair<size_t, size_t>> sharingTags(const std::vector<Tag>& tags)
 {
     std::vector<std::pair<size_t, size_t>> pairs;

@@ -3,6 +3,8 @@
 
 #include "plan/tag.h"
 
+#include <QByteArray>
+
 #include <utility>
 #include <vector>
 
@@ -22,6 +24,11 @@ struct WordBit
 /// @param area    MX, IX or QX
 /// @param number  address number of the bit
 WordBit wordBitOf(const QString& area, int number);
+
+/// The value of a bit of a word: one byte, 0 or 1.
+/// @param word  two bytes, low byte first
+/// @param bit   0 to 15
+QByteArray bitOfWord(const QByteArray& word, int bit);
 
 /// MW, IW or QW: the words of the memory that holds the area.
 QString wordAreaOf(const QString& area);

@@ -7,8 +7,7 @@
 void CyclicReads::start(std::vector<ReadBlock> blocks, qint64 pace)
 {
     m_schedule.set(std::move(blocks), pace);
-    m_handedIn.reset();
-    m_isListCurrent = false;
+    givenUp();
 }
 
 void CyclicReads::handIn(qint64 now)
@@ -35,6 +34,11 @@ void CyclicReads::answered()
 void CyclicReads::split(const std::vector<ReadBlock>& parts)
 {
     if (m_handedIn) m_schedule.replace(*m_handedIn, parts);
+    givenUp();
+}
+
+void CyclicReads::givenUp()
+{
     m_handedIn.reset();
     m_isListCurrent = false;
 }

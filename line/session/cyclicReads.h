@@ -54,6 +54,9 @@ public:
         m_schedule.stationCameBack(station);
     }
 
+    /// The driver has given up the block that was handed in, and its list is empty.
+    void givenUp();
+
     /// A new connection: all blocks are due.
     void startAnew()
     {

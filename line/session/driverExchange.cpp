@@ -43,13 +43,6 @@ std::vector<HEARD_EXCHANGE> DriverExchange::takeHeard()
     return std::exchange(m_heard, {});
 }
 
-/// Asks the driver twice. Without polled blocks the driver returns 0 once after several consecutive
-/// writes or one-shot reads, although more of them wait.
-bool DriverExchange::chooseRequest()
-{
-    return m_driver.getSendFrame(&m_frame) != 0 || m_driver.getSendFrame(&m_frame) != 0;
-}
-
 ExchangeMachine::Step DriverExchange::advance(qint64 now)
 {
     const bool isPaused = now < m_pauseUntil;
@@ -78,7 +71,7 @@ bool DriverExchange::startNext(qint64 now)
 
 bool DriverExchange::startRequest(qint64 now)
 {
-    if (!chooseRequest()) return false;
+    if (!m_driver.nextRequest(&m_frame)) return false;
     m_isPending = true;
     const QByteArray request = requestOf(m_frame);
     const bool isPointless = m_isSilent(m_frame);
@@ -105,6 +98,13 @@ void DriverExchange::linkLost()
     m_machine.linkLost();
     m_probes.clear();
     m_isRepeat = false;
+}
+
+void DriverExchange::giveUpAll()
+{
+    m_driver.giveUpAll();
+    m_isPending = m_isRepeat = false;
+    m_timesSent = m_refusals = 0;
 }
 
 void DriverExchange::linkOpened(qint64 now)

@@ -59,6 +59,9 @@ public:
     void linkLost();
     void linkOpened(qint64 now);
 
+    /// Makes the driver give up all its requests. Only behind linkLost(). No end is told.
+    void giveUpAll();
+
     /// The driver has no request under way. It chooses its next request afresh.
     bool isBetweenRequests() const
     {
@@ -99,7 +102,6 @@ private:
 
     bool startNext(qint64 now);
     bool startRequest(qint64 now);
-    bool chooseRequest();
     void takeEnded(qint64 now);
     void finish(const EndedExchange& ended, qint64 now);
 

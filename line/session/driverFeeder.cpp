@@ -100,6 +100,18 @@ void DriverFeeder::linkBack(qint64 now)
     m_values.distrust();
 }
 
+void DriverFeeder::endJobs(const QString& why, qint64 now)
+{
+    const std::vector<ElementWrite> unfinished = m_writes.outstandingWrites();
+    dropJobs(why);
+    m_exchange.giveUpAll();
+    m_cyclic.givenUp();
+    m_hasBegun = false;
+    m_values.tell(m_values.takeChanged(nullptr), now);
+    for (const ElementWrite& write : unfinished)
+        m_values.givenUp(write.station, write.area, write.number, now);
+}
+
 void DriverFeeder::dropJobs(const QString& why)
 {
     const FRAME_PRO* frame = m_exchange.isBetweenRequests() ? nullptr : &m_exchange.frame();

@@ -52,6 +52,11 @@ public:
     void linkLost(const QString& trouble, qint64 now);
     void linkBack(qint64 now);
 
+    /// Ends all jobs as lost while the link is lost: nothing of them is sent on the next link. The
+    /// end of a write says whether the PLC can have executed it.
+    /// @param why  in words
+    void endJobs(const QString& why, qint64 now);
+
     /// Ends all jobs as lost, because no further call follows. The end of a write says whether the
     /// PLC can have executed it.
     /// @param why  in words
@@ -94,7 +99,6 @@ private:
     void noteBegun(qint64 now);
     std::vector<ReadBlock> partsInstead(const ReadBlock& block,
                                         const FINISHED_EXCHANGE& finished) const;
-    QString blockTroubleOf(const FINISHED_EXCHANGE& finished) const;
 
     StartedDriver& m_driver;
     SessionSink& m_sink;

@@ -109,6 +109,15 @@ JobEnd unsentToSilent(int station)
     return end;
 }
 
+JobEnd replacedWriteEnd()
+{
+    JobEnd end;
+    end.outcome = JobEnd::LOST;
+    end.execution = JobEnd::NOT_SENT;
+    end.reason = text("replaced by a newer write, not sent");
+    return end;
+}
+
 JobEnd droppedWriteEnd(int timesSent, const QString& why)
 {
     JobEnd end;

@@ -30,6 +30,9 @@ JobEnd writeEndOf(const FINISHED_EXCHANGE& finished);
 /// The end of a write that never went out, because its station is silent.
 JobEnd unsentToSilent(int station);
 
+/// The end of a write that had not gone out when a newer write of the same place took its turn.
+JobEnd replacedWriteEnd();
+
 /// The end of a write that is dropped before its time.
 /// @param timesSent  times that its frame went out
 /// @param why        in words

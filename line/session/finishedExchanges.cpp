@@ -129,11 +129,6 @@ void DriverFeeder::failWaitingWrites(int station)
     m_recipes.failWaiting(station);
 }
 
-QString DriverFeeder::blockTroubleOf(const FINISHED_EXCHANGE& finished) const
-{
-    return m_driver.placesText(finished.frame.var) + QLatin1String(": ") + troubleOf(finished);
-}
-
 /// After the write of a bit that is shown through its word, the word is read.
 void DriverFeeder::writeOver(const FINISHED_EXCHANGE& finished, qint64 now)
 {
@@ -166,14 +161,16 @@ void DriverFeeder::readOver(const FINISHED_EXCHANGE& finished, qint64 now)
     const ReadBlock block = *m_reads.block();
     const std::vector<ReadBlock> parts = partsInstead(block, finished);
     if (!parts.empty()) return m_reads.split(parts);
-    const bool done = finished.result == REPLY_ACCEPTED;
-    m_reads.ended(outcomeOf(finished), done ? QString() : blockTroubleOf(finished));
-    if (done) {
+    if (finished.result == REPLY_ACCEPTED) {
+        m_reads.done(value(block.station, block.area, block.number, block.count));
         m_values.read(block.tags, false, now);
         m_values.readBesides(block, now);
-    } else if (!m_isPolling) { // else the tags show the result of their own polls
-        m_sink.tagsBad(block.tags, troubleOf(finished), now);
+        return;
     }
+    m_reads.failed(outcomeOf(finished), m_driver.placesText(finished.frame.var),
+                   troubleOf(finished));
+    if (!m_isPolling) // else the tags show the result of their own polls
+        m_sink.tagsBad(block.tags, troubleOf(finished), now);
 }
 
 void DriverFeeder::blockOver(const FINISHED_EXCHANGE& finished, qint64 now)

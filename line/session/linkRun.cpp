@@ -18,9 +18,9 @@ qint64 paceOf(const LinkRun::Settings& settings)
 }
 
 /// Rates are those of polling: on request, all tags are read at once.
-RatedReads plannedReads(const LinkRun::Settings& settings, const std::vector<Tag>& tags)
+RatedReads plannedReads(const LinkRun::Settings& settings, const std::vector<Tag>& tags,
+                        const WireCost& cost)
 {
-    const WireCost cost = wireCost(timingOf(settings.address), settings.turnaroundUs);
     if (settings.reading == LinkRun::CYCLIC)
         return planRatedReads(tags, cost, MOST_READ_REGISTERS, paceOf(settings), settings.mostGap);
     RatedReads reads;
@@ -45,12 +45,14 @@ qint64 defaultPaceMs(LinkAddress::Kind kind)
 
 LinkRun::LinkRun(const DriverLibrary& driver, const Settings& settings,
                  const std::vector<Tag>& tags, LinkSink& sink)
-    : m_reads(plannedReads(settings, tags)),
+    : m_cost(wireCost(timingOf(settings.address), settings.turnaroundUs)),
+      m_pace(paceOf(settings)),
+      m_reads(plannedReads(settings, tags, m_cost)),
       m_turns(turnsOf(tags, m_reads.cycle)),
       m_thread(driver, threadSettings(settings), sink)
 {
     if (settings.reading == CYCLIC)
-        m_thread.poll(tags, m_reads.blocks, paceOf(settings));
+        m_thread.poll(tags, m_reads.blocks, m_pace);
     else
         m_thread.know(tags, m_reads.blocks);
 }
@@ -60,10 +62,16 @@ LinkRun::~LinkRun()
     stop(QLatin1String("the host stopped"));
 }
 
+void LinkRun::askToStop(const QString& why)
+{
+    m_opening.ask();
+    m_thread.askToStop(why);
+}
+
 /// Cancels the opening first: LinkThread waits for its thread, and an opening may take minutes.
 void LinkRun::stop(const QString& why)
 {
-    m_opening.ask();
+    askToStop(why);
     m_thread.stop(why);
 }
 
@@ -75,6 +83,7 @@ LinkThread::Settings LinkRun::threadSettings(const Settings& settings)
     thread.exchange.echo = settings.echo;
     thread.exchange.seed = std::random_device()();
     thread.attempts = settings.attempts;
+    thread.jobsAtLoss = settings.jobsAtLoss;
     thread.hold = qint64(settings.holdMs) * MILLISECOND;
     thread.firstPauseMs = settings.pauseMs;
     thread.reopensWhenSilent = settings.address.kind == LinkAddress::NETWORK;

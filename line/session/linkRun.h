@@ -18,9 +18,10 @@
 ///     LinkRun run(driver, settings, tags, values);
 ///     run.start();
 ///
-/// A process has one driver, so only one LinkRun may exist at a time. Qt's network and serial port
-/// classes need a QCoreApplication. Every thread except the link's thread may call the functions.
-/// One thread, the owner's, constructs and destroys the object.
+/// A loaded library is one driver, so only one LinkRun may run at a time with each loaded library.
+/// A program with several links loads a copy of the driver for each of them. Qt's network and
+/// serial port classes need a QCoreApplication. Every thread except the link's thread may call the
+/// functions. One thread, the owner's, constructs and destroys the object.
 class LinkRun
 {
 public:
@@ -34,8 +35,9 @@ public:
         LinkAddress address;          ///< of the PLC; its line settings give the silent intervals
         LinkThread::OpenLink opening; ///< opens the link; empty: the address is opened
         Reading reading = CYCLIC;
-        int timeoutMs = 500;     ///< longest wait for an answer, 1 or more
-        int attempts = 3;        ///< a request is given up after so many attempts, 1 or more
+        int timeoutMs = 500; ///< longest wait for an answer, 1 or more
+        int attempts = 3;    ///< a request is given up after so many attempts, 1 or more
+        LinkThread::JobsAtLoss jobsAtLoss = LinkThread::JOBS_WAIT;
         int pauseMs = 500;       ///< before a lost link is opened again; grows with each failure
         int turnaroundUs = 1000; ///< the PLC's time before it answers; only the plan uses it
         int mostGap = ANY_GAP;   ///< longest gap that a request reads, see planReads(); 0: none
@@ -59,6 +61,11 @@ public:
 
     void start();
 
+    /// Asks the link to end, and returns: to end many links, ask them all before the first stop().
+    /// Only the owner's thread calls it.
+    /// @param why  the reason for the unfinished jobs, in words
+    void askToStop(const QString& why);
+
     /// Ends the link for good: cancels an opening that is under way and waits for the thread.
     /// Before this returns, the sink has been told the ends of all jobs: unfinished jobs are lost.
     /// The ends of writes say whether the PLC can have executed them. Only the owner's thread calls
@@ -78,6 +85,24 @@ public:
         return m_reads.blocks;
     }
 
+    /// The planned time from the start of a cycle of polling to the next start, in microseconds.
+    qint64 cycle() const
+    {
+        return m_reads.cycle;
+    }
+
+    /// Whether the pace sets the time of a cycle; otherwise the line does.
+    bool isPaced() const
+    {
+        return m_pace > 0 && m_pace >= m_reads.cycle;
+    }
+
+    /// The time of reading on the link.
+    const WireCost& cost() const
+    {
+        return m_cost;
+    }
+
     /// The longest planned time between two reads of a polled tag, in microseconds; empty: the tag
     /// is read once. A value that is much older has missed its turn.
     /// @param tag  index in the tags of the constructor
@@ -92,6 +117,8 @@ public:
 private:
     LinkThread::Settings threadSettings(const Settings& settings);
 
+    const WireCost m_cost;                            ///< constant after construction
+    const qint64 m_pace;                              ///< constant after construction
     const RatedReads m_reads;                         ///< constant after construction
     const std::vector<std::optional<qint64>> m_turns; ///< by tag; constant after construction
     Cancellation m_opening;                           ///< guards itself

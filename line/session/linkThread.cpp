@@ -18,6 +18,11 @@ int firstSilenceMs(const LinkThread::Settings& settings)
                     int(SILENT_TIME_OUTS * settings.exchange.answer / MILLISECOND));
 }
 
+QString lostText(const QString& trouble)
+{
+    return QLatin1String("link lost: ") + trouble;
+}
+
 } // namespace
 
 LinkThread::LinkThread(const DriverLibrary& driver, const Settings& settings, LinkSink& sink)
@@ -36,7 +41,7 @@ LinkThread::~LinkThread()
     stop(QLatin1String("the host stopped"));
 }
 
-void LinkThread::stop(const QString& why)
+void LinkThread::askToStop(const QString& why)
 {
     {
         const std::lock_guard<std::mutex> lock(m_workMutex);
@@ -44,6 +49,11 @@ void LinkThread::stop(const QString& why)
     }
     m_stop = true;
     m_wait.wake();
+}
+
+void LinkThread::stop(const QString& why)
+{
+    askToStop(why);
     wait();
     // The thread sanitizer does not see Qt's wait for a thread that has already ended. This load
     // shows it that the thread's accesses come before the destruction.
@@ -141,22 +151,23 @@ void LinkThread::runOnce(DriverFeeder& feeder)
         feeder.linkBack(now());
         exchange(feeder, *link);
     } catch (const LinkError& error) {
+        const QString trouble = QString::fromUtf8(error.what());
         if (!std::exchange(m_lossTold, true)) {
-            const QString trouble = QString::fromUtf8(error.what());
             const qint64 lostAt = now();
-            feeder.linkLost(QLatin1String("link lost: ") + trouble, lostAt);
+            feeder.linkLost(lostText(trouble), lostAt);
             m_sink.linkChanged(false, trouble, lostAt);
         }
-        pauseAfterLoss(feeder);
+        pauseAfterLoss(feeder, trouble);
     }
 }
 
-/// New jobs wake the wait; they stay in the queue until the pause is over.
-void LinkThread::pauseAfterLoss(DriverFeeder& feeder)
+/// New jobs wake the wait; they stay in the queue until the pause is over, or end at once.
+void LinkThread::pauseAfterLoss(DriverFeeder& feeder, const QString& trouble)
 {
     const qint64 end = now() + qint64(m_pause.take()) * MILLISECOND;
     while (!m_stop && now() < end) {
         takeWork(feeder);
+        if (m_settings.jobsAtLoss == JOBS_END) feeder.endJobs(lostText(trouble), now());
         m_wait.wait(-1, end - now());
     }
 }

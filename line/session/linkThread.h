@@ -19,12 +19,17 @@
 /// The thread of one link. It owns the link and makes all driver calls, so the line does not wait
 /// for the owner's threads. The owner hands in jobs; the thread tells the sink their ends.
 ///
-/// The thread tells the loss of the link once and opens the link again after growing pauses. Jobs
-/// wait for the new link.
+/// The thread tells the loss of the link once and opens the link again after growing pauses.
 class LinkThread : private QThread
 {
 public:
     using OpenLink = std::function<std::unique_ptr<Link>()>; ///< throws LinkError
+
+    /// What becomes of the jobs when the link is lost, and of those handed in while it is lost.
+    enum JobsAtLoss {
+        JOBS_WAIT, ///< they are done on the next link
+        JOBS_END   ///< they end as lost, and nothing of them is sent later
+    };
 
     struct Settings
     {
@@ -32,6 +37,7 @@ public:
         LineTiming timing = LineTiming(LineSettings());
         ExchangeMachine::Settings exchange;
         int attempts = 3;
+        JobsAtLoss jobsAtLoss = JOBS_WAIT;
         int firstPauseMs = 500;         ///< before a lost link is opened again; see GrowingPause
         bool reopensWhenSilent = false; ///< opens anew when no station answers and no byte comes
         qint64 hold = 0; ///< microseconds that writes wait for a silent station, see DriverFeeder
@@ -41,6 +47,10 @@ public:
 
     /// Stops the thread as stop() does.
     ~LinkThread() override;
+
+    /// Asks the thread to stop, and returns. Only the owner's thread calls it.
+    /// @param why  the reason for the unfinished jobs, in words
+    void askToStop(const QString& why);
 
     /// Stops the thread and waits for it. Before this returns, the sink has been told the ends of
     /// all jobs: unfinished jobs are lost. Only the owner's thread calls it.
@@ -76,7 +86,7 @@ private:
     void takeWire(qint64 from, qint64 until);
     void reopenWhenSilent(const DriverFeeder& feeder);
     void runOnce(DriverFeeder& feeder);
-    void pauseAfterLoss(DriverFeeder& feeder);
+    void pauseAfterLoss(DriverFeeder& feeder, const QString& trouble);
 
     // Constant after construction.
     const DriverLibrary& m_driver;

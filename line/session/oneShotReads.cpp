@@ -51,25 +51,43 @@ void OneShotReads::split(const std::vector<ReadBlock>& parts)
         m_waiting.push_front({*part, job});
 }
 
-void OneShotReads::noteFailure(Job& job, JobEnd::Outcome outcome, const QString& trouble)
+void OneShotReads::noteFailure(Job& job, JobEnd::Outcome outcome, const QString& block,
+                               const QString& reason)
 {
+    const QString trouble = block + QLatin1String(": ") + reason;
     ++job.failures;
     if (job.failures == 1) {
         job.end.outcome = outcome;
+        job.end.block = block;
+        job.end.reason = reason;
         job.end.trouble = trouble;
     } else if (job.failures <= NAMED_FAILURES) {
         job.end.trouble += QLatin1String("; ") + trouble;
     }
 }
 
-void OneShotReads::ended(JobEnd::Outcome outcome, const QString& trouble)
+void OneShotReads::done(const QByteArray& values)
 {
     if (!m_underWay) return;
-    const Read read = *std::exchange(m_underWay, std::nullopt);
-    if (read.job == NO_JOB) return;
-    const auto found = m_jobs.find(read.job);
+    const int job = std::exchange(m_underWay, std::nullopt)->job;
+    if (job == NO_JOB) return;
+    m_jobs[job].end.values += values;
+    blockOver(job);
+}
+
+void OneShotReads::failed(JobEnd::Outcome outcome, const QString& block, const QString& reason)
+{
+    if (!m_underWay) return;
+    const int job = std::exchange(m_underWay, std::nullopt)->job;
+    if (job == NO_JOB) return;
+    noteFailure(m_jobs[job], outcome, block, reason);
+    blockOver(job);
+}
+
+void OneShotReads::blockOver(int number)
+{
+    const auto found = m_jobs.find(number);
     Job& job = found->second;
-    if (outcome != JobEnd::DONE) noteFailure(job, outcome, trouble);
     if (--job.blocksLeft > 0) return;
     if (job.failures > NAMED_FAILURES)
         job.end.trouble +=

@@ -47,9 +47,15 @@ public:
     /// The PLC refused the block under way: its parts are read next, for the same job.
     void split(const std::vector<ReadBlock>& parts);
 
-    /// The block under way was read, or failed. A job ends with its last block. Its end has
-    /// the outcome of its first failure, and the troubles of its first failures.
-    void ended(JobEnd::Outcome outcome, const QString& trouble);
+    /// The block under way was read. A job ends with its last block. Its end has the values of the
+    /// blocks.
+    /// @param values  of the block, in the format of intf_getData
+    void done(const QByteArray& values);
+
+    /// The block under way failed. The job's end has the outcome and the place of its first
+    /// failure, and the troubles of its first failures.
+    /// @param block  the addresses of the block
+    void failed(JobEnd::Outcome outcome, const QString& block, const QString& reason);
 
     /// Ends all jobs as lost.
     /// @param why  in words
@@ -65,7 +71,9 @@ private:
         JobEnd end;
     };
 
-    static void noteFailure(Job& job, JobEnd::Outcome outcome, const QString& trouble);
+    static void noteFailure(Job& job, JobEnd::Outcome outcome, const QString& block,
+                            const QString& reason);
+    void blockOver(int job);
 
     std::deque<Read> m_waiting;
     std::optional<Read> m_underWay;

@@ -19,6 +19,17 @@ bool isDownloadTo(int station, const RecipeJob& recipe)
                        [station](const _RCP_VAR_PRO& record) { return record.station == station; });
 }
 
+/// Both write the same words, and nothing else.
+bool isSameWrite(const RecipeJob& a, const RecipeJob& b)
+{
+    if (a.kind != RecipeJob::TAG_WRITE || b.kind != RecipeJob::TAG_WRITE) return false;
+    return std::equal(a.records.begin(), a.records.end(), b.records.begin(), b.records.end(),
+                      [](const _RCP_VAR_PRO& one, const _RCP_VAR_PRO& other) {
+                          return one.station == other.station && one.regName == other.regName &&
+                                 one.addr == other.addr && one.count == other.count;
+                      });
+}
+
 JobEnd dropped(const RecipeJob& recipe, int timesSent, const QString& why)
 {
     if (isDownload(recipe)) return droppedWriteEnd(timesSent, why);
@@ -32,7 +43,12 @@ JobEnd dropped(const RecipeJob& recipe, int timesSent, const QString& why)
 
 void RecipeTransfers::add(const RecipeJob& recipe)
 {
-    m_waiting.push_back(recipe);
+    const auto older =
+        std::find_if(m_waiting.begin(), m_waiting.end(),
+                     [&](const RecipeJob& waiting) { return isSameWrite(waiting, recipe); });
+    if (older == m_waiting.end()) return m_waiting.push_back(recipe);
+    const RecipeJob replaced = std::exchange(*older, recipe);
+    endWaiting(replaced, replacedWriteEnd());
 }
 
 void RecipeTransfers::feed(const IsHeld& isHeld)
@@ -55,7 +71,8 @@ void RecipeTransfers::feed(const IsHeld& isHeld)
     end.job = m_underWay->job;
     end.outcome = JobEnd::LOST;
     end.execution = JobEnd::NOT_SENT;
-    end.reason = end.trouble = QLatin1String("the driver took none of the recipe's variables");
+    end.reason = end.trouble =
+        QLatin1String("not sent: the driver took none of the recipe's variables");
     m_underWay.reset();
     m_sink.jobEnded(end);
 }
@@ -129,6 +146,7 @@ void RecipeTransfers::endWaiting(const RecipeJob& recipe, const JobEnd& how)
 void RecipeTransfers::end(const RecipeJob& recipe, JobEnd how, const QString& block)
 {
     how.job = recipe.job;
+    if (how.outcome != JobEnd::DONE) how.block = block;
     if (how.outcome != JobEnd::DONE) how.trouble = block + QLatin1String(": ") + how.reason;
     if (how.outcome == JobEnd::LOST && !isDownload(recipe)) how.trouble = how.reason;
     m_sink.jobEnded(how);

@@ -11,6 +11,13 @@
 /// A recipe to transfer.
 struct RecipeJob
 {
+    enum Kind {
+        RECIPE,
+        TAG_WRITE ///< the write of a tag in one frame: while it waits, a newer write of the same
+                  ///< words takes its turn, and it ends as failed
+    };
+
+    Kind kind = RECIPE;
     int job = 0;
     RecipeFlag flag = RECIPE_DOWNLOAD_FLAG;
     QVector<_RCP_VAR_PRO> records; ///< the driver must not merge any of them, see RecipePlan

@@ -31,8 +31,11 @@ struct JobEnd
     Outcome outcome = DONE;
     Execution execution = ANSWERED; ///< of a write or download; no meaning for a read
     QString trouble; ///< the first failure: its label or addresses, and the reason; empty with DONE
-    QString reason;  ///< of a write or download: the reason without the addresses
-    QByteArray values; ///< of a recipe, in the layout of the driver's recipe buffer
+    QString reason;  ///< of a write or recipe: the reason without the addresses
+    QString block;   ///< of a recipe or read: the addresses of the first failure; empty: it is not
+                     ///< known, or nothing failed
+    QByteArray values; ///< of a recipe, in the layout of the driver's recipe buffer; of a read, the
+                       ///< values of its blocks in their order, in the format of intf_getData
 };
 
 /// Receives the news of DriverFeeder. It is called from the thread that calls DriverFeeder, which

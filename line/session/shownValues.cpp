@@ -1,20 +1,7 @@
 #include "session/shownValues.h"
 
+#include "plan/sharedMemory.h"
 #include "plan/tagSpan.h"
-
-namespace {
-
-enum { BYTE_BITS = 8 };
-
-/// One byte, 0 or 1.
-/// @param word  two bytes, low byte first
-QByteArray bitOf(const QByteArray& word, int bit)
-{
-    const int byte = static_cast<unsigned char>(word.at(bit / BYTE_BITS));
-    return QByteArray(1, static_cast<char>(byte >> bit % BYTE_BITS & 1));
-}
-
-} // namespace
 
 void ShownValues::reset(size_t tags)
 {
@@ -102,7 +89,7 @@ bool ShownValues::fetch(int tag)
 {
     const PolledTags::Place& place = m_tags.place(tag);
     QByteArray value = m_driver.value(place.station, place.area, place.number, place.units);
-    if (place.bitOfWord != PolledTags::Place::NO_BIT) value = bitOf(value, place.bitOfWord);
+    if (place.bitOfWord != PolledTags::Place::NO_BIT) value = bitOfWord(value, place.bitOfWord);
     if (m_shown[size_t(tag)] == value) return false;
     m_shown[size_t(tag)] = value;
     return true;

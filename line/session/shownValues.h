@@ -44,6 +44,12 @@ public:
     /// A write was handed to the driver, which shows the written value from now on.
     void toBeWritten(int station, const QString& area, int number, qint64 now);
 
+    /// The driver has given up the write of an element, and shows the value before it.
+    void givenUp(int station, const QString& area, int number, qint64 now)
+    {
+        toBeWritten(station, area, number, now);
+    }
+
     /// The driver has ended the write of an element. The tag is fetched again because of a write
     /// during which a read brought another value: the driver shows the read value, then replaces it
     /// by the written value without a change callback.

@@ -12,9 +12,10 @@
 
 namespace {
 
-// The changes that noteChange() collects. A global variable, because the driver's callback has no
-// argument for the host's data. Used only by the thread that calls the driver.
-std::vector<NotedChange> notedChanges;
+// The changes that noteChange() collects. The driver's callback has no argument for the host's
+// data. The driver calls it inside a call of the thread that uses the driver, so each thread has
+// changes of its own: those of its link.
+thread_local std::vector<NotedChange> notedChanges;
 
 } // namespace
 
@@ -33,10 +34,12 @@ StartedDriver::StartedDriver(const DriverLibrary& driver, int attempts)
                           &m_mutex);
 }
 
-/// Makes the driver forget the borrowed memory: the driver outlives this object.
+/// Makes the driver forget the borrowed memory: the driver outlives this object. A driver keeps its
+/// place in a recipe also for its next start, so the recipe must be given up.
 StartedDriver::~StartedDriver()
 {
     int status = 0;
+    giveUpAll();
     m_driver.setAddrValueChangeCallBack(nullptr);
     m_driver.initProperty(nullptr, 0, nullptr, &status, nullptr, nullptr);
     notedChanges.clear();
@@ -47,9 +50,11 @@ void StartedDriver::noteChange(int, int station, QString& area, int number)
     notedChanges.push_back({station, area, number});
 }
 
-int StartedDriver::getSendFrame(FRAME_PRO* frame)
+/// Asks the driver twice. Without polled blocks the driver returns 0 once after several consecutive
+/// writes or one-shot reads, although more of them wait.
+bool StartedDriver::nextRequest(FRAME_PRO* frame)
 {
-    return m_driver.getSendFrame(frame);
+    return m_driver.getSendFrame(frame) != 0 || m_driver.getSendFrame(frame) != 0;
 }
 
 int StartedDriver::dealRcvFrame(QByteArray& reply, QString& errorText)
@@ -60,6 +65,18 @@ int StartedDriver::dealRcvFrame(QByteArray& reply, QString& errorText)
 int StartedDriver::poll(QList<KEY_ADDRESS> keys)
 {
     return m_driver.addrMerge(keys);
+}
+
+void StartedDriver::giveUpAll()
+{
+    FRAME_PRO frame;
+    QByteArray noReply;
+    QString errorText;
+    poll({});
+    while (nextRequest(&frame)) {
+        while (dealRcvFrame(noReply, errorText) == REPLY_RETRY) {
+        }
+    }
 }
 
 void StartedDriver::queueRead(KEY_ADDRESS key)

@@ -16,8 +16,9 @@ struct NotedChange
 };
 
 /// The driver, started for one link. The object owns the memory that the driver borrows from its
-/// host: flags, recipe buffer and mutex. A process has one driver, so only one StartedDriver may
-/// exist at a time. One thread makes all calls; for LinkRun this is the link's thread.
+/// host: flags, recipe buffer and mutex. A loaded library is one driver, so only one StartedDriver
+/// may exist at a time for each loaded library, and for each thread. One thread constructs the
+/// object and makes all calls; for LinkRun this is the link's thread.
 class StartedDriver
 {
 public:
@@ -33,11 +34,19 @@ public:
     StartedDriver(const StartedDriver&) = delete;
     StartedDriver& operator=(const StartedDriver&) = delete;
 
-    int getSendFrame(FRAME_PRO* frame);
+    /// The request that is to be sent next.
+    /// @return false when the driver has none
+    bool nextRequest(FRAME_PRO* frame);
+
     int dealRcvFrame(QByteArray& reply, QString& errorText);
 
     /// @return the number of blocks that the driver polls
     int poll(QList<KEY_ADDRESS> keys);
+
+    /// Makes the driver give up all its requests: the one under way, the queued writes and reads,
+    /// the recipe and the polled blocks. The driver has nothing to send then, and its cache shows
+    /// no value that was not confirmed.
+    void giveUpAll();
 
     /// Queues one read of up to 125 words, or of one group of 16 bits (count is then 1).
     void queueRead(KEY_ADDRESS key);

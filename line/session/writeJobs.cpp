@@ -6,19 +6,6 @@
 #include <limits>
 #include <utility>
 
-namespace {
-
-JobEnd replacedEnd()
-{
-    JobEnd end;
-    end.outcome = JobEnd::LOST;
-    end.execution = JobEnd::NOT_SENT;
-    end.reason = QLatin1String("replaced by a newer value");
-    return end;
-}
-
-} // namespace
-
 /// A newer write of a waiting element takes the older write's turn.
 void WriteJobs::add(int job, const std::vector<ElementWrite>& elements)
 {
@@ -37,7 +24,7 @@ void WriteJobs::add(int job, const std::vector<ElementWrite>& elements)
         }
         const Pending replaced =
             std::exchange(older->second, Pending{job, older->second.turn, write});
-        endElement(replaced.job, replaced.write.label, replacedEnd());
+        endElement(replaced.job, replaced.write.label, replacedWriteEnd());
     }
 }
 
@@ -84,7 +71,7 @@ void WriteJobs::putBack(int station, const QString& area, int number)
     m_outstanding.erase(found);
     m_comingBack.insert(station);
     if (m_waiting.count(element) != 0)
-        endElement(unsent.job, unsent.write.label, replacedEnd());
+        endElement(unsent.job, unsent.write.label, replacedWriteEnd());
     else
         wait(element, unsent);
 }
@@ -155,6 +142,14 @@ void WriteJobs::endElement(int job, const QString& label, const JobEnd& end)
     if (--found->second.elementsLeft > 0) return;
     m_ended.push_back(jobs);
     m_jobs.erase(found);
+}
+
+std::vector<ElementWrite> WriteJobs::outstandingWrites() const
+{
+    std::vector<ElementWrite> writes;
+    for (const auto& entry : m_outstanding)
+        writes.push_back(entry.second.write);
+    return writes;
 }
 
 std::vector<JobEnd> WriteJobs::takeEnded()

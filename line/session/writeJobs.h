@@ -80,6 +80,9 @@ public:
         return int(m_outstanding.size());
     }
 
+    /// The elements with the driver.
+    std::vector<ElementWrite> outstandingWrites() const;
+
 private:
     using Element = std::tuple<int, QString, int>;
 

@@ -30,12 +30,12 @@ protected:
 
     void endsWell()
     {
-        reads.ended(JobEnd::DONE, QString());
+        reads.done(QByteArray());
     }
 
-    void failsWith(const char* trouble)
+    void failsWith(const char* reason)
     {
-        reads.ended(JobEnd::TIMED_OUT, QLatin1String(trouble));
+        reads.failed(JobEnd::TIMED_OUT, QLatin1String("MW2"), QLatin1String(reason));
     }
 
     OneShotReads reads;
@@ -96,8 +96,31 @@ TEST_F(OneShotReadsTest, JobGoesOnBehindAFailureAndNamesEachFailure)
     ASSERT_EQ(1u, ends.size());
     EXPECT_EQ(int(FIRST_JOB), ends[0].job);
     EXPECT_EQ(JobEnd::TIMED_OUT, ends[0].outcome);
-    EXPECT_EQ(QLatin1String("silent; refused"), ends[0].trouble);
+    EXPECT_EQ(QLatin1String("MW2: silent; MW2: refused"), ends[0].trouble);
     EXPECT_EQ(4, start());
+}
+
+TEST_F(OneShotReadsTest, EndHasThePlaceAndTheReasonOfTheFirstFailure)
+{
+    reads.add(FIRST_JOB, {blockAt(1), blockAt(2)});
+    start();
+    reads.failed(JobEnd::REFUSED, QLatin1String("MW2"), QLatin1String("refused"));
+    start();
+    reads.failed(JobEnd::TIMED_OUT, QLatin1String("MW4"), QLatin1String("silent"));
+    const JobEnd end = reads.takeEnded().at(0);
+    EXPECT_EQ(JobEnd::REFUSED, end.outcome);
+    EXPECT_EQ(QLatin1String("MW2"), end.block);
+    EXPECT_EQ(QLatin1String("refused"), end.reason);
+}
+
+TEST_F(OneShotReadsTest, EndHasTheValuesOfTheBlocksInTheirOrder)
+{
+    reads.add(FIRST_JOB, {blockAt(1), blockAt(2)});
+    start();
+    reads.done("ab");
+    start();
+    reads.done("c");
+    EXPECT_EQ("abc", reads.takeEnded().at(0).values);
 }
 
 TEST_F(OneShotReadsTest, FailureOfOneJobIsNotThatOfTheNext)
@@ -184,7 +207,7 @@ TEST_F(OneShotReadsTest, OnlyTheFirstThreeFailuresAreNamed)
     }
     const std::vector<JobEnd> ends = reads.takeEnded();
     ASSERT_EQ(1u, ends.size());
-    EXPECT_EQ(QLatin1String("a; b; c; and 2 more"), ends[0].trouble);
+    EXPECT_EQ(QLatin1String("MW2: a; MW2: b; MW2: c; and 2 more"), ends[0].trouble);
 }
 
 TEST_F(OneShotReadsTest, PartsOfARefusedBlockAreReadNextForItsJob)

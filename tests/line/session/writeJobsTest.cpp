@@ -184,7 +184,7 @@ TEST_F(WriteJobsTest, NewerWriteReplacesAWaitingWrite)
     ASSERT_EQ(1u, ends.size());
     EXPECT_EQ(int(SECOND_JOB), ends[0].job);
     EXPECT_EQ(JobEnd::LOST, ends[0].outcome);
-    EXPECT_EQ(QLatin1String("tag1: replaced by a newer value"), ends[0].trouble);
+    EXPECT_EQ(QLatin1String("tag1: replaced by a newer write, not sent"), ends[0].trouble);
     done(1);
     EXPECT_EQ(33, jobs.takeNext().value().bytes.at(0));
 }

@@ -1,4 +1,5 @@
 #include "recipeJobs.h"
+#include "session/tagWrites.h"
 #include "sessionBench.h"
 
 #include <gtest/gtest.h>
@@ -175,7 +176,36 @@ TEST_F(WriteOutcomesTest, ReplacedWriteIsNotSent)
     bench.runUntil([this] { return !bench.sent.empty(); });
     bench.writeWord(JOB + 2, NUMBER, 3);
     bench.writeWord(JOB + 3, NUMBER, 4);
-    expectEnd(JOB + 2, JobEnd::LOST, JobEnd::NOT_SENT, QLatin1String("replaced by a newer value"));
+    expectEnd(JOB + 2, JobEnd::LOST, JobEnd::NOT_SENT,
+              QLatin1String("replaced by a newer write, not sent"));
+}
+
+TEST_F(WriteOutcomesTest, ReplacedWriteOfTwoWordsIsNotSent)
+{
+    const std::vector<Tag> tag = {tagOf("MW", 3100, Tag::UINT32)};
+    const auto value = [](int low) { return wordBytes(low) + wordBytes(0); };
+    bench.feeder.addRecipe(download(JOB + 1, {tagOf("MW", 3200)}, {wordBytes(1)}));
+    bench.runUntil([this] { return !bench.sent.empty(); });
+    bench.feeder.addRecipe(oneFrameWrite(JOB + 2, tag, {value(2)}));
+    bench.feeder.addRecipe(oneFrameWrite(JOB + 3, {tagOf("MW", 3102, Tag::UINT32)}, {value(3)}));
+    bench.feeder.addRecipe(oneFrameWrite(JOB + 4, tag, {value(4)}));
+    expectEnd(JOB + 2, JobEnd::LOST, JobEnd::NOT_SENT,
+              QLatin1String("replaced by a newer write, not sent"));
+    for (const int job : {JOB + 1, JOB + 3, JOB + 4}) {
+        ASSERT_TRUE(bench.sink.hasEnded(job) || bench.runUntilEnded(job));
+        EXPECT_EQ(JobEnd::DONE, bench.sink.outcome(job));
+    }
+    EXPECT_EQ(4, bench.plc.word(1, 3100));
+    EXPECT_EQ(3, bench.plc.word(1, 3102));
+    EXPECT_EQ(3u, bench.sent.size());
+}
+
+TEST_F(WriteOutcomesTest, RecipeOfTheSameWordsIsNotReplaced)
+{
+    for (int i = 1; i <= 2; ++i)
+        bench.feeder.addRecipe(download(JOB + i, {tagOf("MW", 3100)}, {wordBytes(i)}));
+    for (int i = 1; i <= 2; ++i)
+        expectEnd(JOB + i, JobEnd::DONE, JobEnd::ANSWERED, QString());
 }
 
 TEST_F(WriteOutcomesTest, DroppedJobsSayWhichWriteWentOut)
