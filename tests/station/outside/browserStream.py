@@ -1,0 +1,57 @@
+"""The page's stream in a real browser: a lost stream is seen, and tabs share one."""
+
+import time
+
+from stationBrowser import ODD_NAME, STREAM, BrowserTest
+
+GREY_S = 2
+SLACK_S = 0.5  # of a busy machine
+
+
+class BrowserStream(BrowserTest):
+    """What the stream does to the page."""
+
+    def goes_grey(self, how):
+        """The page is lost within 2 s of a trouble, and live again by itself."""
+        how()
+        began = time.monotonic()
+        self.awaits_stream("lost", GREY_S + SLACK_S)
+        self.assertLessEqual(time.monotonic() - began, GREY_S + SLACK_S)
+        self.control.command("set MW300=21")
+        self.relay.resume()
+        self.awaits_stream("live")
+        self.awaits_value(ODD_NAME, "21")
+
+    def test_frozen_stream_turns_the_page_grey(self):
+        self.browse(800, 480)
+        self.goes_grey(self.relay.freeze)
+
+    def test_cut_stream_turns_the_page_grey(self):
+        self.browse(800, 480)
+        self.goes_grey(self.relay.cut)
+
+    def test_tabs_share_one_stream_and_survive_each_other(self):
+        for name in ("127.0.0.1", "panel.local"):
+            with self.subTest(name=name):
+                self.browse(800, 480, name)
+                first = self.browser.driver.current_window_handle
+                tabs = [first] + [self.browser.new_tab(self.address(name)) for _ in range(2)]
+                for tab in tabs:
+                    self.browser.show(tab)
+                    self.awaits_stream("live")
+                self.awaits(lambda: self.relay.open_requests(STREAM) == 1, "not one stream")
+                self.browser.show(tabs[0])
+                self.browser.close_tab(tabs[1])
+                for number, tab in enumerate(tabs[1:]):
+                    self.browser.show(tab)
+                    self.awaits_stream("live")
+                    self.control.command(f"set MW300={number + 40}")
+                    self.awaits_value(ODD_NAME, str(number + 40))
+                self.awaits(lambda: self.relay.open_requests(STREAM) == 1, "not one stream")
+                self.nothing_went_wrong()
+                self.browser.close()
+
+    def test_name_of_the_panel_serves_the_page(self):
+        self.browse(1280, 800, "panel.local")
+        self.assertFalse(self.browser.script("return isSecureContext"))
+        self.nothing_went_wrong()
