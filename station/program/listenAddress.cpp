@@ -5,7 +5,7 @@
 std::optional<ListenAddress> listenAddress(const QString& text)
 {
     static const QRegularExpression format(
-        QLatin1String("\\A(?:\\[([0-9A-Fa-f:.]+)\\]|([0-9.]+)):([0-9]{1,5})\\z"));
+        QLatin1String("\\A(?:\\[([0-9A-Fa-f:.]+)\\]|((?:[0-9]+\\.){3}[0-9]+)):([0-9]{1,5})\\z"));
     const QRegularExpressionMatch match = format.match(text);
     const QString version6 = match.captured(1);
     ListenAddress listen;

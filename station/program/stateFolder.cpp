@@ -4,6 +4,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -39,7 +40,7 @@ QString pathFrom(const char* variable)
 void makeFolder(const QString& path)
 {
     if (QDir(path).exists()) return;
-    QDir().mkpath(QDir(path).filePath(QLatin1String("..")));
+    QDir().mkpath(QFileInfo(path).path());
     if (::mkdir(QFile::encodeName(path).constData(), S_IRWXU) == 0 || errno == EEXIST) return;
     fail(path, QLatin1String("cannot make it: ") + systemReason());
 }

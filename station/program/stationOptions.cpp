@@ -75,7 +75,12 @@ void addAccess(CLI::App& app, StationOptions& options)
                    options.hostNames << QString::fromStdString(name);
            },
            "further name that browsers reach the station by; repeatable")
-        ->type_name("NAME")
+        ->check(CLI::Validator(
+            [](const std::string& name) {
+                return hostNameProblem(QString::fromStdString(name)).toStdString();
+            },
+            "NAME"))
+        ->type_name("")
         ->expected(1)
         ->take_all();
 }
