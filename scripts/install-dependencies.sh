@@ -16,7 +16,8 @@ demo_packages=(g++ cmake ninja-build pkg-config qtbase5-dev libqt5serialport5-de
     libjs-dygraphs)
 test_packages=(binutils libgtest-dev librapidcheck-dev python3-pymodbus python3-serial
     python3-serial-asyncio tmux tshark wireshark-common procps iproute2 util-linux doxygen man-db
-    groff-base clang-format git patch chromium chromium-driver python3-selenium)
+    groff-base clang-format git patch chromium chromium-driver python3-selenium
+    python3-prometheus-client)
 all_packages=(qt6-base-dev qt6-serialport-dev gcovr clang clang-tidy libclang-rt-14-dev llvm
     cppcheck valgrind)
 bench_packages=(libbenchmark-dev libqt5serialbus5-dev gnuplot-nox valgrind)

@@ -1,6 +1,9 @@
 #include "api/apiRoutes.h"
 
 #include "api/framesRoutes.h"
+#include "api/healthRoute.h"
+#include "api/metricsRoute.h"
+#include "api/recipeRoutes.h"
 #include "api/stationRoute.h"
 #include "api/valuesRoute.h"
 #include "api/writeRoute.h"
@@ -11,4 +14,7 @@ void addApiRoutes(HttpRoutes& routes, const StationParts& parts)
     addValuesRoute(routes, parts);
     addFramesRoutes(routes, parts);
     addWriteRoute(routes, parts);
+    addRecipeRoutes(routes, parts);
+    addMetricsRoute(routes, parts);
+    addHealthRoute(routes, parts);
 }

@@ -18,8 +18,9 @@ struct StationParts
     StationLinks& links;
     StationEvents& events;
     const StationClock& clock;
-    History* history = nullptr;         ///< null: --no-history
-    const HttpServer* server = nullptr; ///< for the number of clients; set after construction
+    const DriverLibrary* addresses = nullptr; ///< checks addresses; of the HTTP thread alone
+    History* history = nullptr;               ///< null: --no-history
+    const HttpServer* server = nullptr;       ///< for the number of clients; set after construction
 };
 
 #endif

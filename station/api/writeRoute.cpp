@@ -1,24 +1,13 @@
 #include "api/writeRoute.h"
 
 #include "api/namedLink.h"
-#include "api/valueDocument.h"
+#include "api/writeConsent.h"
 #include "api/writeRequest.h"
 #include "api/writtenValue.h"
-#include "plan/tagText.h"
+#include "values/jsonText.h"
 #include "values/valueJson.h"
 
 namespace {
-
-void mustBeWritable(const Tag& tag, const StationParts& parts)
-{
-    if (!parts.areWritesAllowed)
-        throw ApiError(
-            ApiError::READ_ONLY,
-            QLatin1String("this station writes nothing: it runs without --allow-writes"));
-    if (!isWritable(tag, true))
-        throw ApiError(ApiError::READ_ONLY,
-                       QString(QLatin1String("tag %1 is read-only")).arg(quoted(tag.name)));
-}
 
 QByteArray bytesFor(const Tag& tag, const QJsonValue& value)
 {

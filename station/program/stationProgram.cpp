@@ -35,6 +35,17 @@ std::optional<StateFolder> heldFolder(const StationConfig& config)
     return StateFolder(stateFolderOf(config.stateFolder));
 }
 
+/// A copy of the driver for a thread of its own: the driver is made for one thread.
+/// @throws StationFailure
+std::unique_ptr<DriverLibrary> ownDriver(const QString& driverFile)
+{
+    try {
+        return loadDriverCopy(driverFile);
+    } catch (const DriverError& error) {
+        throw StationFailure(STATION_DRIVER, QString::fromUtf8(error.what()));
+    }
+}
+
 /// The keys that only a start reads, and that differ.
 QStringList keysForARestart(const StationConfig& now, const StationConfig& next)
 {
@@ -56,8 +67,10 @@ StationProgram::StationProgram(const StationConfig& config, const QString& drive
       m_events([this] { wakeServer(); }),
       m_areWritesAllowed(config.allowWrites),
       m_streams(streamSources(), [this] { wakeServer(); }),
+      m_addresses(ownDriver(driverFile)),
       m_links({m_clock, m_events, {&m_streams}, driverFile, companionSimulator()}),
-      m_parts{config.name, m_clock.wall(), m_areWritesAllowed, m_links, m_events, m_clock},
+      m_parts{config.name, m_clock.wall(), m_areWritesAllowed, m_links,
+              m_events,    m_clock,        m_addresses.get()},
       m_server(
           listeningServer(config, m_routes, [this](qint64 now) { return m_streams.turn(now); }))
 {

@@ -43,8 +43,9 @@ private:
     const SystemClock m_clock;
     StationEvents m_events; ///< guards itself
     std::atomic<bool> m_areWritesAllowed;
-    EventStreams m_streams;                     ///< of the server's thread
-    StationLinks m_links;                       ///< guards itself
+    EventStreams m_streams;                                 ///< of the server's thread
+    const std::unique_ptr<const DriverLibrary> m_addresses; ///< of the server's thread
+    StationLinks m_links;                                   ///< guards itself
     StationParts m_parts;                       ///< constant once the server has started
     HttpRoutes m_routes;                        ///< constant once the server has started
     const std::unique_ptr<HttpServer> m_server; ///< goes before all that its requests use

@@ -37,6 +37,7 @@ protected:
         m_links.apply({linkOf("left", {tagOf("level", "MW", "100", "float32:high", true),
                                        tagOf("count", "MW", "102", "uint16", false)}),
                        linkOf("right", {tagOf("pump", "MX", "0.0", "bool", true)})});
+        m_parts.addresses = m_addresses.get();
         addApiRoutes(m_routes, m_parts);
     }
 
@@ -81,6 +82,8 @@ protected:
         return std::to_string(response.status) + " " + text.toStdString();
     }
 
+    const std::unique_ptr<DriverLibrary> m_addresses =
+        loadDriverCopy(QString::fromUtf8(KAKB_DRIVER_FILE));
     std::atomic<bool> m_areWritesAllowed{true};
     TestClock m_clock;
     StationEvents m_events;
@@ -89,8 +92,8 @@ protected:
     HttpRoutes m_routes;
 
 private:
-    static Tag tagOf(const char* name, const char* area, const char* address, const char* type,
-                     bool isWritable)
+    Tag tagOf(const char* name, const char* area, const char* address, const char* type,
+              bool isWritable) const
     {
         Tag tag;
         tag.name = QLatin1String(name);
@@ -98,9 +101,7 @@ private:
         tag.address = QLatin1String(address);
         takeType(QLatin1String(type), tag);
         tag.access = isWritable ? Tag::READ_WRITE : Tag::READ_ONLY;
-        const std::unique_ptr<DriverLibrary> driver =
-            loadDriverCopy(QString::fromUtf8(KAKB_DRIVER_FILE));
-        EXPECT_EQ(QString(), addressProblem(tag, *driver)) << name;
+        EXPECT_EQ(QString(), addressProblem(tag, *m_addresses)) << name;
         return tag;
     }
 
