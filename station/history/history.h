@@ -1,10 +1,12 @@
 #ifndef HISTORY_H
 #define HISTORY_H
 
-#include "values/linkValues.h"
+#include "history/historyWriter.h"
 
+#include <condition_variable>
 #include <functional>
 #include <memory>
+#include <thread>
 
 /// What happened to the values, in an SQLite file. One thread writes it, once a second. Trouble
 /// with the file never reaches the links' threads.
@@ -13,61 +15,52 @@ class History : public ValueListener
 public:
     struct Settings
     {
-        QString file; ///< DIR/history.sqlite
-        qint64 capBytes = qint64(256) * 1024 * 1024;
+        QString file;                                ///< DIR/history.sqlite
+        qint64 capBytes = qint64(256) * 1024 * 1024; ///< of the file and its log; 4 MiB or more
         qint64 overrideMs = 600000; ///< a value that does not change is kept so often
     };
 
-    /// The values of a span of time.
-    struct Bucket
-    {
-        qint64 time = 0; ///< its begin, ms since 1970
-        bool isGood = false;
-        double minimum = 0, maximum = 0, last = 0; ///< only when good
-    };
-
-    struct Query
-    {
-        QString link, tag;
-        qint64 from = 0, until = 0; ///< ms since 1970
-        int points = 600;
-    };
-
-    struct Standing
-    {
-        qint64 rows = 0;
-        qint64 dropped = 0; ///< rows that could not be kept since the start
-        QString trouble;    ///< why it is not written; empty: it is
-    };
-
-    /// Calls it for each row of a span, oldest first, until it returns false.
-    struct Row
-    {
-        qint64 time = 0;
-        double value = 0;
-        bool hasValue = false;
-        Quality quality = BAD;
-    };
+    using Bucket = HistoryBucket;
+    using Query = HistoryQuery;
+    using Row = HistoryRow;
+    using Standing = HistoryStanding;
 
     History(const Settings& settings, const StationClock& clock);
+
+    /// Writes what is left. The links have stopped before.
     ~History() override;
 
     /// The links whose qualities are looked at once a second: a value that grows old is no news of
     /// the link. Called from the history's thread.
-    using LinksNow = std::function<std::vector<std::shared_ptr<const LinkValues>>()>;
+    using LinksNow = std::function<HistoryIntake::Links()>;
     void start(LinksNow links);
 
     void tagChanged(const LinkValues& link, int tag, const TagReading& reading) override;
 
-    // From any thread.
-    std::vector<Bucket> buckets(const Query& query) const;
-    /// At most `most` rows behind `after`, oldest first.
-    std::vector<Row> rows(const Query& query, qint64 after, int most) const;
+    // From any thread. They read the file, and may wait for the disk. They tell what was committed,
+    // up to a second ago. A file that cannot be read tells nothing.
+
+    /// The span in `points` parts.
+    std::vector<Bucket> buckets(const Query& query);
+
+    /// At most `most` rows, oldest first. To go on behind a row, put its time into `from` and its
+    /// sequence into `after`; 0: from the first row on.
+    std::vector<Row> rows(const Query& query, qint64 after, int most);
+
     Standing standing() const;
 
 private:
-    class Store;
-    const std::unique_ptr<Store> m_store;
+    void run(const LinksNow& links);
+
+    const HistoryCap m_cap;
+    HistoryIntake m_intake; ///< guards itself
+    HistoryReader m_reader; ///< guards itself
+    HistoryWriter m_writer; ///< guards itself
+
+    std::mutex m_mutex;
+    std::condition_variable m_end;
+    bool m_isEnding = false; ///< guarded by m_mutex
+    std::thread m_thread;
 };
 
 #endif
