@@ -1,4 +1,4 @@
-#!/usr/bin/env python3
+#!/usr/bin/python3
 """Minutes of faults: does the station ever show a value as good that was not true?
 
 usage: bench/stationFaults.py [MINUTES [SEED]]

@@ -1,4 +1,4 @@
-#!/usr/bin/env python3
+#!/usr/bin/python3
 """One kakb-station with many links: its processor time and memory, and whether every tag has its turn.
 
 usage: bench/stationLinks.py [LINKS [SECONDS]]

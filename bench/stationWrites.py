@@ -1,4 +1,4 @@
-#!/usr/bin/env python3
+#!/usr/bin/python3
 """Writes over a line with losses, spoilt answers and exceptions: is every outcome true?
 
 usage: bench/stationWrites.py [WRITES [SEED]]
