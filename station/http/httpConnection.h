@@ -20,6 +20,7 @@ struct HttpExchange
     Stage stage = HEAD;
     QByteArray target;
     JudgedHead head;
+    qint64 bodyBytes = 0;                  ///< that came, whether they are kept or not
     std::shared_ptr<PendingAnswer> answer; ///< while WAITING
 };
 

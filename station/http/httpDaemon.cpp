@@ -1,13 +1,14 @@
 #include "http/httpDaemon.h"
 
 #include "http/httpError.h"
+#include "http/requestFraming.h"
 
+#include <fcntl.h>
 #include <microhttpd.h>
 
 namespace {
 
 enum {
-    MOST_BODY_BYTES = 65536,
     MEMORY_OF_A_CONNECTION = 32768 ///< the library's: a head with its index, then what is sent
 };
 
@@ -67,19 +68,18 @@ public:
 };
 
 HttpDaemon::HttpDaemon(const Epoll& epoll, std::shared_ptr<const Wakeup> wakeup,
-                       HttpFunction function)
-    : m_epoll(epoll), m_wakeup(std::move(wakeup)), m_function(std::move(function))
+                       RequestHandler& handler)
+    : m_epoll(epoll), m_wakeup(std::move(wakeup)), m_handler(handler), m_farewells(epoll)
 {
-    m_daemon = MHD_start_daemon(MHD_USE_EPOLL | MHD_ALLOW_SUSPEND_RESUME | MHD_USE_NO_LISTEN_SOCKET,
-                                0, nullptr, nullptr, &Calls::requestCame, this,
-                                // More than the station's own limit, which is what refuses.
-                                MHD_OPTION_CONNECTION_LIMIT, unsigned(2 * ConnectionLimits::MOST),
-                                MHD_OPTION_CONNECTION_MEMORY_LIMIT, size_t(MEMORY_OF_A_CONNECTION),
-                                MHD_OPTION_NOTIFY_CONNECTION, &Calls::connectionChanged, this,
-                                MHD_OPTION_NOTIFY_COMPLETED, &Calls::requestEnded, this,
-                                MHD_OPTION_URI_LOG_CALLBACK, &Calls::requestBegins, this,
-                                MHD_OPTION_UNESCAPE_CALLBACK, &keepEscapes, nullptr,
-                                MHD_OPTION_STRICT_FOR_CLIENT, 1, MHD_OPTION_END);
+    m_daemon = MHD_start_daemon(
+        MHD_USE_EPOLL | MHD_ALLOW_SUSPEND_RESUME | MHD_USE_NO_LISTEN_SOCKET, 0, nullptr, nullptr,
+        &Calls::requestCame, this,
+        // More than the station's own limit, which is what refuses.
+        MHD_OPTION_CONNECTION_LIMIT, unsigned(2 * ConnectionLimits::MOST),
+        MHD_OPTION_CONNECTION_MEMORY_LIMIT, size_t(MEMORY_OF_A_CONNECTION),
+        MHD_OPTION_NOTIFY_CONNECTION, &Calls::connectionChanged, this, MHD_OPTION_NOTIFY_COMPLETED,
+        &Calls::requestEnded, this, MHD_OPTION_URI_LOG_CALLBACK, &Calls::requestBegins, this,
+        MHD_OPTION_UNESCAPE_CALLBACK, &keepEscapes, nullptr, MHD_OPTION_END);
     if (!m_daemon) throw HttpError("cannot start the HTTP library");
 }
 
@@ -102,6 +102,11 @@ void HttpDaemon::add(AcceptedSocket accepted, qint64 now)
 {
     m_now = now;
     const auto* const address = reinterpret_cast<const sockaddr*>(&accepted.address);
+    const QString why = m_limits.refusal(PeerAddress::of(address).host);
+    if (!why.isEmpty()) {
+        m_farewells.say(std::move(accepted.socket), lastResponse(errorResponse(503, why)), now);
+        return;
+    }
     // From here on the library closes the socket, also when it does not take it.
     MHD_add_connection(m_daemon, accepted.socket.release(), address, accepted.addressSize);
 }
@@ -140,6 +145,7 @@ void HttpDaemon::bytesCame(int socket, qint64 now)
 {
     const auto found = m_connections.find(socket);
     if (found != m_connections.end()) found->second->times.bytesCame(now);
+    m_farewells.bytesCame(socket);
 }
 
 void HttpDaemon::resume()
@@ -159,7 +165,7 @@ void HttpDaemon::resume()
 
 std::optional<qint64> HttpDaemon::cutLate(qint64 now)
 {
-    std::optional<qint64> next;
+    std::optional<qint64> next = m_farewells.cutLate(now);
     for (const auto& entry : m_connections) {
         HttpConnection& connection = *entry.second;
         const std::optional<qint64> end = connection.times.end();
@@ -215,19 +221,19 @@ MHD_Result HttpDaemon::headEnded(HttpConnection& connection, const char* method,
     MHD_get_connection_values_n(connection.handle, MHD_HEADER_KIND, &addHeader, &head.headers);
     head.bytes = MHD_get_connection_info(connection.handle, MHD_CONNECTION_INFO_REQUEST_HEADER_SIZE)
                      ->header_size;
-    exchange.head = judgedHead(head, connection.peer.text());
+    exchange.head = judgedHead(head, connection.peer.text(), m_handler);
     connection.times.headEnded(m_now);
     exchange.stage = HttpExchange::BODY;
     if (exchange.head.sequel == JudgedHead::BODY_IS_READ) return MHD_YES;
-    return send(connection, *exchange.head.refusal, CONNECTION_CLOSES);
+    return refuseAndClose(connection, *exchange.head.refusal);
 }
 
 MHD_Result HttpDaemon::bodyCame(HttpConnection& connection, const char* data, size_t size)
 {
-    JudgedHead& head = connection.exchange.head;
-    if (size_t(head.request.body.size()) + size > MOST_BODY_BYTES) return MHD_NO;
-    // Kept also for a refused request: so its size is limited by the same rule.
-    head.request.body.append(data, int(size));
+    HttpExchange& exchange = connection.exchange;
+    exchange.bodyBytes += qint64(size);
+    if (exchange.bodyBytes > MOST_BODY_BYTES) return refuseAndClose(connection, bodyTooLarge());
+    if (!exchange.head.refusal) exchange.head.request.body.append(data, int(size));
     return MHD_YES;
 }
 
@@ -240,29 +246,38 @@ MHD_Result HttpDaemon::bodyEnded(HttpConnection& connection)
     if (exchange.head.refusal)
         exchange.answer->give(*exchange.head.refusal);
     else
-        m_function(exchange.head.request, answerFunction(exchange.answer));
+        m_handler.answer(exchange.head.request, answerFunction(exchange.answer));
     return sendAnswer(connection);
 }
 
 MHD_Result HttpDaemon::sendAnswer(HttpConnection& connection)
 {
     const std::optional<HttpResponse> response = connection.exchange.answer->take();
-    if (response) return send(connection, *response, CONNECTION_STAYS);
+    if (response) return send(connection, *response);
     suspend(connection, HttpConnection::AWAITS_ANSWER);
     return MHD_YES;
 }
 
-MHD_Result HttpDaemon::send(HttpConnection& connection, const HttpResponse& response,
-                            ConnectionUse use)
+MHD_Result HttpDaemon::send(HttpConnection& connection, const HttpResponse& response)
 {
     connection.times.bodyEnded();
     connection.exchange.stage = HttpExchange::ANSWERED;
     // The library ends a body before it ends its connection, so the reference holds.
-    return sendResponse(connection.handle, response, use,
+    return sendResponse(connection.handle, response,
                         [this, &connection](const std::shared_ptr<HttpBody>& body) {
                             connection.stream = body;
                             suspend(connection, HttpConnection::AWAITS_BODY);
                         });
+}
+
+/// The library takes no answer in the middle of a body, and closes its socket over bytes that it
+/// has not read: so the station answers by itself, on a second descriptor of the socket.
+MHD_Result HttpDaemon::refuseAndClose(const HttpConnection& connection,
+                                      const HttpResponse& response)
+{
+    m_farewells.say(Descriptor(fcntl(connection.socket, F_DUPFD_CLOEXEC, 0)),
+                    lastResponse(response), m_now);
+    return MHD_NO;
 }
 
 void HttpDaemon::answered(HttpConnection& connection)

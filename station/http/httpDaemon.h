@@ -2,7 +2,7 @@
 #define HTTP_DAEMON_H
 
 #include "http/connectionLimits.h"
-#include "http/epoll.h"
+#include "http/farewells.h"
 #include "http/httpConnection.h"
 #include "http/listeningSocket.h"
 #include "http/sentResponse.h"
@@ -19,7 +19,7 @@ class HttpDaemon
 public:
     /// @param epoll  is told to watch the connections for the begin of a request
     /// @throws HttpError
-    HttpDaemon(const Epoll& epoll, std::shared_ptr<const Wakeup> wakeup, HttpFunction function);
+    HttpDaemon(const Epoll& epoll, std::shared_ptr<const Wakeup> wakeup, RequestHandler& handler);
     ~HttpDaemon();
     HttpDaemon(const HttpDaemon&) = delete;
     HttpDaemon& operator=(const HttpDaemon&) = delete;
@@ -27,14 +27,8 @@ public:
     /// To be watched; run() when it is readable.
     int descriptor() const;
 
-    /// Serves one more connection.
+    /// Serves one more connection, or refuses it with 503 when there are too many.
     void add(AcceptedSocket accepted, qint64 now);
-
-    /// Why one more connection of the peer is refused; empty: it is not.
-    QString refusal(const QHostAddress& peer) const
-    {
-        return m_limits.refusal(peer);
-    }
 
     int count() const
     {
@@ -69,14 +63,16 @@ private:
     MHD_Result bodyCame(HttpConnection& connection, const char* data, size_t size);
     MHD_Result bodyEnded(HttpConnection& connection);
     MHD_Result sendAnswer(HttpConnection& connection);
-    MHD_Result send(HttpConnection& connection, const HttpResponse& response, ConnectionUse use);
+    MHD_Result send(HttpConnection& connection, const HttpResponse& response);
+    MHD_Result refuseAndClose(const HttpConnection& connection, const HttpResponse& response);
     void answered(HttpConnection& connection);
     void suspend(HttpConnection& connection, HttpConnection::Rest rest);
 
     const Epoll& m_epoll;
     const std::shared_ptr<const Wakeup> m_wakeup;
-    const HttpFunction m_function;
+    RequestHandler& m_handler;
     ConnectionLimits m_limits;
+    Farewells m_farewells;
     std::map<int, std::unique_ptr<HttpConnection>> m_connections; ///< by socket
     qint64 m_now = 0;                                             ///< of the current call
     MHD_Daemon* m_daemon = nullptr;

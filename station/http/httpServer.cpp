@@ -18,13 +18,9 @@ void serve(ServerLoop& loop)
 } // namespace
 
 HttpServer::HttpServer(const Settings& settings, const HttpRoutes& routes, Turn turn)
-    : m_routes(routes),
-      m_loop(std::make_unique<ServerLoop>(
-          settings.address, settings.port,
-          [this](const HttpRequest& request, const HttpAnswer& answer) {
-              this->answer(request, answer);
-          },
-          std::move(turn)))
+    : m_routes(routes, m_clock),
+      m_loop(
+          std::make_unique<ServerLoop>(settings.address, settings.port, m_routes, std::move(turn)))
 {
     setAccess(settings.token, settings.hostNames);
 }
@@ -55,9 +51,7 @@ int HttpServer::clients() const
     return m_loop->clients();
 }
 
-void HttpServer::setAccess(const QByteArray&, const QStringList&) {}
-
-void HttpServer::answer(const HttpRequest& request, const HttpAnswer& answer) const
+void HttpServer::setAccess(const QByteArray& token, const QStringList& hostNames)
 {
-    m_routes.answer(request, answer);
+    m_routes.setAccess(token, hostNames);
 }

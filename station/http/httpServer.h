@@ -1,14 +1,13 @@
 #ifndef HTTP_SERVER_H
 #define HTTP_SERVER_H
 
+#include "http/guardedRoutes.h"
 #include "http/httpError.h"
-#include "http/httpRoutes.h"
 
 #include <QHostAddress>
 #include <QStringList>
 
 #include <memory>
-#include <mutex>
 #include <thread>
 
 class ServerLoop;
@@ -60,9 +59,8 @@ public:
     void setAccess(const QByteArray& token, const QStringList& hostNames);
 
 private:
-    void answer(const HttpRequest& request, const HttpAnswer& answer) const;
-
-    const HttpRoutes& m_routes;
+    const SystemClock m_clock;
+    GuardedRoutes m_routes;
     const std::unique_ptr<ServerLoop> m_loop;
     std::thread m_thread;
 };

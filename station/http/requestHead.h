@@ -1,9 +1,7 @@
 #ifndef REQUEST_HEAD_H
 #define REQUEST_HEAD_H
 
-#include "http/httpMessages.h"
-
-class RequestGate;
+#include "http/requestHandler.h"
 
 /// The head of a request as it came.
 struct RequestHead
@@ -29,7 +27,8 @@ struct JudgedHead
     Sequel sequel = BODY_IS_READ;
 };
 
-/// Judges a head: first whether its shape is sound, then whether the gate lets it in.
-JudgedHead judgedHead(const RequestHead& head, const QString& peer);
+/// Judges a head: first whether its shape is sound, then whether the handler
+/// lets it in.
+JudgedHead judgedHead(const RequestHead& head, const QString& peer, RequestHandler& handler);
 
 #endif

@@ -49,15 +49,13 @@ MHD_Response* libraryResponse(const HttpResponse& response, BodyRests bodyRests)
 
 } // namespace
 
-MHD_Result sendResponse(MHD_Connection* connection, const HttpResponse& response, ConnectionUse use,
+MHD_Result sendResponse(MHD_Connection* connection, const HttpResponse& response,
                         BodyRests bodyRests)
 {
     MHD_Response* const made = libraryResponse(response, std::move(bodyRests));
     if (!made) return MHD_NO;
     for (const auto& header : allHeaders(response))
         MHD_add_response_header(made, header.first.constData(), header.second.constData());
-    if (use == CONNECTION_CLOSES)
-        MHD_add_response_header(made, MHD_HTTP_HEADER_CONNECTION, "close");
     const MHD_Result result = MHD_queue_response(connection, unsigned(response.status), made);
     MHD_destroy_response(made);
     return result;

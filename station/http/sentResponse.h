@@ -8,10 +8,8 @@
 /// Called when a body has nothing to send yet, before the library is told.
 using BodyRests = std::function<void(const std::shared_ptr<HttpBody>&)>;
 
-enum ConnectionUse { CONNECTION_STAYS, CONNECTION_CLOSES };
-
 /// Hands a response to the library, with the headers that every response has.
-MHD_Result sendResponse(MHD_Connection* connection, const HttpResponse& response, ConnectionUse use,
+MHD_Result sendResponse(MHD_Connection* connection, const HttpResponse& response,
                         BodyRests bodyRests);
 
 /// A response as bytes, for a connection that the library does not know or no longer answers. The

@@ -1,15 +1,27 @@
 #include "http/serverLoop.h"
 
 #include "http/httpError.h"
-#include "http/sentResponse.h"
 
 #include <algorithm>
 
-ServerLoop::ServerLoop(const QHostAddress& address, quint16 port, HttpFunction function, Turn turn)
+namespace {
+
+const qint64 FULL_PAUSE_US = 1000000; // before connections are taken again
+
+std::optional<qint64> earlier(std::optional<qint64> a, std::optional<qint64> b)
+{
+    if (!a || !b) return a ? a : b;
+    return std::min(*a, *b);
+}
+
+} // namespace
+
+ServerLoop::ServerLoop(const QHostAddress& address, quint16 port, RequestHandler& handler,
+                       Turn turn)
     : m_turn(std::move(turn)),
       m_wakeup(std::make_shared<const Wakeup>()),
       m_listening(address, port),
-      m_daemon(m_epoll, m_wakeup, std::move(function))
+      m_daemon(m_epoll, m_wakeup, handler)
 {
     const bool isWatched = m_epoll.watch(m_wakeup->descriptor(), Epoll::ALWAYS) &&
                            m_epoll.watch(m_listening.descriptor(), Epoll::ALWAYS) &&
@@ -33,6 +45,9 @@ void ServerLoop::run()
     bool isWoken = true; // the first turn says when the second is due
     while (!m_isStopping) {
         const qint64 now = m_clock.steady();
+        if (m_acceptsAgain && *m_acceptsAgain <= now &&
+            m_epoll.watch(m_listening.descriptor(), Epoll::ALWAYS))
+            m_acceptsAgain.reset();
         takeTurn(now, isWoken);
         m_nextCut = m_daemon.cutLate(now);
         m_daemon.run(now);
@@ -74,8 +89,7 @@ int ServerLoop::longestWait() const
     enum { MOST_MS = 60000 };
     if (m_daemon.isBusy()) return 0;
     const qint64 now = m_clock.steady();
-    std::optional<qint64> due = m_turnDue;
-    if (m_nextCut && (!due || *m_nextCut < *due)) due = m_nextCut;
+    const auto due = earlier(m_turnDue, earlier(m_nextCut, m_acceptsAgain));
     if (!due) return -1;
     // Rounded up: a wait that ends too early would be followed by waits of 0 ms.
     return int(std::clamp<qint64>((*due - now + 999) / 1000, 0, MOST_MS));
@@ -84,19 +98,19 @@ int ServerLoop::longestWait() const
 void ServerLoop::acceptAll(qint64 now)
 {
     AcceptedSocket accepted;
-    while (m_listening.accept(accepted) == ListeningSocket::ACCEPTED) {
-        const auto* const address = reinterpret_cast<const sockaddr*>(&accepted.address);
-        const QString why = m_daemon.refusal(PeerAddress::of(address).host);
-        if (why.isEmpty())
-            m_daemon.add(std::move(accepted), now);
-        else
-            refuse(std::move(accepted.socket), why);
-    }
+    ListeningSocket::Outcome outcome = m_listening.accept(accepted);
+    for (; outcome == ListeningSocket::ACCEPTED; outcome = m_listening.accept(accepted))
+        m_daemon.add(std::move(accepted), now);
+    if (outcome == ListeningSocket::NOBODY_WAITS) return;
+    // Whoever waits for a descriptor would end every wait at once.
+    m_epoll.forget(m_listening.descriptor());
+    m_acceptsAgain = now + FULL_PAUSE_US;
 }
 
-void ServerLoop::refuse(Descriptor socket, const QString& why)
+void ServerLoop::acceptAgain(qint64 now)
 {
-    const QByteArray bytes = lastResponse(errorResponse(503, why));
-    // A new socket has room for it.
-    (void)::send(socket.number(), bytes.constData(), size_t(bytes.size()), MSG_NOSIGNAL);
+    if (m_epoll.watch(m_listening.descriptor(), Epoll::ALWAYS))
+        m_acceptsAgain.reset();
+    else
+        m_acceptsAgain = now + FULL_PAUSE_US;
 }

@@ -16,8 +16,9 @@ public:
     /// As HttpServer::Turn.
     using Turn = std::function<std::optional<qint64>(qint64 now)>;
 
+    /// @param handler  must outlive the loop
     /// @throws HttpError
-    ServerLoop(const QHostAddress& address, quint16 port, HttpFunction function, Turn turn);
+    ServerLoop(const QHostAddress& address, quint16 port, RequestHandler& handler, Turn turn);
 
     /// Serves until stop().
     void run();
@@ -46,16 +47,19 @@ private:
     int longestWait() const;
     void takeTurn(qint64 now, bool isWoken);
     void acceptAll(qint64 now);
-    void refuse(Descriptor socket, const QString& why);
+    void acceptAgain(qint64 now);
 
     const SystemClock m_clock;
     const Turn m_turn;
     const std::shared_ptr<const Wakeup> m_wakeup;
     const Epoll m_epoll;
     const ListeningSocket m_listening;
-    HttpDaemon m_daemon;             ///< of the HTTP thread
-    std::optional<qint64> m_turnDue; ///< of the HTTP thread
-    std::optional<qint64> m_nextCut; ///< of the HTTP thread
+    // Of the HTTP thread:
+    HttpDaemon m_daemon;
+    std::optional<qint64> m_turnDue;
+    std::optional<qint64> m_nextCut;      ///< of a connection whose time is up
+    std::optional<qint64> m_acceptsAgain; ///< while the system has no descriptor left
+
     std::atomic<bool> m_isStopping{false};
     std::atomic<int> m_clients{0};
 };

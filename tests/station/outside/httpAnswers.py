@@ -14,9 +14,11 @@ class HttpAnswers(StationTest):
         self.served = self.station()
 
     def test_every_answer_says_what_a_browser_may_do_with_it(self):
-        for path, status in (("/api/v1/values", 200), ("/none", 404)):
+        refused_host = {"Host": "elsewhere.example"}
+        for path, headers, status in (("/api/v1/values", {}, 200), ("/none", {}, 404),
+                                      ("/api/v1/values", refused_host, 421)):
             with self.subTest(path=path, status=status):
-                answer = self.served.get(path)
+                answer = self.served.get(path, headers)
                 self.assertEqual(
                     (status, POLICY, "nosniff", "no-referrer", "no-store"),
                     (answer.status, *(answer.headers[name] for name in (
