@@ -5,6 +5,17 @@ set(TYPE_css "text/css; charset=utf-8")
 set(TYPE_js "text/javascript; charset=utf-8")
 set(TYPE_svg "image/svg+xml")
 
+# Whole lines of comments and the blanks at the begin of a line are for who works on the source. A
+# text of a script must therefore not go over several lines.
+function(trimmed_copy file copy)
+    file(READ ${file} text)
+    string(PREPEND text "\n")
+    string(REGEX REPLACE "\n[ ]*/\\*([^*]|\\*+[^*/])*\\*+/" "" text "${text}")
+    string(REGEX REPLACE "\n[ ]*//[^\n]*" "" text "${text}")
+    string(REGEX REPLACE "\n[ \n]+" "\n" text "${text}")
+    file(WRITE ${copy} "${text}")
+endfunction()
+
 # byte_array(FILE OUT): the file's bytes as C++ numbers, in lines that an editor can show.
 function(byte_array file out)
     file(READ ${file} text HEX)
@@ -23,10 +34,15 @@ foreach(file IN LISTS FILES)
     if(NOT DEFINED TYPE_${extension})
         message(FATAL_ERROR "${name}: a file of the page has no type for .${extension}")
     endif()
-    file(SHA256 ${file} digest)
+    set(served ${file})
+    if(NOT name MATCHES "\\.min\\." AND extension MATCHES "^(js|css)$")
+        set(served ${OUTPUT}.trimmed)
+        trimmed_copy(${file} ${served})
+    endif()
+    file(SHA256 ${served} digest)
     string(SUBSTRING ${digest} 0 16 digest)
-    execute_process(COMMAND ${GZIP} -9 -n -c ${file} OUTPUT_FILE ${OUTPUT}.gz COMMAND_ERROR_IS_FATAL ANY)
-    byte_array(${file} bytes)
+    execute_process(COMMAND ${GZIP} -9 -n -c ${served} OUTPUT_FILE ${OUTPUT}.gz COMMAND_ERROR_IS_FATAL ANY)
+    byte_array(${served} bytes)
     byte_array(${OUTPUT}.gz packed)
     string(APPEND arrays "const unsigned char BYTES_${number}[] = {\n${bytes}};\n"
         "const unsigned char PACKED_${number}[] = {\n${packed}};\n")
@@ -34,7 +50,7 @@ foreach(file IN LISTS FILES)
         "         BYTES_${number}, sizeof BYTES_${number}, PACKED_${number}, sizeof PACKED_${number}},\n")
     math(EXPR number "${number} + 1")
 endforeach()
-file(REMOVE ${OUTPUT}.gz)
+file(REMOVE ${OUTPUT}.gz ${OUTPUT}.trimmed)
 file(WRITE ${OUTPUT} "// Made by makePageFiles.cmake from the page's files.\n#include \"page/pageFile.h\"\n\n"
     "namespace {\n\n${arrays}\n} // namespace\n\n"
     "const std::vector<PageFile>& pageFiles()\n{\n    static const std::vector<PageFile> files{\n"

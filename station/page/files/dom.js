@@ -56,13 +56,16 @@ export function saveFile(name, blob) {
     setTimeout(() => URL.revokeObjectURL(address), 60000);
 }
 
-/** Fills a select with links, and keeps its choice.
+/** Fills a select with names, and keeps its choice.
  * @param {HTMLSelectElement} select
- * @param {string[]} names */
+ * @param {string[]} names
+ * @returns {boolean} whether another name is chosen now */
 export function fillSelect(select, names) {
     const present = [...select.options].map((option) => option.value);
-    if (present.length === names.length && present.every((name, i) => name === names[i])) return;
+    if (present.length === names.length && present.every((name, i) => name === names[i]))
+        return false;
     const chosen = select.value;
     select.replaceChildren(...names.map((name) => make("option", { value: name, text: name })));
     if (names.includes(chosen)) select.value = chosen;
+    return select.value !== chosen;
 }

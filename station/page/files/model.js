@@ -25,10 +25,7 @@ export class Model {
         this.values = new Map();
         /** @type {PastEvent[]} */
         this.events = [];
-        /** The newest frames of `framesLink`, oldest first. */
-        this.frames = [];
-        /** @type {string|null} */
-        this.framesLink = null;
+        this.startFrames(null); // `frames`: the newest ones of `framesLink`, oldest first
         this.lastEventId = "0";
         /** The document of /api/v1/station. */
         this.station = null;
@@ -127,10 +124,27 @@ export class Model {
         for (const listener of this.eventListeners) listener(event);
     }
 
+    /** A jump of the numbers tells how many frames the stream left out. */
     takeFrames(data) {
-        if (this.framesLink !== data.link) this.frames = [];
-        this.framesLink = data.link;
-        this.frames.push(...data.frames);
+        if (this.framesLink !== data.link) this.startFrames(data.link);
+        const skipped = this.nextFrame === null ? 0 : data.first - this.nextFrame;
+        if (skipped > 0) this.addFrames([{ skipped }]);
+        this.addFrames(data.frames);
+        this.nextFrame = data.first + data.frames.length;
+    }
+
+    /** Forgets the frames of the link before.
+     * @param {string|null} link */
+    startFrames(link) {
+        this.framesLink = link;
+        this.frames = [];
+        this.framesTaken = 0;
+        this.nextFrame = null;
+    }
+
+    addFrames(frames) {
+        this.frames.push(...frames);
+        this.framesTaken += frames.length;
         if (this.frames.length > MOST_FRAMES)
             this.frames.splice(0, this.frames.length - MOST_FRAMES);
     }
