@@ -50,7 +50,7 @@ export class View {
     /** @param {{model: import("./model.js").Model}} surroundings */
     constructor({ model }) {
         this.model = model;
-        this.plans = new Map(); // by link; "": it could not be read
+        this.plans = new Map(); // by link
         this.isShown = false;
         model.eventListeners.push((event) => {
             if (event.kind === "link") this.read();
@@ -117,7 +117,9 @@ export class View {
     planPart(link, isOpen) {
         const { plan } = this.plans.get(link);
         return make("details", { "data-of": link, open: isOpen }, [
-            make("summary", { text: `Plan of reads: ${plan.reads.length} requests. ${cycleText(plan)}` }),
+            make("summary", {
+                text: `Plan of reads: ${plan.reads.length} requests. ${cycleText(plan)}`,
+            }),
             table("Requests", ["Station", "From", "Amount", "Rate", "Tags"], planRows(plan)),
         ]);
     }

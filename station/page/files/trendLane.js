@@ -36,7 +36,8 @@ export class TrendLane {
         });
         this.box = make("div.plot");
         this.element = make("article.lane", { "data-lane": tag }, [
-            make("div.lane-head", {}, [make("span.name", { text: tag }), this.value, this.csv, remove]),
+            make("div.lane-head", {},
+                [make("span.name", { text: tag }), this.value, this.csv, remove]),
             this.box,
         ]);
     }
@@ -53,7 +54,8 @@ export class TrendLane {
     draw(from, to) {
         this.csv.href = apiPath("history.csv",
             { link: this.link, tag: this.tag, from: Math.floor(from), to: Math.floor(to) });
-        const rows = this.series.rows.length > 0 ? this.series.rows : [[new Date(from), [NaN, NaN, NaN]]];
+        const { rows: known } = this.series;
+        const rows = known.length > 0 ? known : [[new Date(from), [NaN, NaN, NaN]]];
         if (this.plot) this.plot.updateOptions({ file: rows, dateWindow: [from, to] });
         else this.plot = this.makePlot(rows, from, to);
     }
@@ -67,7 +69,7 @@ export class TrendLane {
     makePlot(rows, from, to) {
         const shades = colours();
         return new window.Dygraph(this.box, rows, {
-            labels: ["time", this.tag], customBars: true, stepPlot: true, legend: "never",
+            labels: ["time", this.tag], customBars: true, stepPlot: true, 
             dateWindow: [from, to], colors: [shades.line], fillAlpha: 0.25, strokeWidth: 2,
             gridLineColor: shades.grid, axisLineColor: shades.grid, gridLineWidth: 0.5,
             axisLabelFontSize: 12, highlightCircleSize: 0, interactionModel: {},
@@ -81,9 +83,9 @@ export class TrendLane {
      * @param {number|null} time */
     showValue(time) {
         const now = this.model.find(this.link, this.tag);
-        const text = time === null ? `${valueText(now?.value)}${now?.quality === "good" ? "" : ` (${now?.quality})`}`
-            : numberText(this.series.at(time));
-        setText(this.value, text);
+        const quality = now && now.quality !== "good" ? ` (${now.quality})` : "";
+        setText(this.value, time === null ? valueText(now?.value) + quality
+            : numberText(this.series.at(time)));
     }
 }
 
