@@ -67,19 +67,26 @@ export class TrendPicks {
         const shown = [...this.model.values.values()].filter(({ link, tag }) =>
             words.every((word) => `${link}\n${tag}`.toLowerCase().includes(word)));
         byId("pick-list").replaceChildren(...shown.map((value) =>
-            this.pickElement(value, chosen.has(tagKey(value.link, value.tag)), chosen.size)));
+            this.pickElement(value, chosen.has(tagKey(value.link, value.tag)))));
+        this.limit();
     }
 
-    pickElement({ link, tag }, isChosen, amount) {
+    pickElement({ link, tag }, isChosen) {
         const box = make("input", {
             type: "checkbox", checked: isChosen, "data-pick": tag,
-            disabled: !isChosen && amount >= MOST_PICKS,
             onchange: () => {
                 if (box.checked) this.set([...this.chosen(), { link, tag }]);
                 else this.remove({ link, tag });
-                this.list();
+                this.limit();
             },
         });
         return make("label", {}, [box, tag, make("span.muted", { text: link })]);
+    }
+
+    /** With the most tags picked, no other one can be. */
+    limit() {
+        const isFull = this.chosen().length >= MOST_PICKS;
+        for (const box of byId("pick-list").querySelectorAll("input"))
+            box.disabled = isFull && !box.checked;
     }
 }
