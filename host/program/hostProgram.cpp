@@ -145,10 +145,8 @@ News HostProgram::next(int ms)
     if (news.isEchoFound)
         std::fputs("kakb-host: the link returns what is sent; each request's copy is dropped\n",
                    stderr);
-    for (News::LinkEvent& event : news.linkEvents) {
-        if (!event.connected && m_simulator) event.trouble = QLatin1String(SIMULATED_PLC_HAS_ENDED);
+    for (const News::LinkEvent& event : news.linkEvents)
         m_linkTrouble = event.connected ? std::nullopt : std::make_optional(event.trouble);
-    }
     news.changes.insert(news.changes.begin(), m_early.changes.begin(), m_early.changes.end());
     news.linkEvents.insert(news.linkEvents.begin(), m_early.linkEvents.begin(),
                            m_early.linkEvents.end());

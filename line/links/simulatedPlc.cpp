@@ -6,13 +6,39 @@
 
 #include <utility>
 
+const char* const SIMULATED_PLC_HAS_ENDED = "the simulated PLC has ended";
+
 namespace {
 
 const int START_TIMEOUT_MS = 10000;
 
-} // namespace
+/// The pseudo-terminal of the simulated PLC. It is lost only with the process: to name the
+/// terminal would tell the user nothing.
+class SimulatedLine : public SerialLink
+{
+public:
+    using SerialLink::SerialLink;
 
-const char* const SIMULATED_PLC_HAS_ENDED = "the simulated PLC has ended";
+    void write(const QByteArray& bytes) override
+    {
+        try {
+            SerialLink::write(bytes);
+        } catch (const LinkError&) {
+            throw LinkError(SIMULATED_PLC_HAS_ENDED);
+        }
+    }
+
+    QByteArray read() override
+    {
+        try {
+            return SerialLink::read();
+        } catch (const LinkError&) {
+            throw LinkError(SIMULATED_PLC_HAS_ENDED);
+        }
+    }
+};
+
+} // namespace
 
 SimulatedPlc::SimulatedPlc(const QString& program, const QStringList& arguments)
 {
@@ -47,7 +73,7 @@ bool SimulatedPlc::isRunning() const
 std::unique_ptr<Link> SimulatedPlc::open(const LineSettings& line)
 {
     if (std::exchange(m_wasOpened, true)) throw LinkError(SIMULATED_PLC_HAS_ENDED);
-    std::unique_ptr<Link> link(new SerialLink(m_port, line));
+    auto link = std::make_unique<SimulatedLine>(m_port, line);
     if (!isRunning()) throw LinkError(SIMULATED_PLC_HAS_ENDED);
     return link;
 }

@@ -87,9 +87,10 @@ class StationTest(CommandLineTest):
     """A folder of its own for each test; what a test starts ends with it."""
 
     def tags(self, *names, read_only=()):
-        """Makes tags.csv of some of the tags that all tests share; those not named as read-only
-        may be written."""
-        rows = ((name, *TAGS[name], "ro" if name in read_only else "rw") for name in names)
+        """Makes tags.csv of some of the tags that all tests share; inputs and those named as
+        read-only may not be written."""
+        fixed = {*read_only, *(name for name in names if TAGS[name][1][0] == "I")}
+        rows = ((name, *TAGS[name], "ro" if name in fixed else "rw") for name in names)
         return self.file("tags.csv", table(rows, HEADER + ",access"))
 
     def station(self, options=""):
@@ -102,6 +103,15 @@ class StationTest(CommandLineTest):
         if "--listen" not in words and "--config" not in words:
             words += ["--listen", "127.0.0.1:0"]
         return self.keep(Station([self.programs / "kakb-station", *words], self.folder))
+
+    def refused(self, options, status, prefix=()):
+        """Starts kakb-station, which must end with the status at once; returns its sentences."""
+        run = self.keep(Program([*prefix, self.programs / "kakb-station", *shlex.split(options)],
+                                self.folder))
+        self.assertEqual((status, []), (run.wait(PATIENCE_S), run.lines), run)
+        for sentence in run.errors:
+            self.assertTrue(sentence.startswith("kakb-station: "), run)
+        return [sentence.removeprefix("kakb-station: ") for sentence in run.errors]
 
     def station_with_plc(self, *names, options="", plc="", kind="tcp", read_only=()):
         """A simulated PLC and a station that serves some of its tags; returns both.
