@@ -4,6 +4,8 @@
 #include "history/rowPacking.h"
 #include "history/seriesReader.h"
 
+#include <algorithm>
+
 HistoryFile::HistoryFile(const QString& name, const HistoryCap& cap, const OpenRun& run)
     : m_name(name), m_cap(cap), m_file(openHistoryFile(name)), m_run(run)
 {
@@ -42,7 +44,7 @@ void HistoryFile::beginRun(qint64 begin)
 
 void HistoryFile::endRun(qint64 end)
 {
-    if (end > m_run.end) m_run.end = m_lastEnd = end;
+    m_run.end = m_lastEnd = std::max(m_run.end, end);
     SqliteStatement update(*m_file, "UPDATE runs SET end = ?, sequence = ? WHERE id = ?");
     update.bind(0, m_run.end).bind(1, m_sequence).bind(2, m_run.id).run();
 }
@@ -61,7 +63,7 @@ qint64 HistoryFile::seriesOf(int tag, const HistoryIntake::TagName& name)
     return series;
 }
 
-/// Rows up to the last millisecond are in the run, so it ends with the next one.
+/// A run ends where its last look was, or behind its last row.
 void HistoryFile::write(const HistoryIntake::Taken& taken,
                         const std::vector<HistoryIntake::TagName>& tags)
 {
@@ -71,17 +73,18 @@ void HistoryFile::write(const HistoryIntake::Taken& taken,
     if (!m_isInRun) beginRun(m_run.begin);
     for (const HistoryIntake::Note& note : taken.notes) {
         if (note.kind == HistoryIntake::Note::BREAK) {
-            endRun(note.end + 1);
+            endRun(note.end);
             beginRun(note.begin);
             continue;
         }
+        m_run.end = std::max(m_run.end, note.row.time + 1);
         insert.bind(0, ++m_sequence).bind(1, seriesOf(note.tag, tags[size_t(note.tag)]));
         insert.bind(2, note.row.time).bind(3, rowState(note.row));
         insert.bindNumber(4, note.row.value).run();
         ++m_fresh;
         ++m_rows;
     }
-    endRun(taken.until + 1);
+    endRun(taken.until);
     transaction.commit();
 }
 

@@ -70,7 +70,8 @@ void HistoryWriter::open()
     const std::unique_lock<std::mutex> noReader = m_reader.closed();
     QDir().mkpath(QFileInfo(m_name).path());
     m_file = std::make_unique<HistoryFile>(m_name, m_cap, m_run);
-    if (!m_file->hadRun()) m_intake.writeAllAgain();
+    const bool isWrittenElsewhere = m_run.id != 0 && !m_file->hadRun();
+    if (isWrittenElsewhere) m_intake.writeAllAgain();
 }
 
 /// What has waited since the trouble began goes first.

@@ -22,6 +22,12 @@ public:
         m_wall += ms;
     }
 
+    /// Somebody sets the clock.
+    void setWall(qint64 wall)
+    {
+        m_wall = wall;
+    }
+
 private:
     qint64 m_steady = 5000000;
     qint64 m_wall = 1700000000000;
