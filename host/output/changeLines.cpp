@@ -1,6 +1,6 @@
 #include "output/changeLines.h"
 
-#include "output/columnText.h"
+#include "plan/printableText.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>

@@ -7,10 +7,6 @@
 
 enum Alignment { LEFT_ALIGNED, RIGHT_ALIGNED };
 
-/// The text with "?" in place of characters that would move the cursor or break the line: control
-/// and format characters, line and paragraph separators.
-QString printableText(const QString& text);
-
 int columnsOf(const QString& text);
 
 /// The text in at most `width` columns. The last column of a shortened text is "…".

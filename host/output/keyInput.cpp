@@ -1,6 +1,6 @@
 #include "output/keyInput.h"
 
-#include "output/columnText.h"
+#include "plan/printableText.h"
 
 namespace {
 

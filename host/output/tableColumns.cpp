@@ -1,6 +1,7 @@
 #include "output/tableColumns.h"
 
 #include "output/columnText.h"
+#include "plan/printableText.h"
 
 #include <QStringList>
 

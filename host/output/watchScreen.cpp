@@ -3,6 +3,7 @@
 #include "output/columnText.h"
 #include "output/figuresText.h"
 #include "output/tableColumns.h"
+#include "plan/printableText.h"
 
 #include <QLocale>
 

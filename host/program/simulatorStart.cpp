@@ -1,8 +1,7 @@
 #include "program/simulatorStart.h"
 
 #include "driver/companionFiles.h"
-
-#include <set>
+#include "session/simulatedPlcArguments.h"
 
 QString simulatorProgram(const LinkOptions& options)
 {
@@ -13,14 +12,7 @@ QString simulatorProgram(const LinkOptions& options)
 QStringList simulatorArguments(const LinkOptions& options, const LineSettings& line,
                                const std::vector<Tag>& tags)
 {
-    std::set<int> stations;
-    for (const Tag& tag : tags)
-        stations.insert(tag.station);
-    QStringList arguments;
-    for (const int station : stations)
-        arguments << QLatin1String("--station") << QString::number(station);
-    arguments << QLatin1String("--demo-signals") << QLatin1String("--baud")
-              << QString::number(line.baud);
+    QStringList arguments = simulatedPlcArguments(line, tags);
     const QString more = QString::fromStdString(options.simulatorArguments).simplified();
     if (!more.isEmpty()) arguments << more.split(QLatin1Char(' '));
     return arguments;

@@ -1,8 +1,8 @@
 #include "verbs/planVerb.h"
 
 #include "exchange/fenceChoice.h"
-#include "output/columnText.h"
 #include "plan/durationText.h"
+#include "plan/printableText.h"
 #include "plan/ratedReads.h"
 #include "plan/readGaps.h"
 #include "verbs/blockRequests.h"

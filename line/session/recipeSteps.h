@@ -22,8 +22,17 @@ public:
     /// @param values  by tag, in the format of intf_setData
     RecipeJob download(int job, const std::vector<QByteArray>& values) const;
 
-    /// Of the words. Without words it has no records: the driver does not take it.
+    /// Of the words. Without words it has no blocks: the driver does not take it.
     RecipeJob upload(int job) const;
+
+    int downloadBlocks() const
+    {
+        return int(m_plan.downloadRecords().size());
+    }
+    int uploadBlocks() const
+    {
+        return int(m_plan.uploadRecords().size());
+    }
 
     /// The reads that bring the bits; empty: the recipe has none.
     const std::vector<ReadBlock>& bitBlocks() const

@@ -1,56 +1,28 @@
 #include "machine/machineLink.h"
 
 #include "links/linkText.h"
-#include "plan/recipePlan.h"
-#include "session/startedDriver.h"
+#include "session/simulatedPlcArguments.h"
 
-#include <set>
+#include <numeric>
+#include <utility>
 
-namespace {
-
-/// Arguments that make the simulated PLC serve the stations of the tags at the speed of the line.
-QStringList simulatorArguments(const LineSettings& line, const std::vector<Tag>& tags)
-{
-    std::set<int> stations;
-    for (const Tag& tag : tags)
-        stations.insert(tag.station);
-    QStringList arguments;
-    for (const int station : stations)
-        arguments << QLatin1String("--station") << QString::number(station);
-    arguments << QLatin1String("--demo-signals") << QLatin1String("--baud")
-              << QString::number(line.baud);
-    return arguments;
-}
-
-} // namespace
-
-MachineLink::MachineLink(const LinkConfig& config, const LinkSurroundings& surroundings)
+MachineLink::MachineLink(const LinkConfig& config, const LinkSurroundings& surroundings,
+                         DriverCopies& copies, JobAudit& audit)
     : m_config(config),
-      m_surroundings(surroundings),
-      m_driver(loadDriverCopy(surroundings.driverFile)),
-      m_values(config.name, config.tags, surroundings.clock)
+      m_values(config.name, config.tags, surroundings.clock),
+      m_jobs(m_values, audit, surroundings.clock)
 {
-    LinkRun::Settings settings;
-    settings.address = linkAddress(config.link, *m_driver);
-    settings.timeoutMs = config.timeoutMs;
-    settings.attempts = config.attempts;
-    settings.pauseMs = config.pauseMs;
-    settings.paceMs = config.paceMs;
-    if (settings.address.kind == LinkAddress::SIMULATED) {
-        const LineSettings line = settings.address.line;
-        m_simulator = std::make_unique<SimulatedPlc>(surroundings.simulatorFile,
-                                                     simulatorArguments(line, config.tags));
-        settings.opening = [this, line] { return m_simulator->open(line); };
-    }
-    m_run = std::make_unique<LinkRun>(*m_driver, settings, config.tags, m_values);
-    m_plan = m_run->blocks();
-    std::vector<std::optional<qint64>> turns;
-    for (size_t tag = 0; tag < config.tags.size(); ++tag)
-        turns.push_back(m_run->turn(tag));
-    m_values.setTurns(std::move(turns));
-    m_values.setJobEnded([this](const JobEnd& end) { jobEnded(end); }, nullptr);
+    m_values.setJobEnded([this](const JobEnd& end) { m_jobs.jobEnded(end); },
+                         [this](int job, int done) { m_jobs.recipeProgress(job, done); });
     for (ValueListener* const listener : surroundings.listeners)
         m_values.addListener(listener);
+    try {
+        makeRun(surroundings, copies);
+    } catch (const LinkTextError&) {
+        throw;
+    } catch (const std::runtime_error& error) { // DriverError, LinkError, std::system_error
+        m_trouble = QString::fromUtf8(error.what());
+    }
 }
 
 MachineLink::~MachineLink()
@@ -58,19 +30,76 @@ MachineLink::~MachineLink()
     stop(QLatin1String("the station stopped"));
 }
 
+void MachineLink::makeRun(const LinkSurroundings& surroundings, DriverCopies& copies)
+{
+    m_driver = copies.lend();
+    m_run = std::make_unique<LinkRun>(*m_driver, settings(surroundings), m_config.tags, m_values);
+    notePlan();
+}
+
+/// Starts the simulated PLC, too, when the link leads to it.
+LinkRun::Settings MachineLink::settings(const LinkSurroundings& surroundings)
+{
+    LinkRun::Settings settings;
+    settings.address = linkAddress(m_config.link, *m_driver);
+    settings.timeoutMs = m_config.timeoutMs;
+    settings.attempts = m_config.attempts;
+    settings.pauseMs = m_config.pauseMs;
+    settings.paceMs = m_config.paceMs;
+    settings.jobsAtLoss = LinkThread::JOBS_END;
+    if (settings.address.kind == LinkAddress::SIMULATED) {
+        const LineSettings line = settings.address.line;
+        m_simulator = std::make_unique<SimulatedPlc>(surroundings.simulatorFile,
+                                                     simulatedPlcArguments(line, m_config.tags));
+        settings.opening = [this, line] { return m_simulator->open(line); };
+    }
+    return settings;
+}
+
+void MachineLink::notePlan()
+{
+    m_plan = m_run->blocks();
+    m_cycleUs = m_run->cycle();
+    m_isPaced = m_run->isPaced();
+    std::vector<std::optional<qint64>> turns;
+    for (size_t tag = 0; tag < tags().size(); ++tag)
+        turns.push_back(m_run->turn(tag));
+    m_values.setTurns(std::move(turns));
+}
+
 void MachineLink::start()
 {
+    if (!m_run) return tellTrouble();
+    m_jobs.open(*m_run);
     m_run->start();
 }
 
+/// In place of a thread that would tell it.
+void MachineLink::tellTrouble()
+{
+    if (canRun()) return; // it was stopped
+    m_jobs.close(m_trouble);
+    std::vector<int> all(tags().size());
+    std::iota(all.begin(), all.end(), 0);
+    m_values.tagsBad(all, m_trouble, 0);
+    m_values.linkChanged(false, m_trouble, 0);
+}
+
+void MachineLink::askToStop(const QString& why)
+{
+    m_jobs.close(why);
+    if (m_run) m_run->askToStop(why);
+}
+
+/// Whoever destroys the link behind its stop finds no thread and no process left to end: Qt's
+/// processes belong to the thread that made them.
 void MachineLink::stop(const QString& why)
 {
-    std::unique_ptr<LinkRun> run;
-    {
-        const std::lock_guard<std::mutex> lock(m_mutex);
-        std::swap(run, m_run);
-    }
-    if (run) run->stop(why);
+    askToStop(why);
+    if (m_run) m_run->stop(why);
+    m_run.reset();
+    m_simulator.reset();
+    m_jobs.endRest();
 }
 
 std::optional<int> MachineLink::tagNamed(const QString& name) const
@@ -81,57 +110,12 @@ std::optional<int> MachineLink::tagNamed(const QString& name) const
     return {};
 }
 
-quint64 MachineLink::write(int tag, const QByteArray& bytes, const QString&, WriteEnded ended)
+quint64 MachineLink::write(int tag, const QByteArray& bytes, const QString& from, WriteEnded ended)
 {
-    const Tag& written = tags()[size_t(tag)];
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    const int job = ++m_lastJob;
-    m_writes[job] = {quint64(job), tag, std::move(ended)};
-    if (!m_run) return quint64(job);
-    if (written.units() == 1) {
-        ElementWrite element;
-        element.station = written.station;
-        element.area = written.area;
-        element.number = written.number;
-        element.bytes = bytes;
-        element.label = written.name;
-        m_run->write(job, {element});
-        return quint64(job);
-    }
-    const RecipePlan plan({written}, StartedDriver::LINK_NUMBER);
-    RecipeJob recipe;
-    recipe.job = job;
-    recipe.flag = RECIPE_DOWNLOAD_FLAG;
-    recipe.records = plan.downloadRecords();
-    recipe.values = plan.buffer({bytes});
-    m_run->transfer(recipe);
-    return quint64(job);
+    return m_jobs.write(tag, bytes, from, std::move(ended));
 }
 
-void MachineLink::jobEnded(const JobEnd& end)
+quint64 MachineLink::transfer(const RecipeRequest& request, const QString& from, RecipeEnded ended)
 {
-    Write write;
-    {
-        const std::lock_guard<std::mutex> lock(m_mutex);
-        const auto found = m_writes.find(end.job);
-        if (found == m_writes.end()) return;
-        write = std::move(found->second);
-        m_writes.erase(found);
-    }
-    WriteEnd result;
-    result.id = write.id;
-    result.outcome = end.outcome == JobEnd::DONE      ? WriteEnd::CONFIRMED
-                     : end.outcome == JobEnd::REFUSED ? WriteEnd::REFUSED
-                                                      : WriteEnd::FAILED;
-    result.reason = end.reason;
-    result.held = m_values.reading(write.tag);
-    write.ended(result);
-}
-
-quint64 MachineLink::transfer(const RecipeRequest&, const QString&, RecipeEnded ended)
-{
-    RecipeEnd end;
-    end.reason = QLatin1String("not built yet");
-    ended(end);
-    return 0;
+    return m_jobs.transfer(request, from, std::move(ended));
 }

@@ -14,6 +14,19 @@ const char* writeOutcomeText(WriteEnd::Outcome outcome)
     return "failed";
 }
 
+const char* recipeKindText(RecipeRequest::Kind kind)
+{
+    switch (kind) {
+    case RecipeRequest::DOWNLOAD:
+        return "download";
+    case RecipeRequest::UPLOAD:
+        return "upload";
+    case RecipeRequest::COMPARE:
+        return "compare";
+    }
+    return "download";
+}
+
 const char* recipeOutcomeText(RecipeEnd::Outcome outcome)
 {
     switch (outcome) {

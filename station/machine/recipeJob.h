@@ -38,6 +38,9 @@ struct RecipeEnd
     std::vector<QByteArray> values;      ///< of an upload that is done: by row
 };
 
+/// "download", "upload" or "compare".
+const char* recipeKindText(RecipeRequest::Kind kind);
+
 /// "done", "failed" or "differs".
 const char* recipeOutcomeText(RecipeEnd::Outcome outcome);
 

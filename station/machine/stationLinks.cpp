@@ -2,7 +2,14 @@
 
 #include <algorithm>
 
-StationLinks::StationLinks(LinkSurroundings surroundings) : m_surroundings(std::move(surroundings))
+#include <unistd.h>
+
+StationLinks::StationLinks(LinkSurroundings surroundings)
+    : m_surroundings(std::move(surroundings)),
+      m_copies(m_surroundings.driverFile),
+      m_errorLines(STDERR_FILENO),
+      m_audit(m_surroundings.events, m_surroundings.clock,
+              [this](const QByteArray& line) { m_errorLines.put(line); })
 {
 }
 
@@ -11,35 +18,46 @@ StationLinks::~StationLinks()
     stop(QLatin1String("the station stopped"));
 }
 
+/// All that can fail is done first, and nobody sees it.
 void StationLinks::apply(const std::vector<LinkConfig>& configs)
 {
-    std::vector<std::shared_ptr<MachineLink>> links;
-    std::vector<std::shared_ptr<MachineLink>> added;
+    Links links;
+    Links added;
     for (const LinkConfig& config : configs) {
         const std::shared_ptr<MachineLink> old = find(config.name);
-        if (old && old->config() == config) {
+        if (old && old->canRun() && old->config() == config) {
             links.push_back(old);
             continue;
         }
-        links.push_back(std::make_shared<MachineLink>(config, m_surroundings));
+        links.push_back(std::make_shared<MachineLink>(config, m_surroundings, m_copies, m_audit));
         added.push_back(links.back());
     }
-    std::vector<std::shared_ptr<MachineLink>> before = links;
+    Links removed = links;
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
-        std::swap(before, m_links);
+        std::swap(removed, m_links);
     }
-    for (const std::shared_ptr<MachineLink>& old : before) {
-        if (std::find(links.begin(), links.end(), old) == links.end())
-            old->stop(QLatin1String("the link was taken out of the configuration"));
-    }
+    removed.erase(std::remove_if(removed.begin(), removed.end(),
+                                 [&links](const std::shared_ptr<MachineLink>& old) {
+                                     return std::find(links.begin(), links.end(), old) !=
+                                            links.end();
+                                 }),
+                  removed.end());
+    stop(removed, QLatin1String("the link's configuration was changed or taken out"));
     for (const std::shared_ptr<MachineLink>& link : added)
         link->start();
 }
 
 void StationLinks::stop(const QString& why)
 {
-    for (const std::shared_ptr<MachineLink>& link : all())
+    stop(all(), why);
+}
+
+void StationLinks::stop(const Links& links, const QString& why)
+{
+    for (const std::shared_ptr<MachineLink>& link : links)
+        link->askToStop(why);
+    for (const std::shared_ptr<MachineLink>& link : links)
         link->stop(why);
 }
 

@@ -1,11 +1,13 @@
 #ifndef STATION_LINKS_H
 #define STATION_LINKS_H
 
+#include "machine/errorLines.h"
 #include "machine/machineLink.h"
 
 /// The links of the station. A new configuration replaces only the links that changed.
 ///
-/// The main thread calls apply() and stop(). Any thread calls the other functions.
+/// The main thread constructs it, destroys it, and calls apply() and stop(). Any thread calls the
+/// other functions.
 class StationLinks
 {
 public:
@@ -13,23 +15,31 @@ public:
     ~StationLinks();
 
     /// Makes the links those of the configuration, in its order. A link whose configuration did not
-    /// change goes on without a missed poll.
-    /// @throws DriverError, LinkTextError, LinkError; then nothing has changed
+    /// change goes on without a missed poll. A link that the system could not serve is tried anew.
+    /// A link that changed has ended before the new one opens, since many devices take only one
+    /// connection.
+    /// @throws LinkTextError; then nothing has changed
     void apply(const std::vector<LinkConfig>& configs);
 
-    /// Ends all links.
+    /// Ends all links for good, in the time of one. They stay to be read.
     void stop(const QString& why);
 
-    /// The links of this moment, in the order of the configuration.
     std::vector<std::shared_ptr<MachineLink>> all() const;
 
-    /// The link of a name; null: there is none.
+    /// Null: there is no such link.
     std::shared_ptr<MachineLink> find(const QString& name) const;
 
 private:
+    using Links = std::vector<std::shared_ptr<MachineLink>>;
+
+    static void stop(const Links& links, const QString& why);
+
     const LinkSurroundings m_surroundings;
+    DriverCopies m_copies;   ///< guards itself
+    ErrorLines m_errorLines; ///< guards itself
+    JobAudit m_audit;        ///< guards itself
     mutable std::mutex m_mutex;
-    std::vector<std::shared_ptr<MachineLink>> m_links; ///< guarded by m_mutex
+    Links m_links; ///< guarded by m_mutex
 };
 
 #endif

@@ -1,0 +1,119 @@
+#include "machine/jobAudit.h"
+
+#include "plan/printableText.h"
+#include "values/jsonText.h"
+#include "values/valueJson.h"
+
+#include <QDateTime>
+
+#include <utility>
+
+namespace {
+
+QByteArray timeText(qint64 time)
+{
+    return QDateTime::fromMSecsSinceEpoch(time).toUTC().toString(Qt::ISODateWithMs).toLatin1();
+}
+
+QByteArray quoted(const QString& name)
+{
+    return JsonText().text(printableText(name)).document();
+}
+
+QByteArray plain(const QString& text)
+{
+    return printableText(text).toUtf8();
+}
+
+JsonText& textOrNull(JsonText& json, const QString& text)
+{
+    return text.isEmpty() ? json.null() : json.text(text);
+}
+
+QByteArray writeDocument(const JobAsked& asked, const Tag& tag, const QByteArray& value,
+                         const WriteEnd& end)
+{
+    JsonText json;
+    json.beginObject().key("id").integer(qint64(asked.id)).key("link").text(asked.link);
+    json.key("tag").text(tag.name).key("value").raw(valueJson(tag, value));
+    json.key("outcome").word(writeOutcomeText(end.outcome));
+    textOrNull(json.key("reason"), end.reason);
+    json.key("held").raw(valueJson(tag, end.held.bytes)).endObject();
+    return json.document();
+}
+
+JsonText& beginRecipe(JsonText& json, const JobAsked& asked, RecipeRequest::Kind kind)
+{
+    json.beginObject().key("id").integer(qint64(asked.id)).key("link").text(asked.link);
+    return json.key("kind").word(recipeKindText(kind));
+}
+
+QByteArray recipeDocument(const JobAsked& asked, const RecipeRequest& request, const RecipeEnd& end)
+{
+    JsonText json;
+    beginRecipe(json, asked, request.kind);
+    json.key("outcome").word(recipeOutcomeText(end.outcome));
+    textOrNull(json.key("block"), end.block);
+    textOrNull(json.key("reason"), end.reason);
+    json.key("rows").integer(qint64(request.rows.size()));
+    json.key("differences").integer(qint64(end.differences.size())).endObject();
+    return json.document();
+}
+
+QByteArray outcomeOf(const Tag& tag, const WriteEnd& end)
+{
+    QByteArray text = writeOutcomeText(end.outcome);
+    if (!end.reason.isEmpty()) text += ": " + plain(end.reason);
+    return text + ", it holds " + valueJson(tag, end.held.bytes);
+}
+
+QByteArray outcomeOf(const RecipeEnd& end)
+{
+    QByteArray text = recipeOutcomeText(end.outcome);
+    if (!end.block.isEmpty()) text += " at " + plain(end.block);
+    if (!end.reason.isEmpty()) text += ": " + plain(end.reason);
+    if (!end.differences.empty())
+        text += ", " + QByteArray::number(int(end.differences.size())) + " values differ";
+    return text;
+}
+
+} // namespace
+
+JobAudit::JobAudit(StationEvents& events, const StationClock& clock, PutLine putLine)
+    : m_events(events), m_clock(clock), m_putLine(std::move(putLine))
+{
+}
+
+void JobAudit::writeEnded(const JobAsked& asked, const Tag& tag, const QByteArray& value,
+                          const WriteEnd& end)
+{
+    const qint64 time = m_clock.wall();
+    const QByteArray what = "write " + QByteArray::number(asked.id) + " of " + quoted(asked.link) +
+                            ' ' + quoted(tag.name) + " = " + valueJson(tag, value);
+    put(time, asked, what, outcomeOf(tag, end));
+    m_events.add(StationEvent::WRITE, time, writeDocument(asked, tag, value, end));
+}
+
+void JobAudit::recipeProgress(const JobAsked& asked, RecipeRequest::Kind kind, int done, int blocks)
+{
+    JsonText json;
+    beginRecipe(json, asked, kind).key("done").integer(done).key("blocks").integer(blocks);
+    m_events.add(StationEvent::RECIPE, m_clock.wall(), json.endObject().document());
+}
+
+void JobAudit::recipeEnded(const JobAsked& asked, const RecipeRequest& request,
+                           const RecipeEnd& end)
+{
+    const qint64 time = m_clock.wall();
+    const QByteArray what = "recipe " + QByteArray::number(asked.id) + " of " + quoted(asked.link) +
+                            ", " + recipeKindText(request.kind) + " of " +
+                            QByteArray::number(int(request.rows.size())) + " values";
+    put(time, asked, what, outcomeOf(end));
+    m_events.add(StationEvent::RECIPE, time, recipeDocument(asked, request, end));
+}
+
+void JobAudit::put(qint64 time, const JobAsked& asked, const QByteArray& what,
+                   const QByteArray& outcome)
+{
+    m_putLine(timeText(time) + " from " + plain(asked.from) + ": " + what + ": " + outcome);
+}

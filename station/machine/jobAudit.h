@@ -1,0 +1,66 @@
+#ifndef JOB_AUDIT_H
+#define JOB_AUDIT_H
+
+#include "machine/recipeJob.h"
+#include "machine/writeEnd.h"
+#include "values/stationClock.h"
+#include "values/stationEvents.h"
+
+#include <atomic>
+
+/// What somebody has asked of a link: who, and which.
+struct JobAsked
+{
+    quint64 id = 0; ///< of the job, counted over the whole station
+    QString link;
+    QString from; ///< "127.0.0.1:50000"
+};
+
+/// The account of all writes and recipes of the station. It numbers them, and tells the end of each
+/// in one place: by an event for those who look on, and by one line for the record:
+///
+///     2026-05-04T10:11:12.345Z from 127.0.0.1:50000: write 7 of "plc" "setpoint" = 21.5:
+///     confirmed, it holds 21.5                                              (in one line)
+///
+/// Names stand in quotes, so that no name can pass as another part of the line or as a line.
+///
+/// Events:
+///     WRITE   {"id","link","tag","value","outcome","reason","held"}; `value` is what was asked
+///             for, `held` what the tag holds since, `reason` null after a confirmation
+///     RECIPE  {"id","link","kind","done","blocks"} on the way, and at the end
+///             {"id","link","kind","outcome","block","reason","rows","differences"}; `kind` is
+///             "download", "upload" or "compare", `differences` their number; `block` and `reason`
+///             are null unless it failed
+///
+/// Any thread calls it.
+class JobAudit
+{
+public:
+    /// Takes one line without its end. It must not wait.
+    using PutLine = std::function<void(const QByteArray& line)>;
+
+    /// @param putLine  must take calls of several threads at once
+    JobAudit(StationEvents& events, const StationClock& clock, PutLine putLine);
+
+    quint64 nextId()
+    {
+        return ++m_lastId;
+    }
+
+    /// @param value  as asked for, in the format of intf_setData
+    void writeEnded(const JobAsked& asked, const Tag& tag, const QByteArray& value,
+                    const WriteEnd& end);
+
+    void recipeProgress(const JobAsked& asked, RecipeRequest::Kind kind, int done, int blocks);
+    void recipeEnded(const JobAsked& asked, const RecipeRequest& request, const RecipeEnd& end);
+
+private:
+    void put(qint64 time, const JobAsked& asked, const QByteArray& what, const QByteArray& outcome);
+
+    StationEvents& m_events;
+    const StationClock& m_clock;
+    const PutLine m_putLine;
+    std::atomic<quint64> m_lastId{0};
+};
+
+#endif
