@@ -121,6 +121,8 @@ class Connection:
             return False
         except ConnectionError:
             return True
+        finally:
+            self.socket.settimeout(PATIENCE_S)
 
 
 class EventStream:

@@ -15,7 +15,11 @@ class Station(Program):
 
     def __init__(self, command, folder):
         super().__init__(command, folder)
-        self.await_that(lambda: self.out.endswith("\n"))
+        try:
+            self.await_that(lambda: self.out.endswith("\n"))
+        except AssertionError:
+            self.close()
+            raise
         self.url = self.lines[0]
         self.authority = self.url.removeprefix("http://").removesuffix("/")
         host, port = self.authority.rsplit(":", 1)

@@ -1,0 +1,131 @@
+"""The token: what needs it, how a browser and a program show it, and what guessing is worth."""
+
+import time
+
+from stationProgram import StationTest
+
+TOKEN = "correct-horse-battery"
+GUESSES = 10
+
+
+class HttpToken(StationTest):
+    """A station with a token."""
+
+    def setUp(self):
+        super().setUp()
+        self.file("token", TOKEN + "\n").chmod(0o600)
+        self.served = self.station("--token-file token --allow-writes")
+
+    def bearing(self, token):
+        """The headers of a program that has the token."""
+        return {"Authorization": f"Bearer {token}"}
+
+    def logged_in(self, **headers):
+        """The headers of a browser after its login."""
+        answer = self.served.post("/api/v1/login", {"token": TOKEN}, headers)
+        self.assertEqual(200, answer.status, answer)
+        return {"Cookie": answer.headers["set-cookie"].split(";")[0]}
+
+    def test_everything_needs_it(self):
+        for path in ("/api/v1/station", "/api/v1/values", "/api/v1/events", "/api/v1/history",
+                     "/api/v1/frames", "/metrics", "/healthz", "/main.js", "/none"):
+            with self.subTest(path=path):
+                answer = self.served.get(path)
+                self.assertEqual((401, ["error"], "Bearer"), (
+                    answer.status, list(answer.json), answer.headers["www-authenticate"]))
+        for path in ("/api/v1/write", "/api/v1/recipes/download"):
+            with self.subTest(path=path):
+                self.assertEqual(401, self.served.post(path, {}).status)
+
+    def test_a_browser_without_it_is_shown_where_to_log_in(self):
+        answer = self.served.get("/")
+        self.assertEqual((303, "/login.html"), (answer.status, answer.headers["location"]))
+        self.assertEqual(200, self.served.get("/login.html").status)
+
+    def test_a_program_bears_it(self):
+        for headers in (self.bearing(TOKEN), {"Authorization": f"bearer  {TOKEN} "}):
+            with self.subTest(headers=headers):
+                self.assertEqual(200, self.served.get("/api/v1/values", headers).status)
+
+    def test_no_other_text_is_it(self):
+        for token in ("", "x", TOKEN[:-1], TOKEN + "x", TOKEN.upper(), TOKEN + "%00"):
+            with self.subTest(token=token):
+                self.assertEqual(401, self.served.get("/api/v1/values",
+                                                      self.bearing(token)).status)
+        for value in (TOKEN, f"Basic {TOKEN}", f"Bearer{TOKEN}"):
+            with self.subTest(value=value):
+                self.assertEqual(401, self.served.get("/api/v1/values",
+                                                      {"Authorization": value}).status)
+
+    def test_a_login_gives_a_cookie_for_this_station_alone(self):
+        answer = self.served.post("/api/v1/login", {"token": TOKEN})
+        name, *attributes = answer.headers["set-cookie"].split("; ")
+        self.assertEqual({"HttpOnly", "SameSite=Strict", "Path=/"},
+                         {word for word in attributes if not word.startswith("Max-Age=")})
+        self.assertNotIn(TOKEN, name)
+        for headers in ({"Cookie": name}, {"Cookie": f"other=1; {name}; more=x"}):
+            with self.subTest(headers=headers):
+                self.assertEqual(200, self.served.get("/api/v1/values", headers).status)
+                self.assertEqual(200, self.served.get("/metrics", headers).status)
+        key = name.split("=")[0]
+        for cookie in (f"{key}=", f"{key}=x", name[:-1], f"x{name}", f"{key}={TOKEN}"):
+            with self.subTest(cookie=cookie):
+                self.assertEqual(401, self.served.get("/api/v1/values",
+                                                      {"Cookie": cookie}).status)
+
+    def test_behind_tls_the_cookie_never_travels_without_it(self):
+        answer = self.served.post("/api/v1/login", {"token": TOKEN}, {
+            "Host": "panel.local", "Origin": "https://panel.local"})
+        self.assertIn("; Secure", answer.headers["set-cookie"])
+
+    def test_a_cookie_is_no_leave_for_another_sites_page(self):
+        cookie = self.logged_in()
+        for change, status in (({"Origin": "http://example.com"}, 403), ({"X-Kakb": None}, 403),
+                               ({"Content-Type": "text/plain"}, 415)):
+            with self.subTest(change=change):
+                answer = self.served.post("/api/v1/write", {}, {**cookie, **change})
+                self.assertEqual(status, answer.status)
+
+    def test_a_cookie_outlives_the_station_and_ends_with_the_token(self):
+        cookie = self.logged_in()
+        self.served.end()
+        again = self.station("--token-file token")
+        self.assertEqual(200, again.get("/api/v1/values", cookie).status)
+        again.end()
+        self.file("token", "another-one\n")
+        self.assertEqual(401, self.station("--token-file token").get(
+            "/api/v1/values", cookie).status)
+
+    def test_logout_takes_the_cookie_back(self):
+        answer = self.served.post("/api/v1/logout", {}, self.logged_in())
+        self.assertEqual(200, answer.status)
+        self.assertIn("=; Path=/; Max-Age=0;", answer.headers["set-cookie"])
+
+    def test_a_login_without_a_token_says_so(self):
+        for body in (b"", b"[]", b"{", b"{}", b'{"token":1}', b'{"token":null}', b"\xff"):
+            with self.subTest(body=body):
+                answer = self.served.post("/api/v1/login", body)
+                self.assertEqual((400, ["error"]), (answer.status, list(answer.json)))
+
+    def test_guessing_is_slow_and_nobody_who_is_logged_in_waits_for_it(self):
+        cookie = self.logged_in()
+        began = time.monotonic()
+        for place in range(GUESSES):
+            guess = self.served.post("/api/v1/login", {"token": f"guess {place}"}) if place % 2 \
+                else self.served.get("/api/v1/values", self.bearing(f"guess {place}"))
+            self.assertEqual(401, guess.status)
+        for headers in (self.bearing("guess"), self.bearing(TOKEN)):
+            answer = self.served.get("/api/v1/values", headers)
+            self.assertEqual(429, answer.status)
+            self.assertLessEqual(1, int(answer.headers["retry-after"]))
+        self.assertEqual(429, self.served.post("/api/v1/login", {"token": TOKEN}).status)
+        self.assertEqual(200, self.served.get("/api/v1/values", cookie).status)
+        self.assertLess(time.monotonic() - began, 5, "the guesses came too slowly to show this")
+
+
+class HttpWithoutToken(StationTest):
+    """A station of this machine alone needs none."""
+
+    def test_a_login_is_not_needed_and_sets_no_cookie(self):
+        answer = self.station().post("/api/v1/login", {"token": "any"})
+        self.assertEqual((200, None), (answer.status, answer.headers.get("set-cookie")))
