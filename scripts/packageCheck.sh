@@ -24,7 +24,8 @@ install_tools() {
         dpkg-deb --build /tmp/former /tmp/former.deb
         dpkg --install /tmp/former.deb
         apt-get install -q -y --no-install-recommends \
-            /packages/libquorvane-ka-kb-plc-qt5-1_*.deb /packages/quorvane-ka-kb-tools_*.deb
+            /packages/libquorvane-ka-kb-plc-qt5-1_*.deb /packages/quorvane-ka-kb-tools_*.deb \
+            /packages/quorvane-ka-kb-station_*.deb curl
         [ "$(dpkg-query -W -f "\${db:Status-Status}" libquorvane-ka-kb-plc)" != installed ]'
 }
 
@@ -32,7 +33,7 @@ install_tools() {
 look_at_tools() {
     inside "$fresh" 'set -x
         version=$(dpkg-query -W -f "\${source:Upstream-Version}" quorvane-ka-kb-tools)
-        for tool in kakb-host kakb-sim; do
+        for tool in kakb-host kakb-sim kakb-station; do
             [ "$($tool --version)" = "$tool $version" ]
             gzip -dc /usr/share/man/man1/$tool.1.gz | grep -i "^\.TH $tool 1 .* $version\""
             . /usr/share/bash-completion/completions/$tool
@@ -50,6 +51,21 @@ watch_tags() {
         kakb-host watch --seconds 5 | tee /packages/watched
         grep -q "  fill level  IW0 = " /packages/watched
         grep -q "  give-ups 0 " /packages/watched'
+}
+
+# The station as its service starts it: the page and good values, and an end on request.
+watch_station() {
+    inside "$fresh" 'cd /
+        STATE_DIRECTORY=/tmp/state kakb-station --config /etc/kakb-station/station.toml \
+            >/packages/station &
+        until grep -q ^http /packages/station; do sleep 0.1; done
+        sleep 1
+        curl --silent --fail http://127.0.0.1:8480/ | grep -q data-stream
+        curl --silent --fail http://127.0.0.1:8480/api/v1/values | tee /packages/values
+        grep -q "\"quality\":\"good\"" /packages/values
+        kill $!
+        wait $!
+        grep -q ^ExecStart=/usr/bin/kakb-station /usr/lib/systemd/system/kakb-station.service'
 }
 
 # Both drivers beside each other, and for each Qt: the consumers through CMake and pkg-config, the

@@ -3,15 +3,15 @@
 # development files and the tools. Has lintian look at all of them.
 # usage: scripts/packages.sh [--check | --arch armhf|arm64]
 #   --check   and install them with apt on a fresh Debian 12 in build/fresh-debian, look there for
-#             what belongs to the tools, watch the simulated PLC for 5 seconds, and build hosts with
-#             Qt 5 and with Qt 6
+#             what belongs to the tools, watch the simulated PLC for 5 seconds, start the station, and
+#             build hosts with Qt 5 and with Qt 6
 #   --arch    cross-build them for 32-bit or 64-bit ARM instead, in a Debian 12 with the cross compiler
-#             that is made once in build/cross-debian, and run kakb-host under qemu
+#             that is made once in build/cross-debian, and run kakb-host and kakb-station under qemu
 # The packages are in build/packages, those of --arch in build/packages/ARCH. Needs the packages of
 # scripts/install-dependencies.sh packages; --check and --arch need root or sudo for chroot.
 # Exit status: 0 done, 1 usage, 2 they do not build, 3 lintian has an error or a warning, 4 no fresh
-#   Debian, 5 they do not install, or not all that belongs to the tools, 6 kakb-host does not run, 7 a
-#   host does not build or run, or gets no dependency on the driver's package.
+#   Debian, 5 they do not install, or not all that belongs to the tools, 6 kakb-host or kakb-station does not
+#   run, 7 a host does not build or run, or gets no dependency on the driver's package.
 set -euo pipefail
 . "$(dirname "$0")/common.sh"
 cd "$(dirname "$0")/.."
@@ -106,16 +106,19 @@ cross_build() {
         as_root rm -rf --one-file-system "$work" "$root/build"
 }
 
-# run_crossed ARCH: kakb-host of the packages, under qemu, with the libraries it was built with.
+# run_crossed ARCH: the programs of the packages, under qemu, with the libraries they were built with.
 run_crossed() {
     local root=build/cross-debian/$1 unpacked=$packages-$1.unpacked emulator=qemu-arm
     [ "$1" != arm64 ] || emulator=qemu-aarch64
     rm -rf "$unpacked"
-    for package in "$packages/$1"/*qt5-1_*.deb "$packages/$1"/*tools_*.deb; do
+    for package in "$packages/$1"/*qt5-1_*.deb "$packages/$1"/*tools_*.deb \
+        "$packages/$1"/*station_*.deb; do
         dpkg-deb -x "$package" "$unpacked" || return 1
     done
     "$emulator" -L "$root" "$unpacked/usr/bin/kakb-host" info | tee /dev/stderr |
-        grep -q '^protocol  *quorvane_ka_kb_plc' && rm -r "$unpacked"
+        grep -q '^protocol  *quorvane_ka_kb_plc' &&
+        "$emulator" -L "$root" "$unpacked/usr/bin/kakb-station" --check \
+            --config "$unpacked/etc/kakb-station/station.toml" && rm -r "$unpacked"
 }
 
 # step STATUS NAME COMMAND...
@@ -143,4 +146,5 @@ step 4 fresh make_fresh_debian
 step 5 install install_tools
 step 5 tools look_at_tools
 step 6 watch watch_tags
+step 6 station watch_station
 step 7 hosts build_hosts

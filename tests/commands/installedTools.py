@@ -21,7 +21,7 @@ class InstalledTools(CommandLineTest):
             if library.parent.parent.name != "quorvane-ka-kb":
                 library.unlink()
         self.assertEqual(DEMO_TAGS.read_bytes(), (root / SHARED).read_bytes())
-        for tool in ("kakb-host", "kakb-sim"):
+        for tool in ("kakb-host", "kakb-sim", "kakb-station"):
             self.assertTrue((root / f"share/man/man1/{tool}.1").read_text("utf-8"))
             self.assertTrue((root / "share/bash-completion/completions" / tool).read_text("utf-8"))
 

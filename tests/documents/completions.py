@@ -61,11 +61,11 @@ def check_host(script, program):
            "kakb-host: a number is nothing to complete")
 
 
-def check_simulator(script, program):
-    """Every option, and nothing else."""
+def check_options(script, program):
+    """Every option of a program without verbs, and nothing else."""
     shown = options_in(help_of(program))
-    found = offered(script, "kakb-sim", "-")
-    expect(found == shown, f"kakb-sim: {sorted(found ^ shown)}")
+    found = offered(script, program.name, "-")
+    expect(found == shown, f"{program.name}: {sorted(found ^ shown)}")
 
 
 def typed(script, keys, awaited):
@@ -86,14 +86,17 @@ def typed(script, keys, awaited):
 
 
 def main(source, programs):
-    """Both programs."""
+    """All programs."""
     scripts = Path(source).resolve() / "completions"
     check_host(scripts / "kakb-host", Path(programs) / "kakb-host")
-    check_simulator(scripts / "kakb-sim", Path(programs) / "kakb-sim")
+    for name in ("kakb-sim", "kakb-station"):
+        check_options(scripts / name, Path(programs) / name)
     expect(typed(scripts / "kakb-host", "kakb-host recipe upl\t", b"recipe upload "),
            "an interactive bash does not complete kakb-host recipe upl")
     expect(typed(scripts / "kakb-sim", "kakb-sim --fault-e\t", b"--fault-exchanges "),
            "an interactive bash does not complete kakb-sim --fault-e")
+    expect(typed(scripts / "kakb-station", "kakb-station --host-\t", b"--host-name "),
+           "an interactive bash does not complete kakb-station --host-")
     for problem in problems:
         print("FAILED:", problem, file=sys.stderr)
     return 1 if problems else 0

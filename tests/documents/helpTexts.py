@@ -1,4 +1,4 @@
-"""What kakb-host and kakb-sim say of themselves."""
+"""What kakb-host, kakb-sim and kakb-station say of themselves."""
 
 import re
 import subprocess

@@ -93,6 +93,26 @@ def check_simulator(program, page):
         expect(running.wait() == 0, "an end on request is not 0")
 
 
+def check_station(program, page):
+    """The options, the exit statuses, and each key of the configuration in the program's words."""
+    options = set().union(*(options_on(lines) for _, lines in sections(page)))
+    shown = options_in(help_of(program))
+    expect(options == shown, f"{page.name}: {sorted(options ^ shown)}")
+    expect(statuses_on(page) == statuses_in(help_of(program)), f"{page.name}: exit statuses")
+    lines = dict(sections(page))["CONFIGURATION"]
+    described = [key for tp, tag in zip(lines, lines[1:]) if tp == ".TP"
+                 for key in re.findall(r"(?<!\[)\b[a-z_]+\b(?!\])", re.sub(r"^\.\w+", "", tag))]
+    with tempfile.TemporaryDirectory() as folder:
+        wrong = Path(folder) / "station.toml"
+        wrong.write_text("x = 1\n[history]\nx = 1\n[[link]]\nx = 1\n", encoding="utf-8")
+        said = subprocess.run([program, "--config", wrong, "--check"], text=True, check=False,
+                              stderr=subprocess.PIPE).stderr
+    known = [key for keys in re.findall("the keys are (.*)", said) for key in keys.split(", ")]
+    tables = {"history", "link"}
+    expect(sorted(described) == sorted([key for key in known if key not in tables] + ["link"]),
+           f"{page.name}: keys {described}, not {known}")
+
+
 def check_report(program, page):
     """Each key of the report is described, in the report's order, with its unit in its name."""
     lines = dict(sections(page))["REPORT"]
@@ -132,8 +152,9 @@ def check_roff(page):
 
 
 def main(source, programs):
-    """Both programs."""
+    """All programs."""
     pages = Path(source) / "docs" / "man"
+    check_station(Path(programs) / "kakb-station", pages / "kakb-station.1")
     check_host(Path(programs) / "kakb-host", pages / "kakb-host.1")
     for check in (check_simulator, check_report, check_control):
         check(Path(programs) / "kakb-sim", pages / "kakb-sim.1")

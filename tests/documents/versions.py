@@ -19,13 +19,15 @@ FILES = {
     "debian/changelog": rf"^quorvane-ka-kb \({NUMBER}-\d+\)",
     "docs/man/kakb-host.1": rf'^\.TH KAKB-HOST 1 [-\d]+ "quorvane ka_kb driver {NUMBER}" ',
     "docs/man/kakb-sim.1": rf'^\.TH KAKB-SIM 1 [-\d]+ "quorvane ka_kb driver {NUMBER}" ',
+    "docs/man/kakb-station.1":
+        rf'^\.TH KAKB-STATION 1 [-\d]+ "quorvane ka_kb driver {NUMBER}" ',
 }
 MADE = {
     "quorvane_ka_kb_plc-config-version.cmake": rf'^set\(PACKAGE_VERSION "{NUMBER}"\)$',
     "quorvane_ka_kb_plc-qt5.pc": rf"^Version: {NUMBER}$",
     "quorvane_ka_kb_line-qt5.pc": rf"^Version: {NUMBER}$",
 }
-PROGRAMS = ("kakb-host", "kakb-sim")
+PROGRAMS = ("kakb-host", "kakb-sim", "kakb-station")
 
 
 def version_in(text, pattern):
