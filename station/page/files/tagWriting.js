@@ -35,7 +35,7 @@ export async function writeTag(tag, value, tell) {
 
 function endTelling(end) {
     if (end.outcome === "confirmed")
-        return { outcome: "confirmed", text: `confirmed: ${valueText(end.value)}` };
+        return { outcome: "confirmed", text: "confirmed" };
     const back = `rolled back to ${valueText(end.value)}`;
     return { outcome: end.outcome, text: `${end.outcome}: ${end.reason}, ${back}` };
 }

@@ -50,14 +50,15 @@ export class TrendLane {
 
     /** Draws the span. The box must be on the page.
      * @param {number} from
-     * @param {number} to */
-    draw(from, to) {
+     * @param {number} to
+     * @param {boolean} hasTimes  whether the times stand below; they are the same for all lanes */
+    draw(from, to, hasTimes) {
         this.csv.href = apiPath("history.csv",
             { link: this.link, tag: this.tag, from: Math.floor(from), to: Math.floor(to) });
         const { rows: known } = this.series;
         const rows = known.length > 0 ? known : [[new Date(from), [NaN, NaN, NaN]]];
         if (this.plot) this.plot.updateOptions({ file: rows, dateWindow: [from, to] });
-        else this.plot = this.makePlot(rows, from, to);
+        else this.plot = this.makePlot(rows, from, to, hasTimes);
     }
 
     /** The colours changed, or the size did. */
@@ -66,14 +67,17 @@ export class TrendLane {
         this.plot = null;
     }
 
-    makePlot(rows, from, to) {
+    makePlot(rows, from, to, hasTimes) {
         const shades = colours();
         return new window.Dygraph(this.box, rows, {
             labels: ["time", this.tag], customBars: true, stepPlot: true, 
             dateWindow: [from, to], colors: [shades.line], fillAlpha: 0.25, strokeWidth: 2,
             gridLineColor: shades.grid, axisLineColor: shades.grid, gridLineWidth: 0.5,
             axisLabelFontSize: 12, highlightCircleSize: 0, interactionModel: {},
-            axes: { y: { axisLabelWidth: AXIS_WIDTH, pixelsPerLabel: 28 }, x: { pixelsPerLabel: 90 } },
+            axes: {
+                y: { axisLabelWidth: AXIS_WIDTH, pixelsPerLabel: 28 },
+                x: { pixelsPerLabel: 90, drawAxis: hasTimes },
+            },
             underlayCallback: (canvas, area, plot) =>
                 drawMarks(canvas, area, plot, this.model.events, this.link, this.tag, shades),
         });

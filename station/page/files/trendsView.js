@@ -11,7 +11,9 @@ import { TrendSpan } from "./trendSpan.js";
 
 const READ_PAUSE = 250; ///< the history is read so long after the last move
 const READ_AGAIN = 60000; ///< live rows give way to the history's buckets so often
-const LEAST_HEIGHT = 90;
+const LEAST_HEIGHT = 64;
+const HEAD_HEIGHT = 44; ///< of a lane, with its margin
+const FOOT_HEIGHT = 64; ///< the last lane's times and the marks
 
 /** dygraphs is large, and only this view needs it. Its legend takes names as HTML and styles itself
  * in ways that the page's policy forbids; the lanes have their own. */
@@ -109,8 +111,8 @@ export class View {
 
     resize() {
         if (this.lanes.length === 0 || !this.isShown) return;
-        const room = byId("trends-lanes").clientHeight - 60;
-        const height = Math.max(LEAST_HEIGHT, room / this.lanes.length - 48);
+        const room = byId("trends-lanes").clientHeight - FOOT_HEIGHT;
+        const height = Math.max(LEAST_HEIGHT, room / this.lanes.length - HEAD_HEIGHT);
         this.stack.style.setProperty("--lane-height", `${Math.floor(height)}px`);
         for (const lane of this.lanes) lane.forgetPlot();
         this.draw();
@@ -119,8 +121,9 @@ export class View {
     draw() {
         if (!this.isShown || this.model.stationNow() === null) return;
         const { from, to } = this.span.range();
+        const last = this.lanes[this.lanes.length - 1];
         for (const lane of this.lanes) {
-            lane.draw(from, to);
+            lane.draw(from, to, lane === last);
             lane.showValue(this.cursorTime);
         }
         this.drawMarkList(from, to);
