@@ -3,6 +3,7 @@
 #include "api/framesRoutes.h"
 #include "api/healthRoute.h"
 #include "api/metricsRoute.h"
+#include "api/planRoute.h"
 #include "api/recipeRoutes.h"
 #include "api/stationRoute.h"
 #include "api/valuesRoute.h"
@@ -15,6 +16,7 @@ void addApiRoutes(HttpRoutes& routes, const StationParts& parts)
     addFramesRoutes(routes, parts);
     addWriteRoute(routes, parts);
     addRecipeRoutes(routes, parts);
+    addPlanRoute(routes, parts);
     addMetricsRoute(routes, parts);
     addHealthRoute(routes, parts);
 }
