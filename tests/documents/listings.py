@@ -43,6 +43,16 @@ def check_source(block, session):
         raise Failure(f"the listing does not stand in {name}")
 
 
+def check_configuration(block, session):
+    """kakb-station finds no mistake in it. The page's commands find it as a file."""
+    kind, _, name = block.marker.partition(": ")
+    if kind != "file":
+        raise Failure("a configuration needs a comment above it that names its file")
+    (session.folder / name).write_text(block.text, encoding="utf-8")
+    _done(["kakb-station", "--config", name, "--check"], cwd=session.folder,
+          env=session.environment)
+
+
 def check_build_file(block, session):
     """The lines build a host against what is installed."""
     folder = session.folder / f"panel{block.line}"

@@ -15,11 +15,12 @@ import tempfile
 from pathlib import Path
 
 from documentBlocks import blocks_of
-from listings import check_build_file, check_change, check_source, check_table
+from listings import (check_build_file, check_change, check_configuration, check_source,
+                      check_table)
 from marks import MARKS
 from session import Failure, Session, commands_in, run_block, without_comment
 
-PROGRAMS = ("kakb-host", "kakb-sim", "tinyHost", "loadedDriver", "cmake", "tshark",
+PROGRAMS = ("kakb-host", "kakb-sim", "kakb-station", "curl", "tinyHost", "loadedDriver", "cmake", "tshark",
             "man", "echo", "python3")
 
 
@@ -34,8 +35,10 @@ def check_block(block, session):
         check_source(block, session)
     elif block.language == "diff":
         check_change(block, session)
-    elif block.language == "text":
-        return  # a drawing; its names are checked with those of all documents
+    elif block.language in ("text", "nginx"):
+        return  # a drawing, or the settings of another program
+    elif block.language == "toml":
+        check_configuration(block, session)
     elif block.language == "cmake" or block.lines[0].startswith("find_package("):
         check_build_file(block, session)
     elif block.lines[0].startswith("name,"):

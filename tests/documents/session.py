@@ -8,6 +8,8 @@ import signal
 import subprocess
 import tempfile
 import time
+import urllib.error
+import urllib.request
 
 from marks import DEVICES, MARKS, SHORTENED, VARYING
 
@@ -15,6 +17,16 @@ SECONDS_TO_END = 120
 SECONDS_OF_ENDLESS = 1
 ANY_LINES = "..."
 STAYS = "stays until the end of this page"
+
+
+STATION_PAGE = "http://127.0.0.1:8480/"  # in the documents; here a station has any free port
+
+
+def is_service(command):
+    """Whether the command runs until somebody ends it."""
+    words = command.split()
+    return words[0] == "kakb-sim" or (words[0] == "kakb-station" and "--check" not in words
+                                      and "--help" not in words)
 
 
 class Failure(Exception):
@@ -53,6 +65,8 @@ class Session:
         self.environment = dict(os.environ, LC_ALL="C.UTF-8")
         self.environment["PATH"] = os.pathsep.join([*map(str, programs), os.environ["PATH"]])
         self.environment.pop("KAKB_DRIVER", None)
+        self.environment["XDG_STATE_HOME"] = str(folder / "state")
+        self.page = STATION_PAGE  # of the station that was started last
         self.running = []
         self.staying = []
         self.last_status = 0
@@ -73,7 +87,7 @@ class Session:
         if command in MARKS:
             return self._check_marked(command)
         command = self._here(command)
-        if command.split()[0] == "kakb-sim":
+        if is_service(command):
             printed = self._serve(command)
         else:
             printed = self._printed(command)
@@ -85,6 +99,9 @@ class Session:
     def _here(self, command):
         """The command with this machine's devices and this folder's files."""
         command = command.replace("/tmp/", f"{self.folder}/")
+        if is_service(command) and command.startswith("kakb-station"):
+            command += " --listen 127.0.0.1:0"
+        command = command.replace(STATION_PAGE, self.page)
         for device, (why, line) in DEVICES.items():
             if device in command:
                 print(f"marked {device}: {why}, here a simulated one on {line}")
@@ -108,11 +125,28 @@ class Session:
         line = process.stdout.readline()
         if not line:
             raise Failure(f"{command} ends with status {process.wait()}")
+        if line.startswith("http://"):
+            self.page = line.strip()
+            self._await_values()
+            line = STATION_PAGE
         return [line.rstrip("\n")]
+
+    def _await_values(self):
+        """A reader types more slowly than a station reads its first values."""
+        deadline = time.monotonic() + SECONDS_TO_END
+        while time.monotonic() < deadline:
+            try:
+                with urllib.request.urlopen(self.page + "api/v1/values") as answer:
+                    if b'"value":null' not in answer.read():
+                        return
+            except urllib.error.URLError:
+                pass
+            time.sleep(0.05)
 
     def _printed(self, command):
         words = shlex.split(command, comments=True)
-        endless = words[:2] == ["kakb-host", "watch"] and "--seconds" not in words
+        endless = (words[:2] == ["kakb-host", "watch"] and "--seconds" not in words
+                   or words[:2] == ["curl", "-sN"])
         script = f"(exit {self.last_status}); {command}"
         with tempfile.TemporaryFile("w+", encoding="utf-8") as output:
             process = subprocess.Popen(
@@ -126,6 +160,8 @@ class Session:
             except subprocess.TimeoutExpired:
                 os.killpg(process.pid, signal.SIGKILL)
                 raise Failure(f"{command} does not end") from None
+            if endless and self.last_status == -signal.SIGINT:
+                self.last_status = 0  # Ctrl-C is how such a command ends
             output.seek(0)
             return output.read().splitlines()
 

@@ -31,18 +31,19 @@ pump,1,QX,0.5,bool,rw
 class BrowserTest(unittest.TestCase):
     """Starts the programs once for each test; the browser comes with a size of the screen."""
 
-    stationOptions = ("--allow-writes",)
+    plc_arguments = ("--demo-signals", "--control", "control", "--refuse", "MW200:4:write")
+    tags = TAGS
+    good_tag = "setpoint"  # the page is there when this tag is good
 
     def setUp(self):
         self.folder = Path(self.enterContext(tempfile.TemporaryDirectory()))
         self.plc = self._keep(SimulatedPlc(
-            PROGRAMS / "kakb-sim", self.folder, "tcp", "--demo-signals", "--control", "control",
-            "--refuse", "MW200:4:write"))
+            PROGRAMS / "kakb-sim", self.folder, "tcp", *self.plc_arguments))
         self.control = self._keep(PlcControl(self.folder / "control"))
-        (self.folder / "tags.csv").write_text(TAGS, encoding="utf-8")
+        self.file("tags.csv", self.tags)
         self.station = self._keep(Program(
             [PROGRAMS / "kakb-station", "--listen", "127.0.0.1:0", "--tags", "tags.csv", "--link",
-             self.plc.link, "--state", "state", "--timeout-ms", "200", *self.stationOptions],
+             self.plc.link, "--state", "state", "--timeout-ms", "200", "--allow-writes"],
             self.folder))
         self.station.await_that(lambda: self.station.lines)
         port = int(self.station.lines[0].rstrip("/").rsplit(":", 1)[1])
@@ -54,6 +55,10 @@ class BrowserTest(unittest.TestCase):
         self.addCleanup(started.close)
         return started
 
+    def file(self, name, text):
+        """Writes a file into the folder."""
+        (self.folder / name).write_text(text, encoding="utf-8")
+
     def address(self, name="127.0.0.1"):
         """The page's address, through the relay."""
         return f"http://{name}:{self.relay.port}/"
@@ -63,7 +68,7 @@ class BrowserTest(unittest.TestCase):
         self.browser = self._keep(Browser(width, height, dark))
         self.browser.open(self.address(name))
         self.awaits_stream("live")
-        self.awaits(lambda: self.quality("setpoint") == "good", "setpoint is not good")
+        self.awaits(lambda: self.quality(self.good_tag) == "good", f"{self.good_tag} is not good")
 
     def awaits(self, condition, what, seconds=10):
         """The condition becomes true."""
