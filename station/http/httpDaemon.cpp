@@ -262,6 +262,7 @@ MHD_Result HttpDaemon::send(HttpConnection& connection, const HttpResponse& resp
 {
     connection.times.bodyEnded();
     connection.exchange.stage = HttpExchange::ANSWERED;
+    if (response.stream) setPatience(connection.socket, PATIENCE_WITH_STREAM_MS);
     // The library ends a body before it ends its connection, so the reference holds.
     return sendResponse(connection.handle, response,
                         [this, &connection](const std::shared_ptr<HttpBody>& body) {
@@ -283,6 +284,7 @@ MHD_Result HttpDaemon::refuseAndClose(const HttpConnection& connection,
 void HttpDaemon::answered(HttpConnection& connection)
 {
     connection.exchange = HttpExchange();
+    setPatience(connection.socket, PATIENCE_WITH_ANSWER_MS);
     connection.times.answered(m_now);
     m_epoll.watch(connection.socket, Epoll::ONCE);
 }

@@ -8,10 +8,7 @@
 
 namespace {
 
-enum {
-    BACKLOG = 128,
-    UNTAKEN_MS = 30000 ///< so long may a peer leave bytes unacknowledged, then it counts as gone
-};
+enum { BACKLOG = 128 };
 
 /// An address in the form of the system's calls.
 struct SystemAddress
@@ -66,13 +63,18 @@ Descriptor listeningSocket(const QHostAddress& host, quint16 port)
 void prepare(int socket)
 {
     const int yes = 1;
-    const unsigned longest = UNTAKEN_MS;
     setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, &yes, sizeof yes);
     setsockopt(socket, SOL_SOCKET, SO_KEEPALIVE, &yes, sizeof yes);
-    setsockopt(socket, IPPROTO_TCP, TCP_USER_TIMEOUT, &longest, sizeof longest);
+    setPatience(socket, PATIENCE_WITH_ANSWER_MS);
 }
 
 } // namespace
+
+void setPatience(int socket, Patience patience)
+{
+    const unsigned milliseconds = patience;
+    setsockopt(socket, IPPROTO_TCP, TCP_USER_TIMEOUT, &milliseconds, sizeof milliseconds);
+}
 
 ListeningSocket::ListeningSocket(const QHostAddress& address, quint16 port)
     : m_socket(listeningSocket(address, port))

@@ -15,6 +15,12 @@ struct AcceptedSocket
     socklen_t addressSize = sizeof(sockaddr_storage);
 };
 
+/// How long a peer may leave what it was sent untaken; then it counts as gone, and the system ends
+/// the connection. A stream's client may rest: its machine may sleep for a moment.
+enum Patience { PATIENCE_WITH_ANSWER_MS = 30000, PATIENCE_WITH_STREAM_MS = 120000 };
+
+void setPatience(int socket, Patience patience);
+
 /// A TCP port that takes connections.
 class ListeningSocket
 {
