@@ -1,6 +1,7 @@
 #include "verbs/csvOutput.h"
 
 #include "output/figuresText.h"
+#include "plan/csvText.h"
 #include "plan/tagValue.h"
 #include "program/printing.h"
 #include "verbs/watchRows.h"
@@ -8,21 +9,6 @@
 
 #include <algorithm>
 #include <cstdio>
-
-namespace {
-
-/// The field with quotes around it where CSV needs them.
-QString csvField(const QString& text)
-{
-    const bool isPlain = !text.contains(QLatin1Char(',')) && !text.contains(QLatin1Char('"')) &&
-                         !text.contains(QLatin1Char('\n')) && !text.contains(QLatin1Char('\r')) &&
-                         text == text.trimmed();
-    if (isPlain) return text;
-    return QLatin1Char('"') + QString(text).replace(QLatin1Char('"'), QLatin1String("\"\"")) +
-           QLatin1Char('"');
-}
-
-} // namespace
 
 CsvOutput::CsvOutput(const std::vector<Tag>& tags, qint64 interval)
     : m_tags(tags), m_interval(interval)

@@ -181,3 +181,13 @@ std::vector<CsvRecord> csvRecords(const QByteArray& text)
 {
     return CsvReader(text, csvSeparator(text)).read();
 }
+
+QString csvField(const QString& text)
+{
+    const bool isPlain = !text.contains(QLatin1Char(',')) && !text.contains(QLatin1Char('"')) &&
+                         !text.contains(QLatin1Char('\n')) && !text.contains(QLatin1Char('\r')) &&
+                         text == text.trimmed();
+    if (isPlain) return text;
+    return QLatin1Char('"') + QString(text).replace(QLatin1Char('"'), QLatin1String("\"\"")) +
+           QLatin1Char('"');
+}

@@ -35,4 +35,7 @@ char csvSeparator(const QByteArray& text);
 /// at the line behind the record's first line.
 std::vector<CsvRecord> csvRecords(const QByteArray& text);
 
+/// A field for a line with commas, with quotes around it where CSV needs them.
+QString csvField(const QString& text);
+
 #endif

@@ -2,6 +2,7 @@
 
 #include "api/framesRoutes.h"
 #include "api/healthRoute.h"
+#include "api/historyRoutes.h"
 #include "api/metricsRoute.h"
 #include "api/planRoute.h"
 #include "api/recipeRoutes.h"
@@ -14,6 +15,7 @@ void addApiRoutes(HttpRoutes& routes, const StationParts& parts)
     addStationRoute(routes, parts);
     addValuesRoute(routes, parts);
     addFramesRoutes(routes, parts);
+    addHistoryRoutes(routes, parts);
     addWriteRoute(routes, parts);
     addRecipeRoutes(routes, parts);
     addPlanRoute(routes, parts);

@@ -1,6 +1,7 @@
 #include "api/healthRoute.h"
 
 #include "api/apiError.h"
+#include "history/history.h"
 #include "plan/tagText.h"
 #include "values/jsonText.h"
 
@@ -33,6 +34,8 @@ QStringList stationReasons(const StationParts& parts)
     QStringList reasons;
     for (const std::shared_ptr<MachineLink>& link : parts.links.all())
         reasons << linkReasons(*link);
+    const QString trouble = parts.history ? parts.history->standing().trouble : QString();
+    if (!trouble.isEmpty()) reasons << QLatin1String("the history is not written: ") + trouble;
     return reasons;
 }
 

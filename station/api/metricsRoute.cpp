@@ -2,6 +2,7 @@
 
 #include "api/apiError.h"
 #include "api/openMetricsText.h"
+#include "history/history.h"
 #include "http/httpServer.h"
 
 #include <map>
@@ -88,6 +89,16 @@ void addStationGauges(Text& text, const AllFacts& links)
     }
 }
 
+void addHistory(Text& text, const History& history)
+{
+    const History::Standing standing = history.standing();
+    text.beginFamily("history_rows", Text::GAUGE, "Rows in the history.");
+    text.add({}, double(standing.rows));
+    text.beginFamily("history_dropped_rows", Text::COUNTER,
+                     "Rows that the history dropped or could not keep.");
+    text.add({}, double(standing.dropped));
+}
+
 QByteArray metricsText(const StationParts& parts)
 {
     AllFacts links;
@@ -101,6 +112,7 @@ QByteArray metricsText(const StationParts& parts)
     addStationGauges(text, links);
     text.beginFamily("clients", Text::GAUGE, "Open HTTP connections.");
     text.add({}, parts.server ? parts.server->clients() : 0);
+    if (parts.history) addHistory(text, *parts.history);
     return text.document();
 }
 

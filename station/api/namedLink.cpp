@@ -15,6 +15,14 @@ std::shared_ptr<MachineLink> linkNamed(const StationParts& parts, const QString&
     return link;
 }
 
+std::vector<std::shared_ptr<MachineLink>> queriedLinks(const StationParts& parts,
+                                                       const HttpRequest& request)
+{
+    const QString name = queriedName(request, "link");
+    if (name.isEmpty()) return parts.links.all();
+    return {linkNamed(parts, name)};
+}
+
 std::shared_ptr<MachineLink> queriedLink(const StationParts& parts, const HttpRequest& request)
 {
     const QString name = queriedName(request, "link");

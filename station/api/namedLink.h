@@ -12,6 +12,11 @@ QString queriedName(const HttpRequest& request, const QByteArray& key);
 /// @throws ApiError NOT_FOUND when the station has no such link
 std::shared_ptr<MachineLink> linkNamed(const StationParts& parts, const QString& name);
 
+/// The link that the query names under `link`, or all links when it names none.
+/// @throws ApiError NOT_FOUND
+std::vector<std::shared_ptr<MachineLink>> queriedLinks(const StationParts& parts,
+                                                       const HttpRequest& request);
+
 /// The link that the query names under `link`, which it must.
 /// @throws ApiError NOT_FOUND, BAD_REQUEST when it names none
 std::shared_ptr<MachineLink> queriedLink(const StationParts& parts, const HttpRequest& request);

@@ -20,7 +20,7 @@ struct StationParts
     const StationClock& clock;
     const DriverLibrary* addresses = nullptr; ///< checks addresses; of the HTTP thread alone
     History* history = nullptr;               ///< null: --no-history
-    const HttpServer* server = nullptr;       ///< for the number of clients; set after construction
+    HttpServer* server = nullptr;             ///< its clients, its wake(); set after construction
 };
 
 #endif

@@ -24,17 +24,11 @@ int appendValues(JsonText& json, const MachineLink& link, const QString& name,
 
 HttpResponse valuesResponse(const HttpRequest& request, const StationParts& parts)
 {
-    const QString linkName = queriedName(request, "link");
     const QString tagName = queriedName(request, "tag");
-    std::vector<std::shared_ptr<MachineLink>> links;
-    if (linkName.isEmpty())
-        links = parts.links.all();
-    else
-        links.push_back(linkNamed(parts, linkName));
     int count = 0;
     JsonText json;
     json.beginArray();
-    for (const std::shared_ptr<MachineLink>& link : links)
+    for (const std::shared_ptr<MachineLink>& link : queriedLinks(parts, request))
         count += appendValues(json, *link, tagName, parts.areWritesAllowed);
     if (!tagName.isEmpty() && count == 0)
         throw ApiError(ApiError::NOT_FOUND, QLatin1String("there is no tag ") + quoted(tagName));
