@@ -10,7 +10,7 @@
 
 namespace {
 
-const qint64 LEAST_CAP = qint64(1024) * 1024;
+const qint64 LEAST_CAP = qint64(4) * 1024 * 1024;
 
 enum { SHORTEST_OVERRIDE_MS = 1000, LONGEST_OVERRIDE_MS = 24 * 3600 * 1000 };
 
@@ -26,7 +26,7 @@ QString takeCap(const QString& text, qint64& bytes)
 {
     const std::optional<qint64> found = sizeBytes(text);
     if (!found || *found < LEAST_CAP)
-        return QString(QLatin1String("\"%1\" is no size such as 256MiB, from 1MiB to 1024GiB"))
+        return QString(QLatin1String("\"%1\" is no size such as 256MiB, from 4MiB to 1024GiB"))
             .arg(text);
     bytes = *found;
     return QString();

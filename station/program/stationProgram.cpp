@@ -35,6 +35,19 @@ std::optional<StateFolder> heldFolder(const StationConfig& config)
     return StateFolder(stateFolderOf(config.stateFolder));
 }
 
+/// Null: none is kept.
+std::unique_ptr<History> keptHistory(const StationConfig& config,
+                                     const std::optional<StateFolder>& folder,
+                                     const StationClock& clock)
+{
+    if (!folder) return nullptr;
+    History::Settings settings;
+    settings.file = folder->file("history.sqlite");
+    settings.capBytes = config.history.capBytes;
+    settings.overrideMs = config.history.overrideMs;
+    return std::make_unique<History>(settings, clock);
+}
+
 /// A copy of the driver for a thread of its own: the driver is made for one thread.
 /// @throws StationFailure
 std::unique_ptr<DriverLibrary> ownDriver(const QString& driverFile)
@@ -68,17 +81,20 @@ StationProgram::StationProgram(const StationConfig& config, const QString& drive
       m_areWritesAllowed(config.allowWrites),
       m_streams(streamSources(), [this] { wakeServer(); }),
       m_addresses(ownDriver(driverFile)),
-      m_links({m_clock, m_events, {&m_streams}, driverFile, companionSimulator()}),
+      m_history(keptHistory(config, m_state, m_clock)),
+      m_links({m_clock, m_events, listeners(), driverFile, companionSimulator()}),
       m_parts{config.name, m_clock.wall(), m_areWritesAllowed, m_links,
               m_events,    m_clock,        m_addresses.get()},
       m_server(
           listeningServer(config, m_routes, [this](qint64 now) { return m_streams.turn(now); }))
 {
+    m_parts.history = m_history.get();
     m_parts.server = m_server.get();
     addApiRoutes(m_routes, m_parts);
     addPageRoutes(m_routes);
     m_streams.addRoute(m_routes);
     applyLinks(config.links);
+    if (m_history) m_history->start([this] { return linkValues(); });
     m_server->start();
 }
 
@@ -110,6 +126,21 @@ QStringList StationProgram::reload(const StationConfig& config)
     const QStringList keys = keysForARestart(m_config, config);
     m_config.links = config.links;
     return keys;
+}
+
+std::vector<ValueListener*> StationProgram::listeners()
+{
+    std::vector<ValueListener*> all = {&m_streams};
+    if (m_history) all.push_back(m_history.get());
+    return all;
+}
+
+HistoryIntake::Links StationProgram::linkValues() const
+{
+    HistoryIntake::Links values;
+    for (const std::shared_ptr<MachineLink>& link : m_links.all())
+        values.emplace_back(link, &link->values());
+    return values;
 }
 
 EventStreams::Sources StationProgram::streamSources()

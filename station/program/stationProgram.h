@@ -3,17 +3,18 @@
 
 #include "api/stationParts.h"
 #include "events/eventStreams.h"
+#include "history/history.h"
 #include "http/httpServer.h"
 #include "program/stateFolder.h"
 #include "program/stationConfig.h"
 
 /// The parts of a running station, and how they hang together:
 ///
-///     links' threads -- news --> EventStreams, StationEvents -- wake --> HttpServer
-///     HttpServer's thread -- requests --> API --> StationLinks
+///     links' threads -- news --> History, EventStreams, StationEvents -- wake --> HttpServer
+///     HttpServer's thread -- requests --> API --> StationLinks, History
 ///
-/// The links stop first, then the server: nobody wakes a server that is gone, and a write that
-/// waits is answered.
+/// The links stop first, then the server, then the history: nobody wakes a server that is gone, a
+/// write that waits is answered, and the last values are kept.
 ///
 /// The main thread uses it.
 class StationProgram
@@ -35,6 +36,8 @@ public:
 
 private:
     void applyLinks(const std::vector<LinkConfig>& links);
+    std::vector<ValueListener*> listeners();
+    HistoryIntake::Links linkValues() const;
     EventStreams::Sources streamSources();
     void wakeServer();
 
@@ -45,6 +48,7 @@ private:
     std::atomic<bool> m_areWritesAllowed;
     EventStreams m_streams;                                 ///< of the server's thread
     const std::unique_ptr<const DriverLibrary> m_addresses; ///< of the server's thread
+    const std::unique_ptr<History> m_history;               ///< null: none is kept; guards itself
     StationLinks m_links;                                   ///< guards itself
     StationParts m_parts;                       ///< constant once the server has started
     HttpRoutes m_routes;                        ///< constant once the server has started

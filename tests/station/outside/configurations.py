@@ -160,7 +160,7 @@ class Reloads(StationTest):
 
     def test_keys_that_only_a_start_reads_are_named(self):
         self.configure("stays", head='name = "other"\nstate = "elsewhere"\n[history]\n'
-                                     'cap = "1MiB"\noverride = "1m"')
+                                     'cap = "4MiB"\noverride = "1m"')
         said = self.reload()
         self.served.await_that(lambda: "restart" in self.served.err)
         self.assertEqual("kakb-station: these keys change only with a restart: name, history.cap, "
