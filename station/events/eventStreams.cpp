@@ -29,6 +29,13 @@ std::shared_ptr<const FrameLog> framesOf(const std::vector<StreamedLink>& links,
     return nullptr;
 }
 
+/// The document of an event with its time ahead: {"time":…,"id":…}. A client that comes back hears
+/// of what has long happened.
+QByteArray datedDocument(const StationEvent& event)
+{
+    return "{\"time\":" + QByteArray::number(event.time) + ',' + event.document.mid(1);
+}
+
 } // namespace
 
 EventStreams::EventStreams(const Sources& sources, std::function<void()> wake)
@@ -191,7 +198,7 @@ void EventStreams::sendFrames(const std::vector<StreamedLink>& links, qint64 now
 void EventStreams::sendEvents(const std::vector<StationEvent>& events, qint64 now)
 {
     for (const StationEvent& event : events) {
-        m_messages->events.add(send(eventName(event.kind), event.document, now), now);
+        m_messages->events.add(send(eventName(event.kind), datedDocument(event), now), now);
         m_lastEvent = event.id;
     }
 }

@@ -22,7 +22,7 @@ struct StreamedLink
 /// The stream of what happens, GET /api/v1/events: Server-Sent Events.
 ///
 ///   values  {"full","values":[…]}, see ToldValues
-///   link, write, recipe  the station's events
+///   link, write, recipe  the station's events, each with its `time` as the first key
 ///   beat    {"time","seen":[[link,tag,time],…]} each second
 ///   frame   with ?frames=LINK, see FrameChannel
 ///   gap     the end of a message that was cut short; its data is to be left unread

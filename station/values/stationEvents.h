@@ -17,7 +17,7 @@ struct StationEvent
     quint64 id = 0; ///< counts up from 1 over the whole station
     Kind kind = LINK;
     qint64 time = 0;     ///< ms since 1970
-    QByteArray document; ///< a JSON object; what it holds is said where the event is made
+    QByteArray document; ///< a JSON object with keys; what it holds is said where the event is made
 };
 
 /// The last events of the station. Any thread calls it.

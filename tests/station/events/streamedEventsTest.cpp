@@ -51,7 +51,8 @@ TEST_F(StreamedEvents, ComeAtOnceUnderTheirNames)
     const std::vector<ReceivedMessage> messages = client.take();
     ASSERT_EQ(3u, messages.size());
     EXPECT_EQ("link", messages[0].name);
-    EXPECT_EQ("{\"n\":1}", messages[0].data);
+    const QByteArray time = QByteArray::number(station.clock.wall());
+    EXPECT_EQ("{\"time\":" + time + ",\"n\":1}", messages[0].data);
     EXPECT_EQ("write", messages[1].name);
     EXPECT_EQ("recipe", messages[2].name);
 }
