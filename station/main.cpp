@@ -17,8 +17,13 @@
 
 #include <QCoreApplication>
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <cstdio>
 #include <cstdlib>
+#include <initializer_list>
 
 namespace {
 
@@ -46,8 +51,17 @@ void reload(StationProgram& station, const StationOptions& options, const Driver
     tellReady();
 }
 
+/// Opens what is closed of standard input, output and error: the station's own files must not take
+/// their numbers, or messages would go into them.
+void holdStandardStreams()
+{
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+        if (::fcntl(stream, F_GETFD) < 0) ::open("/dev/null", O_RDWR);
+}
+
 void serve(const StationOptions& options, const StationConfig& config, const DriverLibrary& driver)
 {
+    ::umask(S_IRWXG | S_IRWXO); // the files of the station are its user's alone
     const bool canReload = !options.config.isEmpty();
     takeStationSignals(canReload);
     StationProgram station(config, loadedFile(driver));
@@ -85,6 +99,7 @@ StationStatus statusOf(const StationOptions& options)
 
 int main(int argc, char** argv)
 {
+    holdStandardStreams();
     const QCoreApplication application(argc, argv);
     StationOptions options;
     if (const auto status = parseStationOptions(argc, argv, options)) return *status;

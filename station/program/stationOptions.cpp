@@ -121,6 +121,23 @@ void addLink(CLI::App& app, StationOptions& options)
         ->capture_default_str();
 }
 
+/// The error in a command line, in one sentence.
+std::string sentenceOf(const CLI::App& app, const CLI::ParseError& error)
+{
+    const std::vector<std::string> words = app.remaining();
+    if (error.get_exit_code() != int(CLI::ExitCodes::ExtrasError) || words.empty())
+        return error.what();
+    return "there is no option \"" + words.front() + "\"";
+}
+
+/// The status when the station is not to start. A help that could not be written was not seen.
+StationStatus shownStatus()
+{
+    if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return STATION_DONE;
+    std::fprintf(stderr, "kakb-station: cannot write the output\n");
+    return STATION_USAGE;
+}
+
 StationStatus usageError(std::string sentence)
 {
     std::replace(sentence.begin(), sentence.end(), '\n', ' ');
@@ -141,9 +158,9 @@ std::optional<StationStatus> parseStationOptions(int argc, char** argv, StationO
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        if (error.get_exit_code() != 0) return usageError(error.what());
+        if (error.get_exit_code() != 0) return usageError(sentenceOf(app, error));
         app.exit(error);
-        return STATION_DONE;
+        return shownStatus();
     }
     if (!options.config.isEmpty()) {
         for (const char* const name :

@@ -117,9 +117,14 @@ void StationProgram::applyLinks(const std::vector<LinkConfig>& links)
     }
 }
 
+/// The station goes on listening on the address of its start, whatever the configuration says now.
 QStringList StationProgram::reload(const StationConfig& config)
 {
     const QByteArray token = tokenFor(config);
+    if (token.isEmpty() && !m_config.listen.isLoopback())
+        throw StationFailure(STATION_USAGE,
+                             QLatin1String("other machines can reach the present address: the "
+                                           "token file can go only with a restart"));
     applyLinks(config.links);
     m_server->setAccess(token, config.hostNames);
     m_areWritesAllowed = config.allowWrites;

@@ -158,6 +158,27 @@ class Reloads(StationTest):
         self.assertEqual(200, self.served.get(
             "/api/v1/values", {**host, "Authorization": f"Bearer {token}"}).status)
 
+    def test_the_token_stays_while_other_machines_reach_the_address(self):
+        self.served.end()
+        self.configure("stays", head='token_file = "token"')
+        self.served = self.station("--config station.toml --listen 0.0.0.0:0")
+        self.configure("stays")
+        said = self.reload(GOES_ON)
+        self.assertRegex(said[0], "--listen: other machines can reach this address")
+        self.assertEqual(401, self.served.get("/api/v1/values").status)
+
+    def test_a_listen_of_the_file_does_not_take_the_token_from_the_present_address(self):
+        self.served.end()
+        text = (self.folder / "station.toml").read_text(encoding="utf-8")
+        self.file("station.toml", 'token_file = "token"\n' + text.replace("127.0.0.1:0",
+                                                                          "0.0.0.0:0"))
+        self.served = self.station("--config station.toml")
+        self.file("station.toml", text)
+        said = self.reload(GOES_ON)
+        self.assertEqual("kakb-station: other machines can reach the present address: the token "
+                         "file can go only with a restart", said[0])
+        self.assertEqual(401, self.served.get("/api/v1/values").status)
+
     def test_keys_that_only_a_start_reads_are_named(self):
         self.configure("stays", head='name = "other"\nstate = "elsewhere"\n[history]\n'
                                      'cap = "4MiB"\noverride = "1m"')

@@ -56,6 +56,16 @@ class Starts(StationTest):
         station.await_good()
         self.assertEqual(0, station.end())
 
+    def test_closed_standard_streams_are_not_taken_for_its_files(self):
+        state = self.folder / "state"
+        command = (f"exec {self.programs / 'kakb-station'} --listen 127.0.0.1:0 --state {state} "
+                   "<&- >&- 2>&-")
+        station = self.keep(Program(["bash", "-c", command], self.folder))
+        self.assertTrue(eventually((state / "history.sqlite").exists))
+        self.assertEqual(["/dev/null"] * 3, [os.readlink(f"/proc/{station.pid}/fd/{stream}")
+                                             for stream in range(3)])
+        self.assertEqual(0, station.signal(signal.SIGTERM, PATIENCE_S))
+
     def test_open_streams_and_a_silent_plc_do_not_hold_its_end(self):
         plc = self.plc("tcp", "--stall 3600")
         self.tags("still")
@@ -112,6 +122,13 @@ class RefusedStarts(StationTest):
         sentences = self.refused("--tags bad.csv", 1)
         self.assertEqual(["bad.csv: line 2", "bad.csv: line 3"],
                          [sentence[:15] for sentence in sentences])
+
+    def test_a_help_that_cannot_be_written_is_no_success(self):
+        with open("/dev/full", "w", encoding="utf-8") as full:
+            run = self.keep(Program([self.programs / "kakb-station", "--help"], self.folder,
+                                    stdout=full))
+            self.assertEqual(1, run.wait(PATIENCE_S))
+        self.assertEqual(["kakb-station: cannot write the output"], run.errors)
 
     def test_help_and_version_go_to_standard_output(self):
         for word, wanted in (("--help", "Exit status:"), ("--version", "kakb-station 0.9.0")):

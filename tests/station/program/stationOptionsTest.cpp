@@ -116,6 +116,12 @@ TEST(StationOptions, AMistakeIsOneSentenceThatBeginsWithTheProgram)
     }
 }
 
+TEST(StationOptions, AnUnknownWordIsNamed)
+{
+    EXPECT_EQ("kakb-station: there is no option \"--nothing\" (kakb-station --help says more)\n",
+              problemOf({"--nothing"}));
+}
+
 TEST(StationOptions, TheOneLinkIsDescribedByOptionsOrByAFile)
 {
     for (const char* const option :
