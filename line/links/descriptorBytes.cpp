@@ -37,7 +37,7 @@ int writeAll(int descriptor, const QByteArray& bytes, WriteSome writeSome)
 
 int readAvailable(int descriptor, QByteArray& bytes)
 {
-    std::array<char, 4096> buffer;
+    std::array<char, MOST_READ_AT_ONCE> buffer;
     const ssize_t count = ::read(descriptor, buffer.data(), buffer.size());
     if (count > 0) bytes = QByteArray(buffer.data(), int(count));
     if (count > 0) return 0;

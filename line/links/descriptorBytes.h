@@ -15,7 +15,10 @@ using WriteSome = ssize_t (*)(int descriptor, const void* bytes, size_t count);
 /// @return 0, or the errno; ETIMEDOUT when the system took no byte for several seconds
 int writeAll(int descriptor, const QByteArray& bytes, WriteSome writeSome);
 
-/// Reads all bytes that have come, without waiting. `bytes` may stay empty.
+enum { MOST_READ_AT_ONCE = 4096 };
+
+/// Reads the bytes that have come, without waiting, at most MOST_READ_AT_ONCE. `bytes` may stay
+/// empty.
 /// @return 0, or the errno; ENODATA when no more bytes can come
 int readAvailable(int descriptor, QByteArray& bytes);
 

@@ -131,6 +131,7 @@ void DriverExchange::finish(const EndedExchange& ended, qint64 now)
     finished.end = ended.end;
     finished.timesSent = m_timesSent;
     finished.openBefore = std::max(m_timesSent - 1 - m_refusals, 0);
+    finished.reply = ended.reply;
     finished.unfit = ended.unfit;
     finished.replyTime = ended.replyTime;
     if (ended.end == END_REFUSED) finished.exceptionCode = exceptionCodeOf(ended.reply);

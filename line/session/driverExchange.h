@@ -18,8 +18,9 @@ struct FINISHED_EXCHANGE
     bool isPointless = false; ///< not sent: the station is known to be silent, or no frame holds it
     int timesSent = 0;        ///< times that the request went out: in all attempts, on all links
     int openBefore =
-        0;         ///< of timesSent without the last: the station may have executed the request
-    QString unfit; ///< of END_UNUSABLE: what came instead, see EndedExchange::unfit
+        0;            ///< of timesSent without the last: the station may have executed the request
+    QByteArray reply; ///< of END_ANSWERED and END_REFUSED: see EndedExchange::reply
+    QString unfit;    ///< of END_UNUSABLE: what came instead, see EndedExchange::unfit
     qint64 replyTime = -1; ///< microseconds from the request's end to its answer; -1: not known
 };
 

@@ -28,6 +28,7 @@ DriverFeeder::DriverFeeder(StartedDriver& driver, const LineTiming& timing,
       m_stations(settings.answer),
       m_held(hold),
       m_probePause(std::min(settings.answer, hold / PROBES_IN_A_HOLD)),
+      m_answered(sink),
       m_cyclic(driver, [this](int station) { return m_stations.isPolled(station); }),
       m_values(driver, m_polled, sink),
       m_recipes(driver, sink),
@@ -46,6 +47,7 @@ void DriverFeeder::poll(std::vector<Tag> tags, std::vector<ReadBlock> blocks, qi
 void DriverFeeder::know(std::vector<Tag> tags, std::vector<ReadBlock> blocks)
 {
     m_values.reset(tags.size());
+    m_answered.set(tags);
     m_polled.set(std::move(tags), std::move(blocks));
 }
 

@@ -1,6 +1,7 @@
 #ifndef DRIVER_FEEDER_H
 #define DRIVER_FEEDER_H
 
+#include "session/answeredTags.h"
 #include "session/cyclicReads.h"
 #include "session/driverExchange.h"
 #include "session/heldStations.h"
@@ -68,6 +69,12 @@ public:
         return m_isPolling && m_stations.areAllSilent();
     }
 
+    /// A request is under way: it waits for its answer, or for the line.
+    bool hasRequest() const
+    {
+        return !m_exchange.isBetweenRequests();
+    }
+
     /// A value from the driver's cache, in the format of intf_getData: two bytes a word, low byte
     /// first, or one byte a bit.
     QByteArray value(int station, const QString& area, int number, int units) const
@@ -89,10 +96,11 @@ private:
     void recipeOver(const FINISHED_EXCHANGE& finished);
     void noteStation(const FINISHED_EXCHANGE& finished, qint64 now);
     void noteHeard(const HEARD_EXCHANGE& exchange, qint64 now);
-    void stationAnswered(int station);
+    void stationAnswered(int station, qint64 now);
     void stationWentSilent(int station, const QString& trouble, qint64 now);
     void failWaitingWrites(int station);
     void writeOver(const FINISHED_EXCHANGE& finished, qint64 now);
+    void readBack(const FINISHED_EXCHANGE& finished);
     void readOver(const FINISHED_EXCHANGE& finished, qint64 now);
     void blockOver(const FINISHED_EXCHANGE& finished, qint64 now);
     void reportEnded();
@@ -107,6 +115,7 @@ private:
     HeldStations m_held;
     const qint64 m_probePause; ///< of a station whose writes wait
     PolledTags m_polled;
+    AnsweredTags m_answered;
     CyclicReads m_cyclic;
     WriteJobs m_writes;
     OneShotReads m_reads;

@@ -56,6 +56,7 @@ void DriverFeeder::exchangeOver(const FINISHED_EXCHANGE& finished, qint64 now)
     if (!finished.isPointless) m_sink.exchanged(finished, now);
     if (finished.result == REPLY_RETRY) return;
     noteStation(finished, now);
+    m_answered.tell(finished, now);
     if (m_recipes.isUnderWay())
         recipeOver(finished);
     else if (isWrite(finished.frame))
@@ -69,18 +70,17 @@ void DriverFeeder::exchangeOver(const FINISHED_EXCHANGE& finished, qint64 now)
 /// Reads the words of a downloaded recipe: the driver's cache does not take up a recipe's values.
 void DriverFeeder::recipeOver(const FINISHED_EXCHANGE& finished)
 {
+    readBack(finished);
     const std::optional<RecipeJob> written = m_recipes.frameOver(finished);
     if (!written || !m_isPolling) return;
     for (const _RCP_VAR_PRO& record : written->records) {
         if (isBitArea(record.regName)) continue;
-        ReadBlock block;
-        block.station = record.station;
-        block.area = record.regName;
-        block.number = record.addr;
-        block.count = record.count;
-        block = m_polled.withWholeTags(block);
-        block.tags = m_polled.tagsIn(block);
-        m_reads.add(OneShotReads::NO_JOB, {block});
+        VARIABLE words;
+        words.station = record.station;
+        words.regName = record.regName;
+        words.addr = record.addr;
+        words.count = record.count;
+        m_reads.addAfterWrite(m_polled.wordsOf(words));
     }
 }
 
@@ -89,7 +89,7 @@ void DriverFeeder::noteStation(const FINISHED_EXCHANGE& finished, qint64 now)
     const int station = finished.frame.var.station;
     if (finished.isPointless || station == BROADCAST_STATION) return;
     if (finished.result == REPLY_ACCEPTED || finished.end == END_REFUSED)
-        return stationAnswered(station);
+        return stationAnswered(station, now);
     if (m_stations.gaveUp(station, finished.end == END_UNUSABLE, now))
         stationWentSilent(station, noAnswerOf(station, finished.unfit), now);
 }
@@ -99,7 +99,7 @@ void DriverFeeder::noteHeard(const HEARD_EXCHANGE& exchange, qint64 now)
     const EndedExchange& heard = exchange.ended;
     if (heard.isFence) m_sink.fenced(heard, now);
     if (heard.end == END_ANSWERED || heard.end == END_REFUSED || heard.end == END_LATE)
-        return stationAnswered(heard.station);
+        return stationAnswered(heard.station, now);
     if (exchange.isOfRequest || m_stations.isPolled(heard.station)) return;
     if (m_stations.gaveUp(heard.station, heard.end == END_UNUSABLE, now))
         stationWentSilent(heard.station, noAnswerOf(heard.station, heard.unfit), now);
@@ -108,16 +108,18 @@ void DriverFeeder::noteHeard(const HEARD_EXCHANGE& exchange, qint64 now)
                        noAnswerOf(heard.station, heard.unfit), now);
 }
 
-void DriverFeeder::stationAnswered(int station)
+void DriverFeeder::stationAnswered(int station, qint64 now)
 {
     m_held.answered(station);
     if (!m_stations.answered(station)) return;
+    m_sink.stationChanged(station, true, now);
     m_cyclic.stationCameBack(station);
     m_values.distrust();
 }
 
 void DriverFeeder::stationWentSilent(int station, const QString& trouble, qint64 now)
 {
+    m_sink.stationChanged(station, false, now);
     m_sink.tagsBad(m_polled.tagsOfStation(station), trouble, now);
     m_held.silent(station, now);
     if (!m_held.isHeld(station)) failWaitingWrites(station);
@@ -129,7 +131,22 @@ void DriverFeeder::failWaitingWrites(int station)
     m_recipes.failWaiting(station);
 }
 
-/// After the write of a bit that is shown through its word, the word is read.
+/// Reads the words of a write when its end does not tell the tags' values: when it wrote a part of
+/// a tag, and when the PLC may have executed a write that failed. A tag of the rate once would show
+/// its old value for ever. A bit that is shown through its word is read with the word.
+void DriverFeeder::readBack(const FINISHED_EXCHANGE& finished)
+{
+    if (!m_isPolling) return;
+    const AnsweredTags::Touched touched = m_answered.touchedBy(finished.frame);
+    if (touched == AnsweredTags::NO_TAG) return;
+    const VARIABLE& var = finished.frame.var;
+    const bool isDone = finished.result == REPLY_ACCEPTED;
+    const bool isOpen = !isDone && writeEndOf(finished).execution == JobEnd::MAYBE_EXECUTED;
+    const bool isPart =
+        isDone && (touched == AnsweredTags::PARTS_OF_TAGS || m_polled.wordOfBit(var));
+    if (isOpen || isPart) m_reads.addAfterWrite(m_polled.wordsOf(var));
+}
+
 void DriverFeeder::writeOver(const FINISHED_EXCHANGE& finished, qint64 now)
 {
     const VARIABLE& var = finished.frame.var;
@@ -140,9 +157,7 @@ void DriverFeeder::writeOver(const FINISHED_EXCHANGE& finished, qint64 now)
     else
         m_writes.ended(var.station, var.regName, var.addr, writeEndOf(finished));
     m_values.written(var, now);
-    if (finished.result != REPLY_ACCEPTED || !m_isPolling) return;
-    const std::optional<ReadBlock> word = m_polled.wordOfBit(var);
-    if (word) m_reads.addAfterWrite(*word);
+    readBack(finished);
 }
 
 /// The blocks to read instead of a refused block; empty: the refusal stands.
@@ -183,8 +198,10 @@ void DriverFeeder::blockOver(const FINISHED_EXCHANGE& finished, qint64 now)
     if (finished.result == REPLY_ACCEPTED || finished.end == END_REFUSED) m_cyclic.answered();
     if (finished.result == REPLY_ACCEPTED)
         m_values.read(block.tags, true, now);
-    else
+    else if (finished.end == END_REFUSED || m_stations.isSilent(block.station))
         m_sink.tagsBad(block.tags, troubleOf(finished), now);
+    else
+        m_sink.tagsUnanswered(block.tags, troubleOf(finished), now);
 }
 
 void DriverFeeder::reportEnded()

@@ -14,6 +14,12 @@ public:
     /// @param trouble  the reason of the loss in one sentence; empty when connected
     virtual void linkChanged(bool connected, const QString& trouble, qint64 now) = 0;
 
+    /// Bytes came. Told ahead of all news that these bytes bring.
+    /// @param after  they came after this time: the thread then found none of them on the link.
+    ///               It is shortly before `now`, unless the process was stopped: bytes may have
+    ///               lain in the system for all that time
+    virtual void bytesCame(qint64 after, qint64 now) = 0;
+
     /// Bytes were sent or received.
     virtual void frame(FrameRecord::Direction direction, const QByteArray& bytes, qint64 now) = 0;
 

@@ -1,5 +1,6 @@
 #include "session/linkThread.h"
 
+#include "links/descriptorBytes.h"
 #include "wire/timeUnits.h"
 
 #include <algorithm>
@@ -8,6 +9,7 @@
 namespace {
 
 const qint64 FOR_EVER = -1;
+const qint64 LONGEST_BLIND = 100 * MILLISECOND; // see LinkThread::look()
 
 enum { SHORTEST_SILENCE_MS = 2000, SILENT_TIME_OUTS = 10 };
 
@@ -33,7 +35,6 @@ LinkThread::LinkThread(const DriverLibrary& driver, const Settings& settings, Li
       m_longestSilence(firstSilenceMs(settings))
 {
     m_reopenAfter = qint64(m_longestSilence.take()) * MILLISECOND;
-    m_clock.start();
 }
 
 LinkThread::~LinkThread()
@@ -67,7 +68,7 @@ void LinkThread::start()
 
 qint64 LinkThread::now() const
 {
-    return m_clock.nsecsElapsed() / NANOSECONDS_PER_MICROSECOND;
+    return steadyTime() - m_startedAt;
 }
 
 void LinkThread::poll(const std::vector<Tag>& tags, const std::vector<ReadBlock>& blocks,
@@ -144,6 +145,7 @@ void LinkThread::runOnce(DriverFeeder& feeder)
 {
     takeWork(feeder); // the feeder must know the tags to mark them when the opening fails
     try {
+        m_emptyAt = now();
         const std::unique_ptr<Link> link = m_settings.openLink();
         m_lossTold = false;
         m_lastHeard = now();
@@ -174,14 +176,43 @@ void LinkThread::pauseAfterLoss(DriverFeeder& feeder, const QString& trouble)
 
 void LinkThread::exchange(DriverFeeder& feeder, Link& link)
 {
+    look(feeder, link);
     while (!m_stop) {
         takeWork(feeder);
         const ExchangeMachine::Step step = feeder.advance(now());
         if (!step.send.isEmpty()) send(link, step);
-        const qint64 left = step.isIdle ? FOR_EVER : std::max<qint64>(step.wakeAt - now(), 0);
-        if (m_wait.wait(link.descriptor(), left)) receive(feeder, link);
+        const qint64 from = now();
+        qint64 left = step.isIdle ? FOR_EVER : std::max<qint64>(step.wakeAt - from, 0);
+        if (feeder.hasRequest()) left = left < 0 ? LONGEST_BLIND : std::min(left, LONGEST_BLIND);
+        if (m_wait.wait(link.descriptor(), left))
+            receive(feeder, link);
+        else
+            m_emptyAt = from;
+        look(feeder, link);
         if (m_settings.reopensWhenSilent) reopenWhenSilent(feeder);
     }
+}
+
+/// Looks whether bytes have come, when the last look is long ago. A process that was stopped cannot
+/// tell when the bytes came that it then finds, only that they came after its last look. So a look
+/// goes ahead of every request, and a wait for an answer looks again and again:
+///
+///     looks       |         |    |                          |
+///     request     |         | R  |                          |
+///     bytes       |         |      rrr                      |
+///     process     [ waits   ]  [ waits ]      stopped       [ reads rrr: they are as old as that
+///                                ^                            time, or younger
+///                                m_emptyAt
+///
+/// A wake-up that the look takes is not lost: the work and the stop are looked at next.
+void LinkThread::look(DriverFeeder& feeder, Link& link)
+{
+    const qint64 from = now();
+    if (from - m_emptyAt <= LONGEST_BLIND) return;
+    if (m_wait.wait(link.descriptor(), 0))
+        receive(feeder, link);
+    else
+        m_emptyAt = from;
 }
 
 /// A new connection may help when the peer keeps the old connection but sends nothing. A peer that
@@ -203,9 +234,12 @@ void LinkThread::send(Link& link, const ExchangeMachine::Step& step)
 
 void LinkThread::receive(DriverFeeder& feeder, Link& link)
 {
+    const qint64 from = now();
     const QByteArray bytes = link.read();
     if (bytes.isEmpty()) return;
     const qint64 end = now();
+    m_sink.bytesCame(m_emptyAt, end);
+    if (bytes.size() < MOST_READ_AT_ONCE) m_emptyAt = from;
     m_pause.startAnew();
     m_longestSilence.startAnew();
     m_lastHeard = end;

@@ -7,8 +7,8 @@
 #include "session/driverFeeder.h"
 #include "session/growingPause.h"
 #include "session/linkSink.h"
+#include "session/steadyTime.h"
 
-#include <QElapsedTimer>
 #include <QThread>
 
 #include <atomic>
@@ -83,6 +83,7 @@ private:
     void exchange(DriverFeeder& feeder, Link& link);
     void send(Link& link, const ExchangeMachine::Step& step);
     void receive(DriverFeeder& feeder, Link& link);
+    void look(DriverFeeder& feeder, Link& link);
     void takeWire(qint64 from, qint64 until);
     void reopenWhenSilent(const DriverFeeder& feeder);
     void runOnce(DriverFeeder& feeder);
@@ -91,7 +92,7 @@ private:
     // Constant after construction.
     const DriverLibrary& m_driver;
     const Settings m_settings;
-    QElapsedTimer m_clock;
+    const qint64 m_startedAt = steadyTime();
 
     // Shared with other threads.
     std::atomic<bool> m_stop{false};
@@ -105,6 +106,7 @@ private:
     LinkSink& m_sink;
     bool m_lossTold = false;
     GrowingPause m_pause;
+    qint64 m_emptyAt = 0;   ///< a time at which the next bytes had not come; see look()
     qint64 m_lastHeard = 0; ///< time of the last byte, or of the opening
     GrowingPause m_longestSilence;
     qint64 m_reopenAfter = 0; ///< microseconds of silence

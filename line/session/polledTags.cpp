@@ -72,11 +72,23 @@ std::optional<ReadBlock> PolledTags::wordOfBit(const VARIABLE& written) const
     if (!isBitArea(written.regName)) return std::nullopt;
     const WordBit word = wordBitOf(written.regName, written.addr);
     if (tagsAt(written.station, word.area, word.number).empty()) return std::nullopt;
+    return wordsOf(written);
+}
+
+ReadBlock PolledTags::wordsOf(const VARIABLE& written) const
+{
     ReadBlock block;
     block.station = written.station;
-    block.area = word.area;
-    block.number = word.number;
-    block.count = 1;
+    block.area = written.regName;
+    block.number = written.addr;
+    block.count = std::max(int(written.count), 1);
+    if (isBitArea(block.area)) {
+        const WordBit first = wordBitOf(written.regName, written.addr);
+        const WordBit last = wordBitOf(written.regName, written.addr + block.count - 1);
+        block.area = first.area;
+        block.number = first.number;
+        block.count = last.number - first.number + 1;
+    }
     block = withWholeTags(block);
     block.tags = tagsIn(block);
     return block;

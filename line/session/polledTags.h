@@ -63,6 +63,10 @@ public:
     /// The block with all words of the tags that it reads in part.
     ReadBlock withWholeTags(const ReadBlock& block) const;
 
+    /// The read of the words that a write holds, or of the words of its bits. It reads the tags
+    /// there as a whole.
+    ReadBlock wordsOf(const VARIABLE& written) const;
+
     /// The read that brings a written bit to the tags that show it through its word. Empty when no
     /// tag does.
     std::optional<ReadBlock> wordOfBit(const VARIABLE& written) const;

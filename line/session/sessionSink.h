@@ -46,17 +46,34 @@ class SessionSink
 public:
     virtual ~SessionSink() = default;
 
-    /// The tag was read from the PLC.
-    /// @param bytes  in the format of intf_getData: two bytes a word, low byte first, or one a bit
+    /// The PLC has told the tag's value: by the answer to a read, or by the echo of a write that
+    /// holds the tag as a whole. It is never a value that is still to be written. Told ahead of the
+    /// end of the job that wrote it.
+    /// @param bytes  in the format of intf_getData: two bytes a word, low byte first, or one a bit;
+    ///               valid for this call, copy them
     virtual void tagRead(int tag, const QByteArray& bytes, qint64 now) = 0;
 
-    /// The tag's value changed: by a read, by a write of the host, or back to the old value after a
-    /// failed write.
+    /// The tag was read from the PLC.
+    /// @param bytes  as the driver's cache shows the tag: a value to be written hides the PLC's
+    ///               until the write has ended
+    virtual void tagShown(int tag, const QByteArray& bytes, qint64 now) = 0;
+
+    /// The value that the driver's cache shows changed: by a read, by a write of the host, or back
+    /// to the old value after a failed write.
     virtual void tagValue(int tag, const QByteArray& bytes, qint64 now) = 0;
 
-    /// The tags could not be read.
+    /// The tags cannot be read: the PLC refused them, their station is silent, or the link is lost.
     /// @param trouble  the reason, one sentence
     virtual void tagsBad(const std::vector<int>& tags, const QString& trouble, qint64 now) = 0;
+
+    /// The read of the tags was given up. Their station does not count as silent.
+    /// @param trouble  the reason, one sentence
+    virtual void tagsUnanswered(const std::vector<int>& tags, const QString& trouble,
+                                qint64 now) = 0;
+
+    /// A polled station answers, or counts as silent from now on. It counts as neither before its
+    /// first answer on a connection.
+    virtual void stationChanged(int station, bool answers, qint64 now) = 0;
 
     virtual void jobEnded(const JobEnd& end) = 0;
 

@@ -25,7 +25,7 @@ void SharedValues::noteChange(int tag, qint64 now)
 // below assign a temporary copy: the reference count is then changed in code that the thread
 // sanitizer sees, not inside Qt's library.
 
-void SharedValues::tagRead(int tag, const QByteArray& bytes, qint64 now)
+void SharedValues::tagShown(int tag, const QByteArray& bytes, qint64 now)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
     TagState& state = m_tags[size_t(tag)];
@@ -80,26 +80,14 @@ void SharedValues::exchanged(const FINISHED_EXCHANGE& finished, qint64 now)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
     if (finished.end == END_SILENT) noteFrame(FrameRecord::NO_ANSWER, QByteArray(), now);
-    if (finished.result == REPLY_RETRY) {
-        ++m_figures.retries;
-        return;
-    }
-    ++m_figures.exchanges;
-    if (finished.end == END_REFUSED) {
-        ++m_figures.refusals;
-    } else if (finished.result == REPLY_GIVEN_UP) {
-        ++m_figures.giveUps;
-        return;
-    }
-    m_wholeRun.exchanged(finished.replyTime);
-    m_lately.exchanged(finished.replyTime, now);
+    m_figures.exchanged(finished, now);
 }
 
 void SharedValues::fenced(const EndedExchange& fence, qint64 now)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
     if (fence.end == END_SILENT) noteFrame(FrameRecord::NO_ANSWER, QByteArray(), now);
-    ++m_figures.fences;
+    m_figures.fenced();
 }
 
 void SharedValues::echoFound()
@@ -112,12 +100,7 @@ void SharedValues::echoFound()
 void SharedValues::linkChanged(bool connected, const QString& trouble, qint64 now)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    if (m_figures.connected && !connected) ++m_figures.losses;
-    m_figures.connected = connected;
-    if (connected && !std::exchange(m_wasConnected, true)) {
-        m_wholeRun.start(now);
-        m_lately.start(now);
-    }
+    m_figures.linkChanged(connected, now);
     m_news.linkEvents.push_back({now, connected, trouble});
     news();
 }
@@ -147,8 +130,7 @@ void SharedValues::noteFrame(FrameRecord::Direction direction, const QByteArray&
 void SharedValues::wireTaken(qint64 from, qint64 until)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    m_wholeRun.wireTaken(from, until);
-    m_lately.wireTaken(from, until);
+    m_figures.wireTaken(from, until);
 }
 
 void SharedValues::waitForNews(int ms)
@@ -185,8 +167,5 @@ std::vector<TagState> SharedValues::tags() const
 LinkFigures SharedValues::figures(qint64 now) const
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    LinkFigures figures = m_figures;
-    figures.wholeRun = m_wholeRun.at(now);
-    figures.lately = m_lately.at(now);
-    return figures;
+    return m_figures.at(now);
 }

@@ -1,10 +1,8 @@
 #ifndef SHARED_VALUES_H
 #define SHARED_VALUES_H
 
-#include "session/linkFigures.h"
+#include "session/figureCounts.h"
 #include "session/linkSink.h"
-#include "session/recentRates.h"
-#include "session/runRates.h"
 
 #include <condition_variable>
 #include <mutex>
@@ -61,15 +59,22 @@ public:
     /// @param keepFrames  whether News::frames is filled
     SharedValues(size_t tags, bool keepFrames);
 
-    void tagRead(int tag, const QByteArray& bytes, qint64 now) override;
+    void tagRead(int, const QByteArray&, qint64) override {}
+    void tagShown(int tag, const QByteArray& bytes, qint64 now) override;
     void tagValue(int tag, const QByteArray& bytes, qint64 now) override;
     void tagsBad(const std::vector<int>& tags, const QString& trouble, qint64 now) override;
+    void tagsUnanswered(const std::vector<int>& tags, const QString& trouble, qint64 now) override
+    {
+        tagsBad(tags, trouble, now);
+    }
+    void stationChanged(int, bool, qint64) override {}
     void jobEnded(const JobEnd& end) override;
     void recipeProgress(int job, int done) override;
     void exchanged(const FINISHED_EXCHANGE& finished, qint64 now) override;
     void fenced(const EndedExchange& fence, qint64 now) override;
     void echoFound() override;
     void linkChanged(bool connected, const QString& trouble, qint64 now) override;
+    void bytesCame(qint64, qint64) override {}
     void frame(FrameRecord::Direction direction, const QByteArray& bytes, qint64 now) override;
     void wireTaken(qint64 from, qint64 until) override;
 
@@ -93,11 +98,8 @@ private:
     bool m_hasNews = false;
     std::vector<TagState> m_tags;
     News m_news;
-    LinkFigures m_figures; ///< the totals; its rates are not used
-    bool m_wasConnected = false;
-    int m_recipeJob = 0; ///< the last job whose progress was told
-    RunRates m_wholeRun;
-    mutable RecentRates m_lately; ///< mutable: at() forgets old exchanges
+    int m_recipeJob = 0;            ///< the last job whose progress was told
+    mutable FigureCounts m_figures; ///< mutable: at() forgets old exchanges
 };
 
 #endif

@@ -50,7 +50,7 @@ void ShownValues::read(const std::vector<int>& tags, bool driverTells, qint64 no
     for (const int tag : tags) {
         if (!m_isTrusted[size_t(tag)] || !driverTells) fetch(tag);
         m_isTrusted[size_t(tag)] = true;
-        m_sink.tagRead(tag, m_shown[size_t(tag)], now);
+        m_sink.tagShown(tag, m_shown[size_t(tag)], now);
     }
 }
 

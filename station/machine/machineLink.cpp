@@ -14,6 +14,7 @@ MachineLink::MachineLink(const LinkConfig& config, const LinkSurroundings& surro
 {
     m_values.setJobEnded([this](const JobEnd& end) { m_jobs.jobEnded(end); },
                          [this](int job, int done) { m_jobs.recipeProgress(job, done); });
+    m_values.setEvents(&surroundings.events);
     for (ValueListener* const listener : surroundings.listeners)
         m_values.addListener(listener);
     try {

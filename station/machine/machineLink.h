@@ -5,7 +5,6 @@
 #include "machine/driverCopy.h"
 #include "machine/linkConfig.h"
 #include "machine/linkJobs.h"
-#include "values/frameLog.h"
 
 #include <memory>
 
@@ -71,7 +70,7 @@ public:
     }
     const FrameLog& frames() const
     {
-        return m_frames;
+        return m_values.frames();
     }
 
     /// The requests that read the tags, as planned.
@@ -118,7 +117,6 @@ private:
 
     const LinkConfig m_config;
     LinkValues m_values; ///< guards itself
-    FrameLog m_frames;   ///< guards itself
     LinkJobs m_jobs;     ///< guards itself
 
     // Constant after construction.

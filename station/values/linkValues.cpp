@@ -1,51 +1,50 @@
 #include "values/linkValues.h"
 
+#include "plan/durationText.h"
+#include "wire/timeUnits.h"
+
 #include <algorithm>
+#include <set>
 #include <utility>
 
 namespace {
 
-enum { SHORTEST_LIMIT = 2000000, TURNS_OF_LIMIT = 3 };
+enum { SHORTEST_LIMIT = 2 * SECOND, TURNS_OF_LIMIT = 3 };
+
+bool isSame(const TagReading& a, const TagReading& b)
+{
+    return a.quality == b.quality && a.bytes == b.bytes && a.trouble == b.trouble;
+}
 
 } // namespace
 
-const char* qualityText(Quality quality)
-{
-    switch (quality) {
-    case GOOD:
-        return "good";
-    case STALE:
-        return "stale";
-    case BAD:
-        return "bad";
-    }
-    return "bad";
-}
-
-const char* linkStandingText(LinkStanding standing)
-{
-    switch (standing) {
-    case LINK_OPENING:
-        return "opening";
-    case LINK_UP:
-        return "up";
-    case LINK_LOST:
-        return "lost";
-    }
-    return "lost";
-}
-
 LinkValues::LinkValues(QString name, std::vector<Tag> tags, const StationClock& clock)
-    : m_name(std::move(name)), m_tags(std::move(tags)), m_clock(clock), m_known(m_tags.size())
+    : m_name(std::move(name)),
+      m_tags(std::move(tags)),
+      m_clock(clock),
+      m_limits(m_tags.size()),
+      m_known(m_tags.size())
 {
-    m_state.since = m_clock.wall();
     for (Known& known : m_known)
         known.reading.trouble = QLatin1String("not read yet");
+    std::set<int> stations;
+    for (const Tag& tag : m_tags)
+        stations.insert(tag.station);
+    m_state.since = m_clock.wall();
+    for (const int station : stations)
+        m_state.stations.push_back({station, false, m_state.since});
 }
 
 void LinkValues::setTurns(std::vector<std::optional<qint64>> turns)
 {
-    m_turns = std::move(turns);
+    for (size_t tag = 0; tag < std::min(turns.size(), m_limits.size()); ++tag) {
+        Limit& limit = m_limits[tag];
+        limit = Limit();
+        if (!turns[tag]) continue;
+        limit.age = std::max<qint64>(TURNS_OF_LIMIT * *turns[tag], SHORTEST_LIMIT);
+        limit.trouble =
+            QLatin1String("no answer for more than ") + durationText(*limit.age / MILLISECOND);
+    }
 }
 
 void LinkValues::setJobEnded(JobEnded ended, RecipeProgress progress)
@@ -59,80 +58,146 @@ void LinkValues::addListener(ValueListener* listener)
     m_listeners.push_back(listener);
 }
 
-TagReading LinkValues::shown(const Known& known, int tag, qint64 now) const
+void LinkValues::setEvents(StationEvents* events)
 {
+    m_events = events;
+}
+
+// Reading. The caller of the private functions holds m_mutex.
+
+/// The last moment at which the tag's value is good, on the steady clock; empty: it has none.
+std::optional<qint64> LinkValues::staleAt(size_t tag) const
+{
+    const Known& known = m_known[tag];
+    if (known.reading.quality != GOOD || !m_limits[tag].age) return std::nullopt;
+    return known.readAt + *m_limits[tag].age;
+}
+
+TagReading LinkValues::shown(size_t tag, qint64 now) const
+{
+    const Known& known = m_known[tag];
     TagReading reading = known.reading;
-    const std::optional<qint64> turn =
-        size_t(tag) < m_turns.size() ? m_turns[size_t(tag)] : std::optional<qint64>();
-    if (reading.quality != GOOD || !turn) return reading;
-    const qint64 limit = std::max<qint64>(TURNS_OF_LIMIT * *turn, SHORTEST_LIMIT);
-    if (now - known.readAt <= limit) return reading;
+    const std::optional<qint64> until = staleAt(tag);
+    if (!until || now <= *until) return reading;
     reading.quality = STALE;
-    reading.staleSince = reading.time + limit / 1000;
-    reading.trouble = QLatin1String("no answer in time");
+    reading.staleSince = reading.time + *m_limits[tag].age / MILLISECOND;
+    reading.trouble = known.unanswered.isEmpty() ? m_limits[tag].trouble : known.unanswered;
     return reading;
 }
 
 TagReading LinkValues::reading(int tag) const
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    return shown(m_known[size_t(tag)], tag, m_clock.steady());
+    return shown(size_t(tag), m_clock.steady());
 }
 
 std::vector<TagReading> LinkValues::readings() const
 {
+    std::vector<TagReading> all;
+    all.reserve(m_tags.size());
     const std::lock_guard<std::mutex> lock(m_mutex);
     const qint64 now = m_clock.steady();
-    std::vector<TagReading> all;
     for (size_t tag = 0; tag < m_known.size(); ++tag)
-        all.push_back(shown(m_known[tag], int(tag), now));
+        all.push_back(shown(tag, now));
     return all;
+}
+
+std::optional<qint64> LinkValues::nextStale() const
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    const qint64 now = m_clock.steady();
+    std::optional<qint64> next;
+    for (size_t tag = 0; tag < m_known.size(); ++tag) {
+        const std::optional<qint64> until = staleAt(tag);
+        if (until && *until >= now) next = std::min(next.value_or(*until), *until);
+    }
+    return next;
 }
 
 LinkState LinkValues::state() const
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    return m_state;
+    LinkState state = m_state;
+    state.figures = m_figures.at(m_threadStart ? m_clock.steady() - *m_threadStart : 0);
+    return state;
 }
 
-/// The caller holds m_mutex.
-void LinkValues::tellChange(int tag)
+// News of values. The caller of the private functions holds m_mutex.
+
+/// Replaces what is known of a tag, and tells the change unless only times moved.
+void LinkValues::become(size_t tag, const Known& known)
 {
-    const TagReading reading = shown(m_known[size_t(tag)], tag, m_clock.steady());
+    const qint64 now = m_clock.steady();
+    const TagReading before = shown(tag, now);
+    m_known[tag] = known;
+    const TagReading after = shown(tag, now);
+    if (isSame(before, after)) return;
+    ++m_version;
     for (ValueListener* const listener : m_listeners)
-        listener->tagChanged(*this, tag, reading);
+        listener->tagChanged(*this, int(tag), after);
+}
+
+/// The value and the time of its answer stay.
+void LinkValues::becomeBad(size_t tag, const QString& trouble)
+{
+    Known known = m_known[tag];
+    known.reading.quality = BAD;
+    known.reading.trouble = trouble;
+    become(tag, known);
 }
 
 void LinkValues::tagRead(int tag, const QByteArray& bytes, qint64)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    Known& known = m_known[size_t(tag)];
-    const bool isNew = known.reading.bytes != bytes;
-    const bool isBack = known.reading.quality != GOOD;
-    known.readAt = m_clock.steady();
-    known.reading.time = m_clock.wall();
-    known.reading.quality = GOOD;
-    known.reading.trouble = QString();
-    if (isNew) {
-        known.reading.bytes = bytes;
-        known.reading.changed = known.reading.time;
+    const qint64 now = m_clock.steady();
+    Known known = m_known[size_t(tag)];
+    known.readAt = std::min(m_cameAfter.value_or(now), now);
+    known.unanswered = QString();
+    TagReading& reading = known.reading;
+    reading.time = m_clock.wall() - (now - known.readAt) / MILLISECOND;
+    reading.quality = GOOD;
+    reading.trouble = QString();
+    if (reading.bytes != bytes) {
+        reading.bytes = QByteArray(bytes.constData(), bytes.size());
+        reading.changed = reading.time;
     }
-    if (isNew || isBack) tellChange(tag);
+    become(size_t(tag), known);
 }
-
-void LinkValues::tagValue(int, const QByteArray&, qint64) {}
 
 void LinkValues::tagsBad(const std::vector<int>& tags, const QString& trouble, qint64)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
+    for (const int tag : tags)
+        becomeBad(size_t(tag), trouble);
+}
+
+/// A good value stays good until it is too old: other requests of its station are answered.
+void LinkValues::tagsUnanswered(const std::vector<int>& tags, const QString& trouble, qint64)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
     for (const int tag : tags) {
-        TagReading& reading = m_known[size_t(tag)].reading;
-        if (reading.quality == BAD && reading.trouble == trouble) continue;
-        reading.quality = BAD;
-        reading.trouble = trouble;
-        tellChange(tag);
+        Known known = m_known[size_t(tag)];
+        known.unanswered = trouble;
+        if (known.reading.quality == BAD) known.reading.trouble = trouble;
+        become(size_t(tag), known);
     }
 }
+
+/// The steady clock goes on at the pace of the thread's clock.
+void LinkValues::noteClock(qint64 now)
+{
+    const qint64 start = m_clock.steady() - now;
+    m_threadStart = std::min(m_threadStart.value_or(start), start);
+}
+
+void LinkValues::bytesCame(qint64 after, qint64 now)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    noteClock(now);
+    m_cameAfter = *m_threadStart + after;
+}
+
+// News of the link.
 
 void LinkValues::jobEnded(const JobEnd& end)
 {
@@ -144,20 +209,70 @@ void LinkValues::recipeProgress(int job, int done)
     if (m_recipeProgress) m_recipeProgress(job, done);
 }
 
-void LinkValues::exchanged(const FINISHED_EXCHANGE&, qint64) {}
-
-void LinkValues::fenced(const EndedExchange&, qint64) {}
-
-void LinkValues::echoFound() {}
-
-void LinkValues::linkChanged(bool connected, const QString& trouble, qint64)
+void LinkValues::exchanged(const FINISHED_EXCHANGE& finished, qint64 now)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
+    m_figures.exchanged(finished, now);
+    m_state.replies.add(finished.result == REPLY_RETRY ? -1 : finished.replyTime);
+}
+
+void LinkValues::fenced(const EndedExchange&, qint64)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_figures.fenced();
+}
+
+void LinkValues::stationChanged(int station, bool answers, qint64)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    for (StationStanding& standing : m_state.stations) {
+        if (standing.station != station || standing.answers == answers) continue;
+        standing.answers = answers;
+        standing.since = m_clock.wall();
+        ++m_version;
+    }
+}
+
+void LinkValues::linkChanged(bool connected, const QString& trouble, qint64 now)
+{
+    QByteArray document;
+    qint64 time = 0;
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        changeLink(connected, trouble, now);
+        document = linkEventDocument(m_name, m_state);
+        time = m_state.since;
+    }
+    if (m_events != nullptr) m_events->add(StationEvent::LINK, time, document);
+}
+
+/// On a lost link no value is good and no station answers, whatever else was told.
+void LinkValues::changeLink(bool connected, const QString& trouble, qint64 now)
+{
+    noteClock(now);
+    m_figures.linkChanged(connected, now);
     m_state.standing = connected ? LINK_UP : LINK_LOST;
     m_state.trouble = trouble;
     m_state.since = m_clock.wall();
+    ++m_version;
+    if (connected) return;
+    for (StationStanding& standing : m_state.stations) {
+        if (standing.answers) standing.since = m_state.since;
+        standing.answers = false;
+    }
+    for (size_t tag = 0; tag < m_known.size(); ++tag)
+        becomeBad(tag, QLatin1String("link lost: ") + trouble);
 }
 
-void LinkValues::frame(FrameRecord::Direction, const QByteArray&, qint64) {}
+void LinkValues::wireTaken(qint64 from, qint64 until)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_figures.wireTaken(from, until);
+}
 
-void LinkValues::wireTaken(qint64, qint64) {}
+/// The end of a wait without an answer is no frame.
+void LinkValues::frame(FrameRecord::Direction direction, const QByteArray& bytes, qint64)
+{
+    if (direction == FrameRecord::NO_ANSWER) return;
+    m_frames.add(m_clock.wall(), direction, bytes);
+}

@@ -2,13 +2,16 @@
 #define LINK_VALUES_H
 
 #include "plan/tag.h"
-#include "session/linkFigures.h"
+#include "session/figureCounts.h"
 #include "session/linkSink.h"
+#include "values/frameLog.h"
+#include "values/linkState.h"
 #include "values/stationClock.h"
+#include "values/stationEvents.h"
 #include "values/tagReading.h"
 
+#include <atomic>
 #include <functional>
-#include <map>
 #include <mutex>
 #include <optional>
 #include <vector>
@@ -27,28 +30,6 @@ public:
     virtual void tagChanged(const LinkValues& link, int tag, const TagReading& reading) = 0;
 };
 
-enum LinkStanding { LINK_OPENING, LINK_UP, LINK_LOST };
-
-/// "opening", "up" or "lost".
-const char* linkStandingText(LinkStanding standing);
-
-struct StationStanding
-{
-    int station = 0;
-    bool answers = false;
-    qint64 since = 0; ///< ms since 1970
-};
-
-/// The state of a link, for people and for monitoring.
-struct LinkState
-{
-    LinkStanding standing = LINK_OPENING;
-    QString trouble;  ///< the reason of a loss
-    qint64 since = 0; ///< of `standing`, ms since 1970
-    LinkFigures figures;
-    std::vector<StationStanding> stations; ///< by number
-};
-
 /// The values of one link: the value model. The link's thread writes it through LinkSink; every
 /// other part of the station reads it, and nothing else, for values.
 ///
@@ -58,9 +39,19 @@ struct LinkState
 ///    +---------------------------+-- refused --------------------+
 ///
 /// - A quality is worked out when it is read, from the clock: a process that was stopped does not
-///   pass an old value off as good when it goes on.
+///   pass an old value off as good when it goes on. Bytes that it then finds are taken to be as old
+///   as they can be, see LinkSink::bytesCame().
+/// - The limit is three turns, or 2 s where that is longer. A tag that is read once has no limit.
 /// - A written value is shown once the PLC has confirmed it, with the time of the echo. Until then
-///   the reading is the one before the write, or what a read of the PLC brought.
+///   the reading is the one before the write, or what a read of the PLC brought. So it is after a
+///   failed write.
+///
+///     time        write asked     sent      echo
+///     reading     old             old       new
+///     jobEnded()                             after the reading has changed
+///
+/// - Only what the PLC has told is a value: tagRead(). The driver's cache shows written values
+///   early, so tagShown() and tagValue() are left aside.
 ///
 /// All functions may be called from any thread, except those of LinkSink.
 class LinkValues : public LinkSink
@@ -70,17 +61,21 @@ public:
     using JobEnded = std::function<void(const JobEnd&)>;
     using RecipeProgress = std::function<void(int job, int done)>;
 
-    /// @param name   the link's name in the station
-    /// @param turns  by tag: the planned time between two reads in microseconds, see
-    /// LinkRun::turn()
+    /// @param name  the link's name in the station
     LinkValues(QString name, std::vector<Tag> tags, const StationClock& clock);
 
-    /// Sets the turns. Call it before the link starts.
+    // Call these before the link starts.
+
+    /// @param turns  by tag: the planned time between two reads in microseconds, see
+    /// LinkRun::turn()
     void setTurns(std::vector<std::optional<qint64>> turns);
     void setJobEnded(JobEnded ended, RecipeProgress progress);
 
-    /// The listener must outlive the link's run. Call it before the link starts.
+    /// The listener must outlive the link's run.
     void addListener(ValueListener* listener);
+
+    /// Each change of the link becomes an event. `events` must outlive the link's run.
+    void setEvents(StationEvents* events);
 
     const QString& name() const
     {
@@ -95,18 +90,40 @@ public:
     TagReading reading(int tag) const;
     std::vector<TagReading> readings() const;
 
+    /// Grows with each change that a listener is told, and with each change of the link or of a
+    /// station. It does not grow when a value becomes stale, nor when only the time of an answer
+    /// moves: see nextStale() and TagReading::time.
+    quint64 version() const
+    {
+        return m_version;
+    }
+
+    /// The time at which the next good value becomes stale unless an answer comes, in microseconds
+    /// of the steady clock; empty: none will.
+    std::optional<qint64> nextStale() const;
+
     LinkState state() const;
+
+    /// The last frames on the link.
+    const FrameLog& frames() const
+    {
+        return m_frames;
+    }
 
     // Of the link's thread.
     void tagRead(int tag, const QByteArray& bytes, qint64 now) override;
-    void tagValue(int tag, const QByteArray& bytes, qint64 now) override;
+    void tagShown(int, const QByteArray&, qint64) override {}
+    void tagValue(int, const QByteArray&, qint64) override {}
     void tagsBad(const std::vector<int>& tags, const QString& trouble, qint64 now) override;
+    void tagsUnanswered(const std::vector<int>& tags, const QString& trouble, qint64 now) override;
+    void stationChanged(int station, bool answers, qint64 now) override;
     void jobEnded(const JobEnd& end) override;
     void recipeProgress(int job, int done) override;
     void exchanged(const FINISHED_EXCHANGE& finished, qint64 now) override;
     void fenced(const EndedExchange& fence, qint64 now) override;
-    void echoFound() override;
+    void echoFound() override {}
     void linkChanged(bool connected, const QString& trouble, qint64 now) override;
+    void bytesCame(qint64 after, qint64 now) override;
     void frame(FrameRecord::Direction direction, const QByteArray& bytes, qint64 now) override;
     void wireTaken(qint64 from, qint64 until) override;
 
@@ -115,22 +132,46 @@ private:
     {
         TagReading reading; ///< its quality is GOOD or BAD: age is added when it is read
         qint64 readAt = 0;  ///< on the steady clock
+        QString unanswered; ///< why the last read was given up; empty: it was answered
     };
 
-    TagReading shown(const Known& known, int tag, qint64 now) const;
-    void tellChange(int tag);
+    /// When a good value becomes stale.
+    struct Limit
+    {
+        std::optional<qint64> age; ///< microseconds; empty: never
+        QString trouble;           ///< of a value that is older
+    };
+
+    std::optional<qint64> staleAt(size_t tag) const;
+    TagReading shown(size_t tag, qint64 now) const;
+    void become(size_t tag, const Known& known);
+    void becomeBad(size_t tag, const QString& trouble);
+    void changeLink(bool connected, const QString& trouble, qint64 now);
+    void noteClock(qint64 now);
 
     const QString m_name;
     const std::vector<Tag> m_tags;
     const StationClock& m_clock;
-    std::vector<std::optional<qint64>> m_turns; ///< constant once the link has started
-    std::vector<ValueListener*> m_listeners;    ///< constant once the link has started
-    JobEnded m_jobEnded;                        ///< constant once the link has started
-    RecipeProgress m_recipeProgress;            ///< constant once the link has started
 
-    mutable std::mutex m_mutex; ///< guards all members below
-    std::vector<Known> m_known; ///< by tag
-    LinkState m_state;
+    // Constant once the link has started.
+    std::vector<Limit> m_limits; ///< by tag
+    std::vector<ValueListener*> m_listeners;
+    StationEvents* m_events = nullptr;
+    JobEnded m_jobEnded;
+    RecipeProgress m_recipeProgress;
+
+    FrameLog m_frames; ///< guards itself
+    std::atomic<quint64> m_version{0};
+
+    mutable std::mutex m_mutex;     ///< guards all members below
+    std::vector<Known> m_known;     ///< by tag
+    LinkState m_state;              ///< its figures are not used
+    mutable FigureCounts m_figures; ///< mutable: at() forgets old exchanges
+
+    /// The steady clock at time 0 of the link's thread, or a little later: each call from the
+    /// thread gives an upper limit of it, and the lowest one counts.
+    std::optional<qint64> m_threadStart;
+    std::optional<qint64> m_cameAfter; ///< the last bytes came after this time of the steady clock
 };
 
 #endif

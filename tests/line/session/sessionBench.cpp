@@ -31,6 +31,12 @@ int countedSetData(int station, QString area, int number, int count, unsigned ch
 
 void RecordingSink::tagRead(int tag, const QByteArray& bytes, qint64)
 {
+    told[tag] = QByteArray(bytes.constData(), bytes.size());
+    if (onRead) onRead(tag, bytes);
+}
+
+void RecordingSink::tagShown(int tag, const QByteArray& bytes, qint64)
+{
     TagNote& note = tags[tag];
     note.bytes = bytes;
     if (onValue) onValue(tag, bytes);
@@ -54,6 +60,17 @@ void RecordingSink::tagsBad(const std::vector<int>& bad, const QString& trouble,
         tags[tag].good = false;
         tags[tag].trouble = trouble;
     }
+}
+
+void RecordingSink::tagsUnanswered(const std::vector<int>& unanswered, const QString& trouble,
+                                   qint64 now)
+{
+    tagsBad(unanswered, trouble, now);
+}
+
+void RecordingSink::stationChanged(int station, bool answers, qint64)
+{
+    stations.emplace_back(station, answers);
 }
 
 void RecordingSink::jobEnded(const JobEnd& end)

@@ -34,8 +34,11 @@ public:
     };
 
     void tagRead(int tag, const QByteArray& bytes, qint64 now) override;
+    void tagShown(int tag, const QByteArray& bytes, qint64 now) override;
     void tagValue(int tag, const QByteArray& bytes, qint64 now) override;
     void tagsBad(const std::vector<int>& tags, const QString& trouble, qint64 now) override;
+    void tagsUnanswered(const std::vector<int>& tags, const QString& trouble, qint64 now) override;
+    void stationChanged(int station, bool answers, qint64 now) override;
     void jobEnded(const JobEnd& end) override;
     void recipeProgress(int job, int done) override;
     void exchanged(const FINISHED_EXCHANGE& finished, qint64 now) override;
@@ -53,7 +56,10 @@ public:
     int changes() const;
 
     std::function<void(int tag, const QByteArray& bytes)> onValue; ///< called for every value
+    std::function<void(int tag, const QByteArray& bytes)> onRead;  ///< called for tagRead()
     std::map<int, TagNote> tags;
+    std::map<int, QByteArray> told;             ///< by tag: the value of the last tagRead()
+    std::vector<std::pair<int, bool>> stations; ///< the changes of stations: whether it answers
     std::map<int, JobEnd> ends;
     std::vector<int> progress;
     std::vector<ExchangeNote> exchanges;

@@ -37,7 +37,7 @@ TEST_F(SharedValuesTest, TagIsNeitherReadNorGoodAtFirst)
 
 TEST_F(SharedValuesTest, FirstValueOfZeroIsNewsButNoChange)
 {
-    shared.tagRead(1, ZERO, 300);
+    shared.tagShown(1, ZERO, 300);
     const News news = shared.takeNews();
     ASSERT_EQ(1u, news.changes.size());
     EXPECT_EQ(1, news.changes[0].tag);
@@ -49,19 +49,19 @@ TEST_F(SharedValuesTest, FirstValueOfZeroIsNewsButNoChange)
 
 TEST_F(SharedValuesTest, SameValueUpdatesOnlyTheReadTime)
 {
-    shared.tagRead(1, SEVEN, 300);
+    shared.tagShown(1, SEVEN, 300);
     shared.takeNews();
-    shared.tagRead(1, SEVEN, 400);
+    shared.tagShown(1, SEVEN, 400);
     EXPECT_TRUE(shared.takeNews().changes.empty());
     EXPECT_EQ(400, tag(1).readAt);
 }
 
 TEST_F(SharedValuesTest, EachDifferentValueCountsAsOneChange)
 {
-    shared.tagRead(1, ZERO, 1);
+    shared.tagShown(1, ZERO, 1);
     shared.tagValue(1, SEVEN, 2);
-    shared.tagRead(1, SEVEN, 2);
-    shared.tagRead(1, ZERO, 3);
+    shared.tagShown(1, SEVEN, 2);
+    shared.tagShown(1, ZERO, 3);
     EXPECT_EQ(2, tag(1).changes);
     EXPECT_EQ(3u, shared.takeNews().changes.size());
 }
@@ -77,7 +77,7 @@ TEST_F(SharedValuesTest, WrittenValueIsShownButDoesNotCountAsRead)
 
 TEST_F(SharedValuesTest, BadTagKeepsItsValue)
 {
-    shared.tagRead(0, SEVEN, 100);
+    shared.tagShown(0, SEVEN, 100);
     shared.takeNews();
     shared.tagsBad({0}, SILENT, 200);
     EXPECT_EQ(SEVEN, tag(0).bytes);
@@ -106,10 +106,10 @@ TEST_F(SharedValuesTest, NewTroubleIsTold)
 
 TEST_F(SharedValuesTest, RecoveredTagIsNewsEvenWithTheSameValue)
 {
-    shared.tagRead(0, SEVEN, 100);
+    shared.tagShown(0, SEVEN, 100);
     shared.tagsBad({0}, SILENT, 200);
     shared.takeNews();
-    shared.tagRead(0, SEVEN, 300);
+    shared.tagShown(0, SEVEN, 300);
     const News news = shared.takeNews();
     ASSERT_EQ(1u, news.changes.size());
     EXPECT_TRUE(news.changes[0].state.good);
@@ -119,7 +119,7 @@ TEST_F(SharedValuesTest, RecoveredTagIsNewsEvenWithTheSameValue)
 
 TEST_F(SharedValuesTest, NewsAreTakenOnce)
 {
-    shared.tagRead(0, SEVEN, 1);
+    shared.tagShown(0, SEVEN, 1);
     shared.linkChanged(true, QString(), 2);
     shared.jobEnded(JobEnd());
     shared.frame(FrameRecord::SENT, SEVEN, 3);
@@ -187,7 +187,7 @@ TEST_F(SharedValuesTest, EndOfAnotherJobKeepsRecipeProgress)
 TEST_F(SharedValuesTest, ExcessChangesAreDroppedAndCounted)
 {
     for (int i = 0; i < SharedValues::MOST_CHANGES + 3; ++i)
-        shared.tagRead(0, i % 2 == 0 ? ZERO : SEVEN, i);
+        shared.tagShown(0, i % 2 == 0 ? ZERO : SEVEN, i);
     const News news = shared.takeNews();
     EXPECT_EQ(100000u, news.changes.size());
     EXPECT_EQ(3, news.changesMissed);
@@ -196,8 +196,8 @@ TEST_F(SharedValuesTest, ExcessChangesAreDroppedAndCounted)
 TEST_F(SharedValuesTest, DroppedChangeUpdatesTheTag)
 {
     for (int i = 0; i < SharedValues::MOST_CHANGES; ++i)
-        shared.tagRead(0, i % 2 == 0 ? ZERO : SEVEN, i);
-    shared.tagRead(0, QByteArray::fromHex("0800"), 1);
+        shared.tagShown(0, i % 2 == 0 ? ZERO : SEVEN, i);
+    shared.tagShown(0, QByteArray::fromHex("0800"), 1);
     EXPECT_EQ(QByteArray::fromHex("0800"), tag(0).bytes);
     EXPECT_EQ(100000, tag(0).changes);
 }
@@ -205,9 +205,9 @@ TEST_F(SharedValuesTest, DroppedChangeUpdatesTheTag)
 TEST_F(SharedValuesTest, MissedChangesCountFromTheStart)
 {
     for (int i = 0; i < SharedValues::MOST_CHANGES + 3; ++i)
-        shared.tagRead(0, i % 2 == 0 ? ZERO : SEVEN, i);
+        shared.tagShown(0, i % 2 == 0 ? ZERO : SEVEN, i);
     shared.takeNews();
-    shared.tagRead(1, SEVEN, 1);
+    shared.tagShown(1, SEVEN, 1);
     const News news = shared.takeNews();
     EXPECT_EQ(1u, news.changes.size());
     EXPECT_EQ(3, news.changesMissed);
@@ -249,7 +249,7 @@ TEST(SharedValuesWithoutFrames, KeepsNone)
 
 TEST_F(SharedValuesTest, WaitEndsAtOnceWithNews)
 {
-    shared.tagRead(0, SEVEN, 1);
+    shared.tagShown(0, SEVEN, 1);
     shared.waitForNews(60000);
     EXPECT_EQ(1u, shared.takeNews().changes.size());
 }
@@ -276,7 +276,7 @@ TEST_F(SharedValuesTest, ReadingThreadIsWokenAndMissesNoNews)
         }
     });
     for (int i = 1; i <= values; ++i)
-        shared.tagRead(i % TAGS, QByteArray::number(i), i);
+        shared.tagShown(i % TAGS, QByteArray::number(i), i);
     shared.jobEnded(JobEnd());
     reader.join();
     ASSERT_EQ(size_t(values), seen.size());
