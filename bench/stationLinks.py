@@ -65,7 +65,7 @@ class Station:
             config += ["[[link]]", f'name = "plc {number}"', f'link = "{plc.lines[0]}"',
                        'tags = "tags.csv"', "timeout_ms = 200"]
         (folder / "station.toml").write_text("\n".join(config) + "\n", encoding="utf-8")
-        self.run = Program([PROGRAMS / "kakb-station", "--config", "station.toml", "--no-history"],
+        self.run = Program([PROGRAMS / "kakb-station", "--config", "station.toml"],
                            folder)
         self.run.await_that(lambda: self.run.lines)
         self.port = int(self.run.lines[0].rstrip("/").rsplit(":", 1)[1])
