@@ -23,7 +23,9 @@ function announce(text) {
     setText(byId("announcer"), text);
 }
 
+/** A page that turns live shows what is before it looks live; else the screen's next frame will do. */
 function onNews() {
+    if (stream.isLive && root.dataset.stream !== "live") views[shownView]?.update();
     showStream();
     if (isFrameAsked) return;
     isFrameAsked = true;

@@ -2,7 +2,7 @@
 import { openEvents } from "./eventConnection.js";
 import { Freshness, momentNow } from "./freshness.js";
 import { FOLLOWING, LEADING, Leadership } from "./leadership.js";
-import { leaveWhenLoggedOut } from "./station.js";
+import { getJson, leaveWhenLoggedOut } from "./station.js";
 
 const LOOK_TIME = 200;
 const RETRY_TIME = 500;
@@ -50,6 +50,17 @@ export class SharedStream {
     start() {
         this.asked = momentNow();
         this.leadership.start();
+        if (this.model.values.size === 0) this.readAtOnce();
+    }
+
+    /** The first values do not wait for the choice of a leader. */
+    async readAtOnce() {
+        const asked = momentNow();
+        const values = await getJson("values").catch(() => null); // then the stream brings them
+        if (values === null || this.model.values.size > 0) return;
+        this.freshness.answered(asked, momentNow());
+        this.model.replace(values);
+        this.onNews();
     }
 
     /** The tab is frozen or left: nothing here is live until fresh news came. */
