@@ -30,6 +30,7 @@ def main(writes="10000", seed=None):
         finally:
             run.close()
     print(f"seed {seed}, {sum(run.outcomes.values())} writes: {dict(run.outcomes)}")
+    print(*run.reasons.most_common(), sep="\n")
     print(*run.found[:20], sep="\n")
     print(f"outcomes that were not true, or missing: {len(run.found)}")
     return 1 if run.found else 0

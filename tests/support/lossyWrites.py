@@ -13,7 +13,7 @@ from processes import Program
 from simulatedPlc import SimulatedPlc
 
 FAULTS = ("--drop", "0.05", "--drop-request", "0.05", "--corrupt", "0.1", "--exception", "0.1",
-          "--exception-code", "4")
+          "--exception-code", "1")
 TIMEOUT_MS = 40
 WRITERS = 4
 NOT_SENT = "not sent"
@@ -69,7 +69,7 @@ class LossyWrites:
         self.seed = seed
         self.lock = threading.Lock()
         self.found = []  # guarded by lock
-        self.outcomes = Counter()  # guarded by lock
+        self.outcomes, self.reasons = Counter(), Counter()  # guarded by lock
 
     def close(self):
         """Ends the programs."""
@@ -109,11 +109,12 @@ class LossyWrites:
         outcome, reason = told.get("outcome"), told.get("reason") or ""
         with self.lock:
             self.outcomes[outcome] += 1
+            self.reasons[reason] += 1
             if status != 200 or outcome not in OUTCOMES:
                 self.found.append(f"no outcome: {status} {told}")
             elif outcome == "confirmed" and present != wanted:
                 self.found.append(f"confirmed, but the PLC has {present}: {wanted} {told}")
-            elif outcome == "confirmed" and told["value"] != value:
+            elif outcome == "confirmed" and target.words(told["value"]) != wanted:
                 self.found.append(f"confirmed, but the tag does not hold it: {value} {told}")
             elif outcome == "refused" and present != before:
                 self.found.append(f"refused, but the PLC has executed it: {told}")
