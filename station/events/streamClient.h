@@ -10,7 +10,7 @@
 /// The messages that all clients of the stream send.
 struct StreamSources
 {
-    enum { MOST_EVENTS = 1000, MOST_BYTES = 1024 * 1024, LONGEST_AGE = 2000000 };
+    enum { MOST_EVENTS = 1000, MOST_BYTES = 256 * 1024, LONGEST_AGE = 2000000 };
 
     StreamSources();
 
