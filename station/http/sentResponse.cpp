@@ -6,7 +6,7 @@
 
 namespace {
 
-enum { STREAM_BLOCK_BYTES = 16384 };
+enum { STREAM_BLOCK_BYTES = 8192 }; // of each stream; 16 kB took no less processor time
 
 /// A stream's body while the library sends it. The library owns it.
 struct SentBody

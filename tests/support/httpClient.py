@@ -166,6 +166,6 @@ class EventStream:
                 data.append(value)
             elif field in event:
                 event[field] = value
-        if data:
+        if data and event["event"] != "gap":  # the end of a message that was cut short
             event["data"] = json.loads("\n".join(data))
         return event
