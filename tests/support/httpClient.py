@@ -3,6 +3,7 @@ listens to the event stream."""
 
 import json
 import socket
+import time
 
 from processes import PATIENCE_S
 
@@ -146,10 +147,12 @@ class EventStream:
     def next(self, kind=None):
         """The next event, of a kind if one is given: {"event", "id", "data"}; data is a document,
         id is None when the event has none."""
-        while True:
+        deadline = time.monotonic() + PATIENCE_S
+        while time.monotonic() < deadline:
             event = self._event()
             if event["data"] is not None and kind in (None, event["event"]):
                 return event
+        raise TimeoutError(f"no event {kind} within {PATIENCE_S} s")
 
     def _event(self):
         while "\n\n" not in self.text:
