@@ -89,6 +89,15 @@ void addStationGauges(Text& text, const AllFacts& links)
     }
 }
 
+void addWrites(Text& text, const StationLinks& links)
+{
+    text.beginFamily("writes", Text::COUNTER, "Writes that have ended, by their outcome.");
+    for (const WriteEnd::Outcome outcome :
+         {WriteEnd::CONFIRMED, WriteEnd::REFUSED, WriteEnd::FAILED})
+        text.add({{"outcome", QLatin1String(writeOutcomeText(outcome))}},
+                 double(links.writes(outcome)));
+}
+
 void addHistory(Text& text, const History& history)
 {
     const History::Standing standing = history.standing();
@@ -110,6 +119,7 @@ QByteArray metricsText(const StationParts& parts)
     addCounters(text, links);
     addLinkGauges(text, links);
     addStationGauges(text, links);
+    addWrites(text, parts.links);
     text.beginFamily("clients", Text::GAUGE, "Open HTTP connections.");
     text.add({}, parts.server ? parts.server->clients() : 0);
     if (parts.history) addHistory(text, *parts.history);

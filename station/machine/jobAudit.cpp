@@ -87,6 +87,7 @@ JobAudit::JobAudit(StationEvents& events, const StationClock& clock, PutLine put
 void JobAudit::writeEnded(const JobAsked& asked, const Tag& tag, const QByteArray& value,
                           const WriteEnd& end)
 {
+    ++m_writes[end.outcome];
     const qint64 time = m_clock.wall();
     const QByteArray what = "write " + QByteArray::number(asked.id) + " of " + quoted(asked.link) +
                             ' ' + quoted(tag.name) + " = " + valueJson(tag, value);

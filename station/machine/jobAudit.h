@@ -6,6 +6,7 @@
 #include "values/stationClock.h"
 #include "values/stationEvents.h"
 
+#include <array>
 #include <atomic>
 
 /// What somebody has asked of a link: who, and which.
@@ -51,6 +52,12 @@ public:
     void writeEnded(const JobAsked& asked, const Tag& tag, const QByteArray& value,
                     const WriteEnd& end);
 
+    /// The writes since the start that had this outcome.
+    quint64 writes(WriteEnd::Outcome outcome) const
+    {
+        return m_writes[outcome];
+    }
+
     void recipeProgress(const JobAsked& asked, RecipeRequest::Kind kind, int done, int blocks);
     void recipeEnded(const JobAsked& asked, const RecipeRequest& request, const RecipeEnd& end);
 
@@ -61,6 +68,7 @@ private:
     const StationClock& m_clock;
     const PutLine m_putLine;
     std::atomic<quint64> m_lastId{0};
+    std::array<std::atomic<quint64>, WriteEnd::OUTCOMES> m_writes = {}; ///< by outcome
 };
 
 #endif

@@ -29,6 +29,12 @@ public:
     /// Null: there is no such link.
     std::shared_ptr<MachineLink> find(const QString& name) const;
 
+    /// The writes since the start, of all links, that had this outcome.
+    quint64 writes(WriteEnd::Outcome outcome) const
+    {
+        return m_audit.writes(outcome);
+    }
+
 private:
     using Links = std::vector<std::shared_ptr<MachineLink>>;
 

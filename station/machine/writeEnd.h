@@ -15,6 +15,7 @@ struct WriteEnd
         REFUSED, ///< the PLC said no, and no attempt was left unanswered
         FAILED   ///< no answer; the reason says whether the PLC may have executed it
     };
+    enum { OUTCOMES = FAILED + 1 };
 
     quint64 id = 0; ///< of the write, in the whole station
     Outcome outcome = FAILED;

@@ -1,0 +1,58 @@
+"""The last frames of a link, and a capture of them."""
+
+import re
+import subprocess
+import time
+
+from stationProgram import StationTest
+
+DISSECTED = ["-o", "mbrtu.udp.port:10502", "-o", "mbrtu.crc_verification:TRUE"]
+
+
+class ApiFrames(StationTest):
+    """GET /api/v1/frames and GET /api/v1/frames.pcap."""
+
+    def test_frames_are_told_in_bytes_and_in_words(self):
+        _, served = self.station_with_plc("still", plc="--set MW100=4660")
+        served.await_good()
+        request, reply = served.get("/api/v1/frames?link=plc").json[:2]
+        self.assertEqual(["time", "direction", "hex", "meaning"], list(request))
+        self.assertEqual((">", "01 03 0B EA 00 01 A7 DA", "station 1: read 1 holding register "
+                          "from 3050"), tuple(request[key] for key in list(request)[1:]))
+        self.assertEqual(("<", "station 1: 1 register 0x1234"),
+                         (reply["direction"], reply["meaning"]))
+        self.assertTrue(re.fullmatch("01 03 02 12 34( [0-9A-F]{2}){2}", reply["hex"]))
+        now = time.time() * 1000
+        self.assertLess(now - 10000, request["time"])
+        self.assertLessEqual(request["time"], reply["time"])
+        self.assertLessEqual(reply["time"], now)
+
+    def test_only_the_last_thousand_are_kept(self):
+        _, served = self.station_with_plc("still", options="--pace 1ms")
+
+        def count():
+            return len(served.get("/api/v1/frames?link=plc").json)
+        served.await_that(lambda: count() > 990)
+        for _ in range(3):
+            self.assertLessEqual(count(), 1000)
+
+    def test_a_capture_is_read_by_the_dissector(self):
+        _, served = self.station_with_plc("still", plc="--set MW100=4660")
+        served.await_good()
+        answer = served.get("/api/v1/frames.pcap?link=plc")
+        self.assertEqual((200, "application/vnd.tcpdump.pcap"),
+                         (answer.status, answer.headers["content-type"]))
+        capture = self.folder / "frames.pcap"
+        capture.write_bytes(answer.body)
+        shown = subprocess.run(
+            ["tshark", "-r", capture, *DISSECTED, "-T", "fields", "-e", "mbrtu.unit_id", "-e",
+             "modbus.func_code", "-e", "modbus.regval_uint16", "-e", "_ws.malformed"],
+            capture_output=True, text=True, check=True).stdout.splitlines()
+        self.assertEqual(["1\t3\t\t", "1\t3\t4660\t"], shown[:2])
+        self.assertEqual({"1\t3\t\t", "1\t3\t4660\t"}, set(shown))
+
+    def test_frames_are_those_of_one_link(self):
+        served = self.station()
+        for path in ("/api/v1/frames", "/api/v1/frames.pcap"):
+            self.assertEqual(404, served.get(f"{path}?link=other").status)
+            self.assertEqual(400, served.get(path).status)

@@ -1,0 +1,72 @@
+"""The history of a tag through the API."""
+
+import csv
+import io
+import time
+
+from processes import eventually
+from stationProgram import StationTest
+
+HISTORY = "/api/v1/history"
+
+
+class ApiHistory(StationTest):
+    """GET /api/v1/history and GET /api/v1/history.csv."""
+
+    def test_a_value_that_held_is_in_the_buckets(self):
+        _, served = self.station_with_plc("level", options="--allow-writes")
+        served.await_good()
+        served.post("/api/v1/write", {"link": "plc", "tag": "level", "value": 0.1})
+
+        def document():
+            return served.get(f"{HISTORY}?link=plc&tag=level").json
+        self.assertTrue(eventually(lambda: document()["buckets"][-1][3] == 0.1), document())
+        found = document()
+        self.assertEqual(["link", "tag", "from", "to", "buckets"], list(found))
+        self.assertEqual(("plc", "level", 3600000, 600), (
+            found["link"], found["tag"], found["to"] - found["from"], len(found["buckets"])))
+        self.assertEqual([found["from"], None, None, None], found["buckets"][0])
+        self.assertLess(abs(time.time() * 1000 - found["to"]), 10000)
+
+    def test_a_span_is_chosen_by_its_ends_and_its_points(self):
+        _, served = self.station_with_plc("level")
+        found = served.get(f"{HISTORY}?link=plc&tag=level&from=1000&to=5000&points=4").json
+        self.assertEqual((1000, 5000), (found["from"], found["to"]))
+        self.assertEqual([[at, None, None, None] for at in (1000, 2000, 3000, 4000)],
+                         found["buckets"])
+
+    def test_what_is_no_span_is_refused(self):
+        _, served = self.station_with_plc("level")
+        for query, status in (("points=0", 422), ("points=10001", 422), ("points=x", 400),
+                              ("from=5&to=5", 422), ("from=-1", 422), ("to=1e3", 400),
+                              ("to=99999999999999999999", 422)):
+            with self.subTest(query=query):
+                answer = served.get(f"{HISTORY}?link=plc&tag=level&{query}")
+                self.assertEqual((status, ["error"]), (answer.status, list(answer.json)))
+        for query, status in (("", 400), ("link=plc", 400), ("link=x&tag=level", 404),
+                              ("link=plc&tag=x", 404)):
+            with self.subTest(query=query):
+                self.assertEqual(status, served.get(f"{HISTORY}?{query}").status)
+
+    def test_the_rows_come_as_csv(self):
+        _, served = self.station_with_plc("still", "lamp", options="--allow-writes")
+        served.await_good()
+        for value in (1, 2, 3):
+            served.post("/api/v1/write", {"link": "plc", "tag": "still", "value": value})
+
+        def rows():
+            answer = served.get("/api/v1/history.csv?link=plc")
+            return list(csv.reader(io.StringIO(answer.body.decode(), newline="")))
+        self.assertTrue(eventually(lambda: ["3", "good"] in [row[3:] for row in rows()]), rows())
+        head, *lines = rows()
+        self.assertEqual(["time", "link", "tag", "value", "quality"], head)
+        self.assertEqual({("plc", "still"), ("plc", "lamp")}, {tuple(row[1:3]) for row in lines})
+        good = [row[3] for row in lines if row[2] == "still" and row[4] == "good"]
+        self.assertEqual(["0", "1", "2", "3"], good)
+        self.assertEqual(404, served.get("/api/v1/history.csv?tag=x").status)
+
+    def test_a_station_may_keep_none(self):
+        _, served = self.station_with_plc("level", options="--no-history")
+        for path in (f"{HISTORY}?link=plc&tag=level", "/api/v1/history.csv"):
+            answer = served.get(path)
+            self.assertEqual((503, ["error"]), (answer.status, list(answer.json)))
