@@ -4,6 +4,7 @@
 #include "api/openMetricsText.h"
 #include "history/history.h"
 #include "http/httpServer.h"
+#include "wire/timeUnits.h"
 
 #include <map>
 
@@ -67,6 +68,31 @@ void addLinkGauges(Text& text, const AllFacts& links)
     }
 }
 
+/// OpenMetrics asks for a point in the bounds of a histogram.
+QString boundText(double seconds)
+{
+    const QString text = QString::number(seconds);
+    return text.contains(QLatin1Char('.')) ? text : text + QLatin1String(".0");
+}
+
+void addReplyTimes(Text& text, const AllFacts& links)
+{
+    text.beginFamily("reply_time_seconds", Text::HISTOGRAM,
+                     "Time from the end of a request to the end of its reply.", "seconds");
+    for (const LinkFacts& link : links) {
+        const ReplyHistogram& replies = link.state.replies;
+        for (size_t at = 0; at < replies.within.size(); ++at) {
+            const double bound = double(ReplyHistogram::bounds()[at]) / SECOND;
+            text.addPart("_bucket", {{"link", link.name}, {"le", boundText(bound)}},
+                         double(replies.within[at]));
+        }
+        text.addPart("_bucket", {{"link", link.name}, {"le", QLatin1String("+Inf")}},
+                     double(replies.count));
+        text.addPart("_count", {{"link", link.name}}, double(replies.count));
+        text.addPart("_sum", {{"link", link.name}}, double(replies.sum) / SECOND);
+    }
+}
+
 Text::Labels stationLabels(const LinkFacts& link, int station)
 {
     return {{"link", link.name}, {"station", QString::number(station)}};
@@ -117,6 +143,7 @@ QByteArray metricsText(const StationParts& parts)
     text.beginFamily("build", Text::INFO, "The program.");
     text.add({{"version", QLatin1String(KAKB_PROJECT_VERSION)}}, 1);
     addCounters(text, links);
+    addReplyTimes(text, links);
     addLinkGauges(text, links);
     addStationGauges(text, links);
     addWrites(text, parts.links);

@@ -7,6 +7,7 @@ import time
 from stationProgram import StationTest
 
 DISSECTED = ["-o", "mbrtu.udp.port:10502", "-o", "mbrtu.crc_verification:TRUE"]
+READ = "station 1: read 1 holding register from 3050"
 
 
 class ApiFrames(StationTest):
@@ -15,12 +16,13 @@ class ApiFrames(StationTest):
     def test_frames_are_told_in_bytes_and_in_words(self):
         _, served = self.station_with_plc("still", plc="--set MW100=4660")
         served.await_good()
-        request, reply = served.get("/api/v1/frames?link=plc").json[:2]
+        frames = served.get("/api/v1/frames?link=plc").json
+        asked = [frame["meaning"] for frame in frames].index(READ)
+        request, reply = frames[asked:asked + 2]
         self.assertEqual(["time", "direction", "hex", "meaning"], list(request))
-        self.assertEqual((">", "01 03 0B EA 00 01 A7 DA", "station 1: read 1 holding register "
-                          "from 3050"), tuple(request[key] for key in list(request)[1:]))
-        self.assertEqual(("<", "station 1: 1 register 0x1234"),
-                         (reply["direction"], reply["meaning"]))
+        self.assertEqual((">", "<", "station 1: 1 register 0x1234"), (
+            request["direction"], reply["direction"], reply["meaning"]))
+        self.assertTrue(re.fullmatch("01 03 0B EA 00 01( [0-9A-F]{2}){2}", request["hex"]))
         self.assertTrue(re.fullmatch("01 03 02 12 34( [0-9A-F]{2}){2}", reply["hex"]))
         now = time.time() * 1000
         self.assertLess(now - 10000, request["time"])
@@ -48,8 +50,9 @@ class ApiFrames(StationTest):
             ["tshark", "-r", capture, *DISSECTED, "-T", "fields", "-e", "mbrtu.unit_id", "-e",
              "modbus.func_code", "-e", "modbus.regval_uint16", "-e", "_ws.malformed"],
             capture_output=True, text=True, check=True).stdout.splitlines()
-        self.assertEqual(["1\t3\t\t", "1\t3\t4660\t"], shown[:2])
-        self.assertEqual({"1\t3\t\t", "1\t3\t4660\t"}, set(shown))
+        self.assertIn("1\t3\t4660\t", shown)
+        self.assertEqual([], [line for line in shown if not line.endswith("\t")])
+        self.assertTrue(all(line == "1\t3\t\t" for line in shown[::2]), shown)
 
     def test_frames_are_those_of_one_link(self):
         served = self.station()

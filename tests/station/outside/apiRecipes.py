@@ -37,8 +37,9 @@ class ApiRecipes(StationTest):
         self.assertEqual(("done", rows), (answer.json["outcome"], answer.json["rows"]))
         served.end()
         plc.stop()
-        self.assertEqual((4711, 65531), tuple(
-            plc.memory()[f"1 MW {address}"] for address in (100, 110)))
+        # 21.5 is 0x41AC0000, MX12.3 is bit 3 of the word at MW12.
+        self.assertEqual(["1 MW 3006 8", "1 MW 3050 4711", "1 MW 3055 65531", "1 MW 3060 16812"],
+                         sorted(plc.memory()))
 
     def test_a_comparison_names_each_difference_and_writes_nothing(self):
         _, served = self.station_with_plc("still", "offset", plc="--set MW100=7")
@@ -68,8 +69,13 @@ class ApiRecipes(StationTest):
                 self.assertEqual(403, answer.status)
                 self.assertIn(f'row 2 "{name}"', answer.error)
         self.assertEqual(200, self.transferred(served, "upload", [row("offset")]).status)
-        _, served = self.station_with_plc("still")
+
+    def test_a_station_without_leave_downloads_nothing(self):
+        plc, served = self.station_with_plc("still")
         self.assertEqual(403, self.transferred(served, "download", [row("still", 1)]).status)
+        self.assertEqual(200, self.transferred(served, "upload", [row("still")]).status)
+        plc.stop()
+        self.assertEqual([], plc.memory())
 
     def test_a_wrong_row_is_named(self):
         _, served = self.station_with_plc("still", options="--allow-writes")

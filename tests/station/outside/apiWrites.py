@@ -1,7 +1,5 @@
 """Writes through the API, beside the simulated PLC's memory."""
 
-import struct
-
 from stationProgram import StationTest
 
 WRITE = "/api/v1/write"
@@ -28,10 +26,9 @@ class ApiWrites(StationTest):
                 self.assertEqual(value, served.values()[tag]["value"])
         served.end()
         plc.stop()
-        memory = plc.memory()
-        high, low = struct.unpack(">HH", struct.pack(">f", 21.5))
-        self.assertEqual((4711, 65531, high, low, 1 << 3), tuple(
-            memory[f"1 MW {address}"] for address in (100, 110, 120, 122, 12)))
+        # 21.5 is 0x41AC0000, MX12.3 is bit 3 of the word at MW12.
+        self.assertEqual(["1 MW 3006 8", "1 MW 3050 4711", "1 MW 3055 65531", "1 MW 3060 16812"],
+                         sorted(plc.memory()))
 
     def test_each_write_has_an_id_of_its_own(self):
         _, served = self.station_with_plc("still", options="--allow-writes")
@@ -56,13 +53,21 @@ class ApiWrites(StationTest):
             answer.status, answer.json["outcome"], answer.json["value"]))
         self.assertTrue(answer.json["reason"])
 
-    def test_nothing_is_written_without_both_consents(self):
-        _, served = self.station_with_plc("still")
-        self.assertEqual(403, self.written(served, "still", 1).status)
-        _, served = self.station_with_plc("still", options="--allow-writes",
+    def test_a_station_without_leave_writes_nothing(self):
+        plc, served = self.station_with_plc("still")
+        answer = self.written(served, "still", 1)
+        self.assertEqual(403, answer.status)
+        self.assertIn("--allow-writes", answer.error)
+        plc.stop()
+        self.assertEqual([], plc.memory())
+
+    def test_a_tag_without_leave_is_not_written(self):
+        plc, served = self.station_with_plc("still", options="--allow-writes",
                                           read_only=("still",))
         answer = self.written(served, "still", 1)
         self.assertEqual((403, 'tag "still" is read-only'), (answer.status, answer.error))
+        plc.stop()
+        self.assertEqual([], plc.memory())
 
     def test_what_cannot_be_written_is_refused_in_one_sentence(self):
         _, served = self.station_with_plc("still", "level", "lamp", options="--allow-writes")
