@@ -20,13 +20,15 @@ from tcpRelay import TcpRelay
 TIMEOUT_MS = 100
 # No answer for three turns or 2 s; a turn is a cycle of under 0.3 s here.
 LIMIT_S = 2.0
-# The answer tells of a moment behind its request; the rest is the machine's.
-ANSWER_S = TIMEOUT_MS / 1000 + 0.15
+LATE_MS = 300
+# The answer tells of a moment behind its request, and a late answer may be taken for the attempt
+# that repeats it. The rest is the machine's.
+ANSWER_S = (TIMEOUT_MS + LATE_MS) / 1000 + 0.2
 LOSS_S = 0.1
 WORDS = 16
 FAR = 300  # so far apart that each word is a request of its own, all of the same length
 LINE_FAULTS = ("--drop", "0.01", "--corrupt", "0.01", "--duplicate", "0.01:30", "--truncate",
-               "0.005", "--stray-before", "0.005", "--late", "0.02:300", "--exception", "0.005")
+               "0.005", "--stray-before", "0.005", "--late", f"0.02:{LATE_MS}", "--exception", "0.005")
 BACK_S = 10
 
 

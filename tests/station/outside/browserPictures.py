@@ -27,6 +27,7 @@ class BrowserPictures(BrowserTest):
         self.write("setpoint", "60")
         self.awaits_outcome("setpoint", "confirmed")
         self.awaits(lambda: float(self.value("level")) > self.seconds / 4, "the tank stays empty", 60)
+        time.sleep(1.2)  # until the page knows the station's clock
         self.browser.picture(folder / "station-values.png")
         self.control.command("stall 4")
         self.awaits(lambda: self.quality("level") != "good", "good without a PLC")

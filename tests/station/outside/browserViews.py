@@ -12,7 +12,11 @@ batch,1,MW,104,uint32,70000
 DRAWN = """
 return [...document.querySelectorAll("#trends-lanes canvas")].some((canvas) => {
     const {width, height} = canvas;
-    const pixels = canvas.getContext("2d").getImageData(0, 0, width, height).data;
+    const copy = document.createElement("canvas");
+    Object.assign(copy, {width: width || 1, height: height || 1});
+    const context = copy.getContext("2d", {willReadFrequently: true});
+    if (width && height) context.drawImage(canvas, 0, 0);
+    const pixels = context.getImageData(0, 0, copy.width, copy.height).data;
     for (let i = 0; i < pixels.length; i += 4) {
         const [red, green, blue, alpha] = pixels.slice(i, i + 4);
         if (alpha > 200 && Math.max(red, green, blue) - Math.min(red, green, blue) > 60) return true;
