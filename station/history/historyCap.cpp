@@ -13,7 +13,7 @@ const qint64 MEBIBYTE = 1024 * 1024;
 enum { SMALLEST_CAP = 4, LARGEST_LOG = 16, PARTS_OF_CAP = 8 }; // the first two in MiB
 enum { BYTES_OF_WAITING_ROW = 512, BYTES_OF_FRESH_ROW = 4096 };
 enum { MOST_WAITING_ROWS = 100000, MOST_FRESH_ROWS = 65536 };
-enum { STEPS = 64, PACKS_IN_STEP = 32 };
+enum { STEPS = 512, PACKS_IN_STEP = 32 };
 
 qint64 usedBytes(SqliteFile& file)
 {
@@ -83,10 +83,12 @@ void keepWithinCap(SqliteFile& file, const QString& name, const HistoryCap& cap,
         dropped += dropOldestPacks(file);
         keepLogSmall(file, name, cap);
     }
+    if (!isTooLong(file, cap)) return;
     for (int step = 0; step < STEPS && isTooLong(file, cap); ++step) {
         giveBack(file, cap);
         keepLogSmall(file, name, cap);
     }
+    file.emptyLog(); // only then the file on the disk is shorter
 }
 
 void keepLogSmall(SqliteFile& file, const QString& name, const HistoryCap& cap)

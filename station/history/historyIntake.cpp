@@ -100,14 +100,14 @@ bool HistoryIntake::hasRoom()
 
 void HistoryIntake::note(Kept& kept, HistoryRow row)
 {
+    row.time = std::max(kept.row.time, std::max(m_runBegin, std::min(row.time, m_wall)));
+    kept.isKept = true; // a row that finds no room, too: take() forgets it all
+    kept.row = row;
+    kept.noted = m_steady;
     if (!hasRoom()) {
         ++m_dropped;
         return;
     }
-    row.time = std::max(kept.row.time, std::max(m_runBegin, std::min(row.time, m_wall)));
-    kept.isKept = true;
-    kept.row = row;
-    kept.noted = m_steady;
     Note note;
     note.tag = kept.tag;
     note.row = row;
