@@ -100,7 +100,7 @@ private:
     void change()
     {
         const Tag& tag = m_link.tags()[m_next];
-        const quint32 bits = qToLittleEndian(0x41000000u + (m_random() & 0xFFFFFu));
+        const quint32 bits = qToLittleEndian(quint32(0x41000000u + (m_random() & 0xFFFFFu)));
         TagReading reading;
         reading.bytes = QByteArray(reinterpret_cast<const char*>(&bits), 2 * tag.units());
         reading.quality = GOOD;
@@ -131,7 +131,7 @@ bool writeRows(const QString& file, int tags, int seconds)
         longest = std::max(longest, wallSeconds() - begin);
     }
     const double share = (processorSeconds() - start) / seconds;
-    const qint64 bytes = QFileInfo(file).size();
+    const qint64 bytes = QFileInfo(file).size() + QFileInfo(file + QLatin1String("-wal")).size();
     std::printf("%9lld rows of %4d tags   %5.1f %% of a core at %d rows/s   longest second %3.0f ms"
                 "   %4.1f bytes a row\n",
                 static_cast<long long>(station.rows()), tags, 100 * share, ROWS_A_SECOND,
