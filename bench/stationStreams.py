@@ -5,19 +5,21 @@ usage: bench/stationStreams.py [PROGRAM_FOLDER [SECONDS]]
   PROGRAM_FOLDER   default build/qt5/bin
   SECONDS          for each row, 2 or more (default 10)
 
-The processor time is the station's own, so that other programs hardly matter. A client's memory is
-what the station has more of than without a client, by client.
+The processor time is the station's own, so that other programs hardly matter. The first client's
+memory is mostly that of the messages, which all clients share. A client's own memory is what each
+further one adds.
 
 Exit status: 0 50 clients cost at most 10 % of a core and 64 kB each, and those that read get ten
 messages a second without a gap also beside clients that stopped; 1 they did not.
 """
 
 import json
-import subprocess
 import sys
 import tempfile
 import time
 from pathlib import Path
+
+from processFigures import cpu_seconds, ended, resident_kb, started
 
 HERE = Path(__file__).resolve().parent
 TAGS = 1000
@@ -25,34 +27,6 @@ FIRST_MARKER = 3000  # the number of MW 0
 MOST_CORE_PERCENT = 10
 MOST_CLIENT_KB = 64
 ROWS = ((0, 0), (1, 0), (50, 0), (25, 25))  # clients that read, clients that stopped
-
-
-def cpu_seconds(pid):
-    """Processor time of a process so far."""
-    threads = Path(f"/proc/{pid}/task").glob("*/schedstat")
-    return sum(int(thread.read_text(encoding="ascii").split()[0]) for thread in threads) / 1e9
-
-
-def resident_kb(pid):
-    """Resident memory of a process."""
-    for line in Path(f"/proc/{pid}/status").read_text(encoding="ascii").splitlines():
-        if line.startswith("VmRSS:"):
-            return int(line.split()[1])
-    return 0
-
-
-def started(command):
-    """A program with its first line."""
-    process = subprocess.Popen(list(map(str, command)), stdin=subprocess.PIPE,
-                               stdout=subprocess.PIPE, text=True)
-    return process, process.stdout.readline().strip()
-
-
-def ended(process):
-    """Ends a program that ends with its standard input, or at a signal."""
-    process.stdin.close()
-    process.terminate()
-    process.wait()
 
 
 class Bench:
@@ -108,13 +82,13 @@ def main(programs="build/qt5/bin", seconds="10"):
         bench = Bench(Path(programs).resolve(), Path(folder))
         try:
             print("reading stopped    core  resident  kB/client  messages/s of one  gaps   MB/s")
-            alone_kb = 0
+            first_kb = 0
             for reading, stopped in ROWS:
                 percent, resident, counted = bench.row(reading, stopped, float(seconds))
-                alone_kb = alone_kb or resident
                 line = f"{reading:7} {stopped:7} {percent:5.1f} % {resident:6} kB"
                 if counted:
-                    client_kb = (resident - alone_kb) / (reading + stopped)
+                    first_kb = first_kb or resident
+                    client_kb = (resident - first_kb) / max(1, reading + stopped - 1)
                     fewest, most = (counted[key] / counted["seconds"] for key in ("fewest", "most"))
                     line += (f"  {client_kb:9.1f}  {fewest:8.2f} to {most:5.2f}  {counted['gaps']:4}"
                              f"  {counted['bytes'] / counted['seconds'] / 1e6:5.1f}")
