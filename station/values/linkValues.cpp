@@ -73,12 +73,17 @@ std::optional<qint64> LinkValues::staleAt(size_t tag) const
     return known.readAt + *m_limits[tag].age;
 }
 
+bool LinkValues::isGood(size_t tag, qint64 now) const
+{
+    const std::optional<qint64> until = staleAt(tag);
+    return m_known[tag].reading.quality == GOOD && (!until || now <= *until);
+}
+
 TagReading LinkValues::shown(size_t tag, qint64 now) const
 {
     const Known& known = m_known[tag];
     TagReading reading = known.reading;
-    const std::optional<qint64> until = staleAt(tag);
-    if (!until || now <= *until) return reading;
+    if (reading.quality == BAD || isGood(tag, now)) return reading;
     reading.quality = STALE;
     reading.staleSince = reading.time + *m_limits[tag].age / MILLISECOND;
     reading.trouble = known.unanswered.isEmpty() ? m_limits[tag].trouble : known.unanswered;
@@ -150,18 +155,31 @@ void LinkValues::tagRead(int tag, const QByteArray& bytes, qint64)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
     const qint64 now = m_clock.steady();
-    Known known = m_known[size_t(tag)];
+    const bool isNews = m_known[size_t(tag)].reading.bytes != bytes || !isGood(size_t(tag), now);
+    if (isNews) return become(size_t(tag), answered(m_known[size_t(tag)], bytes, now));
+    noteAnswer(m_known[size_t(tag)], now); // thousands a second bring the same value again
+}
+
+/// What is known of a tag behind an answer that brought its value.
+LinkValues::Known LinkValues::answered(const Known& before, const QByteArray& bytes,
+                                       qint64 now) const
+{
+    Known known = before;
+    noteAnswer(known, now);
+    known.reading.quality = GOOD;
+    known.reading.trouble = QString();
+    if (known.reading.bytes == bytes) return known;
+    known.reading.bytes = QByteArray(bytes.constData(), bytes.size());
+    known.reading.changed = known.reading.time;
+    return known;
+}
+
+/// The answer is as old as its bytes can be.
+void LinkValues::noteAnswer(Known& known, qint64 now) const
+{
     known.readAt = std::min(m_cameAfter.value_or(now), now);
+    known.reading.time = m_clock.wall() - (now - known.readAt) / MILLISECOND;
     known.unanswered = QString();
-    TagReading& reading = known.reading;
-    reading.time = m_clock.wall() - (now - known.readAt) / MILLISECOND;
-    reading.quality = GOOD;
-    reading.trouble = QString();
-    if (reading.bytes != bytes) {
-        reading.bytes = QByteArray(bytes.constData(), bytes.size());
-        reading.changed = reading.time;
-    }
-    become(size_t(tag), known);
 }
 
 void LinkValues::tagsBad(const std::vector<int>& tags, const QString& trouble, qint64)

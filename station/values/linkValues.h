@@ -143,7 +143,10 @@ private:
     };
 
     std::optional<qint64> staleAt(size_t tag) const;
+    bool isGood(size_t tag, qint64 now) const;
     TagReading shown(size_t tag, qint64 now) const;
+    Known answered(const Known& before, const QByteArray& bytes, qint64 now) const;
+    void noteAnswer(Known& known, qint64 now) const;
     void become(size_t tag, const Known& known);
     void becomeBad(size_t tag, const QString& trouble);
     void changeLink(bool connected, const QString& trouble, qint64 now);
