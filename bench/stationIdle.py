@@ -48,7 +48,7 @@ def main(programs="build/qt5/bin", seconds="20"):
              "100ms"], stdin=subprocess.PIPE, stdout=subprocess.DEVNULL)
         address = url.removeprefix("http://").rstrip("/")
         client, _ = started([sys.executable, HERE / "streamClients.py", address, 1, 0, 3600])
-        running = [station, watch, client, *(plc for plc, _ in plcs)]
+        running = [client, station, watch, *(plc for plc, _ in plcs)]
         try:
             time.sleep(START_S)
             before, begin = [cpu_seconds(one.pid) for one in (station, watch)], time.monotonic()
