@@ -1,5 +1,6 @@
 #include "machine/driverCopy.h"
 
+#include "plan/recipePlan.h"
 #include "session/startedDriver.h"
 
 #include <gtest/gtest.h>
@@ -22,6 +23,28 @@ QByteArray wordOf(const DriverLibrary& copy)
     QByteArray bytes(2, 0);
     copy.getData(1, QLatin1String("MW"), NUMBER, 1, reinterpret_cast<unsigned char*>(bytes.data()));
     return bytes;
+}
+
+Tag wordAt(int number)
+{
+    Tag tag;
+    tag.area = QLatin1String("MW");
+    tag.number = number;
+    return tag;
+}
+
+void startRecipe(StartedDriver& driver, const RecipePlan& plan)
+{
+    driver.setRecipe(plan.downloadRecords(), QByteArray(plan.bufferBytes(), 'x'));
+    driver.raise(RECIPE_DOWNLOAD_FLAG);
+}
+
+/// Confirms the write of one word: the PLC sends the request back.
+int answer(StartedDriver& driver, const FRAME_PRO& frame)
+{
+    QByteArray reply(reinterpret_cast<const char*>(frame.sendBuf), frame.sendLen);
+    QString errorText;
+    return driver.dealRcvFrame(reply, errorText);
 }
 
 } // namespace
@@ -82,8 +105,31 @@ TEST(DriverCopies, MayComeBackBehindTheirShelf)
     EXPECT_EQ(QByteArray(2, 0), wordOf(*kept));
 }
 
-// A driver keeps its place in a recipe: the next link's recipe would begin in the middle.
-TEST(DriverCopies, HaveNothingLeftOfTheLinkBefore)
+// A driver keeps its place in a recipe: the next link's recipe would begin in the middle, and be
+// confirmed without its first block.
+TEST(DriverCopies, HaveNothingLeftOfTheRecipeOfTheLinkBefore)
+{
+    const RecipePlan plan({wordAt(NUMBER), wordAt(NUMBER + 10)}, StartedDriver::LINK_NUMBER);
+    DriverCopies copies(FILE_NAME);
+    FRAME_PRO frame;
+    {
+        const auto copy = copies.lend();
+        StartedDriver driver(*copy, ATTEMPTS);
+        startRecipe(driver, plan);
+        ASSERT_TRUE(driver.nextRequest(&frame));
+        ASSERT_EQ(int(NUMBER), frame.var.addr);
+        ASSERT_EQ(REPLY_ACCEPTED, answer(driver, frame));
+        ASSERT_TRUE(driver.nextRequest(&frame));
+        ASSERT_EQ(NUMBER + 10, frame.var.addr);
+    }
+    const auto copy = copies.lend();
+    StartedDriver driver(*copy, ATTEMPTS);
+    startRecipe(driver, plan);
+    ASSERT_TRUE(driver.nextRequest(&frame));
+    EXPECT_EQ(int(NUMBER), frame.var.addr);
+}
+
+TEST(DriverCopies, HaveNothingLeftOfTheWritesOfTheLinkBefore)
 {
     DriverCopies copies(FILE_NAME);
     FRAME_PRO frame;

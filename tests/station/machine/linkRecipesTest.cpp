@@ -42,6 +42,20 @@ TEST_F(LinkRecipesTest, AreWrittenAndVerified)
     EXPECT_EQ("ok 1", plc.command("get 2:MX900.1"));
 }
 
+TEST_F(LinkRecipesTest, AreShownByTheTagsOfTheirPlaces)
+{
+    LinkConfig shown = config(plc.link(), tags({"MW100", "MX900.1", "MW200:float32:high"}));
+    for (Tag& tag : shown.tags)
+        ASSERT_TRUE(takeRate(QLatin1String("once"), tag.rate));
+    live->stop(QLatin1String("another takes its place"));
+    live = liveLink(shown);
+    ASSERT_EQ("done", summaryOf(transfer(*live, request(RecipeRequest::DOWNLOAD))));
+    EXPECT_TRUE(news.await([&] {
+        return MachineTest::shown(*live, 0) == "11" && MachineTest::shown(*live, 1) == "1" &&
+               MachineTest::shown(*live, 2) == "21.5";
+    }));
+}
+
 TEST_F(LinkRecipesTest, AreReadBack)
 {
     ASSERT_EQ("done", summaryOf(transfer(*live, request(RecipeRequest::DOWNLOAD))));

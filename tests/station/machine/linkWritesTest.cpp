@@ -16,7 +16,7 @@ protected:
         return config(plc.link(), tags({"MW100", "MX400.3", "MW200:float32:high", "MW300"}));
     }
 
-    /// "5: 1" for the places that the PLC holds.
+    /// "ok 1234": what the PLC holds.
     std::string inPlc(const char* place)
     {
         return plc.command((std::string("get ") + place).c_str());
@@ -28,9 +28,13 @@ protected:
 TEST_F(LinkWritesTest, AreConfirmedByThePlc)
 {
     const auto link = liveLink(plcConfig());
-    EXPECT_EQ("confirmed", summaryOf(write(*link, WORD, "1234")));
-    EXPECT_EQ("confirmed", summaryOf(write(*link, BIT, "1")));
-    EXPECT_EQ("confirmed", summaryOf(write(*link, REAL, "21.5")));
+    const std::pair<int, const char*> values[] = {{WORD, "1234"}, {BIT, "1"}, {REAL, "21.5"}};
+    for (const auto& [tag, value] : values) {
+        const WriteEnd end = write(*link, tag, value);
+        EXPECT_EQ("confirmed", summaryOf(end));
+        EXPECT_EQ(bytesOf(link->tags()[size_t(tag)], value), end.held.bytes) << tag;
+        EXPECT_EQ(GOOD, end.held.quality);
+    }
     EXPECT_EQ("ok 1234", inPlc("MW100"));
     EXPECT_EQ("ok 1", inPlc("MX400.3"));
     EXPECT_EQ("ok 16812", inPlc("MW200")); // 21.5 is 0x41AC0000

@@ -162,7 +162,7 @@ TEST_F(StationLinksTest, InTroubleCostNoOtherAPoll)
     EXPECT_EQ(LINK_LOST, links.find(QLatin1String("closed"))->values().state().standing);
 }
 
-TEST_F(StationLinksTest, AHundredEndInTheTimeOfOne)
+TEST_F(StationLinksTest, AHundredEndQuickly)
 {
     enum { LINKS = 100 };
     const MutePeer mute;
