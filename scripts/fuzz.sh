@@ -2,8 +2,8 @@
 # Runs one fuzz target, or all of them, for some seconds each; builds into build/fuzz first.
 # usage: scripts/fuzz.sh TARGET|all SECONDS
 #        scripts/fuzz.sh TARGET|all --keep     keeps the fewest found inputs that reach as much
-#   TARGET   replyFuzz, propertyTextFuzz, addressTextFuzz, keyListFuzz, callSequenceFuzz or
-#            requestFuzz
+#   TARGET   replyFuzz, propertyTextFuzz, addressTextFuzz, keyListFuzz, callSequenceFuzz,
+#            requestFuzz or apiRequestFuzz
 # A run starts from tests/fuzz/corpus/TARGET and what earlier runs found, which stays in
 # build/fuzz/found/TARGET. JOBS targets, 1 or more, run side by side (default: one a processor).
 # Exit status: 0 nothing found, or with --keep all kept, 1 usage or build failure, or a run without an
@@ -14,7 +14,8 @@ set -euo pipefail
 . "$(dirname "$0")/common.sh"
 cd "$(dirname "$0")/.."
 
-targets=(replyFuzz propertyTextFuzz addressTextFuzz keyListFuzz callSequenceFuzz requestFuzz)
+targets=(replyFuzz propertyTextFuzz addressTextFuzz keyListFuzz callSequenceFuzz requestFuzz
+    apiRequestFuzz)
 jobs=${JOBS:-$(nproc)}
 build=build/fuzz
 most_bytes=600

@@ -1,6 +1,7 @@
 #include "api/requestBody.h"
 
 #include "plan/tagText.h"
+#include "values/jsonKeys.h"
 
 #include <QJsonDocument>
 
@@ -17,6 +18,8 @@ namespace {
 
 QJsonObject requestObject(const QByteArray& body, KnownKeys keys)
 {
+    const QString keyProblem = jsonKeyProblem(body);
+    if (!keyProblem.isEmpty()) refuse(QLatin1String("the body cannot be taken: ") + keyProblem);
     QJsonParseError error = {};
     const QJsonDocument document = QJsonDocument::fromJson(body, &error);
     if (error.error != QJsonParseError::NoError)

@@ -10,8 +10,8 @@
 /// The keys that an object of a request may have.
 using KnownKeys = std::initializer_list<const char*>;
 
-/// The object of a body. A key that stands twice has the last of its values.
-/// @throws ApiError when the body is not JSON, is no object, or has an unknown key
+/// The object of a body.
+/// @throws ApiError when the body is not JSON, is no object, or has an unknown key or one twice
 QJsonObject requestObject(const QByteArray& body, KnownKeys keys);
 
 /// @param what  what the object is, for the sentence: "the request", "row 3"
