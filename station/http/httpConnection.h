@@ -42,7 +42,7 @@ struct HttpConnection
     const int socket;
     const PeerAddress peer;
     ConnectionTimes times;
-    HttpExchange exchange;
+    std::unique_ptr<HttpExchange> exchange = std::make_unique<HttpExchange>(); ///< never null
     std::shared_ptr<HttpBody> stream; ///< while AWAITS_BODY
     Rest rest = RUNS;
 };

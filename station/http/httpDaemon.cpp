@@ -45,7 +45,7 @@ public:
     static void* requestBegins(void* context, const char* target, MHD_Connection* handle)
     {
         HttpConnection* const connection = static_cast<HttpDaemon*>(context)->connectionOf(handle);
-        if (connection) connection->exchange.target = target;
+        if (connection) connection->exchange->target = target;
         return connection;
     }
 
@@ -154,7 +154,7 @@ void HttpDaemon::resume()
         HttpConnection& connection = *entry.second;
         const bool isReady =
             (connection.rest == HttpConnection::AWAITS_ANSWER &&
-             connection.exchange.answer->isGiven()) ||
+             connection.exchange->answer->isGiven()) ||
             (connection.rest == HttpConnection::AWAITS_BODY && connection.stream->hasNews());
         if (!isReady) continue;
         connection.rest = HttpConnection::RUNS;
@@ -196,7 +196,7 @@ bool HttpDaemon::isBusy() const
 MHD_Result HttpDaemon::readRequest(HttpConnection& connection, const char* method,
                                    const char* version, const char* data, size_t* size)
 {
-    switch (connection.exchange.stage) {
+    switch (connection.exchange->stage) {
     case HttpExchange::HEAD:
         return headEnded(connection, method, version);
     case HttpExchange::BODY: {
@@ -216,7 +216,7 @@ MHD_Result HttpDaemon::readRequest(HttpConnection& connection, const char* metho
 MHD_Result HttpDaemon::headEnded(HttpConnection& connection, const char* method,
                                  const char* version)
 {
-    HttpExchange& exchange = connection.exchange;
+    HttpExchange& exchange = *connection.exchange;
     RequestHead head{method, exchange.target, version, {}, 0};
     MHD_get_connection_values_n(connection.handle, MHD_HEADER_KIND, &addHeader, &head.headers);
     head.bytes = MHD_get_connection_info(connection.handle, MHD_CONNECTION_INFO_REQUEST_HEADER_SIZE)
@@ -230,7 +230,7 @@ MHD_Result HttpDaemon::headEnded(HttpConnection& connection, const char* method,
 
 MHD_Result HttpDaemon::bodyCame(HttpConnection& connection, const char* data, size_t size)
 {
-    HttpExchange& exchange = connection.exchange;
+    HttpExchange& exchange = *connection.exchange;
     exchange.bodyBytes += qint64(size);
     if (exchange.bodyBytes > MOST_BODY_BYTES) return refuseAndClose(connection, bodyTooLarge());
     if (!exchange.head.refusal) exchange.head.request.body.append(data, int(size));
@@ -239,7 +239,7 @@ MHD_Result HttpDaemon::bodyCame(HttpConnection& connection, const char* data, si
 
 MHD_Result HttpDaemon::bodyEnded(HttpConnection& connection)
 {
-    HttpExchange& exchange = connection.exchange;
+    HttpExchange& exchange = *connection.exchange;
     connection.times.bodyEnded();
     exchange.answer = std::make_shared<PendingAnswer>(m_wakeup);
     exchange.stage = HttpExchange::WAITING;
@@ -252,7 +252,7 @@ MHD_Result HttpDaemon::bodyEnded(HttpConnection& connection)
 
 MHD_Result HttpDaemon::sendAnswer(HttpConnection& connection)
 {
-    const std::optional<HttpResponse> response = connection.exchange.answer->take();
+    const std::optional<HttpResponse> response = connection.exchange->answer->take();
     if (response) return send(connection, *response);
     suspend(connection, HttpConnection::AWAITS_ANSWER);
     return MHD_YES;
@@ -261,7 +261,7 @@ MHD_Result HttpDaemon::sendAnswer(HttpConnection& connection)
 MHD_Result HttpDaemon::send(HttpConnection& connection, const HttpResponse& response)
 {
     connection.times.bodyEnded();
-    connection.exchange.stage = HttpExchange::ANSWERED;
+    connection.exchange->stage = HttpExchange::ANSWERED;
     if (response.stream) setPatience(connection.socket, PATIENCE_WITH_STREAM_MS);
     // The library ends a body before it ends its connection, so the reference holds.
     return sendResponse(connection.handle, response,
@@ -283,7 +283,7 @@ MHD_Result HttpDaemon::refuseAndClose(const HttpConnection& connection,
 
 void HttpDaemon::answered(HttpConnection& connection)
 {
-    connection.exchange = HttpExchange();
+    connection.exchange = std::make_unique<HttpExchange>();
     setPatience(connection.socket, PATIENCE_WITH_ANSWER_MS);
     connection.times.answered(m_now);
     m_epoll.watch(connection.socket, Epoll::ONCE);

@@ -1,15 +1,17 @@
 """How much of the station a client can take: sizes, connections, and its time."""
 
 import contextlib
+import socket
 import time
 
-from httpClient import request_bytes
+from httpClient import Connection, request_bytes
 from stationProgram import StationTest
 
 LOGIN = "/api/v1/login"
 MOST_HEAD = 8192
 MOST_BODY = 65536
 MOST_CONNECTIONS = 64
+PEERS_CONNECTIONS = 10
 HEAD_S = 10
 BODY_S = IDLE_S = 30
 SLACK_S = 3
@@ -109,6 +111,37 @@ class HttpConnections(StationTest):
                 kept.enter_context(served.connect())
             for _ in range(20):
                 self.assertEqual(503, served.get("/api/v1/station").status)
+
+
+def own_address():
+    """An address of this machine by which others reach it; None: it has none. Nothing is sent."""
+    with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as used:
+        try:
+            used.connect(("203.0.113.1", 9))
+        except OSError:
+            return None
+        return used.getsockname()[0]
+
+
+class HttpPeers(StationTest):
+    """How many connections one address of the network holds."""
+
+    def test_a_peer_has_ten_connections_and_leaves_the_others_theirs(self):
+        address = own_address()
+        if address is None:
+            self.skipTest("this machine has no network")
+        self.file("token", "abc").chmod(0o600)
+        served = self.station("--listen 0.0.0.0:0 --token-file token")
+        with contextlib.ExitStack() as kept:
+            for _ in range(PEERS_CONNECTIONS):
+                held = kept.enter_context(Connection(address, served.port))
+                held.send(request_bytes("GET", "/healthz", {"Host": "localhost"}))
+                self.assertEqual(401, held.answer().status)
+            with Connection(address, served.port) as one_more:
+                self.assertEqual(503, one_more.answer().status)
+            with Connection("127.0.0.1", served.port) as local:
+                local.send(request_bytes("GET", "/healthz", {"Host": "localhost"}))
+                self.assertEqual(401, local.answer().status)
 
 
 class HttpSlowClients(StationTest):
