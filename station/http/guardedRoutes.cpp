@@ -1,5 +1,7 @@
 #include "http/guardedRoutes.h"
 
+#include "values/jsonKeys.h"
+
 #include <QJsonDocument>
 #include <QJsonObject>
 
@@ -111,6 +113,9 @@ std::optional<HttpResponse> GuardedRoutes::guessRefusal(const QByteArray& shown,
 
 HttpResponse GuardedRoutes::login(const HttpRequest& request)
 {
+    const QString problem = jsonKeyProblem(request.body);
+    if (!problem.isEmpty())
+        return errorResponse(400, QStringLiteral("the body cannot be taken: ") + problem);
     const QJsonDocument document = QJsonDocument::fromJson(request.body);
     if (!document.isObject())
         return errorResponse(400, QStringLiteral("the body is no JSON object"));

@@ -83,11 +83,18 @@ class ApiWrites(StationTest):
                 self.assertEqual((status, ["error"]), (answer.status, list(answer.json)))
                 self.assertIn(words, answer.error)
 
+    def test_a_login_takes_no_key_twice_either(self):
+        answer = self.station().post("/api/v1/login", b'{"token":["a"],"token":["b"]}')
+        self.assertEqual(400, answer.status)
+        self.assertIn("stands twice", answer.error)
+
     def test_a_body_of_another_form_is_refused(self):
         _, served = self.station_with_plc("still", options="--allow-writes")
         good = {"link": "plc", "tag": "still", "value": 1}
         for body in (b"", b"1", b"[]", b"null", b"{", b"\xff", b'{"link":"plc"', b"[" * 30000,
-                     b'{"a":' * 5000 + b"1" + b"}" * 5000):
+                     b'{"a":' * 5000 + b"1" + b"}" * 5000,
+                     b'{"link":"plc","tag":"still","value":1,"value":2}',
+                     b'{"link":"plc","tag":"still","value":1,"v\\u0061lue":2}'):
             with self.subTest(body=body[:20]):
                 self.assertEqual(400, served.post(WRITE, body).status)
         for document in ({}, {**good, "force": 1}, {**good, "link": 1}, {**good, "tag": None},
