@@ -95,9 +95,10 @@ export function recipeRows(text) {
     const missing = COLUMNS.filter((name) => !head.includes(name) && name !== "value");
     if (missing.length > 0) throw new Error(`the file has no column ${missing.join(", ")}`);
     return records.map((record) => {
-        const row = Object.fromEntries(COLUMNS.map((name) => [name, record[head.indexOf(name)] ?? ""]));
-        if (separator === ";" && row.type.startsWith("float")) row.value = row.value.replace(",", ".");
-        return row;
+        const fields = COLUMNS.map((name) => [name, record[head.indexOf(name)] ?? ""]);
+        const row = Object.fromEntries(fields);
+        const hasComma = separator === ";" && row.type.startsWith("float");
+        return hasComma ? { ...row, value: row.value.replace(",", ".") } : row;
     });
 }
 

@@ -26,6 +26,13 @@ export function make(name, given = {}, children = []) {
     return element;
 }
 
+/** The head of a table.
+ * @param {string[]} names  of the columns */
+export function headRow(names) {
+    const cells = names.map((text) => make("th", { scope: "col", text }));
+    return make("thead", {}, [make("tr", {}, cells)]);
+}
+
 /** Sets an attribute; null, undefined and false take it away. What does not change is not touched.
  * @param {Element} element */
 export function setAttribute(element, name, value) {

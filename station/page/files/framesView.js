@@ -1,5 +1,5 @@
 // The frames of a link as they come, with their meaning.
-import { byId, fillSelect, make, setAttribute, setText } from "./dom.js";
+import { byId, fillSelect, headRow, make, setAttribute, setText } from "./dom.js";
 import { preciseClockText } from "./format.js";
 import { apiPath, getJson } from "./station.js";
 
@@ -16,11 +16,13 @@ function isSame(a, b) {
 /** A frame that went out, came in, or a number of frames that the stream left out. */
 function rowOf(frame) {
     if (frame.skipped)
-        return make("tr", {}, [make("td.muted", { colspan: 4, text: `${frame.skipped} frames left out` })]);
+        return make("tr", {}, [
+            make("td.muted", { colspan: 4, text: `${frame.skipped} frames left out` }),
+        ]);
     const isSent = frame.direction === ">";
     return make("tr", { "data-frame": true }, [
         make("td.number", { text: preciseClockText(frame.time) }),
-        make("td", { text: isSent ? "→ sent" : "← received" }),
+        make("td.direction", { text: isSent ? "→ sent" : "← received" }),
         make("td.mono", { text: frame.hex }),
         make("td", { text: frame.meaning ?? "" }),
     ]);
@@ -36,10 +38,7 @@ export class View {
         this.shown = 0; // of model.framesTaken
         this.body = make("tbody");
         const head = ["Time", "Direction", "Bytes", "Meaning"];
-        byId("frames-list").append(make("table.frames", {}, [
-            make("thead", {}, [make("tr", {}, head.map((text) => make("th", { scope: "col", text })))]),
-            this.body,
-        ]));
+        byId("frames-list").append(make("table", {}, [headRow(head), this.body]));
         byId("frames-link").addEventListener("change", () => this.choose());
         byId("frames-filter").addEventListener("input", () => this.redraw());
         byId("frames-pause").addEventListener("click", () => this.pause());

@@ -6,8 +6,8 @@ export const LONGEST_SILENCE = 1800;
 /** Two clocks drift apart. With each beat the quickest one counts so many ms slower. */
 const DRIFT_PER_BEAT = 10;
 
-/** A time by both clocks of the browser. Neither alone will do: `steady` stands still while a laptop
- * sleeps, and `wall` jumps when somebody sets the clock.
+/** A time by both clocks of the browser. Neither alone will do: `steady` stands still while a
+ * laptop sleeps, and `wall` jumps when somebody sets the clock.
  * @typedef {{steady: number, wall: number}} Moment */
 
 /** @returns {Moment} */

@@ -1,5 +1,5 @@
 // The state and the figures of each link, its stations, and the plan of its reads.
-import { byId, make } from "./dom.js";
+import { byId, headRow, make } from "./dom.js";
 import { ageText, countText, dateText, msText, shareText } from "./format.js";
 import { getJson } from "./station.js";
 
@@ -14,7 +14,7 @@ function stateWord(state) {
 function table(caption, head, rows) {
     return make("table", {}, [
         make("caption", { text: caption }),
-        make("thead", {}, [make("tr", {}, head.map((text) => make("th", { scope: "col", text })))]),
+        headRow(head),
         make("tbody", {}, rows.map((cells) => make("tr", {}, cells.map((cell) =>
             make("td", {}, [cell]))))),
     ]);
@@ -39,10 +39,13 @@ function cycleText(plan) {
         : `A cycle takes ${msText(plan.cycle)}: the line bounds it.`;
 }
 
+function amountText({ count, unit }) {
+    return `${count} ${count === 1 ? unit.slice(0, -1) : unit}`;
+}
+
 function planRows(plan) {
     return plan.reads.map((read) => [
-        String(read.station), read.first, `${read.count} ${read.unit}`, read.rate,
-        read.tags.join(", "),
+        String(read.station), read.first, amountText(read), read.rate, read.tags.join(", "),
     ]);
 }
 

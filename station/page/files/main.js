@@ -23,7 +23,8 @@ function announce(text) {
     setText(byId("announcer"), text);
 }
 
-/** A page that turns live shows what is before it looks live; else the screen's next frame will do. */
+/** A page that turns live shows what is before it looks live. Else the screen's next frame will
+ * do. */
 function onNews() {
     if (stream.isLive && root.dataset.stream !== "live") views[shownView]?.update();
     showStream();
@@ -114,7 +115,7 @@ byId("help-button").addEventListener("click", () => byId("help-dialog").showModa
 document.addEventListener("keydown", onKey);
 window.addEventListener("hashchange", () => show(window.location.hash.slice(1)));
 
-// A frozen tab and one that the browser keeps for "back" show nothing live when they are seen again.
+// A frozen tab and one that the browser keeps for "back" are not live when they are seen again.
 document.addEventListener("freeze", () => stream.putAside());
 document.addEventListener("resume", () => stream.start());
 window.addEventListener("pagehide", () => stream.putAside());

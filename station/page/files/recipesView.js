@@ -1,6 +1,6 @@
 // Recipes: load, edit, compare with the PLC, download, upload.
 import { COLUMNS, recipeFile, recipeRows } from "./csv.js";
-import { byId, fillSelect, make, saveFile, setAttribute, setText } from "./dom.js";
+import { byId, fillSelect, headRow, make, saveFile, setAttribute, setText } from "./dom.js";
 import { valueText } from "./format.js";
 import { postJson } from "./station.js";
 import { typedValue } from "./tagWriting.js";
@@ -26,7 +26,7 @@ function endText(kind, end) {
 }
 
 export class View {
-    /** @param {{model: import("./model.js").Model, announce: (text: string) => void}} surroundings */
+    /** @param {import("./tagRow.js").RowSurroundings} surroundings */
     constructor({ model, announce }) {
         this.model = model;
         this.announce = announce;
@@ -89,7 +89,8 @@ export class View {
     /** The writable tags of the link, with the values of now. */
     takeTags() {
         const link = byId("recipe-link").value;
-        const tags = [...this.model.values.values()].filter((tag) => tag.link === link && tag.writable);
+        const tags = [...this.model.values.values()]
+            .filter((tag) => tag.link === link && tag.writable);
         this.rows = tags.map((tag) => {
             const [, area, address] = /^([A-Z]+)(.*)$/.exec(tag.address) ?? ["", "", tag.address];
             return {
@@ -119,7 +120,7 @@ export class View {
     draw(differences = []) {
         const head = [...COLUMNS.map((name) => name[0].toUpperCase() + name.slice(1)), ""];
         this.table = make("table.recipe", {}, [
-            make("thead", {}, [make("tr", {}, head.map((text) => make("th", { scope: "col", text })))]),
+            headRow(head),
             make("tbody", {}, this.rows.map((row, i) => this.rowElement(row, i))),
         ]);
         const none = make("p.empty", {
@@ -148,10 +149,8 @@ export class View {
     }
 
     differenceTable(differences) {
-        const head = ["Name", "Recipe", "PLC"];
         return make("table.differences", { id: "recipe-differences" }, [
-            make("caption", { text: "Differences" }),
-            make("thead", {}, [make("tr", {}, head.map((text) => make("th", { scope: "col", text })))]),
+            make("caption", { text: "Differences" }), headRow(["Name", "Recipe", "PLC"]),
             make("tbody", {}, differences.map(({ name, expected, found }) => make("tr", {}, [
                 make("th", { scope: "row", text: name }), make("td", { text: valueText(expected) }),
                 make("td", { text: valueText(found) }),

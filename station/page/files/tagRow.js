@@ -3,6 +3,9 @@ import { make, setAttribute, setText } from "./dom.js";
 import { ageText, valueText } from "./format.js";
 import { typedValue, writeTag } from "./tagWriting.js";
 
+/** The news that a write was confirmed is taken away after so long. What went wrong stays. */
+const CONFIRMED_TIME = 20000;
+
 /** What all rows use.
  * @typedef {{model: import("./model.js").Model, isLive: () => boolean,
  *     announce: (text: string) => void}} RowSurroundings */
@@ -58,7 +61,8 @@ export class TagRow {
     updateSwitch(value) {
         if (!this.switch) return;
         const isKnown = value.value !== null;
-        setAttribute(this.switch, "aria-checked", isKnown ? String(Number(value.value) === 1) : "mixed");
+        const isOn = Number(value.value) === 1;
+        setAttribute(this.switch, "aria-checked", isKnown ? String(isOn) : "mixed");
         this.switch.disabled = !isKnown;
     }
 
@@ -149,6 +153,9 @@ export class TagRow {
     tell(telling) {
         setAttribute(this.outcome, "data-outcome", telling?.outcome);
         setText(this.outcome, telling?.text ?? "");
+        clearTimeout(this.forgetting);
+        if (telling?.outcome === "confirmed")
+            this.forgetting = setTimeout(() => this.tell(null), CONFIRMED_TIME);
         if (telling && telling.outcome !== "waiting")
             this.surroundings.announce(`${this.tag} ${telling.text}`);
     }

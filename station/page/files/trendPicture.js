@@ -34,12 +34,14 @@ function drawLane(context, box, top) {
     const origin = box.getBoundingClientRect();
     for (const canvas of box.querySelectorAll("canvas")) {
         const at = canvas.getBoundingClientRect();
-        context.drawImage(canvas, at.left - origin.left, top + at.top - origin.top, at.width, at.height);
+        const left = at.left - origin.left;
+        context.drawImage(canvas, left, top + at.top - origin.top, at.width, at.height);
     }
     for (const label of box.querySelectorAll(".dygraph-axis-label")) {
         const range = document.createRange();
         range.selectNodeContents(label);
         const at = range.getBoundingClientRect();
-        context.fillText(label.textContent, at.left - origin.left, top + at.bottom - origin.top - 3);
+        const bottom = top + at.bottom - origin.top - 3;
+        context.fillText(label.textContent, at.left - origin.left, bottom);
     }
 }

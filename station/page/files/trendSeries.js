@@ -22,7 +22,6 @@ export class TrendSeries {
         this.link = link;
         this.tag = tag;
         this.rows = [];
-        this.isRead = false;
         this.bars = null; // smallest, last, largest since the last live row
         model.valueListeners.push(this.listener = (value) => this.take(value));
     }
@@ -40,25 +39,28 @@ export class TrendSeries {
     async read(from, to) {
         this.reading?.abort();
         const reading = this.reading = new AbortController();
-        const query = {
-            link: this.link, tag: this.tag, from: Math.floor(from), to: Math.floor(to), points: POINTS,
-        };
+        const span = { from: Math.floor(from), to: Math.floor(to), points: POINTS };
         let history;
         try {
-            history = await getJson("history", query, reading.signal);
+            history = await getJson("history", { link: this.link, tag: this.tag, ...span },
+                reading.signal);
         } catch (error) {
             if (reading.signal.aborted) return;
             throw error;
         }
         const rows = history.buckets.map(([time, smallest, largest, last]) =>
             [new Date(time), last === null ? GAP : [smallest, last, largest]]);
-        const end = this.model.stationNow() ?? to;
-        while (rows.length > 0 && rows[rows.length - 1][1] === GAP
-            && rows[rows.length - 1][0].getTime() > end - COMMIT_TIME - (to - from) / POINTS)
+        this.join(rows, (this.model.stationNow() ?? to) - COMMIT_TIME - (to - from) / POINTS);
+    }
+
+    /** Puts the live rows behind those of the history.
+     * @param {number} written  what happened before is in the history */
+    join(rows, written) {
+        const newest = () => rows[rows.length - 1];
+        while (rows.length > 0 && newest()[1] === GAP && newest()[0].getTime() > written)
             rows.pop();
-        const newest = rows.length > 0 ? rows[rows.length - 1][0].getTime() : from;
-        this.rows = [...rows, ...this.rows.filter(([time]) => time.getTime() > newest)];
-        this.isRead = true;
+        const end = rows.length > 0 ? newest()[0].getTime() : 0;
+        this.rows = [...rows, ...this.rows.filter(([time]) => time.getTime() > end)];
     }
 
     take(value) {

@@ -111,7 +111,7 @@ export class TrendSpan {
         const from = new Date(byId("range-from").value).getTime();
         const to = new Date(byId("range-to").value).getTime();
         if (!(to - from >= SHORTEST && to - from <= LONGEST)) {
-            setText(byId("range-notice"), "The range must be 2 seconds to a year long, and end after it begins.");
+            setText(byId("range-notice"), "The range must be 2 seconds to a year long.");
             event.preventDefault();
             return;
         }

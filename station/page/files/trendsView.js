@@ -133,7 +133,8 @@ export class View {
     drawMarkList(from, to) {
         const texts = markTexts(this.model.events, this.lanes, from, to);
         setText(this.markList.firstChild, `Marks: ${texts.length} writes and changes of the link`);
-        if (this.markList.open) this.marks.replaceChildren(...texts.map((text) => make("li", { text })));
+        if (!this.markList.open) return;
+        this.marks.replaceChildren(...texts.map((text) => make("li", { text })));
     }
 
     // The span of time.

@@ -8,12 +8,16 @@ import { TagRow } from "./tagRow.js";
 const COLUMNS = [
     { name: "Tag", order: (a, b) => textOrder(a.tag, b.tag) },
     { name: "Value", order: (a, b) => valueOrder(a, b) },
-    { name: "Quality", order: (a, b) => QUALITIES.indexOf(a.quality) - QUALITIES.indexOf(b.quality) },
+    { name: "Quality", order: (a, b) => qualityRank(a) - qualityRank(b) },
     { name: "Age", order: (a, b) => (b.time ?? 0) - (a.time ?? 0) },
     { name: "Write", order: null },
 ];
 const QUALITIES = ["bad", "stale", "good"];
 const { compare: textOrder } = new Intl.Collator("en", { numeric: true });
+
+function qualityRank(value) {
+    return QUALITIES.indexOf(value.quality);
+}
 
 /** Values that are no numbers come last. */
 function valueOrder(a, b) {
@@ -108,9 +112,9 @@ export class ValuesView {
     /** @param {[string, import("./model.js").TagValue[]][]} groups */
     place(groups) {
         const active = document.activeElement;
+        const rowOf = (value) => this.rows.get(tagKey(value.link, value.tag)).element;
         const tables = groups.map(([link, values]) => make("table.values", {}, [
-            make("caption", { text: link }), this.head(),
-            make("tbody", {}, values.map((value) => this.rows.get(tagKey(link, value.tag)).element)),
+            make("caption", { text: link }), this.head(), make("tbody", {}, values.map(rowOf)),
         ]));
         const none = make("p.empty", {
             text: this.model.values.size > 0 ? "No tag matches the filter." : "No tags yet.",
@@ -120,7 +124,8 @@ export class ValuesView {
     }
 
     head() {
-        return make("thead", {}, [make("tr", {}, COLUMNS.map((column, i) => this.headCell(column, i)))]);
+        const cells = COLUMNS.map((column, i) => this.headCell(column, i));
+        return make("thead", {}, [make("tr", {}, cells)]);
     }
 
     headCell(column, index) {
