@@ -146,3 +146,37 @@ class StreamOfValues(StationTest):
             while old.get("quality") != "good":
                 old = stream.next("values")["data"]["values"][0]
             self.assertIsNone(old["trouble"])
+
+
+class StreamOverAReload(StationTest):
+    """Two links with their own simulated PLCs; SIGHUP takes one out and brings it back."""
+
+    def setUp(self):
+        super().setUp()
+        self.tags("still", "mode")
+        self.links = {name: self.plc("tcp", "").link for name in ("stays", "goes")}
+        self.configure("stays", "goes")
+        self.running = self.station("--config station.toml")
+        self.running.await_good()
+
+    def configure(self, *names):
+        """Writes the configuration with some of the links."""
+        self.file("station.toml", 'listen = "127.0.0.1:0"\n' + "".join(
+            f'[[link]]\nname = "{name}"\nlink = "{self.links[name]}"\ntags = "tags.csv"\n'
+            for name in names))
+
+    def reload(self, *names):
+        """Lets the station read its configuration with these links."""
+        self.configure(*names)
+        self.running.process.send_signal(signal.SIGHUP)
+
+    def test_links_come_and_go_with_full_messages(self):
+        with self.running.events() as stream:
+            first = stream.next("values")["data"]
+            self.assertEqual({"stays", "goes"}, {value["link"] for value in first["values"]})
+            for names in ({"stays"}, {"stays", "goes"}):
+                self.reload(*sorted(names))
+                message = stream.next("values")["data"]
+                while not message["full"]:
+                    message = stream.next("values")["data"]
+                self.assertEqual(names, {value["link"] for value in message["values"]})
