@@ -79,7 +79,13 @@ async function show(name) {
         setAttribute(button, "aria-current", button.dataset.view === name ? "page" : null);
     for (const view of VIEWS) byId(`${view}-view`).hidden = view !== name;
     window.history.replaceState(null, "", `#${name}`);
-    views[name] ??= await loadView(name);
+    try {
+        views[name] ??= await loadView(name);
+    } catch {
+        readStation(); // leads to the login page when a token is asked for
+        announce(`The view ${name} could not be loaded.`);
+        return show("values");
+    }
     if (shownView === name) views[name].show();
 }
 

@@ -83,9 +83,11 @@ export class TrendLane {
         });
     }
 
-    /** Tells the value of a time; of now when it is null.
-     * @param {number|null} time */
-    showValue(time) {
+    /** Tells the value of a time; of now when it is null and the trend is live.
+     * @param {number|null} time
+     * @param {boolean} isLive */
+    showValue(time, isLive) {
+        if (time === null && !isLive) return setText(this.value, "");
         const now = this.model.find(this.link, this.tag);
         const quality = now && now.quality !== "good" ? ` (${now.quality})` : "";
         setText(this.value, time === null ? valueText(now?.value) + quality

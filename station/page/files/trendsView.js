@@ -75,7 +75,7 @@ export class View {
         if (this.picks.isWaiting) this.arrange();
         if (this.stream.isLive && !this.wasLive) this.readSoon(0);
         this.wasLive = this.stream.isLive;
-        if (this.cursorTime === null) for (const lane of this.lanes) lane.showValue(null);
+        if (this.cursorTime === null) this.showValues();
     }
 
     /** Once a second: the live rows. */
@@ -122,10 +122,8 @@ export class View {
         if (!this.isShown || this.model.stationNow() === null) return;
         const { from, to } = this.span.range();
         const last = this.lanes[this.lanes.length - 1];
-        for (const lane of this.lanes) {
-            lane.draw(from, to, lane === last);
-            lane.showValue(this.cursorTime);
-        }
+        for (const lane of this.lanes) lane.draw(from, to, lane === last);
+        this.showValues();
         this.drawMarkList(from, to);
         this.placeCursor();
     }
@@ -175,8 +173,12 @@ export class View {
 
     setCursor(time) {
         this.cursorTime = time;
-        for (const lane of this.lanes) lane.showValue(time);
+        this.showValues();
         this.placeCursor();
+    }
+
+    showValues() {
+        for (const lane of this.lanes) lane.showValue(this.cursorTime, this.span.isLive);
     }
 
     placeCursor() {
