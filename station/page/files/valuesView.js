@@ -102,8 +102,10 @@ export class ValuesView {
         if (column >= 0) shown.sort(COLUMNS[column].order);
         if (isDown) shown.reverse();
         const byLink = new Map();
-        for (const value of shown)
-            byLink.set(value.link, [...(byLink.get(value.link) ?? []), value]);
+        for (const value of shown) {
+            if (!byLink.has(value.link)) byLink.set(value.link, []);
+            byLink.get(value.link).push(value);
+        }
         this.place([...byLink]);
         this.shown = shown.length;
         this.count();
