@@ -40,6 +40,7 @@ export class View {
         const head = ["Time", "Direction", "Bytes", "Meaning"];
         byId("frames-list").append(make("table", {}, [headRow(head), this.body]));
         byId("frames-link").addEventListener("change", () => this.choose());
+        byId("frames-watch").addEventListener("click", () => this.choose());
         byId("frames-filter").addEventListener("input", () => this.redraw());
         byId("frames-pause").addEventListener("click", () => this.pause());
         byId("frames-clear").addEventListener("click", () => this.clear());
@@ -120,9 +121,9 @@ export class View {
 
     tell(isOther, fresh) {
         let text = "";
+        byId("frames-watch").hidden = !isOther;
         if (isOther)
-            text = `Another tab of this browser watches the frames of ${this.model.framesLink}.`
-                + " Choose the link again to watch it here.";
+            text = `Another tab of this browser watches the frames of ${this.model.framesLink}.`;
         else if (this.isPaused) text = `Paused: ${Math.max(0, fresh)} frames since.`;
         setText(byId("frames-notice"), text);
     }

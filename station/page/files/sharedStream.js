@@ -33,7 +33,7 @@ export class SharedStream {
         const channel = "BroadcastChannel" in window
             ? new BroadcastChannel("kakb-station") : new NoChannel();
         this.leadership = new Leadership(channel, {
-            begin: () => this.connect(),
+            begin: () => this.lead(),
             end: () => this.disconnect(),
             told: (message) => this.told(message),
             asked: (tab) => this.answer(tab),
@@ -74,10 +74,16 @@ export class SharedStream {
      * @param {string|null} link */
     wantFrames(link) {
         this.wanted = link;
-        this.tellWant();
+        this.tellWant(true);
     }
 
     // The leader's connection.
+
+    /** The leader's own wish is older than those that come from now on. */
+    lead() {
+        this.tellWant();
+        this.connect();
+    }
 
     connect() {
         this.disconnect();
@@ -127,7 +133,7 @@ export class SharedStream {
         } else if (message.kind === "newLeader") {
             this.tellWant();
         } else if (message.kind === "want") {
-            this.setWant(message.from, message.link);
+            this.setWant(message.from, message.link, message.isNew);
         }
     }
 
@@ -147,20 +153,19 @@ export class SharedStream {
 
     // Frames.
 
-    tellWant() {
-        if (this.leadership.state === LEADING) this.setWant(this.leadership.tab, this.wanted);
+    /** @param {boolean} [isNew]  a person wishes it now; else it is repeated */
+    tellWant(isNew = false) {
+        const link = this.wanted;
+        if (this.leadership.state === LEADING) this.setWant(this.leadership.tab, link, isNew);
         else if (this.leadership.state === FOLLOWING)
-            this.leadership.tellLeader({ kind: "want", link: this.wanted });
+            this.leadership.tellLeader({ kind: "want", link, isNew });
     }
 
-    setWant(tab, link) {
+    /** The newest wish is the last one of the map. */
+    setWant(tab, link, isNew) {
         const known = this.wants.get(tab);
-        if (link === null) this.wants.delete(tab);
-        else if (known && known.link === link) known.at = performance.now();
-        else {
-            this.wants.delete(tab); // the newest wish is the last one of the map
-            this.wants.set(tab, { link, at: performance.now() });
-        }
+        if (isNew || link === null || known?.link !== link) this.wants.delete(tab);
+        if (link !== null) this.wants.set(tab, { link, at: performance.now() });
         if (this.close && this.chosenFrames() !== this.framesLink) this.connect();
     }
 
