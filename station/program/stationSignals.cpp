@@ -1,5 +1,6 @@
 #include "program/stationSignals.h"
 
+#include <poll.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
 
@@ -65,6 +66,9 @@ void takeStationSignals(bool canReload)
 StationOrder nextStationOrder()
 {
     while (isStop == 0 && isReload == 0) {
+        // A signal ends poll(), also for the thread sanitizer, which holds signals back in read().
+        pollfd waiting = {orders, POLLIN, 0};
+        if (::poll(&waiting, 1, -1) <= 0) continue;
         eventfd_t count = 0;
         (void)!::read(orders, &count, sizeof count);
     }
