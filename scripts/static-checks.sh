@@ -14,7 +14,7 @@ cd "$(dirname "$0")/.."
 
 jobs=${JOBS:-$(nproc)}
 build=build/static
-folders=(include device service line host simulator bench docs/examples tests)
+folders=(include device service line host station simulator bench docs/examples tests)
 
 check_format() {
     find "${folders[@]}" -name '*.h' -o -name '*.cpp' | xargs clang-format --dry-run -Werror
@@ -75,7 +75,7 @@ check_cppcheck() {
         --std=c++17 --language=c++ --library=qt,googletest,posix \
         --enable=warning,performance,portability --inline-suppr \
         --suppressions-list=scripts/cppcheckSuppressions.txt \
-        -DQUORVANE_KA_KB_PLC_BUILD -I include -I device -I service -I line -I host -I simulator \
+        -DQUORVANE_KA_KB_PLC_BUILD -I include -I device -I service -I line -I host -I station -I simulator \
         -I tests/support "${folders[@]}"
 }
 
