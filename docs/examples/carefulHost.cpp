@@ -115,7 +115,7 @@ private:
     static EndedExchange nothingSent(const FRAME_PRO& frame)
     {
         return EndedExchange{false, frame.var.station, END_SILENT, false, QByteArray(),
-                             -1,    QString()};
+                             -1,    QString(),         0};
     }
 
     // One attempt of one request. The machine may send fences during the attempt.

@@ -20,7 +20,7 @@ void AnswerOrder::ask(const QByteArray& sent, qint64 at, quint64 request, bool i
         ++m_asked.back().times;
         return;
     }
-    m_asked.push_back(Asked{sent, at, 1, request, isCopyDue});
+    m_asked.push_back(Asked{sent, at, at, 1, request, isCopyDue});
 }
 
 bool AnswerOrder::mayCome(const QByteArray& signature) const

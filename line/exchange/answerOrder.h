@@ -34,6 +34,7 @@ public:
     {
         QByteArray sent; ///< the bytes that went over the line
         qint64 at;       ///< time at which the last byte had left, in microseconds
+        qint64 firstAt;  ///< the same time of the first sending, which the reply may answer
         int times;       ///< number of times that it was sent
         quint64 request; ///< number of the caller's request; 0: a fence
         bool isCopyDue;  ///< an echoing link may return the request, with the bytes of its answer

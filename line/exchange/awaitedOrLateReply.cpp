@@ -178,10 +178,11 @@ void ExchangeMachine::takeRequestAnswer(const AnswerOrder::Taken& taken, const Q
         station(number).takesLonger = isAskedAgain(exceptionCodeOf(reply));
     else if (taken.isSure) {
         if (!isRefused) station(number).fences.noteServed(taken.asked.sent);
+        const bool isOfOneSending = taken.asked.times == 1;
         return endJob(isRefused ? END_REFUSED : END_ANSWERED,
                       cutReply(reply, taken.asked.sent, m_job.request),
-                      taken.asked.times == 1 ? qMax<qint64>(now - taken.asked.at, 0)
-                                             : qint64(NOT_KNOWN));
+                      isOfOneSending ? qMax<qint64>(now - taken.asked.at, 0) : qint64(NOT_KNOWN),
+                      isInFlight && isOfOneSending ? now : qMin(taken.asked.firstAt, now));
     }
     if (!isInFlight) return;
     m_unfit = QLatin1String("an answer that may belong to an earlier request");

@@ -258,7 +258,8 @@ void ExchangeMachine::giveUpWaiting(qint64 now)
         endJob(end);
 }
 
-void ExchangeMachine::endJob(ExchangeEnd end, const QByteArray& reply, qint64 replyTime)
+void ExchangeMachine::endJob(ExchangeEnd end, const QByteArray& reply, qint64 replyTime,
+                             qint64 asOf)
 {
     const EndedExchange ended = {m_job.request.isEmpty(),
                                  m_job.station,
@@ -266,7 +267,8 @@ void ExchangeMachine::endJob(ExchangeEnd end, const QByteArray& reply, qint64 re
                                  m_job.wasSent,
                                  reply,
                                  replyTime,
-                                 end == END_UNUSABLE ? m_unfit : QString()};
+                                 end == END_UNUSABLE ? m_unfit : QString(),
+                                 asOf};
     m_ended.push_back(ended);
     m_hasJob = false;
     if (m_state == QUIET) m_state = IDLE;
@@ -275,6 +277,7 @@ void ExchangeMachine::endJob(ExchangeEnd end, const QByteArray& reply, qint64 re
 void ExchangeMachine::tell(bool isFence, int station, ExchangeEnd end, const QByteArray& refusal)
 {
     const EndedExchange ended = {
-        isFence, station, end, true, refusal, NOT_KNOWN, end == END_UNUSABLE ? m_unfit : QString()};
+        isFence, station, end, true, refusal, NOT_KNOWN, end == END_UNUSABLE ? m_unfit : QString(),
+        0};
     m_ended.push_back(ended);
 }

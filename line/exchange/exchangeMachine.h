@@ -35,6 +35,9 @@ struct EndedExchange
                       ///< known
     QString unfit;    ///< with END_UNUSABLE: what came in place of the answer, in words, see
                       ///< describeUnfit(); empty: nothing came that could not be explained
+    qint64 asOf; ///< with END_ANSWERED: the time of the reply. A reply that came too late, or that
+                 ///< may answer an earlier sending of the request: the time at which the first
+                 ///< sending had left. What it tells is as old as this, or younger
 };
 
 /// Whether the link returns each request ahead of its answer, as two-wire adapters do.
@@ -243,7 +246,7 @@ private:
     void runOut(qint64 now);
     void giveUpWaiting(qint64 now);
     void endJob(ExchangeEnd end, const QByteArray& reply = QByteArray(),
-                qint64 replyTime = NOT_KNOWN);
+                qint64 replyTime = NOT_KNOWN, qint64 asOf = 0);
     void tell(bool isFence, int station, ExchangeEnd end, const QByteArray& refusal = QByteArray());
 
     const LineTiming m_timing;

@@ -54,7 +54,7 @@ bool AnsweredTags::isTouched(const Span& span, const MemoryRun& run)
     return span.from < run.until && span.until > run.from;
 }
 
-void AnsweredTags::tell(const FINISHED_EXCHANGE& finished, qint64 now)
+void AnsweredTags::tell(const FINISHED_EXCHANGE& finished)
 {
     if (finished.result != REPLY_ACCEPTED || m_spans.empty()) return;
     const MemoryRun run = memoryShownBy(requestOf(finished.frame), finished.reply);
@@ -63,7 +63,7 @@ void AnsweredTags::tell(const FINISHED_EXCHANGE& finished, qint64 now)
             return;
         if (span->from < run.from || span->until > run.until) continue;
         takeBytes(*span, run);
-        m_sink.tagRead(span->tag, m_bytes, now);
+        m_sink.tagRead(span->tag, m_bytes, finished.asOf);
     }
 }
 

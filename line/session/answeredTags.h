@@ -26,7 +26,7 @@ public:
     void set(const std::vector<Tag>& tags);
 
     /// Tells the tags whose values an accepted exchange has shown.
-    void tell(const FINISHED_EXCHANGE& finished, qint64 now);
+    void tell(const FINISHED_EXCHANGE& finished);
 
     /// Whether a write changes a part of a tag, or a tag as a whole.
     enum Touched { NO_TAG, WHOLE_TAGS, PARTS_OF_TAGS };

@@ -134,6 +134,7 @@ void DriverExchange::finish(const EndedExchange& ended, qint64 now)
     finished.reply = ended.reply;
     finished.unfit = ended.unfit;
     finished.replyTime = ended.replyTime;
+    finished.asOf = ended.asOf;
     if (ended.end == END_REFUSED) finished.exceptionCode = exceptionCodeOf(ended.reply);
     const bool isNotSent = ended.station == BROADCAST_STATION && ended.end == END_SILENT;
     const bool isRefused = ended.end == END_REFUSED && !isAskedAgain(finished.exceptionCode);

@@ -22,6 +22,7 @@ struct FINISHED_EXCHANGE
     QByteArray reply; ///< of END_ANSWERED and END_REFUSED: see EndedExchange::reply
     QString unfit;    ///< of END_UNUSABLE: what came instead, see EndedExchange::unfit
     qint64 replyTime = -1; ///< microseconds from the request's end to its answer; -1: not known
+    qint64 asOf = 0;       ///< of END_ANSWERED: what the answer tells is as old as this, or younger
 };
 
 /// An event that ends no request of the driver but says something about a station: the end of a

@@ -56,7 +56,7 @@ void DriverFeeder::exchangeOver(const FINISHED_EXCHANGE& finished, qint64 now)
     if (!finished.isPointless) m_sink.exchanged(finished, now);
     if (finished.result == REPLY_RETRY) return;
     noteStation(finished, now);
-    m_answered.tell(finished, now);
+    m_answered.tell(finished);
     if (m_recipes.isUnderWay())
         recipeOver(finished);
     else if (isWrite(finished.frame))

@@ -51,7 +51,9 @@ public:
     /// end of the job that wrote it.
     /// @param bytes  in the format of intf_getData: two bytes a word, low byte first, or one a bit;
     ///               valid for this call, copy them
-    virtual void tagRead(int tag, const QByteArray& bytes, qint64 now) = 0;
+    /// @param asOf   the time of the answer, or an earlier time when the answer came too late: the
+    ///               value is as old as this, or younger
+    virtual void tagRead(int tag, const QByteArray& bytes, qint64 asOf) = 0;
 
     /// The tag was read from the PLC.
     /// @param bytes  as the driver's cache shows the tag: a value to be written hides the PLC's

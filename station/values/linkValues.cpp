@@ -151,21 +151,22 @@ void LinkValues::becomeBad(size_t tag, const QString& trouble)
     become(tag, known);
 }
 
-void LinkValues::tagRead(int tag, const QByteArray& bytes, qint64)
+void LinkValues::tagRead(int tag, const QByteArray& bytes, qint64 asOf)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
     const qint64 now = m_clock.steady();
+    const qint64 readAt = readTime(asOf, now);
     const bool isNews = m_known[size_t(tag)].reading.bytes != bytes || !isGood(size_t(tag), now);
-    if (isNews) return become(size_t(tag), answered(m_known[size_t(tag)], bytes, now));
-    noteAnswer(m_known[size_t(tag)], now); // thousands a second bring the same value again
+    if (isNews) return become(size_t(tag), answered(m_known[size_t(tag)], bytes, readAt, now));
+    noteAnswer(m_known[size_t(tag)], readAt, now); // thousands a second bring the same value again
 }
 
 /// What is known of a tag behind an answer that brought its value.
-LinkValues::Known LinkValues::answered(const Known& before, const QByteArray& bytes,
+LinkValues::Known LinkValues::answered(const Known& before, const QByteArray& bytes, qint64 readAt,
                                        qint64 now) const
 {
     Known known = before;
-    noteAnswer(known, now);
+    noteAnswer(known, readAt, now);
     known.reading.quality = GOOD;
     known.reading.trouble = QString();
     if (known.reading.bytes == bytes) return known;
@@ -174,10 +175,17 @@ LinkValues::Known LinkValues::answered(const Known& before, const QByteArray& by
     return known;
 }
 
-/// The answer is as old as its bytes can be.
-void LinkValues::noteAnswer(Known& known, qint64 now) const
+/// A value is as old as it can be: as old as the answer can be that tells it, see
+/// SessionSink::tagRead(), and as the answer's bytes.
+qint64 LinkValues::readTime(qint64 asOf, qint64 now) const
 {
-    known.readAt = std::min(m_cameAfter.value_or(now), now);
+    const qint64 answerAt = m_threadStart ? *m_threadStart + asOf : now;
+    return std::min({m_cameAfter.value_or(now), answerAt, now});
+}
+
+void LinkValues::noteAnswer(Known& known, qint64 readAt, qint64 now) const
+{
+    known.readAt = readAt;
     known.reading.time = m_clock.wall() - (now - known.readAt) / MILLISECOND;
     known.unanswered = QString();
 }

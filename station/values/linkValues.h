@@ -111,7 +111,7 @@ public:
     }
 
     // Of the link's thread.
-    void tagRead(int tag, const QByteArray& bytes, qint64 now) override;
+    void tagRead(int tag, const QByteArray& bytes, qint64 asOf) override;
     void tagShown(int, const QByteArray&, qint64) override {}
     void tagValue(int, const QByteArray&, qint64) override {}
     void tagsBad(const std::vector<int>& tags, const QString& trouble, qint64 now) override;
@@ -145,8 +145,9 @@ private:
     std::optional<qint64> staleAt(size_t tag) const;
     bool isGood(size_t tag, qint64 now) const;
     TagReading shown(size_t tag, qint64 now) const;
-    Known answered(const Known& before, const QByteArray& bytes, qint64 now) const;
-    void noteAnswer(Known& known, qint64 now) const;
+    qint64 readTime(qint64 asOf, qint64 now) const;
+    Known answered(const Known& before, const QByteArray& bytes, qint64 readAt, qint64 now) const;
+    void noteAnswer(Known& known, qint64 readAt, qint64 now) const;
     void become(size_t tag, const Known& known);
     void becomeBad(size_t tag, const QString& trouble);
     void changeLink(bool connected, const QString& trouble, qint64 now);

@@ -171,7 +171,7 @@ void ExchangeMachineTest::takeEnded()
 
 EndedExchange ExchangeMachineTest::last() const
 {
-    const EndedExchange none = {false, -1, END_LATE, false, QByteArray(), -1, QString()};
+    const EndedExchange none = {false, -1, END_LATE, false, QByteArray(), -1, QString(), 0};
     return ended.empty() ? none : ended.back();
 }
 
