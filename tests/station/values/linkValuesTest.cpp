@@ -72,6 +72,19 @@ TEST_F(LinkValuesTest, BytesThatAStoppedProcessFindsAreAsOldAsItsLastLook)
     EXPECT_EQ(wallAtStart + 11000, values.reading(FAST).time);
 }
 
+TEST_F(LinkValuesTest, AnswerThatCameTooLateIsAsOldAsItsRequest)
+{
+    read(FAST, 1);
+    clock.passMs(1000);
+    const qint64 asked = linkNow();
+    clock.passMs(3000);
+    values.bytesCame(linkNow(), linkNow());
+    values.tagRead(FAST, bytesOf(2), asked);
+    EXPECT_EQ(STALE, quality(FAST));
+    EXPECT_EQ(bytesOf(2), values.reading(FAST).bytes);
+    EXPECT_EQ(wallAtStart + 1000, values.reading(FAST).time);
+}
+
 // The thread takes its time, is stopped, and tells it 10 s later: the clocks of thread and station
 // then seem to differ by 10 s more than they do.
 TEST_F(LinkValuesTest, StopBetweenTheThreadsClockAndItsCallDoesNotMakeBytesYoung)
