@@ -21,9 +21,10 @@ TIMEOUT_MS = 100
 # No answer for three turns or 2 s; a turn is a cycle of under 0.3 s here.
 LIMIT_S = 2.0
 LATE_MS = 300
-# The answer tells of a moment behind its request, and a late answer may be taken for the attempt
-# that repeats it. The rest is the machine's.
-ANSWER_S = (TIMEOUT_MS + LATE_MS) / 1000 + 0.2
+# The answer tells of a moment behind its request. The time that is shown is the earliest that the
+# answer can have been made, so the value may be younger, but not older by more than a wait and what
+# the machine takes.
+ANSWER_S = TIMEOUT_MS / 1000 + 0.2
 LOSS_S = 0.1
 WORDS = 16
 FAR = 300  # so far apart that each word is a request of its own, all of the same length
@@ -167,8 +168,8 @@ class StationFaults:
         if value not in true.among(begin - LIMIT_S, end):
             self._tell(f"{tag} was not true in the {LIMIT_S} s before")
         came = tag["time"] / 1000 - self.wall
-        if value not in true.among(came - ANSWER_S, came + 0.01):
-            self._tell(f"{tag} was not true at its time, {begin - came:.3f} s before")
+        if value not in true.among(came - ANSWER_S, end):
+            self._tell(f"{tag} was not true since its time, {begin - came:.3f} s before")
 
     def _tell(self, sentence):
         with self.lock:
