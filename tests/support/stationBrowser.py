@@ -31,7 +31,7 @@ pump,1,QX,0.5,bool,rw
 class BrowserTest(unittest.TestCase):
     """Starts the programs once for each test; the browser comes with a size of the screen."""
 
-    plc_arguments = ("--demo-signals", "--control", "control", "--refuse", "MW200:4:write")
+    plc_arguments = ("--demo-signals", "--control", "control", "--refuse", "MW200:2:write")
     tags = TAGS
     good_tag = "setpoint"  # the page is there when this tag is good
 
