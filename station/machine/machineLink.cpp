@@ -70,20 +70,23 @@ void MachineLink::notePlan()
 
 void MachineLink::start()
 {
-    if (!m_run) return tellTrouble();
+    if (!canRun()) {
+        m_jobs.close(m_trouble);
+        return tellEnd(m_trouble);
+    }
+    if (!m_run) return; // it was stopped
     m_jobs.open(*m_run);
     m_run->start();
+    m_isRunning = true;
 }
 
-/// In place of a thread that would tell it.
-void MachineLink::tellTrouble()
+/// In place of a thread, which is not there: a tag that is read once would stay good for ever.
+void MachineLink::tellEnd(const QString& why)
 {
-    if (canRun()) return; // it was stopped
-    m_jobs.close(m_trouble);
     std::vector<int> all(tags().size());
     std::iota(all.begin(), all.end(), 0);
-    m_values.tagsBad(all, m_trouble, 0);
-    m_values.linkChanged(false, m_trouble, 0);
+    m_values.linkChanged(false, why, 0);
+    m_values.tagsBad(all, why, 0);
 }
 
 void MachineLink::askToStop(const QString& why)
@@ -93,13 +96,15 @@ void MachineLink::askToStop(const QString& why)
 }
 
 /// Whoever destroys the link behind its stop finds no thread and no process left to end: Qt's
-/// processes belong to the thread that made them.
+/// processes belong to the thread that made them. A link that never ran tells nothing: another may
+/// have its name.
 void MachineLink::stop(const QString& why)
 {
     askToStop(why);
     if (m_run) m_run->stop(why);
     m_run.reset();
     m_simulator.reset();
+    if (std::exchange(m_isRunning, false)) tellEnd(why);
     m_jobs.endRest();
 }
 

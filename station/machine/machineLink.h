@@ -19,7 +19,7 @@ struct LinkSurroundings
 };
 
 /// One link of the station: its driver, its thread, its values and its jobs. It stays alive, with
-/// its last values, for whoever still reads it after its stop.
+/// its last values, for whoever still reads it after its stop; none of them is good then.
 ///
 /// A link that the system cannot serve, because it has no memory for a driver or no program for the
 /// simulated PLC, is there all the same: it is lost, and says why.
@@ -42,8 +42,9 @@ public:
     /// @param why  the reason for the unfinished jobs, in words
     void askToStop(const QString& why);
 
-    /// Ends the link for good. The ends of all jobs are told before it returns.
-    /// @param why  the reason for the unfinished jobs, in words
+    /// Ends the link for good. All its values are bad, and the ends of all jobs are told, before it
+    /// returns.
+    /// @param why  the reason for the unfinished jobs and the bad values, in words
     void stop(const QString& why);
 
     /// False: the system could not serve it, see above.
@@ -113,7 +114,7 @@ private:
     LinkRun::Settings settings(const LinkSurroundings& surroundings);
     void makeRun(const LinkSurroundings& surroundings, DriverCopies& copies);
     void notePlan();
-    void tellTrouble();
+    void tellEnd(const QString& why);
 
     const LinkConfig m_config;
     LinkValues m_values; ///< guards itself
@@ -129,6 +130,7 @@ private:
     // Used by the main thread only; empty behind stop().
     std::unique_ptr<SimulatedPlc> m_simulator; ///< the link's thread calls only its open()
     std::unique_ptr<LinkRun> m_run;            ///< jobs reach it through m_jobs
+    bool m_isRunning = false;                  ///< between start() and stop()
 };
 
 #endif

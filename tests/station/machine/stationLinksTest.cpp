@@ -88,6 +88,39 @@ TEST_F(StationLinksTest, ThatDidNotChangeGoOn)
               summaryOf(write(*changed, 0, "1")));
 }
 
+TEST_F(StationLinksTest, ThatAreTakenOutKeepNoGoodValue)
+{
+    ControlledPlc plc;
+    LinkConfig config = named("gone", plc.link());
+    config.tags[0].rate.kind = ReadRate::ONCE; // its value never gets too old
+    links.apply({config});
+    ASSERT_TRUE(becomesGood("gone"));
+    const auto gone = links.find(QLatin1String("gone"));
+    const std::vector<TagReading> before = gone->values().readings();
+    links.apply({});
+    const std::string why = "the link's configuration was changed or taken out";
+    EXPECT_EQ(LINK_LOST, gone->values().state().standing);
+    EXPECT_EQ(why, gone->values().state().trouble.toStdString());
+    for (size_t tag = 0; tag < before.size(); ++tag) {
+        const TagReading after = gone->values().reading(int(tag));
+        EXPECT_EQ(BAD, after.quality);
+        EXPECT_EQ(why, after.trouble.toStdString());
+        EXPECT_EQ(before[tag].bytes, after.bytes);
+    }
+}
+
+TEST_F(StationLinksTest, ThatNeverRanTellNothing)
+{
+    ControlledPlc plc;
+    links.apply({named("kept", plc.link())});
+    ASSERT_TRUE(becomesGood("kept"));
+    const quint64 last = events.lastId();
+    LinkConfig changed = named("kept", plc.link());
+    changed.timeoutMs += 1;
+    EXPECT_THROW(links.apply({changed, named("bad", QLatin1String("what:"))}), LinkTextError);
+    EXPECT_EQ(last, events.lastId());
+}
+
 TEST_F(StationLinksTest, StayAsTheyAreWhenAConfigurationIsBad)
 {
     ControlledPlc plc;
