@@ -10,7 +10,7 @@
 namespace {
 
 const qint64 MEBIBYTE = 1024 * 1024;
-enum { SMALLEST_CAP = 4, LARGEST_LOG = 16, PARTS_OF_CAP = 8 }; // the first two in MiB
+enum { LARGEST_LOG = 16, PARTS_OF_CAP = 8 }; // the first in MiB
 enum { BYTES_OF_WAITING_ROW = 512, BYTES_OF_FRESH_ROW = 4096 };
 enum { MOST_WAITING_ROWS = 100000, MOST_FRESH_ROWS = 65536 };
 enum { STEPS = 512, PACKS_IN_STEP = 32 };
@@ -69,7 +69,7 @@ bool isTooLong(SqliteFile& file, const HistoryCap& cap)
 
 HistoryCap::HistoryCap(qint64 capBytes)
 {
-    const qint64 bytes = std::max(capBytes, SMALLEST_CAP * MEBIBYTE);
+    const qint64 bytes = std::max(capBytes, LEAST_BYTES);
     logBytes = std::min(bytes / PARTS_OF_CAP, LARGEST_LOG * MEBIBYTE);
     fileBytes = bytes - logBytes;
     rowBytes = fileBytes - logBytes;

@@ -12,7 +12,9 @@
 ///                                            are dropped  move into the file
 struct HistoryCap
 {
-    /// @param capBytes  less than 4 MiB counts as 4 MiB
+    static constexpr qint64 LEAST_BYTES = qint64(4) * 1024 * 1024;
+
+    /// @param capBytes  less than LEAST_BYTES counts as that
     explicit HistoryCap(qint64 capBytes);
 
     qint64 rowBytes;    ///< the oldest rows are dropped beyond that

@@ -1,5 +1,6 @@
 #include "program/configFile.h"
 
+#include "history/historyCap.h"
 #include "plan/durationText.h"
 #include "program/configKeys.h"
 #include "program/configLinks.h"
@@ -9,8 +10,6 @@
 #include <QFileInfo>
 
 namespace {
-
-const qint64 LEAST_CAP = qint64(4) * 1024 * 1024;
 
 enum { SHORTEST_OVERRIDE_MS = 1000, LONGEST_OVERRIDE_MS = 24 * 3600 * 1000 };
 
@@ -25,9 +24,11 @@ QString takeListen(const QString& text, ListenAddress& listen)
 QString takeCap(const QString& text, qint64& bytes)
 {
     const std::optional<qint64> found = sizeBytes(text);
-    if (!found || *found < LEAST_CAP)
+    if (!found)
         return QString(QLatin1String("\"%1\" is no size such as 256MiB, from 4MiB to 1024GiB"))
             .arg(text);
+    if (*found < HistoryCap::LEAST_BYTES)
+        return QString(QLatin1String("%1 is too small: the smallest is 4MiB")).arg(text);
     bytes = *found;
     return QString();
 }

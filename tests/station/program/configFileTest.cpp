@@ -182,9 +182,10 @@ TEST_F(ConfigFile, HistoryHasALeastCapAndAnOverrideWithinADay)
 {
     EXPECT_EQ("", mistakesOf("[history]\ncap = \"4MiB\"\noverride = \"1s\""));
     EXPECT_EQ("", mistakesOf("[history]\noverride = \"1440m\""));
-    EXPECT_EQ("station.toml: line 2: cap: \"4095KiB\" is no size such as 256MiB, from 4MiB to "
-              "1024GiB",
+    EXPECT_EQ("station.toml: line 2: cap: 4095KiB is too small: the smallest is 4MiB",
               mistakesOf("[history]\ncap = \"4095KiB\""));
+    EXPECT_EQ("station.toml: line 2: cap: \"4\" is no size such as 256MiB, from 4MiB to 1024GiB",
+              mistakesOf("[history]\ncap = \"4\""));
     EXPECT_EQ("station.toml: line 2: override: 999ms is not from 1s to 1440m",
               mistakesOf("[history]\noverride = \"999ms\""));
     EXPECT_EQ("station.toml: line 2: override: 10 is no duration such as 500ms, 10s or 5m",
