@@ -43,8 +43,8 @@ public:
     /// The span in `points` parts.
     std::vector<Bucket> buckets(const Query& query);
 
-    /// At most `most` rows, oldest first. To go on behind a row, put its time into `from` and its
-    /// sequence into `after`; 0: from the first row on.
+    /// At most `most` rows, oldest first, with the ends of the runs. To go on behind a row, put its
+    /// time into `from` and its sequence into `after`; 0: from the first row on.
     std::vector<Row> rows(const Query& query, qint64 after, int most);
 
     Standing standing() const;

@@ -7,13 +7,14 @@
 
 #include <vector>
 
-/// The value and quality of a tag from a time on.
+/// The value and quality of a tag from a time on. A row that tells the end of a run of the station
+/// has no value, and the sequence of the row before it.
 struct HistoryRow
 {
     qint64 sequence = 0;   ///< counts up from 1 over all rows of the history, in order of coming
     qint64 time = 0;       ///< ms since 1970
     double value = 0;      ///< only with hasValue; may be nan, inf and -inf
-    bool hasValue = false; ///< false: the tag was never read
+    bool hasValue = false; ///< false: the tag was never read, or a run ended
     Quality quality = BAD;
 
     bool isGood() const

@@ -57,10 +57,12 @@ std::vector<VisibleRun> visibleRuns(const std::vector<StationRun>& runs, qint64 
 std::vector<VisibleRun> visibleRuns(SqliteFile& file, qint64 from, qint64 until)
 {
     SqliteStatement query(
-        file, "SELECT era, begin, end FROM runs WHERE end > ? AND begin < ? ORDER BY id");
+        file, "SELECT era, begin, end, sequence, id < (SELECT max(id) FROM runs) FROM runs"
+              " WHERE end > ? AND begin < ? ORDER BY id");
     query.bind(0, from).bind(1, until);
     std::vector<StationRun> runs;
     while (query.next())
-        runs.push_back({query.integer(0), query.integer(1), query.integer(2)});
+        runs.push_back({query.integer(0), query.integer(1), query.integer(2), query.integer(3),
+                        query.integer(4) != 0});
     return visibleRuns(runs, from, until);
 }

@@ -10,6 +10,8 @@ struct StationRun
 {
     qint64 era = 0;
     qint64 begin = 0, end = 0; ///< ms since 1970
+    qint64 sequence = 0;       ///< of the last row until its end
+    bool isOver = false;       ///< another run follows it
 };
 
 /// A piece of a run of which the history tells.

@@ -120,7 +120,8 @@ TEST(HistoryBuckets, TellOfTheLaterTimeWhenTheClockWasSetBack)
     for (const double value : {7, 8})
         secondWith(room, value);
     EXPECT_EQ("1 2 7 8 5 6", room.lasts(0, 6000, 6));
-    EXPECT_EQ("0 1 good, 1000 2 good, 2000 7 good, 3000 8 good, 4000 5 good, 5000 6 good",
+    EXPECT_EQ("0 1 good, 1000 2 good, 2000 7 good, 3000 8 good, 4000 5 good, 5000 6 good, "
+              "6000 none bad",
               room.rows());
 }
 

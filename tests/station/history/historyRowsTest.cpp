@@ -14,6 +14,18 @@ std::vector<Tag> oneTag(double deadband, Tag::Type type = Tag::INT16)
     return tags;
 }
 
+/// A run, three seconds without the station, and a run.
+void runStopAndRun(HistoryRoom& room)
+{
+    room.answer(0, 5);
+    room.second();
+    room.kill();
+    room.clock.passMs(3000);
+    room.startStation();
+    room.answer(0, 6);
+    room.second();
+}
+
 } // namespace
 
 TEST(HistoryRows, HoldEachChangeWithTheTimeOfItsAnswer)
@@ -120,7 +132,56 @@ TEST(HistoryRows, GoOnWhenATagGetsAnotherType)
     room.startStation();
     room.answer(0, 2.5);
     room.second();
-    EXPECT_EQ("0 5 good, 1500 2.5 good", room.rows());
+    EXPECT_EQ("0 5 good, 1000 none bad, 1500 2.5 good", room.rows());
+}
+
+TEST(HistoryRows, TellTheEndOfEachRunButOfTheOneThatGoesOn)
+{
+    HistoryRoom room(oneTag(0));
+    runStopAndRun(room);
+    EXPECT_EQ("0 5 good, 1000 none bad, 4000 6 good", room.rows());
+    room.clock.passMs(60000); // nobody looked: a run ends there, too
+    room.second();
+    EXPECT_EQ("0 5 good, 1000 none bad, 4000 6 good, 5000 none bad, 66000 6 stale", room.rows());
+}
+
+TEST(HistoryRows, TellTheEndOfARunOnlyToWhoAsksForItsTime)
+{
+    HistoryRoom room(oneTag(0));
+    runStopAndRun(room);
+    HistoryReader reader(room.fileName());
+    const auto count = [&](qint64 from, qint64 until) {
+        return reader
+            .rows({QLatin1String("plc"), QLatin1String("tag0"), room.begin + from,
+                   room.begin + until, 1},
+                  0, 10)
+            .size();
+    };
+    EXPECT_EQ(1u, count(500, 1001));
+    EXPECT_EQ(0u, count(500, 1000));
+    EXPECT_EQ(0u, count(1001, 4000));
+}
+
+TEST(HistoryRows, AndTheEndsOfRunsAreReadOneByOne)
+{
+    HistoryRoom room(oneTag(0));
+    for (int i = 0; i < 3; ++i)
+        runStopAndRun(room);
+    HistoryReader reader(room.fileName());
+    HistoryQuery query{QLatin1String("plc"), QLatin1String("tag0"), 0, room.clock.wall(), 1};
+    const std::vector<HistoryRow> all = reader.rows(query, 0, 1000);
+    EXPECT_EQ(9u, all.size());
+    qint64 after = 0;
+    for (const HistoryRow& expected : all) {
+        const std::vector<HistoryRow> page = reader.rows(query, after, 1);
+        ASSERT_EQ(1u, page.size());
+        EXPECT_EQ(expected.time, page[0].time);
+        EXPECT_EQ(expected.hasValue, page[0].hasValue);
+        EXPECT_EQ(expected.sequence, page[0].sequence);
+        query.from = page[0].time;
+        after = page[0].sequence;
+    }
+    EXPECT_TRUE(reader.rows(query, after, 1).empty());
 }
 
 TEST(HistoryRows, AreReadPageByPage)

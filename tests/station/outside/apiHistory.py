@@ -2,6 +2,7 @@
 
 import csv
 import io
+import signal
 import time
 
 from processes import eventually
@@ -64,6 +65,21 @@ class ApiHistory(StationTest):
         good = [row[3] for row in lines if row[2] == "still" and row[4] == "good"]
         self.assertEqual(["0", "1", "2", "3"], good)
         self.assertEqual(404, served.get("/api/v1/history.csv?tag=x").status)
+
+    def test_rows_tell_where_the_station_did_not_run(self):
+        simulator, served = self.station_with_plc("still", options="--state state")
+
+        def ends():
+            answer = served.get("/api/v1/history.csv?link=plc")
+            rows = list(csv.reader(io.StringIO(answer.body.decode(), newline="")))
+            return [tuple(row[3:]) for row in rows[1:]]
+        self.assertTrue(eventually(lambda: ("0", "good") in ends()), served)
+        served.end(signal.SIGKILL)
+        served = self.station(f"--link {simulator.link} --tags tags.csv --state state")
+        self.assertTrue(eventually(lambda: ends().count(("0", "good")) == 2), served)
+        found = ends()
+        first = found.index(("0", "good"))
+        self.assertIn(("", "bad"), found[first:found.index(("0", "good"), first + 1)])
 
     def test_a_station_may_keep_none(self):
         _, served = self.station_with_plc("level", options="--no-history")
