@@ -73,13 +73,20 @@ std::optional<HttpResponse> GuardedRoutes::refusal(const HttpRequest& withoutBod
     if (now->token) {
         if (auto refused = tokenRefusal(withoutBody, *now->token)) return refused;
     }
-    if (withoutBody.method == "POST") return postRefusal(withoutBody, *host);
+    // Elsewhere the routes say that the path is unknown, or what it takes.
+    if (withoutBody.method == "POST" && routesOf(withoutBody).takesPost(withoutBody.path))
+        return postRefusal(withoutBody, *host);
     return std::nullopt;
 }
 
 void GuardedRoutes::answer(const HttpRequest& request, const HttpAnswer& answer)
 {
-    (m_ownRoutes.isPublic(request.path) ? m_ownRoutes : m_routes).answer(request, answer);
+    routesOf(request).answer(request, answer);
+}
+
+const HttpRoutes& GuardedRoutes::routesOf(const HttpRequest& request) const
+{
+    return m_ownRoutes.isPublic(request.path) ? m_ownRoutes : m_routes;
 }
 
 std::optional<HttpResponse> GuardedRoutes::tokenRefusal(const HttpRequest& request,

@@ -12,7 +12,7 @@
 
 /// The station's routes behind the checks that every request has to pass, and the login.
 ///
-///     Host  -->  token  -->  POST's own checks  -->  route
+///     Host  -->  token  -->  POST's own checks, where the path takes POST  -->  route
 ///
 /// setAccess() may be called from any thread, everything else only from the HTTP thread.
 class GuardedRoutes : public RequestHandler
@@ -34,6 +34,7 @@ private:
         QStringList hostNames;
     };
 
+    const HttpRoutes& routesOf(const HttpRequest& request) const;
     std::shared_ptr<const Access> access() const;
     std::optional<HttpResponse> tokenRefusal(const HttpRequest& request, const AccessToken& token);
     std::optional<HttpResponse> guessRefusal(const QByteArray& shown, const HttpRequest& request,

@@ -28,6 +28,7 @@ qint64 GuessLimit::wait(const QHostAddress& peer, qint64 now) const
 
 void GuessLimit::wrong(const QHostAddress& peer, qint64 now)
 {
+    if (peer.isLoopback()) return;
     qint64& paidOff = m_paidOff[networkOf(peer)];
     paidOff = std::max(paidOff, now) + GUESS_US;
     if (m_paidOff.size() <= MOST_NETWORKS) return;

@@ -9,7 +9,8 @@
 /// five seconds. One thread uses it. Times are those of StationClock::steady(), in microseconds.
 ///
 /// Only a token that is shown is a guess: whoever is logged in is never held up, also behind the
-/// same proxy as somebody who guesses.
+/// same proxy as somebody who guesses. A proxy on this machine stands for everybody, so its address
+/// is never held up: one who guesses would keep all others out.
 class GuessLimit
 {
 public:

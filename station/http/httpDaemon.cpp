@@ -225,14 +225,14 @@ MHD_Result HttpDaemon::headEnded(HttpConnection& connection, const char* method,
     connection.times.headEnded(m_now);
     exchange.stage = HttpExchange::BODY;
     if (exchange.head.sequel == JudgedHead::BODY_IS_READ) return MHD_YES;
-    return refuseAndClose(connection, *exchange.head.refusal);
+    return answerAndClose(connection, *exchange.head.refusal);
 }
 
 MHD_Result HttpDaemon::bodyCame(HttpConnection& connection, const char* data, size_t size)
 {
     HttpExchange& exchange = *connection.exchange;
     exchange.bodyBytes += qint64(size);
-    if (exchange.bodyBytes > MOST_BODY_BYTES) return refuseAndClose(connection, bodyTooLarge());
+    if (exchange.bodyBytes > MOST_BODY_BYTES) return answerAndClose(connection, bodyTooLarge());
     if (!exchange.head.refusal) exchange.head.request.body.append(data, int(size));
     return MHD_YES;
 }
@@ -260,6 +260,9 @@ MHD_Result HttpDaemon::sendAnswer(HttpConnection& connection)
 
 MHD_Result HttpDaemon::send(HttpConnection& connection, const HttpResponse& response)
 {
+    // Of a body without a known size the library would send the end even here.
+    if (response.stream && connection.exchange->head.request.method == "HEAD")
+        return answerAndClose(connection, response);
     connection.times.bodyEnded();
     connection.exchange->stage = HttpExchange::ANSWERED;
     if (response.stream) setPatience(connection.socket, PATIENCE_WITH_STREAM_MS);
@@ -273,7 +276,7 @@ MHD_Result HttpDaemon::send(HttpConnection& connection, const HttpResponse& resp
 
 /// The library takes no answer in the middle of a body, and closes its socket over bytes that it
 /// has not read: so the station answers by itself, on a second descriptor of the socket.
-MHD_Result HttpDaemon::refuseAndClose(const HttpConnection& connection,
+MHD_Result HttpDaemon::answerAndClose(const HttpConnection& connection,
                                       const HttpResponse& response)
 {
     m_farewells.say(Descriptor(fcntl(connection.socket, F_DUPFD_CLOEXEC, 0)),

@@ -64,7 +64,7 @@ private:
     MHD_Result bodyEnded(HttpConnection& connection);
     MHD_Result sendAnswer(HttpConnection& connection);
     MHD_Result send(HttpConnection& connection, const HttpResponse& response);
-    MHD_Result refuseAndClose(const HttpConnection& connection, const HttpResponse& response);
+    MHD_Result answerAndClose(const HttpConnection& connection, const HttpResponse& response);
     void answered(HttpConnection& connection);
     void suspend(HttpConnection& connection, HttpConnection::Rest rest);
 

@@ -41,6 +41,12 @@ bool HttpRoutes::isPublic(const QByteArray& path) const
     return found != m_paths.end() && found->second.isPublic;
 }
 
+bool HttpRoutes::takesPost(const QByteArray& path) const
+{
+    const auto found = m_paths.find(path);
+    return found != m_paths.end() && found->second.functions.count("POST") > 0;
+}
+
 void HttpRoutes::answer(const HttpRequest& request, const HttpAnswer& answer) const
 {
     const auto path = m_paths.find(request.path);

@@ -23,6 +23,7 @@ public:
     }
 
     bool isPublic(const QByteArray& path) const;
+    bool takesPost(const QByteArray& path) const;
 
     /// Answers the request: 404 for an unknown path, 405 with `Allow` for another method. HEAD is
     /// answered as GET; the server leaves the body out.

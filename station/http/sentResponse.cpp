@@ -67,6 +67,8 @@ QByteArray lastResponse(const HttpResponse& response)
                        MHD_get_reason_phrase_for(unsigned(response.status)) + "\r\n";
     for (const auto& header : allHeaders(response))
         bytes += header.first + ": " + header.second + "\r\n";
-    bytes += "Connection: close\r\nContent-Length: " + QByteArray::number(response.body.size());
-    return bytes + "\r\n\r\n" + response.body;
+    bytes += "Connection: close\r\n";
+    if (!response.stream)
+        bytes += "Content-Length: " + QByteArray::number(response.body.size()) + "\r\n";
+    return bytes + "\r\n" + response.body;
 }

@@ -37,6 +37,16 @@ def request_bytes(method, path, headers, body=b""):
     return "".join(f"{line}\r\n" for line in [*lines, ""]).encode() + body
 
 
+def own_address():
+    """An address of this machine by which others reach it; None: it has none. Nothing is sent."""
+    with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as used:
+        try:
+            used.connect(("203.0.113.1", 9))
+        except OSError:
+            return None
+        return used.getsockname()[0]
+
+
 class Connection:
     """A TCP connection to the station, on which a test sends what it likes."""
 

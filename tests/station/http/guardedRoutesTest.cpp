@@ -113,6 +113,15 @@ TEST_F(GuardedRoute, TakesOnlyThePostsOfItsOwnPage)
     EXPECT_EQ(415, post(typed("text/plain;application/json")));
 }
 
+TEST_F(GuardedRoute, IsSoughtBeforeThePostIsJudged)
+{
+    EXPECT_EQ(405, status(request("POST", "/page")));
+    EXPECT_EQ(404, status(request("POST", "/none")));
+    guarded.setAccess("secret", {});
+    EXPECT_EQ(401, status(request("POST", "/page")));
+    EXPECT_EQ(401, status(request("POST", "/none")));
+}
+
 TEST_F(GuardedRoute, NeedsTheTokenOnceThereIsOne)
 {
     EXPECT_EQ(200, page("authorization", "Bearer other"));

@@ -25,6 +25,14 @@ TEST(GuessLimit, TenWrongGuessesAreFree)
     EXPECT_EQ(5000, limit.wait(PEER, BEGIN));
 }
 
+TEST(GuessLimit, AProxyOnThisMachineIsNeverHeldUp)
+{
+    GuessLimit limit;
+    guess(limit, QHostAddress(QLatin1String("127.0.0.1")), 100, BEGIN);
+    guess(limit, QHostAddress(QLatin1String("::1")), 100, BEGIN);
+    guess(limit, QHostAddress(QLatin1String("::ffff:127.0.0.1")), 100, BEGIN);
+}
+
 TEST(GuessLimit, OneMoreEveryFiveSeconds)
 {
     GuessLimit limit;

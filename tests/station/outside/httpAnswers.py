@@ -31,7 +31,7 @@ class HttpAnswers(StationTest):
             answer.status, list(answer.json), answer.headers["content-type"]))
 
     def test_another_method_is_told_the_ones_that_the_path_takes(self):
-        for method in ("DELETE", "PUT", "PATCH", "OPTIONS"):
+        for method in ("DELETE", "PUT", "PATCH", "OPTIONS", "POST"):
             with self.subTest(method=method):
                 answer = self.served.request(method, "/api/v1/values", {"Content-Length": "0"})
                 self.assertEqual((405, "GET, HEAD"), (answer.status, answer.headers["allow"]))
@@ -43,6 +43,15 @@ class HttpAnswers(StationTest):
                 head.status, head.headers["content-type"], head.body))
             # Bytes of a body would be taken for the next answer.
             self.assertEqual(200, self.served.get("/api/v1/station", connection=connection).status)
+
+    def test_head_of_a_stream_is_its_head_alone(self):
+        for path, kind in (("/api/v1/events", "text/event-stream"),
+                           ("/api/v1/history.csv", "text/csv; charset=utf-8; header=present")):
+            with self.subTest(path=path), self.served.connect() as connection:
+                head = self.served.request("HEAD", path, connection=connection)
+                self.assertEqual((200, kind, None), (
+                    head.status, head.headers["content-type"], head.headers.get("content-length")))
+                self.assertTrue(connection.is_closed(), "something came behind the head")
 
     def test_a_connection_serves_one_request_after_the_other(self):
         with self.served.connect() as connection:

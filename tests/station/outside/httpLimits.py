@@ -1,10 +1,9 @@
 """How much of the station a client can take: sizes, connections, and its time."""
 
 import contextlib
-import socket
 import time
 
-from httpClient import Connection, request_bytes
+from httpClient import Connection, own_address, request_bytes
 from stationProgram import StationTest
 
 LOGIN = "/api/v1/login"
@@ -111,16 +110,6 @@ class HttpConnections(StationTest):
                 kept.enter_context(served.connect())
             for _ in range(20):
                 self.assertEqual(503, served.get("/api/v1/station").status)
-
-
-def own_address():
-    """An address of this machine by which others reach it; None: it has none. Nothing is sent."""
-    with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as used:
-        try:
-            used.connect(("203.0.113.1", 9))
-        except OSError:
-            return None
-        return used.getsockname()[0]
 
 
 class HttpPeers(StationTest):
