@@ -42,14 +42,18 @@ class BrowserTest(unittest.TestCase):
         self.control = self._keep(PlcControl(self.folder / "control"))
         self.file("tags.csv", self.tags)
         self.station = self._keep(Program(
-            [PROGRAMS / "kakb-station", "--listen", "127.0.0.1:0", "--tags", "tags.csv", "--link",
-             self.plc.link, "--state", "state", "--timeout-ms", "200", "--allow-writes"],
+            [PROGRAMS / "kakb-station", "--state", "state", *self.station_arguments()],
             self.folder))
         self.station.await_that(lambda: self.station.lines)
         port = int(self.station.lines[0].rstrip("/").rsplit(":", 1)[1])
         self.relay = self._keep(TcpRelay(("127.0.0.1", port)))
         self.browser = None
         self.refusals = 0  # requests of the test that the station refuses
+
+    def station_arguments(self):
+        """What the station serves."""
+        return ["--listen", "127.0.0.1:0", "--tags", "tags.csv", "--link", self.plc.link,
+                "--timeout-ms", "200", "--allow-writes"]
 
     def _keep(self, started):
         self.addCleanup(started.close)

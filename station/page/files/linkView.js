@@ -88,11 +88,11 @@ export class View {
         }
     }
 
-    /** A plan changes only with the configuration, and then the view's values do, too. */
+    /** A plan changes only with the configuration, and then all values come anew. */
     async readPlan(link) {
-        if (this.plans.get(link)?.shape === this.model.shape) return;
+        if (this.plans.get(link)?.fullCount === this.model.fullCount) return;
         const plan = await getJson("plan", { link });
-        this.plans.set(link, { shape: this.model.shape, plan });
+        this.plans.set(link, { fullCount: this.model.fullCount, plan });
     }
 
     draw(station) {

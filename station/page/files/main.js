@@ -16,6 +16,7 @@ const surroundings = { model, stream, isLive: () => stream.isLive, announce };
 const views = { values: new ValuesView(surroundings) };
 let shownView = "";
 let isFrameAsked = false;
+let knownFullCount = 0; ///< the count of full values at the last reading of the station
 
 /** Says something to those who hear the page.
  * @param {string} text */
@@ -28,6 +29,7 @@ function announce(text) {
 function onNews() {
     if (stream.isLive && root.dataset.stream !== "live") views[shownView]?.update();
     showStream();
+    if (model.fullCount !== knownFullCount) readStation();
     if (isFrameAsked) return;
     isFrameAsked = true;
     requestAnimationFrame(() => {
@@ -59,7 +61,9 @@ function showStation(station) {
         : "Nothing can be written: the station was started without --allow-writes.";
 }
 
+/** Links, the name and the leave to write change with a reload, which brings full values. */
 async function readStation() {
+    knownFullCount = model.fullCount;
     try {
         showStation(await getJson("station"));
         onNews();

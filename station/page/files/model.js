@@ -34,6 +34,8 @@ export class Model {
         this.beat = null;
         /** Grows when tags came or went. */
         this.shape = 0;
+        /** Grows with all values at once: the configuration may be another one. */
+        this.fullCount = 0;
         this.changed = new Set(); // keys, until takeChanges()
         /** @type {((change: TagValue) => void)[]} */
         this.valueListeners = [];
@@ -87,6 +89,7 @@ export class Model {
     }
 
     replace(values) {
+        ++this.fullCount;
         const before = [...this.values.keys()].join("\0");
         this.values = new Map(values.map((value) => [tagKey(value.link, value.tag), value]));
         if ([...this.values.keys()].join("\0") !== before) ++this.shape;

@@ -1,5 +1,6 @@
 """The page's stream in a real browser: a lost stream is seen, and tabs share one."""
 
+import signal
 import time
 
 from stationBrowser import ODD_NAME, STREAM, BrowserTest
@@ -54,4 +55,39 @@ class BrowserStream(BrowserTest):
     def test_name_of_the_panel_serves_the_page(self):
         self.browse(1280, 800, "panel.local")
         self.assertFalse(self.browser.script("return isSecureContext"))
+        self.nothing_went_wrong()
+
+
+class BrowserReload(BrowserTest):
+    """A page that is open while the station reads its configuration again."""
+
+    def station_arguments(self):
+        self.configure("plc", "other", allow_writes=True)
+        return ["--config", "station.toml"]
+
+    def configure(self, *links, allow_writes):
+        """Writes a configuration whose first link leads to the PLC, the others nowhere."""
+        places = [self.plc.link] + ["tcp:127.0.0.1,1"] * (len(links) - 1)
+        self.file("station.toml", 'listen = "127.0.0.1:0"\n' + (
+            f"allow_writes = {str(allow_writes).lower()}\n") + "".join(
+                f'[[link]]\nname = "{name}"\nlink = "{place}"\ntags = "tags.csv"\n'
+                for name, place in zip(links, places)))
+
+    def links_offered(self):
+        """The links whose frames a person can choose."""
+        return [option.get_attribute("value")
+                for option in self.browser.all("#frames-link option")]
+
+    def test_page_follows_the_links_and_the_leave_to_write(self):
+        self.browse(1280, 800)
+        self.view("frames")
+        self.awaits(lambda: self.links_offered() == ["plc", "other"], "not both links")
+        self.awaits(lambda: self.browser.all("[data-writes=allowed]"), "writing is not allowed")
+        self.configure("plc", allow_writes=False)
+        self.station.process.send_signal(signal.SIGHUP)
+        self.awaits(lambda: self.browser.all("[data-writes=refused]"), "writing seems allowed")
+        self.awaits(lambda: self.links_offered() == ["plc"], "the link that went is offered")
+        self.view("values")
+        self.assertEqual([], self.browser.all("[data-edit]"))
+        self.assertEqual("good", self.quality("setpoint"))
         self.nothing_went_wrong()
