@@ -58,9 +58,14 @@ watch_station() {
     inside "$fresh" 'cd /
         STATE_DIRECTORY=/tmp/state kakb-station --config /etc/kakb-station/station.toml \
             >/packages/station &
-        until grep -q ^http /packages/station; do sleep 0.1; done
-        sleep 1
-        curl --silent --fail http://127.0.0.1:8480/ | grep -q data-stream
+        trap "kill $!" ERR
+        until grep ^http /packages/station; do
+            kill -0 $!
+            sleep 0.1
+        done
+        curl --silent --fail http://127.0.0.1:8480/ >/packages/page
+        grep data-stream /packages/page
+        curl --silent --fail-with-body --retry 10 --retry-delay 1 http://127.0.0.1:8480/healthz
         curl --silent --fail http://127.0.0.1:8480/api/v1/values | tee /packages/values
         grep -q "\"quality\":\"good\"" /packages/values
         kill $!
