@@ -12,6 +12,7 @@ import time
 
 PATIENCE_S = 20  # for what comes at once on an idle machine
 POLL_S = 0.01
+SANITIZER_REPORT = re.compile(r"Sanitizer: |runtime error: ")
 
 
 def eventually(condition, seconds=PATIENCE_S):
@@ -132,12 +133,18 @@ class Program:
         return self.wait(seconds)
 
     def close(self):
-        """Kills the program if it still runs."""
+        """Kills the program if it still runs; fails when a sanitizer has found something in it.
+
+        Closing it again does nothing."""
+        if self.err_file.closed:
+            return
         if self.process.poll() is None:
             self.process.send_signal(signal.SIGKILL)
         self.process.wait()
+        report = str(self) if SANITIZER_REPORT.search(self.err) else None
         for file in (self.out_file, self.err_file):
             file.close()
+        assert not report, report
 
 
 def matching(lines, pattern):
