@@ -8,6 +8,7 @@
 #include <QFileInfo>
 
 #include <cstdio>
+#include <utility>
 
 namespace {
 
@@ -117,16 +118,20 @@ void HistoryWriter::moveAside(const QString& reason)
                  QLatin1String("); it is kept as ") + aside);
 }
 
+/// Whoever reads standing() must not wait for standard error.
 void HistoryWriter::tellStanding(const QString& trouble)
 {
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    if (!trouble.isEmpty() && m_standing.trouble.isEmpty())
+    QString before;
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        before = std::exchange(m_standing.trouble, trouble);
+        if (m_file) m_standing.rows = m_file->rows();
+        m_standing.dropped = m_droppedBefore + (m_file ? m_file->dropped() : 0);
+    }
+    if (!trouble.isEmpty() && before.isEmpty())
         tellOperator(QLatin1String("the history is not written: ") + trouble);
-    if (trouble.isEmpty() && !m_standing.trouble.isEmpty())
+    if (trouble.isEmpty() && !before.isEmpty())
         tellOperator(QLatin1String("the history is written again"));
-    m_standing.trouble = trouble;
-    if (m_file) m_standing.rows = m_file->rows();
-    m_standing.dropped = m_droppedBefore + (m_file ? m_file->dropped() : 0);
 }
 
 HistoryStanding HistoryWriter::standing() const
