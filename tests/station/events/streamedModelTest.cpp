@@ -114,8 +114,8 @@ public:
     void settle()
     {
         for (int window = 0; window < 25; ++window) {
-            for (int ms = 0; ms < 100; ++ms)
-                passOneMs();
+            for (int turn = 0; turn < 10; ++turn)
+                passTenMs();
             for (Client& client : m_clients)
                 take(client);
         }
@@ -135,9 +135,9 @@ private:
         int stalled = 0; ///< further steps in which it takes nothing
     };
 
-    void passOneMs()
+    void passTenMs()
     {
-        station.clock.passMs(1);
+        station.clock.passMs(10);
         m_moments.push_back(truth(station));
         station.run();
     }
