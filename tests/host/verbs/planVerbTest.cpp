@@ -267,7 +267,7 @@ TEST(PlanVerb, RequestsAreThoseOfAWatch)
         keys << PolledTags::keyOf(block);
     for (int left = watch.poll(keys); left > 0; --left) {
         FRAME_PRO frame;
-        ASSERT_EQ(1, watch.getSendFrame(&frame));
+        ASSERT_TRUE(watch.nextRequest(&frame));
         polled.insert(QByteArray(reinterpret_cast<const char*>(frame.sendBuf), frame.sendLen));
         QByteArray silence;
         QString errorText;
