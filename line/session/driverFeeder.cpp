@@ -20,12 +20,12 @@ void wakeBy(const std::optional<qint64>& due, qint64 now, ExchangeMachine::Step&
 
 DriverFeeder::DriverFeeder(StartedDriver& driver, const LineTiming& timing,
                            const ExchangeMachine::Settings& settings, SessionSink& sink,
-                           qint64 hold)
+                           qint64 hold, std::optional<qint64> longestPause)
     : m_driver(driver),
       m_sink(sink),
       m_exchange(driver, timing, settings,
                  [this](const FRAME_PRO& frame) { return isPointless(frame); }),
-      m_stations(settings.answer),
+      m_stations(settings.answer, longestPause),
       m_held(hold),
       m_probePause(std::min(settings.answer, hold / PROBES_IN_A_HOLD)),
       m_answered(sink),

@@ -25,8 +25,10 @@ class DriverFeeder
 public:
     /// @param hold  longest time that writes wait for a station that has fallen silent, from the
     ///              moment of its silence; 0: they fail at once
+    /// @param longestPause  before a silent station is probed again, see StationWatch
     DriverFeeder(StartedDriver& driver, const LineTiming& timing,
-                 const ExchangeMachine::Settings& settings, SessionSink& sink, qint64 hold = 0);
+                 const ExchangeMachine::Settings& settings, SessionSink& sink, qint64 hold = 0,
+                 std::optional<qint64> longestPause = std::nullopt);
 
     /// Polls the blocks from the next request on, see PollSchedule. Call either poll() or know(),
     /// once, before any other function. Writes, one-shot reads and recipes do not wait for the

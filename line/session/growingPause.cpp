@@ -5,5 +5,5 @@
 
 int GrowingPause::take()
 {
-    return std::exchange(m_nextMs, std::min(2 * m_nextMs, int(LONGEST_MS)));
+    return std::exchange(m_nextMs, std::max(m_firstMs, std::min(2 * m_nextMs, m_longestMs)));
 }

@@ -2,13 +2,16 @@
 #define GROWING_PAUSE_H
 
 /// The pauses between consecutive failed attempts. Each pause is twice as long as the pause before,
-/// up to 30 s.
+/// up to a longest one, or the first one where that is longer.
 class GrowingPause
 {
 public:
     enum { LONGEST_MS = 30000 };
 
-    explicit GrowingPause(int firstMs) : m_firstMs(firstMs), m_nextMs(firstMs) {}
+    explicit GrowingPause(int firstMs, int longestMs = LONGEST_MS)
+        : m_firstMs(firstMs), m_longestMs(longestMs), m_nextMs(firstMs)
+    {
+    }
 
     /// The pause after this failure, in milliseconds. The next pause is longer.
     int take();
@@ -21,6 +24,7 @@ public:
 
 private:
     const int m_firstMs;
+    const int m_longestMs;
     int m_nextMs;
 };
 

@@ -86,6 +86,7 @@ LinkThread::Settings LinkRun::threadSettings(const Settings& settings)
     thread.jobsAtLoss = settings.jobsAtLoss;
     thread.hold = qint64(settings.holdMs) * MILLISECOND;
     thread.firstPauseMs = settings.pauseMs;
+    thread.longestPauseMs = settings.longestPauseMs;
     thread.reopensWhenSilent = settings.address.kind == LinkAddress::NETWORK;
     thread.openLink = settings.opening;
     if (!thread.openLink) {

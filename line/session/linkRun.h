@@ -38,7 +38,8 @@ public:
         int timeoutMs = 500; ///< longest wait for an answer, 1 or more
         int attempts = 3;    ///< a request is given up after so many attempts, 1 or more
         LinkThread::JobsAtLoss jobsAtLoss = LinkThread::JOBS_WAIT;
-        int pauseMs = 500;       ///< before a lost link is opened again; grows with each failure
+        int pauseMs = 500; ///< before a lost link is opened again; grows with each failure
+        std::optional<int> longestPauseMs; ///< see LinkThread::Settings
         int turnaroundUs = 1000; ///< the PLC's time before it answers; only the plan uses it
         int mostGap = ANY_GAP;   ///< longest gap that a request reads, see planReads(); 0: none
         std::optional<qint64> paceMs; ///< a cycle begins so long after the cycle before, or later;

@@ -20,6 +20,12 @@ int firstSilenceMs(const LinkThread::Settings& settings)
                     int(SILENT_TIME_OUTS * settings.exchange.answer / MILLISECOND));
 }
 
+std::optional<qint64> longestProbePause(const LinkThread::Settings& settings)
+{
+    if (!settings.longestPauseMs) return std::nullopt;
+    return qint64(*settings.longestPauseMs) * MILLISECOND;
+}
+
 QString lostText(const QString& trouble)
 {
     return QLatin1String("link lost: ") + trouble;
@@ -31,7 +37,8 @@ LinkThread::LinkThread(const DriverLibrary& driver, const Settings& settings, Li
     : m_driver(driver),
       m_settings(settings),
       m_sink(sink),
-      m_pause(settings.firstPauseMs),
+      m_pause(settings.firstPauseMs,
+              settings.longestPauseMs.value_or(int(GrowingPause::LONGEST_MS))),
       m_longestSilence(firstSilenceMs(settings))
 {
     m_reopenAfter = qint64(m_longestSilence.take()) * MILLISECOND;
@@ -133,7 +140,8 @@ void LinkThread::run()
 void LinkThread::runUntilStopped()
 {
     StartedDriver driver(m_driver, m_settings.attempts);
-    DriverFeeder feeder(driver, m_settings.timing, m_settings.exchange, m_sink, m_settings.hold);
+    DriverFeeder feeder(driver, m_settings.timing, m_settings.exchange, m_sink, m_settings.hold,
+                        longestProbePause(m_settings));
     while (!m_stop)
         runOnce(feeder);
     takeWork(feeder); // jobs that were handed in meanwhile end, too

@@ -14,6 +14,7 @@
 #include <atomic>
 #include <functional>
 #include <mutex>
+#include <optional>
 #include <vector>
 
 /// The thread of one link. It owns the link and makes all driver calls, so the line does not wait
@@ -38,7 +39,10 @@ public:
         ExchangeMachine::Settings exchange;
         int attempts = 3;
         JobsAtLoss jobsAtLoss = JOBS_WAIT;
-        int firstPauseMs = 500;         ///< before a lost link is opened again; see GrowingPause
+        int firstPauseMs = 500; ///< before a lost link is opened again; see GrowingPause
+        /// Before a lost link is opened again or a silent station is asked again; empty: 30 s for
+        /// the link, see GrowingPause, and 120 time-outs for a station, see StationWatch.
+        std::optional<int> longestPauseMs;
         bool reopensWhenSilent = false; ///< opens anew when no station answers and no byte comes
         qint64 hold = 0; ///< microseconds that writes wait for a silent station, see DriverFeeder
     };

@@ -16,7 +16,12 @@ enum {
 
 } // namespace
 
-StationWatch::StationWatch(qint64 timeOut) : m_timeOut(timeOut) {}
+StationWatch::StationWatch(qint64 timeOut, std::optional<qint64> longestPause)
+    : m_timeOut(timeOut),
+      m_longestPause(std::clamp<qint64>(longestPause.value_or(LONGEST_PAUSE * timeOut),
+                                        FIRST_PAUSE * timeOut, LONGEST_PAUSE * timeOut))
+{
+}
 
 void StationWatch::expect(int station, qint64 now)
 {
@@ -70,8 +75,7 @@ bool StationWatch::gaveUp(int station, bool heard, qint64 now)
             return false;
         }
         pauseFor(state,
-                 std::clamp<qint64>(2 * state.pause, SECOND_PAUSE * m_timeOut,
-                                    LONGEST_PAUSE * m_timeOut),
+                 std::min(std::max(2 * state.pause, SECOND_PAUSE * m_timeOut), m_longestPause),
                  now);
         return false;
     case ANSWERS:

@@ -33,8 +33,10 @@ public:
         qint64 wait; ///< longest wait for the answer; 0: the wait of every request
     };
 
-    /// @param timeOut  wait for an answer, which a probe of a silent station costs
-    explicit StationWatch(qint64 timeOut);
+    /// @param timeOut       wait for an answer, which a probe of a silent station costs
+    /// @param longestPause  before a silent station is probed again, but never less than the first
+    ///                      pause; empty: the pause grows up to 120 time-outs
+    explicit StationWatch(qint64 timeOut, std::optional<qint64> longestPause = std::nullopt);
 
     /// The station is to be polled. Its first probe is due now.
     void expect(int station, qint64 now);
@@ -87,6 +89,7 @@ private:
     static bool goesAhead(const State& a, const State& b);
 
     const qint64 m_timeOut;
+    const qint64 m_longestPause;
     qint64 m_othersUntil = 0; ///< no probe with the whole time-out starts before this time
     std::map<int, State> m_stations;
 };

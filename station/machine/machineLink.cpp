@@ -6,6 +6,13 @@
 #include <numeric>
 #include <utility>
 
+namespace {
+
+/// What comes back is used again within 10 s: after the pause, with time to connect or to answer.
+enum { LONGEST_PAUSE_MS = 8000 };
+
+} // namespace
+
 MachineLink::MachineLink(const LinkConfig& config, const LinkSurroundings& surroundings,
                          DriverCopies& copies, JobAudit& audit)
     : m_config(config),
@@ -46,6 +53,7 @@ LinkRun::Settings MachineLink::settings(const LinkSurroundings& surroundings)
     settings.timeoutMs = m_config.timeoutMs;
     settings.attempts = m_config.attempts;
     settings.pauseMs = m_config.pauseMs;
+    settings.longestPauseMs = LONGEST_PAUSE_MS;
     settings.paceMs = m_config.paceMs;
     settings.jobsAtLoss = LinkThread::JOBS_END;
     if (settings.address.kind == LinkAddress::SIMULATED) {

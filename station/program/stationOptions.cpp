@@ -116,7 +116,7 @@ void addLink(CLI::App& app, StationOptions& options)
         ->check(within(ATTEMPTS_RANGE))
         ->capture_default_str();
     app.add_option("--pause-ms", options.pauseMs,
-                   "pause before a lost link is opened again; doubles up to 30 s")
+                   "pause before a lost link is opened again; doubles up to 8 s")
         ->check(within(PAUSE_RANGE))
         ->capture_default_str();
 }

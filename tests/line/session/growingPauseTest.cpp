@@ -16,6 +16,16 @@ TEST(GrowingPause, NoneIsLongerThanThirtySeconds)
         EXPECT_EQ(ms, pause.take());
 }
 
+TEST(GrowingPause, LongestOneIsNeverShorterThanTheFirst)
+{
+    GrowingPause pause(5000, 8000);
+    for (const int ms : {5000, 8000, 8000})
+        EXPECT_EQ(ms, pause.take());
+    GrowingPause first(9000, 8000);
+    for (const int ms : {9000, 9000})
+        EXPECT_EQ(ms, first.take());
+}
+
 TEST(GrowingPause, SuccessRestartsWithTheFirstPause)
 {
     GrowingPause pause(500);

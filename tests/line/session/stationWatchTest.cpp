@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 // Times are microseconds of a clock that only the tests advance. Pauses are counted in time-outs.
 
 namespace {
@@ -232,6 +234,21 @@ TEST_F(StationWatchTest, PausesGrowUpTo120TimeOuts)
     for (const int pause : {4, 20, 40, 80, 120, 120}) {
         EXPECT_EQ(now + pause * TIME_OUT, nextProbe());
         probeFails();
+    }
+}
+
+TEST_F(StationWatchTest, LongestPauseBoundsTheGrowthAndIsNotShorterThanTheFirst)
+{
+    for (const int longest : {16, 2}) {
+        StationWatch bounded(TIME_OUT, qint64(longest) * TIME_OUT);
+        qint64 time = 0;
+        bounded.gaveUp(STATION, NOT_HEARD, time);
+        for (const int pause : {4, std::max(longest, 4), std::max(longest, 4)}) {
+            EXPECT_EQ(time + pause * TIME_OUT, bounded.nextProbe());
+            time += (pause + 1) * TIME_OUT;
+            ASSERT_TRUE(bounded.takeDueProbe(time));
+            bounded.gaveUp(STATION, NOT_HEARD, time);
+        }
     }
 }
 
