@@ -10,7 +10,6 @@
 #include "driver/driverFile.h"
 #include "links/tcpLink.h"
 #include "program/configuredStation.h"
-#include "program/residentMemory.h"
 #include "program/serviceManager.h"
 #include "program/stationOptions.h"
 #include "program/stationProgram.h"
@@ -69,7 +68,6 @@ void serve(const StationOptions& options, const StationConfig& config, const Dri
     std::printf("%s\n", qUtf8Printable(station.url()));
     std::fflush(stdout);
     tellReady();
-    giveBackStartPages();
     while (nextStationOrder() == RELOAD_STATION)
         reload(station, options, driver);
     tellStopping();

@@ -9,6 +9,7 @@ A mark that no document uses any more is an error.
 # hook: the folder has the hook and nothing else that git would call.
 MARKS = {
     "./demo.sh": ("installs packages and builds", "script"),
+    "./demo.sh --page": ("installs packages and builds", "script"),
     "./test.sh": ("installs packages and builds", "script"),
     "./test.sh --quick": ("builds", "script"),
     "./test.sh --static": ("takes minutes", "script"),

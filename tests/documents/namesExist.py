@@ -14,7 +14,8 @@ FILE = re.compile(r"[\w.-]+(?:/[\w.*-]+)+/?|[\w-]+\.(?:md|sh|py|cpp|h|csv|txt)")
 FOLDERS = ("", "docs", "tests", "tests/unit", "scripts", "simulator", "include", "line/wire", "line/exchange")
 # Not of this tree: what a build makes, what an installed tree has, what is on other machines, and what
 # stands for something else.
-ELSEWHERE = re.compile(r"build/|(lib/)?quorvane-ka-kb/|/|RECORD|tags\.csv$|recipe\.csv$")
+ELSEWHERE = re.compile(
+    r"build/|(lib/)?quorvane-ka-kb/|/|RECORD|tags\.csv$|recipe\.csv$|history\.csv$|application/")
 
 
 class Tree:

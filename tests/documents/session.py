@@ -65,7 +65,6 @@ class Session:
         self.environment = dict(os.environ, LC_ALL="C.UTF-8")
         self.environment["PATH"] = os.pathsep.join([*map(str, programs), os.environ["PATH"]])
         self.environment.pop("KAKB_DRIVER", None)
-        self.environment["XDG_STATE_HOME"] = str(folder / "state")
         self.page = STATION_PAGE  # of the station that was started last
         self.running = []
         self.staying = []
@@ -119,7 +118,9 @@ class Session:
     def _serve(self, command):
         """Starts a simulated PLC, which stays until end()."""
         process = subprocess.Popen(
-            ["bash", "-c", f"exec {command}"], cwd=self.folder, env=self.environment,
+            ["bash", "-c", f"exec {command}"], cwd=self.folder,
+            # A station has its state folder for itself.
+            env={**self.environment, "XDG_STATE_HOME": str(self.folder / f"state{len(self.running)}")},
             stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, text=True)
         self.running.append((command, process))
         line = process.stdout.readline()
