@@ -11,6 +11,12 @@ namespace {
 class HistoryRoutes : public ApiTest
 {
 protected:
+    /// The routes' thread may still read the history.
+    ~HistoryRoutes() override
+    {
+        m_routes = HttpRoutes();
+    }
+
     void keepHistory()
     {
         History::Settings settings;
