@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Builds the driver and its unit, model and property tests for another processor, with Debian's cross
 # compiler and Qt 5, runs them under qemu, and compares the records with the documents.
-# usage: scripts/portability.sh [armhf|arm64|i386|s390x]...|all
+# usage: scripts/portability.sh [--station] [armhf|arm64|i386|s390x]...|all
+#   --station   and kakb-station and its tests without sockets, which takes minutes more
 #   armhf   32-bit ARM, the usual panel (default)
 #   arm64   64-bit ARM
 #   i386    32-bit x86
@@ -21,6 +22,9 @@ model_calls=${MODEL_CALLS:-20000}
 property_cases=${PROPERTY_CASES:-100}
 jobs=${JOBS:-$(nproc)}
 packages=qtbase5-dev,libgtest-dev,libmodbus-dev,libcli11-dev,librapidcheck-dev
+# What the station needs as well.
+packages+=,libqt5serialport5-dev,libpcap-dev,libmicrohttpd-dev,libsqlite3-dev,libsystemd-dev
+packages+=,libtomlplusplus-dev,libjs-dygraphs
 # What no compiler or test reads.
 unneeded=(./usr/share/doc ./usr/share/locale ./usr/share/man ./usr/share/i18n ./usr/share/fonts
     ./usr/share/X11 ./etc ./var)
@@ -64,9 +68,8 @@ sysroot() {
 build() {
     cmake -S . -B "build/portability/$1" -G Ninja -DCMAKE_BUILD_TYPE=Release -DQT_MAJOR=5 \
         -DCMAKE_TOOLCHAIN_FILE="$PWD/cmake/crossBuild.cmake" -DKAKB_ARCH="$1" \
-        -DKAKB_BUILD_KIT=OFF -DKAKB_BUILD_TESTS=ON &&
-        cmake --build "build/portability/$1" --parallel "$jobs" \
-            --target driver unit_tests model_tests property_tests recordLayout
+        -DKAKB_BUILD_KIT="$kit" -DKAKB_BUILD_TESTS=ON &&
+        cmake --build "build/portability/$1" --parallel "$jobs" --target "${targets[@]}"
 }
 
 # The programs themselves, not ctest: to start one under qemu takes longer than most tests.
@@ -77,7 +80,7 @@ run_tests() {
     arm64) emulator=qemu-aarch64 ;;
     esac
     local program status=0 run=("$emulator" -L "$PWD/build/sysroot/$1")
-    for program in unit_tests model/model_tests properties/property_tests; do
+    for program in "${programs[@]}"; do
         echo "$program"
         KAKB_MODEL_CALLS=$model_calls RC_PARAMS="seed=20240611 max_success=$property_cases" \
             "${run[@]}" "$tests/$program" --gtest_brief=1 || status=1
@@ -98,6 +101,15 @@ try() {
     echo "$1: all passed; sysroot $sysroot_took s, build $build_took s, tests $took s"
 }
 
+kit=OFF
+targets=(driver unit_tests model_tests property_tests recordLayout)
+programs=(unit_tests model/model_tests properties/property_tests)
+if [ "${1:-}" = --station ]; then
+    kit=ON
+    targets+=(kakb-station station_tests)
+    programs+=(station/station_tests)
+    shift
+fi
 [ $# -gt 0 ] || set -- armhf
 [ "$*" != all ] || set -- "${known[@]}"
 for arch in "$@"; do

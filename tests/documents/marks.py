@@ -19,6 +19,7 @@ MARKS = {
     "scripts/packages.sh --arch armhf": ("makes a Debian folder", "script"),
     "scripts/install-dependencies.sh portability": ("installs packages", "script"),
     "scripts/portability.sh all": ("takes half an hour", "script"),
+    "scripts/portability.sh --station armhf": ("takes minutes", "script"),
     "scripts/mutate.sh": ("takes half an hour", "script"),
     "cmake --preset qt5": ("configures the whole tree", "preset"),
     "cmake --build --preset qt5": ("builds the whole tree", "preset"),
