@@ -12,6 +12,8 @@ import time
 
 PATIENCE_S = 20  # for what comes at once on an idle machine
 POLL_S = 0.01
+# A sanitizer makes a program some times slower: limits of what is a moment otherwise grow by this.
+SLOWER = float(os.environ.get("KAKB_SLOWER", "1"))
 SANITIZER_REPORT = re.compile(r"Sanitizer: |runtime error: ")
 
 

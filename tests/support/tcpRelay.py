@@ -6,6 +6,7 @@ way; a cut relay closes them and refuses new ones."""
 import select
 import socket
 import threading
+import time
 
 CHUNK_BYTES = 65536
 TURN_S = 0.02
@@ -62,9 +63,12 @@ class TcpRelay:
             self.frozen = True
 
     def cut(self):
-        """Closes every connection, and each new one at once, until resume()."""
+        """Closes every connection, and each new one at once, until resume(). They are closed when
+        this returns."""
         with self.lock:
             self.is_cut = True
+        while self.connections:
+            time.sleep(TURN_S / 4)
 
     def resume(self):
         """Relays again."""

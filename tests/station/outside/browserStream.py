@@ -6,7 +6,7 @@ import time
 from stationBrowser import ODD_NAME, STREAM, BrowserTest
 
 GREY_S = 2
-SLACK_S = 0.5  # of a busy machine
+SLACK_S = 1  # of a busy machine
 
 
 class BrowserStream(BrowserTest):

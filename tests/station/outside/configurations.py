@@ -3,7 +3,7 @@
 import signal
 import time
 
-from processes import eventually, wait_until
+from processes import SLOWER, eventually, wait_until
 from stationProgram import StationTest
 
 READ_AGAIN = "kakb-station: read the configuration again"
@@ -114,7 +114,8 @@ class Reloads(StationTest):
             reads.append(times)
         gaps = [after - before for before, after in zip(reads[-1], reads[-1][1:])]
         self.assertGreater(len(gaps), 20)
-        self.assertLess(max(gaps), 200, gaps)  # the pace is 100 ms
+        # The pace is 100 ms. A link that is opened anew needs longer than a busy machine's moment.
+        self.assertLess(max(gaps), 250 * SLOWER, gaps)
 
     def test_a_broken_file_changes_nothing_and_says_why(self):
         before = self.links()

@@ -1,8 +1,10 @@
 """What the station shows and tells while a line fails in every way: a short run of both."""
 
 import os
+import unittest
 
 from lossyWrites import LossyWrites
+from processes import SLOWER
 from stationFaults import StationFaults
 from stationProgram import StationTest
 
@@ -11,6 +13,7 @@ FAULT_SECONDS = 20
 WRITES = 300
 
 
+@unittest.skipIf(SLOWER > 1, "the time-outs of the run are too short for a sanitizer")
 class FaultsOfALine(StationTest):
     """The seed is printed, so that a failure can be made again."""
 
