@@ -4,13 +4,10 @@
 
 #include <QFile>
 
-#include <link.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <system_error>
 
 namespace {
@@ -24,33 +21,6 @@ QByteArray contentsOf(const QString& fileName)
     if (file.error() != QFileDevice::NoError)
         throw DriverNotLoaded((fileName + QLatin1String(": ") + file.errorString()).toStdString());
     return bytes;
-}
-
-/// A piece of the file, such as a header. False: the file ends before.
-template <typename Piece> bool readPiece(const QByteArray& bytes, quint64 offset, Piece& piece)
-{
-    const auto size = quint64(bytes.size());
-    if (offset > size || sizeof piece > size - offset) return false;
-    std::memcpy(&piece, bytes.constData() + size_t(offset), sizeof piece);
-    return true;
-}
-
-/// The file without what comes behind all that the loader maps: the sections for debuggers may be
-/// several times as large. Of a file that is not as expected, all is left to the loader to judge.
-QByteArray mappedPart(const QByteArray& bytes)
-{
-    ElfW(Ehdr) head;
-    if (!readPiece(bytes, 0, head)) return bytes;
-    const auto size = quint64(bytes.size());
-    quint64 end = 0;
-    for (int i = 0; i < head.e_phnum; ++i) {
-        ElfW(Phdr) part;
-        if (!readPiece(bytes, head.e_phoff + quint64(i) * sizeof part, part)) return bytes;
-        if (part.p_type != PT_LOAD) continue;
-        if (part.p_offset > size || part.p_filesz > size - part.p_offset) return bytes;
-        end = std::max(end, quint64(part.p_offset) + part.p_filesz);
-    }
-    return end == 0 ? bytes : bytes.left(int(end));
 }
 
 DriverError noCopy(int number)
@@ -74,7 +44,7 @@ int memoryFile(const QByteArray& bytes)
 
 std::unique_ptr<DriverLibrary> loadDriverCopy(const QString& fileName)
 {
-    const int file = memoryFile(mappedPart(contentsOf(fileName)));
+    const int file = memoryFile(contentsOf(fileName));
     const QString name = QLatin1String("/proc/self/fd/") + QString::number(file);
     return std::make_unique<DriverLibrary>(name);
 }

@@ -1,12 +1,10 @@
 #include "machine/driverCopy.h"
 
-#include "driver/driverFile.h"
 #include "plan/recipePlan.h"
 #include "session/startedDriver.h"
 
 #include <gtest/gtest.h>
 
-#include <QFileInfo>
 #include <QTemporaryFile>
 
 #include <set>
@@ -50,13 +48,6 @@ int answer(StartedDriver& driver, const FRAME_PRO& frame)
 }
 
 } // namespace
-
-TEST(DriverCopy, HoldsOnlyWhatTheLoaderMaps)
-{
-    const auto copy = loadDriverCopy(FILE_NAME);
-    EXPECT_LT(QFileInfo(loadedFile(*copy)).size(), QFileInfo(FILE_NAME).size());
-    EXPECT_GT(QFileInfo(loadedFile(*copy)).size(), 0);
-}
 
 TEST(DriverCopy, HasAStateOfItsOwn)
 {
