@@ -82,7 +82,7 @@ TEST_F(StreamedFrames, ComeManyInAMessage)
     EXPECT_LE(messages.size(), 10u);
     int frames = 0;
     for (const ReceivedMessage& message : messages)
-        frames += framesOf(message).size();
+        frames += int(framesOf(message).size());
     EXPECT_EQ(2000, frames);
 }
 
