@@ -105,7 +105,8 @@ TEST(TwoThreads, WriteEachElementsLastValueAndEndEachJobOnce)
         EXPECT_EQ(0, host.ledger.surplusEnds());
         EXPECT_EQ(0, host.ledger.count(JobEnd::TIMED_OUT));
         EXPECT_EQ(0, host.ledger.count(JobEnd::REFUSED));
-        EXPECT_GT(host.ledger.count(JobEnd::DONE), WRITES / 4);
+        // A newer write replaces one that waits; how many wait is the system's choice of threads.
+        EXPECT_GE(host.ledger.count(JobEnd::DONE), int(WRITABLE));
         const qint64 written = host.now();
         ASSERT_TRUE(host.await([&] { return host.allReadSince(written); })) << host.badTags();
         states = host.states();
