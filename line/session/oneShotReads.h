@@ -73,7 +73,7 @@ private:
 
     static void noteFailure(Job& job, JobEnd::Outcome outcome, const QString& block,
                             const QString& reason);
-    void blockOver(int job);
+    void blockOver(int number);
 
     std::deque<Read> m_waiting;
     std::optional<Read> m_underWay;
