@@ -45,7 +45,7 @@ def processor_seconds(pid):
 
 
 def resident_mib(pid):
-    """Memory that only this process has, and its share of what it has together with others."""
+    """The resident memory, with the pages of shared libraries."""
     with open(f"/proc/{pid}/smaps_rollup", encoding="ascii") as lines:
         sizes = {words[0]: int(words[1]) for words in map(str.split, lines) if len(words) == 3}
     return sizes["Rss:"] / 1024

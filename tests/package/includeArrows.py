@@ -57,9 +57,8 @@ MAY_INCLUDE = {
     "station": STATION,
     "simulator": set(),
 }
-WITH_HOST_HEADER = LINE - {"line/wire", "line/exchange"} | {"host/output", "host/program",
-                                                            "host/verbs", "host"} | (
-                                                                STATION - LINE)
+WITH_HOST_HEADER = (LINE - {"line/wire", "line/exchange"} | STATION - LINE
+                    | {"host/output", "host/program", "host/verbs", "host"})
 INCLUDE = re.compile(r'^\s*#\s*include\s*"([^"]+)"', re.MULTILINE)
 
 
