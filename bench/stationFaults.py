@@ -10,30 +10,21 @@ and the line loses, doubles and delays answers.
 Exit status: 0 no value was wrong, 1 else.
 """
 
-import os
 import sys
-import tempfile
 from pathlib import Path
 
-PROJECT = Path(__file__).resolve().parents[1]
-sys.path.insert(0, str(PROJECT / "tests" / "support"))
+sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "tests" / "support"))
 
-from stationFaults import StationFaults  # pylint: disable=wrong-import-position
+# pylint: disable=wrong-import-position
+from stationFaults import StationFaults
+from seededRun import seeded_run
 
 
 def main(minutes="30", seed=None):
     """Runs the faults; returns the exit status."""
-    seed = int(seed) if seed else int.from_bytes(os.urandom(4), "big")
-    with tempfile.TemporaryDirectory() as folder:
-        run = StationFaults(PROJECT / "build" / "qt5" / "bin", Path(folder), seed)
-        try:
-            run.run(60 * float(minutes))
-        finally:
-            run.close()
-    print(f"seed {seed}, {minutes} min: {run.counts}")
-    print(*run.found[:20], sep="\n")
-    print(f"values shown as good and not true: {len(run.found)}")
-    return 1 if run.found else 0
+    return seeded_run(StationFaults, lambda run: run.run(60 * float(minutes)), seed,
+                      lambda run: f"{minutes} min: {run.counts}",
+                      "values shown as good and not true")
 
 
 if __name__ == "__main__":

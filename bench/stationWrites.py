@@ -9,31 +9,26 @@ Each outcome is compared with the memory of the simulated PLC.
 Exit status: 0 every outcome was true, 1 else.
 """
 
-import os
 import sys
-import tempfile
 from pathlib import Path
 
-PROJECT = Path(__file__).resolve().parents[1]
-sys.path.insert(0, str(PROJECT / "tests" / "support"))
+sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "tests" / "support"))
 
-from lossyWrites import LossyWrites  # pylint: disable=wrong-import-position
+# pylint: disable=wrong-import-position
+from lossyWrites import LossyWrites
+from seededRun import seeded_run
+
+
+def summary(run):
+    """The outcomes, and each reason with its number, the most frequent first."""
+    reasons = [f"{number} {reason}" for reason, number in run.reasons.most_common() if reason]
+    return "\n".join([f"{sum(run.outcomes.values())} writes: {dict(run.outcomes)}", *reasons])
 
 
 def main(writes="10000", seed=None):
     """Writes; returns the exit status."""
-    seed = int(seed) if seed else int.from_bytes(os.urandom(4), "big")
-    with tempfile.TemporaryDirectory() as folder:
-        run = LossyWrites(PROJECT / "build" / "qt5" / "bin", Path(folder), seed)
-        try:
-            run.run(int(writes))
-        finally:
-            run.close()
-    print(f"seed {seed}, {sum(run.outcomes.values())} writes: {dict(run.outcomes)}")
-    print(*run.reasons.most_common(), sep="\n")
-    print(*run.found[:20], sep="\n")
-    print(f"outcomes that were not true, or missing: {len(run.found)}")
-    return 1 if run.found else 0
+    return seeded_run(LossyWrites, lambda run: run.run(int(writes)), seed, summary,
+                      "outcomes that were not true, or missing")
 
 
 if __name__ == "__main__":
