@@ -256,6 +256,7 @@ void LinkValues::stationChanged(int station, bool answers, qint64)
         standing.answers = answers;
         standing.since = m_clock.wall();
         ++m_version;
+        tellStanding();
     }
 }
 
@@ -273,6 +274,13 @@ void LinkValues::linkChanged(bool connected, const QString& trouble, qint64 now)
 }
 
 /// On a lost link no value is good and no station answers, whatever else was told.
+/// With the lock held.
+void LinkValues::tellStanding() const
+{
+    for (ValueListener* const listener : m_listeners)
+        listener->standingChanged(*this, m_state);
+}
+
 void LinkValues::changeLink(bool connected, const QString& trouble, qint64 now)
 {
     noteClock(now);
@@ -281,13 +289,14 @@ void LinkValues::changeLink(bool connected, const QString& trouble, qint64 now)
     m_state.trouble = trouble;
     m_state.since = m_clock.wall();
     ++m_version;
-    if (connected) return;
+    if (connected) return tellStanding();
     for (StationStanding& standing : m_state.stations) {
         if (standing.answers) standing.since = m_state.since;
         standing.answers = false;
     }
     for (size_t tag = 0; tag < m_known.size(); ++tag)
         becomeBad(tag, QLatin1String("link lost: ") + trouble);
+    tellStanding();
 }
 
 void LinkValues::wireTaken(qint64 from, qint64 until)

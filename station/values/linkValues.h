@@ -28,6 +28,13 @@ public:
     /// The value, quality or trouble of a tag changed by news of the link. A value that grows old
     /// is not told: whoever keeps qualities looks at readings() from time to time.
     virtual void tagChanged(const LinkValues& link, int tag, const TagReading& reading) = 0;
+
+    /// The link or one of its stations changed. `state` has no figures.
+    virtual void standingChanged(const LinkValues& link, const LinkState& state)
+    {
+        Q_UNUSED(link);
+        Q_UNUSED(state);
+    }
 };
 
 /// The values of one link: the value model. The link's thread writes it through LinkSink; every
@@ -150,6 +157,7 @@ private:
     void noteAnswer(Known& known, qint64 readAt, qint64 now) const;
     void become(size_t tag, const Known& known);
     void becomeBad(size_t tag, const QString& trouble);
+    void tellStanding() const;
     void changeLink(bool connected, const QString& trouble, qint64 now);
     void noteClock(qint64 now);
 

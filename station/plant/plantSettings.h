@@ -1,0 +1,27 @@
+#ifndef PLANT_SETTINGS_H
+#define PLANT_SETTINGS_H
+
+#include "broker/brokerAddress.h"
+
+#include <vector>
+
+/// The table [mqtt] of the configuration, and the options --mqtt….
+struct PlantSettings
+{
+    std::vector<BrokerAddress> servers; ///< empty: no MQTT
+    QString clientId;                   ///< empty: made of group and node
+    QString user;
+    QString passwordFile;         ///< only its owner may read it
+    QString ca, certificate, key; ///< PEM files; for mqtts
+    int keepAliveS = 30;
+    QString group = QLatin1String("kakb");
+    QString node; ///< empty: the station's name
+    bool speaksSparkplug = true;
+    bool speaksJson = false;
+    QString primaryHost; ///< empty: none
+    bool takesCommands = false;
+};
+
+bool operator==(const PlantSettings& a, const PlantSettings& b);
+
+#endif

@@ -1,0 +1,92 @@
+#ifndef EDGE_NODE_H
+#define EDGE_NODE_H
+
+#include "broker/brokerSession.h"
+#include "plan/tag.h"
+#include "plant/deliveryLedger.h"
+#include "plant/plantCommands.h"
+#include "plant/plantStanding.h"
+#include "values/stationClock.h"
+
+#include <memory>
+
+/// The counter of CONNECTs, bdSeq, which outlives restarts.
+class BirthSequence
+{
+public:
+    virtual ~BirthSequence() = default;
+
+    /// The next number, stored durably before it returns; 0 without memory, 255 is followed by 0.
+    /// Empty: it cannot be stored, so no CONNECT may go out.
+    virtual std::optional<quint8> take() = 0;
+
+    /// The last number was in no CONNECT that left this machine: it is given out again.
+    virtual void giveBack() = 0;
+};
+
+/// One station of one link, as a Sparkplug device.
+struct EdgeDevice
+{
+    QString link;
+    int station = 1;
+    std::vector<Tag> tags; ///< of this station alone
+};
+
+struct EdgeNodeSettings
+{
+    QString group, node;                ///< as configured; ids are made of them, see edgeNames.h
+    std::vector<BrokerAddress> servers; ///< at least one, tried in turn
+    QString primaryHost;                ///< empty: none
+    bool takesCommands = false;
+};
+
+/// A Sparkplug B edge node: one session at a time with one broker of its list.
+///
+///                 pause over             CONNACK 0            SUBACK, and the primary host is
+///                 online
+///     PAUSING ----------------> CONNECTING ------> SUBSCRIBING ----------------------------> BORN
+///        ^   TCP, CONNACK fail |             refused |    host offline |        host offline,  |
+///        +---------------------+---------------------+-----------------+------- lost, leave() -+
+///
+/// In BORN: NBIRTH, then the DBIRTH of each device that answers, then data. A sample is sent when
+/// its value or quality differs from the last one that was sent. History follows when all live
+/// samples are out.
+///
+/// One thread uses it. Time comes from the clock; no function waits.
+class EdgeNode : public SessionListener
+{
+public:
+    EdgeNode(const EdgeNodeSettings& settings, BrokerSession& session, BirthSequence& sequence,
+             DeliveryLedger& ledger, PlantCommands& commands, const StationClock& clock);
+    ~EdgeNode() override;
+
+    /// The devices of the configuration. In a session that is born the births go out anew, with the
+    /// same bdSeq, when they differ.
+    void setDevices(const std::vector<EdgeDevice>& devices);
+
+    /// Takes samples in their order.
+    void take(const std::vector<Sample>& samples);
+
+    /// Does what is due: connects, gives up waiting, sends what waits. Call it behind each event,
+    /// and at the time that it returns.
+    /// @return on the steady clock, microseconds
+    qint64 turn();
+
+    /// Ends the session: NDEATH, its acknowledgement or a second, DISCONNECT. No session follows.
+    void leave();
+    bool isOver() const;
+
+    PlantStanding standing() const;
+
+    void connected() override;
+    void ended(const QString& reason, bool connectSent) override;
+    void subscribed(int request, bool isGranted) override;
+    void delivered(int request) override;
+    void received(const BrokerMessage& message) override;
+
+private:
+    struct State;
+    std::unique_ptr<State> m_state;
+};
+
+#endif
