@@ -1,5 +1,6 @@
 """The control socket of kakb-sim, and a record of what was true in the simulated PLC and when."""
 
+import math
 import socket
 import threading
 import time
@@ -45,12 +46,18 @@ class TrueValues:
         self.ends = []  # the latest moment at which the value before was still there
         self.values = []
 
-    def note(self, value, begin, end):
-        """The word was set between two moments."""
+    def begin(self, value):
+        """From now on the word may have the value. Call it before the command is sent: a reader may
+        see the value before the command is answered."""
         with self.lock:
             self.values.append(value)
-            self.begins.append(begin)
-            self.ends.append(end)
+            self.begins.append(time.monotonic())
+            self.ends.append(math.inf)
+
+    def end(self):
+        """From now on the word has the last value, and no other one."""
+        with self.lock:
+            self.ends[-1] = time.monotonic()
 
     def among(self, earliest, latest):
         """The values that the word can have had at some moment of a span."""
@@ -111,9 +118,9 @@ class ChangingWords:
 
     def _set(self, name):
         value = self.numbers[name] * self.STEPS + self.step % self.STEPS
-        begin = time.monotonic()
+        self.true[name].begin(value)
         self.control.command(f"set {self.places[name]}={value}")
-        self.true[name].note(value, begin, time.monotonic())
+        self.true[name].end()
 
     def _run(self):
         names = list(self.places)
