@@ -54,6 +54,10 @@ public:
     /// Begins a session; the answer comes to the listener. Only while CLOSED.
     virtual void connect(const BrokerAddress& server, const BrokerMessage& will) = 0;
 
+    /// Whether any byte of the session's CONNECT can have left this machine, as ended() tells it.
+    /// Who gives up waiting asks it ahead of drop().
+    virtual bool isConnectSent() const = 0;
+
     /// @return the request's number, which subscribed() tells; 0: there is no session
     virtual int subscribe(const QStringList& topics) = 0;
 
