@@ -3,6 +3,8 @@
 
 #include "broker/brokerAddress.h"
 
+#include <QByteArray>
+
 #include <vector>
 
 /// The table [mqtt] of the configuration, and the options --mqtt….
@@ -11,7 +13,8 @@ struct PlantSettings
     std::vector<BrokerAddress> servers; ///< empty: no MQTT
     QString clientId;                   ///< empty: made of group and node
     QString user;
-    QString passwordFile;         ///< only its owner may read it
+    QString passwordFile;         ///< empty: none
+    QByteArray password;          ///< of the file
     QString ca, certificate, key; ///< PEM files; for mqtts
     int keepAliveS = 30;
     QString group = QLatin1String("kakb");

@@ -4,6 +4,7 @@
 #include "plan/durationText.h"
 #include "program/configKeys.h"
 #include "program/configLinks.h"
+#include "program/configPlant.h"
 #include "program/tomlText.h"
 
 #include <QDir>
@@ -84,6 +85,11 @@ StationConfig readConfig(const QByteArray& toml, const QString& fileName,
     keys.text("state", intoPath(folder, config.stateFolder));
     if (const ConfigNode* const history = keys.table("history"))
         takeHistory(*history, config.history, mistakes);
+    if (const ConfigNode* const mqtt = keys.table("mqtt")) {
+        config.plant = configuredPlant(*mqtt, folder, mistakes);
+        config.hasPlant = true;
+        config.plantLine = keys.line("mqtt");
+    }
 
     ConfigLinks links(folder, driver, mistakes);
     const ConfigNode* const tables = keys.tables("link");

@@ -5,6 +5,7 @@
 #include "plan/tagFile.h"
 #include "program/configFile.h"
 #include "program/configLinks.h"
+#include "program/configPlant.h"
 #include "program/tokenFile.h"
 
 namespace {
@@ -65,6 +66,7 @@ void replaceKeys(StationConfig& config, const StationOptions& options)
     if (options.hasNoHistory) config.history.isKept = false;
     if (options.allowsWrites) config.allowWrites = true;
     config.hostNames << options.hostNames;
+    replacePlantKeys(config.plant, options);
 }
 
 /// What only the whole shows: the file and the options together.
@@ -91,6 +93,7 @@ StationConfig configuredStation(const StationOptions& options, const DriverLibra
                                                                  options.config, driver, mistakes);
     replaceKeys(config, options);
     checkAccess(config, options, mistakes);
+    checkPlant(config, mistakes);
     if (!mistakes.isEmpty()) fail(mistakes.text());
     return config;
 }

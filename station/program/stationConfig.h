@@ -2,6 +2,7 @@
 #define STATION_CONFIG_H
 
 #include "machine/linkConfig.h"
+#include "plant/plantSettings.h"
 #include "program/listenAddress.h"
 
 #include <QStringList>
@@ -24,6 +25,9 @@ struct StationConfig
     QStringList hostNames; ///< further names that the station is called by
     QString stateFolder;   ///< empty: see stateFolderOf()
     History history;
+    PlantSettings plant;   ///< without a server: no MQTT
+    bool hasPlant = false; ///< the file has a table [mqtt]
+    int plantLine = 1;     ///< its line
     std::vector<LinkConfig> links;
 };
 

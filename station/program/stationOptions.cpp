@@ -1,6 +1,7 @@
 #include "program/stationOptions.h"
 
 #include "plan/durationText.h"
+#include "program/configPlant.h"
 #include "program/settingTexts.h"
 
 #include <CLI/CLI.hpp>
@@ -121,6 +122,59 @@ void addLink(CLI::App& app, StationOptions& options)
         ->capture_default_str();
 }
 
+/// A check of one text by a function that tells the problem in words.
+CLI::Validator checkedBy(QString (*problem)(const QString&))
+{
+    return CLI::Validator(
+        [problem](const std::string& text) {
+            return problem(QString::fromStdString(text)).toStdString();
+        },
+        "");
+}
+
+QString dialectsProblem(const QString& text)
+{
+    PlantSettings settings;
+    return takeDialects(text.split(QLatin1Char(',')), settings);
+}
+
+void addMqtt(CLI::App& app, StationOptions& options)
+{
+    app.add_option_function<std::vector<std::string>>(
+           "--mqtt",
+           [&options](const std::vector<std::string>& texts) {
+               for (const std::string& text : texts)
+                   options.mqttServers.push_back(*brokerAddress(QString::fromStdString(text)));
+           },
+           "broker that gets the values, mqtt://HOST:PORT or mqtts://HOST:PORT; repeatable: the "
+           "next one is tried when one is lost (default: none)")
+        ->check(checkedBy(brokerProblem))
+        ->type_name("URL")
+        ->expected(1)
+        ->take_all();
+    addText(app, "--mqtt-group", options.mqttGroup, "Sparkplug group (default: kakb)")
+        ->check(checkedBy(plantIdProblem))
+        ->type_name("ID");
+    addText(app, "--mqtt-node", options.mqttNode,
+            "Sparkplug edge node, and first level of the JSON topics (default: the station's name)")
+        ->check(checkedBy(plantIdProblem))
+        ->type_name("ID");
+    app.add_option_function<std::string>(
+           "--mqtt-dialect",
+           [&options](const std::string& text) {
+               options.mqttDialects = QString::fromStdString(text).split(QLatin1Char(','));
+           },
+           "sparkplug, json or sparkplug,json (default: sparkplug)")
+        ->check(checkedBy(dialectsProblem))
+        ->type_name("DIALECTS");
+    addText(app, "--mqtt-primary-host", options.mqttPrimaryHost,
+            "publish only while this Sparkplug host is online (default: always)")
+        ->check(checkedBy(plantIdProblem))
+        ->type_name("ID");
+    app.add_flag("--mqtt-commands", options.takesMqttCommands,
+                 "let programs write tags through the broker; needs --allow-writes");
+}
+
 /// The error in a command line, in one sentence.
 std::string sentenceOf(const CLI::App& app, const CLI::ParseError& error)
 {
@@ -155,6 +209,7 @@ std::optional<StationStatus> parseStationOptions(int argc, char** argv, StationO
     addFiles(app, options);
     addAccess(app, options);
     addLink(app, options);
+    addMqtt(app, options);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {

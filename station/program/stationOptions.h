@@ -1,12 +1,14 @@
 #ifndef STATION_OPTIONS_H
 #define STATION_OPTIONS_H
 
+#include "broker/brokerAddress.h"
 #include "program/listenAddress.h"
 #include "program/stationStatus.h"
 
 #include <QStringList>
 
 #include <optional>
+#include <vector>
 
 /// The options of the command line. What is empty was not given.
 struct StationOptions
@@ -30,6 +32,10 @@ struct StationOptions
     QString tokenFile;
     bool allowsWrites = false;
     QStringList hostNames;
+    std::vector<BrokerAddress> mqttServers;
+    QString mqttGroup, mqttNode, mqttPrimaryHost;
+    QStringList mqttDialects;
+    bool takesMqttCommands = false;
 };
 
 /// Reads the command line into the options.

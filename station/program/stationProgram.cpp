@@ -69,6 +69,7 @@ QStringList keysForARestart(const StationConfig& now, const StationConfig& next)
     if (now.history.capBytes != next.history.capBytes) keys << QLatin1String("history.cap");
     if (now.history.overrideMs != next.history.overrideMs)
         keys << QLatin1String("history.override");
+    if (!(now.plant == next.plant)) keys << QLatin1String("mqtt");
     return keys;
 }
 

@@ -1,6 +1,7 @@
 #include "program/tokenFile.h"
 
 #include "links/descriptor.h"
+#include "program/privateFile.h"
 #include "program/stationStatus.h"
 
 #include <QFile>
@@ -12,19 +13,10 @@
 
 #include <cerrno>
 #include <cstring>
-#include <optional>
 
 namespace {
 
-enum { TOKEN_BYTES = 32, LONGEST_TOKEN = 4096 };
-
-/// What a token file has, or why it cannot be used.
-struct TokenText
-{
-    bool isMissing = false;
-    QByteArray token;
-    QString problem;
-};
+enum { TOKEN_BYTES = 32 };
 
 QString inFile(const QString& fileName, const QString& problem)
 {
@@ -52,40 +44,13 @@ QString tokenProblem(const QByteArray& token)
     return QString();
 }
 
-/// Why others than this user could know the token; empty: they cannot.
-QString ownershipProblem(const struct stat& file)
+/// The text of the file, with the problem of a text that is no token.
+PrivateText readToken(const QString& fileName)
 {
-    if (!S_ISREG(file.st_mode)) return QLatin1String("the token file is no regular file");
-    if (file.st_uid != geteuid() && file.st_uid != 0)
-        return QLatin1String("the token file belongs to another user");
-    if ((file.st_mode & (S_IRWXG | S_IRWXO)) != 0)
-        return QLatin1String("others can read or change the token file; allow its owner only: "
-                             "chmod 600");
-    return QString();
-}
-
-/// Looks at the opened file, not at its name: the name may lead to another file meanwhile.
-TokenText readToken(const QString& fileName)
-{
-    TokenText text;
-    const Descriptor file(
-        ::open(QFile::encodeName(fileName).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-    if (file.number() < 0) {
-        text.isMissing = errno == ENOENT;
-        text.problem = inFile(fileName, QLatin1String("cannot read it: ") + systemReason());
-        return text;
-    }
-    struct stat found = {};
-    fstat(file.number(), &found);
-    text.problem = ownershipProblem(found);
-    if (text.problem.isEmpty()) {
-        QByteArray bytes(LONGEST_TOKEN + 1, '\0');
-        const ssize_t size = ::read(file.number(), bytes.data(), size_t(bytes.size()));
-        text.token = bytes.left(int(size < 0 ? 0 : size)).trimmed();
-        text.problem = size > LONGEST_TOKEN ? QLatin1String("the token is longer than 4096 bytes")
-                                            : tokenProblem(text.token);
-    }
-    if (!text.problem.isEmpty()) text.problem = inFile(fileName, text.problem);
+    PrivateText text = privateText(fileName, QLatin1String("token file"));
+    if (!text.problem.isEmpty()) return text;
+    const QString problem = tokenProblem(text.bytes);
+    if (!problem.isEmpty()) text.problem = inFile(fileName, problem);
     return text;
 }
 
@@ -96,6 +61,7 @@ QByteArray randomToken()
         throw StationFailure(STATION_USAGE, QLatin1String("the system gives no random bytes"));
     return bytes.toHex();
 }
+
 [[noreturn]] void cannotWrite(const QString& fileName)
 {
     throw StationFailure(STATION_USAGE,
@@ -130,18 +96,18 @@ bool makeFile(const QString& fileName, const QByteArray& token)
 
 QString tokenFileProblem(const QString& fileName)
 {
-    const TokenText found = readToken(fileName);
+    const PrivateText found = readToken(fileName);
     return found.isMissing ? QString() : found.problem;
 }
 
 QByteArray tokenOf(const QString& fileName)
 {
-    TokenText found = readToken(fileName);
+    PrivateText found = readToken(fileName);
     if (found.isMissing) {
         const QByteArray made = randomToken();
         if (makeFile(fileName, made)) return made;
         found = readToken(fileName);
     }
     if (!found.problem.isEmpty()) throw StationFailure(STATION_USAGE, found.problem);
-    return found.token;
+    return found.bytes;
 }

@@ -104,11 +104,11 @@ def check_station(program, page):
                  for key in re.findall(r"(?<!\[)\b[a-z_]+\b(?!\])", re.sub(r"^\.\w+", "", tag))]
     with tempfile.TemporaryDirectory() as folder:
         wrong = Path(folder) / "station.toml"
-        wrong.write_text("x = 1\n[history]\nx = 1\n[[link]]\nx = 1\n", encoding="utf-8")
+        wrong.write_text("x = 1\n[history]\nx = 1\n[mqtt]\nx = 1\n[[link]]\nx = 1\n", encoding="utf-8")
         said = subprocess.run([program, "--config", wrong, "--check"], text=True, check=False,
                               stderr=subprocess.PIPE).stderr
     known = [key for keys in re.findall("the keys are (.*)", said) for key in keys.split(", ")]
-    tables = {"history", "link"}
+    tables = {"history", "mqtt", "link"}
     expect(sorted(described) == sorted([key for key in known if key not in tables] + ["link"]),
            f"{page.name}: keys {described}, not {known}")
 

@@ -130,7 +130,7 @@ TEST_F(ConfigFile, ALinkNeedsNameAndLinkAndTags)
 TEST_F(ConfigFile, EachUnknownKeyIsAMistake)
 {
     EXPECT_EQ("station.toml: line 1: \"nmae\" is no key; the keys are name, listen, allow_writes, "
-              "token_file, host_names, state, history, link",
+              "token_file, host_names, state, history, mqtt, link",
               mistakesOf("nmae = \"a\""));
     EXPECT_EQ("station.toml: line 2: \"size\" is no key of [history]; the keys are cap, override",
               mistakesOf("[history]\nsize = \"1MiB\""));

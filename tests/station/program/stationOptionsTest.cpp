@@ -143,3 +143,35 @@ TEST(StationOptions, TheHelpHasTheExitStatuses)
         EXPECT_NE(std::string::npos,
                   parsed.output.find("\n  " + std::to_string(status++) + "  " + meaning));
 }
+
+TEST(StationOptions, TakeTheBrokersAndWhatIsPublished)
+{
+    const Parsed parsed({"--mqtt", "mqtt://10.0.0.1:1884", "--mqtt", "mqtts://broker.example",
+                         "--mqtt-group", "plant 1", "--mqtt-node", "mixer", "--mqtt-dialect",
+                         "json,sparkplug", "--mqtt-primary-host", "scada", "--mqtt-commands"});
+    EXPECT_FALSE(parsed.status) << parsed.errors;
+    ASSERT_EQ(2U, parsed.options.mqttServers.size());
+    EXPECT_EQ("10.0.0.1", parsed.options.mqttServers[0].host.toStdString());
+    EXPECT_EQ(1884, parsed.options.mqttServers[0].port);
+    EXPECT_FALSE(parsed.options.mqttServers[0].isEncrypted);
+    EXPECT_EQ("broker.example", parsed.options.mqttServers[1].host.toStdString());
+    EXPECT_EQ(8883, parsed.options.mqttServers[1].port);
+    EXPECT_TRUE(parsed.options.mqttServers[1].isEncrypted);
+    EXPECT_EQ("plant 1", parsed.options.mqttGroup.toStdString());
+    EXPECT_EQ("mixer", parsed.options.mqttNode.toStdString());
+    EXPECT_EQ("json sparkplug", parsed.options.mqttDialects.join(QLatin1Char(' ')).toStdString());
+    EXPECT_EQ("scada", parsed.options.mqttPrimaryHost.toStdString());
+    EXPECT_TRUE(parsed.options.takesMqttCommands);
+}
+
+TEST(StationOptions, RefuseIdsAndDialectsThatATopicCannotHave)
+{
+    for (const char* const id : {"", "a/b", "a+", "#", "a\nb"}) {
+        EXPECT_NE("", problemOf({"--mqtt-group", id})) << id;
+        EXPECT_NE("", problemOf({"--mqtt-node", id})) << id;
+        EXPECT_NE("", problemOf({"--mqtt-primary-host", id})) << id;
+    }
+    EXPECT_NE("", problemOf({"--mqtt-dialect", "xml"}));
+    EXPECT_NE("", problemOf({"--mqtt-dialect", ""}));
+    EXPECT_NE("", problemOf({"--mqtt", "http://broker"}));
+}

@@ -109,7 +109,7 @@ TEST_F(TokenFile, ALongOneEndsAt4096Bytes)
     write(QByteArray(4096, 'a'));
     EXPECT_EQ("", problem());
     write(QByteArray(4097, 'a'));
-    EXPECT_EQ("the token is longer than 4096 bytes", problem());
+    EXPECT_EQ("the token file is longer than 4096 bytes", problem());
 }
 
 TEST_F(TokenFile, AFolderOrAPipeIsRefusedAndNotWaitedFor)

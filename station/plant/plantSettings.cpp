@@ -1,0 +1,20 @@
+#include "plant/plantSettings.h"
+
+#include <tuple>
+
+namespace {
+
+auto members(const PlantSettings& settings)
+{
+    return std::tie(settings.servers, settings.clientId, settings.user, settings.passwordFile,
+                    settings.password, settings.ca, settings.certificate, settings.key,
+                    settings.keepAliveS, settings.group, settings.node, settings.speaksSparkplug,
+                    settings.speaksJson, settings.primaryHost, settings.takesCommands);
+}
+
+} // namespace
+
+bool operator==(const PlantSettings& a, const PlantSettings& b)
+{
+    return members(a) == members(b);
+}
