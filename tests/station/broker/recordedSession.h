@@ -3,32 +3,93 @@
 
 #include "broker/brokerSession.h"
 
+#include <utility>
 #include <vector>
 
-/// A session that keeps what is asked of it, in order. What a broker would answer is for the test
-/// to tell the listener.
+/// A broker's session that keeps what was asked of it. The test is the broker: nothing answers
+/// unless the test says so.
 class RecordedSession : public BrokerSession
 {
 public:
-    struct Step
-    {
-        enum Kind { CONNECT, SUBSCRIBE, PUBLISH, LEAVE, DROP };
+    enum State { CLOSED, WAITING, OPEN };
 
-        Kind kind = CONNECT;
-        BrokerAddress server;  ///< CONNECT
-        BrokerMessage message; ///< CONNECT: the will; PUBLISH
-        QStringList topics;    ///< SUBSCRIBE
-        int request = 0;       ///< SUBSCRIBE, PUBLISH
+    struct Subscription
+    {
+        int request = 0;
+        QStringList topics;
+        bool isAnswered = false;
     };
 
-    std::vector<Step> steps;
-    bool connectIsSent = true; ///< answer to isConnectSent()
-    bool drained = true;       ///< answer to isDrained()
-
-    void connect(const BrokerAddress& server, const BrokerMessage& will) override
+    struct Published
     {
-        m_isOpen = true;
-        steps.push_back({Step::CONNECT, server, will, {}, 0});
+        int request = 0;
+        BrokerMessage message;
+        bool isDelivered = false; ///< with QoS 1: acknowledged
+    };
+
+    /// Set it before the first connect().
+    SessionListener* listener = nullptr;
+
+    State state = CLOSED;
+    bool isFull = false;       ///< the system takes no more for now
+    bool connectIsSent = true; ///< what isConnectSent() tells
+    int connects = 0, leaves = 0, drops = 0;
+    BrokerAddress server; ///< of the last connect()
+    BrokerMessage will;   ///< of the last connect()
+
+    // Of the last session.
+    std::vector<Subscription> subscriptions;
+    std::vector<Published> published;
+
+    // What the broker does.
+
+    void accept()
+    {
+        state = OPEN;
+        listener->connected();
+    }
+
+    /// The session is refused, or lost.
+    void end(const char* reason, bool connectSent = true)
+    {
+        state = CLOSED;
+        listener->ended(QLatin1String(reason), connectSent);
+    }
+
+    /// Answers each subscription that has no answer yet.
+    void grant(bool isGranted = true)
+    {
+        for (size_t at = 0; at < subscriptions.size() && state == OPEN; ++at) {
+            if (std::exchange(subscriptions[at].isAnswered, true)) continue;
+            listener->subscribed(subscriptions[at].request, isGranted);
+        }
+    }
+
+    /// Acknowledges what was published with QoS 1 and is not acknowledged yet.
+    void acknowledge()
+    {
+        for (size_t at = 0; at < published.size() && state == OPEN; ++at) {
+            if (published[at].message.qos == 0) continue;
+            if (std::exchange(published[at].isDelivered, true)) continue;
+            listener->delivered(published[at].request);
+        }
+    }
+
+    void send(const QString& topic, const QByteArray& payload, bool isRetained = false)
+    {
+        listener->received({topic, payload, 0, isRetained});
+    }
+
+    // What the station asks for.
+
+    void connect(const BrokerAddress& address, const BrokerMessage& last) override
+    {
+        state = WAITING;
+        ++connects;
+        server = address;
+        will = last;
+        subscriptions.clear();
+        published.clear();
     }
 
     bool isConnectSent() const override
@@ -38,59 +99,37 @@ public:
 
     int subscribe(const QStringList& topics) override
     {
-        if (!m_isOpen) return 0;
-        steps.push_back({Step::SUBSCRIBE, {}, {}, topics, ++m_lastRequest});
-        return m_lastRequest;
+        if (state != OPEN) return 0;
+        subscriptions.push_back({++m_request, topics, false});
+        return m_request;
     }
 
     int publish(const BrokerMessage& message) override
     {
-        if (!m_isOpen) return 0;
-        steps.push_back({Step::PUBLISH, {}, message, {}, ++m_lastRequest});
-        return m_lastRequest;
+        if (state != OPEN) return 0;
+        published.push_back({++m_request, message, false});
+        return m_request;
     }
 
     bool isDrained() const override
     {
-        return drained;
+        return !isFull;
     }
 
     void leave() override
     {
-        m_isOpen = false;
-        steps.push_back({Step::LEAVE, {}, {}, {}, 0});
+        state = CLOSED;
+        ++leaves;
     }
 
     void drop() override
     {
-        m_isOpen = false;
-        steps.push_back({Step::DROP, {}, {}, {}, 0});
-    }
-
-    /// The session ends by itself; the test tells its listener.
-    void cut()
-    {
-        m_isOpen = false;
-    }
-
-    bool isOpen() const
-    {
-        return m_isOpen;
-    }
-
-    /// Everything of a kind, in order.
-    std::vector<Step> all(Step::Kind kind) const
-    {
-        std::vector<Step> found;
-        for (const Step& step : steps) {
-            if (step.kind == kind) found.push_back(step);
-        }
-        return found;
+        state = CLOSED;
+        ++drops;
     }
 
 private:
-    bool m_isOpen = false;
-    int m_lastRequest = 0;
+    int m_request = 0;
 };
 
 #endif
