@@ -9,6 +9,7 @@ Exit status: 0 no arrow runs back, 1 else; each such include is printed with its
         v
     station/program -> station/events -> station/api -> station/machine, history, http
         |                                                   -> station/values   the resident station
+        +------------> station/plant, sparkplug, topics -> station/machine, samples, broker
         v
     line/session -> line/exchange, line/links, line/plan -> line/driver, line/wire
         |
@@ -28,7 +29,11 @@ DRIVER = {"include", "device", "service", "service/otherWidths"}
 LINE_BASE = {"line/wire", "line/driver"}
 LINE = LINE_BASE | {"line/exchange", "line/links", "line/plan", "line/session"}
 STATION_BASE = LINE | {"station/values", "station/machine", "station/history", "station/http"}
-STATION = STATION_BASE | {"station/page", "station/api", "station/events", "station/program"}
+# What speaks MQTT. The last three are one storey: the rooms of the dialects, and what they share.
+NEWS = {"station/samples", "station/broker"}
+PLANT = NEWS | {"station/plant", "station/sparkplug", "station/topics"}
+STATION = (STATION_BASE | PLANT
+           | {"station/page", "station/api", "station/events", "station/program"})
 
 # A room and the rooms that it may include, beside itself.
 MAY_INCLUDE = {
@@ -48,10 +53,15 @@ MAY_INCLUDE = {
     "host": LINE | {"host/output", "host/program", "host/verbs"},
     "station/values": LINE,
     "station/machine": LINE | {"station/values"},
-    "station/history": LINE | {"station/values"},
+    "station/samples": LINE | {"station/values"},
+    "station/broker": {"station/values", "station/http"},
+    "station/plant": LINE | PLANT | {"station/values", "station/machine"},
+    "station/sparkplug": LINE | PLANT | {"station/values", "station/machine"},
+    "station/topics": LINE | PLANT | {"station/values", "station/machine"},
+    "station/history": LINE | {"station/values", "station/samples", "station/plant"},
     "station/http": LINE_BASE | {"line/links", "station/values"},
     "station/page": {"station/http"},
-    "station/api": STATION_BASE,
+    "station/api": STATION_BASE | {"station/plant"},
     "station/events": STATION_BASE | {"station/api"},
     "station/program": STATION,
     "station": STATION,
@@ -122,6 +132,8 @@ PLANTED = (
     ("station/values/linkValues.h", "machine/machineLink.h"),
     ("station/http/httpServer.h", "api/stationParts.h"),
     ("station/machine/machineLink.h", "output/outputStream.h"),
+    ("station/broker/brokerSession.h", "sparkplug/payload.h"),
+    ("station/sparkplug/payload.h", "history/history.h"),
     ("host/verbs/readVerb.h", "values/linkValues.h"),
     ("include/driverState.h", "device/checksum.h"),
     ("device/checksum.h", "service/recipes.h"),
