@@ -27,7 +27,8 @@ enum class MetricType : quint32 {
 /// The codes of the property Quality; nothing else is sent.
 enum class QualityCode : qint32 { BAD = 0, GOOD = 192, STALE = 500 };
 
-/// Monostate: null.
+/// Monostate: null, which is written as is_null without a value field. Integers of all types are
+/// qint64, within their type's range.
 using MetricValue = std::variant<std::monostate, bool, qint64, float, QString>;
 
 /// A metric to be sent.
@@ -38,7 +39,7 @@ struct Metric
     qint64 time = 0;                          ///< ms since 1970
     std::optional<MetricType> type;           ///< in births; left out of data
     MetricType encodedAs = MetricType::INT64; ///< decides the value's field
-    MetricValue value;                        ///< monostate: is_null, without a value field
+    MetricValue value;                        ///< what encodedAs cannot hold goes as null, too
     std::optional<QualityCode> quality;
     bool isHistorical = false; ///< left out unless true
 };
@@ -61,7 +62,8 @@ struct CommandMetric
     bool isNull = false;
 
     enum Field { NONE, INT, LONG, FLOAT, DOUBLE, BOOLEAN, STRING, OTHER };
-    Field field = NONE; ///< which value field was set; the last one where there are several
+    Field field = NONE; ///< which value field was set; the last one where there are several. Data
+                        ///< sets, templates and extensions are skipped, as if they were not there
     quint32 intValue = 0;
     quint64 longValue = 0;
     double number = 0; ///< of FLOAT and DOUBLE
@@ -75,12 +77,15 @@ struct Command
     std::vector<CommandMetric> metrics;
 };
 
-/// Empty: the bytes are no payload. Takes any bytes.
+/// Empty: the bytes are no payload, or more than 256 KiB, or hold more than 10,000 metrics. Takes
+/// any bytes.
 std::optional<Command> decodedCommand(const QByteArray& bytes);
 
 /// The value of a command for a metric of this type, or why it does not fit, in words. Signed
-/// numbers are read sign-extended to 32 bits and in the narrow form: 65535 is -1 for INT16. A
-/// field of another type, a value out of range, null and a value that is missing do not fit.
+/// numbers are read sign-extended to 32 bits and in the narrow form: 65535 is -1 for INT16. Where
+/// the sender declares a type, it says what the bits mean: 65535 of a UInt16 does not fit INT16. A
+/// field of another type, a value out of range, null and a value that is missing do not fit. A
+/// float may be nan, inf or -inf.
 struct UnfitCommand
 {
     QString problem;
