@@ -112,14 +112,14 @@ void DriverFeeder::stationAnswered(int station, qint64 now)
 {
     m_held.answered(station);
     if (!m_stations.answered(station)) return;
-    m_sink.stationChanged(station, true, now);
+    m_sink.stationChanged(station, true, QString(), now);
     m_cyclic.stationCameBack(station);
     m_values.distrust();
 }
 
 void DriverFeeder::stationWentSilent(int station, const QString& trouble, qint64 now)
 {
-    m_sink.stationChanged(station, false, now);
+    m_sink.stationChanged(station, false, trouble, now);
     m_sink.tagsBad(m_polled.tagsOfStation(station), trouble, now);
     m_held.silent(station, now);
     if (!m_held.isHeld(station)) failWaitingWrites(station);

@@ -75,7 +75,8 @@ public:
 
     /// A polled station answers, or counts as silent from now on. It counts as neither before its
     /// first answer on a connection.
-    virtual void stationChanged(int station, bool answers, qint64 now) = 0;
+    /// @param trouble  the reason of the silence, one sentence; empty when it answers
+    virtual void stationChanged(int station, bool answers, const QString& trouble, qint64 now) = 0;
 
     virtual void jobEnded(const JobEnd& end) = 0;
 

@@ -67,7 +67,7 @@ public:
     {
         tagsBad(tags, trouble, now);
     }
-    void stationChanged(int, bool, qint64) override {}
+    void stationChanged(int, bool, const QString&, qint64) override {}
     void jobEnded(const JobEnd& end) override;
     void recipeProgress(int job, int done) override;
     void exchanged(const FINISHED_EXCHANGE& finished, qint64 now) override;

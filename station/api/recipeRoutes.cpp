@@ -9,15 +9,6 @@
 
 namespace {
 
-void appendOptional(JsonText& json, const char* key, const QString& text)
-{
-    json.key(key);
-    if (text.isEmpty())
-        json.null();
-    else
-        json.text(text);
-}
-
 /// The value of a row; empty: there is none.
 QByteArray valueAt(const std::vector<QByteArray>& values, size_t row)
 {
@@ -56,8 +47,8 @@ HttpResponse recipeResponse(const RecipeRequest& recipe, const RecipeEnd& end)
 {
     JsonText json;
     json.beginObject().key("outcome").word(recipeOutcomeText(end.outcome));
-    appendOptional(json, "block", end.block);
-    appendOptional(json, "reason", end.reason);
+    json.key("block").textOrNull(end.block);
+    json.key("reason").textOrNull(end.reason);
     appendDifferences(json, recipe, end);
     appendRows(json, recipe, end);
     return jsonResponse(json.endObject().document());

@@ -38,7 +38,8 @@ void appendStations(JsonText& json, const std::vector<StationStanding>& stations
     for (const StationStanding& station : stations) {
         json.beginObject().key("station").integer(station.station);
         json.key("state").word(station.answers ? "answers" : "silent");
-        json.key("since").integer(station.since).endObject();
+        json.key("since").integer(station.since);
+        json.key("trouble").textOrNull(station.trouble).endObject();
     }
     json.endArray();
 }
@@ -48,7 +49,7 @@ void appendLink(JsonText& json, const MachineLink& link)
     const LinkState state = link.values().state();
     json.beginObject().key("name").text(link.name()).key("link").text(link.config().link);
     json.key("state").word(linkStandingText(state.standing));
-    json.key("since").integer(state.since);
+    json.key("since").integer(state.since).key("trouble").textOrNull(state.trouble);
     appendFigures(json, state.figures);
     appendStations(json, state.stations);
     json.endObject();

@@ -14,15 +14,6 @@ void appendTime(JsonText& json, const char* key, qint64 time)
         json.integer(time);
 }
 
-void appendTrouble(JsonText& json, const QString& trouble)
-{
-    json.key("trouble");
-    if (trouble.isEmpty())
-        json.null();
-    else
-        json.text(trouble);
-}
-
 } // namespace
 
 bool isWritable(const Tag& tag, bool areWritesAllowed)
@@ -39,7 +30,7 @@ void appendValue(JsonText& json, const QString& link, const Tag& tag, const TagR
     json.key("quality").word(qualityText(reading.quality));
     appendTime(json, "time", reading.time);
     appendTime(json, "changed", reading.changed);
-    appendTrouble(json, reading.trouble);
+    json.key("trouble").textOrNull(reading.trouble);
     json.key("writable").boolean(isWritable).endObject();
 }
 
@@ -51,6 +42,6 @@ void appendChange(JsonText& json, const QString& link, const Tag& tag, const Tag
     if (before.quality != now.quality) json.key("quality").word(qualityText(now.quality));
     if (before.time != now.time) appendTime(json, "time", now.time);
     if (before.changed != now.changed) appendTime(json, "changed", now.changed);
-    if (before.trouble != now.trouble) appendTrouble(json, now.trouble);
+    if (before.trouble != now.trouble) json.key("trouble").textOrNull(now.trouble);
     json.endObject();
 }

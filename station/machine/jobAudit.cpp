@@ -25,11 +25,6 @@ QByteArray plain(const QString& text)
     return printableText(text).toUtf8();
 }
 
-JsonText& textOrNull(JsonText& json, const QString& text)
-{
-    return text.isEmpty() ? json.null() : json.text(text);
-}
-
 QByteArray writeDocument(const JobAsked& asked, const Tag& tag, const QByteArray& value,
                          const WriteEnd& end)
 {
@@ -37,7 +32,7 @@ QByteArray writeDocument(const JobAsked& asked, const Tag& tag, const QByteArray
     json.beginObject().key("id").integer(qint64(asked.id)).key("link").text(asked.link);
     json.key("tag").text(tag.name).key("value").raw(valueJson(tag, value));
     json.key("outcome").word(writeOutcomeText(end.outcome));
-    textOrNull(json.key("reason"), end.reason);
+    json.key("reason").textOrNull(end.reason);
     json.key("held").raw(valueJson(tag, end.held.bytes)).endObject();
     return json.document();
 }
@@ -53,8 +48,8 @@ QByteArray recipeDocument(const JobAsked& asked, const RecipeRequest& request, c
     JsonText json;
     beginRecipe(json, asked, request.kind);
     json.key("outcome").word(recipeOutcomeText(end.outcome));
-    textOrNull(json.key("block"), end.block);
-    textOrNull(json.key("reason"), end.reason);
+    json.key("block").textOrNull(end.block);
+    json.key("reason").textOrNull(end.reason);
     json.key("rows").integer(qint64(request.rows.size()));
     json.key("differences").integer(qint64(end.differences.size())).endObject();
     return json.document();

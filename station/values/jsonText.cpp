@@ -88,6 +88,11 @@ JsonText& JsonText::text(const QString& text)
     return *this;
 }
 
+JsonText& JsonText::textOrNull(const QString& given)
+{
+    return given.isEmpty() ? null() : text(given);
+}
+
 JsonText& JsonText::word(const char* text)
 {
     separate();

@@ -25,6 +25,9 @@ public:
 
     JsonText& text(const QString& text);
 
+    /// A text that may be missing: null when it is empty.
+    JsonText& textOrNull(const QString& text);
+
     /// @param text  ASCII without characters that JSON escapes, such as the word of a state
     JsonText& word(const char* text);
 

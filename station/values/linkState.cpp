@@ -20,10 +20,6 @@ QByteArray linkEventDocument(const QString& link, const LinkState& state)
     JsonText json;
     json.beginObject().key("link").text(link);
     json.key("state").word(linkStandingText(state.standing));
-    json.key("since").integer(state.since).key("trouble");
-    if (state.trouble.isEmpty())
-        json.null();
-    else
-        json.text(state.trouble);
+    json.key("since").integer(state.since).key("trouble").textOrNull(state.trouble);
     return json.endObject().document();
 }

@@ -19,6 +19,7 @@ struct StationStanding
     int station = 0;
     bool answers = false;
     qint64 since = 0; ///< ms since 1970
+    QString trouble;  ///< why it is silent; empty: it answers
 };
 
 /// The state of a link, for people and for monitoring.

@@ -9,6 +9,8 @@
 
 namespace {
 
+const char NOT_ANSWERED_YET[] = "it has not answered yet";
+
 enum { SHORTEST_LIMIT = 2 * SECOND, TURNS_OF_LIMIT = 3 };
 
 bool isSame(const TagReading& a, const TagReading& b)
@@ -32,7 +34,8 @@ LinkValues::LinkValues(QString name, std::vector<Tag> tags, const StationClock& 
         stations.insert(tag.station);
     m_state.since = m_clock.wall();
     for (const int station : stations)
-        m_state.stations.push_back({station, false, m_state.since});
+        m_state.stations.push_back(
+            {station, false, m_state.since, QLatin1String(NOT_ANSWERED_YET)});
 }
 
 void LinkValues::setTurns(std::vector<std::optional<qint64>> turns)
@@ -248,11 +251,13 @@ void LinkValues::fenced(const EndedExchange&, qint64)
     m_figures.fenced();
 }
 
-void LinkValues::stationChanged(int station, bool answers, qint64)
+void LinkValues::stationChanged(int station, bool answers, const QString& trouble, qint64)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
     for (StationStanding& standing : m_state.stations) {
-        if (standing.station != station || standing.answers == answers) continue;
+        if (standing.station != station) continue;
+        standing.trouble = trouble;
+        if (standing.answers == answers) continue;
         standing.answers = answers;
         standing.since = m_clock.wall();
         ++m_version;
@@ -273,7 +278,6 @@ void LinkValues::linkChanged(bool connected, const QString& trouble, qint64 now)
     if (m_events != nullptr) m_events->add(StationEvent::LINK, time, document);
 }
 
-/// On a lost link no value is good and no station answers, whatever else was told.
 /// With the lock held.
 void LinkValues::tellStanding() const
 {
@@ -281,6 +285,7 @@ void LinkValues::tellStanding() const
         listener->standingChanged(*this, m_state);
 }
 
+/// On a lost link no value is good and no station answers, whatever else was told.
 void LinkValues::changeLink(bool connected, const QString& trouble, qint64 now)
 {
     noteClock(now);
@@ -289,13 +294,15 @@ void LinkValues::changeLink(bool connected, const QString& trouble, qint64 now)
     m_state.trouble = trouble;
     m_state.since = m_clock.wall();
     ++m_version;
-    if (connected) return tellStanding();
+    const QString why = QLatin1String(connected ? NOT_ANSWERED_YET : "link lost: ") + trouble;
     for (StationStanding& standing : m_state.stations) {
         if (standing.answers) standing.since = m_state.since;
         standing.answers = false;
+        standing.trouble = why;
     }
+    if (connected) return tellStanding();
     for (size_t tag = 0; tag < m_known.size(); ++tag)
-        becomeBad(tag, QLatin1String("link lost: ") + trouble);
+        becomeBad(tag, why);
     tellStanding();
 }
 

@@ -68,7 +68,7 @@ void RecordingSink::tagsUnanswered(const std::vector<int>& unanswered, const QSt
     tagsBad(unanswered, trouble, now);
 }
 
-void RecordingSink::stationChanged(int station, bool answers, qint64)
+void RecordingSink::stationChanged(int station, bool answers, const QString&, qint64)
 {
     stations.emplace_back(station, answers);
 }

@@ -38,7 +38,7 @@ public:
     void tagValue(int tag, const QByteArray& bytes, qint64 now) override;
     void tagsBad(const std::vector<int>& tags, const QString& trouble, qint64 now) override;
     void tagsUnanswered(const std::vector<int>& tags, const QString& trouble, qint64 now) override;
-    void stationChanged(int station, bool answers, qint64 now) override;
+    void stationChanged(int station, bool answers, const QString& trouble, qint64 now) override;
     void jobEnded(const JobEnd& end) override;
     void recipeProgress(int job, int done) override;
     void exchanged(const FINISHED_EXCHANGE& finished, qint64 now) override;

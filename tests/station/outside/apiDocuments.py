@@ -4,8 +4,8 @@ import time
 
 from stationProgram import StationTest
 
-LINK_KEYS = ["name", "link", "state", "since", "exchanges", "retries", "giveUps", "refused",
-             "losses", "replyP50", "replyP99", "wire", "stations"]
+LINK_KEYS = ["name", "link", "state", "since", "trouble", "exchanges", "retries", "giveUps",
+             "refused", "losses", "replyP50", "replyP99", "wire", "stations"]
 VALUE_KEYS = ["link", "tag", "station", "address", "type", "value", "quality", "time", "changed",
               "trouble", "writable"]
 
@@ -28,6 +28,29 @@ class ApiDocuments(StationTest):
             link["name"], link["state"], link["retries"], link["giveUps"], link["losses"]))
         self.assertLessEqual(document["started"] - 1000, link["since"])
         self.assertIsNone(link["wire"])  # a network has no wire of its own
+        self.assertIsNone(link["trouble"])
+        [station] = link["stations"]
+        self.assertEqual(["station", "state", "since", "trouble"], list(station))
+        self.assertEqual((1, "answers", None), (
+            station["station"], station["state"], station["trouble"]))
+
+    def test_a_lost_link_and_a_silent_station_say_why(self):
+        simulator, served = self.station_with_plc("still", "total", options="--timeout-ms 100")
+        served.await_values(lambda values: values["still"]["quality"] == "good"
+                            and "station 2" in (values["total"]["trouble"] or ""))
+        [link] = served.get("/api/v1/station").json["links"]
+        answering, silent = link["stations"]
+        self.assertEqual(("up", None, None), (
+            link["state"], link["trouble"], answering["trouble"]))
+        self.assertEqual(("silent", served.values()["total"]["trouble"]), (
+            silent["state"], silent["trouble"]))
+        simulator.kill()
+        served.await_values(lambda values: values["still"]["quality"] == "bad")
+        [link] = served.get("/api/v1/station").json["links"]
+        self.assertEqual("lost", link["state"])
+        self.assertEqual([f"link lost: {link['trouble']}"] * 2, [
+            station["trouble"] for station in link["stations"]])
+        self.assertEqual(f"link lost: {link['trouble']}", served.values()["still"]["trouble"])
 
     def test_a_refusal_of_the_plc_counts(self):
         _, served = self.station_with_plc("still", "mode", plc="--refuse MW300")

@@ -75,7 +75,7 @@ TEST_F(LinkValuesTest, StationsAreSilentUntilTheyAnswerOnThisConnection)
     ASSERT_EQ(2u, values.state().stations.size());
     EXPECT_FALSE(values.state().stations[0].answers);
     clock.passMs(1000);
-    values.stationChanged(1, true, linkNow());
+    values.stationChanged(1, true, QString(), linkNow());
     EXPECT_TRUE(values.state().stations[0].answers);
     EXPECT_EQ(wallAtStart + 1000, values.state().stations[0].since);
     EXPECT_FALSE(values.state().stations[1].answers);
@@ -87,6 +87,24 @@ TEST_F(LinkValuesTest, StationsAreSilentUntilTheyAnswerOnThisConnection)
     EXPECT_EQ(wallAtStart, values.state().stations[1].since);
     values.linkChanged(true, QString(), linkNow());
     EXPECT_FALSE(values.state().stations[0].answers);
+}
+
+TEST_F(LinkValuesTest, ASilentStationSaysWhy)
+{
+    const auto why = [this](size_t station) {
+        return values.state().stations[station].trouble.toStdString();
+    };
+    EXPECT_EQ("it has not answered yet", why(0));
+    values.stationChanged(1, true, QString(), linkNow());
+    EXPECT_EQ("", why(0));
+    EXPECT_EQ("it has not answered yet", why(1));
+    values.stationChanged(2, false, QLatin1String("no answer from station 2"), linkNow());
+    EXPECT_EQ("no answer from station 2", why(1));
+    values.linkChanged(false, QLatin1String("unplugged"), linkNow());
+    EXPECT_EQ("link lost: unplugged", why(0));
+    EXPECT_EQ("link lost: unplugged", why(1));
+    values.linkChanged(true, QString(), linkNow());
+    EXPECT_EQ("it has not answered yet", why(0));
 }
 
 TEST_F(LinkValuesTest, FiguresCountExchangesAndReplyTimes)
