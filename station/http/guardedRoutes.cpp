@@ -79,9 +79,26 @@ std::optional<HttpResponse> GuardedRoutes::refusal(const HttpRequest& withoutBod
     return std::nullopt;
 }
 
+/// A stream is no guess: it was let in once, so nothing is counted.
+bool GuardedRoutes::mayGoOn(const HttpRequest& request) const
+{
+    const auto now = access();
+    HttpResponse hostRefusal;
+    if (!hostOf(request, now->hostNames, hostRefusal)) return false;
+    if (!now->token || isPublic(request)) return true;
+    if (now->token->isInCookies(request.header("cookie"))) return true;
+    const auto shown = bearerToken(request.header("authorization"));
+    return shown && now->token->isToken(*shown);
+}
+
 void GuardedRoutes::answer(const HttpRequest& request, const HttpAnswer& answer)
 {
     routesOf(request).answer(request, answer);
+}
+
+bool GuardedRoutes::isPublic(const HttpRequest& request) const
+{
+    return m_routes.isPublic(request.path) || m_ownRoutes.isPublic(request.path);
 }
 
 const HttpRoutes& GuardedRoutes::routesOf(const HttpRequest& request) const
@@ -92,7 +109,7 @@ const HttpRoutes& GuardedRoutes::routesOf(const HttpRequest& request) const
 std::optional<HttpResponse> GuardedRoutes::tokenRefusal(const HttpRequest& request,
                                                         const AccessToken& token)
 {
-    if (m_routes.isPublic(request.path) || m_ownRoutes.isPublic(request.path)) return std::nullopt;
+    if (isPublic(request)) return std::nullopt;
     if (token.isInCookies(request.header("cookie"))) return std::nullopt;
     if (const auto shown = bearerToken(request.header("authorization")))
         return guessRefusal(*shown, request, token);

@@ -25,6 +25,7 @@ public:
     void setAccess(const QByteArray& token, const QStringList& hostNames);
 
     std::optional<HttpResponse> refusal(const HttpRequest& withoutBody) override;
+    bool mayGoOn(const HttpRequest& request) const override;
     void answer(const HttpRequest& request, const HttpAnswer& answer) override;
 
 private:
@@ -34,6 +35,7 @@ private:
         QStringList hostNames;
     };
 
+    bool isPublic(const HttpRequest& request) const;
     const HttpRoutes& routesOf(const HttpRequest& request) const;
     std::shared_ptr<const Access> access() const;
     std::optional<HttpResponse> tokenRefusal(const HttpRequest& request, const AccessToken& token);

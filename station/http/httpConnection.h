@@ -11,11 +11,15 @@
 /// A request on its way.
 ///
 ///     HEAD --> BODY --> WAITING --> ANSWERED
-///       |                              ^
-///       +--- refused, at once ---------+
+///       |                  |           ^
+///       +--- refused, -----|-----------+
+///            at once       |
+///                          +-----> STREAMED --> CUT
+///                    a body that is made        its right has gone
+///                    while it is sent
 struct HttpExchange
 {
-    enum Stage { HEAD, BODY, WAITING, ANSWERED };
+    enum Stage { HEAD, BODY, WAITING, ANSWERED, STREAMED, CUT };
 
     Stage stage = HEAD;
     QByteArray target;

@@ -156,10 +156,27 @@ void HttpDaemon::resume()
             (connection.rest == HttpConnection::AWAITS_ANSWER &&
              connection.exchange->answer->isGiven()) ||
             (connection.rest == HttpConnection::AWAITS_BODY && connection.stream->hasNews());
-        if (!isReady) continue;
-        connection.rest = HttpConnection::RUNS;
-        connection.stream.reset();
-        MHD_resume_connection(connection.handle);
+        if (isReady) goOn(connection);
+    }
+}
+
+void HttpDaemon::goOn(HttpConnection& connection)
+{
+    connection.rest = HttpConnection::RUNS;
+    connection.stream.reset();
+    MHD_resume_connection(connection.handle);
+}
+
+void HttpDaemon::cutForbidden()
+{
+    for (const auto& entry : m_connections) {
+        HttpConnection& connection = *entry.second;
+        HttpExchange& exchange = *connection.exchange;
+        if (exchange.stage != HttpExchange::STREAMED) continue;
+        if (m_handler.mayGoOn(exchange.head.request)) continue;
+        exchange.stage = HttpExchange::CUT;
+        shutdown(connection.socket, SHUT_RDWR);
+        if (connection.rest == HttpConnection::AWAITS_BODY) goOn(connection);
     }
 }
 
@@ -208,6 +225,8 @@ MHD_Result HttpDaemon::readRequest(HttpConnection& connection, const char* metho
     case HttpExchange::WAITING:
         return sendAnswer(connection);
     case HttpExchange::ANSWERED:
+    case HttpExchange::STREAMED:
+    case HttpExchange::CUT:
         break;
     }
     return MHD_NO;
@@ -264,14 +283,22 @@ MHD_Result HttpDaemon::send(HttpConnection& connection, const HttpResponse& resp
     if (response.stream && connection.exchange->head.request.method == "HEAD")
         return answerAndClose(connection, response);
     connection.times.bodyEnded();
-    connection.exchange->stage = HttpExchange::ANSWERED;
+    connection.exchange->stage = response.stream ? HttpExchange::STREAMED : HttpExchange::ANSWERED;
     if (response.stream) setPatience(connection.socket, PATIENCE_WITH_STREAM_MS);
     // The library ends a body before it ends its connection, so the reference holds.
     return sendResponse(connection.handle, response,
                         [this, &connection](const std::shared_ptr<HttpBody>& body) {
-                            connection.stream = body;
-                            suspend(connection, HttpConnection::AWAITS_BODY);
+                            return restBody(connection, body);
                         });
+}
+
+/// A stream that was cut has nothing to wait for.
+bool HttpDaemon::restBody(HttpConnection& connection, const std::shared_ptr<HttpBody>& body)
+{
+    if (connection.exchange->stage == HttpExchange::CUT) return false;
+    connection.stream = body;
+    suspend(connection, HttpConnection::AWAITS_BODY);
+    return true;
 }
 
 /// The library takes no answer in the middle of a body, and closes its socket over bytes that it

@@ -41,6 +41,9 @@ public:
     /// Goes on with the connections whose answer is given or whose body may have something.
     void resume();
 
+    /// Cuts the streams that may not go on: a stream must not outlive the right to it.
+    void cutForbidden();
+
     /// Cuts the connections whose time is up.
     /// @return when the next one's time is up
     std::optional<qint64> cutLate(qint64 now);
@@ -66,6 +69,8 @@ private:
     MHD_Result send(HttpConnection& connection, const HttpResponse& response);
     MHD_Result answerAndClose(const HttpConnection& connection, const HttpResponse& response);
     void answered(HttpConnection& connection);
+    bool restBody(HttpConnection& connection, const std::shared_ptr<HttpBody>& body);
+    static void goOn(HttpConnection& connection);
     void suspend(HttpConnection& connection, HttpConnection::Rest rest);
 
     const Epoll& m_epoll;

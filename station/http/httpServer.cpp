@@ -54,4 +54,5 @@ int HttpServer::clients() const
 void HttpServer::setAccess(const QByteArray& token, const QStringList& hostNames)
 {
     m_routes.setAccess(token, hostNames);
+    m_loop->rightsChanged();
 }

@@ -54,8 +54,8 @@ public:
     /// Connections that are open. From any thread.
     int clients() const;
 
-    /// From now on requests need this token, empty: none, and `Host` may have these names. From any
-    /// thread.
+    /// From now on requests need this token, empty: none, and `Host` may have these names. A
+    /// stream of a request that would be refused now is cut. From any thread.
     void setAccess(const QByteArray& token, const QStringList& hostNames);
 
 private:

@@ -20,7 +20,8 @@ ssize_t readBody(void* context, uint64_t, char* to, size_t size)
     const auto& sent = *static_cast<SentBody*>(context);
     const qint64 count = sent.body->read(to, size);
     if (count < 0) return MHD_CONTENT_READER_END_OF_STREAM;
-    if (count == HttpBody::NOTHING_YET) sent.rests(sent.body);
+    if (count == HttpBody::NOTHING_YET && !sent.rests(sent.body))
+        return MHD_CONTENT_READER_END_WITH_ERROR;
     return ssize_t(std::min(quint64(count), quint64(size)));
 }
 

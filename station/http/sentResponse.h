@@ -5,8 +5,9 @@
 
 #include <microhttpd.h>
 
-/// Called when a body has nothing to send yet, before the library is told.
-using BodyRests = std::function<void(const std::shared_ptr<HttpBody>&)>;
+/// Called when a body has nothing to send yet, before the library is told. False: the body ends
+/// here, and its connection with it.
+using BodyRests = std::function<bool(const std::shared_ptr<HttpBody>&)>;
 
 /// Hands a response to the library, with the headers that every response has.
 MHD_Result sendResponse(MHD_Connection* connection, const HttpResponse& response,

@@ -40,6 +40,12 @@ void ServerLoop::wake()
     m_wakeup->wake();
 }
 
+void ServerLoop::rightsChanged()
+{
+    m_haveRightsChanged = true;
+    m_wakeup->wake();
+}
+
 void ServerLoop::run()
 {
     bool isWoken = true; // the first turn says when the second is due
@@ -49,6 +55,8 @@ void ServerLoop::run()
             m_epoll.watch(m_listening.descriptor(), Epoll::ALWAYS))
             m_acceptsAgain.reset();
         takeTurn(now, isWoken);
+        // The mark goes before the look: a change from now on brings the next one.
+        if (m_haveRightsChanged.exchange(false)) m_daemon.cutForbidden();
         m_nextCut = m_daemon.cutLate(now);
         m_daemon.run(now);
         m_clients = m_daemon.count();

@@ -26,6 +26,9 @@ public:
     void stop();
     void wake();
 
+    /// The handler lets in others than before: streams that it would refuse now are cut soon.
+    void rightsChanged();
+
     quint16 port() const
     {
         return m_listening.port();
@@ -61,6 +64,7 @@ private:
     std::optional<qint64> m_acceptsAgain; ///< while the system has no descriptor left
 
     std::atomic<bool> m_isStopping{false};
+    std::atomic<bool> m_haveRightsChanged{false}; ///< since the last look at the streams
     std::atomic<int> m_clients{0};
 };
 

@@ -149,6 +149,35 @@ TEST_F(GuardedRoute, TakesTheCookieOfALogin)
     EXPECT_EQ(401, page("cookie", "kakb=secret"));
 }
 
+TEST_F(GuardedRoute, GoesOnForWhoWouldBeLetInNow)
+{
+    const auto goesOn = [this](const char* path, const char* header, const char* value) {
+        return guarded.mayGoOn(request("GET", path, {{"host", "press7"}, {header, value}}));
+    };
+    EXPECT_FALSE(goesOn("/page", "accept", "*/*")) << "of a host name that is not the station's";
+    guarded.setAccess("", {QLatin1String("press7")});
+    EXPECT_TRUE(goesOn("/page", "authorization", "Bearer other"));
+    guarded.setAccess("secret", {QLatin1String("press7")});
+    EXPECT_FALSE(goesOn("/page", "accept", "*/*"));
+    EXPECT_FALSE(goesOn("/page", "authorization", "Bearer other"));
+    EXPECT_TRUE(goesOn("/page", "authorization", "Bearer secret"));
+    EXPECT_TRUE(goesOn("/login.html", "accept", "*/*"));
+    const QByteArray cookie = login("{\"token\":\"secret\"}").headers.at(0).second;
+    EXPECT_TRUE(goesOn("/page", "cookie", cookie.left(cookie.indexOf(';')).constData()));
+    guarded.setAccess("next", {QLatin1String("press7")});
+    EXPECT_FALSE(goesOn("/page", "cookie", cookie.left(cookie.indexOf(';')).constData()));
+}
+
+TEST_F(GuardedRoute, CountsNoStreamAsAGuess)
+{
+    guarded.setAccess("secret", {});
+    for (int i = 0; i < 20; ++i) {
+        EXPECT_FALSE(guarded.mayGoOn(
+            request("GET", "/page", {{"host", "panel.local"}, {"authorization", "Bearer other"}})));
+    }
+    EXPECT_EQ(200, page("authorization", "Bearer secret"));
+}
+
 TEST_F(GuardedRoute, HoldsUpWhoGuessesAndNobodyElse)
 {
     guarded.setAccess("secret", {});

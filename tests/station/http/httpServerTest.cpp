@@ -94,6 +94,16 @@ protected:
     std::unique_ptr<HttpServer> server;
 };
 
+/// A path with a stream of the body.
+HttpFunction streaming(const std::shared_ptr<HttpBody>& body)
+{
+    return [body](const HttpRequest&, const HttpAnswer& answer) {
+        HttpResponse response;
+        response.stream = body;
+        answer(response);
+    };
+}
+
 } // namespace
 
 TEST_F(HttpServers, AnAnswerMayComeLaterFromAnotherThread)
@@ -182,11 +192,7 @@ TEST_F(HttpServers, AnAnswerMayOutliveTheServer)
 TEST_F(HttpServers, AStreamSendsWhatComesAfterAWake)
 {
     const auto body = std::make_shared<FedBody>();
-    routes.add("GET", "/stream", [body](const HttpRequest&, const HttpAnswer& answer) {
-        HttpResponse response;
-        response.stream = body;
-        answer(response);
-    });
+    routes.add("GET", "/stream", streaming(body));
     start();
     ServedSocket client = connected();
     client.ask("/stream");
@@ -206,11 +212,7 @@ TEST_F(HttpServers, AServerEndsAtOnceWithStreamsOpenAndAnswersDue)
 {
     const auto body = std::make_shared<FedBody>();
     routes.add("GET", "/later", kept.route());
-    routes.add("GET", "/stream", [body](const HttpRequest&, const HttpAnswer& answer) {
-        HttpResponse response;
-        response.stream = body;
-        answer(response);
-    });
+    routes.add("GET", "/stream", streaming(body));
     start();
     ServedSocket stream = connected();
     stream.ask("/stream");
@@ -270,4 +272,32 @@ TEST_F(HttpServers, TheNamesAndTheTokenMayChange)
     EXPECT_TRUE(client.body().contains("asks for its token"));
     client.ask("/open", "Host: press7\r\nAuthorization: Bearer secret\r\n");
     EXPECT_EQ("in", client.body());
+}
+
+TEST_F(HttpServers, AStreamEndsWithTheRightToIt)
+{
+    const auto quiet = std::make_shared<FedBody>();
+    const auto lasting = std::make_shared<FedBody>();
+    routes.add("GET", "/quiet", streaming(quiet));
+    routes.add("GET", "/lasting", streaming(lasting));
+    start();
+    ServedSocket without = connected();
+    without.ask("/quiet");
+    ServedSocket with = connected();
+    with.ask("/lasting", "Host: localhost\r\nAuthorization: Bearer secret\r\n");
+    quiet->feed("first");
+    lasting->feed("first");
+    server->wake();
+    EXPECT_EQ("first", without.chunk());
+    EXPECT_EQ("first", with.chunk());
+    server->setAccess("secret", {});
+    EXPECT_TRUE(without.isClosed());
+    lasting->feed("second");
+    server->wake();
+    EXPECT_EQ("second", with.chunk());
+    server->setAccess("next", {});
+    EXPECT_TRUE(with.isClosed());
+    while (server->clients() > 0)
+        std::this_thread::yield();
+    EXPECT_EQ(2, quiet.use_count()) << "besides the test only the route still has the body";
 }

@@ -1,5 +1,6 @@
 """The token: what needs it, how a browser and a program show it, and what guessing is worth."""
 
+import signal
 import time
 
 from httpClient import own_address
@@ -7,6 +8,7 @@ from stationProgram import StationTest
 
 TOKEN = "correct-horse-battery"
 GUESSES = 10
+MOST_BEATS = 3  # that were on their way
 
 
 def bearing(token):
@@ -141,6 +143,64 @@ class HttpGuesses(StationTest):
         self.assertEqual(429, served.post("/api/v1/login", {"token": TOKEN}).status)
         self.assertEqual(200, served.get("/api/v1/values", cookie).status)
         self.assertLess(time.monotonic() - began, 5, "the guesses came too slowly to show this")
+
+
+class HttpTokenChange(StationTest):
+    """The configuration is read again with another token."""
+
+    def configure(self, token):
+        """Writes a configuration with a token; None: without one."""
+        self.file("station.toml", 'listen = "127.0.0.1:0"\n' + (
+            'token_file = "token"\n' if token else "") + (
+            f'[[link]]\nname = "plc"\nlink = "{self.simulator.link}"\ntags = "tags.csv"\n'))
+        if token:
+            self.file("token", token + "\n").chmod(0o600)
+
+    def reload(self, token):
+        """The station has read the configuration when this returns."""
+        self.configure(token)
+        self.served.process.send_signal(signal.SIGHUP)
+        self.served.headers = {} if token is None else bearing(token)
+        other = {"Authorization": "Bearer other"}
+        self.served.await_that(lambda: self.served.get("/api/v1/values").status == 200 and (
+            (self.served.get("/api/v1/values", other).status == 200) == (token is None)))
+
+    def stream(self, path="/api/v1/events", headers=None):
+        """An open stream."""
+        return self.enterContext(self.served.events(path, headers))
+
+    def ended(self, stream):
+        """Whether the station hangs up; else a beat would come each second."""
+        try:
+            for _ in range(MOST_BEATS):
+                stream.next("beat")
+        except (EOFError, ConnectionError):
+            return True
+        return False
+
+    def test_a_stream_ends_with_the_right_to_it(self):
+        self.tags("still")
+        self.simulator = self.plc("tcp")
+        self.configure(None)
+        self.served = self.station("--config station.toml")
+        without = self.stream()
+        early = self.stream(headers=bearing(TOKEN))
+        frames = self.stream("/api/v1/events?frames=plc")
+        self.reload(TOKEN)
+        for stream in (without, frames):
+            self.assertTrue(self.ended(stream))
+        early.next("beat")
+        cookie = {"Cookie": self.served.post("/api/v1/login", {"token": TOKEN}).headers[
+            "set-cookie"].split(";")[0], "Authorization": None}
+        browser = self.stream(headers=cookie)
+        browser.next("beat")
+        self.reload("another-one")
+        for stream in (early, browser):
+            self.assertTrue(self.ended(stream))
+        late = self.stream()
+        self.reload(None)
+        late.next("beat")
+        late.next("beat")
 
 
 class HttpWithoutToken(StationTest):
