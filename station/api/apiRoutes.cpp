@@ -5,6 +5,7 @@
 #include "api/historyRoutes.h"
 #include "api/metricsRoute.h"
 #include "api/planRoute.h"
+#include "api/plantRoute.h"
 #include "api/recipeRoutes.h"
 #include "api/stationRoute.h"
 #include "api/valuesRoute.h"
@@ -19,6 +20,7 @@ void addApiRoutes(HttpRoutes& routes, const StationParts& parts)
     addWriteRoute(routes, parts);
     addRecipeRoutes(routes, parts);
     addPlanRoute(routes, parts);
+    addPlantRoute(routes, parts);
     addMetricsRoute(routes, parts);
     addHealthRoute(routes, parts);
 }

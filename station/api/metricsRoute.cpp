@@ -2,6 +2,7 @@
 
 #include "api/apiError.h"
 #include "api/openMetricsText.h"
+#include "api/plantMetrics.h"
 #include "history/history.h"
 #include "http/httpServer.h"
 #include "wire/timeUnits.h"
@@ -150,6 +151,7 @@ QByteArray metricsText(const StationParts& parts)
     text.beginFamily("clients", Text::GAUGE, "Open HTTP connections.");
     text.add({}, parts.server ? parts.server->clients() : 0);
     if (parts.history) addHistory(text, *parts.history);
+    if (parts.plant) addPlantMetrics(text, parts.plant());
     return text.document();
 }
 

@@ -3,8 +3,11 @@
 
 #include "http/httpRoutes.h"
 #include "machine/stationLinks.h"
+#include "plant/plantStanding.h"
 
 #include <atomic>
+#include <functional>
+#include <vector>
 
 class History;
 class HttpServer;
@@ -21,6 +24,9 @@ struct StationParts
     const DriverLibrary* addresses = nullptr; ///< checks addresses; of the HTTP thread alone
     History* history = nullptr;               ///< null: --no-history
     HttpServer* server = nullptr;             ///< its clients, its wake(); set after construction
+
+    /// How MQTT stands, one for each dialect; null: nothing is published. Any thread calls it.
+    std::function<std::vector<PlantStanding>()> plant = nullptr;
 };
 
 #endif

@@ -22,4 +22,7 @@ struct PlantStanding
     quint64 sessions = 0, sent = 0, historical = 0, commands = 0, refusedCommands = 0;
 };
 
+/// "pausing", "connecting" or "connected".
+const char* plantStateText(PlantStanding::State state);
+
 #endif

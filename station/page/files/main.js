@@ -1,4 +1,5 @@
 // The page's frame: views, the stream's state, keys.
+import { BrokerLine } from "./brokerLine.js";
 import { byId, setAttribute, setText } from "./dom.js";
 import { clockText } from "./format.js";
 import { Model } from "./model.js";
@@ -13,6 +14,7 @@ const root = document.documentElement;
 const model = new Model();
 const stream = new SharedStream(model, onNews);
 const surroundings = { model, stream, isLive: () => stream.isLive, announce };
+const brokerLine = new BrokerLine(() => stream.isLive);
 const views = { values: new ValuesView(surroundings) };
 let shownView = "";
 let isFrameAsked = false;
@@ -67,6 +69,7 @@ async function readStation() {
     try {
         showStation(await getJson("station"));
         onNews();
+        brokerLine.start();
     } catch {
         // The stream tells that the station is gone, and the next reading comes.
     }

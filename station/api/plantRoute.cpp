@@ -1,0 +1,39 @@
+#include "api/plantRoute.h"
+
+#include "api/apiError.h"
+#include "values/jsonText.h"
+
+namespace {
+
+void appendStanding(JsonText& json, const PlantStanding& standing)
+{
+    json.beginObject().key("dialect").text(standing.dialect);
+    json.key("state").word(plantStateText(standing.state));
+    json.key("server").text(standing.server).key("since").integer(standing.since);
+    json.key("trouble");
+    if (standing.trouble.isEmpty())
+        json.null();
+    else
+        json.text(standing.trouble);
+    json.key("behind").integer(standing.behind).key("dropped").integer(standing.dropped);
+    json.key("sessions").integer(qint64(standing.sessions));
+    json.key("sent").integer(qint64(standing.sent));
+    json.key("historical").integer(qint64(standing.historical));
+    json.key("commands").integer(qint64(standing.commands));
+    json.key("refusedCommands").integer(qint64(standing.refusedCommands));
+    json.endObject();
+}
+
+} // namespace
+
+void addPlantRoute(HttpRoutes& routes, const StationParts& parts)
+{
+    routes.add("GET", "/api/v1/plant", answering([&parts](const HttpRequest&) {
+                   JsonText json;
+                   json.beginArray();
+                   if (parts.plant)
+                       for (const PlantStanding& standing : parts.plant())
+                           appendStanding(json, standing);
+                   return jsonResponse(json.endArray().document());
+               }));
+}

@@ -1,0 +1,61 @@
+// The line that tells how the station stands with its broker. A station without one has no line.
+import { byId, make, setAttribute, setText } from "./dom.js";
+import { clockText } from "./format.js";
+import { getJson } from "./station.js";
+
+const LOOK_TIME = 2000;
+
+/** As /api/v1/plant has it.
+ * @typedef {{dialect: string, state: "pausing"|"connecting"|"connected", server: string,
+ *     since: number, trouble: string|null, behind: number, dropped: number}} BrokerStanding */
+
+/** @param {BrokerStanding} standing */
+function sentence(standing) {
+    const parts = [`${standing.dialect}: ${standing.state}`];
+    if (standing.server) parts.push(standing.server);
+    if (standing.since) parts.push(`since ${clockText(standing.since)}`);
+    if (standing.dialect === "sparkplug")
+        parts.push(`behind by ${standing.behind}`, `dropped ${standing.dropped}`);
+    if (standing.trouble) parts.push(standing.trouble);
+    return parts.join(", ");
+}
+
+export class BrokerLine {
+    /** @param {() => boolean} isLive whether the page gets data: an old answer is not shown as new */
+    constructor(isLive) {
+        this.isLive = isLive;
+        this.timer = 0;
+    }
+
+    /** Begins anew: a reload or a restart may have given the station a broker, or taken it. */
+    start() {
+        clearTimeout(this.timer);
+        this.look();
+    }
+
+    async look() {
+        clearTimeout(this.timer);
+        try {
+            if (this.isLive() && !document.hidden) this.show(await getJson("plant"));
+        } catch {
+            // The stream tells that the station is gone.
+        }
+        clearTimeout(this.timer);
+        if (!byId("broker-line").hidden || !this.isLive())
+            this.timer = setTimeout(() => this.look(), LOOK_TIME);
+    }
+
+    /** @param {BrokerStanding[]} standings */
+    show(standings) {
+        const line = byId("broker-line");
+        line.hidden = standings.length === 0;
+        while (line.children.length > standings.length) line.lastElementChild.remove();
+        while (line.children.length < standings.length) line.append(make("span.broker"));
+        standings.forEach((standing, at) => {
+            const shown = line.children[at];
+            setAttribute(shown, "data-broker", standing.dialect);
+            setAttribute(shown, "data-state", standing.state);
+            setText(shown, sentence(standing));
+        });
+    }
+}
