@@ -1,10 +1,10 @@
 #include "api/recipeRows.h"
 
 #include "api/requestBody.h"
-#include "api/writtenValue.h"
 #include "plan/addressReason.h"
 #include "plan/sharedMemory.h"
 #include "plan/tagText.h"
+#include "values/writtenValue.h"
 
 #include <QJsonArray>
 #include <QSet>

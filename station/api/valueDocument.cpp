@@ -16,11 +16,6 @@ void appendTime(JsonText& json, const char* key, qint64 time)
 
 } // namespace
 
-bool isWritable(const Tag& tag, bool areWritesAllowed)
-{
-    return areWritesAllowed && tag.access == Tag::READ_WRITE;
-}
-
 void appendValue(JsonText& json, const QString& link, const Tag& tag, const TagReading& reading,
                  bool isWritable)
 {

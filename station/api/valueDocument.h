@@ -1,17 +1,13 @@
 #ifndef VALUE_DOCUMENT_H
 #define VALUE_DOCUMENT_H
 
-#include "plan/tag.h"
+#include "machine/tagConsent.h"
 #include "values/jsonText.h"
 #include "values/tagReading.h"
 
 // What a client is told of one tag. The list of values, the stream of events and whatever else
 // passes values on write them with these functions, so that no value goes out without its quality
 // and its time. Any thread calls them.
-
-/// Whether a client may write the tag.
-/// @param areWritesAllowed  in the whole station
-bool isWritable(const Tag& tag, bool areWritesAllowed);
 
 /// Appends all that is known of a tag:
 ///

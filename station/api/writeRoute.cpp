@@ -3,9 +3,9 @@
 #include "api/namedLink.h"
 #include "api/writeConsent.h"
 #include "api/writeRequest.h"
-#include "api/writtenValue.h"
 #include "values/jsonText.h"
 #include "values/valueJson.h"
+#include "values/writtenValue.h"
 
 namespace {
 

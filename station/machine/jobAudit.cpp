@@ -25,6 +25,18 @@ QByteArray plain(const QString& text)
     return printableText(text).toUtf8();
 }
 
+/// An address has no blank: what has one holds names.
+QByteArray senderText(const QString& from)
+{
+    return from.contains(QLatin1Char(' ')) ? quoted(from) : plain(from);
+}
+
+QByteArray writeText(const JobAsked& asked, const QString& tag)
+{
+    return "write " + QByteArray::number(asked.id) + " of " + quoted(asked.link) + ' ' +
+           quoted(tag);
+}
+
 QByteArray writeDocument(const JobAsked& asked, const Tag& tag, const QByteArray& value,
                          const WriteEnd& end)
 {
@@ -84,9 +96,8 @@ void JobAudit::writeEnded(const JobAsked& asked, const Tag& tag, const QByteArra
 {
     ++m_writes[end.outcome];
     const qint64 time = m_clock.wall();
-    const QByteArray what = "write " + QByteArray::number(asked.id) + " of " + quoted(asked.link) +
-                            ' ' + quoted(tag.name) + " = " + valueJson(tag, value);
-    put(time, asked, what, outcomeOf(tag, end));
+    put(time, asked.from, writeText(asked, tag.name) + " = " + valueJson(tag, value),
+        outcomeOf(tag, end));
     m_events.add(StationEvent::WRITE, time, writeDocument(asked, tag, value, end));
 }
 
@@ -104,12 +115,22 @@ void JobAudit::recipeEnded(const JobAsked& asked, const RecipeRequest& request,
     const QByteArray what = "recipe " + QByteArray::number(asked.id) + " of " + quoted(asked.link) +
                             ", " + recipeKindText(request.kind) + " of " +
                             QByteArray::number(int(request.rows.size())) + " values";
-    put(time, asked, what, outcomeOf(end));
+    put(time, asked.from, what, outcomeOf(end));
     m_events.add(StationEvent::RECIPE, time, recipeDocument(asked, request, end));
 }
 
-void JobAudit::put(qint64 time, const JobAsked& asked, const QByteArray& what,
+void JobAudit::writeRefused(const JobAsked& asked, const QString& tag, const QString& reason)
+{
+    put(m_clock.wall(), asked.from, writeText(asked, tag), "refused: " + plain(reason));
+}
+
+void JobAudit::refused(const QString& from, const QString& what, const QString& reason)
+{
+    put(m_clock.wall(), from, "command " + quoted(what), "refused: " + plain(reason));
+}
+
+void JobAudit::put(qint64 time, const QString& from, const QByteArray& what,
                    const QByteArray& outcome)
 {
-    m_putLine(timeText(time) + " from " + plain(asked.from) + ": " + what + ": " + outcome);
+    m_putLine(timeText(time) + " from " + senderText(from) + ": " + what + ": " + outcome);
 }

@@ -23,7 +23,12 @@ struct JobAsked
 ///     2026-05-04T10:11:12.345Z from 127.0.0.1:50000: write 7 of "plc" "setpoint" = 21.5:
 ///     confirmed, it holds 21.5                                              (in one line)
 ///
-/// Names stand in quotes, so that no name can pass as another part of the line or as a line.
+/// Names stand in quotes, so that no name can pass as another part of the line or as a line. So
+/// does a sender that is more than an address: its topic holds names, too. What is refused before
+/// it becomes a job has a line and no event:
+///
+///     2026-05-04T10:11:12.345Z from "mqtt://127.0.0.1:1883 kakb/hall/plc/up/set": write 8 of
+///     "plc" "up": refused: tag "up" is read-only                            (in one line)
 ///
 /// Events:
 ///     WRITE   {"id","link","tag","value","outcome","reason","held"}; `value` is what was asked
@@ -52,7 +57,15 @@ public:
     void writeEnded(const JobAsked& asked, const Tag& tag, const QByteArray& value,
                     const WriteEnd& end);
 
-    /// The writes since the start that had this outcome.
+    /// A write that is refused before it goes to a link.
+    void writeRefused(const JobAsked& asked, const QString& tag, const QString& reason);
+
+    /// Something that names no tag, or cannot be read.
+    /// @param what  in the words of a stranger
+    void refused(const QString& from, const QString& what, const QString& reason);
+
+    /// The writes since the start that had this outcome. Those that no link was asked for do not
+    /// count.
     quint64 writes(WriteEnd::Outcome outcome) const
     {
         return m_writes[outcome];
@@ -62,7 +75,7 @@ public:
     void recipeEnded(const JobAsked& asked, const RecipeRequest& request, const RecipeEnd& end);
 
 private:
-    void put(qint64 time, const JobAsked& asked, const QByteArray& what, const QByteArray& outcome);
+    void put(qint64 time, const QString& from, const QByteArray& what, const QByteArray& outcome);
 
     StationEvents& m_events;
     const StationClock& m_clock;

@@ -29,6 +29,12 @@ public:
     /// Null: there is no such link.
     std::shared_ptr<MachineLink> find(const QString& name) const;
 
+    /// The account of all writes, for those that never come to a link.
+    JobAudit& audit()
+    {
+        return m_audit;
+    }
+
     /// The writes since the start, of all links, that had this outcome.
     quint64 writes(WriteEnd::Outcome outcome) const
     {

@@ -28,3 +28,10 @@ QByteArray valueJson(const Tag& tag, const QByteArray& bytes)
     if (tag.isBit()) return text == "1" ? QByteArrayLiteral("true") : QByteArrayLiteral("false");
     return isNumber(text) ? text : '"' + text + '"';
 }
+
+QByteArray valueJson(const Tag& tag, double number)
+{
+    if (tag.type == Tag::FLOAT32) return valueJson(tag, tagFloatBytes(tag, float(number)));
+    if (tag.isBit()) return number != 0 ? QByteArrayLiteral("true") : QByteArrayLiteral("false");
+    return QByteArray::number(qint64(number));
+}

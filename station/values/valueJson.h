@@ -11,4 +11,8 @@
 /// @param bytes  in the format of intf_getData; empty: the tag was never read
 QByteArray valueJson(const Tag& tag, const QByteArray& bytes);
 
+/// The same text of a value as a number.
+/// @param number  a value of the tag's type, as of tagValueNumber()
+QByteArray valueJson(const Tag& tag, double number);
+
 #endif

@@ -6,9 +6,9 @@
 #include "api/historySpan.h"
 #include "api/recipeRows.h"
 #include "api/writeRequest.h"
-#include "api/writtenValue.h"
 #include "plan/tagText.h"
 #include "plan/tagValue.h"
+#include "values/writtenValue.h"
 
 #include <fuzzer/FuzzedDataProvider.h>
 

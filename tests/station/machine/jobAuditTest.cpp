@@ -122,3 +122,23 @@ TEST_F(JobAuditTest, TellsTheProgressAsAnEventOnly)
               document());
     EXPECT_EQ(StationEvent::RECIPE, events.since(0).back().kind);
 }
+
+TEST_F(JobAuditTest, HasALineForAWriteThatNoLinkWasAskedFor)
+{
+    const JobAsked by = {8, QLatin1String("plc"), QLatin1String("mqtt://10.0.0.1:1883 a/b\"/set")};
+    audit.writeRefused(by, QLatin1String("up\": x"), QLatin1String("tag \"up\" is\nread-only"));
+    EXPECT_EQ("2023-11-14T22:13:20.000Z from \"mqtt://10.0.0.1:1883 a/b\\\"/set\": write 8 of "
+              "\"plc\" \"up\\\": x\": refused: tag \"up\" is?read-only",
+              line());
+    EXPECT_EQ(0u, audit.writes(WriteEnd::REFUSED));
+    EXPECT_TRUE(events.since(0).empty());
+}
+
+TEST_F(JobAuditTest, HasALineForWhatNamesNoTag)
+{
+    audit.refused(QLatin1String("mqtt://10.0.0.1:1883"), QString::fromUtf8("a\"\x1b[2J"),
+                  QLatin1String("it is not JSON"));
+    EXPECT_EQ("2023-11-14T22:13:20.000Z from mqtt://10.0.0.1:1883: command \"a\\\"?[2J\": "
+              "refused: it is not JSON",
+              line());
+}

@@ -78,3 +78,27 @@ TEST(ValueJson, IsReadBackByAJsonReaderAsTheSameFloat)
             << text;
     }
 }
+
+TEST(ValueJson, OfANumberIsThatOfItsBytes)
+{
+    const std::pair<Tag::Type, const char*> values[] = {{Tag::BOOL, "0"},
+                                                        {Tag::BOOL, "1"},
+                                                        {Tag::INT16, "-32768"},
+                                                        {Tag::UINT16, "65535"},
+                                                        {Tag::INT32, "-2147483648"},
+                                                        {Tag::UINT32, "4294967295"},
+                                                        {Tag::FLOAT32, "0.1"},
+                                                        {Tag::FLOAT32, "-1.5"},
+                                                        {Tag::FLOAT32, "3.40282347e+38"},
+                                                        {Tag::FLOAT32, "nan"},
+                                                        {Tag::FLOAT32, "inf"},
+                                                        {Tag::FLOAT32, "-inf"}};
+    for (const auto& [type, text] : values) {
+        const Tag tag = tagOf(type, Tag::HIGH_WORD_FIRST);
+        const QByteArray bytes = tagValueBytes(tag, QLatin1String(text)).value_or(QByteArray());
+        EXPECT_EQ(valueJson(tag, bytes), valueJson(tag, tagValueNumber(tag, bytes).value()))
+            << text;
+    }
+    EXPECT_EQ("0.1", valueJson(tagOf(Tag::FLOAT32), double(0.1f)));
+    EXPECT_EQ("4294967295", valueJson(tagOf(Tag::UINT32), 4294967295.0));
+}

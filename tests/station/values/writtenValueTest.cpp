@@ -1,4 +1,4 @@
-#include "api/writtenValue.h"
+#include "values/writtenValue.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>

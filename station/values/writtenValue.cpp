@@ -1,4 +1,4 @@
-#include "api/writtenValue.h"
+#include "values/writtenValue.h"
 
 #include "plan/tagText.h"
 #include "plan/tagValue.h"
@@ -52,6 +52,8 @@ QString nameOf(const QJsonValue& value)
     if (value.isObject()) return QLatin1String("an object");
     if (value.isArray()) return QLatin1String("an array");
     if (value.isString()) return QLatin1String("a text");
+    if (value.isDouble() && !std::isfinite(value.toDouble())) // JSON has no text for it
+        return QString::number(value.toDouble());
     const QByteArray text = QJsonDocument(QJsonArray{value}).toJson(QJsonDocument::Compact);
     return QString::fromUtf8(text.mid(1, text.size() - 2));
 }
