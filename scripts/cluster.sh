@@ -1,0 +1,153 @@
+#!/usr/bin/env bash
+# Three RabbitMQ nodes on this machine, as one cluster that speaks MQTT on three loopback ports.
+# usage: scripts/cluster.sh start FOLDER        start all nodes; print the port of each, one a line
+#        scripts/cluster.sh kill FOLDER NUMBER   end node 1, 2 or 3 by SIGKILL
+#        scripts/cluster.sh revive FOLDER NUMBER start it again, and wait until it takes MQTT clients
+#        scripts/cluster.sh stop FOLDER          end all nodes
+#   FOLDER   of the nodes' files; made when it is missing. Nothing outside it is written.
+# The nodes trust every client of this machine; they listen on 127.0.0.1 alone.
+# Exit status: 0 done, 1 usage or a node that does not start.
+set -euo pipefail
+. "$(dirname "$0")/common.sh"
+
+NODES=(1 2 3)
+SERVER=/usr/lib/rabbitmq/bin/rabbitmq-server
+START_S=120
+
+[ $# -ge 2 ] || usage
+verb=$1
+mkdir -p "$2"
+folder=$(cd "$2" && pwd)
+number=${3:-}
+
+# A port that nobody listens on now.
+free_port() {
+    python3 -c 'import socket; s = socket.socket(); s.bind(("127.0.0.1", 0)); print(s.getsockname()[1])'
+}
+
+# port KIND NUMBER: drawn once for a folder.
+port() {
+    local file=$folder/ports/$1-$2
+    mkdir -p "$folder/ports"
+    [ -s "$file" ] || free_port >"$file"
+    cat "$file"
+}
+
+write_config() {
+    local home=$folder/node$1
+    mkdir -p "$home"
+    {
+        echo "listeners.tcp.1 = 127.0.0.1:$(port amqp "$1")"
+        echo "mqtt.listeners.tcp.1 = 127.0.0.1:$(port mqtt "$1")"
+        echo "mqtt.allow_anonymous = true"
+        echo "loopback_users = none"
+        echo "cluster_formation.peer_discovery_backend = classic_config"
+        for node in "${NODES[@]}"; do
+            echo "cluster_formation.classic_config.nodes.$node = kakb$node@localhost"
+        done
+    } >"$home/rabbitmq.conf"
+    echo "[rabbitmq_mqtt]." >"$home/plugins"
+}
+
+# The cookie lets the nodes trust each other; each Erlang of the folder reads it.
+write_cookie() {
+    local cookie=$folder/.erlang.cookie
+    [ -s "$cookie" ] || (umask 077 && head -c 32 /dev/urandom | od -An -tx1 | tr -d ' \n' >"$cookie")
+    chmod 400 "$cookie"
+}
+
+begin() {
+    local home=$folder/node$1
+    write_config "$1"
+    (
+        cd "$home"
+        exec env HOME="$folder" ERL_EPMD_ADDRESS=127.0.0.1 ERL_EPMD_PORT="$(port epmd 0)" \
+            RABBITMQ_NODENAME="kakb$1@localhost" RABBITMQ_DIST_PORT="$(port dist "$1")" \
+            RABBITMQ_MNESIA_BASE="$home/data" RABBITMQ_LOG_BASE="$home/log" \
+            RABBITMQ_CONFIG_FILE="$home/rabbitmq" RABBITMQ_ENABLED_PLUGINS_FILE="$home/plugins" \
+            RABBITMQ_PID_FILE="$home/pid" RABBITMQ_SERVER_ADDITIONAL_ERL_ARGS="+S 1:1" \
+            setsid "$SERVER" >"$home/output" 2>&1 </dev/null
+    ) &
+    echo $! >"$home/group"
+}
+
+takes_clients() {
+    python3 - "$1" <<'END'
+import socket, sys
+connect = bytes.fromhex("101000044d51545404020005000463686563")  # CONNECT, client id "chec"
+try:
+    with socket.create_connection(("127.0.0.1", int(sys.argv[1])), 2) as client:
+        client.settimeout(5)
+        client.sendall(connect)
+        sys.exit(client.recv(4) != bytes.fromhex("20020000"))
+except OSError:
+    sys.exit(1)
+END
+}
+
+await() {
+    local end=$((SECONDS + START_S))
+    until takes_clients "$(port mqtt "$1")"; do
+        if [ $SECONDS -gt $end ]; then
+            tail -n 20 "$folder/node$1/output" >&2
+            echo "node $1 does not take clients" >&2
+            return 1
+        fi
+        sleep 0.3
+    done
+}
+
+# The node is the leader of a process group of its own.
+kill_node() {
+    local group=$folder/node$1/group
+    [ -s "$group" ] || return 0
+    kill -KILL -- "-$(cat "$group")" 2>/dev/null || true
+    rm "$group"
+}
+
+# The name server stays as long as a node is entered with it.
+end_name_server() {
+    local try
+    for try in {1..50}; do
+        ERL_EPMD_ADDRESS=127.0.0.1 ERL_EPMD_PORT=$(port epmd 0) epmd -kill 2>&1 |
+            grep -q 'Killed\|cannot connect' && return 0
+        sleep 0.1
+    done
+    echo "the name server of the nodes does not end" >&2
+}
+
+is_node() {
+    case "$number" in
+    1 | 2 | 3) ;;
+    *) usage ;;
+    esac
+}
+
+case "$verb" in
+start)
+    write_cookie
+    for node in "${NODES[@]}"; do
+        begin "$node"
+    done
+    for node in "${NODES[@]}"; do
+        await "$node"
+        port mqtt "$node"
+    done
+    ;;
+kill)
+    is_node
+    kill_node "$number"
+    ;;
+revive)
+    is_node
+    begin "$number"
+    await "$number"
+    ;;
+stop)
+    for node in "${NODES[@]}"; do
+        kill_node "$node"
+    done
+    end_name_server
+    ;;
+*) usage ;;
+esac
