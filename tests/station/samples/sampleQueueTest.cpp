@@ -108,12 +108,12 @@ TEST_F(SampleQueueTest, TellsAStationThatAnswersOrFallsSilentOnce)
     values->linkChanged(true, QString(), 0);
     EXPECT_TRUE(queue.take().empty());
     clock.passMs(5000);
-    values->stationChanged(2, true, 0);
-    values->stationChanged(2, true, 0);
+    values->stationChanged(2, true, QString(), 0);
+    values->stationChanged(2, true, QString(), 0);
     const std::vector<Sample> taken = queue.take();
     EXPECT_EQ("plc-2 answers", textOf(taken));
     EXPECT_EQ(clock.wall(), taken[0].time);
-    values->stationChanged(2, false, 0);
+    values->stationChanged(2, false, QString(), 0);
     EXPECT_EQ("plc-2 silent", textOf(queue.take()));
 }
 
@@ -121,8 +121,8 @@ TEST_F(SampleQueueTest, TellsAtALossEachStationThatAnswered)
 {
     const auto values = link();
     values->linkChanged(true, QString(), 0);
-    values->stationChanged(1, true, 0);
-    values->stationChanged(2, true, 0);
+    values->stationChanged(1, true, QString(), 0);
+    values->stationChanged(2, true, QString(), 0);
     queue.take();
     values->linkChanged(false, QLatin1String("unplugged"), 0);
     EXPECT_EQ("plc-1 silent, plc-2 silent", textOf(queue.take()));
@@ -132,7 +132,7 @@ TEST_F(SampleQueueTest, TellsAtALossEachStationThatAnswered)
 
 TEST_F(SampleQueueTest, TellsALinkThatWasReplacedWhileItsStationsAnswered)
 {
-    link()->stationChanged(1, true, 0);
+    link()->stationChanged(1, true, QString(), 0);
     queue.take();
     link()->linkChanged(true, QString(), 0);
     EXPECT_EQ("plc-1 silent", textOf(queue.take()));
@@ -140,8 +140,8 @@ TEST_F(SampleQueueTest, TellsALinkThatWasReplacedWhileItsStationsAnswered)
 
 TEST_F(SampleQueueTest, KeepsTheStationsOfLinksApart)
 {
-    link("a")->stationChanged(1, true, 0);
-    link("b")->stationChanged(1, true, 0);
+    link("a")->stationChanged(1, true, QString(), 0);
+    link("b")->stationChanged(1, true, QString(), 0);
     EXPECT_EQ("a-1 answers, b-1 answers", textOf(queue.take()));
 }
 
@@ -151,8 +151,8 @@ TEST_F(SampleQueueTest, LosesNoStandingWhenItIsFull)
     values->linkChanged(true, QString(), 0);
     put({row(1, "a"), row(2, "a"), row(3, "a"), row(4, "a")});
     for (int i = 0; i < 100; ++i)
-        values->stationChanged(1, i % 2 == 0, 0);
+        values->stationChanged(1, i % 2 == 0, QString(), 0);
     put({row(5, "a")});
-    values->stationChanged(2, true, 0);
+    values->stationChanged(2, true, QString(), 0);
     EXPECT_EQ("1 a, 2 a, 3 a, plc-1 silent, gap 4, 5 a, plc-2 answers", textOf(queue.take()));
 }

@@ -63,7 +63,7 @@ void noteRows(Numbers& numbers, SampleQueue& queue, const QString& name, const S
     link.addListener(&queue);
     for (int value = 1; value <= ROWS; ++value) {
         numbers.note(name, value);
-        if (value % 100 == 0) link.stationChanged(tags[0].station, value % 200 != 0, 0);
+        if (value % 100 == 0) link.stationChanged(tags[0].station, value % 200 != 0, QString(), 0);
     }
 }
 
