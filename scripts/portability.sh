@@ -107,8 +107,8 @@ targets=(driver unit_tests model_tests property_tests recordLayout)
 programs=(unit_tests model/model_tests properties/property_tests)
 if [ "${1:-}" = --station ]; then
     kit=ON
-    targets+=(kakb-station station_tests)
-    programs+=(station/station_tests)
+    targets+=(kakb-station station_tests station_property_tests)
+    programs+=(station/station_tests station/station_property_tests)
     shift
 fi
 [ $# -gt 0 ] || set -- armhf
