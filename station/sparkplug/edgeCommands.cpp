@@ -1,0 +1,187 @@
+#include "sparkplug/edgeCommands.h"
+
+#include "sparkplug/edgeBirths.h"
+#include "values/jsonText.h"
+#include "values/valueJson.h"
+
+#include <utility>
+
+namespace {
+
+/// A stranger's text in the audit.
+enum { LONGEST_NAME = 200 };
+
+/// @param value  JSON
+QString outcomeText(std::optional<quint64> id, const QString& metric, const char* outcome,
+                    const QString& reason, const QByteArray& value)
+{
+    JsonText json;
+    json.beginObject().key("id");
+    if (id)
+        json.integer(qint64(*id));
+    else
+        json.null();
+    json.key("metric").text(metric).key("outcome").word(outcome);
+    json.key("reason").text(reason).key("value").raw(value).endObject();
+    return QString::fromUtf8(json.document());
+}
+
+/// How the sender named the metric.
+QString nameOf(const CommandMetric& command)
+{
+    if (!command.name.isEmpty()) return command.name.left(LONGEST_NAME);
+    if (!command.alias) return QString();
+    return QLatin1String("alias ") + QString::number(*command.alias);
+}
+
+/// The metric of the device's last birth that the command means, by name, by alias, or by both.
+const EdgeMetric* namedMetric(const EdgeStation& station, const CommandMetric& command)
+{
+    if (command.name.isEmpty() && !command.alias) return nullptr;
+    for (const EdgeMetric& metric : station.metrics) {
+        if (!metric.isInBirth) continue;
+        if (!command.name.isEmpty() && metric.tag.name != command.name) continue;
+        if (command.alias && metric.alias != *command.alias) continue;
+        return &metric;
+    }
+    return nullptr;
+}
+
+bool isRebirth(const CommandMetric& command)
+{
+    return command.name == QLatin1String(REBIRTH_METRIC) && !command.alias;
+}
+
+/// Empty: the command is no yes and no no.
+std::optional<bool> truthOf(const CommandMetric& command)
+{
+    if (command.type.value_or(quint32(MetricType::BOOLEAN)) != quint32(MetricType::BOOLEAN))
+        return std::nullopt;
+    const std::variant<MetricValue, UnfitCommand> value =
+        commandValue(command, MetricType::BOOLEAN);
+    const MetricValue* const fit = std::get_if<MetricValue>(&value);
+    const bool* const truth = fit != nullptr ? std::get_if<bool>(fit) : nullptr;
+    return truth != nullptr ? std::optional<bool>(*truth) : std::nullopt;
+}
+
+} // namespace
+
+EdgeCommands::EdgeCommands(EdgeMetrics& metrics, PlantCommands& plant, bool takesCommands)
+    : m_metrics(metrics),
+      m_plant(plant),
+      m_takesCommands(takesCommands),
+      m_outcomes(std::make_shared<Outcomes>())
+{
+}
+
+bool EdgeCommands::takeOfNode(const QByteArray& payload, const QString& from)
+{
+    const std::optional<Command> command = decodedCommand(payload);
+    if (!command || command->metrics.empty()) {
+        refuseMessage(QLatin1String("it is no command"), from);
+        return false;
+    }
+    bool isBirthWanted = false;
+    for (const CommandMetric& metric : command->metrics) {
+        ++m_taken;
+        const std::optional<bool> wanted =
+            isRebirth(metric) ? truthOf(metric) : std::optional<bool>();
+        if (wanted)
+            isBirthWanted = isBirthWanted || *wanted;
+        else
+            refuse(nullptr, &metric, QLatin1String("no metric of the node takes this"), from);
+    }
+    return isBirthWanted;
+}
+
+void EdgeCommands::takeOfDevice(const QString& device, const QByteArray& payload,
+                                const QString& from)
+{
+    const int found = m_metrics.findDevice(device);
+    const std::optional<Command> command = decodedCommand(payload);
+    if (found < 0 || !command || command->metrics.empty()) {
+        return refuseMessage(found < 0 ? QLatin1String("there is no such device")
+                                       : QLatin1String("it is no command"),
+                             from);
+    }
+    for (const CommandMetric& metric : command->metrics) {
+        ++m_taken;
+        takeMetric(m_metrics.devices()[size_t(found)], metric, from);
+    }
+}
+
+void EdgeCommands::takeMetric(const EdgeStation& station, const CommandMetric& command,
+                              const QString& from)
+{
+    const auto no = [&](const QString& reason) { refuse(&station, &command, reason, from); };
+    if (!m_takesCommands) return no(QLatin1String("commands are not allowed"));
+    if (!station.isBorn) return no(QLatin1String("the device does not answer"));
+    const EdgeMetric* const metric = namedMetric(station, command);
+    if (metric == nullptr) return no(QLatin1String("the device's birth has no such metric"));
+    if (metric->tag.access != Tag::READ_WRITE)
+        return no(QLatin1String("the metric cannot be written"));
+    const std::variant<MetricValue, UnfitCommand> value = commandValue(command, metric->type);
+    if (const UnfitCommand* const unfit = std::get_if<UnfitCommand>(&value))
+        return no(unfit->problem);
+    write(station, *metric, std::get<MetricValue>(value), from);
+}
+
+/// The write may end behind the end of this object.
+void EdgeCommands::write(const EdgeStation& station, const EdgeMetric& metric,
+                         const MetricValue& value, const QString& from)
+{
+    const std::weak_ptr<Outcomes> outcomes = m_outcomes;
+    const auto ended = [outcomes, link = station.link, number = station.station,
+                        tag = metric.tag](const CommandEnd& end) {
+        const std::shared_ptr<Outcomes> all = outcomes.lock();
+        if (all == nullptr) return;
+        tell(*all, {link, number,
+                    outcomeText(end.id, tag.name, writeOutcomeText(end.end.outcome), end.end.reason,
+                                valueJson(tag, end.end.held.bytes))});
+    };
+    m_plant.write(station.link, metric.tag.name, value, from, ended);
+}
+
+void EdgeCommands::refuseMessage(const QString& reason, const QString& from)
+{
+    ++m_taken;
+    refuse(nullptr, nullptr, reason, from);
+}
+
+void EdgeCommands::refuse(const EdgeStation* station, const CommandMetric* command,
+                          const QString& reason, const QString& from)
+{
+    ++m_refused;
+    const QString name = command != nullptr ? nameOf(*command) : QString();
+    m_plant.refused(name, reason, from);
+    if (!m_takesCommands) return; // there is no metric that tells it
+    Outcome outcome;
+    outcome.text = outcomeText(std::nullopt, name, writeOutcomeText(WriteEnd::REFUSED), reason,
+                               QByteArrayLiteral("null"));
+    if (station != nullptr && station->takesCommands) {
+        outcome.link = station->link;
+        outcome.station = station->station;
+    }
+    tell(*m_outcomes, outcome);
+}
+
+void EdgeCommands::tell(Outcomes& outcomes, const Outcome& outcome)
+{
+    if (outcomes.size() >= MOST_OUTCOMES) outcomes.pop_front();
+    outcomes.push_back(outcome);
+}
+
+std::vector<EdgeCommands::Outcome>
+EdgeCommands::takeOutcomes(const std::function<bool(const Outcome&)>& canTell)
+{
+    std::vector<Outcome> taken;
+    Outcomes kept;
+    for (Outcome& outcome : *m_outcomes) {
+        if (canTell(outcome))
+            taken.push_back(std::move(outcome));
+        else
+            kept.push_back(std::move(outcome));
+    }
+    m_outcomes->swap(kept);
+    return taken;
+}

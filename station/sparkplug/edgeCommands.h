@@ -1,0 +1,69 @@
+#ifndef EDGE_COMMANDS_H
+#define EDGE_COMMANDS_H
+
+#include "sparkplug/edgeMetrics.h"
+
+#include <deque>
+
+/// Commands of hosts. They are foreign input: whatever they hold, each of their metrics has one
+/// outcome, and none of them ends the session.
+///
+///     decoded -> named by the last birth -> fits the metric -> PlantCommands -> confirmed, refused
+///           |                      |                  |                          or failed
+///           +----------------------+------------------+-> refused, counted
+class EdgeCommands
+{
+public:
+    /// What became of a command, to be told as a metric.
+    struct Outcome
+    {
+        QString link; ///< empty: the node tells it
+        int station = 0;
+        QString text; ///< {"id","metric","outcome","reason","value"}
+    };
+
+    /// What nobody takes off is bounded: then the oldest outcomes are left out.
+    enum { MOST_OUTCOMES = 20000 };
+
+    EdgeCommands(EdgeMetrics& metrics, PlantCommands& plant, bool takesCommands);
+
+    /// @param from  "mqtt://HOST:PORT TOPIC", for the audit
+    /// @return whether the births are asked for
+    bool takeOfNode(const QByteArray& payload, const QString& from);
+
+    /// @param device  the last level of the topic
+    void takeOfDevice(const QString& device, const QByteArray& payload, const QString& from);
+
+    /// A message of which nothing may be executed.
+    void refuseMessage(const QString& reason, const QString& from);
+
+    /// Takes the outcomes that are to be told and for which `canTell` says yes, in their order.
+    std::vector<Outcome> takeOutcomes(const std::function<bool(const Outcome&)>& canTell);
+
+    quint64 taken() const
+    {
+        return m_taken;
+    }
+    quint64 refused() const
+    {
+        return m_refused;
+    }
+
+private:
+    using Outcomes = std::deque<Outcome>;
+
+    void takeMetric(const EdgeStation& station, const CommandMetric& command, const QString& from);
+    void refuse(const EdgeStation* station, const CommandMetric* command, const QString& reason,
+                const QString& from);
+    void write(const EdgeStation& station, const EdgeMetric& metric, const MetricValue& value,
+               const QString& from);
+    static void tell(Outcomes& outcomes, const Outcome& outcome);
+
+    EdgeMetrics& m_metrics;
+    PlantCommands& m_plant;
+    const bool m_takesCommands;
+    std::shared_ptr<Outcomes> m_outcomes; ///< shared with the writes that are under way
+    quint64 m_taken = 0, m_refused = 0;
+};
+
+#endif

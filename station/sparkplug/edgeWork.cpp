@@ -1,0 +1,154 @@
+#include "sparkplug/edgeBirths.h"
+#include "sparkplug/edgeNodeState.h"
+#include "values/jsonText.h"
+#include "wire/timeUnits.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace {
+
+enum {
+    FAREWELL_LIMIT = SECOND, ///< for the acknowledgement of an NDEATH
+    TICK = SECOND,           ///< from mark to mark, and from figure to figure
+    GOOD_SESSION = SECOND    ///< a session that lived so long was good
+};
+
+QByteArray markText(const DeliveryLedger::Mark& mark)
+{
+    JsonText json;
+    json.beginObject().key("sequence").integer(mark.sequence);
+    json.key("time").integer(mark.time).endObject();
+    return json.document();
+}
+
+} // namespace
+
+// A session with births.
+
+/// The first births of a session.
+void EdgeNode::State::bear()
+{
+    const qint64 now = clock.steady();
+    become(BORN, QString());
+    ++sessions;
+    goodAt = now + GOOD_SESSION;
+    tickAt = now + TICK;
+    isLeft = false;
+    data.begin();
+    ledger.born(lastNumber);
+    tellFigures();
+    data.bear(node, birthSequence);
+    work();
+}
+
+void EdgeNode::State::work()
+{
+    if (session.isDrained() && std::exchange(areBirthsDue, false)) data.bear(node, birthSequence);
+    if (areBirthsDue) return;
+    while (data.isWaiting() && session.isDrained())
+        data.sendSome();
+    if (session.isDrained()) tellOutcomes();
+    if (session.isDrained()) tick();
+    if (session.isDrained() && !data.isWaiting()) history.sendSome(clock.steady());
+}
+
+/// What happens once a second. While the socket takes nothing it comes late.
+void EdgeNode::State::tick()
+{
+    const qint64 now = clock.steady();
+    if (now >= goodAt) walk.wasGood();
+    if (now < tickAt) return;
+    tickAt = now + TICK;
+    tellFigures();
+    const std::vector<Metric> changed = node.takeNews();
+    if (!changed.empty()) publisher.sendNodeData(changed);
+    sendMark();
+}
+
+/// A mark proves what was sent before it.
+void EdgeNode::State::sendMark()
+{
+    data.owe();
+    ledger.sent(data.isWaiting() ? data.lastTaken() : lastNumber);
+    if (!marks.empty()) return;
+    const std::optional<DeliveryLedger::Mark> mark = ledger.nextMark();
+    if (!mark) return;
+    const int request = session.publish({topics.mark(), markText(*mark), 1, false});
+    if (request != 0) marks.emplace(request, *mark);
+}
+
+void EdgeNode::State::tellFigures()
+{
+    const qint64 now = clock.wall();
+    node.set(NodeMetrics::DROPPED, dropped(), now);
+    node.set(NodeMetrics::BEHIND, ledger.behind(), now);
+    node.set(NodeMetrics::REFUSED, qint64(commands.refused()), now);
+}
+
+/// A device that is not born tells its outcomes behind its birth.
+void EdgeNode::State::tellOutcomes()
+{
+    const auto canTell = [this](const EdgeCommands::Outcome& outcome) {
+        const int device = metrics.findStation(outcome.link, outcome.station);
+        return device < 0 || metrics.devices()[size_t(device)].isBorn;
+    };
+    for (const EdgeCommands::Outcome& outcome : commands.takeOutcomes(canTell))
+        tellOutcome(outcome);
+}
+
+void EdgeNode::State::tellOutcome(const EdgeCommands::Outcome& outcome)
+{
+    const qint64 now = clock.wall();
+    const int device = metrics.findStation(outcome.link, outcome.station);
+    if (device < 0 || !metrics.devices()[size_t(device)].takesCommands) {
+        node.tell(NodeMetrics::OUTCOME, outcome.text, now);
+        return publisher.sendNodeData(node.takeNews());
+    }
+    EdgeStation& station = metrics.devices()[size_t(device)];
+    station.outcome = outcome.text;
+    station.outcomeTime = now;
+    publisher.sendDevice("DDATA", station.id,
+                         {dataEntry(station.outcomeAlias, MetricType::STRING, outcome.text,
+                                    QualityCode::GOOD, now)});
+}
+
+// The end of a session with births.
+
+/// Of a stop, what waits goes out first, with its mark. A primary host that is offline would not
+/// see it: that stays owed.
+void EdgeNode::State::sayFarewell()
+{
+    isLeft = !isStopping;
+    if (!isLeft && !areBirthsDue) {
+        while (data.isWaiting() && session.isDrained())
+            data.sendSome();
+        if (session.isDrained()) sendMark();
+    }
+    data.end();
+    news.isDeathDelivered = false;
+    deathRequest = publisher.sendNodeDeath(birthSequence);
+    deadline = clock.steady() + FAREWELL_LIMIT;
+    become(LEAVING, QString());
+}
+
+void EdgeNode::State::part()
+{
+    session.leave();
+    over(QLatin1String("the primary host is offline"), true, isLeft);
+}
+
+// Samples.
+
+void EdgeNode::State::take(const Sample& sample)
+{
+    const quint64 before = lastNumber;
+    lastNumber = std::max(lastNumber, sample.number);
+    if (sample.kind != Sample::GAP) return step == BORN ? data.push(sample) : data.lookOn(sample);
+    if (step == BORN && lastNumber > before) ledger.missed(before + 1, lastNumber);
+}
+
+qint64 EdgeNode::State::dropped() const
+{
+    return ledger.dropped() + data.lost() + history.lost();
+}

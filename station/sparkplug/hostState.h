@@ -1,0 +1,55 @@
+#ifndef HOST_STATE_H
+#define HOST_STATE_H
+
+#include "broker/brokerAddress.h"
+
+#include <QByteArray>
+#include <QHash>
+#include <QString>
+
+#include <optional>
+
+/// What the primary host says of itself, at each server.
+///
+/// A host has one session and one row of times at each server, so the times of two servers are
+/// never compared. They are kept over reconnects; whether the host is online has to be told anew on
+/// each connection, by its retained STATE.
+class HostState
+{
+public:
+    enum News {
+        NOTHING, ///< no STATE of this host, or an old one
+        ONLINE,
+        OFFLINE
+    };
+
+    /// @param host  its id; empty: there is no primary host, and everything is NOTHING
+    explicit HostState(const QString& host);
+
+    bool isWanted() const
+    {
+        return !m_topic.isEmpty();
+    }
+    const QString& topic() const
+    {
+        return m_topic;
+    }
+
+    News told(const BrokerAddress& server, const QString& topic, const QByteArray& payload);
+
+private:
+    QString m_topic;
+    QHash<QString, qint64> m_times; ///< of the last STATE that counted, by server
+};
+
+/// A STATE as it was sent.
+struct HostStatement
+{
+    bool isOnline = false;
+    qint64 time = 0; ///< ms since 1970
+};
+
+/// Empty: the bytes are no STATE. Takes any bytes.
+std::optional<HostStatement> hostStatement(const QByteArray& payload);
+
+#endif
