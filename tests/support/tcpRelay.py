@@ -16,10 +16,13 @@ LONGEST_WAIT_S = 5
 class _Connection:
     """One client's connection, and the first line of what it asked last."""
 
-    def __init__(self, client, target):
+    def __init__(self, client, target, answered):
         self.client = client
         self.server = socket.create_connection(target)
+        self.answered = answered
         self.request = b""
+        for end in (self.client, self.server):
+            end.setsockopt(socket.IPPROTO_TCP, socket.TCP_NODELAY, 1)
 
     def pass_on(self, source):
         """Passes bytes on; returns whether the connection goes on."""
@@ -30,6 +33,8 @@ class _Connection:
                 return False
             if source is self.client:
                 self.request = data.split(b"\r\n", 1)[0]
+            else:
+                self.answered(data)
             other.settimeout(LONGEST_WAIT_S)
             other.sendall(data)
         except OSError:
@@ -45,8 +50,10 @@ class _Connection:
 class TcpRelay:
     """Listens on a port of its own and relays to a target."""
 
-    def __init__(self, target):
+    def __init__(self, target, answered=lambda data: None):
+        """What the server sends is told to `answered` before it is passed on."""
         self.target = target
+        self.answered = answered
         self.listener = socket.create_server(("127.0.0.1", 0))
         self.port = self.listener.getsockname()[1]
         self.lock = threading.Lock()
@@ -113,7 +120,7 @@ class TcpRelay:
             client.close()
             return
         try:
-            connection = _Connection(client, self.target)
+            connection = _Connection(client, self.target, self.answered)
         except OSError:
             client.close()
             return

@@ -1,0 +1,186 @@
+"""A station that publishes 500 changes a second, while broker, network and station are killed at random
+moments, and a host that compares what it got with the station's history."""
+
+import csv
+import io
+import json
+import random
+import time
+from collections import Counter
+
+from mosquittoBroker import MosquittoBroker
+from processes import eventually
+from simulatedPlc import SimulatedPlc
+from sparkplugHost import SparkplugHost
+from stationProgram import Station
+from tcpRelay import TcpRelay
+
+TAGS = 50
+FIRST_MARKER = 3000  # the number of MW 0
+CHANGE_MS = 100
+DEVICE = "plc-1"
+KINDS = ("broker", "network", "station")
+# A row is noted a little later than its time; the mark tells when it was noted.
+NOTED_S = 0.3
+SETTLE_S = 60
+
+
+class PlantFaults:
+    """Runs the faults; `found` has what was wrong, in sentences."""
+
+    def __init__(self, programs, folder, seed):
+        self.random = random.Random(seed)
+        self.programs, self.folder = programs, folder
+        self.found = []
+        self.counts = Counter()
+        signals = [argument for word in range(TAGS) for argument in
+                   ("--signal", f"1:MW:{FIRST_MARKER + word}:counter:{CHANGE_MS}:60000")]
+        self.plc = SimulatedPlc(programs / "kakb-sim", folder, "tcp", *signals)
+        rows = [f"w{word},1,MW,{2 * word},uint16" for word in range(TAGS)]
+        (folder / "tags.csv").write_text(
+            "\n".join(["name,station,area,address,type", *rows]) + "\n", encoding="utf-8")
+        self.broker = MosquittoBroker(folder)
+        self.relay = TcpRelay(("127.0.0.1", self.broker.port))
+        self.host = SparkplugHost(self.broker.port, keep=False)
+        self.cuts = []  # when a session may have ended, on time.time()
+        self.station = self._started()
+
+    def run(self, kills, kinds=KINDS):
+        """Makes so many faults of each kind, in a random order, and judges."""
+        self.host.await_that(lambda host: DEVICE in host.born)
+        faults = [kind for kind in kinds for _ in range(kills)]
+        self.random.shuffle(faults)
+        for kind in faults:
+            time.sleep(self.random.uniform(0, 1.5))
+            self.cuts.append(time.time())
+            {"broker": self._kill_broker, "network": self._cut_network,
+             "station": self._kill_station}[kind]()
+            self.counts[kind] += 1
+            births = self.host.births
+            if self.random.random() < 0.8:  # else the next fault falls into the return of this one
+                self.host.await_that(lambda host, births=births: DEVICE in host.born and (
+                    host.births > births or time.time() - self.cuts[-1] > 3), 40)
+        self._settle()
+        self._judge()
+
+    def close(self):
+        """Ends all programs."""
+        self.host.close()
+        self.station.close()
+        self.relay.close()
+        self.broker.close()
+        self.plc.close()
+
+    def _started(self):
+        return Station([self.programs / "kakb-station", "--listen", "127.0.0.1:0", "--tags",
+                        "tags.csv", "--link", self.plc.link, "--pace", f"{CHANGE_MS}ms", "--state",
+                        "state", "--mqtt", f"mqtt://127.0.0.1:{self.relay.port}"], self.folder)
+
+    def _pause(self):
+        time.sleep(self.random.choice([0.01, 0.1, 1, 3]) * self.random.uniform(0.5, 1))
+
+    def _kill_broker(self):
+        """The host is there again before the station: it is to see all that the broker gets."""
+        self.relay.cut()
+        self.broker.kill()
+        self.host.subscribed.clear()
+        self._pause()
+        self.broker.start()
+        assert self.host.subscribed.wait(20), "the host did not come back"
+        self.relay.resume()
+
+    def _cut_network(self):
+        freeze = self.random.random() < 0.3
+        if freeze:
+            self.relay.freeze()
+            self._pause()
+        self.relay.cut()
+        self._pause()
+        self.relay.resume()
+
+    def _kill_station(self):
+        self.station.process.kill()
+        self.station.process.wait()
+        self.station.close()
+        self._pause()
+        self.station = self._started()
+
+    def _settle(self):
+        """The PLC ends, so that nothing changes any more, and all that is owed is delivered."""
+        self.plc.kill()
+
+        def is_delivered():
+            standing = self.station.get("/api/v1/plant").json[0]
+            return standing["state"] == "connected" and standing["behind"] == 0
+        time.sleep(3)
+        if not eventually(is_delivered, SETTLE_S):
+            self.found.append(f"never delivered: {self.station.get('/api/v1/plant').json}")
+        time.sleep(1)
+
+    def _history(self, tag):
+        """The rows of a tag that differ from the row before, as (time, value, quality)."""
+        text = self.station.get(f"/api/v1/history.csv?link=plc&tag={tag}&from=0").body.decode()
+        rows, before = [], None
+        for row in csv.DictReader(io.StringIO(text)):
+            if not row["value"]:
+                continue
+            now = (float(row["value"]), row["quality"])
+            if now != before:
+                rows.append((int(row["time"]), *now))
+            before = now
+        return rows
+
+    def _judge(self):
+        self.found += self.host.broken
+        came = {}
+        for sample in self.host.samples:
+            if sample.device == DEVICE and sample.value is not None:
+                came.setdefault(sample.name, []).append(sample)
+        for word in range(TAGS):
+            tag = f"w{word}"
+            self._judge_tag(tag, came.get(tag, []))
+
+    def _judge_tag(self, tag, came):
+        rows = self._history(tag)
+        known = {(sample.time, float(sample.value), sample.quality) for sample in came}
+        lost = [row for row in rows if row not in known]
+        self.counts["rows"] += len(rows)
+        self.counts["samples"] += len(came)
+        self.counts["historical"] += sum(sample.is_historical for sample in came)
+        if lost:
+            self.found.append(f"{tag}: {len(lost)} of {len(rows)} rows lost, such as {lost[:3]}")
+        self._judge_order(tag, [sample for sample in came if not sample.is_historical])
+        self._judge_doubles(tag, came)
+
+    def _judge_order(self, tag, live):
+        for before, after in zip(live, live[1:]):
+            if after.time < before.time:
+                self.found.append(f"{tag}: {after.time} came live behind {before.time}")
+
+    def _judge_doubles(self, tag, came):
+        """A sample comes twice only when no mark behind it was acknowledged before the cut."""
+        first = {}
+        for sample in came:
+            if not sample.is_historical:
+                first.setdefault(sample.key(), sample)
+                continue
+            before = first.setdefault(sample.key(), sample)
+            if before is sample:
+                continue
+            self.counts["doubled"] += 1
+            if sample.time / 1000 < self._proven(before, sample) - NOTED_S:
+                self.found.append(f"{tag}: {sample.time} came again though a mark had proven it")
+
+    def _proven(self, first, again):
+        """The time up to which marks had proven everything at the cut between the two samples.
+
+        The host saw a mark when the broker took it; the last one may not be acknowledged."""
+        cut = max((cut for cut in self.cuts if cut < again.came), default=0)
+        seen = [document["time"] / 1000 for came, document in self.host.marks if came < cut]
+        assert first.came <= again.came
+        return seen[-2] if len(seen) > 1 else 0
+
+
+def summary(run):
+    """One line."""
+    return json.dumps(dict(run.counts))
