@@ -24,7 +24,7 @@ jobs=${JOBS:-$(nproc)}
 packages=qtbase5-dev,libgtest-dev,libmodbus-dev,libcli11-dev,librapidcheck-dev
 # What the station needs as well.
 packages+=,libqt5serialport5-dev,libpcap-dev,libmicrohttpd-dev,libsqlite3-dev,libsystemd-dev
-packages+=,libmosquitto-dev,libprotobuf-dev
+packages+=,libmosquitto-dev,libssl-dev,libprotobuf-dev
 packages+=,libtomlplusplus-dev,libjs-dygraphs
 # What no compiler or test reads.
 unneeded=(./usr/share/doc ./usr/share/locale ./usr/share/man ./usr/share/i18n ./usr/share/fonts
