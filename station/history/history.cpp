@@ -1,12 +1,5 @@
 #include "history/history.h"
 
-#include <chrono>
-
-namespace {
-
-const std::chrono::seconds BETWEEN_COMMITS(1);
-} // namespace
-
 History::History(const Settings& settings, const StationClock& clock)
     : m_cap(settings.capBytes),
       m_intake({settings.overrideMs, m_cap.waitingRows}, clock),
@@ -17,31 +10,20 @@ History::History(const Settings& settings, const StationClock& clock)
 
 History::~History()
 {
-    if (!m_thread.joinable()) return;
-    {
-        const std::lock_guard<std::mutex> lock(m_mutex);
-        m_isEnding = true;
-    }
-    m_end.notify_all();
-    m_thread.join();
-    m_writer.turn();
+    if (m_thread.stop()) m_writer.turn();
 }
 
-void History::start(LinksNow links)
+void History::setRowListener(RowListener* listener)
 {
-    m_thread = std::thread([this, links = std::move(links)] { run(links); });
+    m_intake.setRowListener(listener);
 }
 
-void History::run(const LinksNow& links)
+void History::start(HistoryIntake::LinksNow links)
 {
-    std::unique_lock<std::mutex> lock(m_mutex);
-    while (!m_isEnding) {
-        lock.unlock();
+    m_thread.start([this, links = std::move(links)] {
         m_intake.look(links());
         m_writer.turn();
-        lock.lock();
-        m_end.wait_for(lock, BETWEEN_COMMITS, [this] { return m_isEnding; });
-    }
+    });
 }
 
 void History::tagChanged(const LinkValues& link, int tag, const TagReading& reading)
@@ -62,4 +44,19 @@ std::vector<History::Row> History::rows(const Query& query, qint64 after, int mo
 History::Standing History::standing() const
 {
     return m_writer.standing();
+}
+
+LogPosition History::position() const
+{
+    return m_writer.position();
+}
+
+std::vector<LoggedRow> History::rowsBehind(qint64 sequence, qint64 last, int most)
+{
+    return m_reader.rowsBehind(sequence, last, most);
+}
+
+qint64 History::oldestSequence()
+{
+    return m_reader.oldestSequence();
 }

@@ -2,15 +2,11 @@
 #define HISTORY_H
 
 #include "history/historyWriter.h"
-
-#include <condition_variable>
-#include <functional>
-#include <memory>
-#include <thread>
+#include "history/secondsThread.h"
 
 /// What happened to the values, in an SQLite file. One thread writes it, once a second. Trouble
 /// with the file never reaches the links' threads.
-class History : public ValueListener
+class History : public ValueListener, public SampleLog
 {
 public:
     struct Settings
@@ -30,10 +26,12 @@ public:
     /// Writes what is left. The links have stopped before.
     ~History() override;
 
+    /// Call it before the links start; the listener must outlive the history.
+    void setRowListener(RowListener* listener);
+
     /// The links whose qualities are looked at once a second: a value that grows old is no news of
     /// the link. Called from the history's thread.
-    using LinksNow = std::function<HistoryIntake::Links()>;
-    void start(LinksNow links);
+    void start(HistoryIntake::LinksNow links);
 
     void tagChanged(const LinkValues& link, int tag, const TagReading& reading) override;
 
@@ -49,18 +47,16 @@ public:
 
     Standing standing() const;
 
-private:
-    void run(const LinksNow& links);
+    LogPosition position() const override;
+    std::vector<LoggedRow> rowsBehind(qint64 sequence, qint64 last, int most) override;
+    qint64 oldestSequence() override;
 
+private:
     const HistoryCap m_cap;
     HistoryIntake m_intake; ///< guards itself
     HistoryReader m_reader; ///< guards itself
     HistoryWriter m_writer; ///< guards itself
-
-    std::mutex m_mutex;
-    std::condition_variable m_end;
-    bool m_isEnding = false; ///< guarded by m_mutex
-    std::thread m_thread;
+    SecondsThread m_thread;
 };
 
 #endif

@@ -29,6 +29,13 @@ void dropEmptyRuns(SqliteFile& file)
                  " (SELECT min(sequence) FROM fresh), 0)");
 }
 
+/// The oldest packing stays while a pack of it is left.
+void dropEmptyPackings(SqliteFile& file)
+{
+    file.execute("DELETE FROM packings WHERE first < (SELECT max(first) FROM packings"
+                 " WHERE first <= (SELECT min(id) FROM packs))");
+}
+
 qint64 dropOldestPacks(SqliteFile& file)
 {
     SqliteTransaction transaction(file, SqliteTransaction::WRITE);
@@ -46,6 +53,7 @@ qint64 dropOldestPacks(SqliteFile& file)
     }
     SqliteStatement(file, "DELETE FROM packs WHERE id <= ?").bind(0, last).run();
     dropEmptyRuns(file);
+    dropEmptyPackings(file);
     transaction.commit();
     return dropped;
 }

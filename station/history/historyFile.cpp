@@ -9,6 +9,7 @@
 HistoryFile::HistoryFile(const QString& name, const HistoryCap& cap, const OpenRun& run)
     : m_name(name), m_cap(cap), m_file(openHistoryFile(name)), m_run(run)
 {
+    m_identity = m_file->number("SELECT id FROM identity");
     m_fresh = m_file->number("SELECT count(*) FROM fresh");
     m_rows = m_fresh + m_file->number("SELECT sum(rows) FROM spans WHERE level = 0");
     m_sequence = m_file->number("SELECT max(sequence) FROM runs");

@@ -43,6 +43,18 @@ public:
         return m_hadRun;
     }
 
+    /// See openHistoryFile(). Never 0.
+    qint64 identity() const
+    {
+        return m_identity;
+    }
+
+    /// Of the last row.
+    qint64 sequence() const
+    {
+        return m_sequence;
+    }
+
     qint64 rows() const
     {
         return m_rows;
@@ -67,6 +79,7 @@ private:
     const QString m_name;
     const HistoryCap m_cap;
     const std::unique_ptr<SqliteFile> m_file;
+    qint64 m_identity = 0;
     OpenRun m_run;
     bool m_hadRun = false;
     bool m_isInRun = false;

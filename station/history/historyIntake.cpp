@@ -28,6 +28,11 @@ HistoryIntake::HistoryIntake(const Limits& limits, const StationClock& clock)
 {
 }
 
+void HistoryIntake::setRowListener(RowListener* listener)
+{
+    m_listener = listener;
+}
+
 HistoryIntake::Kept& HistoryIntake::keptOf(const LinkValues& link, int tag)
 {
     const QString& name = link.tags()[size_t(tag)].name;
@@ -36,7 +41,8 @@ HistoryIntake::Kept& HistoryIntake::keptOf(const LinkValues& link, int tag)
     if (found != m_kept.end()) return *found;
     Kept kept;
     kept.tag = int(m_kept.size());
-    m_newTags.push_back({link.name(), name});
+    kept.name = {link.name(), name};
+    m_newTags.push_back(kept.name);
     return *m_kept.insert(key, kept);
 }
 
@@ -106,12 +112,27 @@ void HistoryIntake::note(Kept& kept, HistoryRow row)
     kept.noted = m_steady;
     if (!hasRoom()) {
         ++m_dropped;
-        return;
+        return tell(kept, 0);
     }
     Note note;
     note.tag = kept.tag;
     note.row = row;
     m_notes.push_back(note);
+    tell(kept, ++m_numbers);
+}
+
+void HistoryIntake::tell(const Kept& kept, quint64 number) const
+{
+    if (m_listener == nullptr) return;
+    Sample sample;
+    sample.link = kept.name.link;
+    sample.tag = kept.name.tag;
+    sample.time = kept.row.time;
+    sample.value = kept.row.value;
+    sample.hasValue = kept.row.hasValue;
+    sample.quality = kept.row.quality;
+    sample.number = number;
+    m_listener->rowNoted(sample);
 }
 
 void HistoryIntake::consider(Kept& kept, const Tag& tag, const TagReading& reading)
@@ -191,6 +212,7 @@ HistoryIntake::Taken HistoryIntake::take()
     }
     taken.newTags.swap(m_newTags);
     taken.until = m_wall;
+    taken.number = m_numbers;
     return taken;
 }
 

@@ -2,6 +2,7 @@
 #define HISTORY_INTAKE_H
 
 #include "history/historyRow.h"
+#include "samples/rowListener.h"
 #include "values/linkValues.h"
 
 #include <QHash>
@@ -15,6 +16,8 @@
 ///     links' threads   tagChanged() --+
 ///                                     v
 ///     history's thread look() ------> notes ------> take() --> the file
+///
+/// A row that finds room gets the next number, and each row is told to the listener in that order.
 ///
 /// A reading becomes a row when the quality changed, when the value is more than the deadband away
 /// from that of the last row, and when the last row is as old as `override`.
@@ -53,9 +56,13 @@ public:
         std::vector<Note> notes;
         std::vector<TagName> newTags; ///< those whose index is new since the last time
         qint64 until = 0;             ///< it is complete up to this time, ms since 1970
+        quint64 number = 0;           ///< of the last row that was noted; 0: there was none
     };
 
     HistoryIntake(const Limits& limits, const StationClock& clock);
+
+    /// Call it before the first reading; the listener must outlive the intake.
+    void setRowListener(RowListener* listener);
 
     /// Notes a reading of a tag that changed.
     void tagChanged(const LinkValues& link, int tag, const TagReading& reading);
@@ -63,6 +70,7 @@ public:
     /// Notes what nobody tells: values that grew old, rows that are due, links that are gone. Call
     /// it about once a second.
     using Links = std::vector<std::shared_ptr<const LinkValues>>;
+    using LinksNow = std::function<Links()>;
     void look(const Links& links);
 
     Taken take();
@@ -84,6 +92,7 @@ private:
     struct Kept
     {
         int tag = 0;
+        TagName name;
         bool isKept = false; ///< a row was noted in this run
         HistoryRow row;
         qint64 noted = 0;   ///< on the steady clock, microseconds
@@ -97,6 +106,7 @@ private:
     bool isDue(const Kept& kept, const HistoryRow& row, double deadband) const;
     bool hasRoom();
     void note(Kept& kept, HistoryRow row);
+    void tell(const Kept& kept, quint64 number) const;
     void consider(Kept& kept, const Tag& tag, const TagReading& reading);
     void endUnseen();
     HistoryRow rowOf(const Tag& tag, const TagReading& reading) const;
@@ -104,6 +114,7 @@ private:
     const Limits m_limits;
     const StationClock& m_clock;
     const qint64 m_begin;
+    RowListener* m_listener = nullptr; ///< constant behind the first reading; null: nobody is told
 
     mutable std::mutex m_mutex; ///< guards all members below
     QHash<QPair<QString, QString>, Kept> m_kept;
@@ -112,6 +123,7 @@ private:
     qint64 m_steady, m_wall; ///< of the last pulse
     qint64 m_runBegin;       ///< ms since 1970
     quint64 m_changes = 0, m_looks = 0;
+    quint64 m_numbers = 0; ///< of the last row that found room
     qint64 m_dropped = 0;
     std::optional<qint64> m_fullSince; ///< rows find no room since then, ms since 1970
 };

@@ -33,6 +33,13 @@ void HistoryReader::read(const std::function<void(SqliteFile&)>& query)
     } catch (const HistoryTrouble&) {
         // The writer tells it.
     }
+    close();
+}
+
+/// The statements go before their file does.
+void HistoryReader::close()
+{
+    m_log.reset();
     m_file.reset();
 }
 
@@ -52,10 +59,31 @@ std::vector<HistoryRow> HistoryReader::rows(const HistoryQuery& query, qint64 af
     return found;
 }
 
+std::vector<LoggedRow> HistoryReader::rowsBehind(qint64 sequence, qint64 last, int most)
+{
+    std::vector<LoggedRow> found;
+    if (most <= 0 || sequence >= last) return found;
+    read([&](SqliteFile& file) {
+        if (!m_log) m_log = std::make_unique<LogReader>(file);
+        found = m_log->rowsBehind(sequence, last, size_t(most));
+    });
+    return found;
+}
+
+qint64 HistoryReader::oldestSequence()
+{
+    qint64 oldest = 0;
+    read([&](SqliteFile& file) {
+        oldest = file.number("SELECT coalesce((SELECT min(id) FROM packs),"
+                             " (SELECT min(sequence) FROM fresh))");
+    });
+    return oldest;
+}
+
 std::unique_lock<std::mutex> HistoryReader::closed()
 {
     std::unique_lock<std::mutex> lock(m_mutex);
-    m_file.reset();
+    close();
     return lock;
 }
 

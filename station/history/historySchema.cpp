@@ -1,8 +1,16 @@
 #include "history/historySchema.h"
 
+#include "history/rowPack.h"
+
+#include <QRandomGenerator>
+
+#include <sqlite3.h>
+
+#include <limits>
+
 namespace {
 
-enum { APPLICATION = 0x6B616B62, VERSION = 1 };
+enum { APPLICATION = 0x6B616B62, VERSION = 2 };
 
 // Pages that were given up are used again; the file gets smaller only when the cap was made smaller
 // (incremental).
@@ -28,9 +36,46 @@ const char TABLES[] =
     " ends_good INTEGER NOT NULL, minimum REAL, maximum REAL, last REAL,"
     " PRIMARY KEY (series, level, number)) WITHOUT ROWID;";
 
+const char TABLES_OF_VERSION_2[] = "CREATE TABLE packings (first INTEGER PRIMARY KEY);"
+                                   "CREATE TABLE identity (id INTEGER PRIMARY KEY);";
+
 QByteArray pragma(const char* name, int value)
 {
     return QByteArray("PRAGMA ") + name + " = " + QByteArray::number(value);
+}
+
+void addTablesOfVersion2(SqliteFile& file)
+{
+    file.execute(TABLES_OF_VERSION_2);
+    const quint64 random = QRandomGenerator::system()->generate64();
+    const qint64 identity = qint64(random & quint64(std::numeric_limits<qint64>::max()));
+    SqliteStatement insert(file, "INSERT INTO identity (id) VALUES (?)");
+    insert.bind(0, std::max<qint64>(identity, 1)).run();
+}
+
+/// The packs of one packing follow each other, and the next one begins behind the last row of them
+/// all.
+void findPackings(SqliteFile& file)
+{
+    SqliteStatement packs(file, "SELECT id, data FROM packs ORDER BY id");
+    SqliteStatement insert(file, "INSERT INTO packings (first) VALUES (?)");
+    qint64 last = 0;
+    while (packs.next()) {
+        const auto rows = unpackedRows(packs.blob(1));
+        if (!rows || rows->empty()) throw SqliteError(SQLITE_CORRUPT, "a pack of rows is damaged");
+        if (packs.integer(0) > last) insert.bind(0, packs.integer(0)).run();
+        last = std::max(last, rows->back().sequence);
+    }
+}
+
+/// In one commit: a kill leaves the file as it was, or whole.
+void bringUpToDate(SqliteFile& file)
+{
+    SqliteTransaction transaction(file, SqliteTransaction::WRITE);
+    addTablesOfVersion2(file);
+    findPackings(file);
+    file.execute(pragma("user_version", VERSION).constData());
+    transaction.commit();
 }
 
 /// A new file says whose it is and has all tables in one commit: a kill leaves it empty or whole.
@@ -38,6 +83,7 @@ void makeTables(SqliteFile& file)
 {
     SqliteTransaction transaction(file, SqliteTransaction::WRITE);
     file.execute(TABLES);
+    addTablesOfVersion2(file);
     file.execute(pragma("application_id", APPLICATION).constData());
     file.execute(pragma("user_version", VERSION).constData());
     transaction.commit();
@@ -67,6 +113,7 @@ std::unique_ptr<SqliteFile> openHistoryFile(const QString& name)
     if (!isNew) checkOwner(*file);
     file->execute(SETTINGS);
     if (isNew) makeTables(*file);
+    if (file->number("PRAGMA user_version") < VERSION) bringUpToDate(*file);
     return file;
 }
 

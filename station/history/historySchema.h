@@ -9,7 +9,8 @@ struct HistoryTrouble : std::runtime_error
     using std::runtime_error::runtime_error;
 };
 
-/// Opens the history's file, and makes it when it is missing or empty.
+/// Opens the history's file, and makes it when it is missing or empty. A file of version 1 gets
+/// what it lacks: packings and identity.
 ///
 ///     runs     when the station ran, and the sequence of the last row of each run; the end of the
 ///              newest run moves with each commit
@@ -18,6 +19,9 @@ struct HistoryTrouble : std::runtime_error
 ///     fresh    the newest rows of all series, in order of coming
 ///     packs    older rows, up to 256 of one series in one pack, see rowPack.h; its id is the
 ///              sequence of its first row
+///     packings the sequence of the first row of each packing. It packed all fresh rows, so a
+///              packing has all rows from its first one to before that of the next
+///     identity a random number: this file and no other one
 ///     spans    what the rows of one pack, of 16 packs, of 256 packs ... of a series have in
 ///              common, see packedSpans.h
 ///

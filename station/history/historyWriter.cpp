@@ -73,6 +73,25 @@ void HistoryWriter::open()
     m_file = std::make_unique<HistoryFile>(m_name, m_cap, m_run);
     const bool isWrittenElsewhere = m_run.id != 0 && !m_file->hadRun();
     if (isWrittenElsewhere) m_intake.writeAllAgain();
+    const bool goesOn =
+        m_file->identity() == m_committed.file && m_file->sequence() == m_committed.sequence;
+    if (!goesOn) m_committed.firstNumber = m_committed.number;
+}
+
+void HistoryWriter::tellCommit()
+{
+    m_committed.file = m_file->identity();
+    m_committed.sequence = m_file->sequence();
+    m_committed.number = m_taken->number;
+    m_committed.time = m_taken->until;
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_position = m_committed;
+}
+
+LogPosition HistoryWriter::position() const
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return m_position;
 }
 
 /// What has waited since the trouble began goes first.
@@ -86,6 +105,7 @@ void HistoryWriter::writeTaken()
         }
         m_file->write(*m_taken, m_tags);
         m_run = m_file->run();
+        tellCommit();
         m_taken.reset();
         m_file->keepInOrder();
         if (!hasWaited) return;

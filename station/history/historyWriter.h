@@ -3,6 +3,7 @@
 
 #include "history/historyFile.h"
 #include "history/historyReader.h"
+#include "plant/logPosition.h"
 
 #include <optional>
 
@@ -38,11 +39,15 @@ public:
 
     HistoryStanding standing() const;
 
+    /// As of the last commit. Never waits for the disk.
+    LogPosition position() const;
+
 private:
     void write();
     void open();
     void writeTaken();
     void fail(const QString& reason);
+    void tellCommit();
     void close();
     void moveAside(const QString& reason);
     void tellStanding(const QString& trouble);
@@ -60,9 +65,11 @@ private:
     std::optional<HistoryIntake::Taken> m_taken; ///< waits to be written
     qint64 m_nextTry = 0;                        ///< on the steady clock, microseconds
     qint64 m_droppedBefore = 0;                  ///< from files that are closed
+    LogPosition m_committed;
 
     mutable std::mutex m_mutex;
     HistoryStanding m_standing; ///< guarded by m_mutex
+    LogPosition m_position;     ///< guarded by m_mutex
 };
 
 #endif

@@ -79,6 +79,8 @@ void packFreshRows(SqliteFile& file)
         insert.bind(3, pack.summary.rows).bindBlob(4, pack.data).run();
         spans.addPack(pack.series, pack.number, pack.first, pack.summary);
     }
-    file.execute("DELETE FROM fresh");
+    file.execute("INSERT INTO packings (first) SELECT sequence FROM fresh"
+                 " ORDER BY sequence LIMIT 1;"
+                 "DELETE FROM fresh");
     transaction.commit();
 }

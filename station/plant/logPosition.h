@@ -16,6 +16,7 @@ struct LogPosition
     qint64 sequence = 0;
     quint64 number = 0;
     quint64 firstNumber = 0;
+    qint64 time = 0; ///< rows up to `number` were noted before it, ms since 1970
 };
 
 /// A row as it is read from the history's file.
@@ -38,7 +39,8 @@ public:
     /// sequences. It may wait for the disk. A file that cannot be read tells nothing.
     virtual std::vector<LoggedRow> rowsBehind(qint64 sequence, qint64 last, int most) = 0;
 
-    /// The sequence of the oldest row that is still there; rows before it were dropped.
+    /// The sequence of the oldest row that is still there; rows before it were dropped. Some rows
+    /// behind it may be gone, too. 0: there is none, or the file cannot be read.
     virtual qint64 oldestSequence() = 0;
 };
 

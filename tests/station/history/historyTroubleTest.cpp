@@ -166,7 +166,7 @@ TEST(HistoryTrouble, OfAFileOfANewerStationLeavesItAlone)
     room.second();
     room.kill();
     SqliteFile(room.fileName(), SqliteFile::CREATE)
-        .execute("PRAGMA user_version = 2; PRAGMA journal_mode = DELETE");
+        .execute("PRAGMA user_version = 3; PRAGMA journal_mode = DELETE");
     const QByteArray before = fileBytes(room.fileName());
     room.startStation();
     int value = 0;
