@@ -2,6 +2,9 @@
 
 #include "plan/tagValue.h"
 
+#include <cmath>
+#include <limits>
+
 namespace {
 
 /// The value's text with decimal digits, which is the only form of a number in JSON.
@@ -31,6 +34,11 @@ QByteArray valueJson(const Tag& tag, const QByteArray& bytes)
 
 QByteArray valueJson(const Tag& tag, double number)
 {
+    // The conversions of other numbers would be undefined.
+    const double most = tag.type == Tag::FLOAT32 ? double(std::numeric_limits<float>::max())
+                                                 : double(std::numeric_limits<quint32>::max());
+    const bool isOfFloat = tag.type == Tag::FLOAT32 && !std::isfinite(number);
+    if (!isOfFloat && !(std::fabs(number) <= most)) return QByteArrayLiteral("null");
     if (tag.type == Tag::FLOAT32) return valueJson(tag, tagFloatBytes(tag, float(number)));
     if (tag.isBit()) return number != 0 ? QByteArrayLiteral("true") : QByteArrayLiteral("false");
     return QByteArray::number(qint64(number));

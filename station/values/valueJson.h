@@ -12,7 +12,7 @@
 QByteArray valueJson(const Tag& tag, const QByteArray& bytes);
 
 /// The same text of a value as a number.
-/// @param number  a value of the tag's type, as of tagValueNumber()
+/// @param number  as of tagValueNumber(); one that the tag's type does not have is `null`
 QByteArray valueJson(const Tag& tag, double number);
 
 #endif

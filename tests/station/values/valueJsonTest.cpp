@@ -102,3 +102,13 @@ TEST(ValueJson, OfANumberIsThatOfItsBytes)
     EXPECT_EQ("0.1", valueJson(tagOf(Tag::FLOAT32), double(0.1f)));
     EXPECT_EQ("4294967295", valueJson(tagOf(Tag::UINT32), 4294967295.0));
 }
+
+TEST(ValueJson, IsNullForANumberOfAnotherType)
+{
+    for (const Tag::Type type : {Tag::INT16, Tag::UINT32, Tag::BOOL}) {
+        EXPECT_EQ("null", valueJson(tagOf(type), 1e300));
+        EXPECT_EQ("null", valueJson(tagOf(type), std::numeric_limits<double>::infinity()));
+        EXPECT_EQ("null", valueJson(tagOf(type), std::numeric_limits<double>::quiet_NaN()));
+    }
+    EXPECT_EQ("null", valueJson(tagOf(Tag::FLOAT32), -1e39));
+}

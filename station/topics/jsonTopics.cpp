@@ -1,0 +1,57 @@
+#include "topics/jsonTopics.h"
+
+#include "broker/topicLevels.h"
+
+#include <map>
+
+namespace {
+
+const QLatin1Char SLASH('/');
+
+} // namespace
+
+JsonTopics::JsonTopics(const QString& node, const std::vector<EdgeDevice>& devices)
+    : m_prefix(QLatin1String("kakb/") + topicLevel(node) + SLASH)
+{
+    std::vector<QString> links;
+    std::map<QString, std::vector<QString>> tags; // by link
+    for (const EdgeDevice& device : devices) {
+        if (tags.count(device.link) == 0) links.push_back(device.link);
+        std::vector<QString>& ofLink = tags[device.link];
+        for (const Tag& tag : device.tags)
+            ofLink.push_back(tag.name);
+    }
+    const std::vector<QString> levels = topicLevels(links);
+    for (size_t at = 0; at < links.size(); ++at)
+        m_levels.insert(links[at], levels[at]);
+    for (const auto& [link, names] : tags) {
+        const std::vector<QString> ofTags = topicLevels(names);
+        for (size_t at = 0; at < names.size(); ++at)
+            m_tagLevels.insert({link, names[at]}, ofTags[at]);
+    }
+}
+
+QString JsonTopics::status() const
+{
+    return m_prefix + QLatin1String("status");
+}
+
+QString JsonTopics::sets() const
+{
+    return m_prefix + QLatin1String("+/+/set");
+}
+
+QString JsonTopics::link(const QString& link) const
+{
+    return m_prefix + m_levels.value(link) + SLASH;
+}
+
+QString JsonTopics::availability(const QString& name, int station) const
+{
+    return link(name) + QString::number(station) + QLatin1String("/availability");
+}
+
+QString JsonTopics::state(const QString& name, const QString& tag) const
+{
+    return link(name) + m_tagLevels.value({name, tag});
+}

@@ -1,0 +1,34 @@
+#ifndef JSON_TOPICS_H
+#define JSON_TOPICS_H
+
+#include "sparkplug/edgeNode.h"
+
+#include <QHash>
+#include <QPair>
+
+/// The topics of the JSON dialect for one configuration. Their levels are made of names as
+/// topicLevels() says: those of links over the node, those of tags over their link.
+class JsonTopics
+{
+public:
+    /// @param node  as configured
+    JsonTopics(const QString& node, const std::vector<EdgeDevice>& devices);
+
+    QString status() const;
+
+    /// What is subscribed, with wildcards.
+    QString sets() const;
+
+    /// Of links and tags of the configuration.
+    QString availability(const QString& link, int station) const;
+    QString state(const QString& link, const QString& tag) const;
+
+private:
+    QString link(const QString& link) const;
+
+    QString m_prefix;                 ///< kakb/NODE/
+    QHash<QString, QString> m_levels; ///< of links
+    QHash<QPair<QString, QString>, QString> m_tagLevels;
+};
+
+#endif
