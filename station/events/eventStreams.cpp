@@ -48,8 +48,9 @@ EventStreams::EventStreams(const Sources& sources, std::function<void()> wake)
 
 void EventStreams::addRoute(HttpRoutes& routes)
 {
-    routes.add("GET", "/api/v1/events",
-               [this](const HttpRequest& request, HttpAnswer answer) { connect(request, answer); });
+    routes.add(
+        "GET", "/api/v1/events",
+        [this](const HttpRequest& request, const HttpAnswer& answer) { connect(request, answer); });
 }
 
 void EventStreams::connect(const HttpRequest& request, const HttpAnswer& answer)

@@ -14,10 +14,18 @@ enum Form { SAME, INTEGER, FLOAT, DOUBLE };
 
 const double LARGEST_INTEGER = 4294967295.0; // of the types of a tag
 
+quint64 bitsOf(double value)
+{
+    quint64 bits = 0;
+    static_assert(sizeof bits == sizeof value, "the bits of the number");
+    std::memcpy(&bits, &value, sizeof bits);
+    return bits;
+}
+
 /// A nan is the same as a nan, and 0 is not -0.
 bool isSame(double a, double b)
 {
-    return std::memcmp(&a, &b, sizeof a) == 0;
+    return bitsOf(a) == bitsOf(b);
 }
 
 Form formOf(double value, double before)

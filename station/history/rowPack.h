@@ -22,6 +22,6 @@
 QByteArray packedRows(const std::vector<HistoryRow>& rows);
 
 /// Empty: the bytes are no packed rows.
-std::optional<std::vector<HistoryRow>> unpackedRows(const QByteArray& bytes);
+std::optional<std::vector<HistoryRow>> unpackedRows(const QByteArray& packed);
 
 #endif

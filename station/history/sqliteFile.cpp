@@ -118,14 +118,13 @@ bool SqliteStatement::next()
 {
     const int result = sqlite3_step(m_statement.get());
     if (result == SQLITE_ROW) return true;
-    if (result != SQLITE_DONE) {
-        const SqliteError error(result & PRIMARY_CODE,
-                                sqlite3_errmsg(sqlite3_db_handle(m_statement.get())));
+    if (result == SQLITE_DONE) {
         reset();
-        throw error;
+        return false;
     }
+    const std::string why = sqlite3_errmsg(sqlite3_db_handle(m_statement.get()));
     reset();
-    return false;
+    throw SqliteError(result & PRIMARY_CODE, why);
 }
 
 void SqliteStatement::run()

@@ -70,7 +70,7 @@ private:
     void handIn(int job, const Tag& tag, const QByteArray& bytes);
     void end(const Write& write, WriteEnd end) const;
     void end(const Recipe& recipe, RecipeEnd end) const;
-    void refuse(const JobAsked& asked, const RecipeRequest& request, const QString& reason,
+    void refuse(const JobAsked& by, const RecipeRequest& request, const QString& reason,
                 const RecipeEnded& ended) const;
     void writeJobEnded(const JobEnd& end);
     void recipeJobEnded(const JobEnd& end);

@@ -77,7 +77,8 @@ HttpResponse responseWith(const PageFile& file, const HttpRequest& request)
 void addPageRoutes(HttpRoutes& routes)
 {
     for (const PageFile& file : pageFiles()) {
-        const HttpFunction function = [&file](const HttpRequest& request, HttpAnswer answer) {
+        const HttpFunction function = [&file](const HttpRequest& request,
+                                              const HttpAnswer& answer) {
             answer(responseWith(file, request));
         };
         if (isOfLoginPage(file))
