@@ -9,7 +9,7 @@
 #   --threads    what runs on several threads, with the thread sanitizer
 #   --coverage   the driver with line and branch counts; fails below 100 % of lines or 95 % of branches
 #   --memory     the driver's unit tests under valgrind's memcheck
-#   --fuzz       each fuzz target for a minute, with sanitizers
+#   --fuzz       each fuzz target for half a minute, with sanitizers
 #   --static     clang-format, clang-tidy and cppcheck
 #   --speed      instructions an exchange, at most 5 % more than bench/instructions.txt says
 #   --all        all of these
@@ -18,7 +18,7 @@ set -euo pipefail
 cd "$(dirname "$0")"
 . scripts/common.sh
 
-FUZZ_SECONDS=60
+FUZZ_SECONDS=30
 FUZZ_TARGETS_AT_ONCE=3
 
 # build PRESET [OPTION...]
