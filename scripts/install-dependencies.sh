@@ -13,7 +13,8 @@ set -euo pipefail
 
 demo_packages=(g++ cmake ninja-build pkg-config qtbase5-dev libqt5serialport5-dev libmodbus-dev
     libcli11-dev libpcap-dev libmicrohttpd-dev libsqlite3-dev libtomlplusplus-dev
-    libjs-dygraphs libmosquitto-dev libssl-dev libprotobuf-dev protobuf-compiler mosquitto)
+    libjs-dygraphs libmosquitto-dev libssl-dev libprotobuf-dev protobuf-compiler mosquitto
+    mosquitto-clients)
 test_packages=(binutils curl systemd libgtest-dev librapidcheck-dev python3-pymodbus python3-serial
     python3-serial-asyncio tmux tshark wireshark-common procps iproute2 util-linux doxygen man-db
     groff-base clang-format git patch chromium chromium-driver python3-selenium

@@ -10,6 +10,7 @@ A mark that no document uses any more is an error.
 MARKS = {
     "./demo.sh": ("installs packages and builds", "script"),
     "./demo.sh --page": ("installs packages and builds", "script"),
+    "./demo.sh --plant": ("installs packages and builds", "script"),
     "./test.sh": ("installs packages and builds", "script"),
     "./test.sh --quick": ("builds", "script"),
     "./test.sh --static": ("takes minutes", "script"),
