@@ -3,7 +3,7 @@
 # usage: scripts/fuzz.sh TARGET|all SECONDS
 #        scripts/fuzz.sh TARGET|all --keep     keeps the fewest found inputs that reach as much
 #   TARGET   replyFuzz, propertyTextFuzz, addressTextFuzz, keyListFuzz, callSequenceFuzz,
-#            requestFuzz, apiRequestFuzz or commandPayloadFuzz
+#            requestFuzz, apiRequestFuzz, commandPayloadFuzz or setPayloadFuzz
 # A run starts from tests/fuzz/corpus/TARGET and what earlier runs found, which stays in
 # build/fuzz/found/TARGET. JOBS targets, 1 or more, run side by side (default: one a processor).
 # Exit status: 0 nothing found, or with --keep all kept, 1 usage or build failure, or a run without an
@@ -15,7 +15,7 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 
 targets=(replyFuzz propertyTextFuzz addressTextFuzz keyListFuzz callSequenceFuzz requestFuzz
-    apiRequestFuzz commandPayloadFuzz)
+    apiRequestFuzz commandPayloadFuzz setPayloadFuzz)
 jobs=${JOBS:-$(nproc)}
 build=build/fuzz
 most_bytes=600

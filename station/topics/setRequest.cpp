@@ -25,6 +25,7 @@ QString text(const char* latin1)
 QString objectProblem(const QByteArray& payload, QJsonObject& object)
 {
     if (payload.size() > SetRequest::LONGEST) return text("it is too long");
+    if (QString::fromUtf8(payload).toUtf8() != payload) return text("it is not UTF-8");
     const QString keyProblem = jsonKeyProblem(payload);
     if (!keyProblem.isEmpty()) return keyProblem;
     QJsonParseError error = {};

@@ -142,6 +142,7 @@ TEST_F(JsonSetsTest, ThatAreGarbageAreCountedAndTheSessionGoesOn)
                                    R"({"v":1,"id":1.5})",
                                    R"({"v":1,"id":1e300})",
                                    R"({"v":1,"id":{}})",
+                                   "{\"v\":1,\"id\":\"\\\xa5\"}",
                                    R"({"v":1,"expires":"soon"})",
                                    R"({"v":1,"expires":1.5})",
                                    deep.c_str(),
