@@ -6,11 +6,24 @@ const MINUTE = 60 * SECOND;
 const HOUR = 60 * MINUTE;
 const DAY = 24 * HOUR;
 
-/** A value as /api/v1/values has it; bits as 0 and 1; a dash for what was never read.
- * @param {number|boolean|string|null|undefined} value */
-export function valueText(value) {
+const LEAST_FLOAT_DIGITS = 6; ///< that /api/v1/values writes without an exponent
+
+/** A float with the digits of /api/v1/values: "0.1", "1e+10", "1e-07".
+ * @param {number} number */
+function floatText(number) {
+    const [digits, exponent] = number.toExponential().split("e");
+    const power = Number(exponent);
+    const mostPower = Math.max(LEAST_FLOAT_DIGITS, digits.replace(/[-.]/g, "").length);
+    if (power >= -4 && power < mostPower) return String(number);
+    return `${digits}e${power < 0 ? "-" : "+"}${twoDigits(Math.abs(power))}`;
+}
+
+/** A value with the text that /api/v1/values has for it; a dash for what was never read.
+ * @param {number|boolean|string|null|undefined} value
+ * @param {string} [type]  of the tag */
+export function valueText(value, type) {
     if (value === null || value === undefined) return UNKNOWN;
-    if (typeof value === "boolean") return value ? "1" : "0";
+    if (typeof value === "number" && type?.startsWith("float")) return floatText(value);
     return Object.is(value, -0) ? "-0" : String(value);
 }
 

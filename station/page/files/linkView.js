@@ -98,7 +98,11 @@ export class View {
     draw(station) {
         const list = byId("link-list");
         const open = new Set([...list.querySelectorAll("details[open]")].map((d) => d.dataset.of));
+        const focused = document.activeElement?.closest("#link-list details")?.dataset.of;
         list.replaceChildren(...station.links.map((link) => this.card(link, open.has(link.name))));
+        if (focused === undefined) return;
+        for (const part of list.querySelectorAll("details"))
+            if (part.dataset.of === focused) part.firstElementChild.focus({ preventScroll: true });
     }
 
     card(link, isOpen) {
@@ -106,13 +110,14 @@ export class View {
         const since = `since ${dateText(link.since)} (${ageText(link.since, now)})`;
         const stations = link.stations.map((station) => [
             String(station.station), stateWord(station.state), dateText(station.since),
+            station.trouble ?? "",
         ]);
         return make("article.card", { "data-card": link.name }, [
             make("h2", {}, [link.name, stateWord(link.state), make("small", { text: since }),
                 make("small.mono", { text: link.link })]),
             ...(link.trouble ? [make("p.trouble", { text: link.trouble })] : []),
             figures(link),
-            table("Stations", ["Station", "State", "Since"], stations),
+            table("Stations", ["Station", "State", "Since", "Trouble"], stations),
             this.planPart(link.name, isOpen),
         ]);
     }

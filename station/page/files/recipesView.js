@@ -95,7 +95,7 @@ export class View {
             const [, area, address] = /^([A-Z]+)(.*)$/.exec(tag.address) ?? ["", "", tag.address];
             return {
                 name: tag.tag, station: String(tag.station), area, address, type: tag.type,
-                value: tag.value === null ? "" : valueText(tag.value),
+                value: tag.value === null ? "" : valueText(tag.value, tag.type),
             };
         });
         this.tell("", this.rows.length > 0 ? `${this.rows.length} tags that can be written.`
@@ -151,10 +151,16 @@ export class View {
     differenceTable(differences) {
         return make("table.differences", { id: "recipe-differences" }, [
             make("caption", { text: "Differences" }), headRow(["Name", "Recipe", "PLC"]),
-            make("tbody", {}, differences.map(({ name, expected, found }) => make("tr", {}, [
-                make("th", { scope: "row", text: name }), make("td", { text: valueText(expected) }),
-                make("td", { text: valueText(found) }),
-            ]))),
+            make("tbody", {}, differences.map((difference) => this.differenceRow(difference))),
+        ]);
+    }
+
+    differenceRow({ name, expected, found }) {
+        const type = this.rows.find((row) => row.name === name)?.type;
+        return make("tr", {}, [
+            make("th", { scope: "row", text: name }),
+            make("td", { text: valueText(expected, type) }),
+            make("td", { text: valueText(found, type) }),
         ]);
     }
 
@@ -184,7 +190,9 @@ export class View {
 
     takeEnd(kind, end) {
         if (kind === "Upload" && end.outcome === "done")
-            end.rows.forEach((row, i) => { this.rows[i].value = valueText(row.value); });
+            end.rows.forEach(({ value }, i) => {
+                this.rows[i].value = valueText(value, this.rows[i].type);
+            });
         this.tell(end.outcome === "done" ? "good" : "bad", endText(kind, end));
         this.draw(end.differences ?? []);
     }

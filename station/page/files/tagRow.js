@@ -42,7 +42,8 @@ export class TagRow {
     /** Shows what is known now.
      * @param {import("./model.js").TagValue} value */
     update(value) {
-        setText(this.value, valueText(value.value));
+        // Without a value the cell is empty, and the style shows a dash.
+        setText(this.value, value.value === null ? "" : valueText(value.value, value.type));
         setAttribute(this.value, "data-quality", value.quality);
         setText(this.quality, value.quality);
         setAttribute(this.quality, "data-word", value.quality);
@@ -95,13 +96,13 @@ export class TagRow {
     }
 
     startEditing() {
-        const value = this.current?.value;
+        const { value = null, type } = this.current ?? {};
         this.input = make("input", {
             "data-input": true, "aria-label": `New value of ${this.tag}`, autocomplete: "off",
             inputmode: "decimal", enterkeyhint: "send", spellcheck: "false",
             onkeydown: (event) => this.editorKey(event),
         });
-        this.input.value = value === null || value === undefined ? "" : valueText(value);
+        this.input.value = value === null ? "" : valueText(value, type);
         const send = make("button.primary", {
             type: "button", "data-send": true, text: "Send", onclick: () => this.sendTyped(),
         });

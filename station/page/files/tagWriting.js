@@ -24,19 +24,19 @@ export function typedValue(typed) {
  * @param {number|boolean} value
  * @param {(telling: WriteTelling) => void} tell */
 export async function writeTag(tag, value, tell) {
-    tell({ outcome: "waiting", text: `waiting for ${valueText(value)}` });
+    tell({ outcome: "waiting", text: `waiting for ${valueText(value, tag.type)}` });
     try {
         const end = await postJson("write", { link: tag.link, tag: tag.tag, value });
-        tell(endTelling(end));
+        tell(endTelling(end, tag.type));
     } catch (error) {
         tell(errorTelling(error, tag));
     }
 }
 
-function endTelling(end) {
+function endTelling(end, type) {
     if (end.outcome === "confirmed")
         return { outcome: "confirmed", text: "confirmed" };
-    const back = `rolled back to ${valueText(end.value)}`;
+    const back = `rolled back to ${valueText(end.value, type)}`;
     return { outcome: end.outcome, text: `${end.outcome}: ${end.reason}, ${back}` };
 }
 
@@ -50,6 +50,6 @@ function errorTelling(error, tag) {
         };
     return {
         outcome: "refused",
-        text: `refused: ${error.message}, rolled back to ${valueText(tag.value)}`,
+        text: `refused: ${error.message}, rolled back to ${valueText(tag.value, tag.type)}`,
     };
 }

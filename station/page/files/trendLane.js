@@ -42,6 +42,10 @@ export class TrendLane {
         ]);
     }
 
+    get type() {
+        return this.model.find(this.link, this.tag)?.type;
+    }
+
     end() {
         this.series.end();
         this.plot?.destroy();
@@ -70,7 +74,8 @@ export class TrendLane {
     makePlot(rows, from, to, hasTimes) {
         const shades = colours();
         return new window.Dygraph(this.box, rows, {
-            labels: ["time", this.tag], customBars: true, stepPlot: true, 
+            // dygraphs takes a label for a key of an object, so a tag's name is none.
+            labels: ["time", "value"], customBars: true, stepPlot: true,
             dateWindow: [from, to], colors: [shades.line], fillAlpha: 0.25, strokeWidth: 2,
             gridLineColor: shades.grid, axisLineColor: shades.grid, gridLineWidth: 0.5,
             axisLabelFontSize: 12, highlightCircleSize: 0, interactionModel: {},
@@ -90,11 +95,13 @@ export class TrendLane {
         if (time === null && !isLive) return setText(this.value, "");
         const now = this.model.find(this.link, this.tag);
         const quality = now && now.quality !== "good" ? ` (${now.quality})` : "";
-        setText(this.value, time === null ? valueText(now?.value) + quality
-            : numberText(this.series.at(time)));
+        setText(this.value, time === null ? valueText(now?.value, now?.type) + quality
+            : numberText(this.series.at(time), now?.type));
     }
 }
 
-function numberText(number) {
-    return valueText(Number.isNaN(number) ? null : number);
+/** A plotted number with the text of the tag's value. */
+function numberText(number, type) {
+    if (Number.isNaN(number)) return valueText(null);
+    return valueText(type === "bool" ? number === 1 : number, type);
 }

@@ -54,7 +54,7 @@ export function drawMarks(canvas, area, plot, events, link, tag, colours) {
 
 /** The marks of a span in words, oldest first.
  * @param {PastEvent[]} events
- * @param {{link: string, tag: string}[]} tags */
+ * @param {{link: string, tag: string, type: string|undefined}[]} tags */
 export function markTexts(events, tags, from, to) {
     const links = new Set(tags.map((tag) => tag.link));
     return events.filter(({ time }) => time >= from && time <= to)
@@ -67,9 +67,9 @@ function markText({ kind, time, document }, tags, links) {
         const why = document.trouble ? `: ${document.trouble}` : "";
         return `${dateText(time)} link ${document.link} ${document.state}${why}`;
     }
-    const isShown = tags.some(({ link, tag }) => link === document.link && tag === document.tag);
-    if (kind !== "write" || !isShown) return "";
+    const of = tags.find(({ link, tag }) => link === document.link && tag === document.tag);
+    if (kind !== "write" || !of) return "";
     const reason = document.reason ? `: ${document.reason}` : "";
-    return `${dateText(time)} ${document.tag} = ${valueText(document.value)} `
+    return `${dateText(time)} ${document.tag} = ${valueText(document.value, of.type)} `
         + `${document.outcome}${reason}`;
 }

@@ -60,9 +60,14 @@ class BrowserLogic(BrowserTest):
                     f"return String((await part('tagWriting')).typedValue({typed!r}));"))
 
     def values_have_the_text_of_the_api(self):
-        for value, text in (("21.5", "21.5"), ("true", "1"), ("false", "0"), ("null", "—"),
+        for value, text in (("21.5", "21.5"), ("true", "true"), ("false", "false"), ("null", "—"),
                             ("-0", "-0"), ("4294967295", "4294967295"), ("'nan'", "nan")):
             self.assertEqual(text, self.runs(f"return (await part('format')).valueText({value});"))
+        for value, text in (("0", "0"), ("0.0001", "0.0001"), ("0.00001", "1e-05"),
+                            ("999999", "999999"), ("1000000", "1e+06"), ("1234567", "1234567"),
+                            ("-12345678900", "-1.23456789e+10"), ("'inf'", "inf")):
+            self.assertEqual(text, self.runs(
+                f"return (await part('format')).valueText({value}, 'float32:low');"))
 
     def ages_read_as_people_say_them(self):
         for ms, text in ((0, "0 s"), (999, "0 s"), (99999, "99 s"), (100000, "1 min"),
