@@ -73,7 +73,8 @@ HttpResponse csvResponse(const HttpRequest& request, const StationParts& parts,
                    });
     HttpResponse response;
     response.contentType = QByteArrayLiteral("text/csv; charset=utf-8; header=present");
-    response.headers.emplace_back("Content-Disposition", "attachment; filename=\"history.csv\"");
+    // Without a name here, a file is named by the page that offers it, else by the path.
+    response.headers.emplace_back("Content-Disposition", "attachment");
     response.stream = historyCsvBody(std::move(csv), work, [&parts] {
         if (parts.server) parts.server->wake();
     });
