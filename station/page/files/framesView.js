@@ -38,7 +38,8 @@ export class View {
         this.shown = 0; // of model.framesTaken
         this.body = make("tbody");
         const head = ["Time", "Direction", "Bytes", "Meaning"];
-        byId("frames-list").append(make("table", {}, [headRow(head), this.body]));
+        const table = make("table", { "aria-label": "Frames" }, [headRow(head), this.body]);
+        byId("frames-list").append(table);
         byId("frames-link").addEventListener("change", () => this.choose());
         byId("frames-watch").addEventListener("click", () => this.choose());
         byId("frames-filter").addEventListener("input", () => this.redraw());

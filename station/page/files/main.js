@@ -1,6 +1,6 @@
 // The page's frame: views, the stream's state, keys.
 import { BrokerLine } from "./brokerLine.js";
-import { byId, setAttribute, setText } from "./dom.js";
+import { byId, make, setAttribute, setText } from "./dom.js";
 import { clockText } from "./format.js";
 import { Model } from "./model.js";
 import { SharedStream } from "./sharedStream.js";
@@ -20,10 +20,11 @@ let shownView = "";
 let isFrameAsked = false;
 let knownFullCount = 0; ///< the count of full values at the last reading of the station
 
-/** Says something to those who hear the page.
+/** Says something to those who hear the page. A new node is told even with the same text: the
+ * second write of a tag ends as the first.
  * @param {string} text */
 function announce(text) {
-    setText(byId("announcer"), text);
+    byId("announcer").replaceChildren(make("span", { text }));
 }
 
 /** A page that turns live shows what is before it looks live. Else the screen's next frame will

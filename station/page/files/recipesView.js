@@ -119,7 +119,7 @@ export class View {
 
     draw(differences = []) {
         const head = [...COLUMNS.map((name) => name[0].toUpperCase() + name.slice(1)), ""];
-        this.table = make("table.recipe", {}, [
+        this.table = make("table.recipe", { "aria-label": "Recipe" }, [
             headRow(head),
             make("tbody", {}, this.rows.map((row, i) => this.rowElement(row, i))),
         ]);
@@ -174,6 +174,7 @@ export class View {
         };
         if (new Blob([JSON.stringify(body)]).size > MOST_BODY)
             return this.tell("bad", "The recipe is longer than the station takes at once (64 kB).");
+        const asking = document.activeElement; // a button is off while it works, and loses the focus
         this.isRunning = true;
         this.tell("", `${kind}…`);
         this.showProgress(0, 0);
@@ -186,6 +187,7 @@ export class View {
         this.isRunning = false;
         byId("recipe-progress").hidden = true;
         this.update();
+        if (document.activeElement === document.body) asking?.focus();
     }
 
     takeEnd(kind, end) {

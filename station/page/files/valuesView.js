@@ -114,6 +114,9 @@ export class ValuesView {
     /** @param {[string, import("./model.js").TagValue[]][]} groups */
     place(groups) {
         const active = document.activeElement;
+        const list = byId("values-list");
+        const sorts = () => [...list.querySelectorAll(".sort")];
+        const sortAt = sorts().indexOf(active); // the heads are made anew
         const rowOf = (value) => this.rows.get(tagKey(value.link, value.tag)).element;
         const tables = groups.map(([link, values]) => make("table.values", {}, [
             make("caption", { text: link }), this.head(), make("tbody", {}, values.map(rowOf)),
@@ -121,8 +124,9 @@ export class ValuesView {
         const none = make("p.empty", {
             text: this.model.values.size > 0 ? "No tag matches the filter." : "No tags yet.",
         });
-        byId("values-list").replaceChildren(...(tables.length > 0 ? tables : [none]));
-        if (active?.isConnected && active !== document.body) active.focus();
+        list.replaceChildren(...(tables.length > 0 ? tables : [none]));
+        if (sortAt >= 0) sorts()[sortAt]?.focus();
+        else if (active?.isConnected && active !== document.body) active.focus();
     }
 
     head() {
