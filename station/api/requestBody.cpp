@@ -1,9 +1,7 @@
 #include "api/requestBody.h"
 
 #include "plan/tagText.h"
-#include "values/jsonKeys.h"
-
-#include <QJsonDocument>
+#include "values/strangersJson.h"
 
 #include <algorithm>
 
@@ -18,17 +16,10 @@ namespace {
 
 QJsonObject requestObject(const QByteArray& body, KnownKeys keys)
 {
-    const QString keyProblem = jsonKeyProblem(body);
-    if (!keyProblem.isEmpty()) refuse(QLatin1String("the body cannot be taken: ") + keyProblem);
-    QJsonParseError error = {};
-    const QJsonDocument document = QJsonDocument::fromJson(body, &error);
-    if (error.error != QJsonParseError::NoError)
-        refuse(QString(QLatin1String("the body is not JSON: %1 at byte %2"))
-                   .arg(error.errorString())
-                   .arg(error.offset));
-    if (!document.isObject()) refuse(QLatin1String("the body is no JSON object"));
-    mustHaveOnly(document.object(), keys, QLatin1String("the request"));
-    return document.object();
+    const StrangersJson read = strangersObject(body);
+    if (!read.problem.isEmpty()) refuse(read.problem);
+    mustHaveOnly(read.object, keys, QLatin1String("the request"));
+    return read.object;
 }
 
 void mustHaveOnly(const QJsonObject& object, KnownKeys keys, const QString& what)

@@ -1,9 +1,6 @@
 #include "http/guardedRoutes.h"
 
-#include "values/jsonKeys.h"
-
-#include <QJsonDocument>
-#include <QJsonObject>
+#include "values/strangersJson.h"
 
 namespace {
 
@@ -137,13 +134,9 @@ std::optional<HttpResponse> GuardedRoutes::guessRefusal(const QByteArray& shown,
 
 HttpResponse GuardedRoutes::login(const HttpRequest& request)
 {
-    const QString problem = jsonKeyProblem(request.body);
-    if (!problem.isEmpty())
-        return errorResponse(400, QStringLiteral("the body cannot be taken: ") + problem);
-    const QJsonDocument document = QJsonDocument::fromJson(request.body);
-    if (!document.isObject())
-        return errorResponse(400, QStringLiteral("the body is no JSON object"));
-    const QJsonValue shown = document.object().value(QLatin1String("token"));
+    const StrangersJson read = strangersObject(request.body);
+    if (!read.problem.isEmpty()) return errorResponse(400, read.problem);
+    const QJsonValue shown = read.object.value(QLatin1String("token"));
     if (!shown.isString()) return errorResponse(400, QStringLiteral("the body has no token"));
     const auto now = access();
     if (!now->token) return withCookie(QByteArray());

@@ -2,6 +2,7 @@
 
 #include "plan/tagText.h"
 #include "plan/tagValue.h"
+#include "values/jsonNumbers.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -54,6 +55,9 @@ QString nameOf(const QJsonValue& value)
     if (value.isString()) return QLatin1String("a text");
     if (value.isDouble() && !std::isfinite(value.toDouble())) // JSON has no text for it
         return QString::number(value.toDouble());
+    // It stands for a number that the client wrote with other digits.
+    if (value.isDouble() && std::fabs(value.toDouble()) >= BEYOND_DOUBLE)
+        return QLatin1String("a number of this size");
     const QByteArray text = QJsonDocument(QJsonArray{value}).toJson(QJsonDocument::Compact);
     return QString::fromUtf8(text.mid(1, text.size() - 2));
 }

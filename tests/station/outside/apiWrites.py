@@ -83,6 +83,30 @@ class ApiWrites(StationTest):
                 self.assertEqual((status, ["error"]), (answer.status, list(answer.json)))
                 self.assertIn(words, answer.error)
 
+    def test_numbers_are_those_of_json_however_large_or_small(self):
+        _, served = self.station_with_plc("still", "level", options="--allow-writes",
+                                          plc="--set MW100=7")
+        served.await_good()
+
+        def answer_to(tag, number):
+            return served.post(WRITE, f'{{"link":"plc","tag":"{tag}","value":{number}}}'.encode())
+        for tag, number, words in (("level", "1e400", "-3.4028"),
+                                   ("level", "-1e400", "-3.4028"),
+                                   ("level", "9" * 400, "-3.4028"),
+                                   ("still", "1e400", "uint16: 0 to 65535")):
+            with self.subTest(tag=tag, number=number):
+                answer = answer_to(tag, number)
+                self.assertEqual((422, ["error"]), (answer.status, list(answer.json)))
+                self.assertIn(words, answer.error)
+        for number in (".5", "1.", "-.5", "01", "+1", "1e", "0x10", "NaN", "Infinity", "1,5"):
+            with self.subTest(number=number):
+                self.assertEqual(400, answer_to("level", number).status)
+        for tag, number, value in (("level", "1e-400", 0), ("level", "2.5E0", 2.5),
+                                   ("still", "0.5e1", 5)):
+            with self.subTest(tag=tag, number=number):
+                answer = answer_to(tag, number).json
+                self.assertEqual(("confirmed", value), (answer["outcome"], answer["value"]))
+
     def test_a_login_takes_no_key_twice_either(self):
         answer = self.station().post("/api/v1/login", b'{"token":["a"],"token":["b"]}')
         self.assertEqual(400, answer.status)

@@ -75,6 +75,15 @@ TEST(WrittenValue, NamesTheRangeThatANumberIsBeyond)
     EXPECT_EQ("5.5 does not fit uint16: 0 to 65535", writtenText(Tag::UINT16, "5.5"));
 }
 
+// A number that stands for one beyond a double is not told with its own digits.
+TEST(WrittenValue, NamesTheRangeForANumberBeyondEveryType)
+{
+    EXPECT_EQ("a number of this size does not fit uint32: 0 to 4294967295",
+              writtenText(Tag::UINT32, "-1e308"));
+    EXPECT_EQ(
+        0u, writtenText(Tag::FLOAT32, "1e308").find("a number of this size does not fit float32"));
+}
+
 TEST(WrittenValue, IsNeverATextOrABooleanForANumber)
 {
     EXPECT_EQ("a text does not fit uint16: 0 to 65535", writtenText(Tag::UINT16, "\"5\""));
