@@ -10,7 +10,14 @@ History::History(const Settings& settings, const StationClock& clock)
 
 History::~History()
 {
-    if (m_thread.stop()) m_writer.turn();
+    stop();
+}
+
+void History::stop()
+{
+    if (!m_thread.stop()) return;
+    m_intake.close();
+    m_writer.turn();
 }
 
 void History::setRowListener(RowListener* listener)

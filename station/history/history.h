@@ -23,7 +23,6 @@ public:
 
     History(const Settings& settings, const StationClock& clock);
 
-    /// Writes what is left. The links have stopped before.
     ~History() override;
 
     /// Call it before the links start; the listener must outlive the history.
@@ -32,6 +31,11 @@ public:
     /// The links whose qualities are looked at once a second: a value that grows old is no news of
     /// the link. Called from the history's thread.
     void start(HistoryIntake::LinksNow links);
+
+    /// Writes what is left, and ends the run of the station. What is told from now on is no part of
+    /// it: call it before the links stop, or the end of each is told twice, as a bad value and as
+    /// the end of the run. The owner's thread calls it.
+    void stop();
 
     void tagChanged(const LinkValues& link, int tag, const TagReading& reading) override;
 

@@ -147,6 +147,7 @@ void HistoryIntake::consider(Kept& kept, const Tag& tag, const TagReading& readi
 void HistoryIntake::tagChanged(const LinkValues& link, int tag, const TagReading& reading)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
+    if (m_isClosed) return;
     pulse();
     Kept& kept = keptOf(link, tag);
     kept.change = ++m_changes;
@@ -214,6 +215,12 @@ HistoryIntake::Taken HistoryIntake::take()
     taken.until = m_wall;
     taken.number = m_numbers;
     return taken;
+}
+
+void HistoryIntake::close()
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_isClosed = true;
 }
 
 void HistoryIntake::writeAllAgain()

@@ -75,6 +75,9 @@ public:
 
     Taken take();
 
+    /// Nothing more is noted. What was noted can still be taken.
+    void close();
+
     /// Forgets what was written: each tag gets a row at the next look.
     void writeAllAgain();
 
@@ -125,6 +128,7 @@ private:
     quint64 m_changes = 0, m_looks = 0;
     quint64 m_numbers = 0; ///< of the last row that found room
     qint64 m_dropped = 0;
+    bool m_isClosed = false;
     std::optional<qint64> m_fullSince; ///< rows find no room since then, ms since 1970
 };
 

@@ -101,6 +101,7 @@ StationProgram::StationProgram(const StationConfig& config, const QString& drive
 
 StationProgram::~StationProgram()
 {
+    if (m_history) m_history->stop();
     m_links.stop(QLatin1String("the station stopped"));
 }
 

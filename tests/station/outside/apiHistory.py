@@ -81,6 +81,29 @@ class ApiHistory(StationTest):
         first = found.index(("0", "good"))
         self.assertIn(("", "bad"), found[first:found.index(("0", "good"), first + 1)])
 
+    def test_a_clean_stop_is_told_by_one_line_of_each_tag(self):
+        simulator, served = self.station_with_plc("still", "lamp", options="--state state")
+        for _ in range(3):
+            served.await_good()
+            self.assertEqual(0, served.end())
+            served = self.station(f"--link {simulator.link} --tags tags.csv --state state")
+        served.await_good()
+        answer = served.get("/api/v1/history.csv?link=plc")
+        rows = list(csv.reader(io.StringIO(answer.body.decode(), newline="")))[1:]
+        for tag, value in (("still", "0"), ("lamp", "0")):
+            with self.subTest(tag=tag):
+                found = [tuple(row[3:]) for row in rows if row[2] == tag]
+                self.assertLessEqual(3, found.count((value, "good")), rows)
+                self.assertEqual(0, found.count((value, "bad")), rows)
+                # Behind each end is at most one line more: the tag was not read yet.
+                ends = [at for at, row in enumerate(found) if row == (value, "good")][1:]
+                for at in ends:
+                    self.assertEqual(("", "bad"), found[at - 1], rows)
+                self.assertEqual([], [at for at in range(2, len(found))
+                                      if set(found[at - 2:at + 1]) == {("", "bad")}], rows)
+                times = [row[0] for row in rows if row[2] == tag]
+                self.assertEqual(sorted(set(times)), times)
+
     def test_a_station_may_keep_none(self):
         _, served = self.station_with_plc("level", options="--no-history")
         for path in (f"{HISTORY}?link=plc&tag=level", "/api/v1/history.csv"):
