@@ -49,6 +49,7 @@ SimulatedPlc::SimulatedPlc(const QString& program, const QStringList& arguments)
     }
     m_port = QString::fromLocal8Bit(m_process.readLine()).trimmed();
     m_processId = m_process.processId();
+    m_process.moveToThread(nullptr);
     if (!m_port.isEmpty()) return;
     const QString reason = m_process.state() == QProcess::NotRunning
                                ? QLatin1String("it does not start, or ended at once")
@@ -62,7 +63,7 @@ SimulatedPlc::~SimulatedPlc()
     m_process.waitForFinished();
 }
 
-/// Does not ask QProcess, because QProcess may be used only by the thread that constructed it.
+/// Does not ask QProcess: without an event loop it does not hear of the end.
 bool SimulatedPlc::isRunning() const
 {
     siginfo_t ended = {};

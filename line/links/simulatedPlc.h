@@ -14,7 +14,8 @@ extern const char* const SIMULATED_PLC_HAS_ENDED;
 /// does not start. The destructor ends the process. The process also ends with this process, even
 /// after a crash, because its standard input then ends.
 ///
-/// One thread constructs and destroys the object. One thread, the same or another, calls open().
+/// No event loop serves the process, so any thread constructs and destroys the object, and any
+/// thread calls open(), one at a time.
 class SimulatedPlc
 {
 public:
@@ -29,10 +30,10 @@ public:
 private:
     bool isRunning() const;
 
-    QProcess m_process;       ///< used by the constructing thread only
+    QProcess m_process;       ///< of no thread; used by constructor and destructor only
     QString m_port;           ///< constant after construction
     qint64 m_processId = 0;   ///< constant after construction
-    bool m_wasOpened = false; ///< used by the thread of open() only
+    bool m_wasOpened = false; ///< used by open() only
 };
 
 #endif

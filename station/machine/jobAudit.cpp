@@ -119,6 +119,12 @@ void JobAudit::recipeEnded(const JobAsked& asked, const RecipeRequest& request,
     m_events.add(StationEvent::RECIPE, time, recipeDocument(asked, request, end));
 }
 
+void JobAudit::simulatorEnded(const QString& link)
+{
+    m_putLine(timeText(m_clock.wall()) + " link " + quoted(link) +
+              ": the simulated PLC has ended, it is started again");
+}
+
 void JobAudit::writeRefused(const JobAsked& asked, const QString& tag, const QString& reason)
 {
     put(m_clock.wall(), asked.from, writeText(asked, tag), "refused: " + plain(reason));

@@ -74,6 +74,9 @@ public:
     void recipeProgress(const JobAsked& asked, RecipeRequest::Kind kind, int done, int blocks);
     void recipeEnded(const JobAsked& asked, const RecipeRequest& request, const RecipeEnd& end);
 
+    /// For the record alone: the simulated PLC behind a link has ended, and is started again.
+    void simulatorEnded(const QString& link);
+
 private:
     void put(qint64 time, const QString& from, const QByteArray& what, const QByteArray& outcome);
 

@@ -25,7 +25,7 @@ MachineLink::MachineLink(const LinkConfig& config, const LinkSurroundings& surro
     for (ValueListener* const listener : surroundings.listeners)
         m_values.addListener(listener);
     try {
-        makeRun(surroundings, copies);
+        makeRun(surroundings, copies, audit);
     } catch (const LinkTextError&) {
         throw;
     } catch (const std::runtime_error& error) { // DriverError, LinkError, std::system_error
@@ -38,15 +38,17 @@ MachineLink::~MachineLink()
     stop(QLatin1String("the station stopped"));
 }
 
-void MachineLink::makeRun(const LinkSurroundings& surroundings, DriverCopies& copies)
+void MachineLink::makeRun(const LinkSurroundings& surroundings, DriverCopies& copies,
+                          JobAudit& audit)
 {
     m_driver = copies.lend();
-    m_run = std::make_unique<LinkRun>(*m_driver, settings(surroundings), m_config.tags, m_values);
+    m_run = std::make_unique<LinkRun>(*m_driver, settings(surroundings, audit), m_config.tags,
+                                      m_values);
     notePlan();
 }
 
 /// Starts the simulated PLC, too, when the link leads to it.
-LinkRun::Settings MachineLink::settings(const LinkSurroundings& surroundings)
+LinkRun::Settings MachineLink::settings(const LinkSurroundings& surroundings, JobAudit& audit)
 {
     LinkRun::Settings settings;
     settings.address = linkAddress(m_config.link, *m_driver);
@@ -58,8 +60,9 @@ LinkRun::Settings MachineLink::settings(const LinkSurroundings& surroundings)
     settings.jobsAtLoss = LinkThread::JOBS_END;
     if (settings.address.kind == LinkAddress::SIMULATED) {
         const LineSettings line = settings.address.line;
-        m_simulator = std::make_unique<SimulatedPlc>(surroundings.simulatorFile,
-                                                     simulatedPlcArguments(line, m_config.tags));
+        m_simulator = std::make_unique<OwnSimulator>(
+            surroundings.simulatorFile, simulatedPlcArguments(line, m_config.tags),
+            [this, &audit] { audit.simulatorEnded(m_config.name); });
         settings.opening = [this, line] { return m_simulator->open(line); };
     }
     return settings;
@@ -103,9 +106,8 @@ void MachineLink::askToStop(const QString& why)
     if (m_run) m_run->askToStop(why);
 }
 
-/// Whoever destroys the link behind its stop finds no thread and no process left to end: Qt's
-/// processes belong to the thread that made them. A link that never ran tells nothing: another may
-/// have its name.
+/// Whoever destroys the link behind its stop finds no thread and no process left to end. A link
+/// that never ran tells nothing: another may have its name.
 void MachineLink::stop(const QString& why)
 {
     askToStop(why);

@@ -1,10 +1,10 @@
 #ifndef MACHINE_LINK_H
 #define MACHINE_LINK_H
 
-#include "links/simulatedPlc.h"
 #include "machine/driverCopy.h"
 #include "machine/linkConfig.h"
 #include "machine/linkJobs.h"
+#include "machine/ownSimulator.h"
 
 #include <memory>
 
@@ -111,8 +111,8 @@ public:
     quint64 transfer(const RecipeRequest& request, const QString& from, RecipeEnded ended);
 
 private:
-    LinkRun::Settings settings(const LinkSurroundings& surroundings);
-    void makeRun(const LinkSurroundings& surroundings, DriverCopies& copies);
+    LinkRun::Settings settings(const LinkSurroundings& surroundings, JobAudit& audit);
+    void makeRun(const LinkSurroundings& surroundings, DriverCopies& copies, JobAudit& audit);
     void notePlan();
     void tellEnd(const QString& why);
 
@@ -128,7 +128,7 @@ private:
     bool m_isPaced = false;
 
     // Used by the main thread only; empty behind stop().
-    std::unique_ptr<SimulatedPlc> m_simulator; ///< the link's thread calls only its open()
+    std::unique_ptr<OwnSimulator> m_simulator; ///< the link's thread calls only its open()
     std::unique_ptr<LinkRun> m_run;            ///< jobs reach it through m_jobs
     bool m_isRunning = false;                  ///< between start() and stop()
 };

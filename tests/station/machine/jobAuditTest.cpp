@@ -142,3 +142,13 @@ TEST_F(JobAuditTest, HasALineForWhatNamesNoTag)
               "refused: it is not JSON",
               line());
 }
+
+TEST_F(JobAuditTest, SaysThatASimulatedPlcHasEnded)
+{
+    audit.simulatorEnded(QLatin1String("press\n7"));
+    EXPECT_EQ(
+        "2023-11-14T22:13:20.000Z link \"press?7\": the simulated PLC has ended, it is started "
+        "again",
+        line());
+    EXPECT_TRUE(events.since(0).empty());
+}

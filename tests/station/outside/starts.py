@@ -83,6 +83,23 @@ class Starts(StationTest):
                          {value["trouble"] for value in values.values()})
         self.assertEqual(200, station.get("/").status)
 
+    def test_a_simulated_plc_that_ended_is_started_again_and_that_is_said_once(self):
+        station = self.station("--pause-ms 100")
+        ended = []
+        for number in (1, 2, 3):
+            station.await_good()
+            ended.append(self.simulator_of(station))
+            os.kill(ended[-1], signal.SIGKILL)
+            station.await_values(
+                lambda found: all(value["quality"] == "bad" for value in found.values()))
+            station.await_good()
+            said = [line for line in station.errors if "simulated PLC" in line]
+            self.assertEqual(number, len(said), station)
+            self.assertRegex(said[-1], 'link "plc": the simulated PLC has ended, it is started again$')
+        self.assertNotIn(self.simulator_of(station), ended)
+        self.assertEqual(0, station.end())
+        self.assertEqual(3, len(station.errors), station)
+
     def test_no_simulated_plc_stays_behind_a_killed_station(self):
         station = self.station()
         simulator = self.simulator_of(station)
