@@ -54,16 +54,28 @@ HttpResponse recipeResponse(const RecipeRequest& recipe, const RecipeEnd& end)
     return jsonResponse(json.endObject().document());
 }
 
+/// What is not allowed is on the record, too.
+void mustAllow(const HttpRequest& request, const MachineLink& link, const RecipeRequest& recipe,
+               const StationParts& parts)
+{
+    try {
+        mustAllowWrites(parts);
+        mustBeWritableTags(recipe.rows, link.tags());
+    } catch (const ApiError& error) {
+        JobAudit& audit = parts.links.audit();
+        audit.recipeRefused({audit.nextId(), link.name(), request.peer}, recipe,
+                            QString::fromUtf8(error.what()));
+        throw;
+    }
+}
+
 /// @throws ApiError when the recipe is not handed to the link; otherwise the link's thread answers
 void transfer(RecipeRequest::Kind kind, const HttpRequest& request, const HttpAnswer& answer,
               const StationParts& parts)
 {
     const RecipeBody body = recipeBodyOf(request.body, kind, *parts.addresses);
     const std::shared_ptr<MachineLink> link = linkNamed(parts, body.link);
-    if (kind == RecipeRequest::DOWNLOAD) {
-        mustAllowWrites(parts);
-        mustBeWritableTags(body.recipe.rows, link->tags());
-    }
+    if (kind == RecipeRequest::DOWNLOAD) mustAllow(request, *link, body.recipe, parts);
     link->transfer(body.recipe, request.peer, [answer, recipe = body.recipe](const RecipeEnd& end) {
         answer(recipeResponse(recipe, end));
     });

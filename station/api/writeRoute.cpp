@@ -30,6 +30,20 @@ HttpResponse writeResponse(const WriteEnd& end, const Tag& tag)
     return jsonResponse(json.document());
 }
 
+/// What is not allowed is on the record, too.
+void mustAllow(const HttpRequest& request, const MachineLink& link, const Tag& tag,
+               const StationParts& parts)
+{
+    try {
+        mustBeWritable(tag, parts);
+    } catch (const ApiError& error) {
+        JobAudit& audit = parts.links.audit();
+        audit.writeRefused({audit.nextId(), link.name(), request.peer}, tag.name,
+                           QString::fromUtf8(error.what()));
+        throw;
+    }
+}
+
 /// @throws ApiError when the write is not handed to the link; otherwise the link's thread answers
 void write(const HttpRequest& request, const HttpAnswer& answer, const StationParts& parts)
 {
@@ -37,7 +51,7 @@ void write(const HttpRequest& request, const HttpAnswer& answer, const StationPa
     const std::shared_ptr<MachineLink> link = linkNamed(parts, wanted.link);
     const int tagIndex = tagNamed(*link, wanted.tag);
     const Tag tag = link->tags()[size_t(tagIndex)];
-    mustBeWritable(tag, parts);
+    mustAllow(request, *link, tag, parts);
     link->write(tagIndex, bytesFor(tag, wanted.value), request.peer,
                 [answer, tag](const WriteEnd& end) { answer(writeResponse(end, tag)); });
 }

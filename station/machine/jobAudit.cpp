@@ -67,6 +67,13 @@ QByteArray recipeDocument(const JobAsked& asked, const RecipeRequest& request, c
     return json.document();
 }
 
+QByteArray recipeText(const JobAsked& asked, const RecipeRequest& request)
+{
+    return "recipe " + QByteArray::number(asked.id) + " of " + quoted(asked.link) + ", " +
+           recipeKindText(request.kind) + " of " + QByteArray::number(int(request.rows.size())) +
+           " values";
+}
+
 QByteArray outcomeOf(const Tag& tag, const WriteEnd& end)
 {
     QByteArray text = writeOutcomeText(end.outcome);
@@ -112,10 +119,7 @@ void JobAudit::recipeEnded(const JobAsked& asked, const RecipeRequest& request,
                            const RecipeEnd& end)
 {
     const qint64 time = m_clock.wall();
-    const QByteArray what = "recipe " + QByteArray::number(asked.id) + " of " + quoted(asked.link) +
-                            ", " + recipeKindText(request.kind) + " of " +
-                            QByteArray::number(int(request.rows.size())) + " values";
-    put(time, asked.from, what, outcomeOf(end));
+    put(time, asked.from, recipeText(asked, request), outcomeOf(end));
     m_events.add(StationEvent::RECIPE, time, recipeDocument(asked, request, end));
 }
 
@@ -128,6 +132,12 @@ void JobAudit::simulatorEnded(const QString& link)
 void JobAudit::writeRefused(const JobAsked& asked, const QString& tag, const QString& reason)
 {
     put(m_clock.wall(), asked.from, writeText(asked, tag), "refused: " + plain(reason));
+}
+
+void JobAudit::recipeRefused(const JobAsked& asked, const RecipeRequest& request,
+                             const QString& reason)
+{
+    put(m_clock.wall(), asked.from, recipeText(asked, request), "refused: " + plain(reason));
 }
 
 void JobAudit::refused(const QString& from, const QString& what, const QString& reason)

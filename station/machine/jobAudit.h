@@ -57,8 +57,9 @@ public:
     void writeEnded(const JobAsked& asked, const Tag& tag, const QByteArray& value,
                     const WriteEnd& end);
 
-    /// A write that is refused before it goes to a link.
+    /// A write or a recipe that is refused before it goes to a link.
     void writeRefused(const JobAsked& asked, const QString& tag, const QString& reason);
+    void recipeRefused(const JobAsked& asked, const RecipeRequest& request, const QString& reason);
 
     /// Something that names no tag, or cannot be read.
     /// @param what  in the words of a stranger

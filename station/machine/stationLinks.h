@@ -29,7 +29,7 @@ public:
     /// Null: there is no such link.
     std::shared_ptr<MachineLink> find(const QString& name) const;
 
-    /// The account of all writes, for those that never come to a link.
+    /// The account of all writes and recipes, for those that never come to a link.
     JobAudit& audit()
     {
         return m_audit;

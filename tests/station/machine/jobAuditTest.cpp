@@ -134,6 +134,17 @@ TEST_F(JobAuditTest, HasALineForAWriteThatNoLinkWasAskedFor)
     EXPECT_TRUE(events.since(0).empty());
 }
 
+TEST_F(JobAuditTest, HasALineForARecipeThatNoLinkWasAskedFor)
+{
+    RecipeRequest request;
+    request.rows.resize(3);
+    audit.recipeRefused(asked(9), request, QLatin1String("row 2 \"a\nb\" is read-only"));
+    EXPECT_EQ("2023-11-14T22:13:20.000Z from 10.0.0.7:50000: recipe 9 of \"plc\", download of 3 "
+              "values: refused: row 2 \"a?b\" is read-only",
+              line());
+    EXPECT_TRUE(events.since(0).empty());
+}
+
 TEST_F(JobAuditTest, HasALineForWhatNamesNoTag)
 {
     audit.refused(QLatin1String("mqtt://10.0.0.1:1883"), QString::fromUtf8("a\"\x1b[2J"),
