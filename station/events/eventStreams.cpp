@@ -116,11 +116,12 @@ std::optional<qint64> EventStreams::turn(qint64 now)
     // Values are looked at after the events are taken and told before them: who hears of a
     // confirmed write has its value, unless the window of the last message is open.
     const std::vector<StationEvent> events = m_sources.events.since(m_lastEvent);
-    if (m_times.isLookDue(now, isLookWanted())) look(now);
+    m_isLossUntold = m_isLossUntold || isLossAmong(events);
+    if (m_times.isLookDue(now, lookWanted())) look(now);
     sendEvents(events, now);
     if (m_times.isBeatDue(now)) beat(now);
     m_messages->recent.forget(now);
-    return m_times.next(isLookWanted());
+    return m_times.next(lookWanted());
 }
 
 void EventStreams::tagChanged(const LinkValues&, int, const TagReading&)
@@ -140,22 +141,40 @@ void EventStreams::dropClosed()
 void EventStreams::rest()
 {
     m_hasNews = true;
+    m_isLossUntold = false;
     m_told.clear();
     m_messages->recent.clear();
     m_channels.clear();
 }
 
-bool EventStreams::isLookWanted() const
+/// Another link that was lost before makes a link that is back a loss here: it is told a moment
+/// early.
+bool EventStreams::isLossAmong(const std::vector<StationEvent>& events) const
 {
-    if (m_hasNews) return true;
-    return std::any_of(m_clients.begin(), m_clients.end(), [](const auto& held) {
+    const bool isOfLink = std::any_of(events.begin(), events.end(), [](const StationEvent& event) {
+        return event.kind == StationEvent::LINK;
+    });
+    if (!isOfLink) return false;
+    const std::vector<StreamedLink> links = m_sources.links();
+    return std::any_of(links.begin(), links.end(), [](const StreamedLink& link) {
+        return link.values->state().standing == LINK_LOST;
+    });
+}
+
+StreamTimes::Wanted EventStreams::lookWanted() const
+{
+    if (m_isLossUntold) return StreamTimes::URGENT;
+    if (m_hasNews) return StreamTimes::WANTED;
+    const bool isFullWanted = std::any_of(m_clients.begin(), m_clients.end(), [](const auto& held) {
         const std::shared_ptr<StreamClient> client = held.lock();
         return client && client->wantsFull();
     });
+    return isFullWanted ? StreamTimes::WANTED : StreamTimes::NOT_WANTED;
 }
 
 void EventStreams::look(qint64 now)
 {
+    m_isLossUntold = false;
     m_hasNews = false; // before the look: what comes from now on wakes again
     const std::vector<StreamedLink> links = m_sources.links();
     ToldValues::Links values;

@@ -64,7 +64,8 @@ private:
     quint64 placeOf(const HttpRequest& request);
     void dropClosed();
     void rest();
-    bool isLookWanted() const;
+    bool isLossAmong(const std::vector<StationEvent>& events) const;
+    StreamTimes::Wanted lookWanted() const;
     void look(qint64 now);
     bool sendFull();
     void sendFrames(const std::vector<StreamedLink>& links, qint64 now);
@@ -79,8 +80,9 @@ private:
     std::map<QString, std::weak_ptr<FrameChannel>> m_channels; ///< by link
     ToldValues m_told;
     StreamTimes m_times;
-    quint64 m_lastId;        ///< of the messages
-    quint64 m_lastEvent = 0; ///< of StationEvents
+    quint64 m_lastId;            ///< of the messages
+    quint64 m_lastEvent = 0;     ///< of StationEvents
+    bool m_isLossUntold = false; ///< a link is lost, and no look has told its values
 
     /// A change that no look has seen yet. It stays set while no client is there, so that nobody
     /// wakes the server for nothing.

@@ -7,15 +7,16 @@ void StreamTimes::begin(qint64 now)
     m_nextBeat = now + BEAT;
 }
 
-bool StreamTimes::isLookDue(qint64 now, bool isWanted) const
+bool StreamTimes::isLookDue(qint64 now, Wanted wanted) const
 {
-    return now >= m_windowEnd && (isWanted || now >= m_lastLook + WINDOW);
+    if (wanted == URGENT && now >= m_windowEnd - WINDOW) return true;
+    return now >= m_windowEnd && (wanted != NOT_WANTED || now >= m_lastLook + WINDOW);
 }
 
 void StreamTimes::looked(qint64 now, bool hasSent)
 {
     m_lastLook = now;
-    if (hasSent) m_windowEnd = now + WINDOW;
+    if (hasSent) m_windowEnd = std::max(now, m_windowEnd) + WINDOW;
 }
 
 bool StreamTimes::isBeatDue(qint64 now) const
@@ -29,8 +30,10 @@ void StreamTimes::beaten(qint64 now)
     if (m_nextBeat <= now) m_nextBeat = now + BEAT; // the process was stopped: no beats in a row
 }
 
-qint64 StreamTimes::next(bool isWanted) const
+qint64 StreamTimes::next(Wanted wanted) const
 {
-    const qint64 look = isWanted ? m_windowEnd : std::max(m_windowEnd, m_lastLook + WINDOW);
+    qint64 look = m_windowEnd;
+    if (wanted == URGENT) look -= WINDOW;
+    if (wanted == NOT_WANTED) look = std::max(look, m_lastLook + WINDOW);
     return std::min(look, m_nextBeat);
 }

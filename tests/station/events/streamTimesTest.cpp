@@ -4,7 +4,10 @@
 
 namespace {
 
-enum { MS = 1000, NO_NEWS = false, NEWS = true };
+enum { MS = 1000 };
+const StreamTimes::Wanted NO_NEWS = StreamTimes::NOT_WANTED;
+const StreamTimes::Wanted NEWS = StreamTimes::WANTED;
+const StreamTimes::Wanted LOSS = StreamTimes::URGENT;
 const qint64 BEGIN = 50000000;
 
 /// Times of a stream that has looked and sent at BEGIN.
@@ -31,6 +34,32 @@ TEST(StreamTimes, HoldAChangeToTheEndOfTheLastMessagesWindow)
     EXPECT_FALSE(times.isLookDue(BEGIN + 99 * MS, NEWS));
     EXPECT_EQ(BEGIN + 100 * MS, times.next(NEWS));
     EXPECT_TRUE(times.isLookDue(BEGIN + 100 * MS, NEWS));
+}
+
+TEST(StreamTimes, LookAtOnceAtALossAndMakeUpForIt)
+{
+    StreamTimes times = sentAtBegin();
+    EXPECT_TRUE(times.isLookDue(BEGIN + 3 * MS, LOSS));
+    times.looked(BEGIN + 3 * MS, true);
+    EXPECT_FALSE(times.isLookDue(BEGIN + 99 * MS, LOSS));
+    EXPECT_EQ(BEGIN + 100 * MS, times.next(LOSS));
+    EXPECT_TRUE(times.isLookDue(BEGIN + 100 * MS, LOSS));
+    EXPECT_FALSE(times.isLookDue(BEGIN + 199 * MS, NEWS));
+    EXPECT_EQ(BEGIN + 200 * MS, times.next(NEWS));
+    EXPECT_TRUE(times.isLookDue(BEGIN + 200 * MS, NEWS));
+}
+
+TEST(StreamTimes, TellNoMoreThanTenMessagesASecondHoweverManyLossesThereAre)
+{
+    StreamTimes times = sentAtBegin();
+    int messages = 1;
+    for (qint64 now = BEGIN + MS; now < BEGIN + 1000 * MS; now += MS) {
+        if (!times.isLookDue(now, LOSS)) continue;
+        times.looked(now, true);
+        ++messages;
+    }
+    // One goes ahead of its turn. All others have theirs.
+    EXPECT_EQ(11, messages);
 }
 
 TEST(StreamTimes, LookAtOnceAtAChangeAfterQuiet)
