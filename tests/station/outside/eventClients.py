@@ -99,6 +99,42 @@ class ClientsOfTheStream(StationTest):
                 stream.close()
 
 
+class AllConnectionsAreStreams(StationTest):
+    """As many streams as the station has connections."""
+
+    MOST = 64
+
+    def test_the_64_go_on_while_another_connection_gets_503_and_is_closed(self):
+        running = self.station()
+        running.await_good()
+        streams = [self.keep(running.events()) for _ in range(self.MOST)]
+        for stream in streams:
+            self.assertEqual(200, stream.head.status)
+            self.assertIs(True, stream.next("values")["data"]["full"])
+        for path in (PATH, "/api/v1/values", "/healthz"):
+            with self.subTest(path=path), running.connect() as one_more:
+                one_more.send(request_bytes("GET", path, {"Host": running.authority}))
+                answer = one_more.answer()
+                self.assertEqual((503, ["error"]), (answer.status, list(answer.json)))
+                self.assertTrue(one_more.is_closed())
+        for stream in streams:  # two beats came behind the refusals
+            beats = [stream.next("beat")["data"]["time"] for _ in range(3)]
+            self.assertGreater(beats[-1], beats[0])
+            stream.next("values")
+        streams.pop().close()
+        with self.opened(running) as stream:
+            self.assertIs(True, stream.next("values")["data"]["full"])
+
+    @staticmethod
+    def opened(running):
+        """A stream, once there is room for it."""
+        while True:
+            stream = running.events()
+            if stream.head.status == 200:
+                return stream
+            stream.close()
+
+
 class ClientThatStopsReading(StationTest):
     """1,000 words that change all the time: a socket's buffers are soon full."""
 
