@@ -8,12 +8,16 @@
 /// The simulated PLC of a link that leads to none of the user's: the station starts it, and starts
 /// another when it has ended.
 ///
-///     STARTED --- open() ---> OPENED --- it ends; open() ---> ENDED ---+--- starts ---> OPENED
-///                                                               ^      |
-///                                                               +------+ does not start
+///     STARTED ---+--- open() ------------> OPENED --- it ends; open() ---+
+///                |                            ^                          |
+///                | cannot be opened           | another is opened        |
+///                v                            |                          v
+///             USELESS ------- open() ---------+<-------------------------+
+///                ^                            |
+///                +--- none starts, or can be opened
 ///
-/// The end is told once, on the way to ENDED. The link makes the pauses between the calls of
-/// open(), and lets them grow.
+/// The end is told once, when open() is called behind it. The link makes the pauses between the
+/// calls of open(), and lets them grow.
 ///
 /// The main thread constructs it, and destroys it behind the end of the link's thread. The link's
 /// thread calls open().
@@ -29,7 +33,7 @@ public:
     std::unique_ptr<Link> open(const LineSettings& line);
 
 private:
-    enum State { STARTED, OPENED, ENDED };
+    enum State { STARTED, OPENED, USELESS };
 
     const QString m_program;
     const QStringList m_arguments;

@@ -112,6 +112,18 @@ TEST_F(OwnSimulatorTest, TellsAnEndOnceHoweverOftenTheNextOneDoesNotStart)
     EXPECT_EQ(2, ends);
 }
 
+TEST_F(OwnSimulatorTest, ThatCannotBeOpenedHasNotEnded)
+{
+    write("echo /dev/null; exec cat");
+    const auto own = simulator();
+    EXPECT_NE("", failureOf(*own));
+    EXPECT_NE("", failureOf(*own));
+    EXPECT_EQ(2u, started().size());
+    write("exec " KAKB_SIMULATOR_FILE " \"$@\"");
+    EXPECT_EQ("", failureOf(*own));
+    EXPECT_EQ(0, ends);
+}
+
 TEST_F(OwnSimulatorTest, LeavesNoProcessBehind)
 {
     auto own = simulator();
