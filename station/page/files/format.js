@@ -18,11 +18,13 @@ function floatText(number) {
     return `${digits}e${power < 0 ? "-" : "+"}${twoDigits(Math.abs(power))}`;
 }
 
-/** A value with the text that /api/v1/values has for it; a dash for what was never read.
+/** A value with the text that /api/v1/values has for it, bits as 0 and 1; a dash for what was never
+ * read.
  * @param {number|boolean|string|null|undefined} value
  * @param {string} [type]  of the tag */
 export function valueText(value, type) {
     if (value === null || value === undefined) return UNKNOWN;
+    if (typeof value === "boolean") return value ? "1" : "0";
     if (typeof value === "number" && type?.startsWith("float")) return floatText(value);
     return Object.is(value, -0) ? "-0" : String(value);
 }
