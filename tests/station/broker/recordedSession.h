@@ -3,6 +3,7 @@
 
 #include "broker/brokerSession.h"
 
+#include <limits>
 #include <utility>
 #include <vector>
 
@@ -31,8 +32,9 @@ public:
     SessionListener* listener = nullptr;
 
     State state = CLOSED;
-    bool isFull = false;       ///< the system takes no more for now
-    bool connectIsSent = true; ///< what isConnectSent() tells
+    size_t most = std::numeric_limits<size_t>::max(); ///< published messages that the system takes
+    bool isFull = false;                              ///< the system takes no more for now
+    bool connectIsSent = true;                        ///< what isConnectSent() tells
     int connects = 0, leaves = 0, drops = 0;
     BrokerAddress server; ///< of the last connect()
     BrokerMessage will;   ///< of the last connect()
@@ -113,7 +115,7 @@ public:
 
     bool isDrained() const override
     {
-        return !isFull;
+        return !isFull && published.size() < most;
     }
 
     void leave() override

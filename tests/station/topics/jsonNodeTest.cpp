@@ -95,6 +95,18 @@ TEST_F(JsonNodeTest, TellsTheLastStateWhenSeveralWaited)
               news());
 }
 
+TEST_F(JsonNodeTest, LetsNoQueueOfTheSocketGrow)
+{
+    session.most = 3;
+    open();
+    EXPECT_EQ(3u, session.published.size());
+    EXPECT_LT(clock.steady(), node->turn()) << "it waits for the socket";
+    session.most = 5;
+    turns();
+    EXPECT_EQ(5u, session.published.size());
+    EXPECT_EQ(PlantStanding::CONNECTING, node->standing().state);
+}
+
 TEST_F(JsonNodeTest, SaysThatAStationIsOnlineBehindItsFirstGoodValue)
 {
     open();
