@@ -41,17 +41,17 @@ QString JsonTopics::sets() const
     return m_prefix + QLatin1String("+/+/set");
 }
 
-QString JsonTopics::link(const QString& link) const
+QString JsonTopics::ofLink(const QString& link) const
 {
     return m_prefix + m_levels.value(link) + SLASH;
 }
 
-QString JsonTopics::availability(const QString& name, int station) const
+QString JsonTopics::availability(const QString& link, int station) const
 {
-    return link(name) + QString::number(station) + QLatin1String("/availability");
+    return ofLink(link) + QString::number(station) + QLatin1String("/availability");
 }
 
-QString JsonTopics::state(const QString& name, const QString& tag) const
+QString JsonTopics::state(const QString& link, const QString& tag) const
 {
-    return link(name) + m_tagLevels.value({name, tag});
+    return ofLink(link) + m_tagLevels.value({link, tag});
 }

@@ -24,7 +24,7 @@ public:
     QString state(const QString& link, const QString& tag) const;
 
 private:
-    QString link(const QString& link) const;
+    QString ofLink(const QString& link) const;
 
     QString m_prefix;                 ///< kakb/NODE/
     QHash<QString, QString> m_levels; ///< of links
