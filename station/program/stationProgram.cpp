@@ -31,8 +31,13 @@ std::unique_ptr<HttpServer> listeningServer(const StationConfig& config, const H
 
 std::optional<StateFolder> heldFolder(const StationConfig& config)
 {
-    if (!config.history.isKept) return std::nullopt;
+    if (!config.history.isKept && config.plant.servers.empty()) return std::nullopt;
     return StateFolder(stateFolderOf(config.stateFolder));
+}
+
+QString fileOf(const std::optional<StateFolder>& folder, const char* name)
+{
+    return folder ? folder->file(name) : QString();
 }
 
 /// Null: none is kept.
@@ -40,12 +45,29 @@ std::unique_ptr<History> keptHistory(const StationConfig& config,
                                      const std::optional<StateFolder>& folder,
                                      const StationClock& clock)
 {
-    if (!folder) return nullptr;
+    if (!config.history.isKept) return nullptr;
     History::Settings settings;
     settings.file = folder->file("history.sqlite");
     settings.capBytes = config.history.capBytes;
     settings.overrideMs = config.history.overrideMs;
     return std::make_unique<History>(settings, clock);
+}
+
+/// Null: no MQTT.
+std::unique_ptr<Plant> madePlant(const PlantSettings& settings,
+                                 const PlantSurroundings& surroundings)
+{
+    if (settings.servers.empty()) return nullptr;
+    return std::make_unique<Plant>(settings, surroundings);
+}
+
+/// Null: nobody wants rows, or the history makes them.
+std::unique_ptr<SampleIntake> samplesWithoutHistory(const StationConfig& config,
+                                                    const StationClock& clock,
+                                                    const std::unique_ptr<Plant>& plant)
+{
+    if (config.history.isKept || !plant) return nullptr;
+    return std::make_unique<SampleIntake>(config.history.overrideMs, clock, &plant->queue());
 }
 
 /// A copy of the driver for a thread of its own: the driver is made for one thread.
@@ -82,7 +104,11 @@ StationProgram::StationProgram(const StationConfig& config, const QString& drive
       m_areWritesAllowed(config.allowWrites),
       m_streams(streamSources(), [this] { wakeServer(); }),
       m_addresses(ownDriver(driverFile)),
+      m_plant(madePlant(config.plant,
+                        {m_clock, m_links, m_areWritesAllowed, fileOf(m_state, "mqtt-sequence"),
+                         fileOf(m_state, "mqtt-cursor"), [this] { wakeServer(); }})),
       m_history(keptHistory(config, m_state, m_clock)),
+      m_samples(samplesWithoutHistory(config, m_clock, m_plant)),
       m_links({m_clock, m_events, listeners(), driverFile, companionSimulator()}),
       m_parts{config.name, m_clock.wall(), m_areWritesAllowed, m_links,
               m_events,    m_clock,        m_addresses.get()},
@@ -94,15 +120,21 @@ StationProgram::StationProgram(const StationConfig& config, const QString& drive
     addApiRoutes(m_routes, m_parts);
     addPageRoutes(m_routes);
     m_streams.addRoute(m_routes);
+    if (m_plant) m_parts.plant = [this] { return m_plant->standings(); };
+    if (m_plant) m_plant->setDevices(plantDevices(config.links));
+    if (m_plant && m_history) m_history->setRowListener(&m_plant->queue());
     applyLinks(config.links);
     if (m_history) m_history->start([this] { return linkValues(); });
+    if (m_samples) m_samples->start([this] { return linkValues(); });
     m_server->start();
+    if (m_plant) m_plant->start(m_history.get());
 }
 
 StationProgram::~StationProgram()
 {
     if (m_history) m_history->stop();
     m_links.stop(QLatin1String("the station stopped"));
+    if (m_plant) m_plant->stop();
 }
 
 QString StationProgram::url() const
@@ -119,6 +151,19 @@ void StationProgram::applyLinks(const std::vector<LinkConfig>& links)
     }
 }
 
+/// The devices of new links are known before their first samples come.
+void StationProgram::applyChangedLinks(const std::vector<LinkConfig>& links)
+{
+    if (!m_plant) return applyLinks(links);
+    m_plant->setDevices(plantDevices(links));
+    try {
+        applyLinks(links);
+    } catch (...) { // nothing has changed
+        m_plant->setDevices(plantDevices(m_config.links));
+        throw;
+    }
+}
+
 /// The station goes on listening on the address of its start, whatever the configuration says now.
 QStringList StationProgram::reload(const StationConfig& config)
 {
@@ -127,7 +172,7 @@ QStringList StationProgram::reload(const StationConfig& config)
         throw StationFailure(STATION_USAGE,
                              QLatin1String("other machines can reach the present address: the "
                                            "token file can go only with a restart"));
-    applyLinks(config.links);
+    applyChangedLinks(config.links);
     m_server->setAccess(token, config.hostNames);
     m_areWritesAllowed = config.allowWrites;
     const QStringList keys = keysForARestart(m_config, config);
@@ -139,6 +184,8 @@ std::vector<ValueListener*> StationProgram::listeners()
 {
     std::vector<ValueListener*> all = {&m_streams};
     if (m_history) all.push_back(m_history.get());
+    if (m_samples) all.push_back(m_samples.get());
+    if (m_plant) all.push_back(&m_plant->queue());
     return all;
 }
 

@@ -4,7 +4,9 @@
 #include "api/stationParts.h"
 #include "events/eventStreams.h"
 #include "history/history.h"
+#include "history/sampleIntake.h"
 #include "http/httpServer.h"
+#include "plant/plant.h"
 #include "program/stateFolder.h"
 #include "program/stationConfig.h"
 
@@ -12,9 +14,10 @@
 ///
 ///     links' threads -- news --> History, EventStreams, StationEvents -- wake --> HttpServer
 ///     HttpServer's thread -- requests --> API --> StationLinks, History
+///     links' threads, History's thread -- rows --> Plant's thread --> brokers
 ///
-/// The links stop first, then the server, then the history: nobody wakes a server that is gone, a
-/// write that waits is answered, and the last values are kept.
+/// The links stop first, then MQTT, then the server, then the history: nobody wakes a server that
+/// is gone, a write that waits is answered, and the last values are published and kept.
 ///
 /// The main thread uses it.
 class StationProgram
@@ -36,23 +39,26 @@ public:
 
 private:
     void applyLinks(const std::vector<LinkConfig>& links);
+    void applyChangedLinks(const std::vector<LinkConfig>& links);
     std::vector<ValueListener*> listeners();
     HistoryIntake::Links linkValues() const;
     EventStreams::Sources streamSources();
     void wakeServer();
 
     StationConfig m_config;
-    std::optional<StateFolder> m_state; ///< empty: no history is kept
+    std::optional<StateFolder> m_state; ///< empty: no history is kept, and nothing is published
     const SystemClock m_clock;
     StationEvents m_events; ///< guards itself
     std::atomic<bool> m_areWritesAllowed;
     EventStreams m_streams;                                 ///< of the server's thread
     const std::unique_ptr<const DriverLibrary> m_addresses; ///< of the server's thread
+    const std::unique_ptr<Plant> m_plant;                   ///< null: no MQTT; guards itself
     const std::unique_ptr<History> m_history;               ///< null: none is kept; guards itself
-    StationLinks m_links;                                   ///< guards itself
-    StationParts m_parts;                       ///< constant once the server has started
-    HttpRoutes m_routes;                        ///< constant once the server has started
-    const std::unique_ptr<HttpServer> m_server; ///< goes before all that its requests use
+    const std::unique_ptr<SampleIntake> m_samples; ///< of MQTT without a history; guards itself
+    StationLinks m_links;                          ///< guards itself
+    StationParts m_parts;                          ///< constant once the server has started
+    HttpRoutes m_routes;                           ///< constant once the server has started
+    const std::unique_ptr<HttpServer> m_server;    ///< goes before all that its requests use
 };
 
 #endif

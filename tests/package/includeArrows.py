@@ -55,7 +55,7 @@ MAY_INCLUDE = {
     "station/machine": LINE | {"station/values"},
     "station/samples": LINE | {"station/values"},
     "station/broker": {"station/values", "station/http"},
-    "station/plant": LINE | PLANT | {"station/values", "station/machine"},
+    "station/plant": LINE | PLANT | {"station/values", "station/machine", "station/http"},
     "station/sparkplug": LINE | PLANT | {"station/values", "station/machine"},
     "station/topics": LINE | PLANT | {"station/values", "station/machine"},
     "station/history": LINE | {"station/values", "station/samples", "station/plant"},

@@ -196,6 +196,18 @@ TEST(MosquittoSession, OnlyTheBrokersAcknowledgementIsADelivery)
     EXPECT_EQ("delivered " + QByteArray::number(marked), driven.told.at(1));
 }
 
+TEST(MosquittoSession, AMessageWaitsForNoAcknowledgementOfOthers)
+{
+    enum { MESSAGES = 100 };
+    DrivenSession driven;
+    driven.open();
+    for (int i = 0; i < MESSAGES; ++i)
+        driven.session.publish(value(1, 1));
+    driven.session.publish({QLatin1String("last"), QByteArray(), 0, false});
+    driven.until([&] { return driven.peer.taken().endsWith("last"); });
+    EXPECT_EQ(MESSAGES, driven.peer.taken().count(QByteArray::fromHex("3206000161")));
+}
+
 // The library numbers what has QoS 0 with the same 16 bits, and tells when it was written.
 TEST(MosquittoSession, AMessageWithoutAcknowledgementIsNoProofForAnOlderOneOfItsNumber)
 {

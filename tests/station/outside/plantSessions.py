@@ -1,0 +1,223 @@
+"""What a station publishes while a session begins, goes on and ends."""
+
+import signal
+import time
+
+from plantTest import DEVICE, PlantTest
+from processes import eventually
+from sparkplugMessages import command
+from tcpRelay import TcpRelay
+
+STILL = "MW100"  # of the tag "still"
+STOP_S = 2
+CYCLE_MS = 100  # a value is as old as its answer can be: as the wait for it, and the pace
+KEEP_ALIVE_S = 5
+BIRTHS_S = 60  # of very many tags on a busy machine
+# The broker waits one and a half keep-alives, the station two.
+HALF_OPEN_S = 4 * KEEP_ALIVE_S
+
+
+class PlantSessions(PlantTest):
+    """One broker, one host, one PLC."""
+
+    def test_births_hold_each_tag_and_data_what_changed_with_the_time_of_the_answer(self):
+        broker = self.broker()
+        host = self.host_at(broker)
+        _, station = self.publisher(broker.url)
+        host.await_that(lambda host: host.value(DEVICE, "still")[1] == "good")
+        self.assertEqual(["NBIRTH", f"DBIRTH {DEVICE}"], host.kinds()[:2])
+        self.assertEqual({"still", "offset"},
+                         {metric.name for metric in host.messages[1][2].metrics})
+        before = time.time() * 1000
+        self.control.command(f"set {STILL}=41")
+        host.await_that(lambda host: host.value(DEVICE, "still") == (41, "good"))
+        after = time.time() * 1000
+        change = [sample for sample in host.samples if sample.value == 41][0]
+        self.assertLessEqual(before - CYCLE_MS, change.time)
+        self.assertLessEqual(change.time, after)
+        self.assertEqual(1, self.standing(station)["sessions"])
+
+    def test_what_does_not_change_is_not_repeated(self):
+        broker = self.broker()
+        host = self.host_at(broker)
+        self.publisher(broker.url)
+        host.await_that(lambda host: host.value(DEVICE, "still")[1] == "good")
+        host.await_that(lambda host: host.value(DEVICE, "offset")[1] == "good")
+        for value in range(3):
+            self.control.command(f"set {STILL}={value + 7}")
+            host.await_that(lambda host, v=value: host.value(DEVICE, "still") == (v + 7, "good"))
+        data = [sample.name for sample in host.samples if sample.came > host.messages[1][3]]
+        self.assertLessEqual(data.count("offset"), 1, "only its first value may follow the birth")
+
+    def test_a_silent_plc_dies_and_is_born_again_with_all_metrics(self):
+        broker = self.broker()
+        host = self.host_at(broker)
+        self.publisher(broker.url)
+        host.await_that(lambda host: host.value(DEVICE, "still")[1] == "good")
+        self.control.command("silent 1 on")
+        host.await_that(lambda host: f"DDEATH {DEVICE}" in host.kinds())
+        self.control.command(f"set {STILL}=77")
+        self.control.command("silent 1 off")
+        host.await_that(lambda host: host.value(DEVICE, "still") == (77, "good"))
+        births = [payload for kind, device, payload, _ in host.messages if kind == "DBIRTH"]
+        self.assertEqual([2, 2], [len(birth.metrics) for birth in births])
+        self.assertEqual(1, host.births)
+
+    def test_the_broker_publishes_the_death_of_a_killed_station(self):
+        broker = self.broker()
+        host = self.host_at(broker)
+        _, station = self.publisher(broker.url)
+        host.await_that(lambda host: DEVICE in host.born)
+        born = host.bd_seq
+        station.process.send_signal(signal.SIGKILL)
+        host.await_that(lambda host: host.kinds()[-1] == "NDEATH")
+        self.assertEqual(born, host.messages[-1][2].metrics[0].long_value)
+        self.assertFalse(host.born)
+
+    def test_a_station_that_ends_says_so_itself_within_two_seconds(self):
+        broker = self.broker()
+        host = self.host_at(broker)
+        _, station = self.publisher(broker.url)
+        host.await_that(lambda host: DEVICE in host.born)
+        self.assertEqual(0, station.end(seconds=STOP_S))
+        host.await_that(lambda host: host.kinds()[-1] == "NDEATH")
+        self.assertEqual(1, host.kinds().count("NDEATH"), "the will is forgotten")
+        self.assertIn(f"DDEATH {DEVICE}", host.kinds())
+        log = broker.output.read_text("utf-8")
+        self.assertIn("Client kakb-kakb-kakb-station disconnected.", log)
+
+    def test_a_broker_that_answers_nothing_does_not_delay_the_end(self):
+        broker = self.broker()
+        relay = self.keep(TcpRelay(("127.0.0.1", broker.port)))
+        _, station = self.publisher(f"mqtt://127.0.0.1:{relay.port}")
+        self.await_connected(station)
+        relay.freeze()
+        self.assertEqual(0, station.end(seconds=STOP_S + 0.5))
+
+    def test_a_connection_that_stands_still_is_given_up_and_told_dead(self):
+        broker = self.broker()
+        host = self.host_at(broker)
+        relay = self.keep(TcpRelay(("127.0.0.1", broker.port)))
+        self.tags("still")
+        plc = self.plc("tcp")
+        station = self.configured(plc, [f'servers = ["mqtt://127.0.0.1:{relay.port}"]',
+                                        f'keep_alive = "{KEEP_ALIVE_S}s"'])
+        host.await_that(lambda host: DEVICE in host.born)
+        relay.freeze()
+        host.await_that(lambda host: "NDEATH" in host.kinds(), HALF_OPEN_S)
+        self.await_standing(station, lambda standing: standing["state"] != "connected", HALF_OPEN_S)
+        relay.cut()
+        relay.resume()
+        host.await_that(lambda host: host.births == 2 and DEVICE in host.born, HALF_OPEN_S)
+
+    def test_the_number_of_the_session_goes_on_over_restarts_and_refused_connections(self):
+        broker = self.broker()
+        host = self.host_at(broker)
+        plc, station = self.publisher(broker.url)
+        seen = []
+
+        def await_birth(births):
+            host.await_that(lambda host: host.births == births and DEVICE in host.born)
+            seen.append(host.bd_seq)
+        await_birth(1)
+        station.end()
+        station = self.published(plc, broker.url)
+        await_birth(2)
+        broker.kill()
+        self.await_standing(station, lambda standing: standing["trouble"] == "Connection refused")
+        broker.start()
+        await_birth(3)
+        station.process.send_signal(signal.SIGKILL)
+        station.wait(STOP_S)
+        self.published(plc, broker.url)
+        await_birth(4)
+        self.assertEqual([0, 1, 2, 3], seen, "one for each CONNECT that left, and no other")
+
+    def test_a_host_that_lost_track_gets_all_births_anew_in_the_same_session(self):
+        broker = self.broker()
+        host = self.host_at(broker)
+        _, station = self.publisher(broker.url)
+        host.await_that(lambda host: DEVICE in host.born)
+        before = host.bd_seq
+        host.send("NCMD", command("Node Control/Rebirth", datatype=11, boolean_value=True))
+        host.await_that(lambda host: host.births == 2 and DEVICE in host.born)
+        self.assertEqual(before, host.bd_seq)
+        self.assertNotIn("NDEATH", host.kinds())
+        self.assertEqual(1, self.standing(station)["sessions"])
+
+    def test_a_tag_that_a_reload_adds_is_in_births_of_the_same_session(self):
+        broker = self.broker()
+        host = self.host_at(broker)
+        self.tags("still")
+        plc = self.plc("tcp")
+        station = self.configured(plc, [f'servers = ["{broker.url}"]'])
+        host.await_that(lambda host: host.value(DEVICE, "still")[1] == "good")
+        number = host.bd_seq
+        self.tags("still", "offset")
+        station.process.send_signal(signal.SIGHUP)
+        host.await_that(lambda host: host.value(DEVICE, "offset")[1] == "good")
+        self.assertEqual(number, host.bd_seq)
+        self.assertNotIn("NDEATH", host.kinds())
+
+    def test_a_node_without_a_history_publishes_as_well(self):
+        broker = self.broker()
+        host = self.host_at(broker)
+        _, station = self.publisher(broker.url, "--no-history")
+        host.await_that(lambda host: host.value(DEVICE, "still")[1] == "good")
+        self.control.command(f"set {STILL}=5")
+        host.await_that(lambda host: host.value(DEVICE, "still") == (5, "good"))
+        self.assertFalse((self.folder / "state" / "history.sqlite").exists())
+        self.assertTrue(eventually(lambda: self.standing(station)["sent"] > 0))
+
+
+class PlantNames(PlantTest):
+    """Names of any kind."""
+
+    def test_names_that_topics_cannot_hold_are_replaced_in_ids_alone(self):
+        broker = self.broker()
+        host = self.host_at(broker, group="north", node="hall 7")
+        rows = [("a+b/c#d", 1, "MW", 0, "uint16"), ("mix/speed", 1, "MW", 2, "int16")]
+        self.table(rows)
+        plc = self.plc("tcp")
+        self.file("station.toml", "\n".join(
+            ['listen = "127.0.0.1:0"', "[mqtt]", f'servers = ["{broker.url}"]', 'group = "north"',
+             'node = "hall 7"', "[[link]]", 'name = "mix+er 1#"', f'link = "{plc.link}"',
+             'tags = "tags.csv"']) + "\n")
+        self.station("--config station.toml")
+        host.await_that(lambda host: host.born)
+        device = next(iter(host.born))
+        self.assertEqual("mix_er 1_-1", device)
+        host.await_that(lambda host: host.value(device, "a+b/c#d") == (0, "good"))
+        host.await_that(lambda host: host.value(device, "mix/speed") == (0, "good"))
+
+    def table(self, rows):
+        """Makes tags.csv of rows."""
+        self.file("tags.csv", "".join(",".join(map(str, row)) + "\n" for row in
+                                      [("name", "station", "area", "address", "type"), *rows]))
+
+
+class PlantManyMetrics(PlantTest):
+    """A station with very many tags."""
+
+    TAGS, LINKS = 25000, 4
+
+    def test_births_of_a_hundred_thousand_metrics_hold_each_value(self):
+        broker = self.broker()
+        host = self.host_at(broker)
+        words = self.TAGS // 16
+        self.file("tags.csv", "name,station,area,address,type\n" + "".join(
+            f"b{word}.{bit},1,MX,{2 * word + bit // 8}.{bit % 8},bool\n"
+            for word in range(words + 1) for bit in range(16)))
+        links = "".join(f'[[link]]\nname = "l{number}"\nlink = "sim"\ntags = "tags.csv"\n'
+                        for number in range(self.LINKS))
+        self.file("station.toml", f'listen = "127.0.0.1:0"\n[mqtt]\nservers = ["{broker.url}"]\n'
+                                  f"{links}")
+        self.station("--config station.toml")
+        devices, count = {f"l{number}-1" for number in range(self.LINKS)}, 16 * (words + 1)
+        host.await_that(lambda host: devices == host.born, BIRTHS_S)
+        for kind, device, payload, _ in host.messages:
+            if kind == "DBIRTH":
+                self.assertEqual(count, len({metric.alias for metric in payload.metrics}), device)
+        host.await_that(lambda host: sum(quality == "good" for (device, _), (_, quality)
+                                         in host.values.items() if device) == count * self.LINKS,
+                        BIRTHS_S)
