@@ -9,7 +9,7 @@ namespace {
 
 enum {
     ANSWER_LIMIT = 10 * SECOND, ///< to CONNECT and SUBSCRIBE; for a STATE where servers are left
-    TICK = SECOND               ///< the socket takes nothing: who is called too often sleeps
+    TICK = SECOND               ///< from look to look
 };
 
 const qint64 NEVER = std::numeric_limits<qint64>::max();
@@ -54,6 +54,7 @@ qint64 EdgeNode::State::turn()
         before = step;
         doStep();
     } while (step != before);
+    look();
     return nextTurn();
 }
 
@@ -91,10 +92,18 @@ void EdgeNode::State::doStep()
     }
 }
 
+/// The ledger has to see each turn of the history's file, with a session or without.
+void EdgeNode::State::look()
+{
+    if (clock.steady() < lookAt) return;
+    lookAt = clock.steady() + TICK;
+    ledger.behind();
+}
+
 qint64 EdgeNode::State::nextTurn() const
 {
     if (step == OVER) return NEVER;
-    if (step != BORN) return deadline;
+    if (step != BORN) return std::min(deadline, lookAt);
     if (!session.isDrained()) return clock.steady() + TICK; // the socket tells when it takes more
     return std::min(tickAt, history.nextAt());
 }
@@ -174,7 +183,7 @@ void EdgeNode::State::receive(const BrokerMessage& message)
 {
     if (step != SUBSCRIBING && step != BORN) return;
     if (message.topic != host.topic()) return receiveCommand(message);
-    const HostState::News told = host.told(walk.server(), message.topic, message.payload);
+    const HostState::News told = host.told(walk.server(), message.payload);
     if (told == HostState::NOTHING) return;
     const bool isLost = step == BORN && news.host == HostState::OFFLINE;
     if (!isLost) news.host = told; // a loss in a session with births is not taken back

@@ -40,6 +40,7 @@ struct EdgeNode::State
     void become(Step next, const QString& why);
     qint64 turn();
     void doStep();
+    void look();
     qint64 nextTurn() const;
 
     void begin();
@@ -82,6 +83,7 @@ struct EdgeNode::State
     Step step = PAUSING;
     qint64 since = 0;    ///< of `step`, ms since 1970
     qint64 deadline = 0; ///< of `step`, steady
+    qint64 lookAt = 0;   ///< when the ledger looks at the history again, steady
     QString trouble;
     News news;
     bool isStopping = false;

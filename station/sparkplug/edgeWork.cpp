@@ -39,7 +39,6 @@ void EdgeNode::State::bear()
     ledger.born(lastNumber);
     tellFigures();
     data.bear(node, birthSequence);
-    work();
 }
 
 void EdgeNode::State::work()

@@ -33,10 +33,8 @@ HostState::HostState(const QString& host)
 {
 }
 
-HostState::News HostState::told(const BrokerAddress& server, const QString& topic,
-                                const QByteArray& payload)
+HostState::News HostState::told(const BrokerAddress& server, const QByteArray& payload)
 {
-    if (!isWanted() || topic != m_topic) return NOTHING;
     const std::optional<HostStatement> state = hostStatement(payload);
     if (!state) return NOTHING;
     const QString at = server.text();

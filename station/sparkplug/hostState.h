@@ -18,12 +18,12 @@ class HostState
 {
 public:
     enum News {
-        NOTHING, ///< no STATE of this host, or an old one
+        NOTHING, ///< no STATE, or an old one
         ONLINE,
         OFFLINE
     };
 
-    /// @param host  its id; empty: there is no primary host, and everything is NOTHING
+    /// @param host  its id; empty: there is no primary host
     explicit HostState(const QString& host);
 
     bool isWanted() const
@@ -35,7 +35,8 @@ public:
         return m_topic;
     }
 
-    News told(const BrokerAddress& server, const QString& topic, const QByteArray& payload);
+    /// Takes what came on topic(). There has to be a primary host.
+    News told(const BrokerAddress& server, const QByteArray& payload);
 
 private:
     QString m_topic;
