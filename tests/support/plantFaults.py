@@ -23,6 +23,8 @@ KINDS = ("broker", "network", "station")
 # A row is noted a little later than its time; the mark tells when it was noted.
 NOTED_S = 0.3
 SETTLE_S = 60
+QUIET_S = 3  # without a historical value all of them are out
+LIVE_S = 4  # changes that are sent live, and have no acknowledged mark behind them yet
 
 
 class PlantFaults:
@@ -106,12 +108,24 @@ class PlantFaults:
         self.station = self._started()
 
     def _settle(self):
-        """The PLC ends, so that nothing changes any more, and all that is owed is delivered."""
-        self.plc.kill()
+        """What is owed is delivered; then the PLC ends, so that nothing changes any more.
+
+        Rows of a PLC that is silent would wait until it answers again."""
+        def standing():
+            return self.station.get("/api/v1/plant").json[0]
+
+        def is_caught_up():
+            before = standing()["historical"]
+            time.sleep(QUIET_S)
+            now = standing()
+            return now["state"] == "connected" and now["historical"] == before \
+                and now["behind"] < LIVE_S * TAGS * 1000 / CHANGE_MS
 
         def is_delivered():
-            standing = self.station.get("/api/v1/plant").json[0]
-            return standing["state"] == "connected" and standing["behind"] == 0
+            return standing()["state"] == "connected" and standing()["behind"] == 0
+        if not eventually(is_caught_up, SETTLE_S):
+            self.found.append(f"never caught up: {standing()}")
+        self.plc.kill()
         time.sleep(3)
         if not eventually(is_delivered, SETTLE_S):
             self.found.append(f"never delivered: {self.station.get('/api/v1/plant').json}")
