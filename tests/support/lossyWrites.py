@@ -47,10 +47,29 @@ class Target:
         return [int(value)]
 
 
+class HttpWriter:
+    """Writes by the station's API, on a connection of its own."""
+
+    def __init__(self, port):
+        self.connection = HTTPConnection("127.0.0.1", port, timeout=60)
+
+    def write(self, target, value):
+        """Writes, and returns the status and the outcome."""
+        self.connection.request("POST", "/api/v1/write", json.dumps(
+            {"link": "plc", "tag": target.name, "value": value}), HEADERS)
+        answer = self.connection.getresponse()
+        return answer.status, json.loads(answer.read())
+
+    def close(self):
+        """Ends the connection."""
+        self.connection.close()
+
+
 class LossyWrites:
     """Starts the programs; run() writes. wrong() tells what was told and not true."""
 
-    def __init__(self, programs, folder, seed):
+    def __init__(self, programs, folder, seed, *words):
+        """The station gets these further words on its command line."""
         self.targets = [Target(f"{kind} {number}", kind, 20 * (3 * number + place))
                         for number in range(WRITERS)
                         for place, kind in enumerate(("uint16", "bool", "float32:low"))]
@@ -63,7 +82,7 @@ class LossyWrites:
         self.station = Program(
             [programs / "kakb-station", "--listen", "127.0.0.1:0", "--tags", "tags.csv", "--link",
              self.plc.link, "--timeout-ms", str(TIMEOUT_MS), "--attempts", "3", "--allow-writes",
-             "--no-history"], folder)
+             "--no-history", *words], folder)
         self.station.await_that(lambda: self.station.lines)
         self.port = int(self.station.lines[0].rstrip("/").rsplit(":", 1)[1])
         self.seed = seed
@@ -92,17 +111,17 @@ class LossyWrites:
     def _write_all(self, number, writes):
         source = random.Random(self.seed * WRITERS + number)
         own = self.targets[3 * number:3 * number + 3]
-        connection = HTTPConnection("127.0.0.1", self.port, timeout=60)
+        writer = self._writer(source)
         for _ in range(writes):
             target = source.choice(own)
             before = self._memory(target)
             value = target.new_value(source, before)
-            connection.request("POST", "/api/v1/write", json.dumps(
-                {"link": "plc", "tag": target.name, "value": value}), HEADERS)
-            answer = connection.getresponse()
-            told = json.loads(answer.read())
-            self._judge(target, before, value, answer.status, told)
-        connection.close()
+            self._judge(target, before, value, *writer.write(target, value))
+        writer.close()
+
+    def _writer(self, _):
+        """What a thread writes by: write() returns a status, 200 for an outcome, and the outcome."""
+        return HttpWriter(self.port)
 
     def _judge(self, target, before, value, status, told):
         wanted, present = target.words(value), self._memory(target)
