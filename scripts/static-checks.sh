@@ -60,7 +60,7 @@ check_tidy() {
     configure || return 1
     local found=0
     tidy device service || found=1
-    tidy line host simulator bench docs -- "${fewer_paths[@]}" || found=1
+    tidy line host station simulator bench docs -- "${fewer_paths[@]}" || found=1
     return "$found"
 }
 
