@@ -157,11 +157,11 @@ void MosquittoSession::tell(const ClientEvent& event)
     }
 }
 
-void MosquittoSession::tellEnd(const QString& reason)
+/// @param reason  a copy: close() clears m_failure
+void MosquittoSession::tellEnd(QString reason)
 {
-    const QString copy = reason; // close() clears m_failure
     close();
-    m_listener->ended(copy, m_isConnectSent);
+    m_listener->ended(reason, m_isConnectSent);
 }
 
 /// What happened and was not told is forgotten.

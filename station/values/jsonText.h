@@ -26,7 +26,7 @@ public:
     JsonText& text(const QString& text);
 
     /// A text that may be missing: null when it is empty.
-    JsonText& textOrNull(const QString& text);
+    JsonText& textOrNull(const QString& given);
 
     /// @param text  ASCII without characters that JSON escapes, such as the word of a state
     JsonText& word(const char* text);
