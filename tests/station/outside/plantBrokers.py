@@ -232,3 +232,41 @@ class PlantForeignCommands(PlantTest):
         self.served.await_good()
         self.assertNotEqual(99, self.served.values()["still"]["value"])
         self.assertEqual(births + 1, self.watching.births)
+
+
+class PlantPrimaryHost(PlantTest):
+    """A station that publishes only while one host application is there."""
+
+    HOST = "scada"
+
+    def tell(self, broker, online, moment):
+        """The host's STATE, retained as hosts keep it."""
+        document = json.dumps({"online": online, "timestamp": moment})
+        self.subscriber(broker).client.publish(f"spBv1.0/STATE/{self.HOST}", document, 1,
+                                               True).wait_for_publish()
+
+    def test_births_wait_for_the_host_and_end_with_it(self):
+        broker = self.broker()
+        host = self.host_at(broker)
+        _, station = self.publisher(broker.url, f"--mqtt-primary-host {self.HOST}")
+        station.await_good()
+        self.tell(broker, False, 1000)
+        self.await_standing(station, lambda standing: "offline" in (standing["trouble"] or ""))
+        self.assertEqual([], host.messages)
+        self.tell(broker, True, 2000)
+        host.await_that(lambda host: DEVICE in host.born)
+        self.tell(broker, False, 1500)
+        self.control.command("set MW100=8")
+        host.await_that(lambda host: host.value(DEVICE, "still") == (8, "good"))
+        self.assertNotIn("NDEATH", host.kinds(), "what is older than online is old news")
+        self.tell(broker, False, 3000)
+        host.await_that(lambda host: host.kinds()[-1] == "NDEATH")
+
+    def test_the_next_broker_is_taken_when_the_host_is_offline_at_one(self):
+        first, second = self.broker(), self.broker()
+        self.tell(first, False, 1000)
+        self.tell(second, True, 500)
+        self.tags("still")
+        station = self.configured(self.plc("tcp"), [
+            f'servers = ["{first.url}", "{second.url}"]', f'primary_host = "{self.HOST}"'])
+        self.await_connected(station, second.url)
