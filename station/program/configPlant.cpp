@@ -1,8 +1,10 @@
 #include "program/configPlant.h"
 
 #include "plan/durationText.h"
+#include "plant/plant.h"
 #include "program/configKeys.h"
 #include "program/privateFile.h"
+#include "sparkplug/edgeNames.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -160,6 +162,10 @@ void checkPlant(StationConfig& config, ConfigMistakes& mistakes)
     if (!nodeProblem.isEmpty()) note(QLatin1String("node: ") + nodeProblem);
     const QString problem = problemOfWhole(settings, config.allowWrites);
     if (!problem.isEmpty()) note(problem);
+    if (settings.speaksSparkplug) {
+        for (const QString& name : metricNameProblems(plantDevices(config.links)))
+            note(name);
+    }
     if (settings.passwordFile.isEmpty()) return;
     const PrivateText password = privateText(settings.passwordFile, QLatin1String("password file"));
     settings.password = password.bytes;

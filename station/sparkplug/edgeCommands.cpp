@@ -55,8 +55,6 @@ bool isRebirth(const CommandMetric& command)
 /// Empty: the command is no yes and no no.
 std::optional<bool> truthOf(const CommandMetric& command)
 {
-    if (command.type.value_or(quint32(MetricType::BOOLEAN)) != quint32(MetricType::BOOLEAN))
-        return std::nullopt;
     const std::variant<MetricValue, UnfitCommand> value =
         commandValue(command, MetricType::BOOLEAN);
     const MetricValue* const fit = std::get_if<MetricValue>(&value);

@@ -22,7 +22,7 @@ QString quoted(const QString& text)
 
 void noteFolders(const QString& name, Spellings& spellings)
 {
-    for (int at = name.indexOf(QLatin1Char('/')); at >= 0;
+    for (auto at = name.indexOf(QLatin1Char('/')); at >= 0;
          at = name.indexOf(QLatin1Char('/'), at + 1)) {
         const QString folder = name.left(at).toCaseFolded();
         if (!spellings.folders.contains(folder)) spellings.folders.insert(folder, name);

@@ -167,3 +167,27 @@ TEST_F(ConfigPlant, StationsNameThatIsNoIdNeedsANode)
     checkPlant(config, mistakes);
     EXPECT_NE(std::string::npos, mistakes.text().toStdString().find("--mqtt: node: \"a/b\""));
 }
+
+TEST_F(ConfigPlant, TagsThatHostsCannotTellApartAreRefused)
+{
+    StationConfig config;
+    config.name = QLatin1String("mixing");
+    config.plant.servers.push_back({});
+    LinkConfig link;
+    link.name = QLatin1String("oven");
+    for (const char* const name : {"Door", "door"}) {
+        Tag tag;
+        tag.name = QLatin1String(name);
+        link.tags.push_back(tag);
+    }
+    config.links.push_back(link);
+    ConfigMistakes mistakes{QString()};
+    checkPlant(config, mistakes);
+    EXPECT_NE(std::string::npos, mistakes.text().toStdString().find(
+                                     "link oven, station 1: \"Door\" and \"door\" differ"));
+    config.plant.speaksSparkplug = false;
+    config.plant.speaksJson = true;
+    ConfigMistakes none{QString()};
+    checkPlant(config, none);
+    EXPECT_EQ("", none.text().toStdString());
+}

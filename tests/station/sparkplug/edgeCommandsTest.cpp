@@ -212,6 +212,15 @@ TEST(EdgeCommands, ADeadDeviceTakesNone)
     bench.write(commandBytes("count", 0, 10, 12));
     EXPECT_TRUE(bench.commands.writes.empty());
     EXPECT_EQ(1u, bench.commands.refusals.size());
+
+    bench.session.isFull = true; // it dies among the births that are asked for
+    bench.stand("mill", 1, false);
+    bench.command("NCMD", QString(), rebirthBytes());
+    bench.session.isFull = false;
+    bench.turn();
+    bench.command("DCMD", QLatin1String("mill-1"), commandBytes("speed", 0, 10, 1));
+    EXPECT_TRUE(bench.commands.writes.empty());
+    EXPECT_EQ(2u, bench.commands.refusals.size());
 }
 
 TEST(EdgeCommands, AreTakenForTheLastBirthsThatWereSent)

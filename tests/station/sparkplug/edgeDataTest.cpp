@@ -224,6 +224,20 @@ TEST(EdgeNode, AClockThatIsSetBackDoesNotTurnTheOrderOfAMetric)
         EXPECT_LE(*told.payload.metrics[0].time, *told.payload.time) << "no value of the future";
 }
 
+TEST(EdgeNode, AMessageHasFiveHundredEntriesAtMost)
+{
+    Lived bench;
+    std::vector<Sample> samples;
+    for (int i = 0; i < 1200; ++i)
+        samples.push_back(bench.reading("oven", "temperature", i));
+    const size_t before = bench.mark();
+    bench.take(samples);
+    std::vector<size_t> sizes;
+    for (const Told& told : bench.since(before))
+        sizes.push_back(told.payload.metrics.size());
+    EXPECT_EQ((std::vector<size_t>{500, 500, 200}), sizes);
+}
+
 TEST(EdgeNode, ADeathFollowsWhatItsDeviceStillTold)
 {
     Lived bench;

@@ -208,6 +208,25 @@ TEST(EdgeNode, ALossOfThePrimaryHostIsNotTakenBackByItsReturnInTheSameTurn)
     EXPECT_EQ(1u, bench.all("NDEATH").size());
 }
 
+/// A value that waits for the socket at the farewell is older than those that come behind it.
+TEST(EdgeNode, WhatComesDuringAFarewellIsNotWrittenOverByWhatWaited)
+{
+    Waiting bench;
+    bench.state(true, 5);
+    bench.stand("oven", 1, true);
+    bench.session.isFull = true;
+    bench.read("oven", "temperature", 1);
+    bench.state(false, 6);
+    bench.read("oven", "temperature", 2);
+    bench.session.isFull = false;
+    bench.acknowledge();
+    bench.passMs(1000);
+    bench.accept();
+    bench.grant();
+    bench.state(true, 7);
+    EXPECT_EQ(2, bench.all("DBIRTH").back().payload.named("temperature")->number(9));
+}
+
 TEST(EdgeNode, WithoutAPrimaryHostNothingIsWaitedFor)
 {
     EdgeBench bench;
