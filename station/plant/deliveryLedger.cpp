@@ -61,6 +61,13 @@ void DeliveryLedger::store()
 
 // Where the history's file stands.
 
+/// Until the first commit of this run is seen, the file may be another one than the cursor's, or
+/// lack rows.
+bool DeliveryLedger::isFileKnown() const
+{
+    return m_firstNumber >= 0;
+}
+
 /// Gives sequences to rows whose commit is known.
 void DeliveryLedger::settle()
 {
@@ -102,7 +109,7 @@ void DeliveryLedger::rebase(const LogPosition& position)
     const qint64 old = std::max<qint64>(first - m_mapped, 0);
     m_cursor.dropped += m_isBorn ? unsent : old;
     if (m_isBorn) m_unprovable += std::max<qint64>(std::min(first, m_sent) - m_mapped - unsent, 0);
-    if (m_firstNumber >= 0) forgetFlights();
+    if (isFileKnown()) forgetFlights();
     if (position.file == m_cursor.file)
         takeSameFile(base);
     else
@@ -145,8 +152,7 @@ void DeliveryLedger::takeOtherFile(const LogPosition& position, qint64 base)
 {
     if (m_cursor.file != 0) {
         m_cursor.dropped += m_cursor.owed.count() + m_cursor.held.count();
-        const bool isOfRunBefore = m_firstNumber < 0;
-        if (isOfRunBefore) m_cursor.dropped += std::max<qint64>(m_cursor.end - m_cursor.top, 0);
+        if (!isFileKnown()) m_cursor.dropped += std::max<qint64>(m_cursor.end - m_cursor.top, 0);
     }
     m_cursor.owed.clear();
     m_cursor.held.clear();
@@ -222,6 +228,7 @@ std::optional<DeliveryLedger::Mark> DeliveryLedger::nextMark()
 {
     if (!m_log || !m_isBorn) return std::nullopt;
     settle();
+    if (!isFileKnown()) return std::nullopt;
     const bool isLiveNew = m_live.from(m_lastMark.top + 1, -1).first >= 0;
     if (!isLiveNew && m_batches == m_lastMark.batches) return std::nullopt;
     m_lastMark = {++m_orders, m_cursor.top, m_batches};

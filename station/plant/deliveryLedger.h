@@ -114,6 +114,7 @@ private:
     void load();
     void store();
     void settle();
+    bool isFileKnown() const;
     void map(const LogPosition& position, qint64 upTo);
     void rebase(const LogPosition& position);
     void takeOtherFile(const LogPosition& position, qint64 base);

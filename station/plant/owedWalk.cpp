@@ -35,6 +35,7 @@ std::vector<LoggedRow> DeliveryLedger::owed(int most, const IsBorn& isBorn)
 {
     if (!m_log || !m_isBorn || most <= 0) return {};
     settle();
+    if (!isFileKnown()) return {};
     dropOldest();
     for (int walks = 0; walks < MOST_WALKS; ++walks) {
         m_pick = Pick();

@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
 #include <memory>
 
 namespace {
@@ -241,6 +242,20 @@ TEST_F(DeliveryLedgerTest, GoesOnBehindARestart)
     EXPECT_EQ("4 5 6", history());
 }
 
+TEST_F(DeliveryLedgerTest, WaitsBehindARestartForTheFirstCommit)
+{
+    note("a", 3);
+    commit();
+    ledger->born(last);
+    ledger->ended();
+    restart();
+    ledger->born(0);
+    EXPECT_EQ("", history());
+    EXPECT_FALSE(ledger->nextMark());
+    commit();
+    EXPECT_EQ("1 2 3", history());
+}
+
 TEST_F(DeliveryLedgerTest, KeepsBehindARestartWhatWasSentAsHistory)
 {
     note("a", 5);
@@ -368,6 +383,21 @@ TEST_F(DeliveryLedgerTest, CountsWhatWasOwedInAFileThatIsGone)
     EXPECT_EQ(0, ledger->behind());
 }
 
+TEST_F(DeliveryLedgerTest, CountsAMissedRowWhoseFileIsGone)
+{
+    ledger->born(0);
+    note("a", 3);
+    ledger->sent(last);
+    commit();
+    ledger->behind();
+    log.changeFile();
+    note("a");
+    commit();
+    ledger->behind();
+    ledger->missed(2, 3);
+    EXPECT_EQ(2, ledger->dropped());
+}
+
 TEST_F(DeliveryLedgerTest, CountsWhatWasInFlightWhenTheFileWentOnlyWhenItIsLost)
 {
     ledger->born(0);
@@ -428,6 +458,73 @@ TEST_F(DeliveryLedgerTest, OwesNewRowsWhoseSequencesWereProvenForLostOnes)
     ledger->born(last);
     EXPECT_EQ("5 6 7", history());
     EXPECT_EQ(0, ledger->dropped());
+}
+
+TEST_F(DeliveryLedgerTest, OwesNoNewRowForALostOne)
+{
+    note("a", 6);
+    commit();
+    ledger->born(last);
+    EXPECT_EQ("1 2 3 4 5 6", history());
+    ledger->ended();
+    log.loseNewest(2);
+    restart();
+    commit();
+    ledger->born(0);
+    EXPECT_EQ(2, (ledger->behind(), ledger->dropped()));
+    note("a", 2);
+    ledger->sent(last);
+    commit();
+    EXPECT_EQ("1 2 3 4", history());
+    EXPECT_EQ(6, prove());
+}
+
+TEST_F(DeliveryLedgerTest, SendsHeldRowsFirstAlsoOfVeryManyTags)
+{
+    const int tags = 1200;
+    for (int i = 0; i < tags; ++i)
+        note(("b" + std::to_string(i)).c_str());
+    note("a");
+    commit();
+    ledger->born(last);
+    EXPECT_EQ(std::to_string(tags + 1), history("b", 500));
+    ledger->ended();
+    for (int i = 0; i < tags; ++i)
+        note(("b" + std::to_string(i)).c_str());
+    commit();
+    ledger->born(last);
+    EXPECT_EQ(std::to_string(tags + 1), history("b", 500));
+    const QStringList sent = QString::fromStdString(history("", 500)).split(QLatin1Char(' '));
+    EXPECT_EQ(2 * tags, sent.size());
+    std::map<int, int> places;
+    for (int place = 0; place < sent.size(); ++place)
+        places[sent[place].toInt()] = place;
+    EXPECT_EQ(size_t(2 * tags), places.size());
+    int outOfOrder = 0;
+    for (int row = 1; row <= tags; ++row)
+        outOfOrder += places[row] < places[row + tags + 1] ? 0 : 1;
+    EXPECT_EQ(0, outOfOrder);
+}
+
+TEST_F(DeliveryLedgerTest, OwesTheWholeHistoryWhenAByteOfTheCursorIsAnother)
+{
+    const int byteOfTop = 14 + 32 + 8 + 7;
+    ledger->born(0);
+    note("a", 4);
+    ledger->sent(last);
+    commit();
+    prove();
+    QFile file(fileName());
+    ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+    ASSERT_TRUE(file.seek(byteOfTop));
+    ASSERT_EQ(1, file.write("\x03", 1));
+    file.close();
+    testing::internal::CaptureStderr();
+    restart();
+    EXPECT_FALSE(testing::internal::GetCapturedStderr().empty());
+    commit();
+    ledger->born(0);
+    EXPECT_EQ("1 2 3 4", history());
 }
 
 TEST_F(DeliveryLedgerTest, OwesTheWholeHistoryWhenTheCursorIsMissing)
