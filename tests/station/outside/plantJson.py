@@ -79,8 +79,8 @@ class PlantJson(StationTest):
         self.control.command(f"set {STILL}=43")
         self.control.command("silent 1 off")
         topics.await_word(HERE, "online")
-        came = [payload if topic == HERE else payload["q"] for topic, payload, _ in topics.came[before:]
-                if topic.startswith("plc/")]
+        came = [payload if topic == HERE else payload["q"]
+                for topic, payload, _ in topics.came[before:]]
         behind = came[came.index("offline"):]
         self.assertIn("good", behind[:behind.index("online")], topics.came)
         topics.await_state("plc/still", 43)
