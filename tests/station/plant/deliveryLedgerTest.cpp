@@ -247,6 +247,7 @@ TEST_F(DeliveryLedgerTest, WaitsBehindARestartForTheFirstCommit)
     note("a", 3);
     commit();
     ledger->born(last);
+    EXPECT_EQ(3, ledger->behind());
     ledger->ended();
     restart();
     ledger->born(0);
@@ -493,13 +494,12 @@ TEST_F(DeliveryLedgerTest, SendsHeldRowsFirstAlsoOfVeryManyTags)
         note(("b" + std::to_string(i)).c_str());
     commit();
     ledger->born(last);
-    EXPECT_EQ(std::to_string(tags + 1), history("b", 500));
-    const QStringList sent = QString::fromStdString(history("", 500)).split(QLatin1Char(' '));
-    EXPECT_EQ(2 * tags, sent.size());
+    const QStringList sent = QString::fromStdString(history("", 5 * tags)).split(QLatin1Char(' '));
+    EXPECT_EQ(2 * tags + 1, sent.size());
     std::map<int, int> places;
     for (int place = 0; place < sent.size(); ++place)
         places[sent[place].toInt()] = place;
-    EXPECT_EQ(size_t(2 * tags), places.size());
+    EXPECT_EQ(size_t(2 * tags + 1), places.size());
     int outOfOrder = 0;
     for (int row = 1; row <= tags; ++row)
         outOfOrder += places[row] < places[row + tags + 1] ? 0 : 1;
