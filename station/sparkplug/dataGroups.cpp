@@ -22,7 +22,7 @@ void DataGroups::send(int device)
     const auto found = m_groups.find(device);
     if (found == m_groups.end() || found->empty()) return;
     std::vector<Metric> entries = std::exchange(*found, {});
-    if (m_order == BY_TIME) sortByTime(entries);
+    if (m_order == BY_TIME) entries = sortedByTime(std::move(entries));
     m_sent += entries.size();
     m_publisher.sendDevice("DDATA", m_metrics.devices()[size_t(device)].id, std::move(entries));
 }

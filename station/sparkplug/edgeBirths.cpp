@@ -3,6 +3,8 @@
 #include "sparkplug/edgeNames.h"
 
 #include <algorithm>
+#include <numeric>
+#include <utility>
 
 const char REBIRTH_METRIC[] = "Node Control/Rebirth";
 
@@ -33,10 +35,19 @@ Metric birthEntry(const QString& name, quint64 alias, MetricType type, const Met
 
 } // namespace
 
-void sortByTime(std::vector<Metric>& metrics)
+/// In the order of their times; those of one time stay as they were. What is sorted is the order: a
+/// metric is large.
+std::vector<Metric> sortedByTime(std::vector<Metric> metrics)
 {
-    std::stable_sort(metrics.begin(), metrics.end(),
-                     [](const Metric& a, const Metric& b) { return a.time < b.time; });
+    std::vector<size_t> order(metrics.size());
+    std::iota(order.begin(), order.end(), size_t(0));
+    std::stable_sort(order.begin(), order.end(),
+                     [&metrics](size_t a, size_t b) { return metrics[a].time < metrics[b].time; });
+    std::vector<Metric> sorted;
+    sorted.reserve(metrics.size());
+    for (const size_t at : order)
+        sorted.push_back(std::move(metrics[at]));
+    return sorted;
 }
 
 Metric dataEntry(quint64 alias, MetricType type, const MetricValue& value, QualityCode quality,
@@ -60,8 +71,7 @@ std::vector<Metric> nodeBirth(const NodeMetrics& node, quint8 birthSequence, qin
         metrics.push_back(
             birthEntry(own.name, own.alias, own.type, own.value, QualityCode::GOOD, own.time, now));
     }
-    sortByTime(metrics);
-    return metrics;
+    return sortedByTime(std::move(metrics));
 }
 
 std::vector<Metric> deviceBirth(const EdgeStation& station, qint64 now)
@@ -77,6 +87,5 @@ std::vector<Metric> deviceBirth(const EdgeStation& station, qint64 now)
                                      MetricType::STRING, station.outcome, QualityCode::GOOD,
                                      station.outcomeTime, now));
     }
-    sortByTime(metrics);
-    return metrics;
+    return sortedByTime(std::move(metrics));
 }

@@ -15,7 +15,7 @@ Metric dataEntry(quint64 alias, MetricType type, const MetricValue& value, Quali
                  qint64 time);
 
 /// Live entries stand in the order of their times. Entries of one time keep their order.
-void sortByTime(std::vector<Metric>& metrics);
+std::vector<Metric> sortedByTime(std::vector<Metric> metrics);
 
 /// The name of the metric by which a host asks for the births.
 extern const char REBIRTH_METRIC[];

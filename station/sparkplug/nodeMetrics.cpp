@@ -3,6 +3,8 @@
 #include "sparkplug/edgeBirths.h"
 #include "sparkplug/edgeNames.h"
 
+#include <utility>
+
 // Their aliases are 1 to 4; those of tags begin at FIRST_TAG_ALIAS.
 NodeMetrics::NodeMetrics(bool takesCommands, qint64 now)
 {
@@ -46,8 +48,7 @@ std::vector<Metric> NodeMetrics::takeNews()
         news.push_back(
             dataEntry(metric.alias, metric.type, metric.value, QualityCode::GOOD, metric.time));
     }
-    sortByTime(news);
-    return news;
+    return sortedByTime(std::move(news));
 }
 
 void NodeMetrics::wasBorn()
