@@ -537,7 +537,8 @@ TEST(EdgeNode, RowsOfTagsThatAreGoneAreCountedAsDropped)
     bench.passMs(1000);
     EXPECT_EQ(1, bench.node.standing().dropped);
     bool isTold = false;
-    for (const ReceivedMetric& metric : bench.all("NDATA").back().payload.metrics)
+    const Told last = bench.all("NDATA").back();
+    for (const ReceivedMetric& metric : last.payload.metrics)
         isTold = isTold || (metric.alias == 1u && metric.bits == 1); // Buffer/Dropped
     EXPECT_TRUE(isTold);
 }
