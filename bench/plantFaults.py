@@ -11,10 +11,13 @@ went out behind the last mark that the broker had acknowledged.
 Exit status: 0 nothing was wrong, 1 else.
 """
 
+import os
 import sys
 from pathlib import Path
 
-sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "tests" / "support"))
+PROJECT = Path(__file__).resolve().parents[1]
+os.environ["KAKB_PROGRAMS"] = str(PROJECT / "build" / "qt5" / "bin")
+sys.path.insert(0, str(PROJECT / "tests" / "support"))
 
 # pylint: disable=wrong-import-position
 from plantFaults import PlantFaults, summary
