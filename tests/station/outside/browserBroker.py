@@ -1,0 +1,56 @@
+"""The page's line that tells how the station stands with its broker."""
+
+from mosquittoBroker import MosquittoBroker
+from stationBrowser import BrowserTest
+
+LINE = "#broker-line"
+
+
+def dialect(name, state):
+    """The selector of a dialect in a state."""
+    return f"{LINE} [data-broker={name}][data-state={state}]"
+
+
+class BrowserBroker(BrowserTest):
+    """A station that publishes in both dialects."""
+
+    def station_arguments(self):
+        self.broker = self._keep(MosquittoBroker(self.folder))
+        return [*super().station_arguments(), "--mqtt", self.broker.url, "--mqtt-dialect",
+                "sparkplug,json"]
+
+    def awaits_dialects(self, state):
+        """Both dialects are shown in this state."""
+        for name in ("sparkplug", "json"):
+            self.awaits(lambda name=name: self.browser.all(dialect(name, state)),
+                        f"{name} is not {state}", 20)
+
+    def test_line_follows_the_broker(self):
+        self.browse(800, 480)
+        self.awaits_dialects("connected")
+        self.assertTrue(self.browser.one(LINE).is_displayed())
+        self.assertRegex(
+            self.browser.one(dialect("sparkplug", "connected")).text,
+            rf"^sparkplug: connected, {self.broker.url}, since [0-9:]+, behind by \d+, dropped 0$")
+        self.assertRegex(self.browser.one(dialect("json", "connected")).text,
+                         rf"^json: connected, {self.broker.url}, since [0-9:]+$")
+        self.broker.kill()
+        self.awaits(lambda: not self.browser.all(dialect("sparkplug", "connected")),
+                    "the line tells nothing of the broker's end")
+        self.awaits(lambda: "behind by 0" not in self.browser.one(
+            f"{LINE} [data-broker=sparkplug]").text, "nothing is behind", 20)
+        self.broker.start()
+        self.awaits_dialects("connected")
+        self.awaits(lambda: "behind by 0" in self.browser.one(
+            f"{LINE} [data-broker=sparkplug]").text, "it stays behind", 20)
+
+
+class BrowserWithoutBroker(BrowserTest):
+    """A station that publishes nothing."""
+
+    def test_there_is_no_line(self):
+        self.browse(800, 480)
+        self.awaits(lambda: self.browser.script(
+            "return performance.getEntriesByType('resource')"
+            ".some((entry) => entry.name.endsWith('/api/v1/plant'));"), "nobody asked")
+        self.assertFalse(self.browser.one(LINE).is_displayed())
