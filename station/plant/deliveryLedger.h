@@ -20,12 +20,16 @@
 /// A row is in one place at a time. Live rows have numbers until they are committed, then
 /// sequences:
 ///
-///     number   - sent() --> in flight ------+  committed     +--> LIVE --- proven --> the broker's
-///              - missed(), born() -> waiting +--------------> +--> OWED <- ended() -- LIVE, FLYING
-///     sequence   OWED --- owed(), its device is born, owedSent() ---> FLYING --- proven -->
-///     broker's
-///                OWED --- owed(), its device is not born --> HELD --- owed(), owedSent() -->
-///                FLYING OWED, HELD --- the history's cap, another file ---> dropped
+///   number    sent() ------> in flight --- committed --> LIVE
+///             missed(), born() -> waits -- committed --> OWED
+///
+///   sequence  LIVE ---- proven --> the broker's
+///             OWED ---- owed(), owedSent(), its device is born --> FLYING
+///             OWED ---- owed(), its device is not born --> HELD
+///             HELD ---- owed(), owedSent() --> FLYING
+///             FLYING -- proven --> the broker's
+///             LIVE, FLYING -- ended() --> OWED
+///             OWED, HELD ---- the history's cap, another file --> dropped
 ///
 /// Invariants:
 /// - What is stored names each row that is OWED, HELD, LIVE or FLYING, or has it behind its top: a
