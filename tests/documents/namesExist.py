@@ -12,10 +12,11 @@ LINK = re.compile(r"\[[^\]]*\]\(([^)#]+)(?:#[^)]*)?\)")
 CODE = re.compile(r"(?<!`)`([^`\n]+)`(?!`)")
 FILE = re.compile(r"[\w.-]+(?:/[\w.*-]+)+/?|[\w-]+\.(?:md|sh|py|cpp|h|csv|txt)")
 FOLDERS = ("", "docs", "tests", "tests/unit", "scripts", "simulator", "include", "line/wire", "line/exchange")
-# Not of this tree: what a build makes, what an installed tree has, what is on other machines, and what
-# stands for something else.
+# Not of this tree: what a build makes, what an installed tree has, what is on other machines, what
+# stands for something else, and topics and metrics of MQTT.
 ELSEWHERE = re.compile(
-    r"build/|(lib/)?quorvane-ka-kb/|/|RECORD|tags\.csv$|recipe\.csv$|history\.csv$|application/")
+    r"build/|(lib/)?quorvane-ka-kb/|/|RECORD|tags\.csv$|recipe\.csv$|history\.csv$|application/|"
+    r"spBv1\.0/|kakb/|Buffer/|Commands/")
 
 
 class Tree:

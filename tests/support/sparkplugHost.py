@@ -58,9 +58,9 @@ class SparkplugHost:
         self.client.loop_stop()
 
     def send(self, kind, payload, device=None, retain=False):
-        """Publishes a command."""
+        """Publishes a command. When this returns, the broker has what it is to keep."""
         topic = f"spBv1.0/{self.group}/{kind}/{self.node}" + (f"/{device}" if device else "")
-        self.client.publish(topic, payload, retain=retain).wait_for_publish()
+        self.client.publish(topic, payload, 1 if retain else 0, retain).wait_for_publish()
 
     def await_that(self, condition, seconds=PATIENCE_S):
         """Waits until a condition on this host is true; fails when it never is."""
