@@ -41,9 +41,7 @@ class PlantFaults:
         rows = [f"w{word},1,MW,{2 * word},uint16" for word in range(TAGS)]
         (folder / "tags.csv").write_text(
             "\n".join(["name,station,area,address,type", *rows]) + "\n", encoding="utf-8")
-        self.broker = MosquittoBroker(folder)
-        self.relay = TcpRelay(("127.0.0.1", self.broker.port))
-        self.host = SparkplugHost(self.broker.port, keep=False)
+        self.servers = self._open_broker()
         self.cuts = []  # when a session may have ended, on time.time()
         self.station = self._started()
 
@@ -69,14 +67,25 @@ class PlantFaults:
         """Ends all programs."""
         self.host.close()
         self.station.close()
-        self.relay.close()
-        self.broker.close()
+        self._close_broker()
         self.plc.close()
 
+    def _open_broker(self):
+        """Starts the broker and its host; returns the servers of the station."""
+        self.broker = MosquittoBroker(self.folder)
+        self.relay = TcpRelay(("127.0.0.1", self.broker.port))
+        self.host = SparkplugHost(self.broker.port, keep=False)
+        return [f"mqtt://127.0.0.1:{self.relay.port}"]
+
+    def _close_broker(self):
+        self.relay.close()
+        self.broker.close()
+
     def _started(self):
+        servers = [argument for server in self.servers for argument in ("--mqtt", server)]
         return Station([self.programs / "kakb-station", "--listen", "127.0.0.1:0", "--tags",
                         "tags.csv", "--link", self.plc.link, "--pace", f"{CHANGE_MS}ms", "--state",
-                        "state", "--mqtt", f"mqtt://127.0.0.1:{self.relay.port}"], self.folder)
+                        "state", *servers], self.folder)
 
     def _pause(self):
         time.sleep(self.random.choice([0.01, 0.1, 1, 3]) * self.random.uniform(0.5, 1))
