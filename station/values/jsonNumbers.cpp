@@ -1,10 +1,12 @@
 #include "values/jsonNumbers.h"
 
-#include <cmath>
+#include <algorithm>
+#include <charconv>
+#include <system_error>
 
 namespace {
 
-enum { LONGEST_SHOWN = 40 };
+enum { LONGEST_SHOWN = 40, MOST_EXPONENT = 1000000000 };
 
 /// As short as the shortest number beyond a double, `2e308`.
 const char BEYOND_DOUBLE_TEXT[] = "1e308";
@@ -66,13 +68,42 @@ private:
     int m_at = 0;
 };
 
-/// A number that QJsonDocument takes, of the same length.
+/// The exponent of a number behind its digits, at most MOST_EXPONENT in size.
+qint64 exponentOf(const QByteArray& number)
+{
+    const int begin = int(number.toLower().indexOf('e')) + 1;
+    if (begin == 0) return 0;
+    qint64 exponent = 0;
+    for (const char sign : number.mid(begin))
+        if (isDigit(sign)) exponent = std::min<qint64>(exponent * 10 + (sign - '0'), MOST_EXPONENT);
+    return number.at(begin) == '-' ? -exponent : exponent;
+}
+
+/// Whether a number that is not 0 is 1 or more in size, by the place of its first digit.
+bool isLarge(const QByteArray& number)
+{
+    qint64 place = exponentOf(number); // the number is 0.D times ten to its power, D not 0
+    bool hasBegun = false, isFraction = false;
+    for (const char sign : number) {
+        if (sign == 'e' || sign == 'E') break;
+        if (sign == '.') isFraction = true;
+        if (!isDigit(sign)) continue;
+        hasBegun = hasBegun || sign != '0';
+        if (hasBegun && !isFraction) ++place;
+        if (!hasBegun && isFraction) --place;
+    }
+    return place > 0;
+}
+
+/// A number that QJsonDocument takes, of the same length. What toDouble() tells of a number that no
+/// double holds differs between the versions of Qt.
 QByteArray readable(const QByteArray& number)
 {
-    bool fitsDouble = false;
-    const double value = number.toDouble(&fitsDouble);
-    if (fitsDouble && !std::isinf(value)) return number;
-    QByteArray other = std::isinf(value) ? BEYOND_DOUBLE_TEXT : "0";
+    double value = 0;
+    const char* const end = number.constData() + number.size();
+    const auto read = std::from_chars(number.constData(), end, value);
+    if (read.ec != std::errc::result_out_of_range) return number;
+    QByteArray other = isLarge(number) ? BEYOND_DOUBLE_TEXT : "0";
     if (number.startsWith('-')) other.prepend('-');
     return other.leftJustified(number.size(), ' ');
 }

@@ -46,6 +46,9 @@ TEST(JsonNumbers, BeyondADoubleStayAsLargeAsTheyCan)
     EXPECT_EQ("[1e308]", readableOf("[2e308]"));
     EXPECT_EQ("[-1e308]", readableOf("[-1E999]"));
     EXPECT_EQ("[1e308         ,5]", readableOf("[1000000.0e1000,5]"));
+    EXPECT_EQ("[1e308" + std::string(402, ' ') + "]",
+              readableOf("[0." + QByteArray(400, '0') + "1e999]"));
+    EXPECT_EQ("[1e308                    ]", readableOf("[1e+9999999999999999999999]"));
     EXPECT_EQ("[1e308" + std::string(395, ' ') + "]", readableOf('[' + QByteArray(400, '9') + ']'));
 }
 
@@ -53,6 +56,11 @@ TEST(JsonNumbers, BelowTheLeastDoubleAreZero)
 {
     EXPECT_EQ("[0     ,1]", readableOf("[1e-400,1]"));
     EXPECT_EQ("[-0       ]", readableOf("[-0.1e-400]"));
+    EXPECT_EQ("[0" + std::string(408, ' ') + "]",
+              readableOf("[0." + QByteArray(400, '0') + "1e-9999]"));
+    EXPECT_EQ("[0" + std::string(405, ' ') + "]",
+              readableOf("[1" + QByteArray(400, '0') + "e-800]"));
+    EXPECT_EQ("[0                        ]", readableOf("[1e-9999999999999999999999]"));
 }
 
 TEST(JsonNumbers, AreNotSoughtInTexts)
