@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 namespace {
 
@@ -132,7 +133,7 @@ void MosquittoSession::lookAfter()
 /// Each event may end the session, and begin another one.
 void MosquittoSession::tellEvents()
 {
-    if (!m_failure.isEmpty()) return tellEnd(m_failure);
+    if (!m_failure.isEmpty()) return tellEnd(std::exchange(m_failure, QString()));
     if (isNextDue()) return; // the end of a try is not that of the session
     while (m_client && !m_client->events().empty()) {
         const ClientEvent event = m_client->events().front();
@@ -157,8 +158,8 @@ void MosquittoSession::tell(const ClientEvent& event)
     }
 }
 
-/// @param reason  a copy: close() clears m_failure
-void MosquittoSession::tellEnd(QString reason)
+/// @param reason  not m_failure, which close() clears
+void MosquittoSession::tellEnd(const QString& reason)
 {
     close();
     m_listener->ended(reason, m_isConnectSent);

@@ -55,7 +55,7 @@ private:
     void lookAfter();
     void tellEvents();
     void tell(const ClientEvent& event);
-    void tellEnd(QString reason);
+    void tellEnd(const QString& reason);
     void close();
 
     const ClientSettings m_settings;
