@@ -88,6 +88,6 @@ class BrowserReload(BrowserTest):
         self.awaits(lambda: self.browser.all("[data-writes=refused]"), "writing seems allowed")
         self.awaits(lambda: self.links_offered() == ["plc"], "the link that went is offered")
         self.view("values")
-        self.assertEqual([], self.browser.all("[data-edit]"))
-        self.assertEqual("good", self.quality("setpoint"))
+        self.awaits(lambda: not self.browser.all("[data-edit]"), "writing is offered")
+        self.awaits(lambda: self.quality("setpoint") == "good", "not good")
         self.nothing_went_wrong()

@@ -20,7 +20,7 @@ slope,1,MW,100,int16,rw
 """
 STEP_S = 0.4
 STEPS = 8
-NEAR_MS = 50  # of two times that a screen's pixel tells
+NEAR_MS = 200  # of the cursor's time and that of the value it shows; a step takes 500 ms
 
 
 class BrowserTrends(BrowserTest):
@@ -101,9 +101,10 @@ class BrowserTrends(BrowserTest):
             if speed == "—":
                 continue
             self.assertEqual((str(int(speed) + SECOND_WORD * 65536), speed), (total, slope))
-            near = {value for at, value in rows if abs(at - moment) <= NEAR_MS}
-            before = [value for at, value in rows if at <= moment]
-            self.assertIn(speed, near | set(before[-1:]))
+            ends = [at for at, _ in rows[1:]] + [moment + NEAR_MS]
+            held = {value for (at, value), until in zip(rows, ends)
+                    if at <= moment + NEAR_MS and until >= moment - NEAR_MS}
+            self.assertIn(speed, held)
             clock = datetime.fromtimestamp(moment / 1000).strftime("%H:%M:%S")
             self.assertEqual(clock, self.browser.text(".cursor-time"))
             seen.add(int(speed))
