@@ -79,7 +79,7 @@ public:
     /// The mark that can be published now; empty: it would prove no more than the last one.
     std::optional<Mark> nextMark();
 
-    /// The broker acknowledged a mark of this session: the cursor moves and is stored.
+    /// The broker acknowledged a mark of the MQTT session: the cursor moves and is stored.
     void proven(const Mark& mark);
 
     /// The next rows to be sent as history, oldest first, at most `most`. They count as sent by
@@ -160,7 +160,7 @@ private:
     qint64 m_firstNumber = -1; ///< of the position that was seen last; -1: none was
 
     qint64 m_topTime = 0;     ///< of the cursor's top
-    qint64 m_historyTime = 0; ///< of the last row of history in this session
+    qint64 m_historyTime = 0; ///< of the last row of history in the MQTT session
     std::deque<Sent> m_marks;
     quint64 m_orders = 0;
     Sent m_lastMark;

@@ -13,7 +13,7 @@ struct EdgeMetric
     Tag tag;
     quint64 alias = 0;
     MetricType type = MetricType::UINT16;
-    bool isInBirth = false; ///< of its device, in this session
+    bool isInBirth = false; ///< of its device, in the MQTT session
 
     MetricValue value; ///< monostate: never read
     QualityCode quality = QualityCode::BAD;

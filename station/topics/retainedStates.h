@@ -79,7 +79,7 @@ private:
         bool answers = false;
         bool wasGood = false; ///< a value was good since it answers
         bool isDue = false;
-        std::optional<bool> said; ///< in this session: whether it is online
+        std::optional<bool> said; ///< in the MQTT session: whether it is online
         quint64 onlineBehind = 0; ///< the number of an entry of the queue
 
         bool isOnline() const
@@ -141,7 +141,7 @@ private:
     std::deque<Entry> m_queue;
     quint64 m_lastEntry = 0;
     std::set<QString> m_unused;         ///< topics that the broker may still hold
-    std::map<int, QString> m_clearings; ///< by request, of this session
+    std::map<int, QString> m_clearings; ///< by request, of the MQTT session
     bool m_isStatusOut = false;
 };
 

@@ -39,7 +39,7 @@ void hasNoTypes(const Told& told)
         EXPECT_FALSE(metric.type);
 }
 
-/// A time of this session's day, in milliseconds, and none of the future.
+/// A time of the recorded day, in milliseconds, and none of the future.
 void hasMetricTimes(const Told& told)
 {
     for (const ReceivedMetric& metric : told.payload.metrics) {

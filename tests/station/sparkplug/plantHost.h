@@ -70,8 +70,8 @@ private:
     int m_session = 0;
     quint64 m_will = 999;
     quint64 m_lastSeq = 0;
-    bool m_isDying = false;      ///< its NDEATH came: nothing may follow in this session
-    bool m_isFirst = true;       ///< nothing was published in this session
+    bool m_isDying = false;      ///< its NDEATH came: nothing may follow in the MQTT session
+    bool m_isFirst = true;       ///< nothing was published in the MQTT session
     std::set<quint64> m_aliases; ///< of the births since the last NBIRTH
     std::set<quint64> m_nodeAliases;
 };

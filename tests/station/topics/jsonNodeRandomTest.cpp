@@ -170,7 +170,7 @@ private:
     std::mt19937 m_random;
     Expected m_expected;
     std::map<std::string, std::string> m_retained; ///< at the broker
-    std::set<std::string> m_stated;                ///< topics with a state in this session
+    std::set<std::string> m_stated;                ///< topics with a state in the MQTT session
     size_t m_checked = 0, m_carried = 0, m_ended = 0;
     int m_lastSet = 0, m_session = 0;
     std::set<int> m_valid, m_results;

@@ -123,7 +123,7 @@ protected:
     RecordedCommands commands;
     const JsonNodeSettings settings;
     std::unique_ptr<JsonNode> node;
-    size_t told = 0; ///< messages of this session
+    size_t told = 0; ///< messages of the MQTT session
 };
 
 #endif
