@@ -43,9 +43,12 @@ class PlantLinks:
             "\n".join(["name,station,area,address,type,rate", *rows]) + "\n", encoding="utf-8")
         signals = [argument for number in range(tags) for argument in
                    ("--signal", f"1:MW:{FIRST_MARKER + number}:counter:1000:60000")]
+        # The client of the host waits by select(), which takes descriptors below 1024 only: it comes
+        # before the PLCs.
+        self.broker = MosquittoBroker(folder)
+        self.host = SparkplugHost(self.broker.port, keep=False)
         self.plcs = [Program([PROGRAMS / "kakb-sim", "--tcp", "0", *signals], folder)
                      for _ in range(links)]
-        self.broker = MosquittoBroker(folder)
         config = ['listen = "127.0.0.1:0"', 'state = "state"', "[mqtt]",
                   f'servers = ["{self.broker.url}"]']
         for number, plc in enumerate(self.plcs):
@@ -53,7 +56,6 @@ class PlantLinks:
             config += ["[[link]]", f'name = "plc {number}"', f'link = "{plc.lines[0]}"',
                        'tags = "tags.csv"', "timeout_ms = 200"]
         (folder / "station.toml").write_text("\n".join(config) + "\n", encoding="utf-8")
-        self.host = SparkplugHost(self.broker.port, keep=False)
         self.began = time.monotonic()
         self.run = Program([PROGRAMS / "kakb-station", "--config", "station.toml"], folder)
 
