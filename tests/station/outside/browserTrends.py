@@ -20,7 +20,8 @@ slope,1,MW,100,int16,rw
 """
 STEP_S = 0.4
 STEPS = 8
-NEAR_MS = 200  # of the cursor's time and that of the value it shows; a step takes 500 ms
+NEAR_MS = 30  # a bucket of the history, and two pixels; a step takes 500 ms
+NEAR_PX = 2
 
 
 class BrowserTrends(BrowserTest):
@@ -83,6 +84,17 @@ class BrowserTrends(BrowserTest):
         """The time at a place of the plots."""
         return self.browser.script(PLOTS + "return plots()[0].toDataXCoord(arguments[0]);", x)
 
+    def cursor_at(self, x):
+        """Moves the mouse to a place of a plot; waits until the page has its cursor there."""
+        self.pointer(x)
+        self.awaits(lambda: abs(self.cursor_place() - x) <= NEAR_PX, f"no cursor at {x}")
+
+    def cursor_place(self):
+        """The place of the page's cursor, from the left edge of a plot."""
+        return self.browser.script("""
+const place = (selector) => document.querySelector(selector).getBoundingClientRect().left;
+return place(".cursor-line") - place("[data-lane=speed] .plot");""")
+
     def test_cursor_shows_the_values_of_all_plots_at_one_time(self):
         self.open_trends()
         begin, end = self.step_up()
@@ -95,7 +107,7 @@ class BrowserTrends(BrowserTest):
         rows = rows_of(self.address(), "speed", begin - 60, end)  # one holds at the begin
         seen = set()
         for x in range(80, 1200, 40):
-            self.pointer(x)
+            self.cursor_at(x)
             moment = self.time_at(x)
             speed, total, slope = (self.lane_value(tag) for tag in ("speed", "total", "slope"))
             if speed == "—":
