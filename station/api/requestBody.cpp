@@ -17,7 +17,7 @@ namespace {
 QJsonObject requestObject(const QByteArray& body, KnownKeys keys)
 {
     const StrangersJson read = strangersObject(body);
-    if (!read.problem.isEmpty()) refuse(read.problem);
+    if (!read.problem.isEmpty()) refuse(QLatin1String("the body ") + read.problem);
     mustHaveOnly(read.object, keys, QLatin1String("the request"));
     return read.object;
 }

@@ -135,7 +135,8 @@ std::optional<HttpResponse> GuardedRoutes::guessRefusal(const QByteArray& shown,
 HttpResponse GuardedRoutes::login(const HttpRequest& request)
 {
     const StrangersJson read = strangersObject(request.body);
-    if (!read.problem.isEmpty()) return errorResponse(400, read.problem);
+    if (!read.problem.isEmpty())
+        return errorResponse(400, QLatin1String("the body ") + read.problem);
     const QJsonValue shown = read.object.value(QLatin1String("token"));
     if (!shown.isString()) return errorResponse(400, QStringLiteral("the body has no token"));
     const auto now = access();

@@ -1,31 +1,22 @@
 #include "sparkplug/hostState.h"
 
-#include "values/jsonKeys.h"
-
-#include <QJsonDocument>
-#include <QJsonObject>
-
-#include <cmath>
+#include "values/jsonNumbers.h"
+#include "values/strangersJson.h"
 
 namespace {
 
 enum { LONGEST_STATE = 4096 };
 
-/// Whole numbers up to here are exact in JSON's doubles.
-const double LAST_TIME = 9007199254740992.0;
-
 } // namespace
 
 std::optional<HostStatement> hostStatement(const QByteArray& payload)
 {
-    if (payload.size() > LONGEST_STATE || !jsonKeyProblem(payload).isEmpty()) return std::nullopt;
-    const QJsonObject state = QJsonDocument::fromJson(payload).object();
+    if (payload.size() > LONGEST_STATE) return std::nullopt;
+    const QJsonObject state = strangersObject(payload).object;
     const QJsonValue online = state.value(QLatin1String("online"));
-    const QJsonValue timestamp = state.value(QLatin1String("timestamp"));
-    if (!online.isBool() || !timestamp.isDouble()) return std::nullopt;
-    const double time = timestamp.toDouble();
-    if (!(time >= 0) || time > LAST_TIME || std::floor(time) < time) return std::nullopt;
-    return HostStatement{online.toBool(), qint64(time)};
+    const std::optional<qint64> time = wholeNumber(state.value(QLatin1String("timestamp")));
+    if (!online.isBool() || !time || *time < 0) return std::nullopt;
+    return HostStatement{online.toBool(), *time};
 }
 
 HostState::HostState(const QString& host)

@@ -1,21 +1,14 @@
 #include "topics/setRequest.h"
 
 #include "plan/tagValue.h"
-#include "values/jsonKeys.h"
+#include "values/jsonNumbers.h"
 #include "values/jsonText.h"
+#include "values/strangersJson.h"
 #include "values/writtenValue.h"
-
-#include <QJsonDocument>
-#include <QJsonObject>
-
-#include <cmath>
 
 namespace {
 
 enum { LONGEST_ID = 256 };
-
-/// Beyond it, JSON's readers do not agree on whole numbers (RFC 8259, 6).
-const double MOST_EXACT = 0x1p53 - 1;
 
 QString text(const char* latin1)
 {
@@ -25,40 +18,29 @@ QString text(const char* latin1)
 QString objectProblem(const QByteArray& payload, QJsonObject& object)
 {
     if (payload.size() > SetRequest::LONGEST) return text("it is too long");
-    if (QString::fromUtf8(payload).toUtf8() != payload) return text("it is not UTF-8");
-    const QString keyProblem = jsonKeyProblem(payload);
-    if (!keyProblem.isEmpty()) return keyProblem;
-    QJsonParseError error = {};
-    const QJsonDocument document = QJsonDocument::fromJson(payload, &error);
-    if (error.error != QJsonParseError::NoError) return text("it is not JSON");
-    if (!document.isObject()) return text("it is no JSON object");
-    object = document.object();
+    const StrangersJson read = strangersObject(payload);
+    if (!read.problem.isEmpty()) return text("it ") + read.problem;
+    object = read.object;
     return QString();
-}
-
-bool isWhole(double number)
-{
-    return std::fabs(number) <= MOST_EXACT && std::trunc(number) == number;
 }
 
 QString takeId(const QJsonValue& id, SetRequest& request)
 {
     if (id.isUndefined() || id.isNull()) return QString();
     const bool isShort = id.isString() && id.toString().size() <= LONGEST_ID;
-    if (!isShort && !(id.isDouble() && isWhole(id.toDouble())))
+    const std::optional<qint64> number = wholeNumber(id);
+    if (!isShort && !number)
         return text("\"id\" is no whole number and no text of up to 256 characters");
     JsonText json;
-    request.id =
-        (isShort ? json.text(id.toString()) : json.integer(qint64(id.toDouble()))).document();
+    request.id = (isShort ? json.text(id.toString()) : json.integer(*number)).document();
     return QString();
 }
 
 QString takeExpires(const QJsonValue& expires, SetRequest& request)
 {
     if (expires.isUndefined() || expires.isNull()) return QString();
-    if (!expires.isDouble() || !isWhole(expires.toDouble()))
-        return text("\"expires\" is no time in milliseconds since 1970");
-    request.expires = qint64(expires.toDouble());
+    request.expires = wholeNumber(expires);
+    if (!request.expires) return text("\"expires\" is no time in milliseconds since 1970");
     return QString();
 }
 

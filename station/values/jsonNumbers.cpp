@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <system_error>
 
 namespace {
@@ -155,4 +156,12 @@ JsonNumbers jsonNumbersOf(const QByteArray& json)
         at = end;
     }
     return numbers;
+}
+
+std::optional<qint64> wholeNumber(const QJsonValue& value)
+{
+    const double number = value.toDouble();
+    const bool isWhole = std::fabs(number) <= MOST_EXACT && std::trunc(number) == number;
+    if (!value.isDouble() || !isWhole) return std::nullopt;
+    return qint64(number);
 }

@@ -2,7 +2,10 @@
 #define JSON_NUMBERS_H
 
 #include <QByteArray>
+#include <QJsonValue>
 #include <QString>
+
+#include <optional>
 
 /// A JSON text whose numbers QJsonDocument reads as JSON means them, or why there is none.
 struct JsonNumbers
@@ -20,5 +23,11 @@ JsonNumbers jsonNumbersOf(const QByteArray& json);
 
 /// A number from here on fits no type of a tag, and may stand for one that no double can hold.
 const double BEYOND_DOUBLE = 1e308;
+
+/// Beyond it, readers of JSON do not agree on whole numbers (RFC 8259, 6).
+const double MOST_EXACT = 0x1p53 - 1;
+
+/// A number without a fraction, up to MOST_EXACT in size; empty: the value is none.
+std::optional<qint64> wholeNumber(const QJsonValue& value);
 
 #endif

@@ -19,9 +19,6 @@ const double LARGEST_FLOAT = double(std::numeric_limits<float>::max());
 /// float is infinite (IEEE 754-2008, 4.3.1).
 const double LEAST_INFINITE = LARGEST_FLOAT + 0x1p103;
 
-/// Larger numbers fit no type, and are perhaps not those that the client wrote.
-const double MOST_WHOLE = 0x1p53;
-
 std::optional<float> nearestFloat(double number)
 {
     if (!(std::fabs(number) < LEAST_INFINITE)) return std::nullopt;
@@ -30,18 +27,18 @@ std::optional<float> nearestFloat(double number)
     return float(number);
 }
 
-/// The text of a whole number; empty: it is none.
-QString wholeText(double number)
+/// The text of a whole number; empty: it is none, or fits no type.
+QString wholeText(const QJsonValue& value)
 {
-    const bool isWhole = std::fabs(number) <= MOST_WHOLE && std::trunc(number) == number;
-    return isWhole ? QString::number(qint64(number)) : QString();
+    const std::optional<qint64> number = wholeNumber(value);
+    return number ? QString::number(*number) : QString();
 }
 
 std::optional<QByteArray> bytesOf(const Tag& tag, const QJsonValue& value)
 {
     if (tag.isBit() && value.isBool()) return QByteArray(1, value.toBool() ? 1 : 0);
     if (!value.isDouble()) return std::nullopt;
-    if (tag.type != Tag::FLOAT32) return tagValueBytes(tag, wholeText(value.toDouble()));
+    if (tag.type != Tag::FLOAT32) return tagValueBytes(tag, wholeText(value));
     const std::optional<float> number = nearestFloat(value.toDouble());
     if (!number) return std::nullopt;
     return tagFloatBytes(tag, *number);

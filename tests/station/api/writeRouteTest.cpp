@@ -1,4 +1,5 @@
 #include "apiFixture.h"
+#include "values/numberTexts.h"
 
 namespace {
 
@@ -31,7 +32,8 @@ TEST_F(WriteRoute, RefusesWhatIsNotJson)
          {QByteArray(), QByteArray("level=1"), QByteArray("{"), QByteArray("\0{}", 3),
           QByteArray(R"({"link":"left","tag":"level","value":NaN})"),
           QByteArray(R"({"link":"left","tag":"level","value":01})"),
-          QByteArray(R"({"link":"left","tag":"level","value":1}x)"),
+          QByteArray(R"({"link":"left","tag":"level","value":1}x)"), QByteArray("\xef\xbb\xbf{}"),
+          QByteArray("{\"link\":\"\\\xa5\"}"),
           QByteArray("{\"link\":\"\xff\xfe\",\"tag\":\"level\",\"value\":1}")}) {
         const std::string summary = written(body);
         EXPECT_EQ(0u, summary.find("400 the body is not JSON: ")) << body.left(50).constData();
@@ -60,6 +62,31 @@ TEST_F(WriteRoute, RefusesAValueThatDoesNotFitWithTheRange)
               written(R"({"link":"right","tag":"pump","value":2})"));
     EXPECT_EQ("422 a text does not fit bool: 0, 1, true or false",
               written(R"({"link":"right","tag":"pump","value":"1"})"));
+}
+
+TEST_F(WriteRoute, JudgesANumberAsASetOfMqttDoes)
+{
+    std::vector<std::future<HttpResponse>> taken;
+    for (const NumberText& number : NUMBER_TEXTS) {
+        std::future<HttpResponse> answer =
+            posted("/api/v1/write",
+                   QByteArray(R"({"link":"left","tag":"level","value":)") + number.text + '}');
+        if (number.verdict == NumberText::FITS) {
+            taken.push_back(std::move(answer));
+            continue;
+        }
+        const std::string summary = summaryOf(answer.get());
+        if (number.verdict == NumberText::NOT_JSON)
+            EXPECT_EQ(std::string("400 the body is not JSON: the number ") + number.text +
+                          " is not JSON",
+                      summary);
+        else
+            EXPECT_EQ(0u, summary.find("422 a number of this size does not fit float32"))
+                << summary;
+    }
+    m_links.find(QLatin1String("left"))->stop(QLatin1String("the test ended"));
+    for (std::future<HttpResponse>& answer : taken)
+        EXPECT_EQ(200, answer.get().status);
 }
 
 TEST_F(WriteRoute, RefusesAKeyThatStandsTwice)

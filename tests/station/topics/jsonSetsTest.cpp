@@ -1,4 +1,5 @@
 #include "topics/jsonNodeRoom.h"
+#include "values/numberTexts.h"
 
 // The sets of the JSON dialect: each has one result, and the old ones are never executed.
 
@@ -92,6 +93,25 @@ TEST_F(JsonSetsTest, ThatDoNotFitAreRefusedUnsent)
     EXPECT_EQ(QLatin1String("kakb/hall 1/left/count"), commands.refusals[0].what);
     EXPECT_EQ("65535.5 does not fit uint16: 0 to 65535", commands.refusals[0].reason.toStdString());
     EXPECT_EQ("mqtt://a:1883 kakb/hall 1/left/count/set", commands.refusals[0].from.toStdString());
+}
+
+TEST_F(JsonSetsTest, JudgeANumberAsAWriteOfTheApiDoes)
+{
+    for (const NumberText& number : NUMBER_TEXTS) {
+        commands.writes.clear();
+        commands.refusals.clear();
+        set(level(), (std::string("{\"v\":") + number.text + '}').c_str());
+        EXPECT_EQ(number.verdict == NumberText::FITS ? 1u : 0u, commands.writes.size())
+            << number.text;
+        if (number.verdict == NumberText::FITS) continue;
+        ASSERT_EQ(1u, commands.refusals.size()) << number.text;
+        const std::string reason = commands.refusals[0].reason.toStdString();
+        if (number.verdict == NumberText::NOT_JSON)
+            EXPECT_EQ(std::string("it is not JSON: the number ") + number.text + " is not JSON",
+                      reason);
+        else
+            EXPECT_EQ(0u, reason.find("a number of this size does not fit float32")) << reason;
+    }
 }
 
 TEST_F(JsonSetsTest, ThatWereRetainedAreNeverExecuted)

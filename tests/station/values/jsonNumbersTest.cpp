@@ -80,3 +80,13 @@ TEST(JsonNumbers, SurviveWhatIsNoJson)
     EXPECT_EQ("the number " + std::string(40, '0') + " is not JSON",
               problemOf(QByteArray(60000, '0')));
 }
+
+TEST(JsonNumbers, AreWholeWithoutAFractionAndWhereAllReadersAgree)
+{
+    EXPECT_EQ(5, wholeNumber(QJsonValue(5.0)));
+    EXPECT_EQ(-9007199254740991, wholeNumber(QJsonValue(-9007199254740991.0)));
+    for (const QJsonValue& none :
+         {QJsonValue(5.5), QJsonValue(9007199254740992.0), QJsonValue(BEYOND_DOUBLE),
+          QJsonValue(true), QJsonValue(QLatin1String("5")), QJsonValue()})
+        EXPECT_EQ(std::nullopt, wholeNumber(none));
+}
