@@ -117,5 +117,5 @@ QString EdgeTopics::ofDevice(const char* kind, const QString& device) const
 
 QString EdgeTopics::mark() const
 {
-    return QString(QLatin1String("kakb/%1/%2/mark")).arg(m_group, m_node);
+    return QString(QLatin1String("kakb-mark/%1/%2")).arg(m_group, m_node);
 }

@@ -17,8 +17,8 @@ QStringList metricNameProblems(const std::vector<EdgeDevice>& devices);
 ///
 ///     spBv1.0/GROUP/KIND/NODE             of the node
 ///     spBv1.0/GROUP/KIND/NODE/DEVICE      of a device
-///     kakb/GROUP/NODE/mark                proves what the broker has; nothing of our own may stand
-///                                         below spBv1.0/
+///     kakb-mark/GROUP/NODE                proves what the broker has; nothing of our own may stand
+///                                         below spBv1.0/, and kakb/ is the JSON dialect's
 class EdgeTopics
 {
 public:

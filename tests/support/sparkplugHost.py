@@ -88,13 +88,13 @@ class SparkplugHost:
 
     def _connected(self, client, *_):
         client.subscribe([(f"spBv1.0/{self.group}/+/{self.node}/#", 1),
-                          (f"kakb/{self.group}/{self.node}/mark", 1)])
+                          (f"kakb-mark/{self.group}/{self.node}", 1)])
 
     def _came(self, _, __, message):
         came = time.time()
         levels = message.topic.split("/")
         with self.lock:
-            if levels[0] == "kakb":
+            if levels[0] == "kakb-mark":
                 self.marks.append((came, json.loads(message.payload)))
             elif levels[2] not in ("NCMD", "DCMD"):
                 self._take(levels[2], "/".join(levels[4:]), message, came)

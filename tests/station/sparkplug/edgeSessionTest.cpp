@@ -39,7 +39,7 @@ struct Kept : EdgeBench
     {
         std::vector<Told> found;
         for (const Told& told : session.told) {
-            if (told.message.topic == QLatin1String("kakb/works/station/mark"))
+            if (told.message.topic == QLatin1String("kakb-mark/works/station"))
                 found.push_back(told);
         }
         return found;

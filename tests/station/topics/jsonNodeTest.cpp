@@ -1,4 +1,6 @@
+#include "sparkplug/edgeNames.h"
 #include "topics/jsonNodeRoom.h"
+#include "topics/jsonTopics.h"
 
 // The session, the states and the availability of the JSON dialect. The clock stands at
 // 1700000000000 ms.
@@ -25,6 +27,17 @@ TEST_F(JsonNodeTest, SubscribesToSetsBeforeItPublishes)
     session.grant();
     turns();
     EXPECT_FALSE(session.published.empty());
+}
+
+// A tag "mark" of a link that has the name of an edge node, on a node that has the name of its
+// group.
+TEST_F(JsonNodeTest, HasNoTopicOfAMarkWhateverTheNamesAre)
+{
+    const QString root = JsonTopics(QString(), {}).status().section(QLatin1Char('/'), 0, 0);
+    for (const char* const group : {"works", "kakb", "a/b"}) {
+        const QString mark = EdgeTopics(QString::fromUtf8(group), QLatin1String("n")).mark();
+        EXPECT_NE(root, mark.section(QLatin1Char('/'), 0, 0)) << mark.toStdString();
+    }
 }
 
 TEST_F(JsonNodeTest, PublishesStatesThenAvailabilityThenItsStatus)
