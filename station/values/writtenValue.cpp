@@ -19,12 +19,13 @@ const double LARGEST_FLOAT = double(std::numeric_limits<float>::max());
 /// float is infinite (IEEE 754-2008, 4.3.1).
 const double LEAST_INFINITE = LARGEST_FLOAT + 0x1p103;
 
+/// Never -0: not all readers of JSON tell it from 0, so it would depend on the way that it took.
 std::optional<float> nearestFloat(double number)
 {
     if (!(std::fabs(number) < LEAST_INFINITE)) return std::nullopt;
     if (std::fabs(number) > LARGEST_FLOAT) // the conversion would be undefined
         return float(std::copysign(LARGEST_FLOAT, number));
-    return float(number);
+    return float(number) + 0.0F;
 }
 
 /// The text of a whole number; empty: it is none, or fits no type.

@@ -111,7 +111,10 @@ TEST(WrittenValue, OfAFloatIsTheNearestFloat)
     EXPECT_EQ("cdcccc3d", writtenText(Tag::FLOAT32, "0.1"));
     EXPECT_EQ("0000803f", writtenText(Tag::FLOAT32, "1"));
     EXPECT_EQ("00000000", writtenText(Tag::FLOAT32, "1e-60"));
+    EXPECT_EQ("00000000", writtenText(Tag::FLOAT32, "-1e-60"));
+    EXPECT_EQ("00000000", writtenText(Tag::FLOAT32, "-0.0"));
     EXPECT_EQ("01000000", writtenText(Tag::FLOAT32, "1e-45"));
+    EXPECT_EQ("01000080", writtenText(Tag::FLOAT32, "-1e-45"));
     EXPECT_EQ("ffff7f7f", writtenText(Tag::FLOAT32, "3.4028234663852886e38"));
     Tag highFirst = tagOf(Tag::FLOAT32);
     highFirst.wordOrder = Tag::HIGH_WORD_FIRST;
