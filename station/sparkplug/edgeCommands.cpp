@@ -4,6 +4,8 @@
 #include "values/jsonText.h"
 #include "values/valueJson.h"
 
+#include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace {
@@ -32,19 +34,6 @@ QString nameOf(const CommandMetric& command)
     if (!command.name.isEmpty()) return command.name.left(LONGEST_NAME);
     if (!command.alias) return QString();
     return QLatin1String("alias ") + QString::number(*command.alias);
-}
-
-/// The metric of the device's last birth that the command means, by name, by alias, or by both.
-const EdgeMetric* namedMetric(const EdgeStation& station, const CommandMetric& command)
-{
-    if (command.name.isEmpty() && !command.alias) return nullptr;
-    for (const EdgeMetric& metric : station.metrics) {
-        if (!metric.isInBirth) continue;
-        if (!command.name.isEmpty() && metric.tag.name != command.name) continue;
-        if (command.alias && metric.alias != *command.alias) continue;
-        return &metric;
-    }
-    return nullptr;
 }
 
 bool isRebirth(const CommandMetric& command)
@@ -106,6 +95,21 @@ void EdgeCommands::takeOfDevice(const QString& device, const QByteArray& payload
         ++m_taken;
         takeMetric(m_metrics.devices()[size_t(found)], metric, from);
     }
+}
+
+/// The metric of the device's last birth that the command means, by name, by alias, or by both. A
+/// message may hold very many names, so none is looked for by a walk through the device.
+const EdgeMetric* EdgeCommands::namedMetric(const EdgeStation& station,
+                                            const CommandMetric& command) const
+{
+    if (command.name.isEmpty() && !command.alias) return nullptr;
+    const EdgeMetrics::Place place = command.name.isEmpty()
+                                         ? m_metrics.findAlias(*command.alias)
+                                         : m_metrics.find(station.link, command.name);
+    if (place.device != m_metrics.findStation(station.link, station.station)) return nullptr;
+    const EdgeMetric& metric = station.metrics[size_t(place.metric)];
+    const bool isOfAlias = !command.alias || metric.alias == *command.alias;
+    return metric.isInBirth && isOfAlias ? &metric : nullptr;
 }
 
 void EdgeCommands::takeMetric(const EdgeStation& station, const CommandMetric& command,
@@ -173,13 +177,42 @@ std::vector<EdgeCommands::Outcome>
 EdgeCommands::takeOutcomes(const std::function<bool(const Outcome&)>& canTell)
 {
     std::vector<Outcome> taken;
-    Outcomes kept;
-    for (Outcome& outcome : *m_outcomes) {
-        if (canTell(outcome))
-            taken.push_back(std::move(outcome));
-        else
-            kept.push_back(std::move(outcome));
+    for (auto waiting = m_waiting.begin(); waiting != m_waiting.end();) {
+        Outcomes& outcomes = waiting->second;
+        if (!canTell(outcomes.front())) {
+            ++waiting;
+            continue;
+        }
+        m_waitingCount -= outcomes.size();
+        std::move(outcomes.begin(), outcomes.end(), std::back_inserter(taken));
+        waiting = m_waiting.erase(waiting);
     }
-    m_outcomes->swap(kept);
+    for (Outcome& outcome : std::exchange(*m_outcomes, {})) {
+        const bool isBehindOthers = m_waiting.count(tellerOf(outcome)) != 0;
+        if (isBehindOthers || !canTell(outcome))
+            keep(std::move(outcome));
+        else
+            taken.push_back(std::move(outcome));
+    }
     return taken;
+}
+
+/// When there is no room, the oldest outcome of the same device goes first.
+void EdgeCommands::keep(Outcome outcome)
+{
+    const Teller teller = tellerOf(outcome);
+    if (m_waitingCount >= MOST_OUTCOMES) {
+        auto fuller = m_waiting.find(teller);
+        if (fuller == m_waiting.end()) fuller = m_waiting.begin();
+        fuller->second.pop_front();
+        --m_waitingCount;
+        if (fuller->second.empty()) m_waiting.erase(fuller);
+    }
+    m_waiting[teller].push_back(std::move(outcome));
+    ++m_waitingCount;
+}
+
+EdgeCommands::Teller EdgeCommands::tellerOf(const Outcome& outcome)
+{
+    return {outcome.link, outcome.station};
 }

@@ -4,6 +4,7 @@
 #include "sparkplug/edgeMetrics.h"
 
 #include <deque>
+#include <map>
 
 /// Commands of hosts. They are foreign input: whatever they hold, each of their metrics has one
 /// outcome, and none of them ends the session.
@@ -37,7 +38,9 @@ public:
     /// A message of which nothing may be executed.
     void refuseMessage(const QString& reason, const QString& from);
 
-    /// Takes the outcomes that are to be told and for which `canTell` says yes, in their order.
+    /// Takes the outcomes that are to be told and whose device can tell them, the outcomes of each
+    /// device in their order. The others wait: `canTell` is asked once for each device with waiting
+    /// ones, and for each new outcome.
     std::vector<Outcome> takeOutcomes(const std::function<bool(const Outcome&)>& canTell);
 
     quint64 taken() const
@@ -51,18 +54,24 @@ public:
 
 private:
     using Outcomes = std::deque<Outcome>;
+    using Teller = std::pair<QString, int>; ///< link and station
 
+    const EdgeMetric* namedMetric(const EdgeStation& station, const CommandMetric& command) const;
     void takeMetric(const EdgeStation& station, const CommandMetric& command, const QString& from);
     void refuse(const EdgeStation* station, const CommandMetric* command, const QString& reason,
                 const QString& from);
     void write(const EdgeStation& station, const EdgeMetric& metric, const MetricValue& value,
                const QString& from);
     static void tell(Outcomes& outcomes, const Outcome& outcome);
+    void keep(Outcome outcome);
+    static Teller tellerOf(const Outcome& outcome);
 
     EdgeMetrics& m_metrics;
     PlantCommands& m_plant;
     const bool m_takesCommands;
-    std::shared_ptr<Outcomes> m_outcomes; ///< shared with the writes that are under way
+    std::shared_ptr<Outcomes> m_outcomes; ///< new ones; shared with the writes that are under way
+    std::map<Teller, Outcomes> m_waiting; ///< for a birth; none is empty
+    size_t m_waitingCount = 0;            ///< MOST_OUTCOMES at most
     quint64 m_taken = 0, m_refused = 0;
 };
 

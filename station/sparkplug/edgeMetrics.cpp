@@ -103,6 +103,7 @@ bool EdgeMetrics::setDevices(const std::vector<EdgeDevice>& devices)
     const QHash<StationKey, int> oldStations = std::exchange(m_stations, {});
     m_places.clear();
     m_ids.clear();
+    m_ofAliases.clear();
     bool isChanged = old.size() != devices.size();
     for (size_t i = 0; i < devices.size(); ++i) {
         EdgeStation station = made(devices[i], ids[i]);
@@ -114,8 +115,9 @@ bool EdgeMetrics::setDevices(const std::vector<EdgeDevice>& devices)
         m_stations.insert(key, int(i));
         m_ids.insert(station.id, int(i));
         for (size_t tag = 0; tag < station.metrics.size(); ++tag) {
-            m_places.insert(TagKey(station.link, station.metrics[tag].tag.name),
-                            {int(i), int(tag)});
+            const Place place = {int(i), int(tag)};
+            m_places.insert(TagKey(station.link, station.metrics[tag].tag.name), place);
+            m_ofAliases.insert(station.metrics[tag].alias, place);
         }
         m_devices.push_back(std::move(station));
     }
@@ -135,6 +137,11 @@ int EdgeMetrics::findStation(const QString& link, int station) const
 int EdgeMetrics::findDevice(const QString& id) const
 {
     return m_ids.value(id, -1);
+}
+
+EdgeMetrics::Place EdgeMetrics::findAlias(quint64 alias) const
+{
+    return m_ofAliases.value(alias);
 }
 
 void EdgeMetrics::keepStrange(const Sample& sample)

@@ -81,6 +81,7 @@ public:
     Place find(const QString& link, const QString& tag) const;
     int findStation(const QString& link, int station) const; ///< -1: none
     int findDevice(const QString& id) const;                 ///< -1: none
+    Place findAlias(quint64 alias) const;                    ///< of a tag
 
     /// Samples of tags and stations that are not configured yet: the threads of a link may be ahead
     /// of a new configuration.
@@ -106,6 +107,7 @@ private:
     QHash<TagKey, Place> m_places;
     QHash<StationKey, int> m_stations;
     QHash<QString, int> m_ids;
+    QHash<quint64, Place> m_ofAliases;
     QHash<QPair<StationKey, QString>, quint64> m_aliases;
     QHash<TagKey, Sample> m_strangeReadings;
     QHash<StationKey, bool> m_strangeStations;

@@ -257,15 +257,3 @@ TEST(EdgeCommands, WithoutConsentNothingIsWrittenAndBirthsCanStillBeAskedFor)
     bench.command("NCMD", QString(), rebirthBytes());
     EXPECT_EQ(2u, bench.all("NBIRTH").size());
 }
-
-TEST(EdgeCommands, OutcomesThatNobodyTakesAreBounded)
-{
-    EdgeMetrics metrics(true);
-    RecordedCommands plant;
-    EdgeCommands commands(metrics, plant, true);
-    for (int i = 0; i < EdgeCommands::MOST_OUTCOMES + 5; ++i)
-        commands.refuseMessage(QString::number(i), QString());
-    const auto outcomes = commands.takeOutcomes([](const EdgeCommands::Outcome&) { return true; });
-    ASSERT_EQ(size_t(EdgeCommands::MOST_OUTCOMES), outcomes.size());
-    EXPECT_TRUE(outcomes.front().text.contains(QLatin1String("\"reason\":\"5\"")));
-}
