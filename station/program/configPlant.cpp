@@ -81,6 +81,23 @@ QString problemOfWhole(const PlantSettings& settings, bool areWritesAllowed)
     return QString();
 }
 
+/// The password is the one line of its file, with its blanks.
+/// @return the problem in words; empty: none
+QString takePassword(PlantSettings& settings)
+{
+    if (settings.passwordFile.isEmpty()) return QString();
+    const PrivateText file = privateText(settings.passwordFile, QLatin1String("password file"));
+    if (!file.problem.isEmpty()) return file.problem;
+    QByteArray line = file.bytes;
+    for (const char end : {'\n', '\r'})
+        if (line.endsWith(end)) line.chop(1);
+    if (line.isEmpty() || line.contains('\n') || line.contains('\0'))
+        return QString(QLatin1String("%1: the password file has to hold one line, the password"))
+            .arg(settings.passwordFile);
+    settings.password = line;
+    return QString();
+}
+
 } // namespace
 
 QString plantIdProblem(const QString& id)
@@ -166,8 +183,6 @@ void checkPlant(StationConfig& config, ConfigMistakes& mistakes)
         for (const QString& name : metricNameProblems(plantDevices(config.links)))
             note(name);
     }
-    if (settings.passwordFile.isEmpty()) return;
-    const PrivateText password = privateText(settings.passwordFile, QLatin1String("password file"));
-    settings.password = password.bytes;
-    if (!password.problem.isEmpty()) note(password.problem);
+    const QString passwordProblem = takePassword(settings);
+    if (!passwordProblem.isEmpty()) note(passwordProblem);
 }

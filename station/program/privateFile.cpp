@@ -15,6 +15,11 @@ namespace {
 
 enum { MOST_BYTES = 4096 };
 
+QString unreadable()
+{
+    return QLatin1String("cannot read it: ") + QString::fromLocal8Bit(std::strerror(errno));
+}
+
 /// Why others than this user could know the secret; empty: they cannot.
 QString ownershipProblem(const struct stat& file, const QString& what)
 {
@@ -40,8 +45,7 @@ PrivateText privateText(const QString& fileName, const QString& what)
         ::open(QFile::encodeName(fileName).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     if (file.number() < 0) {
         text.isMissing = errno == ENOENT;
-        text.problem = begin + QLatin1String("cannot read it: ") +
-                       QString::fromLocal8Bit(std::strerror(errno));
+        text.problem = begin + unreadable();
         return text;
     }
     struct stat found = {};
@@ -53,7 +57,11 @@ PrivateText privateText(const QString& fileName, const QString& what)
     }
     QByteArray bytes(MOST_BYTES + 1, '\0');
     const ssize_t size = ::read(file.number(), bytes.data(), size_t(bytes.size()));
-    text.bytes = bytes.left(int(size < 0 ? 0 : size)).trimmed();
+    if (size < 0) {
+        text.problem = begin + unreadable();
+        return text;
+    }
+    text.bytes = bytes.left(int(size));
     if (size > MOST_BYTES)
         text.problem = begin + QString(QLatin1String("the %1 is longer than 4096 bytes")).arg(what);
     return text;

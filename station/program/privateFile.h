@@ -8,7 +8,7 @@
 struct PrivateText
 {
     bool isMissing = false;
-    QByteArray bytes; ///< without blanks and line ends around them
+    QByteArray bytes; ///< as they stand there
     QString problem;  ///< in words with the file's name; empty: none
 };
 

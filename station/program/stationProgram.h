@@ -16,8 +16,9 @@
 ///     HttpServer's thread -- requests --> API --> StationLinks, History
 ///     links' threads, History's thread -- rows --> Plant's thread --> brokers
 ///
-/// The links stop first, then MQTT, then the server, then the history: nobody wakes a server that
-/// is gone, a write that waits is answered, and the last values are published and kept.
+/// The history ends its run first, so that the end of the links is no row in it. Then the links
+/// stop, then MQTT, then the server: nobody wakes a server that is gone, a write that waits is
+/// answered, and the last values are kept and published.
 ///
 /// The main thread uses it.
 class StationProgram

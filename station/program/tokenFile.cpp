@@ -49,6 +49,7 @@ PrivateText readToken(const QString& fileName)
 {
     PrivateText text = privateText(fileName, QLatin1String("token file"));
     if (!text.problem.isEmpty()) return text;
+    text.bytes = text.bytes.trimmed();
     const QString problem = tokenProblem(text.bytes);
     if (!problem.isEmpty()) text.problem = inFile(fileName, problem);
     return text;

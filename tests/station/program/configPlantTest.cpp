@@ -158,6 +158,27 @@ TEST_F(ConfigPlant, PasswordThatOthersCanReadIsRefused)
     EXPECT_NE(std::string::npos, text.find("others can read or change the password file")) << text;
 }
 
+TEST_F(ConfigPlant, PasswordIsTheLineOfItsFileWithItsBlanks)
+{
+    const QByteArray lines = SERVER + QByteArray("user = \"u\"\npassword_file = \"password\"\n");
+    for (const char* const text : {" a word ", " a word \n", " a word \r\n"}) {
+        write("password", text, OWNER);
+        EXPECT_EQ(" a word ", read(lines).plant.password);
+        EXPECT_EQ("", m_mistakes.toStdString());
+    }
+}
+
+TEST_F(ConfigPlant, PasswordFileThatHoldsNoPasswordIsRefused)
+{
+    const QByteArray lines = SERVER + QByteArray("user = \"u\"\npassword_file = \"password\"\n");
+    for (const QByteArray& text :
+         {QByteArray(), QByteArray("\n"), QByteArray("a\nb\n"), QByteArray("a\0b", 3)}) {
+        write("password", text, OWNER);
+        EXPECT_NE(std::string::npos, mistakesOf(lines).find("has to hold one line"))
+            << text.toStdString();
+    }
+}
+
 TEST_F(ConfigPlant, StationsNameThatIsNoIdNeedsANode)
 {
     ConfigMistakes mistakes{QString()};
