@@ -9,8 +9,8 @@
 
 #include <map>
 
-// What the session's callbacks tell is noted in `news`; turn() acts on it. So nothing is sent or
-// ended from inside a callback.
+// What the session tells (edgeNews.cpp) is noted in `news`; turn() acts on it. So nothing is sent
+// or ended from inside a callback.
 //
 //     PAUSING -> CONNECTING -> SUBSCRIBING -> BORN -> LEAVING -> PAUSING, or OVER
 //
