@@ -39,6 +39,5 @@ void addPlantMetrics(OpenMetricsText& text, const Standings& standings)
     addFamily(text, standings, "mqtt_commands", Text::COUNTER, "Commands that came.",
               &PlantStanding::commands);
     addFamily(text, standings, "mqtt_refused_commands", Text::COUNTER,
-              "Commands that named nothing to write or did not fit.",
-              &PlantStanding::refusedCommands);
+              "Commands that the station or the PLC refused.", &PlantStanding::refusedCommands);
 }

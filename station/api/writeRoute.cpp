@@ -21,11 +21,7 @@ HttpResponse writeResponse(const WriteEnd& end, const Tag& tag)
 {
     JsonText json;
     json.beginObject().key("id").integer(qint64(end.id));
-    json.key("outcome").word(writeOutcomeText(end.outcome)).key("reason");
-    if (end.outcome == WriteEnd::CONFIRMED)
-        json.null();
-    else
-        json.text(end.reason);
+    writeOutcome(json, end.outcome, end.reason);
     json.key("value").raw(valueJson(tag, end.held.bytes)).endObject();
     return jsonResponse(json.document());
 }

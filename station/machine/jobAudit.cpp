@@ -43,8 +43,7 @@ QByteArray writeDocument(const JobAsked& asked, const Tag& tag, const QByteArray
     JsonText json;
     json.beginObject().key("id").integer(qint64(asked.id)).key("link").text(asked.link);
     json.key("tag").text(tag.name).key("value").raw(valueJson(tag, value));
-    json.key("outcome").word(writeOutcomeText(end.outcome));
-    json.key("reason").textOrNull(end.reason);
+    writeOutcome(json, end.outcome, end.reason);
     json.key("held").raw(valueJson(tag, end.held.bytes)).endObject();
     return json.document();
 }

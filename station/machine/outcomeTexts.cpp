@@ -14,6 +14,11 @@ const char* writeOutcomeText(WriteEnd::Outcome outcome)
     return "failed";
 }
 
+void writeOutcome(JsonText& json, WriteEnd::Outcome outcome, const QString& reason)
+{
+    json.key("outcome").word(writeOutcomeText(outcome)).key("reason").textOrNull(reason);
+}
+
 const char* recipeKindText(RecipeRequest::Kind kind)
 {
     switch (kind) {

@@ -1,6 +1,7 @@
 #ifndef WRITE_END_H
 #define WRITE_END_H
 
+#include "values/jsonText.h"
 #include "values/tagReading.h"
 
 #include <QString>
@@ -25,6 +26,9 @@ struct WriteEnd
 
 /// "confirmed", "refused" or "failed".
 const char* writeOutcomeText(WriteEnd::Outcome outcome);
+
+/// Puts the keys "outcome" and "reason" into the object; the reason of a confirmed write is null.
+void writeOutcome(JsonText& json, WriteEnd::Outcome outcome, const QString& reason);
 
 /// Called once, from any thread: it must note the end and return.
 using WriteEnded = std::function<void(const WriteEnd&)>;

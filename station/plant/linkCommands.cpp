@@ -13,7 +13,7 @@ public:
     struct Told
     {
         Ended ended;
-        CommandEnd end;
+        WriteEnd end;
     };
 
     explicit Ends(std::function<void()> wake) : m_wake(std::move(wake)) {}
@@ -127,7 +127,7 @@ void LinkCommands::write(const QString& linkName, const QString& tagName, const 
         return refuse(asked, unfit->problem, link->values().reading(*index));
     link->write(*index, std::get<QByteArray>(bytes), from,
                 [ends = m_ends, asked](const WriteEnd& end) {
-                    ends->put({asked.ended, {asked.link, asked.tag, end.id, end}});
+                    ends->put({asked.ended, end});
                 });
 }
 
@@ -135,7 +135,7 @@ void LinkCommands::refuse(const Asked& asked, const QString& reason, const TagRe
 {
     const quint64 id = m_links.audit().nextId();
     m_links.audit().writeRefused({id, asked.link, asked.from}, asked.tag, reason);
-    m_ends->put({asked.ended, {asked.link, asked.tag, id, {id, WriteEnd::REFUSED, reason, held}}});
+    m_ends->put({asked.ended, {id, WriteEnd::REFUSED, reason, held}});
 }
 
 void LinkCommands::refused(const QString& what, const QString& reason, const QString& from)

@@ -2,11 +2,11 @@
 #define PLANT_H
 
 #include "machine/stationLinks.h"
+#include "plant/edgeDevice.h"
 #include "plant/logPosition.h"
 #include "plant/plantSettings.h"
 #include "plant/plantStanding.h"
 #include "samples/sampleQueue.h"
-#include "sparkplug/edgeNode.h"
 
 #include <atomic>
 #include <memory>

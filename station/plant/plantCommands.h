@@ -7,21 +7,13 @@
 
 #include <functional>
 
-/// The end of a command.
-struct CommandEnd
-{
-    QString link, tag;
-    quint64 id = 0; ///< of the write in the audit
-    WriteEnd end;
-};
-
 /// Writes that came from a broker. Each has one end, told on the thread that takes it.
 class PlantCommands
 {
 public:
     virtual ~PlantCommands() = default;
 
-    using Ended = std::function<void(const CommandEnd&)>;
+    using Ended = std::function<void(const WriteEnd&)>;
 
     /// Writes a tag. A tag that must not be written, and a value that does not fit, end as refused,
     /// unsent. `ended` is called once, by turn() of the thread that called, never from here.

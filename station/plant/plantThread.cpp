@@ -33,6 +33,11 @@ EdgeNodeSettings edgeSettings(const PlantSettings& settings)
             settings.takesCommands};
 }
 
+JsonNodeSettings jsonSettings(const PlantSettings& settings)
+{
+    return {settings.node, settings.servers, settings.takesCommands};
+}
+
 /// Whether somebody who looks should look again.
 bool isNews(const PlantStanding& before, const PlantStanding& now)
 {
@@ -63,15 +68,22 @@ Plant::Thread::Thread(const PlantSettings& settings, const PlantSurroundings& su
 void Plant::Thread::addDialects()
 {
     const StationClock& clock = m_surroundings.clock;
+    const auto add = [this, &clock](const char* suffix, const auto& dialectOn) {
+        const ClientSettings client = clientSettings(m_settings, QLatin1String(suffix));
+        m_spoken.push_back(std::unique_ptr<Spoken>(new Spoken{{client, clock}, nullptr}));
+        Spoken& spoken = *m_spoken.back();
+        spoken.dialect = dialectOn(spoken.session);
+        spoken.session.setListener(*spoken.dialect);
+    };
     if (m_settings.speaksSparkplug)
-        m_dialects.push_back(std::make_unique<SpokenDialect<EdgeNode>>(
-            clientSettings(m_settings, QString()), clock, edgeSettings(m_settings), m_sequence,
-            *m_ledger, m_commands));
+        add("", [&](BrokerSession& session) {
+            return std::make_unique<EdgeNode>(edgeSettings(m_settings), session, m_sequence,
+                                              *m_ledger, m_commands, clock);
+        });
     if (m_settings.speaksJson)
-        m_dialects.push_back(std::make_unique<SpokenDialect<JsonNode>>(
-            clientSettings(m_settings, QLatin1String("-json")), clock,
-            JsonNodeSettings{m_settings.node, m_settings.servers, m_settings.takesCommands},
-            m_commands));
+        add("-json", [&](BrokerSession& session) {
+            return std::make_unique<JsonNode>(jsonSettings(m_settings), session, m_commands, clock);
+        });
 }
 
 Plant::Thread::~Thread()
@@ -129,8 +141,8 @@ void Plant::Thread::takeNews()
     m_wakeup.clear();
     const std::vector<Sample> samples = m_queue.take();
     takeOrders();
-    for (const auto& dialect : m_dialects)
-        if (!samples.empty()) dialect->take(samples);
+    for (const auto& spoken : m_spoken)
+        if (!samples.empty()) spoken->dialect->take(samples);
     m_commands.turn();
 }
 
@@ -143,8 +155,8 @@ void Plant::Thread::takeOrders()
         devices.swap(m_devices);
         isStopAsked = m_isStopAsked;
     }
-    for (const auto& dialect : m_dialects)
-        if (devices) dialect->setDevices(*devices);
+    for (const auto& spoken : m_spoken)
+        if (devices) spoken->dialect->setDevices(*devices);
     if (isStopAsked && m_stopLimit == 0) m_stopLimit = m_surroundings.clock.steady() + STOP_LIMIT;
 }
 
@@ -153,10 +165,10 @@ qint64 Plant::Thread::turnDialects()
 {
     qint64 due = std::numeric_limits<qint64>::max();
     if (m_stopLimit != 0) due = m_stopLimit;
-    for (const auto& dialect : m_dialects) {
-        if (m_stopLimit != 0) dialect->leave();
-        due = std::min(due, dialect->turn());
-        due = std::min(due, dialect->session.due());
+    for (const auto& spoken : m_spoken) {
+        if (m_stopLimit != 0) spoken->dialect->leave();
+        due = std::min(due, spoken->dialect->turn());
+        due = std::min(due, spoken->session.due());
     }
     return due;
 }
@@ -165,31 +177,31 @@ qint64 Plant::Thread::turnDialects()
 void Plant::Thread::wait(qint64 due)
 {
     std::vector<pollfd> awaited;
-    for (const auto& dialect : m_dialects)
-        awaited.push_back(dialect->session.awaited());
+    for (const auto& spoken : m_spoken)
+        awaited.push_back(spoken->session.awaited());
     awaited.push_back({m_wakeup.descriptor(), POLLIN, 0});
     const timespec span = timeSpan(due - m_surroundings.clock.steady());
     const bool isForEver = due == std::numeric_limits<qint64>::max();
     if (::ppoll(awaited.data(), awaited.size(), isForEver ? nullptr : &span, nullptr) < 0)
         for (pollfd& one : awaited)
             one.revents = 0; // interrupted: nothing is known of the sockets
-    for (size_t i = 0; i < m_dialects.size(); ++i)
-        m_dialects[i]->session.drive(awaited[i].revents);
+    for (size_t i = 0; i < m_spoken.size(); ++i)
+        m_spoken[i]->session.drive(awaited[i].revents);
 }
 
 bool Plant::Thread::isOver() const
 {
     if (m_stopLimit == 0) return false;
     return m_surroundings.clock.steady() >= m_stopLimit ||
-           std::all_of(m_dialects.begin(), m_dialects.end(),
-                       [](const auto& dialect) { return dialect->isOver(); });
+           std::all_of(m_spoken.begin(), m_spoken.end(),
+                       [](const auto& spoken) { return spoken->dialect->isOver(); });
 }
 
 void Plant::Thread::noteStandings()
 {
     std::vector<PlantStanding> now;
-    for (const auto& dialect : m_dialects)
-        now.push_back(dialect->standing());
+    for (const auto& spoken : m_spoken)
+        now.push_back(spoken->dialect->standing());
     bool isChanged = false;
     {
         const std::lock_guard<std::mutex> lock(m_mutex);

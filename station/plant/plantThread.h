@@ -1,6 +1,7 @@
 #ifndef PLANT_THREAD_H
 #define PLANT_THREAD_H
 
+#include "broker/mosquittoSession.h"
 #include "http/wakeup.h"
 #include "plant/linkCommands.h"
 #include "plant/plant.h"
@@ -26,6 +27,13 @@ public:
     std::vector<PlantStanding> standings() const;
 
 private:
+    /// A dialect with its session.
+    struct Spoken
+    {
+        MosquittoSession session;
+        std::unique_ptr<PlantDialect> dialect;
+    };
+
     void addDialects();
     void run();
     void takeNews();
@@ -44,7 +52,7 @@ private:
     LinkCommands m_commands;
     BirthSequenceFile m_sequence;
     std::optional<DeliveryLedger> m_ledger; ///< constant behind start()
-    std::vector<std::unique_ptr<PlantDialect>> m_dialects;
+    std::vector<std::unique_ptr<Spoken>> m_spoken;
     qint64 m_stopLimit = 0; ///< steady clock, microseconds; 0: nobody has asked to stop
 
     mutable std::mutex m_mutex;                       ///< guards what follows

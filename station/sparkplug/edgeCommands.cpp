@@ -13,18 +13,17 @@ namespace {
 /// A stranger's text in the audit.
 enum { LONGEST_NAME = 200 };
 
-/// @param value  JSON
-QString outcomeText(std::optional<quint64> id, const QString& metric, const char* outcome,
-                    const QString& reason, const QByteArray& value)
+QString outcomeText(const QString& metric, const WriteEnd& end, const QByteArray& held)
 {
     JsonText json;
     json.beginObject().key("id");
-    if (id)
-        json.integer(qint64(*id));
+    if (end.id != 0)
+        json.integer(qint64(end.id));
     else
-        json.null();
-    json.key("metric").text(metric).key("outcome").word(outcome);
-    json.key("reason").text(reason).key("value").raw(value).endObject();
+        json.null(); // it was no write
+    json.key("metric").text(metric);
+    writeOutcome(json, end.outcome, end.reason);
+    json.key("value").raw(held).endObject();
     return QString::fromUtf8(json.document());
 }
 
@@ -57,7 +56,7 @@ EdgeCommands::EdgeCommands(EdgeMetrics& metrics, PlantCommands& plant, bool take
     : m_metrics(metrics),
       m_plant(plant),
       m_takesCommands(takesCommands),
-      m_outcomes(std::make_shared<Outcomes>())
+      m_ends(std::make_shared<Ends>())
 {
 }
 
@@ -132,14 +131,14 @@ void EdgeCommands::takeMetric(const EdgeStation& station, const CommandMetric& c
 void EdgeCommands::write(const EdgeStation& station, const EdgeMetric& metric,
                          const MetricValue& value, const QString& from)
 {
-    const std::weak_ptr<Outcomes> outcomes = m_outcomes;
-    const auto ended = [outcomes, link = station.link, number = station.station,
-                        tag = metric.tag](const CommandEnd& end) {
-        const std::shared_ptr<Outcomes> all = outcomes.lock();
-        if (all == nullptr) return;
-        tell(*all, {link, number,
-                    outcomeText(end.id, tag.name, writeOutcomeText(end.end.outcome), end.end.reason,
-                                valueJson(tag, end.end.held.bytes))});
+    const std::weak_ptr<Ends> ends = m_ends;
+    const auto ended = [ends, link = station.link, number = station.station,
+                        tag = metric.tag](const WriteEnd& end) {
+        const std::shared_ptr<Ends> all = ends.lock();
+        if (!all) return;
+        if (end.outcome == WriteEnd::REFUSED) ++all->refused;
+        const QByteArray held = valueJson(tag, end.held.bytes);
+        all->put({link, number, outcomeText(tag.name, end, held)});
     };
     m_plant.write(station.link, metric.tag.name, value, from, ended);
 }
@@ -153,21 +152,21 @@ void EdgeCommands::refuseMessage(const QString& reason, const QString& from)
 void EdgeCommands::refuse(const EdgeStation* station, const CommandMetric* command,
                           const QString& reason, const QString& from)
 {
-    ++m_refused;
+    ++m_ends->refused;
     const QString name = command != nullptr ? nameOf(*command) : QString();
     m_plant.refused(name, reason, from);
     if (!m_takesCommands) return; // there is no metric that tells it
     Outcome outcome;
-    outcome.text = outcomeText(std::nullopt, name, writeOutcomeText(WriteEnd::REFUSED), reason,
-                               QByteArrayLiteral("null"));
+    outcome.text =
+        outcomeText(name, {0, WriteEnd::REFUSED, reason, TagReading()}, QByteArrayLiteral("null"));
     if (station != nullptr && station->takesCommands) {
         outcome.link = station->link;
         outcome.station = station->station;
     }
-    tell(*m_outcomes, outcome);
+    m_ends->put(outcome);
 }
 
-void EdgeCommands::tell(Outcomes& outcomes, const Outcome& outcome)
+void EdgeCommands::Ends::put(const Outcome& outcome)
 {
     if (outcomes.size() >= MOST_OUTCOMES) outcomes.pop_front();
     outcomes.push_back(outcome);
@@ -187,7 +186,7 @@ EdgeCommands::takeOutcomes(const std::function<bool(const Outcome&)>& canTell)
         std::move(outcomes.begin(), outcomes.end(), std::back_inserter(taken));
         waiting = m_waiting.erase(waiting);
     }
-    for (Outcome& outcome : std::exchange(*m_outcomes, {})) {
+    for (Outcome& outcome : std::exchange(m_ends->outcomes, {})) {
         const bool isBehindOthers = m_waiting.count(tellerOf(outcome)) != 0;
         if (isBehindOthers || !canTell(outcome))
             keep(std::move(outcome));

@@ -1,10 +1,12 @@
 #ifndef EDGE_COMMANDS_H
 #define EDGE_COMMANDS_H
 
+#include "plant/plantCommands.h"
 #include "sparkplug/edgeMetrics.h"
 
 #include <deque>
 #include <map>
+#include <memory>
 
 /// Commands of hosts. They are foreign input: whatever they hold, each of their metrics has one
 /// outcome, and none of them ends the session.
@@ -43,18 +45,27 @@ public:
     /// ones, and for each new outcome.
     std::vector<Outcome> takeOutcomes(const std::function<bool(const Outcome&)>& canTell);
 
+    /// Commands that came, and those of them that were refused, here or by the PLC.
     quint64 taken() const
     {
         return m_taken;
     }
     quint64 refused() const
     {
-        return m_refused;
+        return m_ends->refused;
     }
 
 private:
     using Outcomes = std::deque<Outcome>;
     using Teller = std::pair<QString, int>; ///< link and station
+
+    struct Ends
+    {
+        Outcomes outcomes; ///< new ones
+        quint64 refused = 0;
+
+        void put(const Outcome& outcome);
+    };
 
     const EdgeMetric* namedMetric(const EdgeStation& station, const CommandMetric& command) const;
     void takeMetric(const EdgeStation& station, const CommandMetric& command, const QString& from);
@@ -62,17 +73,16 @@ private:
                 const QString& from);
     void write(const EdgeStation& station, const EdgeMetric& metric, const MetricValue& value,
                const QString& from);
-    static void tell(Outcomes& outcomes, const Outcome& outcome);
     void keep(Outcome outcome);
     static Teller tellerOf(const Outcome& outcome);
 
     EdgeMetrics& m_metrics;
     PlantCommands& m_plant;
     const bool m_takesCommands;
-    std::shared_ptr<Outcomes> m_outcomes; ///< new ones; shared with the writes that are under way
+    const std::shared_ptr<Ends> m_ends;   ///< writes under way outlive this
     std::map<Teller, Outcomes> m_waiting; ///< for a birth; none is empty
     size_t m_waitingCount = 0;            ///< MOST_OUTCOMES at most
-    quint64 m_taken = 0, m_refused = 0;
+    quint64 m_taken = 0;
 };
 
 #endif

@@ -1,6 +1,7 @@
 #ifndef EDGE_DATA_H
 #define EDGE_DATA_H
 
+#include "plant/deliveryLedger.h"
 #include "sparkplug/dataGroups.h"
 #include "sparkplug/nodeMetrics.h"
 

@@ -1,6 +1,7 @@
 #ifndef EDGE_HISTORY_H
 #define EDGE_HISTORY_H
 
+#include "plant/deliveryLedger.h"
 #include "sparkplug/dataGroups.h"
 
 /// Sends the rows that the ledger owes, while no live sample waits: historical entries of devices

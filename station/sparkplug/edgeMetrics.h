@@ -1,8 +1,9 @@
 #ifndef EDGE_METRICS_H
 #define EDGE_METRICS_H
 
+#include "plant/edgeDevice.h"
 #include "samples/sample.h"
-#include "sparkplug/edgeNode.h"
+#include "sparkplug/payload.h"
 
 #include <QHash>
 #include <QPair>

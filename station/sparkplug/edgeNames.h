@@ -1,7 +1,7 @@
 #ifndef EDGE_NAMES_H
 #define EDGE_NAMES_H
 
-#include "sparkplug/edgeNode.h"
+#include "plant/edgeDevice.h"
 
 #include <QStringList>
 

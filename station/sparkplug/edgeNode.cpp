@@ -7,10 +7,7 @@
 
 namespace {
 
-enum {
-    ANSWER_LIMIT = 10 * SECOND, ///< to CONNECT and SUBSCRIBE; for a STATE where servers are left
-    TICK = SECOND               ///< from look to look
-};
+enum { TICK = SECOND }; ///< from look to look
 
 const qint64 NEVER = std::numeric_limits<qint64>::max();
 
@@ -74,7 +71,7 @@ void EdgeNode::State::doStep()
         else if (news.isAccepted)
             subscribe();
         else if (isDue)
-            giveUp(QLatin1String("the broker did not answer within 10 s"));
+            giveUp(QLatin1String(NO_ANSWER));
         return;
     case SUBSCRIBING:
         return awaitBirth();
@@ -127,6 +124,7 @@ void EdgeNode::State::begin()
     session.connect(walk.server(), publisher.nodeDeath(birthSequence));
 }
 
+/// Where servers are left, the primary host's STATE has to come in the same time.
 void EdgeNode::State::subscribe()
 {
     QStringList wanted{topics.ofNode("NCMD")};
@@ -140,13 +138,12 @@ void EdgeNode::State::subscribe()
 void EdgeNode::State::awaitBirth()
 {
     if (isStopping) return giveUp(QString());
-    if (news.granted == false) return giveUp(QLatin1String("the broker refused the subscription"));
+    if (news.granted == false) return giveUp(QLatin1String(REFUSAL));
     if (news.host == HostState::OFFLINE)
         return giveUp(QLatin1String("the primary host is offline"));
     if (news.granted && (!host.isWanted() || news.host == HostState::ONLINE)) return bear();
     if (clock.steady() < deadline) return;
-    if (!news.granted)
-        return giveUp(QLatin1String("the broker did not answer a subscription within 10 s"));
+    if (!news.granted) return giveUp(QLatin1String(NO_GRANT));
     if (settings.servers.size() > 1)
         return giveUp(QLatin1String("nothing is known of the primary host there"));
     trouble = QLatin1String("nothing is known of the primary host");

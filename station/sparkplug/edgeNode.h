@@ -1,11 +1,9 @@
 #ifndef EDGE_NODE_H
 #define EDGE_NODE_H
 
-#include "broker/brokerSession.h"
-#include "plan/tag.h"
 #include "plant/deliveryLedger.h"
 #include "plant/plantCommands.h"
-#include "plant/plantStanding.h"
+#include "plant/plantDialect.h"
 #include "values/stationClock.h"
 
 #include <memory>
@@ -22,14 +20,6 @@ public:
 
     /// The last number was in no CONNECT that left this machine: it is given out again.
     virtual void giveBack() = 0;
-};
-
-/// One station of one link, as a Sparkplug device.
-struct EdgeDevice
-{
-    QString link;
-    int station = 1;
-    std::vector<Tag> tags; ///< of this station alone
 };
 
 struct EdgeNodeSettings
@@ -52,31 +42,21 @@ struct EdgeNodeSettings
 /// its value or quality differs from the last one that was sent. History follows when all live
 /// samples are out.
 ///
-/// One thread uses it. Time comes from the clock; no function waits.
-class EdgeNode : public SessionListener
+/// When the devices differ in BORN, the births go out anew, with the same bdSeq. leave() ends a
+/// session with NDEATH.
+class EdgeNode : public PlantDialect
 {
 public:
     EdgeNode(const EdgeNodeSettings& settings, BrokerSession& session, BirthSequence& sequence,
              DeliveryLedger& ledger, PlantCommands& commands, const StationClock& clock);
     ~EdgeNode() override;
 
-    /// The devices of the configuration. In a session that is born the births go out anew, with the
-    /// same bdSeq, when they differ.
-    void setDevices(const std::vector<EdgeDevice>& devices);
-
-    /// Takes samples in their order.
-    void take(const std::vector<Sample>& samples);
-
-    /// Does what is due: connects, gives up waiting, sends what waits. Call it behind each event,
-    /// and at the time that it returns.
-    /// @return on the steady clock, microseconds
-    qint64 turn();
-
-    /// Ends the session: NDEATH, its acknowledgement or a second, DISCONNECT. No session follows.
-    void leave();
-    bool isOver() const;
-
-    PlantStanding standing() const;
+    void setDevices(const std::vector<EdgeDevice>& devices) override;
+    void take(const std::vector<Sample>& samples) override;
+    qint64 turn() override;
+    void leave() override;
+    bool isOver() const override;
+    PlantStanding standing() const override;
 
     void connected() override;
     void ended(const QString& reason, bool connectSent) override;

@@ -5,6 +5,7 @@
 #include "sparkplug/edgeCommands.h"
 #include "sparkplug/edgeData.h"
 #include "sparkplug/edgeHistory.h"
+#include "sparkplug/edgeNode.h"
 #include "sparkplug/hostState.h"
 
 #include <map>

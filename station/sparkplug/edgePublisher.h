@@ -1,8 +1,10 @@
 #ifndef EDGE_PUBLISHER_H
 #define EDGE_PUBLISHER_H
 
+#include "broker/brokerSession.h"
 #include "sparkplug/edgeNames.h"
 #include "sparkplug/payload.h"
+#include "values/stationClock.h"
 
 /// Puts the messages of a session into the socket's queue, numbered in that same step.
 ///

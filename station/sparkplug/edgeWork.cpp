@@ -9,9 +9,8 @@
 namespace {
 
 enum {
-    FAREWELL_LIMIT = SECOND, ///< for the acknowledgement of an NDEATH
-    TICK = SECOND,           ///< from mark to mark, and from figure to figure
-    GOOD_SESSION = SECOND    ///< a session that lived so long was good
+    TICK = SECOND,        ///< from mark to mark, and from figure to figure
+    GOOD_SESSION = SECOND ///< a session that lived so long was good
 };
 
 QByteArray markText(const DeliveryLedger::Mark& mark)

@@ -19,10 +19,6 @@
 
 namespace {
 
-const qint64 MS = 1000; ///< in microseconds
-const qint64 PATIENCE_US = 10000 * MS;
-const qint64 FAREWELL_US = 1000 * MS;
-
 /// Messages of a turn: whoever shares the thread must not wait long.
 enum { MOST_OF_A_TURN = 500 };
 
@@ -87,7 +83,7 @@ void JsonNode::State::tell(PlantStanding::State state)
 
 void JsonNode::State::connect()
 {
-    become(CONNECTING, PATIENCE_US);
+    become(CONNECTING, ANSWER_LIMIT);
     standing.server = walk.server().text();
     tell(PlantStanding::CONNECTING);
     session.connect(walk.server(), states.status(false));
@@ -95,7 +91,7 @@ void JsonNode::State::connect()
 
 void JsonNode::State::subscribe()
 {
-    become(SUBSCRIBING, PATIENCE_US);
+    become(SUBSCRIBING, ANSWER_LIMIT);
     subscription = session.subscribe({states.topics().sets()});
 }
 
@@ -112,7 +108,7 @@ void JsonNode::State::pause(const QString& reason)
     if (step == LEAVING) return become(OVER, 0);
     standing.trouble = reason;
     tell(PlantStanding::PAUSING);
-    become(PAUSING, walk.ended(false) * MS);
+    become(PAUSING, walk.ended(false) * MILLISECOND);
 }
 
 void JsonNode::State::giveUp(const char* reason)
@@ -129,9 +125,9 @@ void JsonNode::State::act()
     case PAUSING:
         return connect();
     case CONNECTING:
-        return giveUp("the broker does not answer");
+        return giveUp(NO_ANSWER);
     case SUBSCRIBING:
-        return giveUp("the broker does not answer a subscription");
+        return giveUp(NO_GRANT);
     case LEAVING:
         session.leave();
         return become(OVER, 0);
@@ -238,7 +234,7 @@ void JsonNode::leave()
     if (before != State::FLOWING) return;
     state.left = SetCommands::MOST_WAITING;
     state.sendResults();
-    state.become(State::LEAVING, FAREWELL_US);
+    state.become(State::LEAVING, FAREWELL_LIMIT);
     state.send(state.states.status(false), state.farewell);
 }
 
@@ -277,7 +273,7 @@ void JsonNode::subscribed(int request, bool isGranted)
     if (m_state->step != State::SUBSCRIBING || request != m_state->subscription) return;
     if (isGranted) return m_state->flow();
     m_state->session.leave();
-    m_state->pause(QLatin1String("the broker refused the subscription to commands"));
+    m_state->pause(QLatin1String(REFUSAL));
 }
 
 void JsonNode::delivered(int request)

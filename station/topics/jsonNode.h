@@ -1,12 +1,9 @@
 #ifndef JSON_NODE_H
 #define JSON_NODE_H
 
-#include "broker/brokerSession.h"
-#include "plan/tag.h"
 #include "plant/plantCommands.h"
-#include "plant/plantStanding.h"
-#include "samples/sample.h"
-#include "sparkplug/edgeNode.h"
+#include "plant/plantDialect.h"
+#include "values/stationClock.h"
 
 #include <memory>
 
@@ -28,23 +25,19 @@ struct JsonNodeSettings
 ///
 /// The last state of a tag wins. The state goes out first, then the availability, which is online
 /// only behind the first good answer.
-///
-/// One thread uses it. Time comes from the clock; no function waits.
-class JsonNode : public SessionListener
+class JsonNode : public PlantDialect
 {
 public:
     JsonNode(const JsonNodeSettings& settings, BrokerSession& session, PlantCommands& commands,
              const StationClock& clock);
     ~JsonNode() override;
 
-    void setDevices(const std::vector<EdgeDevice>& devices);
-    void take(const std::vector<Sample>& samples);
-
-    /// As of EdgeNode.
-    qint64 turn();
-    void leave();
-    bool isOver() const;
-    PlantStanding standing() const;
+    void setDevices(const std::vector<EdgeDevice>& devices) override;
+    void take(const std::vector<Sample>& samples) override;
+    qint64 turn() override;
+    void leave() override;
+    bool isOver() const override;
+    PlantStanding standing() const override;
 
     void connected() override;
     void ended(const QString& reason, bool connectSent) override;

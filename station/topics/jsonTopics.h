@@ -1,7 +1,7 @@
 #ifndef JSON_TOPICS_H
 #define JSON_TOPICS_H
 
-#include "sparkplug/edgeNode.h"
+#include "plant/edgeDevice.h"
 
 #include <QHash>
 #include <QPair>

@@ -22,12 +22,7 @@ BrokerMessage resultMessage(const QString& topic, const Result& result)
 {
     JsonText json;
     json.beginObject().key("id").raw(result.id);
-    json.key("outcome").word(writeOutcomeText(result.outcome));
-    json.key("reason");
-    if (result.outcome == WriteEnd::CONFIRMED)
-        json.null();
-    else
-        json.text(result.reason);
+    writeOutcome(json, result.outcome, result.reason);
     json.key("v").raw(result.held).endObject();
     return {topic + RESULT, json.document(), 1, false};
 }
@@ -89,10 +84,9 @@ void SetCommands::take(const Asked& asked, const SetRequest& request)
         return refuse(asked, unfit->problem);
     const std::weak_ptr<Results> results = m_results;
     const auto ended = [results, tag = asked.tag->tag, topic = asked.topic,
-                        id = asked.id](const CommandEnd& command) {
+                        id = asked.id](const WriteEnd& end) {
         const std::shared_ptr<Results> here = results.lock();
         if (!here) return;
-        const WriteEnd& end = command.end;
         if (end.outcome == WriteEnd::REFUSED) ++here->refusals;
         const QByteArray held = valueJson(tag, end.held.bytes);
         here->put(resultMessage(topic, {id, end.outcome, end.reason, held}));

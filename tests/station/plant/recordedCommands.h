@@ -40,11 +40,11 @@ public:
     void end(size_t index, WriteEnd::Outcome outcome, const QByteArray& held = QByteArray(),
              const char* reason = "")
     {
-        CommandEnd end = {writes[index].link, writes[index].tag, index + 1, WriteEnd()};
-        end.end.id = end.id;
-        end.end.outcome = outcome;
-        end.end.reason = QString::fromUtf8(reason);
-        end.end.held.bytes = held;
+        WriteEnd end;
+        end.id = index + 1;
+        end.outcome = outcome;
+        end.reason = QString::fromUtf8(reason);
+        end.held.bytes = held;
         writes[index].ended(end);
     }
 };

@@ -4,6 +4,7 @@
 #include "sparkplug/edgeNode.h"
 
 #include "broker/recordedSession.h"
+#include "plant/recordedCommands.h"
 #include "receivedPayload.h"
 #include "values/testClock.h"
 
@@ -86,36 +87,6 @@ public:
 
 private:
     std::optional<quint8> before;
-};
-
-/// Keeps the writes; the test ends them.
-class RecordedCommands : public PlantCommands
-{
-public:
-    struct Write
-    {
-        QString link, tag;
-        MetricValue value;
-        QString from;
-        Ended ended;
-    };
-    struct Refusal
-    {
-        QString what, reason, from;
-    };
-
-    std::vector<Write> writes;
-    std::vector<Refusal> refusals;
-
-    void write(const QString& link, const QString& tag, const MetricValue& value,
-               const QString& from, Ended ended) override
-    {
-        writes.push_back({link, tag, value, from, std::move(ended)});
-    }
-    void refused(const QString& what, const QString& reason, const QString& from) override
-    {
-        refusals.push_back({what, reason, from});
-    }
 };
 
 /// The rows of a history in memory.

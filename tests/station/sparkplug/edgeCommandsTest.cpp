@@ -75,15 +75,6 @@ QByteArray twoMetrics()
     return first + second; // messages that stand one behind the other are one
 }
 
-CommandEnd confirmed(quint64 id, const QByteArray& held)
-{
-    CommandEnd end;
-    end.id = id;
-    end.end.outcome = WriteEnd::CONFIRMED;
-    end.end.held.bytes = held;
-    return end;
-}
-
 } // namespace
 
 TEST(EdgeCommands, AWriteIsNamedByNameByAliasOrByBoth)
@@ -110,15 +101,33 @@ TEST(EdgeCommands, TheEndOfAWriteIsToldByItsDevice)
     Commanded bench;
     bench.write(commandBytes("count", 0, 10, 12));
     EXPECT_TRUE(bench.outcomes().empty()) << "not before it ended";
-    bench.commands.writes.at(0).ended(confirmed(41, QByteArray("\x0C\x00", 2)));
+    bench.commands.end(0, WriteEnd::CONFIRMED, QByteArray("\x0C\x00", 2));
     bench.turn();
     const auto outcomes = bench.outcomes();
     ASSERT_EQ(1u, outcomes.size());
     EXPECT_EQ(OVEN, outcomes[0].first);
-    EXPECT_EQ(41, outcomes[0].second[QLatin1String("id")].toInt());
+    EXPECT_EQ(1, outcomes[0].second[QLatin1String("id")].toInt());
     EXPECT_EQ(QLatin1String("count"), outcomes[0].second[QLatin1String("metric")].toString());
     EXPECT_EQ(QLatin1String("confirmed"), outcomes[0].second[QLatin1String("outcome")].toString());
+    EXPECT_TRUE(outcomes[0].second[QLatin1String("reason")].isNull());
     EXPECT_EQ(12, outcomes[0].second[QLatin1String("value")].toInt());
+    EXPECT_EQ(0u, bench.node.standing().refusedCommands);
+}
+
+TEST(EdgeCommands, ThatThePlcRefusesAreCountedAsRefused)
+{
+    Commanded bench;
+    bench.write(commandBytes("count", 0, 10, 12));
+    bench.write(commandBytes("count", 0, 10, 13));
+    bench.commands.end(0, WriteEnd::REFUSED, QByteArray(), "the PLC said no");
+    bench.commands.end(1, WriteEnd::FAILED, QByteArray(), "no answer");
+    bench.turn();
+    const auto outcomes = bench.outcomes();
+    ASSERT_EQ(2u, outcomes.size());
+    EXPECT_EQ(QLatin1String("the PLC said no"),
+              outcomes[0].second[QLatin1String("reason")].toString());
+    EXPECT_EQ(1u, bench.node.standing().refusedCommands);
+    EXPECT_EQ(2u, bench.node.standing().commands);
 }
 
 TEST(EdgeCommands, TheEndOfAWriteToADeviceThatDiedIsToldBehindItsBirth)
@@ -126,7 +135,7 @@ TEST(EdgeCommands, TheEndOfAWriteToADeviceThatDiedIsToldBehindItsBirth)
     Commanded bench;
     bench.write(commandBytes("count", 0, 10, 12));
     bench.stand("oven", 1, false);
-    bench.commands.writes.at(0).ended(CommandEnd());
+    bench.commands.end(0, WriteEnd::FAILED);
     bench.passMs(3000);
     EXPECT_TRUE(bench.outcomes().empty());
     bench.stand("oven", 1, true);
@@ -138,13 +147,13 @@ TEST(EdgeCommands, TheEndOfAWriteToADeviceThatDiedIsToldBehindItsBirth)
 
 TEST(EdgeCommands, AnEndBehindTheEndOfTheNodeHarmsNothing)
 {
-    RecordedCommands::Write write;
+    RecordedCommands commands;
     {
         Commanded bench;
         bench.write(commandBytes("count", 0, 10, 12));
-        write = bench.commands.writes.at(0);
+        commands = bench.commands;
     }
-    write.ended(confirmed(1, QByteArray("\x0C\x00", 2)));
+    commands.end(0, WriteEnd::CONFIRMED, QByteArray("\x0C\x00", 2));
 }
 
 TEST(EdgeCommands, WhatDoesNotFitIsRefusedWithOneOutcomeEach)

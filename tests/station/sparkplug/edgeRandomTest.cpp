@@ -214,7 +214,7 @@ private:
             "DCMD", QLatin1String("oven-1"),
             commandBytes(draw(3) == 0 ? "nothing" : "count", 0, 10, quint64(draw(70000))));
         for (const RecordedCommands::Write& write : std::exchange(bench.commands.writes, {}))
-            write.ended(CommandEnd());
+            write.ended(WriteEnd());
         bench.turn();
     }
 

@@ -38,9 +38,9 @@ void command(EdgeBench& bench)
 {
     bench.command("DCMD", QLatin1String("oven-1"), commandBytes("count", 0, 10, 12));
     bench.read("oven", "count", 12);
-    CommandEnd end;
+    WriteEnd end;
     end.id = 9;
-    end.end.outcome = WriteEnd::CONFIRMED;
+    end.outcome = WriteEnd::CONFIRMED;
     for (const RecordedCommands::Write& write : std::exchange(bench.commands.writes, {}))
         write.ended(end);
     bench.turn();
