@@ -128,8 +128,8 @@ void JsonNode::State::act()
         return giveUp(NO_ANSWER);
     case SUBSCRIBING:
         return giveUp(NO_GRANT);
-    case LEAVING:
-        session.leave();
+    case LEAVING: // nobody knows what the broker has: its will says that the station is gone
+        session.drop();
         return become(OVER, 0);
     case FLOWING:
     case OVER:
@@ -222,7 +222,8 @@ qint64 JsonNode::turn()
     return state.nextTurn(!isAllOut && state.left == 0);
 }
 
-/// The results that wait go ahead of the farewell.
+/// The results that wait go ahead of the farewell. The acknowledgement of its last message, the
+/// status, is awaited.
 void JsonNode::leave()
 {
     State& state = *m_state;
@@ -235,7 +236,8 @@ void JsonNode::leave()
     state.left = SetCommands::MOST_WAITING;
     state.sendResults();
     state.become(State::LEAVING, FAREWELL_LIMIT);
-    state.send(state.states.status(false), state.farewell);
+    for (const BrokerMessage& message : state.states.farewell())
+        state.send(message, state.farewell);
 }
 
 bool JsonNode::isOver() const

@@ -285,6 +285,19 @@ std::optional<BrokerMessage> RetainedStates::availabilityOf(const Entry& entry)
     return onlineMessage(station.topic, isOnline);
 }
 
+/// What a session has not said yet, the broker may hold from the one before it.
+std::vector<BrokerMessage> RetainedStates::farewell()
+{
+    std::vector<BrokerMessage> last;
+    for (const StationPointer& station : m_stationOrder) {
+        if (station->said == false) continue;
+        station->said = false;
+        last.push_back(onlineMessage(station->topic, false));
+    }
+    last.push_back(status(false));
+    return last;
+}
+
 void RetainedStates::sent(int request, const BrokerMessage& message)
 {
     if (message.qos == 1 && message.payload.isEmpty()) m_clearings[request] = message.topic;

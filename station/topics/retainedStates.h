@@ -51,6 +51,10 @@ public:
     /// The next message; empty: none is due.
     std::optional<BrokerMessage> next();
 
+    /// The last messages of a session: each station that is not said to be offline is, then the
+    /// status. What is due does not matter any more.
+    std::vector<BrokerMessage> farewell();
+
     /// Whether the status went out since sendAll().
     bool isStatusOut() const
     {

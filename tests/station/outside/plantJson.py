@@ -96,6 +96,8 @@ class PlantJson(StationTest):
         station, topics = self.online()
         self.assertEqual(0, station.end(seconds=3))
         topics.await_word("status", "offline")
+        words = [(topic, word) for topic, word, _ in topics.came if topic in (HERE, "status")]
+        self.assertEqual([(HERE, "offline"), ("status", "offline")], words[-2:])
 
     def test_everything_comes_again_when_the_broker_has_forgotten_it(self):
         _, topics = self.online()

@@ -383,6 +383,49 @@ TEST_F(JsonNodeTest, LeavesWithoutAnAcknowledgementBehindASecond)
     clock.passMs(1);
     node->turn();
     EXPECT_TRUE(node->isOver());
+    EXPECT_EQ(0, session.leaves) << "the broker would forget the will";
+    EXPECT_EQ(1, session.drops);
+}
+
+TEST_F(JsonNodeTest, SaysThatItsStationsAreOfflineBeforeItIs)
+{
+    take({standing("left", 1, true), reading("left", "count", 1), standing("right", 1, true),
+          reading("right", "level", 1), standing("left", 2, true), reading("left", "a/b", 1)});
+    open();
+    take({standing("left", 2, false)});
+    news();
+    node->leave();
+    EXPECT_EQ(
+        (Texts{"left/1/availability offline", "right/1/availability offline", "status offline"}),
+        news());
+    for (const RecordedSession::Published& published : session.published)
+        EXPECT_TRUE(published.message.isRetained);
+    EXPECT_EQ(1, session.published.back().message.qos);
+    turns();
+    EXPECT_EQ(Texts(), news());
+}
+
+TEST_F(JsonNodeTest, SaysThatItsStationsAreOfflineWhenTheSessionHasNotSaidItYet)
+{
+    session.isFull = true; // the broker holds what the session before said
+    open();
+    node->leave();
+    EXPECT_EQ((Texts{"left/1/availability offline", "left/2/availability offline",
+                     "right/1/availability offline", "status offline"}),
+              news());
+}
+
+TEST_F(JsonNodeTest, WaitsForTheAcknowledgementOfItsStatus)
+{
+    take({standing("left", 1, true), reading("left", "count", 1)});
+    open();
+    session.acknowledge();
+    node->leave();
+    for (const RecordedSession::Published& published : session.published) {
+        EXPECT_FALSE(node->isOver()) << published.message.topic.toStdString();
+        if (published.message.qos == 1) node->delivered(published.request);
+    }
+    EXPECT_TRUE(node->isOver());
     EXPECT_EQ(1, session.leaves);
 }
 
