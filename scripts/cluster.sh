@@ -1,16 +1,16 @@
 #!/usr/bin/env bash
-# Three RabbitMQ nodes on this machine, as one cluster that speaks MQTT on three loopback ports.
-# usage: scripts/cluster.sh start FOLDER        start all nodes; print the port of each, one a line
-#        scripts/cluster.sh kill FOLDER NUMBER   end node 1, 2 or 3 by SIGKILL
-#        scripts/cluster.sh revive FOLDER NUMBER start it again, and wait until it takes MQTT clients
-#        scripts/cluster.sh stop FOLDER          end all nodes
+# RabbitMQ nodes on this machine, as one cluster that speaks MQTT on a loopback port each.
+# usage: scripts/cluster.sh start FOLDER [NODES]  start 1 to 3 nodes (default: 3); print the MQTT port of
+#                                                 each, one a line
+#        scripts/cluster.sh kill FOLDER NUMBER    end node 1, 2 or 3 by SIGKILL
+#        scripts/cluster.sh revive FOLDER NUMBER  start it again, and wait until it takes MQTT clients
+#        scripts/cluster.sh stop FOLDER           end all nodes
 #   FOLDER   of the nodes' files; made when it is missing. Nothing outside it is written.
 # The nodes trust every client of this machine; they listen on 127.0.0.1 alone.
 # Exit status: 0 done, 1 usage or a node that does not start.
 set -euo pipefail
 . "$(dirname "$0")/common.sh"
 
-NODES=(1 2 3)
 SERVER=/usr/lib/rabbitmq/bin/rabbitmq-server
 START_S=120
 
@@ -40,13 +40,28 @@ write_config() {
         echo "listeners.tcp.1 = 127.0.0.1:$(port amqp "$1")"
         echo "mqtt.listeners.tcp.1 = 127.0.0.1:$(port mqtt "$1")"
         echo "mqtt.allow_anonymous = true"
+        echo "mqtt.sparkplug = true" # else the topics' spBv1.0 becomes spBv1/0
         echo "loopback_users = none"
+        echo "load_definitions = $folder/definitions.json"
         echo "cluster_formation.peer_discovery_backend = classic_config"
-        for node in "${NODES[@]}"; do
+        # Node 1 begins the cluster, at once.
+        for node in 1 "$1"; do
             echo "cluster_formation.classic_config.nodes.$node = kakb$node@localhost"
         done
     } >"$home/rabbitmq.conf"
     echo "[rabbitmq_mqtt]." >"$home/plugins"
+}
+
+# The queue of a client's session is at one node. Without a mirror elsewhere a client of a killed node
+# cannot subscribe at another one.
+write_definitions() {
+    cat >"$folder/definitions.json" <<'END'
+{"vhosts": [{"name": "/"}],
+ "users": [{"name": "guest", "password": "guest", "tags": "administrator"}],
+ "permissions": [{"user": "guest", "vhost": "/", "configure": ".*", "write": ".*", "read": ".*"}],
+ "policies": [{"vhost": "/", "name": "sessions", "pattern": "^mqtt-subscription-",
+               "apply-to": "queues", "priority": 0, "definition": {"ha-mode": "all"}}]}
+END
 }
 
 # The cookie lets the nodes trust each other; each Erlang of the folder reads it.
@@ -116,7 +131,17 @@ end_name_server() {
     echo "the name server of the nodes does not end" >&2
 }
 
-is_node() {
+# All nodes, one behind the other: of two that join at the same time one may never come in.
+start_nodes() {
+    local node
+    for ((node = 1; node <= $1; ++node)); do
+        begin "$node"
+        await "$node"
+        port mqtt "$node"
+    done
+}
+
+is_number() {
     case "$number" in
     1 | 2 | 3) ;;
     *) usage ;;
@@ -125,26 +150,23 @@ is_node() {
 
 case "$verb" in
 start)
+    number=${number:-3}
+    is_number
     write_cookie
-    for node in "${NODES[@]}"; do
-        begin "$node"
-    done
-    for node in "${NODES[@]}"; do
-        await "$node"
-        port mqtt "$node"
-    done
+    write_definitions
+    start_nodes "$number"
     ;;
 kill)
-    is_node
+    is_number
     kill_node "$number"
     ;;
 revive)
-    is_node
+    is_number
     begin "$number"
     await "$number"
     ;;
 stop)
-    for node in "${NODES[@]}"; do
+    for node in 1 2 3; do
         kill_node "$node"
     done
     end_name_server
