@@ -7,7 +7,8 @@ usage: bench/plantFaults.py [KILLS [SEED]]
   SEED    of the faults (default: a new one, which is printed)
 
 Every row of the station's history must have come to a Sparkplug host; a sample comes twice only when it
-went out behind the last mark that the broker had acknowledged.
+went out behind the last mark that the broker had acknowledged. KAKB_PROGRAMS names the folder of the
+programs when they are not those of this tree.
 Exit status: 0 nothing was wrong, 1 else.
 """
 
@@ -16,7 +17,7 @@ import sys
 from pathlib import Path
 
 PROJECT = Path(__file__).resolve().parents[1]
-os.environ["KAKB_PROGRAMS"] = str(PROJECT / "build" / "qt5" / "bin")
+os.environ.setdefault("KAKB_PROGRAMS", str(PROJECT / "build" / "qt5" / "bin"))
 sys.path.insert(0, str(PROJECT / "tests" / "support"))
 
 # pylint: disable=wrong-import-position

@@ -1,9 +1,5 @@
 #include "plant/deliveryLedger.h"
 
-#include "plant/durableFile.h"
-
-#include <QFile>
-
 #include <algorithm>
 #include <cstdio>
 #include <utility>
@@ -24,7 +20,7 @@ qint64 sequenceOf(const LogPosition& position, qint64 number)
 } // namespace
 
 DeliveryLedger::DeliveryLedger(QString fileName, SampleLog* log)
-    : m_fileName(std::move(fileName)), m_log(log)
+    : m_file(std::move(fileName)), m_log(log)
 {
     load();
 }
@@ -33,16 +29,14 @@ DeliveryLedger::DeliveryLedger(QString fileName, SampleLog* log)
 
 void DeliveryLedger::load()
 {
-    QFile file(m_fileName);
-    if (!file.exists()) return;
-    const bool isOpen = file.open(QIODevice::ReadOnly);
-    std::optional<DeliveryCursor> cursor;
-    if (isOpen) cursor = cursorOf(file.readAll());
+    const std::optional<QByteArray> stored = m_file.load();
+    if (!stored) return;
+    std::optional<DeliveryCursor> cursor = cursorOf(*stored);
     if (cursor)
         m_cursor = std::move(*cursor);
     else
-        tellOperator(m_fileName + QLatin1String(" does not say which rows the broker has: the "
-                                                "whole history is sent again"));
+        tellOperator(m_file.name() + QLatin1String(" does not say which rows the broker has: the "
+                                                   "whole history is sent again"));
 }
 
 /// What is in flight may be lost: it is stored as owed.
@@ -52,11 +46,17 @@ void DeliveryLedger::store()
     cursor.owed.add(m_live);
     for (const RowRanges& batch : m_flying)
         cursor.owed.add(batch);
-    const QString trouble = writeDurably(m_fileName, cursorBytes(cursor));
-    const bool wasTold = std::exchange(m_isTroubleTold, !trouble.isEmpty());
-    if (!trouble.isEmpty() && !wasTold)
-        tellOperator(QLatin1String("which rows the broker has cannot be stored in ") + m_fileName +
-                     QLatin1String(": ") + trouble);
+    m_file.store(cursorBytes(cursor));
+}
+
+bool DeliveryLedger::isStoring() const
+{
+    return m_file.isStoring();
+}
+
+void DeliveryLedger::awaitStored() const
+{
+    m_file.awaitStored();
 }
 
 // Where the history's file stands.
@@ -109,6 +109,7 @@ void DeliveryLedger::rebase(const LogPosition& position)
     const qint64 old = std::max<qint64>(first - m_mapped, 0);
     m_cursor.dropped += m_isBorn ? unsent : old;
     if (m_isBorn) m_unprovable += std::max<qint64>(std::min(first, m_sent) - m_mapped - unsent, 0);
+    const bool lostRows = position.file == m_cursor.file && base < m_cursor.top;
     if (isFileKnown()) forgetFlights();
     if (position.file == m_cursor.file)
         takeSameFile(base);
@@ -120,6 +121,7 @@ void DeliveryLedger::rebase(const LogPosition& position)
     m_firstNumber = first;
     m_cursor.end = position.sequence;
     store();
+    if (lostRows) m_file.awaitStored(); // an older cursor takes the new rows for proven
 }
 
 void DeliveryLedger::forgetFlights()

@@ -1,6 +1,7 @@
 #ifndef DELIVERY_LEDGER_H
 #define DELIVERY_LEDGER_H
 
+#include "plant/cursorFile.h"
 #include "plant/deliveryCursor.h"
 #include "plant/logPosition.h"
 
@@ -9,8 +10,8 @@
 
 /// Which rows of the history the broker surely has, and which are owed to it.
 ///
-/// QoS 0 data in the socket at a cut is gone without notice. So a mark with QoS 1 follows the data
-/// once a second; its acknowledgement proves everything that was sent before it.
+/// QoS 0 data in the socket at a cut is gone without notice. So a mark with QoS 1 follows the data;
+/// its acknowledgement proves everything that was sent before it.
 ///
 ///     rows      ------------------|-------------|----------------|-------->  new ones
 ///                          cursor ^      births ^           mark ^
@@ -35,7 +36,8 @@
 /// - What is stored names each row that is OWED, HELD, LIVE or FLYING, or has it behind its top: a
 ///   row leaves it when a mark behind it was acknowledged, or when it was dropped.
 /// - A row that a mark has proven is never owed again, not even behind a restart.
-/// - The cursor is stored durably, as a whole file or not at all.
+/// - The cursor is stored durably, as a whole file or not at all. One that is older than the ledger
+///   names more rows, never fewer, so nobody waits for the disk; but for a file that lost rows.
 /// - No sequence is guessed: a row whose commit is not known has none, and waits.
 /// - Rows of a tag are handed out in the order of coming.
 ///
@@ -79,8 +81,13 @@ public:
     /// The mark that can be published now; empty: it would prove no more than the last one.
     std::optional<Mark> nextMark();
 
-    /// The broker acknowledged a mark of the MQTT session: the cursor moves and is stored.
+    /// The broker acknowledged a mark of the MQTT session: the cursor moves, and is handed over to
+    /// be stored.
     void proven(const Mark& mark);
+
+    /// Whether the disk does not have the present cursor yet.
+    bool isStoring() const;
+    void awaitStored() const;
 
     /// The next rows to be sent as history, oldest first, at most `most`. They count as sent by
     /// owedSent(). Rows of devices that are not born are passed over and stay owed. It looks at so
@@ -135,7 +142,7 @@ private:
     bool take(Walk& walk, const LoggedRow& row);
     void finishHeld();
 
-    const QString m_fileName;
+    CursorFile m_file;
     SampleLog* const m_log; ///< null: no history is kept
 
     // As it is stored, but for LIVE and FLYING.
@@ -164,9 +171,8 @@ private:
     std::deque<Sent> m_marks;
     quint64 m_orders = 0;
     Sent m_lastMark;
-    qint64 m_unprovable = 0;      ///< rows in flight whose file is gone
-    quint64 m_provableFrom = 0;   ///< the first mark that proves those
-    bool m_isTroubleTold = false; ///< of storing the cursor
+    qint64 m_unprovable = 0;    ///< rows in flight whose file is gone
+    quint64 m_provableFrom = 0; ///< the first mark that proves those
 };
 
 #endif

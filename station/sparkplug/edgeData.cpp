@@ -215,6 +215,16 @@ void EdgeData::miss(quint64 number)
         m_ledger.missed(number, number);
 }
 
+bool EdgeData::isHolding()
+{
+    const auto isHeld = [this](const EdgeMetrics::Place& place) {
+        return m_metrics.metric(place).held.has_value();
+    };
+    if (std::any_of(m_held.begin(), m_held.end(), isHeld)) return true;
+    m_held.clear();
+    return false;
+}
+
 void EdgeData::owe()
 {
     for (const EdgeMetrics::Place& place : std::exchange(m_held, {})) {

@@ -58,7 +58,10 @@ public:
     /// The session is over: what waits only moves the shadow.
     void end();
 
-    /// What is held for a birth to come is owed now, ahead of a mark.
+    /// Whether a row is held for a birth to come: it is neither sent nor owed.
+    bool isHolding();
+
+    /// What is held is owed now.
     void owe();
 
     quint64 sent() const

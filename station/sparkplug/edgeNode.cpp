@@ -102,7 +102,7 @@ qint64 EdgeNode::State::nextTurn() const
     if (step == OVER) return NEVER;
     if (step != BORN) return std::min(deadline, lookAt);
     if (!session.isDrained()) return clock.steady() + TICK; // the socket tells when it takes more
-    return std::min(tickAt, history.nextAt());
+    return std::min({tickAt, markAt, history.nextAt()});
 }
 
 // The way to a session.

@@ -53,6 +53,8 @@ struct EdgeNode::State
     void bear();
     void work();
     void tick();
+    void lookForMark();
+    void tellSent();
     void sendMark();
     void tellFigures();
     void tellOutcomes();
@@ -94,8 +96,8 @@ struct EdgeNode::State
     quint8 birthSequence = 0;
     int subscribeRequest = 0, deathRequest = 0;
     bool areBirthsDue = false;
-    bool isLeft = false; ///< LEAVING: because the primary host is offline
-    qint64 goodAt = 0, tickAt = 0;
+    bool isLeft = false;                       ///< LEAVING: because the primary host is offline
+    qint64 goodAt = 0, tickAt = 0, markAt = 0; ///< steady
     std::map<int, DeliveryLedger::Mark> marks; ///< that wait for their acknowledgement, by request
 
     quint64 lastNumber = 0; ///< of the rows that came

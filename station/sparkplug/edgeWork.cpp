@@ -9,8 +9,9 @@
 namespace {
 
 enum {
-    TICK = SECOND,        ///< from mark to mark, and from figure to figure
-    GOOD_SESSION = SECOND ///< a session that lived so long was good
+    TICK = SECOND,                  ///< from figure to figure
+    MARK_PAUSE = 100 * MILLISECOND, ///< from look to look whether a mark proves something new
+    GOOD_SESSION = SECOND           ///< a session that lived so long was good
 };
 
 QByteArray markText(const DeliveryLedger::Mark& mark)
@@ -33,6 +34,7 @@ void EdgeNode::State::bear()
     ++sessions;
     goodAt = now + GOOD_SESSION;
     tickAt = now + TICK;
+    markAt = now + MARK_PAUSE;
     isLeft = false;
     data.begin();
     ledger.born(lastNumber);
@@ -48,6 +50,7 @@ void EdgeNode::State::work()
         data.sendSome();
     if (session.isDrained()) tellOutcomes();
     if (session.isDrained()) tick();
+    if (session.isDrained()) lookForMark();
     if (session.isDrained() && !data.isWaiting()) history.sendSome(clock.steady());
 }
 
@@ -61,15 +64,30 @@ void EdgeNode::State::tick()
     tellFigures();
     const std::vector<Metric> changed = node.takeNews();
     if (!changed.empty()) publisher.sendNodeData(changed);
-    sendMark();
+    data.owe();
+}
+
+/// A mark follows each commit of the history and the parts of what was owed, so that little comes
+/// twice behind a cut. It waits until all that the one before has proven is stored.
+void EdgeNode::State::lookForMark()
+{
+    const qint64 now = clock.steady();
+    if (now < markAt) return;
+    markAt = now + MARK_PAUSE;
+    if (data.isHolding()) return;
+    tellSent();
+    if (marks.empty() && !ledger.isStoring()) sendMark();
+}
+
+/// No row is held.
+void EdgeNode::State::tellSent()
+{
+    ledger.sent(data.isWaiting() ? data.lastTaken() : lastNumber);
 }
 
 /// A mark proves what was sent before it.
 void EdgeNode::State::sendMark()
 {
-    data.owe();
-    ledger.sent(data.isWaiting() ? data.lastTaken() : lastNumber);
-    if (!marks.empty()) return;
     const std::optional<DeliveryLedger::Mark> mark = ledger.nextMark();
     if (!mark) return;
     const int request = session.publish({topics.mark(), markText(*mark), 1, false});
@@ -121,7 +139,9 @@ void EdgeNode::State::sayFarewell()
     if (!isLeft && !areBirthsDue) {
         while (data.isWaiting() && session.isDrained())
             data.sendSome();
-        if (session.isDrained()) sendMark();
+        data.owe();
+        tellSent();
+        sendMark();
     }
     data.end();
     news.isDeathDelivered = false;

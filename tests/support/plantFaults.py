@@ -197,11 +197,13 @@ class PlantFaults:
     def _proven(self, first, again):
         """The time up to which marks had proven everything at the cut between the two samples.
 
-        The host saw a mark when the broker took it; the last one may not be acknowledged."""
+        The station sends a mark when the one before is acknowledged and stored; so the last mark of each
+        session may prove nothing."""
         cut = max((cut for cut in self.cuts if cut < again.came), default=0)
-        seen = [document["time"] / 1000 for came, document in self.host.marks if came < cut]
+        seen = [(births, document["time"]) for came, document, births in self.host.marks if came < cut]
         assert first.came <= again.came
-        return seen[-2] if len(seen) > 1 else 0
+        return max((time_ms / 1000 for (births, time_ms), (later, _) in zip(seen, seen[1:])
+                    if births == later), default=0)
 
 
 def summary(run):

@@ -4,7 +4,8 @@ import os
 import tempfile
 from pathlib import Path
 
-PROGRAMS = Path(__file__).resolve().parents[2] / "build" / "qt5" / "bin"
+PROGRAMS = Path(os.environ.get(
+    "KAKB_PROGRAMS", Path(__file__).resolve().parents[2] / "build" / "qt5" / "bin"))
 MOST_SHOWN = 20
 
 

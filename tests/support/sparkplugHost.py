@@ -38,7 +38,7 @@ class SparkplugHost:
         self.broken = []  # sentences
         self.messages = []  # (kind, device, payload, time.time())
         self.samples = []  # Sample, in order of coming
-        self.marks = []  # (time.time(), document)
+        self.marks = []  # (time.time(), document, births before it)
         self.births = 0
         self._start_session(None)
         self.client = mqtt.Client()
@@ -95,7 +95,7 @@ class SparkplugHost:
         levels = message.topic.split("/")
         with self.lock:
             if levels[0] == "kakb-mark":
-                self.marks.append((came, json.loads(message.payload)))
+                self.marks.append((came, json.loads(message.payload), self.births))
             elif levels[2] not in ("NCMD", "DCMD"):
                 self._take(levels[2], "/".join(levels[4:]), message, came)
             self.lock.notify_all()

@@ -1,10 +1,14 @@
 // What is owed to the broker, and what marks prove.
 #include "listedLog.h"
 
+#include "links/descriptor.h"
 #include "plant/deliveryLedger.h"
 
 #include <QFile>
 #include <QTemporaryDir>
+
+#include <fcntl.h>
+#include <sys/stat.h>
 
 #include <gtest/gtest.h>
 
@@ -15,6 +19,9 @@ namespace {
 
 class DeliveryLedgerTest : public testing::Test
 {
+private:
+    const QTemporaryDir m_folder; // outlives the ledger
+
 protected:
     DeliveryLedgerTest()
     {
@@ -80,6 +87,7 @@ protected:
         const auto mark = ledger->nextMark();
         if (!mark) return -1;
         ledger->proven(*mark);
+        ledger->awaitStored();
         return mark->sequence;
     }
 
@@ -88,7 +96,6 @@ protected:
     quint64 last = 0; ///< number of the last row
 
 private:
-    QTemporaryDir m_folder;
     qint64 m_time = 0;
 };
 
@@ -570,11 +577,34 @@ TEST_F(DeliveryLedgerTest, SaysOnceThatTheCursorCannotBeStored)
     for (int i = 0; i < 3; ++i) {
         ledger->born(last);
         ledger->ended();
+        ledger->awaitStored();
     }
     const std::string told = testing::internal::GetCapturedStderr();
     const size_t first = told.find("cannot be stored");
     EXPECT_NE(std::string::npos, first) << told;
     EXPECT_EQ(std::string::npos, told.find("cannot be stored", first + 1)) << told;
+}
+
+TEST_F(DeliveryLedgerTest, GoesOnWhileTheDiskHangs)
+{
+    ledger->born(0);
+    note("a", 4);
+    ledger->sent(last);
+    commit();
+    const auto first = ledger->nextMark();
+    ledger->awaitStored();
+    const QByteArray work = QFile::encodeName(fileName()) + ".new";
+    ASSERT_EQ(0, ::mkfifo(work.constData(), S_IRUSR | S_IWUSR));
+    testing::internal::CaptureStderr();
+    ledger->proven(*first);
+    EXPECT_TRUE(ledger->isStoring());
+    note("a", 2);
+    ledger->sent(last);
+    commit();
+    EXPECT_EQ(6, ledger->nextMark()->sequence);
+    const Descriptor disk(::open(work.constData(), O_RDONLY | O_CLOEXEC));
+    ledger->awaitStored();
+    EXPECT_FALSE(testing::internal::GetCapturedStderr().empty());
 }
 
 TEST_F(DeliveryLedgerTest, CountsWithoutAHistoryWhatWasNotSent)

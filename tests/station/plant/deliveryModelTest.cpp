@@ -4,12 +4,14 @@
 
 #include "plant/deliveryLedger.h"
 
+#include <QFile>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <memory>
+#include <optional>
 #include <random>
 
 namespace {
@@ -37,6 +39,13 @@ struct Outgoing
     DeliveryLedger::Mark mark;
     std::vector<int> proves; ///< rows that a mark proves
     bool isAcknowledged = false;
+};
+
+/// The cursor's file ahead of an acknowledgement, and which rows were proven by then.
+struct Stored
+{
+    QByteArray content;
+    std::vector<bool> isProven; ///< by row
 };
 
 class Plant
@@ -70,6 +79,11 @@ private:
         return m_fates[size_t(sample.value)];
     }
 
+    QString cursorName() const
+    {
+        return m_folder.filePath(QLatin1String("cursor"));
+    }
+
     void start();
     void note();
     void commit();
@@ -81,6 +95,8 @@ private:
     void acknowledge();
     void bear();
     void cut();
+    void noteStored();
+    void bringBackOlder();
     void kill(size_t lostRows);
     void changeFile();
     void drop();
@@ -90,6 +106,7 @@ private:
     QTemporaryDir m_folder;
     ListedLog m_log;
     std::unique_ptr<DeliveryLedger> m_ledger;
+    std::optional<Stored> m_older; ///< of this run
     std::vector<Fate> m_fates;
     std::vector<Sample> m_queue; ///< noted, not taken
     std::vector<int> m_uncommitted;
@@ -103,7 +120,7 @@ private:
 
 void Plant::start()
 {
-    m_ledger = std::make_unique<DeliveryLedger>(m_folder.filePath(QLatin1String("cursor")), &m_log);
+    m_ledger = std::make_unique<DeliveryLedger>(cursorName(), &m_log);
     m_lastTaken = m_told = 0;
 }
 
@@ -204,6 +221,7 @@ void Plant::acknowledge()
         if (m_out[i].kind != Outgoing::MARK || m_out[i].isAcknowledged) continue;
         m_out[i].isAcknowledged = true;
         m_mustArrive = i;
+        noteStored();
         for (const int row : m_out[i].proves)
             m_fates[size_t(row)].isProven = true;
         return m_ledger->proven(m_out[i].mark);
@@ -240,10 +258,34 @@ void Plant::cut()
     m_isSession = false;
 }
 
+void Plant::noteStored()
+{
+    m_ledger->awaitStored();
+    Stored stored;
+    QFile file(cursorName());
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    stored.content = file.readAll();
+    for (const Fate& fate : m_fates)
+        stored.isProven.push_back(fate.isProven);
+    m_older = stored;
+}
+
+/// The disk was slow: what the last acknowledgement proved never came there.
+void Plant::bringBackOlder()
+{
+    QFile file(cursorName());
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(m_older->content);
+    for (size_t i = 0; i < m_fates.size(); ++i)
+        m_fates[i].isProven = i < m_older->isProven.size() && m_older->isProven[i];
+}
+
 void Plant::kill(size_t lostRows)
 {
     cut();
     m_ledger.reset();
+    if (m_older && upTo(1) == 0) bringBackOlder();
+    m_older.reset();
     for (const int row : m_uncommitted)
         m_fates[size_t(row)].isGone = true;
     m_uncommitted.clear();

@@ -3,6 +3,8 @@
 
 #include "edgeBench.h"
 
+#include "sparkplug/edgeHistory.h"
+
 #include <gtest/gtest.h>
 
 namespace {
@@ -284,14 +286,14 @@ TEST(EdgeNode, WhatRebirthsFoldIsOwedButForTheValuesThatTheyTell)
 
 // Marks.
 
-TEST(EdgeNode, AMarkFollowsTheDataOnceASecond)
+TEST(EdgeNode, AMarkFollowsTheCommitOfWhatWasSent)
 {
     Kept bench;
     bench.read("oven", "temperature", 1);
-    bench.commitRows();
-    bench.passMs(999);
+    bench.passMs(1000);
     EXPECT_TRUE(bench.marks().empty());
-    bench.passMs(1);
+    bench.commitRows();
+    bench.passMs(200);
     ASSERT_EQ(1u, bench.marks().size());
     EXPECT_EQ(1, bench.marks()[0].message.qos);
     EXPECT_FALSE(bench.marks()[0].message.isRetained);
@@ -301,8 +303,59 @@ TEST(EdgeNode, AMarkFollowsTheDataOnceASecond)
     EXPECT_EQ(1u, bench.marks().size()) << "it would prove no more";
     bench.read("oven", "temperature", 2);
     bench.commitRows();
-    bench.passMs(1000);
+    bench.passMs(100);
     EXPECT_EQ(2u, bench.marks().size());
+}
+
+/// A cut in the middle of a long replay repeats only a small part of it.
+TEST(EdgeNode, MarksFollowThePartsOfTheHistory)
+{
+    Kept bench;
+    bench.cut();
+    const int rows = 20 * EdgeHistory::MOST_IN_A_STEP;
+    for (int i = 1; i <= rows; ++i)
+        bench.read("oven", "temperature", i);
+    bench.commitRows();
+    bench.passMs(1000);
+    bench.accept();
+    bench.grant();
+    size_t sent = 0;
+    while (sent < size_t(rows) / 2) {
+        bench.passMs(10);
+        bench.acknowledge();
+        sent = bench.historical(0).size();
+    }
+    const size_t before = bench.mark();
+    bench.cut();
+    bench.passMs(5000);
+    bench.accept();
+    bench.grant();
+    for (int i = 0; i < 100; ++i)
+        bench.passMs(10);
+    const std::vector<double> again = bench.historical(before);
+    ASSERT_FALSE(again.empty());
+    EXPECT_LE(sent - size_t(again[0]), 5u * EdgeHistory::MOST_IN_A_STEP);
+    EXPECT_EQ(rows, again.back());
+}
+
+/// Neither its birth told it, nor is it owed yet.
+TEST(EdgeNode, NoMarkProvesARowThatIsHeld)
+{
+    Kept bench;
+    bench.passMs(1050); // it becomes owed at the next full second
+    bench.read("mill", "speed", 5);
+    bench.commitRows();
+    bench.passMs(800);
+    EXPECT_TRUE(bench.marks().empty());
+    bench.acknowledge();
+    bench.cut();
+    const size_t before = bench.mark();
+    bench.passMs(1000);
+    bench.accept();
+    bench.grant();
+    bench.stand("mill", 1, true);
+    bench.passMs(1000);
+    EXPECT_EQ(1u, bench.historical(before).size());
 }
 
 TEST(EdgeNode, AMarkWaitsForTheOneBeforeIt)
@@ -383,6 +436,23 @@ TEST(EdgeNode, AnAcknowledgementOfAnEndedSessionProvesNothing)
     bench.grant();
     bench.passMs(100);
     EXPECT_EQ(std::vector<double>{1}, bench.historical(before));
+}
+
+TEST(EdgeNode, AStopProvesWhatWasSentBehindAMarkThatIsUnderway)
+{
+    Kept bench;
+    bench.read("oven", "temperature", 1);
+    bench.commitRows();
+    bench.passMs(1000);
+    ASSERT_EQ(1u, bench.marks().size());
+    bench.read("oven", "temperature", 2);
+    bench.commitRows();
+    bench.node.leave();
+    EXPECT_EQ(2u, bench.marks().size());
+    EXPECT_TRUE(bench.session.told.back().is("NDEATH"));
+    bench.acknowledge();
+    EXPECT_TRUE(bench.node.isOver());
+    EXPECT_EQ(0, bench.ledger.behind());
 }
 
 TEST(EdgeNode, AStopProvesWhatWasSent)

@@ -1,0 +1,74 @@
+// A file that is stored beside its owner's work.
+#include "plant/cursorFile.h"
+
+#include "links/descriptor.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+class CursorFileTest : public testing::Test
+{
+protected:
+    QString name() const
+    {
+        return m_folder.filePath(QLatin1String("cursor"));
+    }
+
+    /// The next content that is written waits until somebody reads this.
+    QByteArray makeDiskHang() const
+    {
+        const QByteArray work = QFile::encodeName(name()) + ".new";
+        EXPECT_EQ(0, ::mkfifo(work.constData(), S_IRUSR | S_IWUSR));
+        return work;
+    }
+
+private:
+    const QTemporaryDir m_folder;
+};
+
+} // namespace
+
+TEST_F(CursorFileTest, HoldsTheLastContent)
+{
+    {
+        CursorFile file(name());
+        EXPECT_FALSE(file.load());
+        EXPECT_FALSE(file.isStoring());
+        for (int i = 0; i <= 100; ++i)
+            file.store(QByteArray::number(i));
+    }
+    EXPECT_EQ("100", CursorFile(name()).load()->toStdString());
+}
+
+TEST_F(CursorFileTest, KeepsNobodyWaitingForASlowDisk)
+{
+    const QByteArray work = makeDiskHang();
+    CursorFile file(name());
+    testing::internal::CaptureStderr();
+    file.store("a");
+    EXPECT_TRUE(file.isStoring());
+    const Descriptor disk(::open(work.constData(), O_RDONLY | O_CLOEXEC));
+    file.awaitStored();
+    EXPECT_FALSE(testing::internal::GetCapturedStderr().empty()) << "what hung was not stored";
+    file.store("b");
+    file.awaitStored();
+    EXPECT_EQ("b", file.load().value_or(QByteArray()).toStdString());
+}
+
+TEST_F(CursorFileTest, WaitsUntilAllIsOnTheDisk)
+{
+    CursorFile file(name());
+    for (int i = 0; i < 10; ++i) {
+        file.store(QByteArray::number(i));
+        file.awaitStored();
+        EXPECT_FALSE(file.isStoring());
+        EXPECT_EQ(i, file.load()->toInt());
+    }
+}
