@@ -20,8 +20,8 @@ struct PlantSurroundings
     const StationClock& clock;
     StationLinks& links;
     const std::atomic<bool>& areWritesAllowed;
-    QString sequenceFile, cursorFile; ///< in the state folder
-    std::function<void()> changed;    ///< standings() changed; called by the thread of MQTT
+    QString sequenceFile, cursorFile, topicFile; ///< in the state folder
+    std::function<void()> changed; ///< standings() changed; called by the thread of MQTT
 };
 
 /// Publishes the station's values at brokers, and takes commands from them. One thread does it all:

@@ -33,9 +33,9 @@ EdgeNodeSettings edgeSettings(const PlantSettings& settings)
             settings.takesCommands};
 }
 
-JsonNodeSettings jsonSettings(const PlantSettings& settings)
+JsonNodeSettings jsonSettings(const PlantSettings& settings, const QString& topicFile)
 {
-    return {settings.node, settings.servers, settings.takesCommands};
+    return {settings.node, settings.servers, settings.takesCommands, topicFile};
 }
 
 /// Whether somebody who looks should look again.
@@ -82,7 +82,8 @@ void Plant::Thread::addDialects()
         });
     if (m_settings.speaksJson)
         add("-json", [&](BrokerSession& session) {
-            return std::make_unique<JsonNode>(jsonSettings(m_settings), session, m_commands, clock);
+            return std::make_unique<JsonNode>(jsonSettings(m_settings, m_surroundings.topicFile),
+                                              session, m_commands, clock);
         });
 }
 

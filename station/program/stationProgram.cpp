@@ -104,9 +104,10 @@ StationProgram::StationProgram(const StationConfig& config, const QString& drive
       m_areWritesAllowed(config.allowWrites),
       m_streams(streamSources(), [this] { wakeServer(); }),
       m_addresses(ownDriver(driverFile)),
-      m_plant(madePlant(config.plant,
-                        {m_clock, m_links, m_areWritesAllowed, fileOf(m_state, "mqtt-sequence"),
-                         fileOf(m_state, "mqtt-cursor"), [this] { wakeServer(); }})),
+      m_plant(
+          madePlant(config.plant, {m_clock, m_links, m_areWritesAllowed,
+                                   fileOf(m_state, "mqtt-sequence"), fileOf(m_state, "mqtt-cursor"),
+                                   fileOf(m_state, "mqtt-topics"), [this] { wakeServer(); }})),
       m_history(keptHistory(config, m_state, m_clock)),
       m_samples(samplesWithoutHistory(config, m_clock, m_plant)),
       m_links({m_clock, m_events, listeners(), driverFile, companionSimulator()}),

@@ -2,6 +2,7 @@
 
 #include "broker/serverWalk.h"
 #include "topics/setCommands.h"
+#include "topics/topicFile.h"
 
 #include <algorithm>
 #include <limits>
@@ -35,8 +36,10 @@ struct JsonNode::State
           clock(stationClock),
           walk(its.servers),
           states(its.node),
-          sets(states, plantCommands, stationClock)
+          sets(states, plantCommands, stationClock),
+          topicFile(its.topicFile)
     {
+        states.wasPublished(topicFile.read());
         standing.dialect = QLatin1String("json");
         standing.since = clock.wall();
     }
@@ -62,6 +65,7 @@ struct JsonNode::State
     ServerWalk walk;
     RetainedStates states;
     SetCommands sets;
+    TopicFile topicFile; ///< holds what the broker may hold, ahead of each message
     Step step = PAUSING;
     qint64 until = 0;                   ///< on the steady clock
     int subscription = 0, farewell = 0; ///< requests
@@ -203,6 +207,7 @@ JsonNode::~JsonNode() = default;
 void JsonNode::setDevices(const std::vector<EdgeDevice>& devices)
 {
     m_state->states.setDevices(devices);
+    m_state->topicFile.write(m_state->states.topicsAtBroker());
 }
 
 void JsonNode::take(const std::vector<Sample>& samples)
@@ -282,7 +287,7 @@ void JsonNode::delivered(int request)
 {
     State& state = *m_state;
     state.sets.delivered(request);
-    state.states.delivered(request);
+    if (state.states.delivered(request)) state.topicFile.write(state.states.topicsAtBroker());
     if (state.step != State::LEAVING || request != state.farewell) return;
     state.session.leave();
     state.become(State::OVER, 0);

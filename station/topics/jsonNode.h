@@ -12,6 +12,7 @@ struct JsonNodeSettings
     QString node;                       ///< as configured; topic levels are made of it
     std::vector<BrokerAddress> servers; ///< at least one, tried in turn
     bool takesCommands = false;
+    QString topicFile = QString(); ///< for TopicFile
 };
 
 /// The values as retained JSON texts, for programs that do not speak Sparkplug. It has a connection

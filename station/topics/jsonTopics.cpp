@@ -2,11 +2,15 @@
 
 #include "broker/topicLevels.h"
 
+#include <QStringList>
+
+#include <algorithm>
 #include <map>
 
 namespace {
 
 const QLatin1Char SLASH('/');
+const QLatin1String AVAILABILITY("availability");
 
 } // namespace
 
@@ -48,10 +52,21 @@ QString JsonTopics::ofLink(const QString& link) const
 
 QString JsonTopics::availability(const QString& link, int station) const
 {
-    return ofLink(link) + QString::number(station) + QLatin1String("/availability");
+    return ofLink(link) + QString::number(station) + SLASH + AVAILABILITY;
 }
 
 QString JsonTopics::state(const QString& link, const QString& tag) const
 {
     return ofLink(link) + m_tagLevels.value({link, tag});
+}
+
+bool JsonTopics::isRetained(const QString& topic) const
+{
+    if (!topic.startsWith(m_prefix)) return false;
+    const QStringList levels = topic.mid(m_prefix.size()).split(SLASH);
+    const bool areLevels = std::all_of(levels.begin(), levels.end(), [](const QString& level) {
+        return !level.isEmpty() && topicLevel(level) == level;
+    });
+    if (levels.size() == 3) return areLevels && levels.last() == AVAILABILITY;
+    return areLevels && levels.size() == 2;
 }

@@ -23,6 +23,9 @@ public:
     QString availability(const QString& link, int station) const;
     QString state(const QString& link, const QString& tag) const;
 
+    /// Whether the topic has the shape of an availability or a state of this node.
+    bool isRetained(const QString& topic) const;
+
 private:
     QString ofLink(const QString& link) const;
 

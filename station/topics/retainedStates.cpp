@@ -87,10 +87,24 @@ std::set<QString> RetainedStates::usedTopics() const
     return topics;
 }
 
+void RetainedStates::wasPublished(const std::set<QString>& topics)
+{
+    for (const QString& topic : topics)
+        if (m_topics.isRetained(topic)) m_published.insert(topic);
+}
+
+std::set<QString> RetainedStates::topicsAtBroker() const
+{
+    std::set<QString> topics = usedTopics();
+    topics.insert(m_unused.begin(), m_unused.end());
+    return topics;
+}
+
 /// What is not configured any more has no topic: the queue may still hold it.
 void RetainedStates::setDevices(const std::vector<EdgeDevice>& devices)
 {
-    const std::set<QString> before = usedTopics();
+    std::set<QString> before = usedTopics();
+    before.merge(std::exchange(m_published, {}));
     m_topics = JsonTopics(m_node, devices);
     Tags oldTags = std::exchange(m_tags, {});
     Stations oldStations = std::exchange(m_stations, {});
@@ -303,10 +317,11 @@ void RetainedStates::sent(int request, const BrokerMessage& message)
     if (message.qos == 1 && message.payload.isEmpty()) m_clearings[request] = message.topic;
 }
 
-void RetainedStates::delivered(int request)
+bool RetainedStates::delivered(int request)
 {
     const auto found = m_clearings.find(request);
-    if (found == m_clearings.end()) return;
+    if (found == m_clearings.end()) return false;
     m_unused.erase(found->second);
     m_clearings.erase(found);
+    return m_unused.empty();
 }

@@ -45,6 +45,14 @@ public:
     void setDevices(const std::vector<EdgeDevice>& devices);
     void take(const Sample& sample);
 
+    /// What an earlier run has published: the next devices tell what of it is no longer used.
+    /// Topics that are not of this node's states and availabilities are left alone: another station
+    /// may have them, when the folder of this one was copied.
+    void wasPublished(const std::set<QString>& topics);
+
+    /// Topics that the broker may hold, or will.
+    std::set<QString> topicsAtBroker() const;
+
     /// A session begins: everything is due, the status last.
     void sendAll();
 
@@ -63,7 +71,8 @@ public:
 
     /// A message of next() with QoS 1 went out as this request, and the broker has it.
     void sent(int request, const BrokerMessage& message);
-    void delivered(int request);
+    /// @return whether the last topic that is no longer used is cleared now
+    bool delivered(int request);
 
     /// Null: no tag has this topic.
     const StatedTag* tagAt(const QString& topic) const;
@@ -144,6 +153,7 @@ private:
 
     std::deque<Entry> m_queue;
     quint64 m_lastEntry = 0;
+    std::set<QString> m_published;      ///< by an earlier run, until the devices are known
     std::set<QString> m_unused;         ///< topics that the broker may still hold
     std::map<int, QString> m_clearings; ///< by request, of the MQTT session
     bool m_isStatusOut = false;

@@ -128,6 +128,19 @@ class PlantJson(StationTest):
         late.await_that(lambda late: "plc/still" in late.kept and "plc/count" in late.kept)
         self.assertNotIn("plc/offset", late.kept)
 
+    def test_what_was_taken_out_while_the_station_was_down_is_cleared(self):
+        station, topics = self.online()
+        topics.await_state("plc/offset", 0)
+        station.process.send_signal(signal.SIGKILL)
+        station.process.wait()
+        self.tags("still", "count")
+        self.publisher()
+        topics.await_that(lambda topics: "plc/offset" not in topics.kept)
+        topics.await_word("status", "online")
+        late = self.subscriber()
+        late.await_that(lambda late: {"status", HERE, "plc/still", "plc/count"} <= set(late.kept))
+        self.assertNotIn("plc/offset", late.kept)
+
     def test_a_set_is_confirmed_by_the_plc_and_has_its_line_in_the_record(self):
         station, topics = self.online("--allow-writes --mqtt-commands")
         self.assertEqual({"id": "a7", "outcome": "confirmed", "reason": None, "v": 4711},

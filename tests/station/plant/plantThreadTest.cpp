@@ -40,7 +40,8 @@ protected:
     explicit PlantThread()
         : plant(settingsFor(broker.port()),
                 {clock, links, allowsWrites, folder.filePath(QLatin1String("sequence")),
-                 folder.filePath(QLatin1String("cursor")), [this] { ++changes; }}),
+                 folder.filePath(QLatin1String("cursor")), folder.filePath(QLatin1String("topics")),
+                 [this] { ++changes; }}),
           intake(600000, clock, &plant.queue()),
           links(heard())
     {
@@ -118,7 +119,7 @@ TEST_F(PlantThread, EndsWhereNoBrokerIs)
     }
     Plant alone(settingsFor(nobody),
                 {clock, links, allowsWrites, folder.filePath(QLatin1String("s")),
-                 folder.filePath(QLatin1String("c")), nullptr});
+                 folder.filePath(QLatin1String("c")), QString(), nullptr});
     alone.start(nullptr);
     EXPECT_TRUE(news.await([&] { return !alone.standings().at(0).trouble.isEmpty(); }));
     const qint64 begin = clock.steady();
