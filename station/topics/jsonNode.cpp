@@ -56,7 +56,6 @@ struct JsonNode::State
     bool sendStates();
     void noteBorn();
     bool send(const BrokerMessage& message, int& request);
-    bool isWaiting() const;
     qint64 nextTurn(bool isMoreDue) const;
 
     const JsonNodeSettings settings;
@@ -184,16 +183,12 @@ bool JsonNode::State::sendStates()
     return false;
 }
 
-bool JsonNode::State::isWaiting() const
-{
-    return step != FLOWING && step != OVER;
-}
-
 /// Behind an undrained socket the session's next event calls.
 qint64 JsonNode::State::nextTurn(bool isMoreDue) const
 {
     if (isMoreDue && session.isDrained()) return clock.steady();
-    return isWaiting() ? until : std::numeric_limits<qint64>::max();
+    const bool isWaiting = step != FLOWING && step != OVER;
+    return isWaiting ? until : std::numeric_limits<qint64>::max();
 }
 
 JsonNode::JsonNode(const JsonNodeSettings& settings, BrokerSession& session,
