@@ -21,7 +21,7 @@ from marks import MARKS
 from session import Failure, Session, commands_in, run_block, without_comment
 
 PROGRAMS = ("kakb-host", "kakb-sim", "kakb-station", "curl", "tinyHost", "loadedDriver", "cmake", "tshark",
-            "man", "echo", "python3")
+            "man", "echo", "python3", "openssl", "mosquitto_passwd", "for", "chmod")
 
 
 def is_command(command):

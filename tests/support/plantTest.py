@@ -19,13 +19,14 @@ CA_DAYS = "30"
 class Subscriber:
     """Keeps every message of some topics, with its topic, payload, QoS and retain flag."""
 
-    def __init__(self, port, *topics):
+    def __init__(self, port, *topics, prepare=lambda client: None):
         self.messages = []
         self.subscribed = threading.Event()
         self.client = mqtt.Client()
         self.client.on_connect = lambda client, *_: client.subscribe([(t, 1) for t in topics])
         self.client.on_subscribe = lambda *_: self.subscribed.set()
         self.client.on_message = lambda _, __, message: self.messages.append(message)
+        prepare(self.client)
         self.client.connect_async("127.0.0.1", port, 60)
         self.client.loop_start()
         assert self.subscribed.wait(PATIENCE_S), "the broker grants no subscription"

@@ -32,7 +32,8 @@ class Sample:
 class SparkplugHost:
     """Subscribes to all that an edge node says. Any thread reads it under `lock`."""
 
-    def __init__(self, port, group="kakb", node="kakb-station", keep=True):
+    def __init__(self, port, group="kakb", node="kakb-station", keep=True,
+                 prepare=lambda client: None):
         self.lock = threading.Condition()
         self.group, self.node, self.keep = group, node, keep
         self.broken = []  # sentences
@@ -48,6 +49,7 @@ class SparkplugHost:
         self.client.reconnect_delay_set(1, 1)
         self.subscribed = threading.Event()
         self.client.on_subscribe = lambda *_: self.subscribed.set()
+        prepare(self.client)
         self.client.connect_async("127.0.0.1", port, 60)
         self.client.loop_start()
         assert self.subscribed.wait(PATIENCE_S), "the broker grants no subscription"
