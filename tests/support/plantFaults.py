@@ -30,8 +30,9 @@ LIVE_S = 4  # changes that are sent live, and have no acknowledged mark behind t
 class PlantFaults:
     """Runs the faults; `found` has what was wrong, in sentences."""
 
-    def __init__(self, programs, folder, seed):
+    def __init__(self, programs, folder, seed, noted_s=NOTED_S):
         self.random = random.Random(seed)
+        self.noted_s = noted_s
         self.programs, self.folder = programs, folder
         self.found = []
         self.counts = Counter()
@@ -191,7 +192,7 @@ class PlantFaults:
             if before is sample:
                 continue
             self.counts["doubled"] += 1
-            if sample.time / 1000 < self._proven(before, sample) - NOTED_S:
+            if sample.time / 1000 < self._proven(before, sample) - self.noted_s:
                 self.found.append(f"{tag}: {sample.time} came again though a mark had proven it")
 
     def _proven(self, first, again):
