@@ -12,7 +12,6 @@ STILL = "MW100"  # of the tag "still"
 STOP_S = 2
 CYCLE_MS = 100  # a value is as old as its answer can be: as the wait for it, and the pace
 KEEP_ALIVE_S = 5
-BIRTHS_S = 60  # of very many tags on a busy machine
 # The broker waits one and a half keep-alives, the station two.
 HALF_OPEN_S = 4 * KEEP_ALIVE_S
 
@@ -194,30 +193,3 @@ class PlantNames(PlantTest):
         """Makes tags.csv of rows."""
         self.file("tags.csv", "".join(",".join(map(str, row)) + "\n" for row in
                                       [("name", "station", "area", "address", "type"), *rows]))
-
-
-class PlantManyMetrics(PlantTest):
-    """A station with very many tags."""
-
-    TAGS, LINKS = 25000, 4
-
-    def test_births_of_a_hundred_thousand_metrics_hold_each_value(self):
-        broker = self.broker()
-        host = self.host_at(broker)
-        words = self.TAGS // 16
-        self.file("tags.csv", "name,station,area,address,type\n" + "".join(
-            f"b{word}.{bit},1,MX,{2 * word + bit // 8}.{bit % 8},bool\n"
-            for word in range(words + 1) for bit in range(16)))
-        links = "".join(f'[[link]]\nname = "l{number}"\nlink = "sim"\ntags = "tags.csv"\n'
-                        for number in range(self.LINKS))
-        self.file("station.toml", f'listen = "127.0.0.1:0"\n[mqtt]\nservers = ["{broker.url}"]\n'
-                                  f"{links}")
-        self.station("--config station.toml")
-        devices, count = {f"l{number}-1" for number in range(self.LINKS)}, 16 * (words + 1)
-        host.await_that(lambda host: devices == host.born, BIRTHS_S)
-        for kind, device, payload, _ in host.messages:
-            if kind == "DBIRTH":
-                self.assertEqual(count, len({metric.alias for metric in payload.metrics}), device)
-        host.await_that(lambda host: sum(quality == "good" for (device, _), (_, quality)
-                                         in host.values.items() if device) == count * self.LINKS,
-                        BIRTHS_S)
