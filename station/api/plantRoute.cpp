@@ -10,11 +10,7 @@ void appendStanding(JsonText& json, const PlantStanding& standing)
     json.beginObject().key("dialect").text(standing.dialect);
     json.key("state").word(plantStateText(standing.state));
     json.key("server").text(standing.server).key("since").integer(standing.since);
-    json.key("trouble");
-    if (standing.trouble.isEmpty())
-        json.null();
-    else
-        json.text(standing.trouble);
+    json.key("trouble").textOrNull(standing.trouble);
     json.key("behind").integer(standing.behind).key("dropped").integer(standing.dropped);
     json.key("sessions").integer(qint64(standing.sessions));
     json.key("sent").integer(qint64(standing.sent));
@@ -26,14 +22,19 @@ void appendStanding(JsonText& json, const PlantStanding& standing)
 
 } // namespace
 
+QByteArray plantDocument(const std::vector<PlantStanding>& standings)
+{
+    JsonText json;
+    json.beginArray();
+    for (const PlantStanding& standing : standings)
+        appendStanding(json, standing);
+    return json.endArray().document();
+}
+
 void addPlantRoute(HttpRoutes& routes, const StationParts& parts)
 {
     routes.add("GET", "/api/v1/plant", answering([&parts](const HttpRequest&) {
-                   JsonText json;
-                   json.beginArray();
-                   if (parts.plant)
-                       for (const PlantStanding& standing : parts.plant())
-                           appendStanding(json, standing);
-                   return jsonResponse(json.endArray().document());
+                   return jsonResponse(
+                       plantDocument(parts.plant ? parts.plant() : std::vector<PlantStanding>()));
                }));
 }

@@ -8,6 +8,8 @@
 ///     [{"dialect","state","server","since","trouble","behind","dropped","sessions","sent",
 ///       "historical","commands","refusedCommands"}]
 /// `state` is "connected", "connecting" or "pausing"; `trouble` is null unless there is a reason.
+QByteArray plantDocument(const std::vector<PlantStanding>& standings);
+
 void addPlantRoute(HttpRoutes& routes, const StationParts& parts);
 
 #endif

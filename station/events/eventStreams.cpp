@@ -119,7 +119,9 @@ std::optional<qint64> EventStreams::turn(qint64 now)
     m_isLossUntold = m_isLossUntold || isLossAmong(events);
     if (m_times.isLookDue(now, lookWanted())) look(now);
     sendEvents(events, now);
-    if (m_times.isBeatDue(now)) beat(now);
+    const bool isBeatDue = m_times.isBeatDue(now);
+    if (isBeatDue) beat(now);
+    if (m_hasPlantNews.exchange(false) || isBeatDue || m_toldPlant.isEmpty()) sendPlant(now);
     m_messages->recent.forget(now);
     return m_times.next(lookWanted());
 }
@@ -127,6 +129,11 @@ std::optional<qint64> EventStreams::turn(qint64 now)
 void EventStreams::tagChanged(const LinkValues&, int, const TagReading&)
 {
     if (!m_hasNews.exchange(true)) m_wake();
+}
+
+void EventStreams::plantChanged()
+{
+    if (!m_hasPlantNews.exchange(true)) m_wake();
 }
 
 void EventStreams::dropClosed()
@@ -141,6 +148,8 @@ void EventStreams::dropClosed()
 void EventStreams::rest()
 {
     m_hasNews = true;
+    m_hasPlantNews = true;
+    m_toldPlant.clear();
     m_isLossUntold = false;
     m_told.clear();
     m_messages->recent.clear();
@@ -188,6 +197,7 @@ void EventStreams::look(qint64 now)
     const QByteArray changes = m_told.changes();
     if (!changes.isEmpty()) send("values", changes, now);
     const bool hasSentFull = sendFull();
+    if (hasSentFull) m_toldPlant.clear(); // who comes or fell behind has missed it
     m_times.looked(now, hasSentFull || !changes.isEmpty());
     sendFrames(links, now);
 }
@@ -230,6 +240,15 @@ void EventStreams::beat(qint64 now)
     json.beginObject().key("time").integer(m_sources.clock.wall());
     json.key("seen").raw(m_told.seen()).endObject();
     send("beat", json.document(), now);
+}
+
+void EventStreams::sendPlant(qint64 now)
+{
+    if (!m_sources.plant) return;
+    const QByteArray document = m_sources.plant();
+    if (document == m_toldPlant) return;
+    m_toldPlant = document;
+    send("plant", document, now);
 }
 
 /// Sends a message to all clients that follow.

@@ -24,6 +24,7 @@ struct StreamedLink
 ///   values  {"full","values":[…]}, see ToldValues
 ///   link, write, recipe  the station's events, each with its `time` as the first key
 ///   beat    {"time","seen":[[link,tag,time],…]} each second
+///   plant   as GET /api/v1/plant, at a change of its states at once, of its figures with the beat
 ///   frame   with ?frames=LINK, see FrameChannel
 ///   gap     the end of a message that was cut short; its data is to be left unread
 ///
@@ -32,8 +33,8 @@ struct StreamedLink
 /// this one. One that is greater than the newest id, which a clock set back can bring, or that is
 /// no number, knows nothing of this run either.
 ///
-/// All functions are of the HTTP thread, but for tagChanged(). While no client is there, nothing is
-/// done.
+/// All functions are of the HTTP thread, but for tagChanged() and plantChanged(). While no client
+/// is there, nothing is done.
 class EventStreams : public ValueListener
 {
 public:
@@ -43,6 +44,7 @@ public:
         std::function<bool()> areWritesAllowed;
         const StationEvents& events;
         const StationClock& clock;
+        std::function<QByteArray()> plant = nullptr; ///< its document; null: no MQTT
     };
 
     /// @param wake  asks for a turn soon; any thread calls it, also with a link's values locked
@@ -58,6 +60,9 @@ public:
     /// Asks for a turn, at most once for each look at the values. Any thread calls it.
     void tagChanged(const LinkValues& link, int tag, const TagReading& reading) override;
 
+    /// The station stands in another way with its broker. Any thread calls it.
+    void plantChanged();
+
 private:
     void connect(const HttpRequest& request, const HttpAnswer& answer);
     std::shared_ptr<FrameChannel> channelOf(const QString& link);
@@ -71,6 +76,7 @@ private:
     void sendFrames(const std::vector<StreamedLink>& links, qint64 now);
     void sendEvents(const std::vector<StationEvent>& events, qint64 now);
     void beat(qint64 now);
+    void sendPlant(qint64 now);
     SharedMessage send(const char* name, const QByteArray& document, qint64 now);
 
     const Sources m_sources;
@@ -83,10 +89,11 @@ private:
     quint64 m_lastId;            ///< of the messages
     quint64 m_lastEvent = 0;     ///< of StationEvents
     bool m_isLossUntold = false; ///< a link is lost, and no look has told its values
+    QByteArray m_toldPlant;      ///< the last document
 
-    /// A change that no look has seen yet. It stays set while no client is there, so that nobody
-    /// wakes the server for nothing.
-    std::atomic<bool> m_hasNews{true};
+    /// A change that no look has seen yet, of values and of the plant. It stays set while no client
+    /// is there, so that nobody wakes the server for nothing.
+    std::atomic<bool> m_hasNews{true}, m_hasPlantNews{true};
 };
 
 #endif

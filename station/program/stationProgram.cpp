@@ -1,6 +1,7 @@
 #include "program/stationProgram.h"
 
 #include "api/apiRoutes.h"
+#include "api/plantRoute.h"
 #include "driver/companionFiles.h"
 #include "page/pageRoutes.h"
 #include "program/stationStatus.h"
@@ -104,10 +105,10 @@ StationProgram::StationProgram(const StationConfig& config, const QString& drive
       m_areWritesAllowed(config.allowWrites),
       m_streams(streamSources(), [this] { wakeServer(); }),
       m_addresses(ownDriver(driverFile)),
-      m_plant(
-          madePlant(config.plant, {m_clock, m_links, m_areWritesAllowed,
-                                   fileOf(m_state, "mqtt-sequence"), fileOf(m_state, "mqtt-cursor"),
-                                   fileOf(m_state, "mqtt-topics"), [this] { wakeServer(); }})),
+      m_plant(madePlant(config.plant,
+                        {m_clock, m_links, m_areWritesAllowed, fileOf(m_state, "mqtt-sequence"),
+                         fileOf(m_state, "mqtt-cursor"), fileOf(m_state, "mqtt-topics"),
+                         [this] { m_streams.plantChanged(); }})),
       m_history(keptHistory(config, m_state, m_clock)),
       m_samples(samplesWithoutHistory(config, m_clock, m_plant)),
       m_links({m_clock, m_events, listeners(), driverFile, companionSimulator()}),
@@ -206,7 +207,11 @@ EventStreams::Sources StationProgram::streamSources()
             streamed.push_back({{link, &link->values()}, {link, &link->frames()}});
         return streamed;
     };
-    return {links, [this] { return m_areWritesAllowed.load(); }, m_events, m_clock};
+    const auto plant = [this] { return plantDocument(m_plant->standings()); };
+    EventStreams::Sources sources = {links, [this] { return m_areWritesAllowed.load(); }, m_events,
+                                     m_clock};
+    if (!m_config.plant.servers.empty()) sources.plant = plant;
+    return sources;
 }
 
 /// No link runs, and no client is there, before there is a server.

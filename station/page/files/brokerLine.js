@@ -3,8 +3,6 @@ import { byId, make, setAttribute, setText } from "./dom.js";
 import { clockText } from "./format.js";
 import { getJson } from "./station.js";
 
-const LOOK_TIME = 2000;
-
 /** As /api/v1/plant has it.
  * @typedef {{dialect: string, state: "pausing"|"connecting"|"connected", server: string,
  *     since: number, trouble: string|null, behind: number, dropped: number}} BrokerStanding */
@@ -21,28 +19,28 @@ function sentence(standing) {
 }
 
 export class BrokerLine {
-    /** @param {() => boolean} isLive whether the page gets data: an old answer is not shown as new */
-    constructor(isLive) {
-        this.isLive = isLive;
-        this.timer = 0;
+    constructor() {
+        /** What the stream told last.
+         * @type {BrokerStanding[]|null} */
+        this.told = null;
     }
 
     /** Begins anew: a reload or a restart may have given the station a broker, or taken it. */
-    start() {
-        clearTimeout(this.timer);
-        this.look();
-    }
-
-    async look() {
-        clearTimeout(this.timer);
+    async start() {
+        const { told } = this;
         try {
-            if (this.isLive() && !document.hidden) this.show(await getJson("plant"));
+            const standings = await getJson("plant");
+            if (this.told === told) this.show(standings); // else the stream was faster
         } catch {
             // The stream tells that the station is gone.
         }
-        clearTimeout(this.timer);
-        if (!byId("broker-line").hidden || !this.isLive())
-            this.timer = setTimeout(() => this.look(), LOOK_TIME);
+    }
+
+    /** @param {BrokerStanding[]|null} standings  what the stream told */
+    update(standings) {
+        if (standings === null || standings === this.told) return;
+        this.told = standings;
+        this.show(standings);
     }
 
     /** @param {BrokerStanding[]} standings */

@@ -14,7 +14,7 @@ const root = document.documentElement;
 const model = new Model();
 const stream = new SharedStream(model, onNews);
 const surroundings = { model, stream, isLive: () => stream.isLive, announce };
-const brokerLine = new BrokerLine(() => stream.isLive);
+const brokerLine = new BrokerLine();
 const views = { values: new ValuesView(surroundings) };
 let shownView = "";
 let isFrameAsked = false;
@@ -32,6 +32,7 @@ function announce(text) {
 function onNews() {
     if (stream.isLive && root.dataset.stream !== "live") views[shownView]?.update();
     showStream();
+    brokerLine.update(model.standings);
     if (model.fullCount !== knownFullCount) readStation();
     if (isFrameAsked) return;
     isFrameAsked = true;

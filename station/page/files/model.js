@@ -32,6 +32,9 @@ export class Model {
         /** The station's clock at the last beat.
          * @type {{time: number, at: number}|null} */
         this.beat = null;
+        /** How the station stands with its broker, as the stream told it last.
+         * @type {import("./brokerLine.js").BrokerStanding[]|null} */
+        this.standings = null;
         /** Grows when tags came or went. */
         this.shape = 0;
         /** Grows with all values at once: the configuration may be another one. */
@@ -81,6 +84,9 @@ export class Model {
             return this.takeBeat(message.data, steady);
         case "frame":
             return this.takeFrames(message.data);
+        case "plant":
+            this.standings = message.data;
+            return;
         case "link":
         case "write":
         case "recipe":

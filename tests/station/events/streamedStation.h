@@ -74,10 +74,13 @@ struct TestClient
 class StreamedStation
 {
 public:
-    StreamedStation()
-        : streams(
-              {[this] { return streamed(); }, [this] { return areWritesAllowed; }, events, clock},
-              [this] { isWoken = true; })
+    explicit StreamedStation(const std::function<QByteArray()>& plant = nullptr)
+        : streams({[this] { return streamed(); }, [this] { return areWritesAllowed; }, events,
+                   clock, plant},
+                  [this] {
+                      isWoken = true;
+                      ++wakes;
+                  })
     {
         streams.addRoute(routes);
     }
@@ -135,6 +138,7 @@ public:
     StationEvents events{[this] { isWoken = true; }};
     bool areWritesAllowed = false;
     bool isWoken = false;
+    int wakes = 0;
     int turns = 0;
     std::optional<qint64> due;
     std::vector<std::unique_ptr<TestLink>> links;

@@ -4,6 +4,8 @@ from mosquittoBroker import MosquittoBroker
 from stationBrowser import BrowserTest
 
 LINE = "#broker-line"
+QUESTIONS = ("return performance.getEntriesByType('resource')"
+             ".filter((entry) => entry.name.endsWith('/api/v1/plant')).length;")
 
 
 def dialect(name, state):
@@ -34,6 +36,7 @@ class BrowserBroker(BrowserTest):
             rf"^sparkplug: connected, {self.broker.url}, since [0-9:]+, behind by \d+, dropped 0$")
         self.assertRegex(self.browser.one(dialect("json", "connected")).text,
                          rf"^json: connected, {self.broker.url}, since [0-9:]+$")
+        asked = self.browser.script(QUESTIONS)
         self.broker.kill()
         self.awaits(lambda: not self.browser.all(dialect("sparkplug", "connected")),
                     "the line tells nothing of the broker's end")
@@ -43,6 +46,7 @@ class BrowserBroker(BrowserTest):
         self.awaits_dialects("connected")
         self.awaits(lambda: "behind by 0" in self.browser.one(
             f"{LINE} [data-broker=sparkplug]").text, "it stays behind", 20)
+        self.assertEqual(asked, self.browser.script(QUESTIONS), "the stream tells it all")
 
 
 class BrowserWithoutBroker(BrowserTest):
@@ -50,7 +54,5 @@ class BrowserWithoutBroker(BrowserTest):
 
     def test_there_is_no_line(self):
         self.browse(800, 480)
-        self.awaits(lambda: self.browser.script(
-            "return performance.getEntriesByType('resource')"
-            ".some((entry) => entry.name.endsWith('/api/v1/plant'));"), "nobody asked")
+        self.awaits(lambda: self.browser.script(QUESTIONS) > 0, "nobody asked")
         self.assertFalse(self.browser.one(LINE).is_displayed())
