@@ -7,7 +7,7 @@ import time
 
 from mosquittoBroker import free_port
 from plantTest import DEVICE, PlantTest
-from processes import wait_until
+from processes import eventually, wait_until
 from sparkplugMessages import command
 
 PASSWORD = "a word"
@@ -37,6 +37,17 @@ class PlantPasswords(PlantTest):
 
     def test_a_known_user_is_let_in(self):
         self.await_connected(self.with_password(PASSWORD))
+
+    def test_each_dialect_is_a_client_of_its_own_with_the_name_that_the_configuration_gives(self):
+        self.file("password", PASSWORD + "\n").chmod(0o600)
+        station = self.configured(self.simulator, [
+            f'servers = ["{self.known.url}"]', 'user = "press"', 'password_file = "password"',
+            'dialects = ["sparkplug", "json"]', 'client_id = "press 7"', 'keep_alive = "77s"'])
+        self.await_connected(station)
+        for name in ("press 7", "press 7-json"):
+            line = f"as {name} (p2, c1, k77, u'press')"  # MQTT 3.1.1, clean session, keep-alive
+            self.assertTrue(eventually(
+                lambda text=line: text in self.known.output.read_text("utf-8")), line)
 
     def test_a_wrong_password_is_refused_in_words_and_tried_again_with_pauses(self):
         station = self.with_password("another word")

@@ -62,6 +62,22 @@ class PlantSessions(PlantTest):
         self.assertEqual([2, 2], [len(birth.metrics) for birth in births])
         self.assertEqual(1, host.births)
 
+    def test_a_link_that_is_lost_kills_its_device_until_it_is_back(self):
+        broker = self.broker()
+        host = self.host_at(broker)
+        self.tags("still", "offset")
+        simulator = self.plc("tcp")
+        relay = self.keep(TcpRelay(("127.0.0.1", int(simulator.link.rsplit(",", 1)[1]))))
+        self.station(f"--link tcp:127.0.0.1,{relay.port} --tags tags.csv --pace 20ms "
+                     f"--pause-ms 50 --mqtt {broker.url}")
+        host.await_that(lambda host: host.value(DEVICE, "still") == (0, "good"))
+        relay.cut()
+        host.await_that(lambda host: host.kinds()[-1] == f"DDEATH {DEVICE}")
+        relay.resume()
+        host.await_that(lambda host: host.kinds().count(f"DBIRTH {DEVICE}") == 2)
+        host.await_that(lambda host: host.value(DEVICE, "still") == (0, "good"))
+        self.assertEqual(1, host.births)
+
     def test_the_broker_publishes_the_death_of_a_killed_station(self):
         broker = self.broker()
         host = self.host_at(broker)
@@ -167,29 +183,3 @@ class PlantSessions(PlantTest):
         host.await_that(lambda host: host.value(DEVICE, "still") == (5, "good"))
         self.assertFalse((self.folder / "state" / "history.sqlite").exists())
         self.assertTrue(eventually(lambda: self.standing(station)["sent"] > 0))
-
-
-class PlantNames(PlantTest):
-    """Names of any kind."""
-
-    def test_names_that_topics_cannot_hold_are_replaced_in_ids_alone(self):
-        broker = self.broker()
-        host = self.host_at(broker, group="north", node="hall 7")
-        rows = [("a+b/c#d", 1, "MW", 0, "uint16"), ("mix/speed", 1, "MW", 2, "int16")]
-        self.table(rows)
-        plc = self.plc("tcp")
-        self.file("station.toml", "\n".join(
-            ['listen = "127.0.0.1:0"', "[mqtt]", f'servers = ["{broker.url}"]', 'group = "north"',
-             'node = "hall 7"', "[[link]]", 'name = "mix+er 1#"', f'link = "{plc.link}"',
-             'tags = "tags.csv"']) + "\n")
-        self.station("--config station.toml")
-        host.await_that(lambda host: host.born)
-        device = next(iter(host.born))
-        self.assertEqual("mix_er 1_-1", device)
-        host.await_that(lambda host: host.value(device, "a+b/c#d") == (0, "good"))
-        host.await_that(lambda host: host.value(device, "mix/speed") == (0, "good"))
-
-    def table(self, rows):
-        """Makes tags.csv of rows."""
-        self.file("tags.csv", "".join(",".join(map(str, row)) + "\n" for row in
-                                      [("name", "station", "area", "address", "type"), *rows]))
