@@ -100,9 +100,22 @@ except OSError:
 END
 }
 
+# The node is the leader of a process group of its own.
+kill_node() {
+    local group=$folder/node$1/group
+    [ -s "$group" ] || return 0
+    kill -KILL -- "-$(cat "$group")" 2>/dev/null || true
+    rm "$group"
+}
+
 await() {
     local end=$((SECONDS + START_S))
     until takes_clients "$(port mqtt "$1")"; do
+        if [ -e "$folder/stopped" ]; then
+            kill_node "$1" # it was begun while the others ended
+            end_name_server
+            return 1
+        fi
         if [ $SECONDS -gt $end ]; then
             tail -n 20 "$folder/node$1/output" >&2
             echo "node $1 does not take clients" >&2
@@ -112,18 +125,9 @@ await() {
     done
 }
 
-# The node is the leader of a process group of its own.
-kill_node() {
-    local group=$folder/node$1/group
-    [ -s "$group" ] || return 0
-    kill -KILL -- "-$(cat "$group")" 2>/dev/null || true
-    rm "$group"
-}
-
 # The name server stays as long as a node is entered with it.
 end_name_server() {
-    local try
-    for try in {1..50}; do
+    for _ in {1..50}; do
         ERL_EPMD_ADDRESS=127.0.0.1 ERL_EPMD_PORT=$(port epmd 0) epmd -kill 2>&1 |
             grep -q 'Killed\|cannot connect' && return 0
         sleep 0.1
@@ -152,6 +156,7 @@ case "$verb" in
 start)
     number=${number:-3}
     is_number
+    rm -f "$folder/stopped"
     write_cookie
     write_definitions
     start_nodes "$number"
@@ -166,6 +171,7 @@ revive)
     await "$number"
     ;;
 stop)
+    touch "$folder/stopped"
     for node in 1 2 3; do
         kill_node "$node"
     done

@@ -14,8 +14,8 @@ class ClusterFaults(PlantFaults):
     """The host listens at the third node, which stays: what the cluster gets, the host gets. The
     station comes there by a relay, whose cut sends it on to the first node.
 
-    A killed node is started again before the next one goes: without a majority of its nodes the
-    cluster takes no client."""
+    A killed node is started again before the next one goes, so that most of the cluster is always
+    there."""
 
     def run(self, kills, kinds=()):
         """Kills so many nodes in use, and judges."""

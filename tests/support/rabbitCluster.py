@@ -50,17 +50,14 @@ class RabbitBroker:
     def __init__(self, folder):
         self.cluster = RabbitCluster(folder, 1)
         self.port, self.url = self.cluster.ports[0], self.cluster.url(1)
-        self.is_there = True
 
     def kill(self):
         """Ends it without a word to its clients."""
         self.cluster.kill(1)
-        self.is_there = False
 
     def start(self):
         """Starts it again."""
         self.cluster.revive(1)
-        self.is_there = True
 
     def close(self):
         """Ends it."""

@@ -18,11 +18,14 @@ class PlantJson(StationTest):
 
     def setUp(self):
         super().setUp()
-        self.broker = self.keep(MosquittoBroker(self.folder))
+        self.broker = self.started_broker()
         self.tags("still", "offset", "count")
         self.plc_on_tcp = self.plc("tcp", "--control control")
         self.control = PlcControl(self.folder / "control")
         self.addCleanup(self.control.close)
+
+    def started_broker(self):
+        return self.keep(MosquittoBroker(self.folder))
 
     def publisher(self, options=""):
         return self.station(f"--link {self.plc_on_tcp.link} --tags tags.csv --pace 20ms "

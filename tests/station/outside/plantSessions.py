@@ -98,6 +98,10 @@ class PlantSessions(PlantTest):
         host.await_that(lambda host: host.kinds()[-1] == "NDEATH")
         self.assertEqual(1, host.kinds().count("NDEATH"), "the will is forgotten")
         self.assertIn(f"DDEATH {DEVICE}", host.kinds())
+        self.assert_left(broker)
+
+    def assert_left(self, broker):
+        """The station's last word to the broker was a DISCONNECT."""
         log = broker.output.read_text("utf-8")
         self.assertIn("Client kakb-kakb-kakb-station disconnected.", log)
 

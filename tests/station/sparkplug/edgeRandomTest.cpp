@@ -350,7 +350,7 @@ private:
 
 TEST(EdgeNode, KeepsEveryRuleOnRandomDays)
 {
-    size_t births = 0, historical = 0, live = 0;
+    quint64 births = 0, historical = 0, live = 0;
     for (unsigned seed = 1; seed <= DAYS; ++seed) {
         RandomDay day(seed);
         day.live();
@@ -359,7 +359,7 @@ TEST(EdgeNode, KeepsEveryRuleOnRandomDays)
         historical += day.bench.node.standing().historical;
         live += day.bench.node.standing().sent;
     }
-    EXPECT_GT(births, size_t(DAYS)) << "the days are too quiet to show anything";
-    EXPECT_GT(historical, size_t(DAYS));
-    EXPECT_GT(live, size_t(DAYS));
+    EXPECT_GT(births, quint64(DAYS)) << "the days are too quiet to show anything";
+    EXPECT_GT(historical, quint64(DAYS));
+    EXPECT_GT(live, quint64(DAYS));
 }
