@@ -48,22 +48,22 @@ void EdgeData::push(const Sample& sample)
 void EdgeData::thinOut()
 {
     std::set<std::pair<int, int>> seen; // device and metric; metric -1: the station
-    std::deque<Sample> kept;
+    std::deque<Sample> kept, strange;
     for (auto sample = m_waiting.rbegin(); sample != m_waiting.rend(); ++sample) {
         const bool isReading = sample->kind == Sample::READING;
         const EdgeMetrics::Place place =
             isReading
                 ? m_metrics.find(sample->link, sample->tag)
                 : EdgeMetrics::Place{m_metrics.findStation(sample->link, sample->station), -1};
-        if (place.device < 0) {
-            m_metrics.keepStrange(*sample);
-            continue;
-        }
-        if (seen.insert({place.device, place.metric}).second)
+        if (place.device < 0)
+            strange.push_front(std::move(*sample));
+        else if (seen.insert({place.device, place.metric}).second)
             kept.push_front(std::move(*sample));
         else if (isReading)
             miss(sample->number);
     }
+    for (const Sample& sample : strange)
+        m_metrics.keepStrange(sample);
     m_waiting = std::move(kept);
     m_mostWaiting = std::max<size_t>(MOST_WAITING, 2 * m_waiting.size());
 }
