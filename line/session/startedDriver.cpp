@@ -104,21 +104,21 @@ std::vector<NotedChange> StartedDriver::takeChanges()
 int StartedDriver::setRecipe(QVector<_RCP_VAR_PRO> records, const QByteArray& bytes)
 {
     const size_t kept = std::min(size_t(bytes.size()), m_recipe.size());
-    std::fill(m_recipe.begin(), m_recipe.end(), static_cast<unsigned char>(0));
-    std::copy_n(bytes.constData(), kept, m_recipe.begin());
+    m_recipe.clear();
+    std::copy_n(bytes.constData(), kept, m_recipe.data());
     return m_driver.setRcpAddress(records);
 }
 
 void StartedDriver::raise(RecipeFlag flag)
 {
     QMutexLocker locker(&m_mutex);
-    m_shared[flag] = 1;
+    m_shared.data()[flag] = 1;
 }
 
 bool StartedDriver::isRaised(RecipeFlag flag)
 {
     QMutexLocker locker(&m_mutex);
-    return m_shared[flag] == 1;
+    return m_shared.data()[flag] == 1;
 }
 
 QByteArray StartedDriver::recipeBytes(int count) const

@@ -2,6 +2,7 @@
 #define STARTED_DRIVER_H
 
 #include "driver/driverLibrary.h"
+#include "session/zeroPages.h"
 
 #include <QMutex>
 
@@ -83,10 +84,11 @@ private:
 
     const DriverLibrary& m_driver; ///< constant after construction
 
-    // The driver borrows the members below until the destructor.
-    std::vector<unsigned char> m_shared; ///< the recipe flags; guarded by m_mutex
-    std::vector<unsigned char> m_recipe; ///< used by the calling thread only
-    QMutex m_mutex;                      ///< the driver locks it too
+    // The driver borrows the members below until the destructor. Both blocks are large, and a link
+    // without recipes writes neither.
+    ZeroPages m_shared; ///< the recipe flags; guarded by m_mutex
+    ZeroPages m_recipe; ///< used by the calling thread only
+    QMutex m_mutex;     ///< the driver locks it too
 };
 
 /// The request writes a variable. Not for the frames of recipes.
