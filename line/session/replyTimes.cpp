@@ -6,7 +6,9 @@
 void ReplyTimes::add(qint64 time)
 {
     if (time < 0) return;
-    ++m_counts[std::size_t(bucketOf(time))];
+    const auto bucket = std::size_t(bucketOf(time));
+    if (bucket >= m_counts.size()) m_counts.resize(bucket + 1);
+    ++m_counts[bucket];
     ++m_count;
 }
 

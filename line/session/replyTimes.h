@@ -3,9 +3,10 @@
 
 #include <QtGlobal>
 
-#include <array>
+#include <vector>
 
-/// A histogram of reply times in microseconds. Its size does not depend on the number of replies.
+/// A histogram of reply times in microseconds. Its size does not depend on the number of replies:
+/// it grows with the logarithm of the longest one.
 class ReplyTimes
 {
 public:
@@ -27,14 +28,13 @@ public:
 private:
     enum {
         STEP_BITS = 5, ///< each doubling of the time is divided into 32 equal buckets
-        STEPS = 1 << STEP_BITS,
-        BUCKETS = (63 - STEP_BITS + 1) * STEPS ///< enough for the longest time, of 63 bits
+        STEPS = 1 << STEP_BITS
     };
 
     static int bucketOf(qint64 time);
     static qint64 middleOf(int bucket);
 
-    std::array<qint64, BUCKETS> m_counts = {};
+    std::vector<qint64> m_counts; ///< up to the bucket of the longest time so far
     qint64 m_count = 0;
 };
 
