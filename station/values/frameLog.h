@@ -20,8 +20,9 @@ struct LoggedFrame
 class FrameLog
 {
 public:
-    enum { MOST_FRAMES = 1000 };
+    enum { MOST_FRAMES = 1000, MOST_BYTES_OF_FRAME = 65535 };
 
+    /// Of a longer frame, the first MOST_BYTES_OF_FRAME are kept.
     void add(qint64 time, FrameRecord::Direction direction, const QByteArray& bytes);
 
     /// The frames behind `number`, oldest first.
@@ -30,9 +31,22 @@ public:
     quint64 lastNumber() const;
 
 private:
+    /// All but the bytes, packed: a station with a thousand links has a million of them.
+    struct Kept
+    {
+        quint64 time : 46; ///< ms since 1970, for two thousand years
+        quint64 direction : 2;
+        quint64 size : 16;
+    };
+    static_assert(sizeof(Kept) == 8, "the compiler does not pack it");
+
+    void forgetOldest();
+
+    // All members below are guarded by m_mutex.
     mutable std::mutex m_mutex;
-    std::deque<LoggedFrame> m_frames; ///< guarded by m_mutex
-    quint64 m_lastNumber = 0;         ///< guarded by m_mutex
+    std::deque<Kept> m_frames; ///< oldest first; the last one's number is m_lastNumber
+    std::deque<char> m_bytes;  ///< of m_frames, one frame behind the other
+    quint64 m_lastNumber = 0;
 };
 
 #endif
