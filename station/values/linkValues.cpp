@@ -22,8 +22,9 @@ LinkValues::LinkValues(QString name, std::vector<Tag> tags, const StationClock& 
       m_limits(m_tags.size()),
       m_known(m_tags.size())
 {
+    const QString notRead = QLatin1String("not read yet"); // one text for all tags
     for (Known& known : m_known)
-        known.reading.trouble = QLatin1String("not read yet");
+        known.reading.trouble = notRead;
     std::set<int> stations;
     for (const Tag& tag : m_tags)
         stations.insert(tag.station);
@@ -33,15 +34,21 @@ LinkValues::LinkValues(QString name, std::vector<Tag> tags, const StationClock& 
             {station, false, m_state.since, QLatin1String(NOT_ANSWERED_YET)});
 }
 
+/// Tags of one turn share one text.
 void LinkValues::setTurns(std::vector<std::optional<qint64>> turns)
 {
+    Limit last;
     for (size_t tag = 0; tag < std::min(turns.size(), m_limits.size()); ++tag) {
         Limit& limit = m_limits[tag];
         limit = Limit();
         if (!turns[tag]) continue;
         limit.age = std::max<qint64>(TURNS_OF_LIMIT * *turns[tag], SHORTEST_LIMIT);
-        limit.trouble =
-            QLatin1String("no answer for more than ") + durationText(*limit.age / MILLISECOND);
+        if (limit.age != last.age) {
+            last.age = limit.age;
+            last.trouble =
+                QLatin1String("no answer for more than ") + durationText(*limit.age / MILLISECOND);
+        }
+        limit.trouble = last.trouble;
     }
 }
 
