@@ -10,6 +10,7 @@
 #include "driver/driverFile.h"
 #include "links/tcpLink.h"
 #include "program/configuredStation.h"
+#include "program/heapUse.h"
 #include "program/serviceManager.h"
 #include "program/stationOptions.h"
 #include "program/stationProgram.h"
@@ -40,6 +41,7 @@ void reload(StationProgram& station, const StationOptions& options, const Driver
     tellReloading();
     try {
         const QStringList keys = station.reload(configuredStation(options, driver));
+        giveBackFreedHeap();
         tell(QLatin1String("read the configuration again"));
         if (!keys.isEmpty())
             tell(QString(QLatin1String("these keys change only with a restart: %1"))
@@ -65,6 +67,7 @@ void serve(const StationOptions& options, const StationConfig& config, const Dri
     const bool canReload = !options.config.isEmpty();
     takeStationSignals(canReload);
     StationProgram station(config, loadedFile(driver));
+    giveBackFreedHeap();
     std::printf("%s\n", qUtf8Printable(station.url()));
     std::fflush(stdout);
     tellReady();
@@ -100,6 +103,7 @@ StationStatus statusOf(const StationOptions& options)
 int main(int argc, char** argv)
 {
     holdStandardStreams();
+    boundHeaps();
     const QCoreApplication application(argc, argv);
     StationOptions options;
     if (const auto status = parseStationOptions(argc, argv, options)) return *status;
