@@ -5,6 +5,8 @@ import json
 import ssl
 import subprocess
 import sys
+import time
+import tomllib
 from itertools import islice
 from pathlib import Path
 
@@ -16,6 +18,7 @@ from sparkplugMessages import command
 
 PROJECT = Path(__file__).resolve().parents[3]
 DEVICE = "mixer-1"
+RECENT_MS = 60000
 GROUP, FIRST, SECOND = "north", "mixing", "press"
 TAGS = """name,station,area,address,type,access
 setpoint,1,MW,100,uint16,rw
@@ -159,6 +162,26 @@ class DocumentedPlant(PlantTest):
         result = json.loads(results[0])
         self.assertEqual(("a7", "confirmed", 22), (result["id"], result["outcome"], result["v"]))
         self.assertEqual(22, station.values()["setpoint"]["value"])
+
+    def test_what_telegraf_asks_for_is_what_stations_say(self):
+        settings = tomllib.loads(self.shown("telegraf.conf"))
+        [consumer] = settings["inputs"]["mqtt_consumer"]
+        [parsing] = consumer["topic_parsing"]
+        reader = self.keep(Subscriber(self.tls_port, *consumer["topics"],
+                                      prepare=self.as_user(consumer["username"])))
+        self.started(FIRST)
+        tags = {f"kakb/{FIRST}/mixer/setpoint", f"kakb/{FIRST}/mixer/level"}
+        self.awaits(lambda: tags <= {message.topic for message in reader.messages})
+        self.assertEqual(tags, {message.topic for message in reader.messages})
+        self.assertEqual((consumer["topics"], "_/node/link/tag"),
+                         ([parsing["topic"]], parsing["tags"]))
+        self.assertEqual("unix_ms", consumer["json_time_format"])
+        self.awaits(lambda: all(
+            json.loads(self.last(reader, tag))["q"] == "good" for tag in tags))
+        document = json.loads(self.last(reader, f"kakb/{FIRST}/mixer/level"))
+        self.assertEqual(0, document.pop("v"))
+        self.assertLess(abs(time.time() * 1000 - document.pop(consumer["json_time_key"])), RECENT_MS)
+        self.assertEqual(consumer["json_string_fields"], list(document))
 
     def test_only_who_may_command_does(self):
         station = self.started(FIRST)
