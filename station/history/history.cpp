@@ -15,6 +15,7 @@ History::~History()
 
 void History::stop()
 {
+    m_writer.hurry();
     if (!m_thread.stop()) return;
     m_intake.close();
     m_writer.turn();

@@ -7,7 +7,12 @@
 #include <algorithm>
 
 HistoryFile::HistoryFile(const QString& name, const HistoryCap& cap, const OpenRun& run)
-    : m_name(name), m_cap(cap), m_file(openHistoryFile(name)), m_run(run)
+    : m_name(name),
+      m_cap(cap),
+      m_file(openHistoryFile(name)),
+      m_addSeries(*m_file, "INSERT OR IGNORE INTO series (link, tag, era) VALUES (?, ?, ?)"),
+      m_findSeries(*m_file, "SELECT id FROM series WHERE link = ? AND tag = ? AND era = ?"),
+      m_run(run)
 {
     m_identity = m_file->number("SELECT id FROM identity");
     m_fresh = m_file->number("SELECT count(*) FROM fresh");
@@ -54,12 +59,10 @@ qint64 HistoryFile::seriesOf(int tag, const HistoryIntake::TagName& name)
 {
     const auto known = m_series.find(tag);
     if (known != m_series.end()) return known->second;
-    SqliteStatement insert(*m_file,
-                           "INSERT OR IGNORE INTO series (link, tag, era) VALUES (?, ?, ?)");
-    insert.bindText(0, name.link).bindText(1, name.tag).bind(2, m_era).run();
-    SqliteStatement find(*m_file, "SELECT id FROM series WHERE link = ? AND tag = ? AND era = ?");
-    find.bindText(0, name.link).bindText(1, name.tag).bind(2, m_era);
-    const qint64 series = find.next() ? find.integer(0) : 0;
+    m_addSeries.bindText(0, name.link).bindText(1, name.tag).bind(2, m_era).run();
+    m_findSeries.bindText(0, name.link).bindText(1, name.tag).bind(2, m_era);
+    const qint64 series = m_findSeries.next() ? m_findSeries.integer(0) : 0;
+    m_findSeries.reset();
     m_series[tag] = series;
     return series;
 }
@@ -89,11 +92,12 @@ void HistoryFile::write(const HistoryIntake::Taken& taken,
     transaction.commit();
 }
 
-void HistoryFile::keepInOrder()
+void HistoryFile::keepInOrder(const std::atomic<bool>& isHurried)
 {
+    if (isHurried) return;
     keepLogSmall(*m_file, m_name, m_cap);
     if (m_fresh >= m_cap.freshRows) {
-        packFreshRows(*m_file);
+        if (!packFreshRows(*m_file, isHurried)) return;
         m_fresh = 0;
         keepLogSmall(*m_file, m_name, m_cap);
     }

@@ -4,6 +4,7 @@
 #include "history/historyCap.h"
 #include "history/historyIntake.h"
 
+#include <atomic>
 #include <map>
 
 /// The open file of the history, as its writer sees it. After an exception it is of no more use:
@@ -28,8 +29,9 @@ public:
     void write(const HistoryIntake::Taken& taken, const std::vector<HistoryIntake::TagName>& tags);
 
     /// Packs rows that are due, keeps the file below the cap and its log small.
+    /// @param isHurried  somebody waits for the end, and sets it: the next run does the rest
     /// @throws SqliteError, HistoryTrouble
-    void keepInOrder();
+    void keepInOrder(const std::atomic<bool>& isHurried);
 
     /// As of the last commit.
     const OpenRun& run() const
@@ -76,9 +78,11 @@ private:
     void beginRun(qint64 begin);
     void endRun(qint64 end);
     qint64 seriesOf(int tag, const HistoryIntake::TagName& name);
+
     const QString m_name;
     const HistoryCap m_cap;
     const std::unique_ptr<SqliteFile> m_file;
+    SqliteStatement m_addSeries, m_findSeries;
     qint64 m_identity = 0;
     OpenRun m_run;
     bool m_hadRun = false;

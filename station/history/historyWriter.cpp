@@ -47,6 +47,11 @@ void HistoryWriter::turn()
     if (m_file || m_clock.steady() >= m_nextTry) write();
 }
 
+void HistoryWriter::hurry()
+{
+    m_isHurried = true;
+}
+
 /// A file that is broken is moved aside, and the rows go into a new one.
 void HistoryWriter::write()
 {
@@ -107,7 +112,7 @@ void HistoryWriter::writeTaken()
         m_run = m_file->run();
         tellCommit();
         m_taken.reset();
-        m_file->keepInOrder();
+        m_file->keepInOrder(m_isHurried);
         if (!hasWaited) return;
     }
 }

@@ -37,6 +37,10 @@ public:
     /// Writes what was noted since the last turn. Call it about once a second.
     void turn();
 
+    /// The station ends: turns only write from now on, also the one that runs. The next run puts
+    /// the file in order.
+    void hurry();
+
     HistoryStanding standing() const;
 
     /// As of the last commit. Never waits for the disk.
@@ -66,6 +70,8 @@ private:
     qint64 m_nextTry = 0;                        ///< on the steady clock, microseconds
     qint64 m_droppedBefore = 0;                  ///< from files that are closed
     LogPosition m_committed;
+
+    std::atomic<bool> m_isHurried{false};
 
     mutable std::mutex m_mutex;
     HistoryStanding m_standing; ///< guarded by m_mutex

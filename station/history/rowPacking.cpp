@@ -63,24 +63,28 @@ private:
 
 } // namespace
 
-void packFreshRows(SqliteFile& file)
+/// What a transaction without a commit did is undone.
+bool packFreshRows(SqliteFile& file, const std::atomic<bool>& isHurried)
 {
     SqliteTransaction transaction(file, SqliteTransaction::WRITE);
     PackedSpans spans(file);
     PackMaker maker(spans);
     SqliteStatement fresh(file, "SELECT series, sequence, time, state, value FROM fresh"
                                 " ORDER BY series, sequence");
-    while (fresh.next())
+    while (!isHurried && fresh.next())
         maker.add(fresh.integer(0), freshRow(fresh, 1));
     SqliteStatement insert(
         file, "INSERT INTO packs (id, series, number, rows, data) VALUES (?, ?, ?, ?, ?)");
     for (const Pack& pack : maker.packs()) {
+        if (isHurried) return false;
         insert.bind(0, pack.first).bind(1, pack.series).bind(2, pack.number);
         insert.bind(3, pack.summary.rows).bindBlob(4, pack.data).run();
         spans.addPack(pack.series, pack.number, pack.first, pack.summary);
     }
+    if (isHurried) return false;
     file.execute("INSERT INTO packings (first) SELECT sequence FROM fresh"
                  " ORDER BY sequence LIMIT 1;"
                  "DELETE FROM fresh");
     transaction.commit();
+    return true;
 }

@@ -3,8 +3,12 @@
 
 #include "history/sqliteFile.h"
 
+#include <atomic>
+
 /// Moves all fresh rows into packs, in one transaction.
+/// @param isHurried  somebody waits for the end, and sets it: then nothing is moved
+/// @return whether the rows were moved
 /// @throws SqliteError
-void packFreshRows(SqliteFile& file);
+bool packFreshRows(SqliteFile& file, const std::atomic<bool>& isHurried = false);
 
 #endif
