@@ -14,12 +14,16 @@
 class ServerWalk
 {
 public:
+    /// A session whose values flowed so long was good. One that ends earlier may be thrown out by
+    /// another client of the same name: without pauses the two would never stop.
+    enum { GOOD_SESSION_MS = 1000 };
+
     /// @param servers  at least one
     explicit ServerWalk(std::vector<BrokerAddress> servers);
 
     const BrokerAddress& server() const;
 
-    /// The session with server() was as good as it can be: values flowed.
+    /// The session with server() was as good as it can be, see GOOD_SESSION_MS.
     void wasGood();
 
     /// The session is over, or never came to be.

@@ -9,9 +9,8 @@
 namespace {
 
 enum {
-    TICK = SECOND,                  ///< from figure to figure
-    MARK_PAUSE = 100 * MILLISECOND, ///< from look to look whether a mark proves something new
-    GOOD_SESSION = SECOND           ///< a session that lived so long was good
+    TICK = SECOND,                 ///< from figure to figure
+    MARK_PAUSE = 100 * MILLISECOND ///< from look to look whether a mark proves something new
 };
 
 QByteArray markText(const DeliveryLedger::Mark& mark)
@@ -32,7 +31,7 @@ void EdgeNode::State::bear()
     const qint64 now = clock.steady();
     become(BORN, QString());
     ++sessions;
-    goodAt = now + GOOD_SESSION;
+    goodAt = now + qint64(ServerWalk::GOOD_SESSION_MS) * MILLISECOND;
     tickAt = now + TICK;
     markAt = now + MARK_PAUSE;
     isLeft = false;

@@ -67,6 +67,7 @@ struct JsonNode::State
     TopicFile topicFile; ///< holds what the broker may hold, ahead of each message
     Step step = PAUSING;
     qint64 until = 0;                   ///< on the steady clock
+    qint64 bornAt = 0;                  ///< on the steady clock; 0: the states are not out yet
     int subscription = 0, farewell = 0; ///< requests
     int left = 0;                       ///< messages that this turn may still send
     PlantStanding standing;
@@ -109,6 +110,9 @@ void JsonNode::State::pause(const QString& reason)
 {
     sets.sessionEnded();
     if (step == LEAVING) return become(OVER, 0);
+    const qint64 lived = clock.steady() - bornAt;
+    if (bornAt != 0 && lived >= qint64(ServerWalk::GOOD_SESSION_MS) * MILLISECOND) walk.wasGood();
+    bornAt = 0;
     standing.trouble = reason;
     tell(PlantStanding::PAUSING);
     become(PAUSING, walk.ended(false) * MILLISECOND);
@@ -166,7 +170,7 @@ void JsonNode::State::noteBorn()
 {
     standing.trouble.clear();
     tell(PlantStanding::BORN);
-    walk.wasGood();
+    bornAt = clock.steady();
 }
 
 /// What cannot go out is lost with the session: the next one begins with everything.

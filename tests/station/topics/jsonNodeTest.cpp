@@ -214,6 +214,7 @@ TEST_F(JsonNodeTest, ClearsATopicAgainUntilTheBrokerHasAcknowledgedIt)
     fewer.pop_back();
     node->setDevices(fewer);
     turns();
+    clock.passMs(1000);
     session.end("lost");
     told = 0;
     open();
@@ -221,6 +222,7 @@ TEST_F(JsonNodeTest, ClearsATopicAgainUntilTheBrokerHasAcknowledgedIt)
     EXPECT_EQ((Texts{"right/1/availability ", "right/level "}),
               Texts(second.begin(), second.begin() + 2));
     session.acknowledge();
+    clock.passMs(1000);
     session.end("lost");
     told = 0;
     open();
