@@ -185,7 +185,7 @@ class PlantServers(PlantTest):
         station.await_good()
         self.control.command("set MW100=9")
         station.await_values(lambda values: values["still"]["value"] == 9)
-        self.assertEqual("Connection refused", self.standing(station)["trouble"])
+        self.await_standing(station, lambda standing: standing["trouble"] == "Connection refused")
 
 
 class PlantForeignCommands(PlantTest):
