@@ -16,7 +16,7 @@ FOLDERS = ("", "docs", "tests", "tests/unit", "scripts", "simulator", "include",
 # stands for something else, and topics and metrics of MQTT.
 ELSEWHERE = re.compile(
     r"build/|(lib/)?quorvane-ka-kb/|/|RECORD|tags\.csv$|recipe\.csv$|history\.csv$|application/|"
-    r"spBv1\.0/|kakb/|kakb-mark/|Buffer/|Commands/")
+    r"spBv1[./]0|kakb/|kakb-mark/|Buffer/|Commands/")
 
 
 class Tree:
