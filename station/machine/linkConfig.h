@@ -1,7 +1,7 @@
 #ifndef LINK_CONFIG_H
 #define LINK_CONFIG_H
 
-#include "plan/tag.h"
+#include "values/sharedTags.h"
 
 #include <optional>
 #include <vector>
@@ -11,7 +11,7 @@ struct LinkConfig
 {
     QString name; ///< unique in the station
     QString link; ///< "sim", "serial:...", "tcp:...", see linkAddress()
-    std::vector<Tag> tags;
+    SharedTags tags;
     std::optional<qint64> paceMs; ///< empty: defaultPaceMs()
     int timeoutMs = 500;
     int attempts = 3;

@@ -42,8 +42,7 @@ void MachineLink::makeRun(const LinkSurroundings& surroundings, DriverCopies& co
                           JobAudit& audit)
 {
     m_driver = copies.lend();
-    m_run = std::make_unique<LinkRun>(*m_driver, settings(surroundings, audit), m_config.tags,
-                                      m_values);
+    m_run = std::make_unique<LinkRun>(*m_driver, settings(surroundings, audit), tags(), m_values);
     notePlan();
 }
 
@@ -61,7 +60,7 @@ LinkRun::Settings MachineLink::settings(const LinkSurroundings& surroundings, Jo
     if (settings.address.kind == LinkAddress::SIMULATED) {
         const LineSettings line = settings.address.line;
         m_simulator = std::make_unique<OwnSimulator>(
-            surroundings.simulatorFile, simulatedPlcArguments(line, m_config.tags),
+            surroundings.simulatorFile, simulatedPlcArguments(line, tags()),
             [this, &audit] { audit.simulatorEnded(m_config.name); });
         settings.opening = [this, line] { return m_simulator->open(line); };
     }
@@ -120,8 +119,8 @@ void MachineLink::stop(const QString& why)
 
 std::optional<int> MachineLink::tagNamed(const QString& name) const
 {
-    for (size_t tag = 0; tag < m_config.tags.size(); ++tag) {
-        if (m_config.tags[tag].name == name) return int(tag);
+    for (size_t tag = 0; tag < tags().size(); ++tag) {
+        if (tags()[tag].name == name) return int(tag);
     }
     return {};
 }

@@ -63,7 +63,7 @@ public:
     }
     const std::vector<Tag>& tags() const
     {
-        return m_config.tags;
+        return m_config.tags.all();
     }
     const LinkValues& values() const
     {

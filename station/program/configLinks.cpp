@@ -53,6 +53,11 @@ QString ConfigLinks::portTaken(const LinkConfig& config, const QString& device, 
 /// A file that cannot be read is a mistake of the configuration; what stands in it, one of its own.
 void ConfigLinks::takeTags(const QString& fileName, int line, LinkConfig& config)
 {
+    const auto known = m_tagsOfFile.find(fileName);
+    if (known != m_tagsOfFile.end()) {
+        config.tags = known->second;
+        return;
+    }
     try {
         fileBytes(fileName);
     } catch (const TagFileError& error) {
@@ -60,6 +65,7 @@ void ConfigLinks::takeTags(const QString& fileName, int line, LinkConfig& config
     }
     try {
         config.tags = tagsOfLink(fileName, m_driver);
+        m_tagsOfFile.insert({fileName, config.tags});
     } catch (const TagFileError& error) {
         m_mistakes.addLines(QString::fromUtf8(error.what()));
     }

@@ -41,7 +41,8 @@ private:
     ConfigMistakes& m_mistakes;
     std::vector<LinkConfig> m_links;
     std::map<QString, int> m_lineOfName;
-    std::map<QString, Owned> m_ports; ///< by the device's canonical path
+    std::map<QString, SharedTags> m_tagsOfFile; ///< of the files without a mistake
+    std::map<QString, Owned> m_ports;           ///< by the device's canonical path
 };
 
 /// The tags of a file.

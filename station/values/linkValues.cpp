@@ -15,12 +15,12 @@ enum { SHORTEST_LIMIT = 2 * SECOND, TURNS_OF_LIMIT = 3 };
 
 } // namespace
 
-LinkValues::LinkValues(QString name, std::vector<Tag> tags, const StationClock& clock)
+LinkValues::LinkValues(QString name, SharedTags tags, const StationClock& clock)
     : m_name(std::move(name)),
       m_tags(std::move(tags)),
       m_clock(clock),
-      m_limits(m_tags.size()),
-      m_known(m_tags.size())
+      m_limits(m_tags.all().size()),
+      m_known(m_tags.all().size())
 {
     const QString notRead = QLatin1String("not read yet"); // one text for all tags
     for (Known& known : m_known)
@@ -104,7 +104,7 @@ TagReading LinkValues::reading(int tag) const
 std::vector<TagReading> LinkValues::readings() const
 {
     std::vector<TagReading> all;
-    all.reserve(m_tags.size());
+    all.reserve(m_known.size());
     const std::lock_guard<std::mutex> lock(m_mutex);
     const qint64 now = m_clock.steady();
     for (size_t tag = 0; tag < m_known.size(); ++tag)

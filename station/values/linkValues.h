@@ -1,11 +1,11 @@
 #ifndef LINK_VALUES_H
 #define LINK_VALUES_H
 
-#include "plan/tag.h"
 #include "session/figureCounts.h"
 #include "session/linkSink.h"
 #include "values/frameLog.h"
 #include "values/linkState.h"
+#include "values/sharedTags.h"
 #include "values/stationClock.h"
 #include "values/stationEvents.h"
 #include "values/tagReading.h"
@@ -69,7 +69,7 @@ public:
     using RecipeProgress = std::function<void(int job, int done)>;
 
     /// @param name  the link's name in the station
-    LinkValues(QString name, std::vector<Tag> tags, const StationClock& clock);
+    LinkValues(QString name, SharedTags tags, const StationClock& clock);
 
     // Call these before the link starts.
 
@@ -90,7 +90,7 @@ public:
     }
     const std::vector<Tag>& tags() const
     {
-        return m_tags;
+        return m_tags.all();
     }
 
     /// What is known now. The quality is that of this moment.
@@ -162,7 +162,7 @@ private:
     void noteClock(qint64 now);
 
     const QString m_name;
-    const std::vector<Tag> m_tags;
+    const SharedTags m_tags;
     const StationClock& m_clock;
 
     // Constant once the link has started.

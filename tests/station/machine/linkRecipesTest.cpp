@@ -44,11 +44,11 @@ TEST_F(LinkRecipesTest, AreWrittenAndVerified)
 
 TEST_F(LinkRecipesTest, AreShownByTheTagsOfTheirPlaces)
 {
-    LinkConfig shown = config(plc.link(), tags({"MW100", "MX900.1", "MW200:float32:high"}));
-    for (Tag& tag : shown.tags)
+    std::vector<Tag> once = tags({"MW100", "MX900.1", "MW200:float32:high"});
+    for (Tag& tag : once)
         ASSERT_TRUE(takeRate(QLatin1String("once"), tag.rate));
     live->stop(QLatin1String("another takes its place"));
-    live = liveLink(shown);
+    live = liveLink(config(plc.link(), once));
     ASSERT_EQ("done", summaryOf(transfer(*live, request(RecipeRequest::DOWNLOAD))));
     EXPECT_TRUE(news.await([&] {
         return MachineTest::shown(*live, 0) == "11" && MachineTest::shown(*live, 1) == "1" &&

@@ -153,10 +153,10 @@ TEST_F(LinkWritesTest, EndWithTheLinkAndFailBehindIt)
 TEST_F(LinkWritesTest, BeyondTheMostThatMayWaitFailUnsent)
 {
     const LinkConfig slow = [this] {
-        LinkConfig many = config(plc.link(), {});
+        std::vector<Tag> many;
         for (int i = 0; i <= LinkJobs::MOST_WRITES; ++i)
-            many.tags.push_back(tag(("MW" + std::to_string(2 * i)).c_str()));
-        return many;
+            many.push_back(tag(("MW" + std::to_string(2 * i)).c_str()));
+        return config(plc.link(), many);
     }();
     const auto link = liveLink(slow);
     ASSERT_EQ("ok", plc.command("stall 20"));

@@ -92,7 +92,9 @@ TEST_F(StationLinksTest, ThatAreTakenOutKeepNoGoodValue)
 {
     ControlledPlc plc;
     LinkConfig config = named("gone", plc.link());
-    config.tags[0].rate.kind = ReadRate::ONCE; // its value never gets too old
+    std::vector<Tag> once = config.tags.all();
+    once[0].rate.kind = ReadRate::ONCE; // its value never gets too old
+    config.tags = once;
     links.apply({config});
     ASSERT_TRUE(becomesGood("gone"));
     const auto gone = links.find(QLatin1String("gone"));

@@ -29,11 +29,10 @@ protected:
     /// A link "plc" with the tags MW100, MX400.3 and MW200, all good; MW300 is read-only.
     void openPlc()
     {
-        LinkConfig plcLink =
-            config(plc.link(), tags({"MW100", "MX400.3", "MW200:float32:high", "MW300"}));
-        for (Tag& tag : plcLink.tags)
+        std::vector<Tag> all = tags({"MW100", "MX400.3", "MW200:float32:high", "MW300"});
+        for (Tag& tag : all)
             tag.access = tag.address == QLatin1String("300") ? Tag::READ_ONLY : Tag::READ_WRITE;
-        links.apply({plcLink});
+        links.apply({config(plc.link(), all)});
         ASSERT_TRUE(news.await([&] { return areAllGood(*links.find(QLatin1String("plc"))); }));
     }
 

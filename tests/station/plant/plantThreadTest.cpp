@@ -135,8 +135,9 @@ TEST_F(PlantThread, MayNeverHaveBegun)
 
 TEST_F(PlantThread, EachStationOfALinkIsADevice)
 {
-    LinkConfig one = config(QLatin1String("sim"), tags({"MW100", "MW102", "IW0"}));
-    one.tags[1].station = 7;
+    std::vector<Tag> ofTwo = tags({"MW100", "MW102", "IW0"});
+    ofTwo[1].station = 7;
+    const LinkConfig one = config(QLatin1String("sim"), ofTwo);
     LinkConfig other = config(QLatin1String("sim"), tags({"MW100"}));
     other.name = QLatin1String("mixer");
     EXPECT_EQ("plc-1 2, plc-7 1, mixer-1 1", devicesText(plantDevices({one, other})));

@@ -93,7 +93,7 @@ pause_ms = 1000
     const LinkConfig& link = config.links.front();
     EXPECT_EQ("line 1", link.name.toStdString());
     EXPECT_EQ("tcp:10.0.0.7,502", link.link.toStdString());
-    EXPECT_EQ(1U, link.tags.size());
+    EXPECT_EQ(1U, link.tags.all().size());
     EXPECT_EQ(250, link.paceMs);
     EXPECT_EQ(300, link.timeoutMs);
     EXPECT_EQ(2, link.attempts);
@@ -211,6 +211,29 @@ tags = "tags.csv"
               "station.toml: line 7: link: the link \"a\" on line 3 has the serial port "
               "/dev/../dev/null already",
               m_mistakes.toStdString());
+}
+
+TEST_F(ConfigFile, LinksWithOneTagFileShareItsTags)
+{
+    write("other.csv", "name,station,area,address,type\nflow,1,MW,102,uint16\n");
+    const StationConfig config = read(R"([[link]]
+name = "a"
+link = "tcp:10.0.0.1"
+tags = "tags.csv"
+[[link]]
+name = "b"
+link = "tcp:10.0.0.2"
+tags = "./tags.csv"
+[[link]]
+name = "c"
+link = "tcp:10.0.0.3"
+tags = "other.csv"
+)");
+    ASSERT_EQ("", m_mistakes.toStdString());
+    ASSERT_EQ(3U, config.links.size());
+    EXPECT_EQ(&config.links[0].tags.all(), &config.links[1].tags.all());
+    EXPECT_EQ("level", config.links[1].tags.all()[0].name.toStdString());
+    EXPECT_EQ("flow", config.links[2].tags.all()[0].name.toStdString());
 }
 
 TEST_F(ConfigFile, MistakesOfTheTagFilesComeBehindAndOnce)

@@ -196,11 +196,10 @@ TEST_F(ConfigPlant, TagsThatHostsCannotTellApartAreRefused)
     config.plant.servers.push_back({});
     LinkConfig link;
     link.name = QLatin1String("oven");
-    for (const char* const name : {"Door", "door"}) {
-        Tag tag;
-        tag.name = QLatin1String(name);
-        link.tags.push_back(tag);
-    }
+    std::vector<Tag> tags(2);
+    tags[0].name = QLatin1String("Door");
+    tags[1].name = QLatin1String("door");
+    link.tags = tags;
     config.links.push_back(link);
     ConfigMistakes mistakes{QString()};
     checkPlant(config, mistakes);
