@@ -9,6 +9,9 @@
 
 namespace {
 
+/// Of a farewell that no broker answers.
+enum : qint64 { STOP_LIMIT_US = 1500000 };
+
 PlantSettings settingsFor(quint16 port)
 {
     BrokerAddress server;
@@ -20,6 +23,19 @@ PlantSettings settingsFor(quint16 port)
     settings.speaksJson = false;
     return settings;
 }
+
+/// The system's clock; it counts the questions.
+class CountingClock : public SystemClock
+{
+public:
+    qint64 steady() const override
+    {
+        ++asked;
+        return SystemClock::steady();
+    }
+
+    mutable std::atomic<int> asked{0};
+};
 
 std::string devicesText(const std::vector<EdgeDevice>& devices)
 {
@@ -103,10 +119,23 @@ TEST_F(PlantThread, SaysThatItEnds)
     start(config(QLatin1String("sim"), tags({"MW100"})));
     ASSERT_TRUE(broker.awaitMessages("DBIRTH", 1));
     links.stop(QLatin1String("the station stopped"));
+    const qint64 begin = clock.steady();
     plant.stop();
+    EXPECT_LT(clock.steady() - begin, STOP_LIMIT_US) << "it waits for no more than the broker";
     EXPECT_TRUE(broker.awaitMessages("spBv1.0/kakb/DDEATH/press/plc-1", 1));
     EXPECT_TRUE(broker.awaitMessages("spBv1.0/kakb/NDEATH/press", 1));
     EXPECT_TRUE(broker.awaitDisconnect());
+}
+
+TEST_F(PlantThread, TellsHowItStandsOnlyWhenThatChanged)
+{
+    start(config(QLatin1String("sim"), tags({"MW100", "IW0"})));
+    ASSERT_TRUE(broker.awaitMessages("DDATA", 1));
+    ASSERT_TRUE(news.await([&] { return plant.standings().at(0).state == PlantStanding::BORN; }));
+    const quint64 sent = plant.standings().at(0).sent;
+    const int before = changes;
+    ASSERT_TRUE(news.await([&] { return plant.standings().at(0).sent >= sent + 5; }));
+    EXPECT_EQ(before, changes);
 }
 
 TEST_F(PlantThread, EndsWhereNoBrokerIs)
@@ -125,6 +154,23 @@ TEST_F(PlantThread, EndsWhereNoBrokerIs)
     const qint64 begin = clock.steady();
     alone.stop();
     EXPECT_LT(clock.steady() - begin, LIMIT_US);
+}
+
+TEST_F(PlantThread, RestsWhileNothingHappens)
+{
+    enum { REST_US = 1000000, MOST_QUESTIONS = 1000 };
+    const CountingClock counting;
+    Plant quiet(settingsFor(broker.port()),
+                {counting, links, allowsWrites, folder.filePath(QLatin1String("s")),
+                 folder.filePath(QLatin1String("c")), QString(), nullptr});
+    quiet.start(nullptr);
+    ASSERT_TRUE(broker.awaitMessages("NBIRTH", 1));
+    quiet.setDevices({}); // wakes the thread
+    const int before = counting.asked;
+    const qint64 end = clock.steady() + REST_US;
+    EXPECT_TRUE(news.await([&] { return clock.steady() >= end; }));
+    EXPECT_LT(counting.asked - before, MOST_QUESTIONS);
+    quiet.stop();
 }
 
 TEST_F(PlantThread, MayNeverHaveBegun)
