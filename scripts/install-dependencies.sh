@@ -22,7 +22,7 @@ test_packages=(binutils curl systemd libgtest-dev librapidcheck-dev python3-pymo
 all_packages=(qt6-base-dev qt6-serialport-dev gcovr clang clang-tidy libclang-rt-14-dev llvm
     cppcheck valgrind)
 bench_packages=(libbenchmark-dev libqt5serialbus5-dev gnuplot-nox valgrind)
-portability_packages=(cmake ninja-build pkg-config protobuf-compiler python3 debootstrap qemu-user
+portability_packages=(cmake ninja-build pkg-config protobuf-compiler python3 debootstrap qemu-user util-linux
     g++-arm-linux-gnueabihf g++-aarch64-linux-gnu g++-i686-linux-gnu g++-s390x-linux-gnu)
 package_packages=(debhelper dpkg-dev qt6-base-dev lintian debootstrap git gzip util-linux qemu-user)
 
