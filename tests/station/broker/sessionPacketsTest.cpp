@@ -37,6 +37,42 @@ template <typename Value> Value socketOption(const DrivenSession& driven, int op
     return value;
 }
 
+// The numbers are 16 bits wide, and messages with QoS 0 take them as well.
+class SessionNumbers : public testing::Test
+{
+protected:
+    SessionNumbers()
+    {
+        driven.open();
+        first = driven.session.publish(message(1));
+        driven.until([&] { return driven.peer.taken().endsWith('v'); });
+    }
+
+    /// The broker's yes to a message with the number of the first one.
+    void acknowledge()
+    {
+        driven.peer.send(QByteArray::fromHex("40020001"));
+    }
+
+    /// The next message has the number of the first one again.
+    void useAllNumbers()
+    {
+        enum { NUMBERS = 65535 };
+        for (int i = 1; i < NUMBERS; ++i) {
+            ASSERT_NE(0, driven.session.publish(message(0)));
+            driven.until([&] { return driven.session.isDrained(); });
+        }
+    }
+
+    QByteArray delivered(int request) const
+    {
+        return "delivered " + QByteArray::number(request);
+    }
+
+    DrivenSession driven;
+    int first = 0;
+};
+
 } // namespace
 
 TEST(SessionPackets, OnlyAWillThatIsRetainedIsMarkedAsRetained)
@@ -226,20 +262,36 @@ TEST(SessionPackets, WhetherAConnectWasSentIsKnownBehindItsEnd)
     EXPECT_FALSE(driven.session.isConnectSent()) << "of the next one";
 }
 
-// The numbers are 16 bits wide, and messages with QoS 0 take them as well.
-TEST(SessionPackets, ABrokerThatNeverAcknowledgesIsLeftBeforeANumberMeansTwoMessages)
+TEST_F(SessionNumbers, ABrokerThatNeverAcknowledgesIsLeftBeforeANumberMeansTwoMessages)
 {
-    enum { NUMBERS = 65535 };
-    DrivenSession driven;
-    driven.open();
-    driven.session.publish(message(1));
-    for (int i = 1; i < NUMBERS; ++i) {
-        ASSERT_NE(0, driven.session.publish(message(0)));
-        driven.until([&] { return driven.session.isDrained(); });
-    }
+    useAllNumbers();
     EXPECT_EQ(QByteArrayList{"connected"}, driven.told);
     driven.session.publish(message(1));
     driven.untilTold("ended sent the broker acknowledges nothing");
+}
+
+TEST_F(SessionNumbers, ANumberThatWasAcknowledgedIsUsedAgain)
+{
+    acknowledge();
+    driven.untilTold("delivered");
+    useAllNumbers();
+    const int again = driven.session.publish(message(1));
+    acknowledge();
+    driven.until([&] { return driven.told.size() > 2; });
+    EXPECT_EQ((QByteArrayList{"connected", delivered(first), delivered(again)}), driven.told);
+}
+
+TEST_F(SessionNumbers, AnAcknowledgementIsHeardWhileTheBrokerTakesNothing)
+{
+    enum { PIECE = 1000000, PIECES = 40 }; ///< more than systems take
+    driven.isPeerReading = false;
+    for (int i = 0; i < PIECES; ++i)
+        ASSERT_NE(0,
+                  driven.session.publish({QLatin1String("a"), QByteArray(PIECE, 'v'), 0, false}));
+    acknowledge();
+    driven.untilTold("delivered");
+    EXPECT_EQ(delivered(first), driven.told.last());
+    EXPECT_FALSE(driven.session.isDrained());
 }
 
 TEST(SessionPackets, AChangeDoesNotWaitForTheNextOne)
