@@ -153,6 +153,7 @@ class DocumentedPlant(PlantTest):
         with subprocess.Popen(self.shell(read), cwd=self.folder, stdout=subprocess.PIPE,
                               text=True) as printing:
             try:
+                printing.stdout.readline()  # what the broker holds: the subscription is granted
                 subprocess.run(self.shell(write), cwd=self.folder, check=True)
                 results = [line.partition(" ")[2] for line in
                            islice((line for line in printing.stdout if "/result " in line), 1)]
