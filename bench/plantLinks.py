@@ -2,10 +2,13 @@
 """One kakb-station with very many links, which publishes every value: what it costs, and whether links
 in trouble delay the others.
 
-usage: bench/plantLinks.py [LINKS [TAGS [SECONDS]]]
+usage: bench/plantLinks.py [LINKS [TAGS [SECONDS [MINUTES]]]]
   LINKS     number of links, each to a kakb-sim of its own over TCP (default: 500)
   TAGS      tags of each link, all of which change and are read once a second (default: 30)
   SECONDS   how long each part is measured (default: 30)
+  MINUTES   30 or more: the resident memory is noted each minute for so long, and the last ten
+            minutes must have what the minutes 11 to 20 had; no PLC is stopped then. The memory of
+            each link's last 1,000 frames fills in the first nine minutes.
 
 First all links answer. Then a tenth of the PLCs is stopped: the others' samples must come to a Sparkplug
 host in their turns as before.
@@ -32,6 +35,9 @@ GOALS = {500: (0.30, 150), 1000: (0.60, 300)}
 ALL_POLLED_S = 20
 MOST_MOVED_MS = 10
 SIGSTOP, SIGCONT = 19, 18
+FLAT_FROM, FLAT_UNTIL, LAST_MINUTES, SHORTEST_HOUR = 10, 20, 10, 30
+MOST_GROWTH = 0.01  # of the memory, or MOST_GROWTH_MIB
+MOST_GROWTH_MIB = 1
 
 
 class PlantLinks:
@@ -91,6 +97,19 @@ class PlantLinks:
         assert turns, "nothing came"
         return sorted(turns)[int(len(turns) * 0.99)]
 
+    def memory_by_minute(self, minutes):
+        """The resident MiB at the end of each minute, printed as they come."""
+        begin, noted = time.monotonic(), []
+        while len(noted) < minutes:
+            while time.monotonic() < begin + 60 * (len(noted) + 1):
+                time.sleep(1)
+                with self.host.lock:
+                    self.host.samples.clear()  # an hour's would not fit into memory
+                    self.host.marks.clear()
+            noted.append(resident_mib(self.run.pid))
+            print(f"minute {len(noted)}: {noted[-1]:.1f} MiB", flush=True)
+        return noted
+
     def stop(self, count):
         """Stops the first PLCs: they keep their connections and answer nothing."""
         for plc in self.plcs[:count]:
@@ -106,7 +125,32 @@ class PlantLinks:
         self.broker.close()
 
 
-def main(links, tags, seconds):
+def mean(numbers):
+    """Their mean."""
+    return sum(numbers) / len(numbers)
+
+
+def is_flat(noted):
+    """Judges the resident memory of the minutes."""
+    first, last = mean(noted[FLAT_FROM:FLAT_UNTIL]), mean(noted[-LAST_MINUTES:])
+    most = max(MOST_GROWTH_MIB, MOST_GROWTH * first)
+    print(f"minutes {FLAT_FROM + 1} to {FLAT_UNTIL}: {first:.1f} MiB; "
+          f"the last {LAST_MINUTES}: {last:.1f} MiB")
+    return judge("growth, MiB", last - first, f"<= {most:.1f}", most)
+
+
+def keeps_others_in_turn(plant, links, seconds):
+    """Stops a tenth of the PLCs and judges the turns of the others."""
+    healthy = {f"plc {number}-1" for number in range(links // 10, links)}
+    before = plant.turns_p99(seconds, healthy)
+    plant.stop(links // 10)
+    time.sleep(5)
+    moved = plant.turns_p99(seconds, healthy) - before
+    print(f"p99 of a turn while all answer: {before} ms")
+    return judge("p99 of a turn moved by, ms", moved, "<= 10", MOST_MOVED_MS)
+
+
+def main(links, tags, seconds, minutes):
     """Measures; returns the exit status."""
     most_core, most_mib = GOALS.get(links, (1, 1000))
     with tempfile.TemporaryDirectory() as name:
@@ -117,13 +161,12 @@ def main(links, tags, seconds):
             good &= judge("share of a core", plant.share_of_core(seconds), f"<= {most_core}",
                           most_core)
             good &= judge("resident MiB", resident_mib(plant.run.pid), f"<= {most_mib}", most_mib)
-            healthy = {f"plc {number}-1" for number in range(links // 10, links)}
-            before = plant.turns_p99(seconds, healthy)
-            plant.stop(links // 10)
-            time.sleep(5)
-            moved = plant.turns_p99(seconds, healthy) - before
-            print(f"p99 of a turn while all answer: {before} ms")
-            good &= judge("p99 of a turn moved by, ms", moved, "<= 10", MOST_MOVED_MS)
+            if minutes:
+                good &= is_flat(plant.memory_by_minute(minutes))
+                good &= judge("share of a core", plant.share_of_core(seconds),
+                              f"<= {most_core}", most_core)
+            else:
+                good &= keeps_others_in_turn(plant, links, seconds)
             with plant.host.lock:
                 print(*plant.host.broken[:10], sep="\n")
                 good &= not plant.host.broken
@@ -133,7 +176,10 @@ def main(links, tags, seconds):
 
 
 if __name__ == "__main__":
-    if not all(argument.isdigit() for argument in sys.argv[1:]) or len(sys.argv) > 4:
+    if not all(argument.isdigit() for argument in sys.argv[1:]) or len(sys.argv) > 5:
         sys.exit(__doc__)
     NUMBERS = [int(argument) for argument in sys.argv[1:]]
-    sys.exit(main(*NUMBERS, *(500, 30, 30)[len(NUMBERS):]))
+    NUMBERS += (500, 30, 30, 0)[len(NUMBERS):]
+    if 0 < NUMBERS[3] < SHORTEST_HOUR:
+        sys.exit(__doc__)
+    sys.exit(main(*NUMBERS))
