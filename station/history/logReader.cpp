@@ -49,7 +49,9 @@ std::vector<LoggedRow> LogReader::rowsBehind(qint64 sequence, qint64 last, size_
 /// from it on are fresh
 bool LogReader::openPacking(qint64 sequence)
 {
-    if (sequence >= m_first && sequence < m_end) return true;
+    const qint64 oldest = m_file.number("SELECT min(id) FROM packs");
+    if (sequence >= m_first && sequence < m_end && oldest == m_oldest) return true;
+    m_oldest = oldest;
     const qint64 fresh = m_file.number("SELECT min(sequence) FROM fresh");
     const qint64 freshFirst =
         fresh > 0 ? fresh : m_file.number("SELECT max(sequence) FROM runs") + 1;

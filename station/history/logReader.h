@@ -15,7 +15,8 @@
 ///                                     ^ opened as a whole, put in order once
 ///
 /// The rows of the packing that was read last are kept, up to 40 bytes a row: the next rows are
-/// found without opening a pack. It must end before the file does.
+/// found without opening a pack. The cap drops the packs with the smallest ids; the packing is read
+/// anew then. It must end before the file does.
 class LogReader
 {
 public:
@@ -48,6 +49,7 @@ private:
     SqliteStatement m_packing, m_nextPacking, m_packs, m_fresh, m_name;
     QHash<qint64, SeriesName> m_names; ///< by series
     qint64 m_first = 0, m_end = 0;     ///< the sequences of the packing; 0, 0: none
+    qint64 m_oldest = 0;               ///< the smallest id of a pack when the packing was read
     std::vector<PackedRow> m_rows;     ///< of the packing, in the order of coming
 };
 
