@@ -75,7 +75,7 @@ int MosquittoClient::subscribe(const QStringList& topics)
         m_state->client.get(), &number, int(names.size()), names.data(), 1, 0, nullptr);
     if (failure != MOSQ_ERR_SUCCESS) return 0;
     const int request = m_state->nextRequest();
-    m_state->ungranted[number] = request;
+    m_state->ungranted[number] = {request, int(names.size())};
     m_state->flush();
     return request;
 }

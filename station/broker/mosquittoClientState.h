@@ -51,6 +51,13 @@ struct MosquittoClient::State
 
     int nextRequest();
 
+    /// A SUBSCRIBE without its SUBACK.
+    struct Asked
+    {
+        int request = 0;
+        int topics = 0;
+    };
+
     struct DestroyClient
     {
         void operator()(mosquitto* gone) const
@@ -75,7 +82,7 @@ struct MosquittoClient::State
     // system did not take yet are known in their order, and are looked at first.
     std::deque<int> unwritten;         ///< QoS 0
     std::map<int, int> unacknowledged; ///< QoS 1: number to request
-    std::map<int, int> ungranted;      ///< number to request
+    std::map<int, Asked> ungranted;    ///< by number
 };
 
 #endif

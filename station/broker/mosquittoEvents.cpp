@@ -54,8 +54,9 @@ void MosquittoClient::State::subscribed(mosquitto*, void* state, int number, int
     if (found == of(state).ungranted.end()) return;
     ClientEvent event;
     event.kind = ClientEvent::SUBSCRIBED;
-    event.request = found->second;
+    event.request = found->second.request;
     event.isGranted =
+        count == found->second.topics &&
         std::all_of(granted, granted + count, [](int grant) { return grant < REFUSED_GRANT; });
     of(state).ungranted.erase(found);
     of(state).events.push_back(event);

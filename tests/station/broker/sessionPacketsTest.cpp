@@ -188,6 +188,18 @@ TEST(SessionPackets, AGrantOfWhatWasNotAskedForIsNone)
               driven.told);
 }
 
+TEST(SessionPackets, AGrantOfFewerTopicsThanAskedForIsARefusal)
+{
+    DrivenSession driven;
+    driven.open();
+    const int request = driven.session.subscribe({QLatin1String("a"), QLatin1String("b")});
+    driven.until([&] { return driven.peer.taken().endsWith(QByteArray::fromHex("00016201")); });
+    const QByteArray number = driven.peer.taken().right(10).left(2);
+    driven.peer.send(QByteArray::fromHex("9003") + number + '\1');
+    driven.untilTold("subscribed");
+    EXPECT_EQ("subscribed " + QByteArray::number(request) + " no", driven.told.at(1));
+}
+
 TEST(SessionPackets, EachRefusalIsToldInWordsAndEndsTheSession)
 {
     const std::map<QByteArray, const char*> refusals{
