@@ -69,6 +69,10 @@ public:
     {
         return m_values;
     }
+    void keepFrames(size_t most)
+    {
+        m_values.keepFrames(most);
+    }
     const FrameLog& frames() const
     {
         return m_values.frames();

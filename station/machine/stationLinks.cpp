@@ -32,6 +32,8 @@ void StationLinks::apply(const std::vector<LinkConfig>& configs)
         links.push_back(std::make_shared<MachineLink>(config, m_surroundings, m_copies, m_audit));
         added.push_back(links.back());
     }
+    for (const std::shared_ptr<MachineLink>& link : links)
+        link->keepFrames(FrameLog::mostOfEach(links.size()));
     Links removed = links;
     {
         const std::lock_guard<std::mutex> lock(m_mutex);

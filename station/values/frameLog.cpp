@@ -10,6 +10,20 @@ constexpr quint64 DIRECTION_MASK = 3;
 
 } // namespace
 
+size_t FrameLog::mostOfEach(size_t links)
+{
+    const size_t share = MOST_OF_ALL_LINKS / std::max(links, size_t(1));
+    return std::min(std::max(share, size_t(LEAST_FRAMES)), size_t(MOST_FRAMES));
+}
+
+void FrameLog::keep(size_t most)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_most = most;
+    while (m_frames.size() > m_most)
+        forgetOldest();
+}
+
 void FrameLog::add(qint64 time, FrameRecord::Direction direction, const QByteArray& bytes)
 {
     const quint64 size = std::min(quint64(bytes.size()), quint64(MOST_BYTES_OF_FRAME));
@@ -21,7 +35,7 @@ void FrameLog::add(qint64 time, FrameRecord::Direction direction, const QByteArr
     kept.size = size & MOST_BYTES_OF_FRAME;
     m_frames.push_back(kept);
     m_bytes.insert(m_bytes.end(), bytes.constData(), bytes.constData() + size);
-    if (m_frames.size() > MOST_FRAMES) forgetOldest();
+    if (m_frames.size() > m_most) forgetOldest();
 }
 
 void FrameLog::forgetOldest()

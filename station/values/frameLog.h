@@ -20,7 +20,18 @@ struct LoggedFrame
 class FrameLog
 {
 public:
-    enum { MOST_FRAMES = 1000, MOST_BYTES_OF_FRAME = 65535 };
+    enum {
+        MOST_FRAMES = 1000,
+        MOST_OF_ALL_LINKS = 100000, ///< bounds the memory of a station with very many links
+        LEAST_FRAMES = 100,
+        MOST_BYTES_OF_FRAME = 65535
+    };
+
+    /// How many frames each log keeps where there are so many links.
+    static size_t mostOfEach(size_t links);
+
+    /// At most so many are kept from now on; MOST_FRAMES at first.
+    void keep(size_t most);
 
     /// Of a longer frame, the first MOST_BYTES_OF_FRAME are kept.
     void add(qint64 time, FrameRecord::Direction direction, const QByteArray& bytes);
@@ -47,6 +58,7 @@ private:
     std::deque<Kept> m_frames; ///< oldest first; the last one's number is m_lastNumber
     std::deque<char> m_bytes;  ///< of m_frames, one frame behind the other
     quint64 m_lastNumber = 0;
+    size_t m_most = MOST_FRAMES;
 };
 
 #endif

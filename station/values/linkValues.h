@@ -111,6 +111,12 @@ public:
 
     LinkState state() const;
 
+    /// See FrameLog::keep().
+    void keepFrames(size_t most)
+    {
+        m_frames.keep(most);
+    }
+
     /// The last frames on the link.
     const FrameLog& frames() const
     {

@@ -68,6 +68,31 @@ TEST(FrameLog, ForgetsTheOldestFrames)
     EXPECT_EQ(quint64(all), log.lastNumber());
 }
 
+TEST(FrameLog, KeepsFewerFramesWhereThereAreManyLinks)
+{
+    EXPECT_EQ(1000u, FrameLog::mostOfEach(0));
+    EXPECT_EQ(1000u, FrameLog::mostOfEach(1));
+    EXPECT_EQ(1000u, FrameLog::mostOfEach(100));
+    EXPECT_EQ(200u, FrameLog::mostOfEach(500));
+    EXPECT_EQ(100u, FrameLog::mostOfEach(1000));
+    EXPECT_EQ(100u, FrameLog::mostOfEach(100000));
+}
+
+TEST(FrameLog, ForgetsAtOnceWhatItIsNotToKeep)
+{
+    FrameLog log;
+    for (int number = 1; number <= 10; ++number)
+        log.add(TIME + number, FrameRecord::RECEIVED, frameOf(number));
+    log.keep(3);
+    ASSERT_EQ(3u, log.since(0).size());
+    EXPECT_EQ(8u, log.since(0)[0].number);
+    EXPECT_EQ(frameOf(8), log.since(0)[0].bytes);
+    log.add(TIME + 11, FrameRecord::RECEIVED, frameOf(11));
+    ASSERT_EQ(3u, log.since(0).size());
+    EXPECT_EQ(9u, log.since(0)[0].number);
+    EXPECT_EQ(11u, log.lastNumber());
+}
+
 TEST(FrameLog, KeepsTheBeginningOfAFrameThatIsTooLong)
 {
     FrameLog log;
