@@ -39,7 +39,7 @@ void addFiles(CLI::App& app, StationOptions& options)
     app.add_flag("--check", options.isCheck,
                  "print all mistakes of the configuration and of its tag files, and end");
     addText(app, "--state", options.state,
-            "folder of the history (default: $STATE_DIRECTORY, else "
+            "folder of the history and of MQTT's files (default: $STATE_DIRECTORY, else "
             "$XDG_STATE_HOME/kakb-station, else ~/.local/state/kakb-station)")
         ->type_name("DIR");
     app.add_flag("--no-history", options.hasNoHistory, "keep no history");
