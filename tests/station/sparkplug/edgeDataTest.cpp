@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <map>
 #include <set>
+#include <utility>
 
 namespace {
 
@@ -34,26 +35,40 @@ void hasDeviceDeathTopic(const Told& told)
     expectDeviceTopic(told, "DDEATH");
 }
 
-/// DATA follows the NBIRTH and its row of DBIRTHs, that of a device its own DBIRTH.
+/// DATA follows the NBIRTH of its session; that of a device its own DBIRTH, that of the node the
+/// DBIRTHs of all devices that lived before a rebirth and did not die.
 void isBehindItsBirths(bool (*which)(const Told&))
 {
     int session = 0, found = 0;
-    std::set<QString> alive;
+    std::set<QString> alive, unborn;
     for (const Told& told : plantDay()) {
         if (isConnect(told)) alive.clear();
         if (isNodeBirth(told)) {
             session = told.session;
-            alive.clear();
+            unborn = std::exchange(alive, {});
         }
         if (isDeviceBirth(told)) alive.insert(told.device);
         if (isDeviceDeath(told)) alive.erase(told.device);
+        if (isDeviceBirth(told) || isDeviceDeath(told)) unborn.erase(told.device);
         if (!which(told)) continue;
         ++found;
         ASSERT_EQ(session, told.session) << "no NBIRTH ahead of it";
-        if (!isDeviceData(told)) continue;
-        ASSERT_EQ(1u, alive.count(told.device)) << told.message.topic.toStdString();
+        if (isDeviceData(told))
+            ASSERT_EQ(1u, alive.count(told.device)) << told.message.topic.toStdString();
+        else
+            ASSERT_TRUE(unborn.empty()) << "no DBIRTH yet of " << unborn.begin()->toStdString();
     }
     EXPECT_GT(found, 0);
+}
+
+/// "DBIRTH oven-1"
+std::vector<std::string> kindsOf(const std::vector<Told>& all)
+{
+    std::vector<std::string> kinds;
+    for (const Told& told : all)
+        kinds.push_back(
+            QString(told.kind + QLatin1Char(' ') + told.device).trimmed().toStdString());
+    return kinds;
 }
 
 struct Lived : EdgeBench
@@ -119,6 +134,16 @@ KEPT(payloads_ddeath_timestamp, isDeviceDeath, hasTimeOfSending)
 TEST(Sparkplug, payloads_ndata_order)
 {
     isBehindItsBirths(isNodeData);
+
+    Lived bench;
+    bench.session.isFull = true;
+    const size_t before = bench.mark();
+    bench.command("NCMD", QString(), QByteArray("garbage"));
+    bench.command("NCMD", QString(), rebirthBytes());
+    bench.session.isFull = false;
+    bench.turn();
+    EXPECT_EQ((std::vector<std::string>{"NBIRTH", "DBIRTH oven-1", "DBIRTH mill-1", "NDATA"}),
+              kindsOf(bench.since(before)));
 }
 
 TEST(Sparkplug, payloads_ddata_order)
