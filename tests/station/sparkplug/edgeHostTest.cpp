@@ -182,6 +182,8 @@ TEST(Sparkplug, operational_behavior_primary_application_state_with_multiple_ser
     EXPECT_TRUE(bench.session.told.back().what == Told::CONNECT);
     EXPECT_EQ(QLatin1String("broker2"), triedAt(bench)) << "before births, too";
     EXPECT_TRUE(bench.all("NDEATH").empty()) << "nothing was born";
+    EXPECT_EQ(2, bench.sequence.given);
+    EXPECT_EQ(0, bench.sequence.back) << "the first broker has seen a CONNECT";
     bench.accept();
     bench.grant();
     bench.state(true, 1);

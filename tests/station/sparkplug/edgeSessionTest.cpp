@@ -94,6 +94,10 @@ TEST(EdgeNode, GivesUpABrokerThatDoesNotAnswerASubscription)
     bench.passMs(1);
     EXPECT_EQ(1, bench.session.leaves);
     EXPECT_TRUE(bench.all("NDEATH").empty()) << "nothing was born";
+    bench.passMs(1000);
+    EXPECT_EQ(2, bench.session.connects);
+    EXPECT_EQ(2, bench.sequence.given);
+    EXPECT_EQ(0, bench.sequence.back) << "the broker has seen the first CONNECT";
 }
 
 TEST(EdgeNode, LeavesABrokerThatRefusesTheSubscription)
@@ -108,6 +112,8 @@ TEST(EdgeNode, LeavesABrokerThatRefusesTheSubscription)
     EXPECT_EQ(1, bench.session.connects);
     bench.passMs(1);
     EXPECT_EQ(2, bench.session.connects);
+    EXPECT_EQ(2, bench.sequence.given);
+    EXPECT_EQ(0, bench.sequence.back) << "the broker has seen the first CONNECT";
 }
 
 TEST(EdgeNode, SendsNoConnectWhoseNumberIsNotStored)
