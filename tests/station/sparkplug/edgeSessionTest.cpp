@@ -559,6 +559,22 @@ TEST(EdgeNode, HistoryIsNotFasterThanTwentyThousandRowsASecond)
     EXPECT_GE(bench.historical(bench.first).size(), 10000u);
 }
 
+/// However fast its broker acknowledges them.
+TEST(EdgeNode, NoMoreThanTenMarksASecondFollowTheHistory)
+{
+    enum { SECOND_MS = 1000, MOST = 10 };
+    Behind bench(30000);
+    const size_t before = bench.marks().size();
+    for (int i = 0; i < SECOND_MS; ++i) {
+        bench.passMs(1);
+        bench.acknowledge();
+    }
+    EXPECT_LT(bench.historical(bench.first).size(), 30000u) << "the replay ended within the second";
+    const size_t marks = bench.marks().size() - before;
+    EXPECT_LE(marks, size_t(MOST));
+    EXPECT_GE(marks, size_t(MOST / 2)) << "a cut would repeat a large part";
+}
+
 TEST(EdgeNode, LiveValuesGoAheadOfHistory)
 {
     Behind bench(2000);
