@@ -110,6 +110,7 @@ TEST(EdgeNode, ANewConfigurationIsBornAnewInTheSameSession)
     std::vector<EdgeDevice> devices = plantDevices();
     devices.pop_back();
     devices[0].tags.push_back(tagOf("fan", 1, Tag::BOOL));
+    bench.passMs(40);
     const size_t before = bench.mark();
     bench.node.setDevices(devices);
     bench.turn();
@@ -119,6 +120,8 @@ TEST(EdgeNode, ANewConfigurationIsBornAnewInTheSameSession)
     EXPECT_TRUE(after[1].is("NBIRTH"));
     EXPECT_EQ(0u, after[1].payload.named("bdSeq")->bits);
     EXPECT_TRUE(entry(after[2], "fan").isNull);
+    EXPECT_EQ(bench.clock.wall(), entry(after[2], "fan").time) << "as old as its birth";
+    EXPECT_EQ(bench.clock.wall() - 40, entry(after[2], "temperature").time);
     EXPECT_EQ(20.5, entry(after[2], "temperature").number(9)) << "what stays is known";
 }
 
