@@ -58,20 +58,20 @@ class PlantTest(StationTest):
         """A subscriber of some topics, "#" unless they are named."""
         return self.keep(Subscriber(broker.port, *(topics or ("#",))))
 
-    def publisher(self, url, options="", names=("still", "offset"), plc=""):
+    def publisher(self, url, options="", names=("still", "offset"), plc="", prefix=()):
         """A simulated PLC with a control socket, and a station that publishes some of its tags;
         returns both."""
         self.tags(*names)
         simulator = self.plc("tcp", f"--control control {plc}")
         self.control = PlcControl(self.folder / "control")
         self.addCleanup(self.control.close)
-        return simulator, self.published(simulator, url, options)
+        return simulator, self.published(simulator, url, options, prefix)
 
-    def published(self, simulator, url, options=""):
+    def published(self, simulator, url, options="", prefix=()):
         """One more station for the same PLC and tags."""
         mqtt_options = f"--mqtt {shlex.quote(url)}" if url else ""
         return self.station(f"--link {simulator.link} --tags tags.csv --pace 20ms {mqtt_options} "
-                            f"{options}")
+                            f"{options}", prefix)
 
     def configured(self, simulator, mqtt_keys, options=""):
         """A station with a table [mqtt] of these lines."""

@@ -97,16 +97,17 @@ class StationTest(CommandLineTest):
         rows = ((name, *TAGS[name], "ro" if name in fixed else "rw") for name in names)
         return self.file("tags.csv", table(rows, HEADER + ",access"))
 
-    def station(self, options=""):
+    def station(self, options="", prefix=()):
         """Starts kakb-station on a port of its own; nothing of it stays behind the test.
 
-        Without options it serves its own simulated PLC with the demo's tags."""
+        Without options it serves its own simulated PLC with the demo's tags. The prefix is a
+        command that becomes the station."""
         words = shlex.split(options)
         if "--state" not in words:
             words += ["--state", self.folder / "state"]
         if "--listen" not in words and "--config" not in words:
             words += ["--listen", "127.0.0.1:0"]
-        return self.keep(Station([self.programs / "kakb-station", *words], self.folder))
+        return self.keep(Station([*prefix, self.programs / "kakb-station", *words], self.folder))
 
     def refused(self, options, status, prefix=()):
         """Starts kakb-station, which must end with the status at once; returns its sentences."""

@@ -1,49 +1,16 @@
 #include "output/timeText.h"
 
+#include "timeZone.h"
+
 #include <QJsonDocument>
 
 #include <gtest/gtest.h>
-
-#include <cstdlib>
-#include <ctime>
 
 // Dates by `date -u -d @1700000000`: 2023-11-14T22:13:20Z.
 
 namespace {
 
 const qint64 START = 1700000000000000;
-
-/// Sets the time zone of this program.
-class Zone
-{
-public:
-    explicit Zone(const char* posix)
-    {
-        const char* const before = std::getenv("TZ");
-        m_hadZone = before != nullptr;
-        if (m_hadZone) m_before = before;
-        set(posix);
-    }
-    ~Zone()
-    {
-        set(m_hadZone ? m_before.constData() : nullptr);
-    }
-    Zone(const Zone&) = delete;
-    Zone& operator=(const Zone&) = delete;
-
-private:
-    static void set(const char* zone)
-    {
-        if (zone)
-            setenv("TZ", zone, 1);
-        else
-            unsetenv("TZ");
-        tzset();
-    }
-
-    bool m_hadZone = false;
-    QByteArray m_before;
-};
 
 std::string textOf(TimeText::Style style, qint64 time)
 {
@@ -68,7 +35,7 @@ TEST(TimeText, RelativeTimeIsInSecondsWithSixDigits)
 
 TEST(TimeText, IsoTimeIsInUtcWithMillisecondsInEveryZone)
 {
-    const Zone zone("ZONE-5:30");
+    const TimeZone zone("ZONE-5:30");
     EXPECT_EQ("2023-11-14T22:13:20.000Z", textOf(TimeText::ISO, 0));
     EXPECT_EQ("2023-11-15T00:00:00.345Z", textOf(TimeText::ISO, 6400345999));
 }
@@ -76,14 +43,14 @@ TEST(TimeText, IsoTimeIsInUtcWithMillisecondsInEveryZone)
 TEST(TimeText, LocalTimeHasTheOffset)
 {
     {
-        const Zone zone("ZONE-5:30"); // POSIX counts the hours to the west
+        const TimeZone zone("ZONE-5:30"); // POSIX counts the hours to the west
         EXPECT_EQ("2023-11-15T03:43:20.007+05:30", textOf(TimeText::LOCAL, 7000));
     }
     {
-        const Zone zone("ZONE3:30");
+        const TimeZone zone("ZONE3:30");
         EXPECT_EQ("2023-11-14T18:43:20.007-03:30", textOf(TimeText::LOCAL, 7000));
     }
-    const Zone zone("ZONE0");
+    const TimeZone zone("ZONE0");
     EXPECT_EQ("2023-11-14T22:13:20.007+00:00", textOf(TimeText::LOCAL, 7000));
 }
 

@@ -14,6 +14,7 @@ CYCLE_MS = 100  # a value is as old as its answer can be: as the wait for it, an
 KEEP_ALIVE_S = 5
 # The broker waits one and a half keep-alives, the station two.
 HALF_OPEN_S = 4 * KEEP_ALIVE_S
+IN_TOKYO = ("env", "TZ=JST-9")  # nine hours ahead of UTC, which all times are of
 
 
 class PlantSessions(PlantTest):
@@ -22,7 +23,8 @@ class PlantSessions(PlantTest):
     def test_births_hold_each_tag_and_data_what_changed_with_the_time_of_the_answer(self):
         broker = self.broker()
         host = self.host_at(broker)
-        _, station = self.publisher(broker.url)
+        started = time.time() * 1000
+        _, station = self.publisher(broker.url, prefix=IN_TOKYO)
         host.await_that(lambda host: host.value(DEVICE, "still")[1] == "good")
         self.assertEqual(["NBIRTH", f"DBIRTH {DEVICE}"], host.kinds()[:2])
         self.assertEqual({"still", "offset"},
@@ -31,6 +33,9 @@ class PlantSessions(PlantTest):
         self.control.command(f"set {STILL}=41")
         host.await_that(lambda host: host.value(DEVICE, "still") == (41, "good"))
         after = time.time() * 1000
+        for _, _, birth, _ in host.messages[:2]:
+            self.assertLessEqual(int(started), birth.timestamp)
+            self.assertLessEqual(birth.timestamp, before)
         change = [sample for sample in host.samples if sample.value == 41][0]
         self.assertLessEqual(before - CYCLE_MS, change.time)
         self.assertLessEqual(change.time, after)

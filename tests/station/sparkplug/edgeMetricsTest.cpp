@@ -3,9 +3,8 @@
 #include "plantDay.h"
 
 #include "sparkplug/edgeNames.h"
+#include "timeZone.h"
 
-#include <cstdlib>
-#include <ctime>
 #include <map>
 #include <set>
 
@@ -186,16 +185,11 @@ bool hasAliasData(const Told& told)
 /// The times of a plant in Tokyo are those of one anywhere else.
 void expectUtc(bool (*which)(const Told&))
 {
-    const char* const before = std::getenv("TZ");
-    const std::string zone = before != nullptr ? before : "";
-    setenv("TZ", "Asia/Tokyo", 1);
-    tzset();
+    const TimeZone here("JST-9");
     EdgeBench bench;
     bench.beBorn();
     bench.take({bench.reading("oven", "count", 1), bench.standing("oven", 1, true)});
     bench.read("oven", "count", 2);
-    before != nullptr ? setenv("TZ", zone.c_str(), 1) : unsetenv("TZ");
-    tzset();
     int found = 0;
     for (const Told& told : bench.session.told) {
         if (!which(told)) continue;
