@@ -14,6 +14,12 @@ auto members(const PlantSettings& settings)
 
 } // namespace
 
+QString clientIdOf(const PlantSettings& settings)
+{
+    if (!settings.clientId.isEmpty()) return settings.clientId;
+    return QLatin1String("kakb-") + settings.group + QLatin1Char('-') + settings.node;
+}
+
 bool operator==(const PlantSettings& a, const PlantSettings& b)
 {
     return members(a) == members(b);

@@ -25,6 +25,10 @@ struct PlantSettings
     bool takesCommands = false;
 };
 
+/// The name of the node's client at a broker, which keeps one client of a name: of two stations
+/// with the same group and node, each one throws the other out.
+QString clientIdOf(const PlantSettings& settings);
+
 bool operator==(const PlantSettings& a, const PlantSettings& b);
 
 #endif

@@ -15,11 +15,7 @@ enum : qint64 { STOP_LIMIT = 1500 * MILLISECOND };
 ClientSettings clientSettings(const PlantSettings& settings, const QString& suffix)
 {
     ClientSettings client;
-    client.clientId = settings.clientId;
-    if (client.clientId.isEmpty())
-        client.clientId =
-            QLatin1String("kakb-") + settings.group + QLatin1Char('-') + settings.node;
-    client.clientId += suffix;
+    client.clientId = clientIdOf(settings) + suffix;
     client.user = settings.user;
     client.password = settings.password;
     client.tls = {settings.ca, settings.certificate, settings.key};

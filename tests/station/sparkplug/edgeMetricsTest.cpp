@@ -2,6 +2,7 @@
 
 #include "plantDay.h"
 
+#include "plant/plantSettings.h"
 #include "sparkplug/edgeNames.h"
 #include "timeZone.h"
 
@@ -286,4 +287,10 @@ TEST(Sparkplug, case_sensitivity_metric_names)
 TEST(Sparkplug, topic_structure_namespace_unique_edge_node_descriptor)
 {
     everyOne(isConnect, [](const Told& told) { EXPECT_TRUE(told.isAlone); });
+
+    PlantSettings settings;
+    settings.group = QLatin1String("works");
+    settings.node = QLatin1String("station");
+    EXPECT_EQ("kakb-works-station", clientIdOf(settings).toStdString())
+        << "a broker keeps one client of a name";
 }
