@@ -10,6 +10,7 @@ from collections import Counter
 
 from mosquittoBroker import MosquittoBroker
 from processes import eventually
+from sampleOrder import disorder
 from simulatedPlc import SimulatedPlc
 from sparkplugHost import SparkplugHost
 from stationProgram import Station
@@ -173,13 +174,8 @@ class PlantFaults:
         self.counts["historical"] += sum(sample.is_historical for sample in came)
         if lost:
             self.found.append(f"{tag}: {len(lost)} of {len(rows)} rows lost, such as {lost[:3]}")
-        self._judge_order(tag, [sample for sample in came if not sample.is_historical])
+        self.found += disorder(tag, came)
         self._judge_doubles(tag, came)
-
-    def _judge_order(self, tag, live):
-        for before, after in zip(live, live[1:]):
-            if after.time < before.time:
-                self.found.append(f"{tag}: {after.time} came live behind {before.time}")
 
     def _judge_doubles(self, tag, came):
         """A sample comes twice only when no mark behind it was acknowledged before the cut."""

@@ -16,13 +16,15 @@ PATIENCE_S = 20
 class Sample:
     """A value of a metric as it came."""
 
-    def __init__(self, device, name, metric, value, came):
+    def __init__(self, kind, device, name, metric, value, came, births):
+        self.is_birth = kind.endswith("BIRTH")
         self.device, self.name = device, name
         self.time = metric.timestamp
         self.value = value
         self.quality = quality_of(metric)
         self.is_historical = metric.is_historical
         self.came = came  # on time.time()
+        self.births = births  # of the node, up to then: the same in one session, but for rebirths
 
     def key(self):
         """The same for the same sample."""
@@ -154,7 +156,8 @@ class SparkplugHost:
             else:
                 self._tell(f"{kind} {device}: alias {metric.alias} of no birth")
                 continue
-            sample = Sample(device, name, metric, value_of(metric, datatype), came)
+            sample = Sample(kind, device, name, metric, value_of(metric, datatype), came,
+                            self.births)
             self.samples.append(sample)
             if not sample.is_historical:
                 self.values[(device, name)] = (sample.value, sample.quality)
