@@ -6,8 +6,9 @@ usage: bench/plantFaults.py [KILLS [SEED]]
   KILLS   of each of the three (default: 100)
   SEED    of the faults (default: a new one, which is printed)
 
-Every row of the station's history must have come to a Sparkplug host; a sample comes twice only when it
-went out behind the last mark that the broker had acknowledged. KAKB_PROGRAMS names the folder of the
+Every row of the station's history must have come to a Sparkplug host; a sample comes twice only as
+history, in another session, and when it went out behind the last mark that the broker had acknowledged.
+The orders that hold are those of tests/support/sampleOrder.py. KAKB_PROGRAMS names the folder of the
 programs when they are not those of this tree.
 Exit status: 0 nothing was wrong, 1 else.
 """
