@@ -20,7 +20,13 @@ PlantSettings settingsFor(quint16 port)
     PlantSettings settings;
     settings.servers = {server};
     settings.node = QLatin1String("press");
-    settings.speaksJson = false;
+    return settings;
+}
+
+PlantSettings bothDialectsAt(quint16 port)
+{
+    PlantSettings settings = settingsFor(port);
+    settings.speaksJson = true;
     return settings;
 }
 
@@ -50,11 +56,12 @@ std::string devicesText(const std::vector<EdgeDevice>& devices)
 
 } // namespace
 
+/// Without a simulated PLC: its tests run wherever threads and sockets do.
 class PlantThread : public MachineTest
 {
 protected:
-    explicit PlantThread()
-        : plant(settingsFor(broker.port()),
+    explicit PlantThread(PlantSettings (*settingsAt)(quint16) = settingsFor)
+        : plant(settingsAt(broker.port()),
                 {clock, links, allowsWrites, folder.filePath(QLatin1String("sequence")),
                  folder.filePath(QLatin1String("cursor")), folder.filePath(QLatin1String("topics")),
                  [this] { ++changes; }}),
@@ -75,13 +82,6 @@ protected:
         return all;
     }
 
-    void start(const LinkConfig& config)
-    {
-        plant.setDevices(plantDevices({config}));
-        links.apply({config});
-        plant.start(nullptr);
-    }
-
     const QTemporaryDir folder;
     const std::atomic<bool> allowsWrites{false};
     std::atomic<int> changes{0};
@@ -91,10 +91,34 @@ protected:
     StationLinks links;
 };
 
-TEST_F(PlantThread, PublishesWhileOthersAskAndGiveOrders)
+class PlantThreadWithPlc : public PlantThread
 {
-    const LinkConfig first = config(QLatin1String("sim"), tags({"MW100", "IW0"}));
-    start(first);
+protected:
+    using PlantThread::PlantThread;
+
+    void start(std::initializer_list<const char*> addresses)
+    {
+        configure(addresses);
+        plant.start(nullptr);
+    }
+
+    void configure(std::initializer_list<const char*> addresses)
+    {
+        const LinkConfig one = config(QLatin1String("sim"), tags(addresses));
+        plant.setDevices(plantDevices({one}));
+        links.apply({one});
+    }
+};
+
+class PlantThreadInBothDialects : public PlantThreadWithPlc
+{
+protected:
+    PlantThreadInBothDialects() : PlantThreadWithPlc(bothDialectsAt) {}
+};
+
+TEST_F(PlantThreadWithPlc, PublishesWhileOthersAskAndGiveOrders)
+{
+    start({"MW100", "IW0"});
     std::atomic<bool> isDone{false};
     std::thread asking([&] {
         while (!isDone)
@@ -104,9 +128,7 @@ TEST_F(PlantThread, PublishesWhileOthersAskAndGiveOrders)
     EXPECT_TRUE(broker.awaitMessages("spBv1.0/kakb/NBIRTH/press", 1));
     EXPECT_TRUE(broker.awaitMessages("spBv1.0/kakb/DBIRTH/press/plc-1", 1));
     EXPECT_TRUE(broker.awaitMessages("spBv1.0/kakb/DDATA/press/plc-1", 3));
-    const LinkConfig second = config(QLatin1String("sim"), tags({"MW100", "IW0", "MW102"}));
-    plant.setDevices(plantDevices({second}));
-    links.apply({second});
+    configure({"MW100", "IW0", "MW102"});
     EXPECT_TRUE(broker.awaitMessages("spBv1.0/kakb/NBIRTH/press", 2));
     isDone = true;
     asking.join();
@@ -114,9 +136,36 @@ TEST_F(PlantThread, PublishesWhileOthersAskAndGiveOrders)
     EXPECT_EQ(PlantStanding::BORN, plant.standings().at(0).state);
 }
 
-TEST_F(PlantThread, SaysThatItEnds)
+TEST_F(PlantThreadInBothDialects, PublishesInEachByAClientOfItsOwn)
 {
-    start(config(QLatin1String("sim"), tags({"MW100"})));
+    start({"MW100", "IW0"});
+    std::atomic<bool> isDone{false};
+    std::thread asking([&] {
+        while (!isDone)
+            EXPECT_EQ(2u, plant.standings().size());
+    });
+    EXPECT_TRUE(broker.awaitClient("kakb-kakb-press"));
+    EXPECT_TRUE(broker.awaitClient("kakb-kakb-press-json"));
+    EXPECT_TRUE(broker.awaitMessages("spBv1.0/kakb/DDATA/press/plc-1", 3));
+    EXPECT_TRUE(broker.awaitMessages("kakb/press/plc/IW0", 3));
+    configure({"MW100", "IW0", "MW102"});
+    EXPECT_TRUE(broker.awaitMessages("spBv1.0/kakb/NBIRTH/press", 2));
+    EXPECT_TRUE(broker.awaitMessages("kakb/press/plc/MW102", 1));
+    isDone = true;
+    asking.join();
+    for (const PlantStanding& standing : plant.standings())
+        EXPECT_EQ(PlantStanding::BORN, standing.state) << standing.dialect.toStdString();
+
+    links.stop(QLatin1String("the station stopped"));
+    plant.stop();
+    EXPECT_TRUE(broker.awaitMessages("spBv1.0/kakb/NDEATH/press", 1));
+    EXPECT_TRUE(broker.awaitMessages("kakb/press/status", 2));
+    EXPECT_TRUE(broker.awaitDisconnects(2));
+}
+
+TEST_F(PlantThreadWithPlc, SaysThatItEnds)
+{
+    start({"MW100"});
     ASSERT_TRUE(broker.awaitMessages("DBIRTH", 1));
     links.stop(QLatin1String("the station stopped"));
     const qint64 begin = clock.steady();
@@ -124,12 +173,12 @@ TEST_F(PlantThread, SaysThatItEnds)
     EXPECT_LT(clock.steady() - begin, STOP_LIMIT_US) << "it waits for no more than the broker";
     EXPECT_TRUE(broker.awaitMessages("spBv1.0/kakb/DDEATH/press/plc-1", 1));
     EXPECT_TRUE(broker.awaitMessages("spBv1.0/kakb/NDEATH/press", 1));
-    EXPECT_TRUE(broker.awaitDisconnect());
+    EXPECT_TRUE(broker.awaitDisconnects(1));
 }
 
-TEST_F(PlantThread, TellsHowItStandsOnlyWhenThatChanged)
+TEST_F(PlantThreadWithPlc, TellsHowItStandsOnlyWhenThatChanged)
 {
-    start(config(QLatin1String("sim"), tags({"MW100", "IW0"})));
+    start({"MW100", "IW0"});
     ASSERT_TRUE(broker.awaitMessages("DDATA", 1));
     ASSERT_TRUE(news.await([&] { return plant.standings().at(0).state == PlantStanding::BORN; }));
     const quint64 sent = plant.standings().at(0).sent;
