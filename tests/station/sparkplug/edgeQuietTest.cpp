@@ -44,7 +44,8 @@ TEST(EdgeQuiet, WhatABirthOfTheNodeHasToldIsNoNews)
     bench.passMs(1000);
     bench.accept();
     bench.grant();
-    const ReceivedMetric* const told = bench.all("NBIRTH").back().payload.named("Commands/Refused");
+    const Told birth = bench.all("NBIRTH").back();
+    const ReceivedMetric* const told = birth.payload.named("Commands/Refused");
     ASSERT_NE(nullptr, told);
     EXPECT_EQ(1u, told->bits);
     bench.passMs(3000);
