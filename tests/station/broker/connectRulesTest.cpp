@@ -45,7 +45,7 @@ TEST(Sparkplug, principles_persistence_clean_session_50)
 TEST(Sparkplug, payloads_ndeath_will_message_publisher_disconnect_mqtt50)
 {
     DrivenSession driven;
-    const int before = connectOf(driven).size();
+    const int before = int(connectOf(driven).size());
     driven.session.leave();
     driven.until([&] { return driven.peer.isClosed(); });
     EXPECT_EQ(QByteArray::fromHex("e000"), driven.peer.taken().mid(before));
