@@ -100,7 +100,7 @@ TEST(SessionPackets, AMessageHasItsRetainFlagAndItsQos)
     for (const auto& [packet, sent] : expected) {
         DrivenSession driven;
         driven.open();
-        const int before = driven.peer.taken().size();
+        const int before = int(driven.peer.taken().size());
         driven.session.publish(sent);
         driven.until([&] { return driven.peer.taken().endsWith('v'); });
         EXPECT_EQ(packet, driven.peer.taken().mid(before).toHex());
