@@ -1,9 +1,14 @@
 """The page's line that tells how the station stands with its broker."""
 
+import json
+import urllib.request
+
+from cappedHistory import TABLE, CappedHistory, configuration
 from mosquittoBroker import MosquittoBroker
 from stationBrowser import BrowserTest
 
 LINE = "#broker-line"
+RETURN_S = 40  # the pause of a station that has tried for long, and the delivery
 QUESTIONS = ("return performance.getEntriesByType('resource')"
              ".filter((entry) => entry.name.endsWith('/api/v1/plant')).length;")
 
@@ -47,6 +52,36 @@ class BrowserBroker(BrowserTest):
         self.awaits(lambda: "behind by 0" in self.browser.one(
             f"{LINE} [data-broker=sparkplug]").text, "it stays behind", 20)
         self.assertEqual(asked, self.browser.script(QUESTIONS), "the stream tells it all")
+
+
+class BrowserDropped(BrowserTest):
+    """A station whose history dropped rows while no broker was there."""
+
+    plc_arguments = ("--control", "control")
+    tags = TABLE
+    good_tag = "b0.0"
+
+    def station_arguments(self):
+        self.broker = self._keep(MosquittoBroker(self.folder))
+        self.broker.kill()
+        self.file("station.toml", configuration(self.plc.link, self.broker.url))
+        return ["--config", "station.toml"]
+
+    def test_line_counts_what_was_dropped(self):
+        CappedHistory(self.control, self.address()).overflow()
+        self.broker.start()
+        self.browse(800, 480)
+        self.awaits(lambda: self.browser.all(dialect("sparkplug", "connected")),
+                    "it does not come back", RETURN_S)
+        self.awaits(lambda: "behind by 0," in self.line(), "it stays behind", RETURN_S)
+        with urllib.request.urlopen(f"{self.address()}api/v1/plant") as answer:
+            [standing] = json.load(answer)
+        self.assertGreater(standing["dropped"], 0)
+        self.assertTrue(self.line().endswith(f", dropped {standing['dropped']}"), self.line())
+
+    def line(self):
+        """How the dialect stands."""
+        return self.browser.one(f"{LINE} [data-broker=sparkplug]").text
 
 
 class BrowserWithoutBroker(BrowserTest):
