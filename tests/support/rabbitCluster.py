@@ -1,6 +1,7 @@
 """RabbitMQ nodes of a test's own on loopback ports, which the test can kill and start again."""
 
 import subprocess
+from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
 
 SCRIPT = Path(__file__).resolve().parents[2] / "scripts" / "cluster.sh"
@@ -45,20 +46,26 @@ class RabbitCluster:
 
 
 class RabbitBroker:
-    """One node, to be used as a MosquittoBroker is."""
+    """A cluster, to be used as a MosquittoBroker is.
 
-    def __init__(self, folder):
-        self.cluster = RabbitCluster(folder, 1)
-        self.port, self.url = self.cluster.ports[0], self.cluster.url(1)
+    `url` is that of the first node and `port` that of the last one: a station and its host are at
+    different nodes."""
+
+    def __init__(self, folder, nodes):
+        self.cluster = RabbitCluster(folder, nodes)
+        self.nodes = range(1, nodes + 1)
+        self.port, self.url = self.cluster.ports[-1], self.cluster.url(1)
 
     def kill(self):
-        """Ends it without a word to its clients."""
-        self.cluster.kill(1)
+        """Ends all nodes without a word to their clients."""
+        for node in self.nodes:
+            self.cluster.kill(node)
 
     def start(self):
-        """Starts it again."""
-        self.cluster.revive(1)
+        """Starts all nodes again, at once: a node that was not the last one waits for the others."""
+        with ThreadPoolExecutor() as threads:
+            list(threads.map(self.cluster.revive, self.nodes))
 
     def close(self):
-        """Ends it."""
+        """Ends them."""
         self.cluster.close()

@@ -12,14 +12,16 @@ class RabbitTest(unittest.TestCase):
 
     What does not hold at RabbitMQ is set to None there: no test then has the name."""
 
+    NODES = 3  # of the cluster that the tests of the class share; 0: each test starts its own
+
     @classmethod
     def setUpClass(cls):
         super().setUpClass()
-        if not IS_INSTALLED:
+        if not IS_INSTALLED or not cls.NODES:
             return
         folder = tempfile.TemporaryDirectory()
         cls.addClassCleanup(folder.cleanup)
-        cls.rabbit = RabbitBroker(Path(folder.name))
+        cls.rabbit = RabbitBroker(Path(folder.name), cls.NODES)
         cls.addClassCleanup(cls.rabbit.close)
 
     def setUp(self):

@@ -1,15 +1,13 @@
 """A station at RabbitMQ: the tests that are written for any broker, and a cluster whose nodes die."""
 
 import os
-import unittest
 
 import plantBrokers
 import plantJson
 import plantSessions
 from clusterFaults import ClusterFaults
 from plantFaults import summary
-from processes import SLOWER
-from rabbitCluster import IS_INSTALLED
+from plantTest import PlantTest
 from rabbitTest import RabbitTest
 from stationProgram import StationTest
 
@@ -20,8 +18,19 @@ KILLS = 3
 class RabbitSessions(RabbitTest, plantSessions.PlantSessions):
     """Births, data, deaths and rebirths."""
 
+    test_the_number_of_the_session_goes_on_over_restarts_and_refused_connections = None
+
     def assert_left(self, broker):
         """It does not tell a DISCONNECT from any other end; that the will is forgotten shows it."""
+
+
+class RabbitRestart(RabbitTest, PlantTest):
+    """One node: a cluster that was killed as a whole takes two minutes to come back."""
+
+    NODES = 1
+    test_the_number_of_the_session_goes_on_over_restarts_and_refused_connections = \
+        plantSessions.PlantSessions\
+        .test_the_number_of_the_session_goes_on_over_restarts_and_refused_connections
 
 
 class RabbitCommands(RabbitTest, plantBrokers.PlantForeignCommands):
@@ -46,10 +55,10 @@ class RabbitJson(RabbitTest, plantJson.PlantJson):
         return self.rabbit
 
 
-@unittest.skipUnless(IS_INSTALLED, "rabbitmq-server is not installed")
-@unittest.skipIf(SLOWER > 1, "a station with a sanitizer does not keep up with the changes")
-class RabbitCluster(StationTest):
+class RabbitCluster(RabbitTest, StationTest):
     """The seed is printed, so that a failure can be made again."""
+
+    NODES = 0
 
     def test_a_station_goes_on_when_its_node_dies_and_nothing_is_lost(self):
         run = self.keep(ClusterFaults(self.programs, self.folder, SEED))
