@@ -107,14 +107,17 @@ class BrowserLinkNames(BrowserTest):
             for name in ("__proto__", '<b>"&')))
         return ["--config", "station.toml"]
 
+    def cards(self):
+        """The links of the cards, at one moment: the view makes its cards anew."""
+        return self.browser.script(
+            "return [...document.querySelectorAll('[data-card]')].map((card) => card.dataset.card);")
+
     def test_views_show_it(self):
         self.browse(1280, 800)
         captions = [caption.text for caption in self.browser.all("#values-list caption")]
         self.assertEqual(["__proto__", '<b>"&'], captions)
         self.view("link")
-        self.awaits(lambda: len(self.browser.all("[data-card]")) == 2, "not two links")
-        self.assertEqual(["__proto__", '<b>"&'], [
-            card.get_attribute("data-card") for card in self.browser.all("[data-card]")])
+        self.awaits(lambda: self.cards() == ["__proto__", '<b>"&'], "not two links")
         self.view("frames")
         Select(self.browser.one("#frames-link")).select_by_value("__proto__")
         self.awaits(lambda: self.browser.all("[data-frame]"), "no frames")
