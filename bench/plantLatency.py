@@ -1,6 +1,5 @@
 #!/usr/bin/python3
-"""How soon an answer on the line is at a subscriber, how long a rebirth takes, and what a change takes
-on the wire.
+"""How soon an answer on the line is at a subscriber, and how long a rebirth takes.
 
 usage: bench/plantLatency.py [SECONDS]
   SECONDS   how long answers are timed (default: 30)
