@@ -1,6 +1,7 @@
 #include "values/frameLog.h"
 
 #include <algorithm>
+#include <cstddef>
 
 namespace {
 
@@ -40,7 +41,7 @@ void FrameLog::add(qint64 time, FrameRecord::Direction direction, const QByteArr
 
 void FrameLog::forgetOldest()
 {
-    m_bytes.erase(m_bytes.begin(), m_bytes.begin() + m_frames.front().size);
+    m_bytes.erase(m_bytes.begin(), m_bytes.begin() + std::ptrdiff_t(m_frames.front().size));
     m_frames.pop_front();
 }
 
@@ -51,7 +52,7 @@ std::vector<LoggedFrame> FrameLog::since(quint64 number) const
     quint64 next = m_lastNumber - m_frames.size();
     auto bytes = m_bytes.begin();
     for (const Kept& kept : m_frames) {
-        const auto end = bytes + kept.size;
+        const auto end = bytes + std::ptrdiff_t(kept.size);
         if (++next > number) {
             LoggedFrame frame;
             frame.number = next;
