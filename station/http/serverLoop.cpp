@@ -63,6 +63,7 @@ void ServerLoop::run()
         const News news = wait();
         isWoken = news.isWoken;
         if (news.isSomebodyWaiting) acceptAll(m_clock.steady());
+        m_clients = m_daemon.count(); // a client may ask for it in the next run of the library
     }
 }
 
