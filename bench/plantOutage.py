@@ -32,16 +32,15 @@ sys.path.insert(0, str(PROJECT / "tests" / "support"))
 # pylint: disable=wrong-import-position
 import paho.mqtt.client as mqtt
 
+from countingWords import counting_plc
 from mosquittoBroker import MosquittoBroker
 from processes import PATIENCE_S, eventually
-from simulatedPlc import SimulatedPlc
 from sparkplugMessages import payload_of, quality_of, value_of
 from stationProgram import Station
 
 TAGS = 50
 CHANGE_MS = 100
 VALUES = 60000
-FIRST_MARKER = 3000  # the number of MW 0
 COMPRESSION = 20
 MOST_LATE_S = 1
 ALONE_S = 10  # the station without a broker
@@ -130,12 +129,7 @@ class Outage:
         self.filled = [(int(output) + CHANGE_MS * i, i % VALUES, "good")
                        for i in range(minutes * 60 * 1000 // CHANGE_MS)]
         self.bytes = (state / "history.sqlite").stat().st_size
-        signals = [argument for word in range(TAGS) for argument in
-                   ("--signal", f"1:MW:{FIRST_MARKER + word}:counter:{CHANGE_MS}:{VALUES}")]
-        self.plc = SimulatedPlc(PROGRAMS / "kakb-sim", folder, "tcp", *signals)
-        rows = [f"w{word},1,MW,{2 * word},uint16" for word in range(TAGS)]
-        (folder / "tags.csv").write_text(
-            "\n".join(["name,station,area,address,type", *rows]) + "\n", encoding="utf-8")
+        self.plc = counting_plc(PROGRAMS / "kakb-sim", folder, TAGS, CHANGE_MS, VALUES)
         self.broker = MosquittoBroker(folder)
         self.broker.kill()
         self.station = Station(

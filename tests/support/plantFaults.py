@@ -8,16 +8,16 @@ import random
 import time
 from collections import Counter
 
+from countingWords import counting_plc
 from mosquittoBroker import MosquittoBroker
 from processes import eventually
 from sampleOrder import disorder
-from simulatedPlc import SimulatedPlc
 from sparkplugHost import SparkplugHost
 from stationProgram import Station
 from tcpRelay import TcpRelay
 
 TAGS = 50
-FIRST_MARKER = 3000  # the number of MW 0
+VALUES = 60000  # of a word, before it begins anew
 CHANGE_MS = 100
 DEVICE = "plc-1"
 KINDS = ("broker", "network", "station")
@@ -37,12 +37,7 @@ class PlantFaults:
         self.programs, self.folder = programs, folder
         self.found = []
         self.counts = Counter()
-        signals = [argument for word in range(TAGS) for argument in
-                   ("--signal", f"1:MW:{FIRST_MARKER + word}:counter:{CHANGE_MS}:60000")]
-        self.plc = SimulatedPlc(programs / "kakb-sim", folder, "tcp", *signals)
-        rows = [f"w{word},1,MW,{2 * word},uint16" for word in range(TAGS)]
-        (folder / "tags.csv").write_text(
-            "\n".join(["name,station,area,address,type", *rows]) + "\n", encoding="utf-8")
+        self.plc = counting_plc(programs / "kakb-sim", folder, TAGS, CHANGE_MS, VALUES)
         self.servers = self._open_broker()
         self.cuts = []  # when a session may have ended, on time.time()
         self.station = self._started()
