@@ -216,6 +216,7 @@ TEST(EdgeNode, ValuesOfOneMetricThatWaitedAreToldInTheirOrder)
 {
     Lived bench;
     bench.session.isFull = true;
+    const qint64 begin = bench.clock.wall();
     for (const double value : {1.0, 2.0, 3.0}) {
         bench.read("oven", "temperature", value);
         bench.passMs(10);
@@ -229,6 +230,8 @@ TEST(EdgeNode, ValuesOfOneMetricThatWaitedAreToldInTheirOrder)
     EXPECT_EQ(1, news[0].payload.metrics[0].number(9));
     EXPECT_EQ(2, news[0].payload.metrics[1].number(9));
     EXPECT_EQ(3, news[0].payload.metrics[2].number(9));
+    for (size_t i = 0; i < 3; ++i)
+        EXPECT_EQ(begin + 10 * qint64(i), news[0].payload.metrics[i].time) << "of the answer";
 }
 
 TEST(EdgeNode, AClockThatIsSetBackDoesNotTurnTheOrderOfAMetric)

@@ -190,6 +190,24 @@ TEST(Sparkplug, operational_behavior_primary_application_state_with_multiple_ser
     EXPECT_TRUE(bench.isBorn()) << "the times of two servers are not compared";
 }
 
+TEST(EdgeNode, TheLastTimeOfAServerIsKeptWhileAnotherIsTried)
+{
+    Waiting bench(2);
+    bench.state(false, 1000);
+    bench.accept();
+    bench.grant();
+    bench.state(false, 2); // of broker2
+    while (bench.session.connects < 3)
+        bench.passMs(1000);
+    ASSERT_EQ(QLatin1String("broker1"), triedAt(bench));
+    bench.accept();
+    bench.grant();
+    bench.state(true, 999);
+    EXPECT_FALSE(bench.isBorn()) << "older than what broker1 told before";
+    bench.state(true, 1000);
+    EXPECT_TRUE(bench.isBorn());
+}
+
 TEST(EdgeNode, AServerThatKnowsNothingOfThePrimaryHostIsLeftForTheNext)
 {
     Waiting bench(2);
