@@ -51,9 +51,14 @@ class SparkplugHost:
         self.client.reconnect_delay_set(1, 1)
         self.subscribed = threading.Event()
         self.client.on_subscribe = lambda *_: self.subscribed.set()
+        self.client.on_disconnect = lambda *_: self.subscribed.clear()
         prepare(self.client)
         self.client.connect_async("127.0.0.1", port, 60)
         self.client.loop_start()
+        self.await_subscription()
+
+    def await_subscription(self):
+        """Waits until the broker passes on what it gets from now on."""
         assert self.subscribed.wait(PATIENCE_S), "the broker grants no subscription"
 
     def close(self):

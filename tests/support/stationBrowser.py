@@ -53,7 +53,7 @@ class BrowserTest(unittest.TestCase):
     def station_arguments(self):
         """What the station serves."""
         return ["--listen", "127.0.0.1:0", "--tags", "tags.csv", "--link", self.plc.link,
-                "--timeout-ms", "200", "--allow-writes"]
+                "--timeout-ms", "400", "--allow-writes"]
 
     def _keep(self, started):
         self.addCleanup(started.close)
@@ -86,6 +86,11 @@ class BrowserTest(unittest.TestCase):
     def view(self, name):
         """Switches to a view as a person does."""
         self.browser.one(f"[data-view={name}]").click()
+
+    def view_trends(self):
+        """Switches to the trends, whose plots are made once their library is there."""
+        self.view("trends")
+        self.awaits(lambda: self.browser.all("[data-lane] canvas"), "no plots")
 
     def cell(self, tag):
         """The selector of a tag's value."""

@@ -30,7 +30,7 @@ class BrowserBroker(BrowserTest):
         """Both dialects are shown in this state."""
         for name in ("sparkplug", "json"):
             self.awaits(lambda name=name: self.browser.all(dialect(name, state)),
-                        f"{name} is not {state}", 20)
+                        f"{name} is not {state}", RETURN_S)
 
     def test_line_follows_the_broker(self):
         self.browse(800, 480)

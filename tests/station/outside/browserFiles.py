@@ -67,7 +67,7 @@ class BrowserFiles(BrowserTest):
         self.browse(1280, 800)
         self.browser.driver.execute_cdp_cmd("Browser.setDownloadBehavior", {
             "behavior": "allow", "downloadPath": str(self.folder)})
-        self.view("trends")
+        self.view_trends()
         self.awaits(lambda: len(self.browser.all("[data-lane] canvas")) >= 2, "no plots")
 
     def saved(self, name):

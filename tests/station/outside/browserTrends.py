@@ -165,7 +165,7 @@ return place(".cursor-line") - place("[data-lane=speed] .plot");""")
         self.awaits(lambda: self.quality("speed") == "bad", "good without a link")
         self.way.resume()
         self.awaits(lambda: self.quality("speed") == "good", "not good again")
-        self.view("trends")
+        self.view_trends()
         self.browser.one("#trends-lanes summary").click()
         self.awaits(lambda: len(self.marks()) >= 4, "not every mark is listed")
         [written] = [mark for mark in self.marks() if "speed = 5" in mark]

@@ -4,7 +4,7 @@ import signal
 import time
 
 from plantTest import DEVICE, PlantTest
-from processes import eventually
+from processes import PATIENCE_S, eventually
 from sparkplugMessages import command
 from tcpRelay import TcpRelay
 
@@ -14,6 +14,8 @@ CYCLE_MS = 100  # a value is as old as its answer can be: as the wait for it, an
 KEEP_ALIVE_S = 5
 # The broker waits one and a half keep-alives, the station two.
 HALF_OPEN_S = 4 * KEEP_ALIVE_S
+LONGEST_PAUSE_S = 30  # ahead of the station's next try
+REBIRTH = command("Node Control/Rebirth", datatype=11, boolean_value=True)
 IN_TOKYO = ("env", "TZ=JST-9")  # nine hours ahead of UTC, which all times are of
 
 
@@ -140,21 +142,26 @@ class PlantSessions(PlantTest):
         plc, station = self.publisher(broker.url)
         seen = []
 
-        def await_birth(births):
-            host.await_that(lambda host: host.births == births and DEVICE in host.born)
+        def await_session():
+            host.await_that(lambda host: host.bd_seq not in (None, *seen) and DEVICE in host.born)
             seen.append(host.bd_seq)
-        await_birth(1)
+        await_session()
         station.end()
         station = self.published(plc, broker.url)
-        await_birth(2)
+        await_session()
         broker.kill()
         self.await_standing(station, lambda standing: standing["trouble"] == "Connection refused")
         broker.start()
-        await_birth(3)
+        self.await_standing(station, lambda standing: standing["state"] == "connected",
+                            LONGEST_PAUSE_S + PATIENCE_S)
+        # The station may have been back before this host, which then saw no birth.
+        host.await_subscription()
+        host.send("NCMD", REBIRTH)
+        await_session()
         station.process.send_signal(signal.SIGKILL)
         station.wait(STOP_S)
         self.published(plc, broker.url)
-        await_birth(4)
+        await_session()
         self.assertEqual([0, 1, 2, 3], seen, "one for each CONNECT that left, and no other")
 
     def test_a_host_that_lost_track_gets_all_births_anew_in_the_same_session(self):
@@ -163,7 +170,7 @@ class PlantSessions(PlantTest):
         _, station = self.publisher(broker.url)
         host.await_that(lambda host: DEVICE in host.born)
         before = host.bd_seq
-        host.send("NCMD", command("Node Control/Rebirth", datatype=11, boolean_value=True))
+        host.send("NCMD", REBIRTH)
         host.await_that(lambda host: host.births == 2 and DEVICE in host.born)
         self.assertEqual(before, host.bd_seq)
         self.assertNotIn("NDEATH", host.kinds())
