@@ -7,6 +7,16 @@ from selenium.webdriver.common.keys import Keys
 from stationBrowser import ODD_NAME, SIZES, BrowserTest
 
 
+# Notes how a row with a switch looks whenever it changes: its outcome, its value and the switch.
+WATCH_ROW = """
+const row = document.querySelector(arguments[0]);
+window.looks = [];
+new MutationObserver(() => window.looks.push([
+    row.querySelector("[data-outcome]")?.dataset.outcome,
+    row.querySelector("[data-quality]").textContent,
+    row.querySelector("[role=switch]")?.getAttribute("aria-checked"),
+])).observe(row, {subtree: true, childList: true, attributes: true, characterData: true});
+"""
 BITS = {"0": "false", "1": "true"}  # of a switch that is announced to a screen reader
 
 
@@ -82,12 +92,14 @@ class BrowserValues(BrowserTest):
             before = self.value("pump")
             after = "1" if before == "0" else "0"
             switch = f"{self.row('pump')} [role=switch]"
+            self.browser.script(WATCH_ROW, self.row("pump"))
             self.control.command("stall 0.5")  # the answer takes time
             self.browser.one(switch).click()
-            self.awaits_outcome("pump", "waiting")
-            self.assertEqual((before, BITS[before]), (self.value("pump"), self.checked(switch)))
             self.awaits_outcome("pump", "confirmed")
             self.awaits_value("pump", after)
+            looks = self.browser.script("return window.looks;")
+            self.assertEqual([["waiting", before, BITS[before]]], looks[:1])
+            self.assertIn(["confirmed", after, BITS[after]], looks)
             self.assertEqual(BITS[after], self.checked(switch))
             self.assertEqual(after, self.control.command("get QX0.5"))
             self.write("pump", before)
