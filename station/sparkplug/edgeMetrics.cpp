@@ -43,7 +43,7 @@ void takeShadows(EdgeStation& station, const EdgeStation& from)
     station.outcome = from.outcome;
     station.outcomeTime = from.outcomeTime;
     station.answers = from.answers;
-    station.isBorn = from.isBorn;
+    station.isBorn = from.isBorn && from.id == station.id; // hosts know it by its old id
 }
 
 } // namespace

@@ -252,6 +252,31 @@ TEST(EdgeCommands, AreTakenForTheLastBirthsThatWereSent)
     EXPECT_EQ(1u, bench.commands.writes.size()) << "an alias is never given to another";
 }
 
+/// Ids are made of the links' names in their order: the same two ids may change places.
+TEST(EdgeCommands, ADeviceWhoseIdIsAnotherNowTakesNoneOfItsOldBirth)
+{
+    const auto tags = [] {
+        return std::vector<Tag>{tagOf("count", 1, Tag::UINT16, Tag::READ_WRITE)};
+    };
+    const EdgeDevice first{QLatin1String("a+b"), 1, tags()},
+        second{QLatin1String("a#b"), 1, tags()};
+    EdgeBench bench;
+    bench.node.setDevices({first, second});
+    bench.beBorn();
+    bench.stand("a+b", 1, true);
+    bench.stand("a#b", 1, true);
+    bench.session.isFull = true; // the new births wait
+    bench.node.setDevices({second, first});
+    bench.command("DCMD", QLatin1String("a_b-1"), commandBytes("count", 0, 10, 1));
+    EXPECT_TRUE(bench.commands.writes.empty()) << "it was meant for a+b";
+    EXPECT_EQ(1u, bench.commands.refusals.size());
+    bench.session.isFull = false;
+    bench.turn();
+    bench.command("DCMD", QLatin1String("a_b-1"), commandBytes("count", 0, 10, 2));
+    ASSERT_EQ(1u, bench.commands.writes.size());
+    EXPECT_EQ(QLatin1String("a#b"), bench.commands.writes[0].link);
+}
+
 TEST(EdgeCommands, WithoutConsentNothingIsWrittenAndBirthsCanStillBeAskedFor)
 {
     Commanded bench(false);
