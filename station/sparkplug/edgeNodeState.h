@@ -51,6 +51,7 @@ struct EdgeNode::State
     void over(const QString& reason, bool connectSent, bool isServerLeft);
 
     void bear();
+    void sendBirths();
     void work();
     void tick();
     void lookForMark();

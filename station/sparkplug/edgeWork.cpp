@@ -37,13 +37,18 @@ void EdgeNode::State::bear()
     isLeft = false;
     data.begin();
     ledger.born(lastNumber);
+    sendBirths();
+}
+
+void EdgeNode::State::sendBirths()
+{
     tellFigures();
     data.bear(node, birthSequence);
 }
 
 void EdgeNode::State::work()
 {
-    if (session.isDrained() && std::exchange(areBirthsDue, false)) data.bear(node, birthSequence);
+    if (session.isDrained() && std::exchange(areBirthsDue, false)) sendBirths();
     if (areBirthsDue) return;
     while (data.isWaiting() && session.isDrained())
         data.sendSome();

@@ -100,6 +100,27 @@ TEST(EdgeNode, ManyRebirthsBehindAFullSocketAreOne)
     EXPECT_EQ(2u, bench.all("NBIRTH").size());
 }
 
+TEST(EdgeNode, BirthsTellTheFiguresOfTheirMoment)
+{
+    BornBench bench;
+    bench.command("NCMD", QString(), QByteArray("garbage"));
+    bench.command("NCMD", QString(), rebirthBytes());
+    ASSERT_EQ(2u, bench.all("NBIRTH").size());
+    EXPECT_EQ(1u, entry(bench.all("NBIRTH")[1], "Commands/Refused").bits);
+    bench.command("NCMD", QString(), QByteArray("garbage"));
+    bench.session.isFull = true;
+    bench.command("NCMD", QString(), rebirthBytes());
+    bench.passMs(3000);
+    bench.command("NCMD", QString(), QByteArray("garbage"));
+    bench.session.isFull = false;
+    bench.turn();
+    ASSERT_EQ(3u, bench.all("NBIRTH").size());
+    EXPECT_EQ(3u, entry(bench.all("NBIRTH")[2], "Commands/Refused").bits);
+    const size_t before = bench.mark();
+    bench.passMs(3000);
+    EXPECT_TRUE(bench.since(before).empty()) << "that is no news";
+}
+
 TEST(EdgeNode, ANewConfigurationIsBornAnewInTheSameSession)
 {
     BornBench bench;
