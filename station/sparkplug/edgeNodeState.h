@@ -58,7 +58,9 @@ struct EdgeNode::State
     void tellSent();
     void sendMark();
     void tellFigures();
+    EdgeStation* tellerOf(const EdgeCommands::Outcome& outcome);
     void tellOutcomes();
+    void tellLastOutcomes();
     void tellOutcome(const EdgeCommands::Outcome& outcome);
     void sayFarewell();
     void part();

@@ -106,13 +106,30 @@ void EdgeNode::State::tellFigures()
     node.set(NodeMetrics::REFUSED, qint64(commands.refused()), now);
 }
 
+/// The device that is to tell an outcome; null: the node tells it.
+EdgeStation* EdgeNode::State::tellerOf(const EdgeCommands::Outcome& outcome)
+{
+    const int device = metrics.findStation(outcome.link, outcome.station);
+    if (device < 0) return nullptr;
+    EdgeStation& station = metrics.devices()[size_t(device)];
+    return station.takesCommands ? &station : nullptr;
+}
+
 /// A device that is not born tells its outcomes behind its birth.
 void EdgeNode::State::tellOutcomes()
 {
     const auto canTell = [this](const EdgeCommands::Outcome& outcome) {
-        const int device = metrics.findStation(outcome.link, outcome.station);
-        return device < 0 || metrics.devices()[size_t(device)].isBorn;
+        const EdgeStation* const teller = tellerOf(outcome);
+        return teller == nullptr || teller->isBorn;
     };
+    for (const EdgeCommands::Outcome& outcome : commands.takeOutcomes(canTell))
+        tellOutcome(outcome);
+}
+
+/// No birth follows that could be waited for: the node tells what a dead device cannot.
+void EdgeNode::State::tellLastOutcomes()
+{
+    const auto canTell = [](const EdgeCommands::Outcome&) { return true; };
     for (const EdgeCommands::Outcome& outcome : commands.takeOutcomes(canTell))
         tellOutcome(outcome);
 }
@@ -120,27 +137,27 @@ void EdgeNode::State::tellOutcomes()
 void EdgeNode::State::tellOutcome(const EdgeCommands::Outcome& outcome)
 {
     const qint64 now = clock.wall();
-    const int device = metrics.findStation(outcome.link, outcome.station);
-    if (device < 0 || !metrics.devices()[size_t(device)].takesCommands) {
+    EdgeStation* const teller = tellerOf(outcome);
+    if (teller == nullptr || !teller->isBorn) {
         node.tell(NodeMetrics::OUTCOME, outcome.text, now);
         return publisher.sendNodeData(node.takeNews());
     }
-    EdgeStation& station = metrics.devices()[size_t(device)];
-    station.outcome = outcome.text;
-    station.outcomeTime = now;
-    publisher.sendDevice("DDATA", station.id,
-                         {dataEntry(station.outcomeAlias, MetricType::STRING, outcome.text,
+    teller->outcome = outcome.text;
+    teller->outcomeTime = now;
+    publisher.sendDevice("DDATA", teller->id,
+                         {dataEntry(teller->outcomeAlias, MetricType::STRING, outcome.text,
                                     QualityCode::GOOD, now)});
 }
 
 // The end of a session with births.
 
-/// Of a stop, what waits goes out first, with its mark. A primary host that is offline would not
-/// see it: that stays owed.
+/// Of a stop, what waits goes out first, with its mark: outcomes ahead of the deaths of devices,
+/// whose links have ended. A primary host that is offline would not see it: that stays owed.
 void EdgeNode::State::sayFarewell()
 {
     isLeft = !isStopping;
     if (!isLeft && !areBirthsDue) {
+        if (session.isDrained()) tellLastOutcomes();
         while (data.isWaiting() && session.isDrained())
             data.sendSome();
         data.owe();

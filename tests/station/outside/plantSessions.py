@@ -1,5 +1,6 @@
 """What a station publishes while a session begins, goes on and ends."""
 
+import json
 import signal
 import time
 
@@ -106,6 +107,21 @@ class PlantSessions(PlantTest):
         self.assertEqual(1, host.kinds().count("NDEATH"), "the will is forgotten")
         self.assertIn(f"DDEATH {DEVICE}", host.kinds())
         self.assert_left(broker)
+
+    def test_a_write_that_the_end_cuts_off_has_its_outcome_ahead_of_the_death(self):
+        broker = self.broker()
+        host = self.host_at(broker)
+        _, station = self.publisher(broker.url, "--allow-writes --mqtt-commands --timeout-ms 5000")
+        host.await_that(lambda host: host.value(DEVICE, "still")[1] == "good")
+        self.control.command("silent 1 on")
+        host.send("DCMD", command("still", datatype=6, int_value=5), DEVICE)
+        self.await_standing(station, lambda standing: standing["commands"] == 1)
+        self.assertEqual(0, station.end())
+        host.await_that(lambda host: host.kinds()[-1] == "NDEATH")
+        outcomes = [json.loads(sample.value) for sample in host.samples
+                    if sample.name == "Commands/Outcome" and sample.value]
+        self.assertEqual([("still", "failed")],
+                         [(outcome["metric"], outcome["outcome"]) for outcome in outcomes])
 
     def assert_left(self, broker):
         """The station's last word to the broker was a DISCONNECT."""

@@ -277,6 +277,21 @@ TEST(EdgeCommands, ADeviceWhoseIdIsAnotherNowTakesNoneOfItsOldBirth)
     EXPECT_EQ(QLatin1String("a#b"), bench.commands.writes[0].link);
 }
 
+TEST(EdgeCommands, TheEndOfAWriteToADeviceThatTakesNoneAnyMoreIsToldByTheNode)
+{
+    Commanded bench;
+    bench.write(commandBytes("count", 0, 10, 12));
+    bench.stand("oven", 1, false);
+    std::vector<EdgeDevice> devices = plantDevices();
+    for (Tag& tag : devices[0].tags)
+        tag.access = Tag::READ_ONLY;
+    bench.node.setDevices(devices);
+    bench.commands.end(0, WriteEnd::FAILED);
+    bench.turn();
+    ASSERT_EQ(1u, bench.outcomes().size()) << "it does not wait for a device that never tells it";
+    EXPECT_EQ(QString(), bench.outcomes()[0].first);
+}
+
 TEST(EdgeCommands, WithoutConsentNothingIsWrittenAndBirthsCanStillBeAskedFor)
 {
     Commanded bench(false);

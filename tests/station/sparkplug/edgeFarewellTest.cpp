@@ -91,6 +91,39 @@ TEST(EdgeFarewell, AheadOfBirthsThatAreDueTellsNoDataOfTheOldOnes)
     EXPECT_EQ("NDEATH", bench.kindsSince(before));
 }
 
+/// The links end ahead of the node: a write that they could not finish has ended by then, and its
+/// device is about to die.
+TEST(EdgeFarewell, TellsTheEndsOfWritesAheadOfTheDeathOfTheirDevice)
+{
+    Leaving bench;
+    bench.command("DCMD", QLatin1String("oven-1"), commandBytes("count", 0, 10, 12));
+    ASSERT_EQ(1u, bench.commands.writes.size());
+    const size_t before = bench.mark();
+    bench.node.take({bench.standing("oven", 1, false)});
+    bench.commands.end(0, WriteEnd::FAILED, QByteArray(), "the station stopped");
+    bench.node.leave();
+    EXPECT_EQ("DDATA DDEATH NDEATH", bench.kindsSince(before));
+    EXPECT_EQ(QLatin1String("oven-1"), bench.since(before)[0].device);
+    const auto& metrics = bench.since(before)[0].payload.metrics;
+    ASSERT_EQ(1u, metrics.size());
+    EXPECT_TRUE(metrics[0].text.contains(QLatin1String("the station stopped")));
+}
+
+TEST(EdgeFarewell, TellsTheEndsOfWritesToDeadDevicesByTheNode)
+{
+    Leaving bench;
+    bench.command("DCMD", QLatin1String("oven-1"), commandBytes("count", 0, 10, 12));
+    bench.stand("oven", 1, false);
+    bench.commands.end(0, WriteEnd::FAILED, QByteArray(), "no answer");
+    bench.passMs(3000);
+    const size_t before = bench.mark();
+    bench.node.leave();
+    EXPECT_EQ("NDATA NDEATH", bench.kindsSince(before));
+    const auto& metrics = bench.since(before)[0].payload.metrics;
+    ASSERT_EQ(1u, metrics.size());
+    EXPECT_TRUE(metrics[0].text.contains(QLatin1String("no answer")));
+}
+
 TEST(EdgeFarewell, ExecutesNoCommandMore)
 {
     Leaving bench;
