@@ -6,6 +6,7 @@
 #include "page/pageRoutes.h"
 #include "program/stationStatus.h"
 #include "program/tokenFile.h"
+#include "sparkplug/edgeNames.h"
 
 namespace {
 
@@ -96,6 +97,16 @@ QStringList keysForARestart(const StationConfig& now, const StationConfig& next)
     return keys;
 }
 
+/// The plant is the one of the start, whatever a new configuration says of it.
+/// @throws StationFailure
+void checkMetricNames(const PlantSettings& plant, const std::vector<LinkConfig>& links)
+{
+    if (plant.servers.empty() || !plant.speaksSparkplug) return;
+    const QStringList problems = metricNameProblems(plantDevices(links));
+    if (problems.isEmpty()) return;
+    throw StationFailure(STATION_USAGE, problems.join(QLatin1Char('\n')));
+}
+
 } // namespace
 
 StationProgram::StationProgram(const StationConfig& config, const QString& driverFile)
@@ -174,6 +185,7 @@ QStringList StationProgram::reload(const StationConfig& config)
         throw StationFailure(STATION_USAGE,
                              QLatin1String("other machines can reach the present address: the "
                                            "token file can go only with a restart"));
+    checkMetricNames(m_config.plant, config.links);
     applyChangedLinks(config.links);
     m_server->setAccess(token, config.hostNames);
     m_areWritesAllowed = config.allowWrites;

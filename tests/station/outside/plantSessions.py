@@ -206,6 +206,32 @@ class PlantSessions(PlantTest):
         self.assertEqual(number, host.bd_seq)
         self.assertNotIn("NDEATH", host.kinds())
 
+    def test_a_reload_whose_tags_are_no_metrics_is_refused_whatever_it_says_of_brokers(self):
+        broker = self.broker()
+        host = self.host_at(broker)
+        self.tags("still")
+        plc = self.plc("tcp")
+        station = self.configured(plc, [f'servers = ["{broker.url}"]', "commands = true"],
+                                  "--allow-writes")
+        host.await_that(lambda host: host.value(DEVICE, "still")[1] == "good")
+        table = (self.folder / "tags.csv").read_text("utf-8")
+        self.file("tags.csv", table + table.splitlines()[-1].replace("still", "Commands/Outcome")
+                  + "\n")
+        config = (self.folder / "station.toml").read_text("utf-8")
+        for mqtt in ("", f'[mqtt]\nservers = ["{broker.url}"]\ndialects = ["json"]\n'):
+            with self.subTest(mqtt=mqtt):
+                said = len(station.errors)
+                self.file("station.toml", 'listen = "127.0.0.1:0"\n' + mqtt
+                          + config[config.index("[[link]]"):])
+                station.process.send_signal(signal.SIGHUP)
+                station.await_that(lambda said=said: len(station.errors) > said + 1)
+                self.assertIn("is the metric that tells the ends of commands",
+                              station.errors[said])
+        host.send("NCMD", REBIRTH)
+        host.await_that(lambda host: host.births == 2 and DEVICE in host.born)
+        self.assertEqual({"still", "Commands/Outcome"},
+                         {metric.name for metric in host.messages[-1][2].metrics})
+
     def test_a_node_without_a_history_publishes_as_well(self):
         broker = self.broker()
         host = self.host_at(broker)
