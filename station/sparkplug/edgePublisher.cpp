@@ -9,7 +9,8 @@ EdgePublisher::EdgePublisher(const EdgeTopics& topics, BrokerSession& session,
 {
 }
 
-/// A clock that was set back must not make a value younger than its message.
+/// A clock that was set back must not make a live value younger than its message. A historical one
+/// has the time of its row, by which what comes twice is known.
 void EdgePublisher::send(const QString& topic, std::vector<Metric> metrics)
 {
     Payload payload;
@@ -17,7 +18,7 @@ void EdgePublisher::send(const QString& topic, std::vector<Metric> metrics)
     payload.seq = m_seq++;
     payload.metrics = std::move(metrics);
     for (Metric& metric : payload.metrics)
-        metric.time = std::min(metric.time, payload.time);
+        if (!metric.isHistorical) metric.time = std::min(metric.time, payload.time);
     m_session.publish({topic, encodedPayload(payload), 0, false});
 }
 
