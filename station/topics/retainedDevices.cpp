@@ -85,6 +85,9 @@ void RetainedStates::configureTag(const QString& link, const Tag& tag,
     const StatedTag before = std::exchange(state->stated, stated);
     state->station = station;
     m_byTopic.insert(stated.topic, state);
+    const bool isOfType =
+        before.topic.isEmpty() ? isFit(tag, state->last) : before.tag.type == tag.type;
+    if (!isOfType) state->last = Sample();
     if (before.topic == stated.topic && before.tag.type == tag.type) return;
     putTag(state);
     station->onlineBehind = m_lastEntry;
@@ -101,7 +104,7 @@ void RetainedStates::clearUnused(const std::set<QString>& before)
     for (const QString& topic : now)
         forgetUnused(topic);
     for (const QString& topic : before) {
-        if (now.count(topic) == 0 && m_unused.insert(topic).second) put({nullptr, nullptr, topic});
+        if (now.count(topic) == 0 && m_unused.insert(topic).second) m_toClear.push_back(topic);
     }
 }
 

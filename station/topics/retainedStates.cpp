@@ -1,5 +1,6 @@
 #include "topics/retainedStates.h"
 
+#include "sparkplug/edgeMetrics.h"
 #include "values/jsonText.h"
 #include "values/valueJson.h"
 
@@ -73,11 +74,19 @@ void RetainedStates::takeReading(const Sample& sample)
 {
     TagPointer& tag = m_tags[{sample.link, sample.tag}];
     if (!tag) tag = std::make_shared<TagState>();
+    const bool isConfigured = !tag->stated.topic.isEmpty();
+    if (isConfigured && !isFit(tag->stated.tag, sample)) return;
     const bool isTold = !isNews(tag->last, sample);
     if (!isTold) tag->last = sample;
-    if (tag->stated.topic.isEmpty()) return; // its configuration is still to come
+    if (!isConfigured) return; // its configuration is still to come
     if (!isTold) putTag(tag);
     if (sample.quality == GOOD) noteGood(tag->station);
+}
+
+/// A link that a reload replaces still tells values of the types before.
+bool RetainedStates::isFit(const Tag& tag, const Sample& reading)
+{
+    return !reading.hasValue || metricValue(metricType(tag), reading.value);
 }
 
 void RetainedStates::takeStanding(const Sample& sample)
@@ -112,12 +121,12 @@ void RetainedStates::put(Entry entry)
 
 void RetainedStates::putTag(const TagPointer& tag)
 {
-    if (!std::exchange(tag->isDue, true)) put({tag, nullptr, QString()});
+    if (!std::exchange(tag->isDue, true)) put({tag, nullptr});
 }
 
 void RetainedStates::putStation(const StationPointer& station)
 {
-    if (!std::exchange(station->isDue, true)) put({nullptr, station, QString()});
+    if (!std::exchange(station->isDue, true)) put({nullptr, station});
 }
 
 void RetainedStates::sendAll()
@@ -125,8 +134,7 @@ void RetainedStates::sendAll()
     m_queue.clear();
     m_clearings.clear();
     m_isStatusOut = false;
-    for (const QString& topic : m_unused)
-        put({nullptr, nullptr, topic});
+    m_toClear.assign(m_unused.begin(), m_unused.end());
     for (const TagPointer& tag : m_tagOrder) {
         tag->isDue = false;
         putTag(tag);
@@ -142,6 +150,8 @@ void RetainedStates::sendAll()
 
 std::optional<BrokerMessage> RetainedStates::next()
 {
+    const std::optional<BrokerMessage> clearing = nextClearing();
+    if (clearing) return clearing;
     while (!m_queue.empty()) {
         const Entry entry = std::move(m_queue.front());
         m_queue.pop_front();
@@ -155,15 +165,20 @@ std::optional<BrokerMessage> RetainedStates::messageOf(const Entry& entry)
 {
     if (entry.tag) return stateOf(*entry.tag);
     if (entry.station) return availabilityOf(entry);
-    if (!entry.unused.isEmpty()) return clearing(entry.unused);
     m_isStatusOut = true;
     return status(true);
 }
 
-std::optional<BrokerMessage> RetainedStates::clearing(const QString& topic) const
+/// Empty also while too many clearings wait for their acknowledgements.
+std::optional<BrokerMessage> RetainedStates::nextClearing()
 {
-    if (m_unused.count(topic) == 0) return std::nullopt; // it is used again
-    return BrokerMessage{topic, QByteArray(), 1, true};
+    while (!m_toClear.empty() && m_clearings.size() < MOST_CLEARINGS) {
+        const QString topic = std::move(m_toClear.front());
+        m_toClear.pop_front();
+        const bool isUsedAgain = m_unused.count(topic) == 0;
+        if (!isUsedAgain) return BrokerMessage{topic, QByteArray(), 1, true};
+    }
+    return std::nullopt;
 }
 
 std::optional<BrokerMessage> RetainedStates::stateOf(TagState& tag)

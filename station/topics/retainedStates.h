@@ -20,8 +20,9 @@ struct StatedTag
 
 /// The retained messages of the JSON dialect: what they have to say, and which of them are due.
 ///
-///     sendAll()     unused topics, all tags, all stations, status        next()
+///     sendAll()     all tags, all stations, status                       next()
 ///     take()        tag, tag, station, tag ...                           from the front
+///     setDevices()  topics that are no longer used                       ahead of all these
 ///
 /// Each due message stands in the queue once, and says what holds when it goes out: the last state
 /// wins.
@@ -31,10 +32,12 @@ struct StatedTag
 ///   does, and behind the states that were due by then.
 /// - The status goes out behind all that was due when the session began.
 /// - A topic that is no longer used is cleared, in each session anew, until the broker has
-///   acknowledged it.
+///   acknowledged it. At most MOST_CLEARINGS wait for that: the numbers of messages are 16 bits.
 class RetainedStates
 {
 public:
+    enum { MOST_CLEARINGS = 1000 };
+
     /// @param node  as configured
     explicit RetainedStates(QString node);
 
@@ -114,7 +117,6 @@ private:
     {
         std::shared_ptr<TagState> tag;
         std::shared_ptr<Station> station;
-        QString unused; ///< a topic
         quint64 number = 0;
     };
 
@@ -139,7 +141,8 @@ private:
     void putTag(const TagPointer& tag);
     void putStation(const StationPointer& station);
     std::optional<BrokerMessage> messageOf(const Entry& entry);
-    std::optional<BrokerMessage> clearing(const QString& topic) const;
+    std::optional<BrokerMessage> nextClearing();
+    static bool isFit(const Tag& tag, const Sample& reading);
     static std::optional<BrokerMessage> stateOf(TagState& tag);
     std::optional<BrokerMessage> availabilityOf(const Entry& entry);
 
@@ -155,6 +158,7 @@ private:
     quint64 m_lastEntry = 0;
     std::set<QString> m_published;      ///< by an earlier run, until the devices are known
     std::set<QString> m_unused;         ///< topics that the broker may still hold
+    std::deque<QString> m_toClear;      ///< those of them whose clearing is due; others, too
     std::map<int, QString> m_clearings; ///< by request, of the MQTT session
     bool m_isStatusOut = false;
 };

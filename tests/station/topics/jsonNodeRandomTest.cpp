@@ -71,6 +71,7 @@ public:
         const std::map<Place, bool> good = std::exchange(m_isGood, {});
         const auto stations = std::exchange(m_stations, {});
         const std::set<Place> before = std::exchange(m_known, {});
+        const std::set<Place> retyped = retypedTags(next);
         for (const PlacedTag& placed : next) {
             const Place station(placed.link, std::to_string(placed.station));
             if (stations.count(station) != 0 && m_stations.count(station) == 0)
@@ -80,7 +81,7 @@ public:
         for (const PlacedTag& placed : next) {
             const Place tag(placed.link, placed.name);
             m_known.insert(tag);
-            if (tags.count(tag) == 0) continue;
+            if (tags.count(tag) == 0 || retyped.count(tag) != 0) continue;
             m_tags[tag] = tags.at(tag);
             m_isGood[tag] = good.at(tag);
             const Place station(placed.link, std::to_string(placed.station));
@@ -130,6 +131,20 @@ public:
     }
 
 private:
+    /// What was told of them is of another type.
+    std::set<Place> retypedTags(const Plant& next) const
+    {
+        std::set<Place> tags;
+        for (const PlacedTag& before : m_plant) {
+            for (const PlacedTag& placed : next) {
+                const Place tag(placed.link, placed.name);
+                const bool isIt = tag == Place(before.link, before.name);
+                if (isIt && before.type != placed.type) tags.insert(tag);
+            }
+        }
+        return tags;
+    }
+
     struct Standing
     {
         bool answers = false, wasGood = false;
