@@ -56,10 +56,19 @@ void MosquittoSession::connect(const BrokerAddress& server, const BrokerMessage&
     m_server = server;
     m_will = will;
     try {
-        m_lookup = std::make_unique<HostLookup>(server.host, m_resolve);
+        m_lookup = lookupOf(server.host);
     } catch (const std::exception& error) {
         m_failure = QString::fromLocal8Bit(error.what());
     }
+}
+
+/// What an earlier one found meanwhile may hold no longer.
+std::unique_ptr<HostLookup> MosquittoSession::lookupOf(const QString& host)
+{
+    std::unique_ptr<HostLookup> earlier = std::move(m_givenUp[host]);
+    m_givenUp.erase(host);
+    if (earlier && !earlier->found()) return earlier;
+    return std::make_unique<HostLookup>(host, m_resolve);
 }
 
 bool MosquittoSession::isConnectSent() const
@@ -169,7 +178,7 @@ void MosquittoSession::tellEnd(const QString& reason)
 void MosquittoSession::close()
 {
     m_isConnectSent = isConnectSent();
-    m_lookup.reset();
+    if (m_lookup) m_givenUp[m_server.host] = std::move(m_lookup);
     m_addresses.clear();
     m_client.reset();
     m_failure.clear();

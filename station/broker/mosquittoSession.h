@@ -5,6 +5,8 @@
 #include "broker/mosquittoClient.h"
 #include "values/stationClock.h"
 
+#include <map>
+
 /// A broker's session by the library of Mosquitto, driven by the thread that uses it: wait for
 /// awaited() until due(), then call drive().
 ///
@@ -20,7 +22,9 @@
 /// only one CONNECT may hold. An address that does not answer has 3 s, unless it is the last one:
 /// that one has the patience of the listener.
 ///
-/// The lookup of the host's name runs in a thread of its own.
+/// The lookup of the host's name runs in a thread of its own. One that is given up and still waits
+/// serves the next session with that host: however long the servers of names are silent, a host has
+/// one thread.
 class MosquittoSession : public BrokerSession
 {
 public:
@@ -49,6 +53,7 @@ public:
     void drop() override;
 
 private:
+    std::unique_ptr<HostLookup> lookupOf(const QString& host);
     void look();
     void tryNext();
     bool isNextDue() const;
@@ -64,13 +69,14 @@ private:
     SessionListener* m_listener = nullptr;
     BrokerAddress m_server;
     BrokerMessage m_will;
-    std::unique_ptr<HostLookup> m_lookup;      ///< only in LOOKING
-    QStringList m_addresses;                   ///< that were not tried yet
-    std::unique_ptr<MosquittoClient> m_client; ///< only in TRYING
-    bool m_isConnectSent = false;              ///< by a client that is gone
-    QString m_failure;                         ///< why there is no client; not empty: to be told
-    qint64 m_dialledAt = 0;                    ///< steady clock, microseconds
-    qint64 m_lookAfterAt = 0;                  ///< steady clock, microseconds
+    std::unique_ptr<HostLookup> m_lookup;                     ///< only in LOOKING
+    std::map<QString, std::unique_ptr<HostLookup>> m_givenUp; ///< by host
+    QStringList m_addresses;                                  ///< that were not tried yet
+    std::unique_ptr<MosquittoClient> m_client;                ///< only in TRYING
+    bool m_isConnectSent = false;                             ///< by a client that is gone
+    QString m_failure;        ///< why there is no client; not empty: to be told
+    qint64 m_dialledAt = 0;   ///< steady clock, microseconds
+    qint64 m_lookAfterAt = 0; ///< steady clock, microseconds
 };
 
 #endif
