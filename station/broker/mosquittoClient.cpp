@@ -73,7 +73,7 @@ int MosquittoClient::subscribe(const QStringList& topics)
     int number = 0;
     const int failure = mosquitto_subscribe_multiple(
         m_state->client.get(), &number, int(names.size()), names.data(), 1, 0, nullptr);
-    if (failure != MOSQ_ERR_SUCCESS) return 0;
+    if (!m_state->isTaken(failure)) return 0;
     const int request = m_state->nextRequest();
     m_state->ungranted[number] = {request, int(names.size())};
     m_state->flush();
@@ -87,7 +87,7 @@ int MosquittoClient::publish(const BrokerMessage& message)
     const int failure = mosquitto_publish(
         m_state->client.get(), &number, message.topic.toUtf8().constData(),
         int(message.payload.size()), message.payload.constData(), message.qos, message.isRetained);
-    if (failure != MOSQ_ERR_SUCCESS) return 0;
+    if (!m_state->isTaken(failure)) return 0;
     const int request = m_state->nextRequest();
     if (message.qos == 0)
         m_state->unwritten.push_back(number);

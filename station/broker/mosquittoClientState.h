@@ -46,6 +46,11 @@ struct MosquittoClient::State
     /// The library tells most failures by disconnected(), but not all.
     void check(int failure);
 
+    /// What the library does not take for want of memory, or for another reason, must not be
+    /// missing between what went before and what follows.
+    /// @return false: the session has ended
+    bool isTaken(int failure);
+
     /// The first reason counts.
     void end(const QString& reason);
 

@@ -100,6 +100,12 @@ void MosquittoClient::State::check(int failure)
     if (failure != MOSQ_ERR_SUCCESS) end(reasonOf(failure, errno));
 }
 
+bool MosquittoClient::State::isTaken(int failure)
+{
+    check(failure);
+    return failure == MOSQ_ERR_SUCCESS;
+}
+
 void MosquittoClient::State::read()
 {
     const bool wasShakingHands = isShakingHands();

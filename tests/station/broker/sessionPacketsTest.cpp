@@ -249,6 +249,26 @@ TEST(SessionPackets, NothingIsPublishedAheadOfTheBrokersYes)
     EXPECT_EQ(sent.toHex(), driven.peer.taken().toHex());
 }
 
+/// What the library does not take would be missing, and a later mark would prove it all the same.
+TEST(SessionPackets, AMessageThatTheLibraryDoesNotTakeEndsTheSession)
+{
+    for (const int qos : {0, 1}) {
+        DrivenSession driven;
+        driven.open();
+        EXPECT_EQ(0, driven.session.publish({QLatin1String("a/+"), "v", qos, false}));
+        driven.untilTold("ended sent ");
+        EXPECT_EQ(0, driven.session.publish({QLatin1String("a"), "v", qos, false}));
+    }
+}
+
+TEST(SessionPackets, ASubscriptionThatTheLibraryDoesNotTakeEndsTheSession)
+{
+    DrivenSession driven;
+    driven.open();
+    EXPECT_EQ(0, driven.session.subscribe({QLatin1String("a"), QLatin1String("a/#/b")}));
+    driven.untilTold("ended sent ");
+}
+
 TEST(SessionPackets, ABrokerThatHangsUpAtOnceEndsTheSessionOnce)
 {
     DrivenSession driven;
