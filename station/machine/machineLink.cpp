@@ -119,10 +119,7 @@ void MachineLink::stop(const QString& why)
 
 std::optional<int> MachineLink::tagNamed(const QString& name) const
 {
-    for (size_t tag = 0; tag < tags().size(); ++tag) {
-        if (tags()[tag].name == name) return int(tag);
-    }
-    return {};
+    return m_config.tags.named(name);
 }
 
 quint64 MachineLink::write(int tag, const QByteArray& bytes, const QString& from, WriteEnded ended)

@@ -4,6 +4,7 @@
 #include "plan/tag.h"
 
 #include <memory>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -15,26 +16,35 @@ public:
     SharedTags() : SharedTags(std::vector<Tag>()) {}
 
     // Not explicit: a function that takes shared tags takes any.
-    SharedTags(std::vector<Tag> tags)
-        : m_tags(std::make_shared<const std::vector<Tag>>(std::move(tags)))
-    {
-    }
+    SharedTags(std::vector<Tag> tags) : m_shared(std::make_shared<const Shared>(std::move(tags))) {}
 
     const std::vector<Tag>& all() const
     {
-        return *m_tags;
+        return m_shared->tags;
     }
     auto begin() const
     {
-        return m_tags->begin();
+        return m_shared->tags.begin();
     }
     auto end() const
     {
-        return m_tags->end();
+        return m_shared->tags.end();
     }
 
+    /// The index of the first tag with this name; empty: there is none. A stranger may ask for very
+    /// many names, so none is looked for by a walk through the tags.
+    std::optional<int> named(const QString& name) const;
+
 private:
-    std::shared_ptr<const std::vector<Tag>> m_tags; ///< never null
+    struct Shared
+    {
+        explicit Shared(std::vector<Tag> all);
+
+        const std::vector<Tag> tags;
+        std::vector<int> byName; ///< indexes in the order of names; alike ones as they stand
+    };
+
+    std::shared_ptr<const Shared> m_shared; ///< never null
 };
 
 #endif
