@@ -2,6 +2,7 @@
 
 import csv
 import re
+from itertools import dropwhile
 
 from commandLine import CommandLineTest
 
@@ -23,10 +24,12 @@ class CsvLog(CommandLineTest):
         rows = self.rows(run)
         self.assertEqual(["time", "still", "level", "lamp"], rows[0])
         self.assertGreaterEqual(len(rows), 3, run)
-        self.assertLessEqual(len(rows), 1 + 8, run)
+        self.assertLessEqual(len(rows), 1 + 1 + run.milliseconds / 300, run)
         for row in rows[1:]:
             self.assertRegex(row[0], f"^{WITH_OFFSET}$")
-            self.assertEqual(["7", "21.5", "1"], row[1:])
+        # A busy machine may not have read every tag at the first line.
+        read = list(dropwhile(lambda row: "" in row, rows[1:]))
+        self.assertEqual([["7", "21.5", "1"]] * max(1, len(read)), [row[1:] for row in read])
         self.assertRegex(run.errors[-1], "exchanges/s")
 
     def test_bad_tag_has_an_empty_field(self):

@@ -8,6 +8,7 @@ TRANSFERS = f"read MW100;write MW100=1;watch --tags {DEMO_TAGS}".split(";")
 # Codes by MODBUS Application Protocol V1.1b3, 7.
 FINAL_CODES = {1: "illegal function", 2: "illegal address", 3: "illegal value", 4: "device failure"}
 BUSY = 6
+LONG_TIMEOUT_MS = 30000  # what does not wait for it takes half of it at most on the busiest machine
 REFUSED = ("read MW100", "read IX0.0", "write MW100=1", "write MX0.0=1",
            "recipe download recipe.csv", "recipe upload recipe.csv")
 # Each request once, behind a fence; and for two verbs a second fence, where the refusal of the
@@ -96,9 +97,7 @@ class LinkAndDriver(CommandLineTest):
                    prefix=without_powers("dac_override", "dac_read_search"))
 
     def test_network_port_that_refuses(self):
-        with self.plc("tcp") as plc:
-            pass
-        self.cannot_open(plc.link, r"127\.0\.0\.1, port [0-9]+: Connection refused")
+        self.cannot_open(f"tcp:127.0.0.1,{self.held_port()}", r"127\.0\.0\.1, port [0-9]+: Connection refused")
 
     def test_simulator_and_driver_that_cannot_be_started(self):
         self.fails(3, "read MW100 --simulator none")
@@ -148,12 +147,12 @@ class Refusals(CommandLineTest):
         for code, words in FINAL_CODES.items():
             with self.plc(kind, f"--exception 1 --exception-code {code}") as plc:
                 for verb in REFUSED:
-                    self.fails(5, f"{verb} --link {plc.link} --timeout-ms 30000",
-                               f"refused by the PLC: {words}", within_ms=1000)
+                    self.fails(5, f"{verb} --link {plc.link} --timeout-ms {LONG_TIMEOUT_MS}",
+                               f"refused by the PLC: {words}", within_ms=LONG_TIMEOUT_MS // 2)
             self.assertEqual(REQUESTS, plc.report()["requests"])
 
     @on_each_link
     def test_busy_plc_is_asked_again(self, kind):
         with self.plc(kind, f"--exception 1 --exception-code {BUSY} --fault-exchanges 2") as plc:
-            run = self.host(f"read MW100 --link {plc.link} --timeout-ms 30000")
-            self.assertLess(run.milliseconds, 1000, run)
+            self.soon(LONG_TIMEOUT_MS // 2,
+                      f"read MW100 --link {plc.link} --timeout-ms {LONG_TIMEOUT_MS}")

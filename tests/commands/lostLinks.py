@@ -7,7 +7,7 @@ import time
 
 from commandLine import CommandLineTest, on_each_link
 from networkPeers import AT_ONCE, Peer, hang_up
-from processes import matching
+from processes import PATIENCE_S, matching
 from simulatedPlc import SimulatedPlc
 
 COUNTER = "--signal 1:IW:0:counter:20"
@@ -46,7 +46,8 @@ class LostLink(CommandLineTest):
     def check_return(self, kind, stop):
         """After the return the values come at full pace: the counter steps every 20 ms."""
         self.tags("count", "still")
-        with self.plc(kind, COUNTER) as plc:
+        port = self.held_port() if kind == "tcp" else 0  # nobody takes it while the PLC is away
+        with self.plc(kind, COUNTER, port=port) as plc:
             watch = self.start(f"watch --tags tags.csv --link {plc.link} --pause-ms 50")
             watch.await_that(lambda: len(matching(watch.lines, "IW0 = ")) >= 3)
             stop(plc)
@@ -58,8 +59,8 @@ class LostLink(CommandLineTest):
             _, found, behind = watch.out.partition("  link is back\n")
             return len(matching(behind.splitlines(), "IW0 = ")) if found else 0
 
-        with self.plc(kind, COUNTER, port=plc.port):
-            watch.await_that(lambda: values_behind_the_return() >= 20, 10)
+        with self.plc(kind, COUNTER, port=port):
+            watch.await_that(lambda: values_behind_the_return() >= 20)
             self.end(watch)
         for line in (r"^[0-9.]+  link lost: [^ ]", r"^[0-9.]+  link is back$",
                      "  count  IW0 bad: link lost: ", "  still  MW100 bad: link lost: "):
@@ -147,7 +148,7 @@ class EndedSimulator(CommandLineTest):
         run.await_that(lambda: is_ready(run))
         os.kill(self.simulator_of(run), signal.SIGKILL)
         with self.plc("pty") as plc:  # gets the number that has become free
-            self.assertEqual(3, run.wait(3), run)
+            self.assertEqual(3, run.wait(PATIENCE_S), run)
         self.assertEqual(0, plc.report()["requests"], f"it talks to another terminal: {run}")
         return run
 

@@ -5,7 +5,7 @@ import os
 import signal
 
 from commandLine import CommandLineTest, without_powers
-from processes import eventually
+from processes import PATIENCE_S, eventually
 
 # Root is let past another program's lock on a terminal. Without this power root is not.
 POWERLESS = without_powers("sys_admin")
@@ -54,5 +54,5 @@ class PortInUse(CommandLineTest):
             for number in (signal.SIGKILL, signal.SIGHUP, signal.SIGTERM):
                 watch = self.watching(f"--tags tags.csv --link {plc.link}", prefix=POWERLESS)
                 self.fails(3, read, "in use by another program", prefix=POWERLESS)
-                watch.signal(number, 3)
-                self.assertTrue(eventually(reads, 2), f"the line stays taken after {number}")
+                watch.signal(number, PATIENCE_S)
+                self.assertTrue(eventually(reads), f"the line stays taken after {number}")

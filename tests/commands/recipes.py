@@ -95,7 +95,7 @@ class Recipes(CommandLineTest):
             with self.plc(kind, f"--stations 1-2 {fault}") as plc:
                 self.fails(status, f"recipe download recipe.csv --link {plc.link} "
                            f"--timeout-ms {limit}", sentence,
-                           within_ms=2000 if status == 5 else None)
+                           within_ms=limit // 2 if status == 5 else None)
 
     def test_own_simulated_plc_has_every_station_of_the_recipe(self):
         self.assertEqual(["downloaded 8 values, verified"],

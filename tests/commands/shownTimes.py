@@ -43,7 +43,7 @@ class ShownTimes(CommandLineTest):
     def test_objects_have_seconds_or_a_date(self):
         """The date is that of the wall clock; whole milliseconds are shown."""
         with self.plc("pty") as plc:
-            for verb in ("read MW100", "watch --tags tags.csv --seconds 1"):
+            for verb in ("read MW100", "watch --tags tags.csv --until still=0"):
                 value = self.objects(f"{verb} --link {plc.link}")[0]
                 self.assertIsInstance(value["timeS"], float)
                 for style in ("iso", "local"):

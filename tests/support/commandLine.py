@@ -8,12 +8,14 @@ import tempfile
 import unittest
 from pathlib import Path
 
-from processes import Program, child_of, matching
+from heldPort import HeldPort
+from processes import PATIENCE_S, Program, child_of, matching
 from simulatedPlc import LINKS, SimulatedPlc
 from tagTables import recipe_table, tag_table
 
 PROGRAMS = Path(os.environ["KAKB_PROGRAMS"])  # the folder of kakb-host and kakb-sim
 MOST_SECONDS = 60
+QUICK_TRIES = 5
 CANNOT_WRITE = ["kakb-host: cannot write the output"]
 
 
@@ -62,6 +64,10 @@ class CommandLineTest(unittest.TestCase):
         return self.keep(SimulatedPlc(self.programs / "kakb-sim", self.folder, kind,
                                       *shlex.split(arguments), **options))
 
+    def held_port(self):
+        """A port of 127.0.0.1 that only a program of the test takes; it refuses until then."""
+        return self.keep(HeldPort()).number
+
     def keep(self, started):
         """Has something closed at the end of the test at the latest."""
         self.addCleanup(started.close)
@@ -90,11 +96,19 @@ class CommandLineTest(unittest.TestCase):
 
     def fails(self, status, command, sentence=".", within_ms=None, **options):
         """Runs kakb-host, which must print one sentence that matches and nothing else."""
-        run = self.host(command, status, **options)
+        run = self.soon(within_ms, command, status, **options) if within_ms \
+            else self.host(command, status, **options)
         self.assert_one_sentence(run, sentence)
-        if within_ms:
-            self.assertLess(run.milliseconds, within_ms, run)
         return run
+
+    def soon(self, within_ms, command, status=0, **options):
+        """Runs kakb-host, which must end within so many milliseconds. A busy machine makes single
+        runs late, so the quickest of some counts."""
+        for _ in range(QUICK_TRIES):
+            run = self.host(command, status, **options)
+            if run.milliseconds < within_ms:
+                return run
+        self.fail(f"not within {within_ms} ms: {run}")
 
     def watching(self, options, *patterns, prefix=()):
         """Starts a watch; returns it when each pattern has matched one of its lines."""
@@ -102,8 +116,8 @@ class CommandLineTest(unittest.TestCase):
         run.await_lines(*patterns or [" = "])
         return run
 
-    def end(self, run, number=signal.SIGTERM, status=0, seconds=3):
-        """Sends the signal, which must end the host soon with the status."""
+    def end(self, run, number=signal.SIGTERM, status=0, seconds=PATIENCE_S):
+        """Sends the signal, which must end the host with the status."""
         self.assertEqual(status, run.signal(number, seconds), run)
 
     def assert_one_sentence(self, run, sentence="."):
