@@ -136,13 +136,6 @@ class BareClient:
         return taken
 
 
-def refusing_port():
-    """A socket with a port of 127.0.0.1 that refuses all clients and that nobody else can take."""
-    end = socket.socket()
-    end.bind(("127.0.0.1", 0))
-    return end
-
-
 def _text(body, at):
     """A text or bytes with their length in front, and where they end."""
     end = at + 2 + int.from_bytes(body[at:at + 2], "big")

@@ -1,25 +1,21 @@
-"""A Mosquitto of a test's own on a free loopback port, which the test can kill and start again."""
+"""A Mosquitto of a test's own on a loopback port, which the test can kill and start again."""
 
 import shutil
 import socket
 import subprocess
 
+from heldPort import HeldPort
 from processes import PATIENCE_S, eventually
 
 MOSQUITTO = shutil.which("mosquitto") or "/usr/sbin/mosquitto"
-
-
-def free_port():
-    """A port of 127.0.0.1 that nobody listens on now."""
-    with socket.create_server(("127.0.0.1", 0)) as listener:
-        return listener.getsockname()[1]
 
 
 class MosquittoBroker:
     """Listens from the start on; close() ends it."""
 
     def __init__(self, folder, lines=("allow_anonymous true",)):
-        self.port = free_port()
+        self.held = HeldPort()  # the broker's own while it is down, too
+        self.port = self.held.number
         self.config = folder / f"mosquitto-{self.port}.conf"
         self.output = folder / f"mosquitto-{self.port}.log"
         self.config.write_text("\n".join([f"listener {self.port} 127.0.0.1", "user root",
@@ -46,6 +42,11 @@ class MosquittoBroker:
 
     def close(self):
         """Ends it."""
+        self.stop()
+        self.held.close()
+
+    def stop(self):
+        """Ends it; it may be started again."""
         if self.process.poll() is None:
             self.process.terminate()
             self.process.wait()

@@ -6,7 +6,8 @@ import random
 import signal
 from collections import Counter
 
-from bareBroker import CONNACK, CONNECT, PUBLISH, BareBroker, refusing_port
+from bareBroker import CONNACK, CONNECT, PUBLISH, BareBroker
+from heldPort import HeldPort
 from processes import PATIENCE_S
 from simulatedPlc import SimulatedPlc
 from sparkplugMessages import payload_of
@@ -36,8 +37,8 @@ class SessionCuts:
         self.plc = SimulatedPlc(programs / "kakb-sim", folder, "tcp", "--signal", CHANGES)
         (folder / "tags.csv").write_text(
             "name,station,area,address,type\nw,1,MW,0,uint16\n", encoding="utf-8")
-        self.dead = [refusing_port() for _ in range(DEAD_PORTS)]
-        self.servers = self.broker.ports + [dead.getsockname()[1] for dead in self.dead]
+        self.dead = [HeldPort() for _ in range(DEAD_PORTS)]
+        self.servers = self.broker.ports + [dead.number for dead in self.dead]
         self.random.shuffle(self.servers)
         self.station = self._started()
 

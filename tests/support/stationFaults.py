@@ -25,12 +25,14 @@ LATE_MS = 300
 # answer can have been made, so the value may be younger, but not older by more than a wait and what
 # the machine takes.
 ANSWER_S = TIMEOUT_MS / 1000 + 0.2
-LOSS_S = 0.1 + 0.2  # and what a busy machine takes
+LOSS_S = 0.1 + 0.9  # and what a busy machine takes
 WORDS = 16
 FAR = 300  # so far apart that each word is a request of its own, all of the same length
 LINE_FAULTS = ("--drop", "0.01", "--corrupt", "0.01", "--duplicate", "0.01:30", "--truncate",
                "0.005", "--stray-before", "0.005", "--late", f"0.02:{LATE_MS}", "--exception", "0.005")
-BACK_S = 10
+# A silent station is asked again after up to 8 s, a lost link is opened again after up to 8 s, and a
+# line with faults may lose the first answers.
+BACK_S = 30
 
 
 def places():

@@ -16,7 +16,8 @@ class ApiHealth(StationTest):
         self.tags("still", "silent word")
         self.near = self.plc("tcp", "--stations 1-2 --control control")
         self.control = self.keep(PlcControl(self.folder / "control"))
-        self.far = self.plc("tcp", "--stations 1-2")
+        self.far_port = self.held_port()  # nobody takes it while that PLC is away
+        self.far = self.plc("tcp", "--stations 1-2", port=self.far_port)
         (self.folder / "state").mkdir(mode=0o700)
         self.file("station.toml", 'listen = "127.0.0.1:0"\nstate = "state"\n' + "".join(
             f'[[link]]\nname = "{name}"\nlink = "{plc.link}"\ntags = "tags.csv"\n'
@@ -45,12 +46,11 @@ class ApiHealth(StationTest):
         self.assertTrue(eventually(are_they, seconds), (beginnings, self.reasons()))
 
     def test_each_link_that_is_not_up_is_named(self):
-        port = self.far.port
         self.far.stop()
         self.await_reasons('link "far" is lost: ')
         self.near.stop()
         self.await_reasons('link "near" is lost: ', 'link "far" is lost: ')
-        self.plc("tcp", "--stations 1-2", port=port)
+        self.plc("tcp", "--stations 1-2", port=self.far_port)
         self.await_reasons('link "near" is lost: ')
 
     def test_each_station_that_is_silent_is_named_until_it_answers(self):

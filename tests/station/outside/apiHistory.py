@@ -2,6 +2,7 @@
 
 import csv
 import io
+import itertools
 import signal
 import time
 
@@ -63,7 +64,8 @@ class ApiHistory(StationTest):
         self.assertEqual(["time", "link", "tag", "value", "quality"], head)
         self.assertEqual({("plc", "still"), ("plc", "lamp")}, {tuple(row[1:3]) for row in lines})
         good = [row[3] for row in lines if row[2] == "still" and row[4] == "good"]
-        self.assertEqual(["0", "1", "2", "3"], good)
+        # A value that was stale for a moment has one more line behind it.
+        self.assertEqual(["0", "1", "2", "3"], [value for value, _ in itertools.groupby(good)])
         self.assertEqual(404, served.get("/api/v1/history.csv?tag=x").status)
 
     def test_rows_tell_where_the_station_did_not_run(self):

@@ -32,7 +32,7 @@ class AuditLines(StationTest):
 
     def test_a_write_leaves_when_from_where_what_and_the_outcome(self):
         plc, served = self.station_with_plc(
-            "still", "mode", options="--allow-writes --timeout-ms 50 --attempts 1",
+            "still", "mode", options="--allow-writes",
             plc="--refuse MW300:2:write")
         served.await_good()
         before = time.time()

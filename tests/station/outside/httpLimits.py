@@ -4,6 +4,7 @@ import contextlib
 import time
 
 from httpClient import Connection, own_address, request_bytes
+from processes import PATIENCE_S
 from stationProgram import StationTest
 
 LOGIN = "/api/v1/login"
@@ -34,7 +35,8 @@ class HttpSizes(StationTest):
             with self.subTest(size=size), self.served.connect() as connection:
                 connection.send(self.head(size))
                 self.assertEqual(status, connection.answer().status)
-                self.assertEqual(status != 200, connection.is_closed(0.2))
+                is_refused = status != 200
+                self.assertEqual(is_refused, connection.is_closed(PATIENCE_S if is_refused else 0.2))
 
     def test_many_headers_are_refused_too(self):
         with self.served.connect() as connection:

@@ -5,14 +5,16 @@ import socket
 import subprocess
 import time
 
-from mosquittoBroker import free_port
 from plantTest import DEVICE, PlantTest
-from processes import eventually, wait_until
+from processes import eventually
 from sparkplugMessages import command
 
 PASSWORD = "a word"
 WITH_COMMANDS = "--allow-writes --mqtt-commands"
+BUSY_S = 5  # what a busy machine takes besides
 ANSWER_S = 10  # how long a broker may let the station wait
+PAUSES_S = 1, 2  # behind a refusal, and behind the next one
+TRIES = len(PAUSES_S) + 1
 GARBAGE = (b"", b"\xff" * 40, b"\x12\xff\xff\xff\xff\x7f", b"\x0a" * 1000, b"online",
            bytes(range(256)))
 
@@ -35,6 +37,10 @@ class PlantPasswords(PlantTest):
         return self.configured(self.simulator, [f'servers = ["{self.known.url}"]',
                                                 'user = "press"', 'password_file = "password"'])
 
+    def refusals(self):
+        """How often the broker has refused a client."""
+        return self.known.output.read_text("utf-8").count("not authorised")
+
     def test_a_known_user_is_let_in(self):
         self.await_connected(self.with_password(PASSWORD))
 
@@ -50,23 +56,24 @@ class PlantPasswords(PlantTest):
                 lambda text=line: text in self.known.output.read_text("utf-8")), line)
 
     def test_a_wrong_password_is_refused_in_words_and_tried_again_with_pauses(self):
+        began = time.monotonic()
         station = self.with_password("another word")
         standing = self.await_standing(station, lambda standing: standing["trouble"])
         self.assertIn("the broker says no: ", standing["trouble"])
         self.assertIn("not authorised", standing["trouble"])
         self.assertEqual(0, standing["sessions"])
-        wait_until(time.monotonic() + 2.5)
-        tries = self.known.output.read_text("utf-8").count("not authorised")
-        self.assertIn(tries, (2, 3), "at once, behind 1 s, and perhaps behind 2 s more")
-        self.assertEqual("good", station.values()["still"]["quality"])
+        self.assertTrue(eventually(lambda: self.refusals() >= TRIES), self.refusals())
+        self.assertGreaterEqual(time.monotonic() - began, sum(PAUSES_S))
+        station.await_good()
 
     def test_each_refused_connect_takes_a_number(self):
         station = self.with_password("another word")
         self.await_standing(station, lambda standing: standing["trouble"])
         station.end()
         number = int((self.folder / "state" / "mqtt-sequence").read_text("utf-8"))
-        refused = self.known.output.read_text("utf-8").count("not authorised")
-        self.assertEqual(refused - 1, number)
+        # The broker may come to the last CONNECT only now.
+        self.assertTrue(eventually(lambda: self.refusals() > number), self.refusals())
+        self.assertEqual(number + 1, self.refusals())
 
 
 class PlantCertificates(PlantTest):
@@ -81,7 +88,7 @@ class PlantCertificates(PlantTest):
 
     def tls_broker(self, certificate, *lines):
         """A broker with a port for hosts and one for TLS; returns it and the second port."""
-        port = free_port()
+        port = self.held_port()
         broker = self.broker("allow_anonymous true", f"listener {port} 127.0.0.1",
                              f"certfile {self.folder / certificate}.pem",
                              f"keyfile {self.folder / certificate}.key", *lines)
@@ -133,7 +140,7 @@ class PlantCertificates(PlantTest):
         station = self.connected_to("localhost", port, 'certificate = "press.pem"',
                                     'key = "press.key"')
         self.await_connected(station)
-        self.assertIn("u'press'", broker.output.read_text("utf-8"))
+        self.assertTrue(eventually(lambda: "u'press'" in broker.output.read_text("utf-8")))
         station.end()
         without = self.connected_to("localhost", port)
         self.await_standing(without, lambda standing: standing["trouble"])
@@ -176,12 +183,10 @@ class PlantServers(PlantTest):
                 self.plc("tcp"),
                 [f'servers = ["mqtt://127.0.0.1:{silent.getsockname()[1]}", "{broker.url}"]'])
             station.await_good()
-            begin = time.monotonic()
-            self.await_connected(station, broker.url, ANSWER_S + 5)
-        self.assertLess(time.monotonic() - begin, ANSWER_S + 2)
+            self.await_connected(station, broker.url, ANSWER_S + BUSY_S)
 
     def test_values_are_read_while_no_broker_is_there(self):
-        _, station = self.publisher(f"mqtt://127.0.0.1:{free_port()}")
+        _, station = self.publisher(f"mqtt://127.0.0.1:{self.held_port()}")
         station.await_good()
         self.control.command("set MW100=9")
         station.await_values(lambda values: values["still"]["value"] == 9)

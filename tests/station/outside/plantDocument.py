@@ -10,7 +10,7 @@ import tomllib
 from itertools import islice
 from pathlib import Path
 
-from mosquittoBroker import MosquittoBroker, free_port
+from mosquittoBroker import MosquittoBroker
 from plantTest import PlantTest, Subscriber
 from processes import PATIENCE_S, eventually
 from sparkplugHost import SparkplugHost
@@ -39,7 +39,7 @@ class DocumentedPlant(PlantTest):
     def setUp(self):
         super().setUp()
         self.blocks = blocks()
-        self.tls_port = free_port()
+        self.tls_port, self.dead_port = self.held_port(), self.held_port()
         self.make_secrets()
         self.file("acl", self.here(self.shown("acl")) + self.part_of_the_other_station())
         settings = self.shown("plant.conf").replace("8883", f"{self.tls_port} 127.0.0.1")
@@ -64,7 +64,7 @@ class DocumentedPlant(PlantTest):
                              "subjectAltName=DNS:localhost,IP:127.0.0.1")
                 .replace("-h broker-1.example -p 8883", f"-h localhost -p {self.tls_port}")
                 .replace("broker-1.example", f"localhost:{self.tls_port}")
-                .replace("broker-2.example", f"localhost:{free_port()}")
+                .replace("broker-2.example", f"localhost:{self.dead_port}")
                 .replace("/etc/mosquitto/certs", str(self.folder))
                 .replace("/etc/mosquitto", str(self.folder)))
 
@@ -136,7 +136,7 @@ class DocumentedPlant(PlantTest):
     def test_the_marks_of_a_station_pass_the_list_of_rights(self):
         self.file("acl", self.here(self.shown("acl")).replace(
             "user telegraf", "user telegraf\ntopic read kakb-mark/#"))
-        self.at.close()
+        self.at.stop()
         self.at.start()
         host = self.keep(SparkplugHost(self.tls_port, GROUP, FIRST,
                                        prepare=self.as_user("telegraf")))

@@ -11,7 +11,7 @@ from tcpRelay import TcpRelay
 
 STILL = "MW100"  # of the tag "still"
 STOP_S = 2
-CYCLE_MS = 100  # a value is as old as its answer can be: as the wait for it, and the pace
+WAIT_MS = 500 + 100  # a value is as old as its answer can be: as the time-out, and the pace
 KEEP_ALIVE_S = 5
 # The broker waits one and a half keep-alives, the station two.
 HALF_OPEN_S = 4 * KEEP_ALIVE_S
@@ -39,9 +39,10 @@ class PlantSessions(PlantTest):
         for _, _, birth, _ in host.messages[:2]:
             self.assertLessEqual(int(started), birth.timestamp)
             self.assertLessEqual(birth.timestamp, before)
-        change = [sample for sample in host.samples if sample.value == 41][0]
-        self.assertLessEqual(before - CYCLE_MS, change.time)
-        self.assertLessEqual(change.time, after)
+        times = {sample.value: sample.time for sample in host.samples if sample.name == "still"}
+        self.assertLess(times[0], times[41])
+        self.assertLessEqual(before - WAIT_MS, times[41])
+        self.assertLessEqual(times[41], after)
         self.assertEqual(1, self.standing(station)["sessions"])
 
     def test_what_does_not_change_is_not_repeated(self):
@@ -80,9 +81,10 @@ class PlantSessions(PlantTest):
                      f"--pause-ms 50 --mqtt {broker.url}")
         host.await_that(lambda host: host.value(DEVICE, "still") == (0, "good"))
         relay.cut()
-        host.await_that(lambda host: host.kinds()[-1] == f"DDEATH {DEVICE}")
+        # Data of the node may come right behind it.
+        host.await_that(lambda host: f"DDEATH {DEVICE}" in host.kinds())
         relay.resume()
-        host.await_that(lambda host: host.kinds().count(f"DBIRTH {DEVICE}") == 2)
+        host.await_that(lambda host: host.kinds().count(f"DBIRTH {DEVICE}") >= 2)
         host.await_that(lambda host: host.value(DEVICE, "still") == (0, "good"))
         self.assertEqual(1, host.births)
 
@@ -125,8 +127,8 @@ class PlantSessions(PlantTest):
 
     def assert_left(self, broker):
         """The station's last word to the broker was a DISCONNECT."""
-        log = broker.output.read_text("utf-8")
-        self.assertIn("Client kakb-kakb-kakb-station disconnected.", log)
+        line = "Client kakb-kakb-kakb-station disconnected."
+        self.assertTrue(eventually(lambda: line in broker.output.read_text("utf-8")))
 
     def test_a_broker_that_answers_nothing_does_not_delay_the_end(self):
         broker = self.broker()
@@ -150,7 +152,7 @@ class PlantSessions(PlantTest):
         self.await_standing(station, lambda standing: standing["state"] != "connected", HALF_OPEN_S)
         relay.cut()
         relay.resume()
-        host.await_that(lambda host: host.births == 2 and DEVICE in host.born, HALF_OPEN_S)
+        host.await_that(lambda host: host.births >= 2 and DEVICE in host.born, HALF_OPEN_S)
 
     def test_the_number_of_the_session_goes_on_over_restarts_and_refused_connections(self):
         broker = self.broker()
@@ -175,7 +177,7 @@ class PlantSessions(PlantTest):
         host.send("NCMD", REBIRTH)
         await_session()
         station.process.send_signal(signal.SIGKILL)
-        station.wait(STOP_S)
+        station.wait(PATIENCE_S)
         self.published(plc, broker.url)
         await_session()
         self.assertEqual([0, 1, 2, 3], seen, "one for each CONNECT that left, and no other")
