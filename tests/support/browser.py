@@ -4,10 +4,11 @@ import json
 from urllib.parse import urlsplit
 
 from selenium import webdriver
+from selenium.common.exceptions import StaleElementReferenceException
 from selenium.webdriver.chrome.service import Service
 from selenium.webdriver.common.by import By
 
-from processes import eventually
+from processes import PATIENCE_S, eventually
 
 DRIVER = "/usr/bin/chromedriver"
 ARGUMENTS = (
@@ -78,9 +79,43 @@ class Browser:
         assert len(found) == 1, f"{len(found)} elements {selector!r}"
         return found[0]
 
+    # Read by one script each: the page may make an element anew between two questions.
+
     def text(self, selector):
         """The text of the only element of a selector, as it is in the document."""
-        return self.one(selector).get_property("textContent")
+        found = self.texts(selector)
+        assert len(found) == 1, f"{len(found)} elements {selector!r}"
+        return found[0]
+
+    def texts(self, selector):
+        """The texts of all elements of a selector."""
+        return self.script("return [...document.querySelectorAll(arguments[0])]"
+                           ".map((element) => element.textContent);", selector)
+
+    def shown_text(self, selector):
+        """The text of all elements of a selector, as a person sees it."""
+        return self.script("return [...document.querySelectorAll(arguments[0])]"
+                           ".map((element) => element.innerText).join('\\n');", selector)
+
+    def attributes(self, selector, name):
+        """An attribute of all elements of a selector."""
+        return self.script("return [...document.querySelectorAll(arguments[0])]"
+                           ".map((element) => element.getAttribute(arguments[1]));", selector, name)
+
+    def shown_count(self, selector):
+        """How many elements of a selector a person sees."""
+        return self.script("return [...document.querySelectorAll(arguments[0])]"
+                           ".filter((element) => element.checkVisibility()).length;", selector)
+
+    def click(self, selector):
+        """Clicks on the only element of a selector, also when the page makes it anew meanwhile."""
+        def is_clicked():
+            try:
+                self.one(selector).click()
+            except StaleElementReferenceException:
+                return False
+            return True
+        assert self.shows(is_clicked), f"{selector} never stays"
 
     def script(self, text, *arguments):
         """Runs JavaScript in the page; returns what it returns."""
@@ -104,6 +139,6 @@ class Browser:
         self.console += self.driver.get_log("browser")
         return [entry["message"] for entry in self.console]
 
-    def shows(self, condition, seconds=10):
+    def shows(self, condition, seconds=PATIENCE_S):
         """Whether a condition becomes true within so many seconds."""
         return eventually(condition, seconds)

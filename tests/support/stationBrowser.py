@@ -8,12 +8,15 @@ from pathlib import Path
 
 from browser import Browser
 from plcControl import PlcControl
-from processes import Program
+from processes import PATIENCE_S, Program
 from simulatedPlc import SimulatedPlc
 from tcpRelay import TcpRelay
 
 PROGRAMS = Path(os.environ["KAKB_PROGRAMS"])
 SIZES = ((800, 480), (1280, 800))
+# What a view's module makes at its start, or when it is shown.
+MADE = {"values": "#values-list *", "trends": "#trends-lanes .lanes", "link": "[data-card]",
+        "recipes": "#recipe-tables *", "frames": "#frames-list table"}
 REFUSED = "the server responded with a status of 422"  # the browser's own note
 STREAM = "GET /api/v1/events"
 ODD_NAME = '<u>odd</u> & "co"'  # a page that takes names for markup shows it
@@ -72,20 +75,27 @@ class BrowserTest(unittest.TestCase):
         self.browser = self._keep(Browser(width, height, dark))
         self.browser.open(self.address(name))
         self.awaits_stream("live")
-        self.awaits(lambda: self.quality(self.good_tag) == "good", f"{self.good_tag} is not good")
+        self.awaits_good(self.good_tag)
+        self.awaits(lambda: not self.browser.all("[data-writes=unknown]"), "it knows no station")
 
-    def awaits(self, condition, what, seconds=10):
+    def awaits(self, condition, what, seconds=PATIENCE_S):
         """The condition becomes true."""
         self.assertTrue(self.browser.shows(condition, seconds), what)
 
-    def awaits_stream(self, state, seconds=10):
+    def awaits_good(self, tag):
+        """The tag is good: before, a switch has no state and a value no text."""
+        self.awaits(lambda: self.quality(tag) == "good", f"{tag} is not good")
+
+    def awaits_stream(self, state, seconds=PATIENCE_S):
         """The root of the page says so."""
         self.awaits(lambda: self.browser.all(f"[data-stream={state}]"), f"the page is not {state}",
                     seconds)
 
     def view(self, name):
-        """Switches to a view as a person does."""
+        """Switches to a view as a person does, and waits for what it makes: its module comes when it is
+        first shown, and before that nobody listens to its buttons."""
         self.browser.one(f"[data-view={name}]").click()
+        self.awaits(lambda: self.browser.all(MADE[name]), f"no view {name}")
 
     def view_trends(self):
         """Switches to the trends, whose plots are made once their library is there."""
@@ -102,8 +112,7 @@ class BrowserTest(unittest.TestCase):
 
     def rows_shown(self):
         """How many rows of tags are on the page."""
-        return [row.is_displayed() for row in self.browser.all(
-            "[data-tag]:not([data-quality])")].count(True)
+        return self.browser.shown_count("[data-tag]:not([data-quality])")
 
     def quality(self, tag):
         """The quality that the page shows; None: it shows no such tag."""

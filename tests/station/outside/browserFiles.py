@@ -11,7 +11,7 @@ from urllib.request import urlopen
 from selenium.webdriver.support.select import Select
 
 from stationBrowser import BrowserTest
-from trendReader import QUALITY, TAG, TIME, VALUE, colour_count, csv_rows, pick_range
+from trendReader import QUALITY, TAG, TIME, VALUE, colour_count, csv_rows, pick_range, rows_of
 
 PNG_HEAD = b"\x89PNG\r\n\x1a\n"
 TAGS = """name,station,area,address,type,access
@@ -84,9 +84,12 @@ class BrowserFiles(BrowserTest):
             self.awaits(lambda value=value: self.browser.text(
                 "[data-lane=speed] .lane-value") == str(value), "not plotted")
         end = int(time.time()) + 2
-        self.awaits(lambda: time.time() > end + 1, "time stands still")
+        self.awaits(lambda: time.time() > end + 1 and [
+            value for _, value in rows_of(self.address(), "speed", begin, end)][-1:] == [
+                str(STEPS[-1])], "the history lacks the last step")
         pick_range(self.browser, begin, end)
-        asked = parse_qs(urlsplit(self.browser.one(CSV).get_attribute("href")).query)
+        [address] = self.browser.attributes(CSV, "href")
+        asked = parse_qs(urlsplit(address).query)
         self.assertEqual((["speed"], [str(begin * 1000)], [str(end * 1000)]),
                          (asked["tag"], asked["from"], asked["to"]))
         self.browser.one(CSV).click()

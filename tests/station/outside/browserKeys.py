@@ -64,6 +64,7 @@ class BrowserKeys(BrowserTest):
 
     def test_switch_is_thrown(self):
         self.browse(1280, 800)
+        self.awaits_good("pump")
         before = self.value("pump")
         self.tab_to(f"{self.row('pump')} [data-switch]")
         self.press(Keys.SPACE)
@@ -76,7 +77,7 @@ class BrowserKeys(BrowserTest):
         for name, key in (("trends", Keys.ENTER), ("link", Keys.SPACE), ("values", Keys.ENTER)):
             self.tab_to(f"[data-view={name}]")
             self.press(key)
-            self.awaits(lambda name=name: self.browser.one(f"#{name}-view").is_displayed(), name)
+            self.awaits(lambda name=name: self.browser.shown_count(f"#{name}-view"), name)
             self.assertEqual(name, self.browser.one("[aria-current=page]").get_attribute(
                 "data-view"))
             self.assertTrue(self.focused(f"[data-view={name}]"), self.focus_text())
@@ -116,6 +117,7 @@ class BrowserKeys(BrowserTest):
 
     def test_recipe_is_compared(self):
         self.browse(1280, 800)
+        self.awaits(lambda: self.browser.text("#values-count") == "7 tags", "not every tag is good")
         self.view("recipes")
         self.tab_to("#recipe-tags")
         self.press(Keys.ENTER)

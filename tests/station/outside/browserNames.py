@@ -7,6 +7,7 @@ from stationBrowser import BrowserTest
 
 NAMES = ("__proto__", "constructor", "toString", "hasOwnProperty", "it's \"quoted\"", "<b>bold</b>",
          "<img src=x onerror=document.title='broken'>", "a & b &amp; c", "100 % \\ back")
+LINKS = ["__proto__", '<b>"&']
 FIRST_WORD = 100
 LIMIT = 3  # of lanes that a test picks at once
 
@@ -69,7 +70,7 @@ class BrowserNames(BrowserTest):
 
     def lanes(self):
         """The tags whose lanes are shown."""
-        return [lane.get_attribute("data-lane") for lane in self.browser.all("[data-lane]")]
+        return self.browser.attributes("[data-lane]", "data-lane")
 
     def test_recipes_take_them_to_the_plc(self):
         self.browse(1280, 800)
@@ -82,8 +83,7 @@ class BrowserNames(BrowserTest):
         self.browser.one("#recipe-compare").click()
         self.awaits(lambda: f"{len(NAMES)} values differ" in self.browser.text("#recipe-notice"),
                     "not all differ")
-        self.assertEqual(list(NAMES), [cell.get_property("textContent") for cell in
-                                       self.browser.all("#recipe-differences tbody th")])
+        self.assertEqual(list(NAMES), self.browser.texts("#recipe-differences tbody th"))
         self.nothing_became_markup("#recipe-tables")
         self.browser.one("#recipe-download").click()
         self.awaits(lambda: "Download done" in self.browser.text("#recipe-notice"), "not done")
@@ -104,20 +104,15 @@ class BrowserLinkNames(BrowserTest):
     def station_arguments(self):
         self.file("station.toml", 'listen = "127.0.0.1:0"\n' + "".join(
             f"[[link]]\nname = '{name}'\nlink = \"{self.plc.link}\"\ntags = \"tags.csv\"\n"
-            for name in ("__proto__", '<b>"&')))
+            for name in LINKS))
         return ["--config", "station.toml"]
-
-    def cards(self):
-        """The links of the cards, at one moment: the view makes its cards anew."""
-        return self.browser.script(
-            "return [...document.querySelectorAll('[data-card]')].map((card) => card.dataset.card);")
 
     def test_views_show_it(self):
         self.browse(1280, 800)
-        captions = [caption.text for caption in self.browser.all("#values-list caption")]
-        self.assertEqual(["__proto__", '<b>"&'], captions)
+        self.awaits(lambda: self.browser.texts("#values-list caption") == LINKS, "not two tables")
         self.view("link")
-        self.awaits(lambda: self.cards() == ["__proto__", '<b>"&'], "not two links")
+        self.awaits(lambda: self.browser.attributes("[data-card]", "data-card") == LINKS,
+                    "not two links")
         self.view("frames")
         Select(self.browser.one("#frames-link")).select_by_value("__proto__")
         self.awaits(lambda: self.browser.all("[data-frame]"), "no frames")

@@ -10,6 +10,7 @@ from stationBrowser import BrowserTest
 from tagTables import DEMO
 
 PIXELS = 1000, 620
+RETURN_S = 30  # a silent PLC is asked again after up to 8 s
 
 
 class BrowserPictures(BrowserTest):
@@ -37,7 +38,7 @@ class BrowserPictures(BrowserTest):
         self.browser.picture(folder / "station-values.png")
         self.control.command("stall 4")
         self.awaits(lambda: self.quality("level") != "good", "good without a PLC")
-        self.awaits(lambda: self.quality("level") == "good", "not good again", 15)
+        self.awaits(lambda: self.quality("level") == "good", "not good again", RETURN_S)
         time.sleep(self.seconds)
         self.view_trends()
         span = Select(self.browser.one("#trends-span"))

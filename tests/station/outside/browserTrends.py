@@ -5,7 +5,6 @@ from datetime import datetime
 
 from selenium.webdriver.common.action_chains import ActionChains
 from selenium.webdriver.common.actions.wheel_input import ScrollOrigin
-from selenium.webdriver.common.by import By
 
 from stationBrowser import BrowserTest
 from tcpRelay import TcpRelay
@@ -22,6 +21,9 @@ STEP_S = 0.4
 STEPS = 8
 NEAR_MS = 30  # a bucket of the history, and two pixels; a step takes 500 ms
 NEAR_PX = 2
+# The relay takes each connection and closes it, which is another loss each time. A test looks twice
+# in less than this.
+PAUSE_MS = "5000"
 
 
 class BrowserTrends(BrowserTest):
@@ -36,7 +38,8 @@ class BrowserTrends(BrowserTest):
         self.addCleanup(self.way.close)
         self.control.command(f"set MW102={SECOND_WORD}")
         return ["--listen", "127.0.0.1:0", "--tags", "tags.csv", "--timeout-ms", "200",
-                "--link", f"tcp:127.0.0.1,{self.way.port}", "--allow-writes"]
+                "--link", f"tcp:127.0.0.1,{self.way.port}", "--allow-writes",
+                "--pause-ms", PAUSE_MS]
 
     def open_trends(self):
         """The page with the plots of all tags, each of which tells its span to windows()."""
@@ -99,8 +102,9 @@ return place(".cursor-line") - place("[data-lane=speed] .plot");""")
         self.open_trends()
         begin, end = self.step_up()
         begin, end = int(begin), int(end) + 1
-        self.awaits(lambda: rows_of(self.address(), "speed", begin, end)[-1][1] == str(STEPS)
-                    and time.time() > end + 1, "the history lacks the last step")
+        self.awaits(lambda: time.time() > end + 1 and [
+            value for _, value in rows_of(self.address(), "speed", begin, end)][-1:] == [str(STEPS)],
+                    "the history lacks the last step")
         pick_range(self.browser, begin, end)
         self.assertEqual([begin * 1000, end * 1000], self.window())
         self.awaits(self.is_drawn_to_its_end, "the history is not shown")
@@ -180,5 +184,4 @@ return place(".cursor-line") - place("[data-lane=speed] .plot");""")
 
     def marks(self):
         """The marks in words."""
-        return [mark.get_property("textContent")
-                for mark in self.browser.one(".marks").find_elements(By.TAG_NAME, "li")]
+        return self.browser.texts(".marks li")

@@ -1,9 +1,11 @@
 """The other views in a real browser: trends, link, recipes and frames, as a person uses them."""
 
 import json
+import time
 
 from stationBrowser import SIZES, BrowserTest
 
+RETURN_S = 30  # a silent PLC is asked again after up to 8 s
 RECIPE = """name,station,area,address,type,value
 set,1,MW,100,float32:high,12.5
 batch,1,MW,104,uint32,70000
@@ -45,11 +47,10 @@ class BrowserViews(BrowserTest):
 
     def test_link_shows_its_state_and_the_plan_of_its_reads(self):
         def shown():
-            self.awaits(lambda: self.browser.all("[data-card=plc]"), "no link")
-            card = self.browser.one("[data-card=plc]")
-            self.assertIn("up", card.text)
-            self.assertIn(self.plc.link, card.text)
-            self.browser.one("[data-card=plc] summary").click()
+            card = self.browser.shown_text("[data-card=plc]")
+            self.assertIn("up", card)
+            self.assertIn(self.plc.link, card)
+            self.browser.click("[data-card=plc] summary")
             self.awaits(lambda: "MW100" in self.browser.text("[data-card=plc] details"), "no plan")
             self.assertIn("the pace bounds it", self.browser.text("[data-card=plc] summary"))
         self.on_each_size("link", shown)
@@ -100,19 +101,20 @@ class BrowserViews(BrowserTest):
         self.on_each_size("frames", shown)
 
     def test_trend_has_a_gap_while_nothing_answered(self):
+        begin = int(time.time() * 1000)
         self.browse(1280, 800)
         self.plc_stands_still()
         self.view("trends")
-        self.awaits(lambda: self.browser.script(DRAWN), "nothing is drawn", 20)
+        self.awaits(lambda: self.browser.script(DRAWN), "nothing is drawn")
         # The history is written once a second.
-        self.awaits(lambda: self.has_gap(self.buckets()), "no gap between good values")
+        self.awaits(lambda: self.has_gap(self.buckets(begin)), "no gap between good values")
         self.nothing_went_wrong()
 
-    def buckets(self):
-        """The history of the last seconds, as the page gets it."""
+    def buckets(self, begin):
+        """The history since a time, as the page gets it."""
         return json.loads(self.browser.script(
-            "return fetch('/api/v1/history?link=plc&tag=fill%20level&from=' + (Date.now() - 15000)"
-            " + '&points=30').then((answer) => answer.text())"))["buckets"]
+            "return fetch('/api/v1/history?link=plc&tag=fill%20level&from=' + arguments[0]"
+            " + '&points=100').then((answer) => answer.text())", begin))["buckets"]
 
     @staticmethod
     def has_gap(buckets):
@@ -126,4 +128,4 @@ class BrowserViews(BrowserTest):
         self.awaits(lambda: self.quality("fill level") == "good", "never good")
         self.control.command("stall 4")
         self.awaits(lambda: self.quality("fill level") != "good", "good without a PLC")
-        self.awaits(lambda: self.quality("fill level") == "good", "not good again", 15)
+        self.awaits(lambda: self.quality("fill level") == "good", "not good again", RETURN_S)
