@@ -88,12 +88,13 @@ TEST_F(LinkWritesTest, ThatWaitAreReplacedByNewerOnes)
     LinkConfig patient = plcConfig();
     patient.timeoutMs = 10000;
     const auto link = liveLink(patient);
-    ASSERT_EQ("ok", plc.command("stall 1"));
+    ASSERT_EQ("ok", plc.command("stall 3600"));
     std::map<int, std::vector<std::future<WriteEnd>>> ends;
     for (const int tag : {int(WORD), int(BIT), int(REAL)}) {
         for (const char* const value : {"1", "0", "1", "0", "1"})
             ends[tag].push_back(startWrite(*link, tag, value));
     }
+    ASSERT_EQ("ok", plc.command("stall 0")); // all of them wait by now
     for (auto& [tag, ofTag] : ends) {
         EXPECT_EQ("confirmed", summaryOf(endOf(std::move(ofTag.back())))) << tag;
         ofTag.pop_back();
