@@ -97,7 +97,8 @@ class LinkAndDriver(CommandLineTest):
                    prefix=without_powers("dac_override", "dac_read_search"))
 
     def test_network_port_that_refuses(self):
-        self.cannot_open(f"tcp:127.0.0.1,{self.held_port()}", r"127\.0\.0\.1, port [0-9]+: Connection refused")
+        self.cannot_open(f"tcp:127.0.0.1,{self.held_port()}",
+                         r"127\.0\.0\.1, port [0-9]+: Connection refused")
 
     def test_simulator_and_driver_that_cannot_be_started(self):
         self.fails(3, "read MW100 --simulator none")

@@ -31,7 +31,7 @@ class ShownTimes(CommandLineTest):
                                     f"^{form}  still  MW100 = 0$", prefix=ZONE)
                 self.end(run)
                 self.assertEqual(len(run.errors),
-                                 len(matching(run.errors, f"^ *{form} [<>] ")), run)
+                                 len(matching(run.errors, f"^ *{form} [<>!] ")), run)
 
     def test_lost_link_has_the_time_asked_for(self):
         with self.plc("tcp") as plc:

@@ -4,6 +4,8 @@ import subprocess
 from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
 
+from heldPort import HeldPort
+
 SCRIPT = Path(__file__).resolve().parents[2] / "scripts" / "cluster.sh"
 IS_INSTALLED = Path("/usr/lib/rabbitmq/bin/rabbitmq-server").exists()
 
@@ -14,6 +16,7 @@ class RabbitCluster:
 
     def __init__(self, folder, nodes=3):
         self.folder = folder / "cluster"
+        self.held = list(self._hold_ports(nodes))
         self.guard = subprocess.Popen(
             ["sh", "-c", 'cat; exec "$0" stop "$1"', SCRIPT, self.folder],
             stdin=subprocess.PIPE, start_new_session=True)
@@ -39,6 +42,17 @@ class RabbitCluster:
         """Ends all nodes."""
         self.guard.stdin.close()
         self.guard.wait()
+        for port in self.held:
+            port.close()
+
+    def _hold_ports(self, nodes):
+        """Ports that stay the cluster's while their node is down; the script takes what it finds."""
+        (self.folder / "ports").mkdir(parents=True)
+        kinds = [(kind, node) for kind in ("amqp", "mqtt", "dist") for node in range(1, nodes + 1)]
+        for kind, node in [("epmd", 0), *kinds]:
+            port = HeldPort()
+            (self.folder / "ports" / f"{kind}-{node}").write_text(f"{port.number}\n", "utf-8")
+            yield port
 
     def _do(self, verb, number):
         return subprocess.run([SCRIPT, verb, self.folder, str(number)], check=True,
