@@ -45,13 +45,18 @@ class Packet:
         topic, at = _text(self.body, at)
         return topic.decode(), _text(self.body, at)[0]
 
+    def subscriptions(self):
+        """The topics of a SUBSCRIBE with the QoS that is asked for, in their order."""
+        at, topics = 2, []
+        while at < len(self.body):
+            topic, end = _text(self.body, at)
+            topics.append((topic.decode(), self.body[end]))
+            at = end + 1
+        return topics
+
     def grants(self):
         """The SUBACK's body for a SUBSCRIBE: QoS 1 for each topic."""
-        at, grants = 2, b""
-        while at < len(self.body):
-            at = _text(self.body, at)[1] + 1
-            grants += b"\1"
-        return self.body[:2] + grants
+        return self.body[:2] + b"\1" * len(self.subscriptions())
 
 
 class BareBroker:
@@ -116,6 +121,11 @@ class BareClient:
             self.send(PUBACK, packet.number)
         elif packet.kind == PINGREQ:
             self.send(PINGRESP)
+
+    def publish(self, topic, payload):
+        """Passes a short message on with QoS 0."""
+        text = topic.encode()
+        self.send(PUBLISH, len(text).to_bytes(2, "big") + text + payload)
 
     def cut(self, is_reset=False):
         """Closes the connection."""
