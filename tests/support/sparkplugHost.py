@@ -11,6 +11,7 @@ from sparkplugMessages import payload_of, quality_of, value_of
 
 NODE_KINDS = ("NBIRTH", "NDATA", "NDEATH")
 PATIENCE_S = 20
+TEXT = 12  # the datatype of outcomes
 
 
 class Sample:
@@ -165,7 +166,15 @@ class SparkplugHost:
                             self.births)
             self.samples.append(sample)
             if not sample.is_historical:
-                self.values[(device, name)] = (sample.value, sample.quality)
+                self._take_live(kind, sample, datatype)
+
+    def _take_live(self, kind, sample, datatype):
+        """A value that its birth or the data before it has told is no news; two commands may end
+        alike."""
+        place, now = (sample.device, sample.name), (sample.value, sample.quality)
+        if not sample.is_birth and datatype != TEXT and self.values.get(place) == now:
+            self._tell(f"{kind} {sample.device}: {sample.name} is still {now}")
+        self.values[place] = now
 
     def _tell(self, sentence):
         self.broken.append(sentence)

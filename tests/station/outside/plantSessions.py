@@ -57,6 +57,28 @@ class PlantSessions(PlantTest):
         data = [sample.name for sample in host.samples if sample.came > host.messages[1][3]]
         self.assertLessEqual(data.count("offset"), 1, "only its first value may follow the birth")
 
+    def test_what_births_have_told_is_not_repeated_behind_them(self):
+        broker = self.broker()
+        host = self.host_at(broker)
+        relay = self.keep(TcpRelay(("127.0.0.1", broker.port)))
+        self.publisher(f"mqtt://127.0.0.1:{relay.port}")
+        for name in ("still", "offset"):
+            host.await_that(lambda host, n=name: host.value(DEVICE, n) == (0, "good"))
+
+        def cut():
+            relay.cut()
+            relay.resume()
+        for births, again in enumerate((lambda: host.send("NCMD", REBIRTH), cut), 2):
+            again()
+            host.await_that(lambda host, n=births: host.births == n and DEVICE in host.born,
+                            LONGEST_PAUSE_S)
+            self.control.command(f"set {STILL}={births}")
+            host.await_that(lambda host, n=births: host.value(DEVICE, "still") == (n, "good"))
+        data = [(sample.births, sample.name, sample.value) for sample in host.samples
+                if not sample.is_birth and not sample.is_historical
+                and sample.device == DEVICE and sample.births > 1]
+        self.assertEqual([(2, "still", 2), (3, "still", 3)], data)
+
     def test_a_silent_plc_dies_and_is_born_again_with_all_metrics(self):
         broker = self.broker()
         host = self.host_at(broker)

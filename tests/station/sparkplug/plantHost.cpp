@@ -93,13 +93,14 @@ void PlantHost::nodeBorn(const Told& told)
            told.message.topic);
     isNodeAlive = true;
     m_aliases.clear();
-    m_nodeAliases.clear();
+    m_nodeMetrics.clear();
     for (auto& device : devices)
         device.second.isAlive = false;
     for (const ReceivedMetric& metric : told.payload.metrics) {
-        if (metric.alias) m_nodeAliases.insert(*metric.alias);
+        if (metric.alias) m_nodeMetrics[*metric.alias] = metric.bits;
     }
-    m_aliases = m_nodeAliases;
+    for (const auto& metric : m_nodeMetrics)
+        m_aliases.insert(metric.first);
 }
 
 void PlantHost::deviceBorn(const Told& told)
@@ -159,11 +160,17 @@ void PlantHost::note(const QString& device, const MetricState& metric, const Val
     rows.push_back({device, metric.name, value.number, value.quality, way, m_session});
 }
 
+/// A text tells of a command that has ended: two may end alike.
 void PlantHost::nodeTold(const Told& told)
 {
     expect(isNodeAlive, "the node is born ahead of its data", told.message.topic);
     for (const ReceivedMetric& metric : told.payload.metrics) {
-        expect(m_nodeAliases.count(metric.alias.value_or(0)) == 1,
-               "data names metrics of the birth", told.message.topic);
+        const auto known = m_nodeMetrics.find(metric.alias.value_or(0));
+        expect(known != m_nodeMetrics.end(), "data names metrics of the birth", told.message.topic);
+        if (known == m_nodeMetrics.end()) continue;
+        const bool isText = metric.valueField == 15;
+        expect(isText || metric.bits != known->second, "what did not change is not told",
+               told.message.topic);
+        known->second = metric.bits;
     }
 }

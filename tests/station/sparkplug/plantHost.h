@@ -73,7 +73,7 @@ private:
     bool m_isDying = false;      ///< its NDEATH came: nothing may follow in the MQTT session
     bool m_isFirst = true;       ///< nothing was published in the MQTT session
     std::set<quint64> m_aliases; ///< of the births since the last NBIRTH
-    std::set<quint64> m_nodeAliases;
+    std::map<quint64, quint64> m_nodeMetrics; ///< the bits of the last value, by alias
 };
 
 #endif
