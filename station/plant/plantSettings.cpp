@@ -14,10 +14,18 @@ auto members(const PlantSettings& settings)
 
 } // namespace
 
-QString clientIdOf(const PlantSettings& settings)
+QString sparkplugClientId(const PlantSettings& settings)
 {
     if (!settings.clientId.isEmpty()) return settings.clientId;
-    return QLatin1String("kakb-") + settings.group + QLatin1Char('-') + settings.node;
+    const QLatin1Char hyphen('-');
+    const QString id = QLatin1String("kakb-") + settings.group + hyphen + settings.node;
+    const bool isClear = !settings.group.contains(hyphen) && !settings.node.contains(hyphen);
+    return isClear ? id : id + hyphen + QString::number(settings.group.size());
+}
+
+QString jsonClientId(const PlantSettings& settings)
+{
+    return sparkplugClientId(settings) + QLatin1String("-json");
 }
 
 bool operator==(const PlantSettings& a, const PlantSettings& b)

@@ -11,7 +11,7 @@
 struct PlantSettings
 {
     std::vector<BrokerAddress> servers; ///< empty: no MQTT
-    QString clientId;                   ///< empty: made of group and node
+    QString clientId; ///< empty: made of group and node; the JSON dialect's has "-json" behind it
     QString user;
     QString passwordFile;         ///< empty: none
     QByteArray password;          ///< of the file
@@ -25,9 +25,17 @@ struct PlantSettings
     bool takesCommands = false;
 };
 
-/// The name of the node's client at a broker, which keeps one client of a name: of two stations
-/// with the same group and node, each one throws the other out.
-QString clientIdOf(const PlantSettings& settings);
+/// The names of the dialects' clients at a broker, which keeps one client of a name: of two
+/// stations with the same group and node, each one throws the other out.
+///
+///     kakb-GROUP-NODE               kakb-GROUP-NODE-json
+///     kakb-GROUP-NODE-LENGTH        kakb-GROUP-NODE-LENGTH-json
+///
+/// Where a hyphen in one of the two leaves open which hyphen parts them, the length of the group
+/// follows. So other groups and nodes never have these names: those without a length have two
+/// hyphens, or three and "json" at their end; those with one have more.
+QString sparkplugClientId(const PlantSettings& settings);
+QString jsonClientId(const PlantSettings& settings);
 
 bool operator==(const PlantSettings& a, const PlantSettings& b);
 

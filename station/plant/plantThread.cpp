@@ -12,10 +12,10 @@ namespace {
 enum : qint64 { STOP_LIMIT = 1500 * MILLISECOND };
 
 /// The dialects are two clients for a broker.
-ClientSettings clientSettings(const PlantSettings& settings, const QString& suffix)
+ClientSettings clientSettings(const PlantSettings& settings, const QString& clientId)
 {
     ClientSettings client;
-    client.clientId = clientIdOf(settings) + suffix;
+    client.clientId = clientId;
     client.user = settings.user;
     client.password = settings.password;
     client.tls = {settings.ca, settings.certificate, settings.key};
@@ -64,20 +64,20 @@ Plant::Thread::Thread(const PlantSettings& settings, const PlantSurroundings& su
 void Plant::Thread::addDialects()
 {
     const StationClock& clock = m_surroundings.clock;
-    const auto add = [this, &clock](const char* suffix, const auto& dialectOn) {
-        const ClientSettings client = clientSettings(m_settings, QLatin1String(suffix));
+    const auto add = [this, &clock](const QString& clientId, const auto& dialectOn) {
+        const ClientSettings client = clientSettings(m_settings, clientId);
         m_spoken.push_back(std::unique_ptr<Spoken>(new Spoken{{client, clock}, nullptr}));
         Spoken& spoken = *m_spoken.back();
         spoken.dialect = dialectOn(spoken.session);
         spoken.session.setListener(*spoken.dialect);
     };
     if (m_settings.speaksSparkplug)
-        add("", [&](BrokerSession& session) {
+        add(sparkplugClientId(m_settings), [&](BrokerSession& session) {
             return std::make_unique<EdgeNode>(edgeSettings(m_settings), session, m_sequence,
                                               *m_ledger, m_commands, clock);
         });
     if (m_settings.speaksJson)
-        add("-json", [&](BrokerSession& session) {
+        add(jsonClientId(m_settings), [&](BrokerSession& session) {
             return std::make_unique<JsonNode>(jsonSettings(m_settings, m_surroundings.topicFile),
                                               session, m_commands, clock);
         });

@@ -58,3 +58,17 @@ class PlantNames(PlantTest):
         self.topics.await_that(lambda topics: levels <= set(topics.kept))
         self.assertEqual(levels | {f"{device[:-2]}/1/availability" for device in devices},
                          set(self.topics.kept) - {"status"})
+
+    def test_groups_and_nodes_with_hyphens_do_not_throw_each_other_out(self):
+        self.tags("still")
+        plc = self.plc("tcp")
+        stations = [self.published(plc, self.at.url, (
+            f"--mqtt-dialect sparkplug,json --mqtt-group {group} --mqtt-node {node} "
+            f"--state {self.folder / group}")) for group, node in (("a-b", "c"), ("a", "b-c"))]
+        for station in stations:
+            for dialect in (0, 1):
+                station.await_that(lambda at=station, n=dialect: (
+                    at.get("/api/v1/plant").json[n]["state"] == "connected"))
+        self.assertNotIn("already connected", self.at.output.read_text("utf-8"))
+        self.assertEqual([1, 1, 1, 1], [standing["sessions"] for station in stations
+                                        for standing in station.get("/api/v1/plant").json])

@@ -149,7 +149,7 @@ class PlantSessions(PlantTest):
 
     def assert_left(self, broker):
         """The station's last word to the broker was a DISCONNECT."""
-        line = "Client kakb-kakb-kakb-station disconnected."
+        line = "Client kakb-kakb-kakb-station-4 disconnected."
         self.assertTrue(eventually(lambda: line in broker.output.read_text("utf-8")))
 
     def test_a_broker_that_answers_nothing_does_not_delay_the_end(self):

@@ -291,6 +291,6 @@ TEST(Sparkplug, topic_structure_namespace_unique_edge_node_descriptor)
     PlantSettings settings;
     settings.group = QLatin1String("works");
     settings.node = QLatin1String("station");
-    EXPECT_EQ("kakb-works-station", clientIdOf(settings).toStdString())
+    EXPECT_EQ("kakb-works-station", sparkplugClientId(settings).toStdString())
         << "a broker keeps one client of a name";
 }
