@@ -18,7 +18,12 @@ ElementWrite elementOf(const Tag& tag, int value);
 class PollingHost
 {
 public:
-    enum { ANSWER_MS = 200, ATTEMPTS = 3, PAUSE_MS = 5 };
+    enum {
+        ANSWER_MS = 200,
+        ATTEMPTS = 3,
+        PAUSE_MS = 5,
+        PATIENCE_S = 600 ///< with sanitizers, on a busy machine
+    };
 
     static LinkThread::Settings settings(LinkThread::OpenLink openLink, int answerMs = ANSWER_MS,
                                          int attempts = ATTEMPTS);
@@ -32,7 +37,7 @@ public:
 
     /// Takes news until the condition holds, at most for `seconds`.
     /// @return whether the condition holds
-    template <typename Condition> bool await(Condition condition, int seconds = 60)
+    template <typename Condition> bool await(Condition condition, int seconds = PATIENCE_S)
     {
         const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
         while (!condition()) {
