@@ -1,7 +1,6 @@
 #include "machine/ownSimulator.h"
+#include "machine/simulatorScript.h"
 
-#include <QFile>
-#include <QTemporaryDir>
 #include <QThread>
 
 #include <gtest/gtest.h>
@@ -9,41 +8,14 @@
 #include <csignal>
 #include <functional>
 
-// The simulated PLC is started by a script, which notes its process id and can be changed.
-
 namespace {
 
 class OwnSimulatorTest : public testing::Test
 {
 protected:
-    OwnSimulatorTest() : program(folder.filePath(QLatin1String("plc")))
-    {
-        write("exec " KAKB_SIMULATOR_FILE " \"$@\"");
-    }
-
-    /// What the program does from now on.
-    void write(const char* commands)
-    {
-        QFile file(program);
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(QByteArray("#!/bin/sh\necho $$ >> \"$0.started\"\n") + commands + '\n');
-        file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-    }
-
-    /// The process ids of all that were started.
-    std::vector<pid_t> started() const
-    {
-        QFile file(program + QLatin1String(".started"));
-        std::vector<pid_t> all;
-        if (!file.open(QIODevice::ReadOnly)) return all;
-        while (!file.atEnd())
-            all.push_back(file.readLine().trimmed().toInt());
-        return all;
-    }
-
     std::unique_ptr<OwnSimulator> simulator()
     {
-        return std::make_unique<OwnSimulator>(program, QStringList(), [this] { ++ends; });
+        return std::make_unique<OwnSimulator>(script.program(), QStringList(), [this] { ++ends; });
     }
 
     std::string failureOf(OwnSimulator& own) const
@@ -68,8 +40,7 @@ protected:
         return ::kill(process, 0) == 0; // also true of one that nobody has waited for
     }
 
-    QTemporaryDir folder;
-    const QString program;
+    SimulatorScript script;
     int ends = 0;
 };
 
@@ -79,7 +50,7 @@ TEST_F(OwnSimulatorTest, IsStartedOnceAndOpened)
 {
     const auto own = simulator();
     EXPECT_NE(nullptr, own->open(LineSettings()));
-    EXPECT_EQ(1u, started().size());
+    EXPECT_EQ(1u, script.started().size());
     EXPECT_EQ(0, ends);
 }
 
@@ -87,11 +58,11 @@ TEST_F(OwnSimulatorTest, IsStartedAgainByAnotherThreadAndNothingOfTheFirstStays)
 {
     const auto own = simulator();
     own->open(LineSettings());
-    ::kill(started().at(0), SIGKILL);
+    ::kill(script.started().at(0), SIGKILL);
     onAnotherThread([&] { EXPECT_NE(nullptr, own->open(LineSettings())); });
-    ASSERT_EQ(2u, started().size());
-    EXPECT_FALSE(isThere(started()[0]));
-    EXPECT_TRUE(isThere(started()[1]));
+    ASSERT_EQ(2u, script.started().size());
+    EXPECT_FALSE(isThere(script.started()[0]));
+    EXPECT_TRUE(isThere(script.started()[1]));
     EXPECT_EQ(1, ends);
 }
 
@@ -99,13 +70,14 @@ TEST_F(OwnSimulatorTest, TellsAnEndOnceHoweverOftenTheNextOneDoesNotStart)
 {
     const auto own = simulator();
     own->open(LineSettings());
-    ::kill(started().at(0), SIGKILL);
-    write("exit 1");
+    ::kill(script.started().at(0), SIGKILL);
+    script.write("exit 1");
     for (int tries = 0; tries < 3; ++tries)
-        EXPECT_EQ(program.toStdString() + ": it does not start, or ended at once", failureOf(*own));
+        EXPECT_EQ(script.program().toStdString() + ": it does not start, or ended at once",
+                  failureOf(*own));
     EXPECT_EQ(1, ends);
-    EXPECT_EQ(4u, started().size());
-    write("exec " KAKB_SIMULATOR_FILE " \"$@\"");
+    EXPECT_EQ(4u, script.started().size());
+    script.becomePlc();
     EXPECT_EQ("", failureOf(*own));
     EXPECT_EQ(1, ends);
     own->open(LineSettings());
@@ -114,12 +86,12 @@ TEST_F(OwnSimulatorTest, TellsAnEndOnceHoweverOftenTheNextOneDoesNotStart)
 
 TEST_F(OwnSimulatorTest, ThatCannotBeOpenedHasNotEnded)
 {
-    write("echo /dev/null; exec cat");
+    script.write("echo /dev/null; exec cat");
     const auto own = simulator();
     EXPECT_NE("", failureOf(*own));
     EXPECT_NE("", failureOf(*own));
-    EXPECT_EQ(2u, started().size());
-    write("exec " KAKB_SIMULATOR_FILE " \"$@\"");
+    EXPECT_EQ(2u, script.started().size());
+    script.becomePlc();
     EXPECT_EQ("", failureOf(*own));
     EXPECT_EQ(0, ends);
 }
@@ -130,13 +102,13 @@ TEST_F(OwnSimulatorTest, LeavesNoProcessBehind)
     own->open(LineSettings());
     onAnotherThread([&] { own->open(LineSettings()); });
     own.reset();
-    ASSERT_EQ(2u, started().size());
-    for (const pid_t process : started())
+    ASSERT_EQ(2u, script.started().size());
+    for (const pid_t process : script.started())
         EXPECT_FALSE(isThere(process));
 }
 
 TEST_F(OwnSimulatorTest, ThatDoesNotStartAtFirstIsAnError)
 {
-    write("exit 1");
+    script.write("exit 1");
     EXPECT_THROW(simulator(), LinkError);
 }

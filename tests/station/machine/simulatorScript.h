@@ -1,0 +1,79 @@
+#ifndef SIMULATOR_SCRIPT_H
+#define SIMULATOR_SCRIPT_H
+
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <sys/types.h>
+
+#include <vector>
+
+/// A script in place of the simulated PLC. It notes each of its starts, and can be changed.
+class SimulatorScript
+{
+public:
+    /// One start of the script.
+    struct Start
+    {
+        pid_t process = 0;
+        qint64 time = 0; ///< microseconds since 1970
+    };
+
+    SimulatorScript() : m_program(m_folder.filePath(QLatin1String("plc")))
+    {
+        becomePlc();
+    }
+
+    const QString& program() const
+    {
+        return m_program;
+    }
+
+    /// What the program does from now on.
+    void write(const char* commands)
+    {
+        const QString next = m_program + QLatin1String(".next");
+        QFile file(next);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(QByteArray("#!/bin/sh\necho $$ $(date +%s%N) >> \"$0.started\"\n") + commands +
+                   '\n');
+        file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        file.close();
+        QFile::remove(m_program);
+        ASSERT_TRUE(QFile::rename(next, m_program));
+    }
+
+    void becomePlc()
+    {
+        write("exec " KAKB_SIMULATOR_FILE " \"$@\"");
+    }
+
+    std::vector<Start> starts() const
+    {
+        QFile file(m_program + QLatin1String(".started"));
+        std::vector<Start> all;
+        if (!file.open(QIODevice::ReadOnly)) return all;
+        for (QByteArray line = file.readLine(); line.endsWith('\n'); line = file.readLine()) {
+            const QByteArrayList words = line.trimmed().split(' ');
+            all.push_back({words.first().toInt(), words.last().toLongLong() / 1000});
+        }
+        return all;
+    }
+
+    /// The process ids of all that were started.
+    std::vector<pid_t> started() const
+    {
+        std::vector<pid_t> all;
+        for (const Start& start : starts())
+            all.push_back(start.process);
+        return all;
+    }
+
+private:
+    const QTemporaryDir m_folder;
+    const QString m_program;
+};
+
+#endif
