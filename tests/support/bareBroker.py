@@ -104,6 +104,10 @@ class BareClient:
         body = self._take(size) if head else None
         return None if body is None else Packet(head[0], body)
 
+    def is_silent(self, seconds):
+        """Whether nothing comes for so long."""
+        return not select.select([self.end], [], [], seconds)[0]
+
     def send(self, kind, body=b"", flags=0):
         """Sends a packet; a client that is gone gets none."""
         try:

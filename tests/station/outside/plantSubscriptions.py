@@ -6,6 +6,7 @@ from processes import PATIENCE_S
 
 SESSIONS = 3
 PACKETS = 12  # of each session that the broker answers: the births, values, marks
+ANSWER_S = 0.2  # how long the broker lets the station wait
 CHANGES = "--signal 1:MW:3050:counter:10:60000"  # the word of the tag "still", so that values come
 GROUP, NODE, HOST = "north", "hall 7", "scada"
 OF_NODE = (f"spBv1.0/{GROUP}/NCMD/{NODE}", 1)
@@ -46,6 +47,8 @@ class PlantSubscriptions(PlantTest):
             packet = client.read()
             self.assertTrue(packet, f"the station left behind {kinds}")
             kinds.append(packet.kind)
+            if packet.kind == SUBSCRIBE:
+                self.assertTrue(client.is_silent(ANSWER_S), "it goes on without an answer")
             client.answer(packet)
             if packet.kind == SUBSCRIBE:
                 asked += packet.subscriptions()
