@@ -6,7 +6,7 @@
 
 namespace {
 
-enum : qint64 { DIAL_LIMIT_US = 3000000, LOOK_AFTER_US = 1000000 };
+enum : qint64 { DIAL_LIMIT_US = 3000000, LOOK_AFTER_US = 1000000, OLDEST_ANSWER_US = 60000000 };
 
 } // namespace
 
@@ -62,12 +62,13 @@ void MosquittoSession::connect(const BrokerAddress& server, const BrokerMessage&
     }
 }
 
-/// What an earlier one found meanwhile may hold no longer.
+/// An answer came behind the time at which its lookup was given up.
 std::unique_ptr<HostLookup> MosquittoSession::lookupOf(const QString& host)
 {
-    std::unique_ptr<HostLookup> earlier = std::move(m_givenUp[host]);
+    GivenUp earlier = std::exchange(m_givenUp[host], GivenUp());
     m_givenUp.erase(host);
-    if (earlier && !earlier->found()) return earlier;
+    const bool isYoung = m_clock.steady() - earlier.at <= OLDEST_ANSWER_US;
+    if (earlier.lookup && (isYoung || !earlier.lookup->found())) return std::move(earlier.lookup);
     return std::make_unique<HostLookup>(host, m_resolve);
 }
 
@@ -178,7 +179,7 @@ void MosquittoSession::tellEnd(const QString& reason)
 void MosquittoSession::close()
 {
     m_isConnectSent = isConnectSent();
-    if (m_lookup) m_givenUp[m_server.host] = std::move(m_lookup);
+    if (m_lookup) m_givenUp[m_server.host] = {std::move(m_lookup), m_clock.steady()};
     m_addresses.clear();
     m_client.reset();
     m_failure.clear();

@@ -22,9 +22,9 @@
 /// only one CONNECT may hold. An address that does not answer has 3 s, unless it is the last one:
 /// that one has the patience of the listener.
 ///
-/// The lookup of the host's name runs in a thread of its own. One that is given up and still waits
-/// serves the next session with that host: however long the servers of names are silent, a host has
-/// one thread.
+/// The lookup of the host's name runs in a thread of its own. One that is given up serves the next
+/// session with that host, unless its answer may be old: so a host has one thread however long the
+/// servers of names are silent, and slow ones are waited for over several tries.
 class MosquittoSession : public BrokerSession
 {
 public:
@@ -53,6 +53,12 @@ public:
     void drop() override;
 
 private:
+    struct GivenUp
+    {
+        std::unique_ptr<HostLookup> lookup;
+        qint64 at = 0; ///< steady clock, microseconds
+    };
+
     std::unique_ptr<HostLookup> lookupOf(const QString& host);
     void look();
     void tryNext();
@@ -69,14 +75,14 @@ private:
     SessionListener* m_listener = nullptr;
     BrokerAddress m_server;
     BrokerMessage m_will;
-    std::unique_ptr<HostLookup> m_lookup;                     ///< only in LOOKING
-    std::map<QString, std::unique_ptr<HostLookup>> m_givenUp; ///< by host
-    QStringList m_addresses;                                  ///< that were not tried yet
-    std::unique_ptr<MosquittoClient> m_client;                ///< only in TRYING
-    bool m_isConnectSent = false;                             ///< by a client that is gone
-    QString m_failure;        ///< why there is no client; not empty: to be told
-    qint64 m_dialledAt = 0;   ///< steady clock, microseconds
-    qint64 m_lookAfterAt = 0; ///< steady clock, microseconds
+    std::unique_ptr<HostLookup> m_lookup;      ///< only in LOOKING
+    std::map<QString, GivenUp> m_givenUp;      ///< by host
+    QStringList m_addresses;                   ///< that were not tried yet
+    std::unique_ptr<MosquittoClient> m_client; ///< only in TRYING
+    bool m_isConnectSent = false;              ///< by a client that is gone
+    QString m_failure;                         ///< why there is no client; not empty: to be told
+    qint64 m_dialledAt = 0;                    ///< steady clock, microseconds
+    qint64 m_lookAfterAt = 0;                  ///< steady clock, microseconds
 };
 
 #endif
