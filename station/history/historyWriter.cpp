@@ -1,23 +1,18 @@
 #include "history/historyWriter.h"
 
 #include "history/historySchema.h"
+#include "machine/errorLines.h"
 
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
-#include <cstdio>
 #include <utility>
 
 namespace {
 
 enum { BETWEEN_TRIES = 10000000 }; // microseconds
-
-void tellOperator(const QString& sentence)
-{
-    std::fprintf(stderr, "kakb-station: %s\n", qUtf8Printable(sentence));
-}
 
 /// A name that no file has yet: history.sqlite.broken-20260131T235959Z.
 QString asideName(const QString& name, qint64 time)

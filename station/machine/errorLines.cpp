@@ -3,6 +3,12 @@
 #include <poll.h>
 #include <unistd.h>
 
+ErrorLines& ErrorLines::standard()
+{
+    static ErrorLines lines(STDERR_FILENO);
+    return lines;
+}
+
 void ErrorLines::put(const QByteArray& line)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
@@ -23,4 +29,9 @@ bool ErrorLines::write(QByteArray line) const
     pollfd ready = {m_descriptor, POLLOUT, 0};
     if (poll(&ready, 1, 0) != 1 || (ready.revents & POLLOUT) == 0) return false;
     return ::write(m_descriptor, line.constData(), size_t(line.size())) == line.size();
+}
+
+void tellOperator(const QString& sentence)
+{
+    ErrorLines::standard().put("kakb-station: " + sentence.toLocal8Bit());
 }

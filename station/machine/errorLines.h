@@ -2,6 +2,7 @@
 #define ERROR_LINES_H
 
 #include <QByteArray>
+#include <QString>
 
 #include <mutex>
 
@@ -19,6 +20,9 @@ public:
     /// @param descriptor  stays the caller's
     explicit ErrorLines(int descriptor) : m_descriptor(descriptor) {}
 
+    /// Those of this program's standard error. Whoever runs beside others writes there through it.
+    static ErrorLines& standard();
+
     /// @param line  without its end; what is beyond LONGEST_LINE is cut off
     void put(const QByteArray& line);
 
@@ -29,5 +33,8 @@ private:
     std::mutex m_mutex;
     qint64 m_leftOut = 0; ///< guarded by m_mutex
 };
+
+/// Tells a sentence on standard error. Any thread calls it, and never waits.
+void tellOperator(const QString& sentence);
 
 #endif

@@ -1,15 +1,14 @@
 #include "machine/stationLinks.h"
 
-#include <algorithm>
+#include "machine/errorLines.h"
 
-#include <unistd.h>
+#include <algorithm>
 
 StationLinks::StationLinks(LinkSurroundings surroundings)
     : m_surroundings(std::move(surroundings)),
       m_copies(m_surroundings.driverFile),
-      m_errorLines(STDERR_FILENO),
       m_audit(m_surroundings.events, m_surroundings.clock,
-              [this](const QByteArray& line) { m_errorLines.put(line); })
+              [](const QByteArray& line) { ErrorLines::standard().put(line); })
 {
 }
 

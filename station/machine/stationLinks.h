@@ -1,7 +1,6 @@
 #ifndef STATION_LINKS_H
 #define STATION_LINKS_H
 
-#include "machine/errorLines.h"
 #include "machine/machineLink.h"
 
 /// The links of the station. A new configuration replaces only the links that changed.
@@ -47,9 +46,8 @@ private:
     static void stop(const Links& links, const QString& why);
 
     const LinkSurroundings m_surroundings;
-    DriverCopies m_copies;   ///< guards itself
-    ErrorLines m_errorLines; ///< guards itself
-    JobAudit m_audit;        ///< guards itself
+    DriverCopies m_copies; ///< guards itself
+    JobAudit m_audit;      ///< guards itself
     mutable std::mutex m_mutex;
     Links m_links; ///< guarded by m_mutex
 };

@@ -1,10 +1,10 @@
 #include "plant/cursorFile.h"
 
+#include "machine/errorLines.h"
 #include "plant/durableFile.h"
 
 #include <QFile>
 
-#include <cstdio>
 #include <utility>
 
 CursorFile::CursorFile(QString name) : m_name(std::move(name))
@@ -72,7 +72,6 @@ void CursorFile::write(const QByteArray& content)
     const QString trouble = writeDurably(m_name, content);
     const bool wasTold = std::exchange(m_isTroubleTold, !trouble.isEmpty());
     if (trouble.isEmpty() || wasTold) return;
-    const QString sentence = QLatin1String("which rows the broker has cannot be stored in ") +
-                             m_name + QLatin1String(": ") + trouble;
-    std::fprintf(stderr, "kakb-station: %s\n", qUtf8Printable(sentence));
+    tellOperator(QLatin1String("which rows the broker has cannot be stored in ") + m_name +
+                 QLatin1String(": ") + trouble);
 }

@@ -1,15 +1,11 @@
 #include "plant/deliveryLedger.h"
 
+#include "machine/errorLines.h"
+
 #include <algorithm>
-#include <cstdio>
 #include <utility>
 
 namespace {
-
-void tellOperator(const QString& sentence)
-{
-    std::fprintf(stderr, "kakb-station: %s\n", qUtf8Printable(sentence));
-}
 
 /// The sequence of a row that this run put into the file.
 qint64 sequenceOf(const LogPosition& position, qint64 number)

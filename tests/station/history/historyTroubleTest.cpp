@@ -2,6 +2,7 @@
 #include "historyRoom.h"
 
 #include "history/sqliteFile.h"
+#include "machine/unreadStandardError.h"
 
 #include <QDir>
 #include <QFile>
@@ -9,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <future>
 #include <sys/mount.h>
 #include <sys/resource.h>
 
@@ -101,6 +103,22 @@ TEST(HistoryTrouble, OfAFolderThatCannotBeMadeIsToldOnceAndMended)
     EXPECT_TRUE(room.writer->standing().trouble.isEmpty());
     EXPECT_EQ(numbers(0, 46), room.lasts(0, 46000, 46));
     EXPECT_EQ(0, room.writer->standing().dropped);
+}
+
+/// Else no row would be written any more, of whatever the file's trouble was.
+TEST(HistoryTrouble, IsToldWithoutWaitingForAReader)
+{
+    HistoryRoom room(historyTags(1));
+    const QString folder = room.folder.path();
+    room.folder.remove();
+    writeFile(folder, "in the way");
+    const UnreadStandardError unread;
+    std::future<void> turn = std::async(std::launch::async, [&room] { room.turn(); });
+    EXPECT_EQ(std::future_status::ready, turn.wait_for(std::chrono::seconds(5)));
+    unread.read();
+    turn.get();
+    EXPECT_FALSE(room.writer->standing().trouble.isEmpty());
+    QFile::remove(folder);
 }
 
 TEST(HistoryTrouble, IsNotTriedAgainBeforeTenSeconds)

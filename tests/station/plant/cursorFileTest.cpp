@@ -2,11 +2,14 @@
 #include "plant/cursorFile.h"
 
 #include "links/descriptor.h"
+#include "machine/unreadStandardError.h"
 
+#include <QElapsedTimer>
 #include <QFile>
 #include <QTemporaryDir>
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/stat.h>
 
 #include <gtest/gtest.h>
@@ -60,6 +63,22 @@ TEST_F(CursorFileTest, KeepsNobodyWaitingForASlowDisk)
     file.store("b");
     file.awaitStored();
     EXPECT_EQ("b", file.load().value_or(QByteArray()).toStdString());
+}
+
+/// No mark follows one that is not stored, and no end of the station one that waits.
+TEST_F(CursorFileTest, TellsItsTroubleWithoutWaitingForAReader)
+{
+    enum { PATIENCE_MS = 5000 };
+    CursorFile file(QLatin1String("/nowhere/cursor"));
+    QElapsedTimer timer;
+    timer.start();
+    const UnreadStandardError unread;
+    file.store("a");
+    while (file.isStoring() && timer.elapsed() < PATIENCE_MS)
+        ::poll(nullptr, 0, 1);
+    EXPECT_FALSE(file.isStoring());
+    unread.read();
+    file.awaitStored();
 }
 
 TEST_F(CursorFileTest, WaitsUntilAllIsOnTheDisk)
