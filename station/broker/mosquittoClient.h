@@ -49,7 +49,7 @@ class MosquittoClient
 {
 public:
     /// @param address  the IP address of the server
-    /// @throws TlsError, std::bad_alloc
+    /// @throws TlsError; std::runtime_error: no CONNECT can hold the client id or the user
     MosquittoClient(const ClientSettings& settings, const BrokerAddress& server,
                     const QString& address, const BrokerMessage& will);
     ~MosquittoClient();

@@ -13,6 +13,7 @@ struct MosquittoClient::State
 {
     enum Stage { DIALLING, GREETING, OPEN, OVER };
 
+    /// @throws TlsError; std::runtime_error: no CONNECT can hold the client id or the user
     State(const ClientSettings& settings, const BrokerAddress& server);
 
     // What the library tells.
@@ -32,6 +33,7 @@ struct MosquittoClient::State
 
     // The connection.
 
+    void identify(const ClientSettings& settings);
     void begin(const BrokerAddress& server, const QString& address, const BrokerMessage& will);
     void dial();
     void read();

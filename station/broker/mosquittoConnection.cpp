@@ -10,7 +10,8 @@
 #include <cerrno>
 #include <cstring>
 #include <limits>
-#include <new>
+#include <stdexcept>
+#include <string>
 
 namespace {
 
@@ -40,7 +41,7 @@ MosquittoClient::State::State(const ClientSettings& settings, const BrokerAddres
       client(mosquitto_new(settings.clientId.toUtf8().constData(), true, this)),
       keepAliveS(std::clamp<int>(settings.keepAliveS, SHORTEST_KEEP_ALIVE_S, LONGEST_KEEP_ALIVE_S))
 {
-    if (!client) throw std::bad_alloc();
+    if (!client) throw std::runtime_error("no client can have this client id");
     // The library writes only in flush().
     mosquitto_threaded_set(client.get(), true);
     mosquitto_int_option(client.get(), MOSQ_OPT_PROTOCOL_VERSION, MQTT_PROTOCOL_V311);
@@ -50,10 +51,17 @@ MosquittoClient::State::State(const ClientSettings& settings, const BrokerAddres
         mosquitto_int_option(client.get(), MOSQ_OPT_SSL_CTX_WITH_DEFAULTS, 0);
         mosquitto_void_option(client.get(), MOSQ_OPT_SSL_CTX, tls->get());
     }
-    if (!settings.user.isEmpty())
-        mosquitto_username_pw_set(client.get(), settings.user.toUtf8().constData(),
-                                  settings.password.constData());
     setCallbacks();
+    identify(settings);
+}
+
+void MosquittoClient::State::identify(const ClientSettings& settings)
+{
+    if (settings.user.isEmpty()) return;
+    const int failure = mosquitto_username_pw_set(client.get(), settings.user.toUtf8().constData(),
+                                                  settings.password.constData());
+    if (failure != MOSQ_ERR_SUCCESS)
+        throw std::runtime_error(std::string("user: ") + mosquitto_strerror(failure));
 }
 
 void MosquittoClient::State::begin(const BrokerAddress& server, const QString& address,

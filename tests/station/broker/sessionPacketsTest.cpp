@@ -249,6 +249,28 @@ TEST(SessionPackets, NothingIsPublishedAheadOfTheBrokersYes)
     EXPECT_EQ(sent.toHex(), driven.peer.taken().toHex());
 }
 
+/// Without it the broker would take the station for anybody.
+TEST(SessionPackets, AUserThatNoConnectCanHoldIsNotLeftOut)
+{
+    ClientSettings settings = DrivenSession::named();
+    settings.user = QString(QChar(0xFDD0));
+    settings.password = "word";
+    DrivenSession driven(settings);
+    driven.session.connect(driven.address(), DrivenSession::will());
+    driven.until([&] { return !driven.told.isEmpty() || !driven.peer.taken().isEmpty(); });
+    EXPECT_EQ("ended unsent user: Malformed UTF-8", driven.told.value(0).toStdString());
+}
+
+TEST(SessionPackets, AClientIdThatNoConnectCanHoldIsNamedAsTheReason)
+{
+    ClientSettings settings = DrivenSession::named();
+    settings.clientId = QString(QChar(0xFDD0));
+    DrivenSession driven(settings);
+    driven.session.connect(driven.address(), DrivenSession::will());
+    driven.untilTold("ended unsent ");
+    EXPECT_EQ("ended unsent no client can have this client id", driven.told.value(0).toStdString());
+}
+
 /// What the library does not take would be missing, and a later mark would prove it all the same.
 TEST(SessionPackets, AMessageThatTheLibraryDoesNotTakeEndsTheSession)
 {
