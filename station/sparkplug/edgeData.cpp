@@ -24,6 +24,7 @@ EdgeData::EdgeData(EdgeMetrics& metrics, EdgePublisher& publisher, DeliveryLedge
 
 void EdgeData::lookOn(const Sample& sample)
 {
+    if (sample.kind == Sample::READING && sample.number == 0) ++m_lost;
     if (sample.kind == Sample::STANDING) {
         const int device = m_metrics.findStation(sample.link, sample.station);
         if (device < 0) return m_metrics.keepStrange(sample);
@@ -196,10 +197,8 @@ void EdgeData::bear(NodeMetrics& node, quint8 birthSequence)
 
 void EdgeData::end()
 {
-    for (const Sample& sample : std::exchange(m_waiting, {})) {
-        if (sample.kind == Sample::READING && sample.number == 0) ++m_lost;
+    for (const Sample& sample : std::exchange(m_waiting, {}))
         lookOn(sample);
-    }
     for (EdgeStation& station : m_metrics.devices())
         station.isBorn = false;
     m_born.clear();

@@ -29,7 +29,7 @@ public:
     EdgeData(EdgeMetrics& metrics, EdgePublisher& publisher, DeliveryLedger& ledger,
              const StationClock& clock);
 
-    /// A sample while there are no births: nothing is owed for it.
+    /// A sample while there are no births: nothing is owed for it. One that no row keeps is lost.
     void lookOn(const Sample& sample);
 
     /// A sample of a session with births.

@@ -30,3 +30,24 @@ TEST(EdgeWaiting, TheLastReadingAheadOfItsConfigurationCountsAlsoWhenTooManyWait
     ASSERT_NE(nullptr, force);
     EXPECT_EQ(quint64((READINGS - 1) % 60000), force->bits);
 }
+
+/// The disk is full, and no broker is there: nobody will ever tell these values.
+TEST(EdgeWaiting, ValuesThatNeitherTheHistoryNorABrokerTakesAreCountedAsDropped)
+{
+    EdgeBench::Setup setup;
+    setup.keepsHistory = true;
+    EdgeBench bench(setup);
+    bench.beBorn();
+    bench.stand("oven", 1, true);
+    bench.cut();
+    for (const double value : {1.0, 2.0, 3.0}) {
+        Sample unkept = bench.reading("oven", "temperature", value);
+        unkept.number = 0;
+        bench.take({unkept});
+    }
+    bench.passMs(5000);
+    bench.accept();
+    bench.grant();
+    bench.passMs(1000);
+    EXPECT_EQ(3, bench.node.standing().dropped);
+}
