@@ -120,11 +120,18 @@ void DeliveryLedger::rebase(const LogPosition& position)
     if (lostRows) m_file.awaitStored(); // an older cursor takes the new rows for proven
 }
 
+/// Rows that were sent and that no mark has proven.
+qint64 DeliveryLedger::underWay() const
+{
+    qint64 rows = m_live.count();
+    for (const RowRanges& batch : m_flying)
+        rows += batch.count();
+    return rows;
+}
+
 void DeliveryLedger::forgetFlights()
 {
-    m_unprovable += m_live.count();
-    for (const RowRanges& batch : m_flying)
-        m_unprovable += batch.count();
+    m_unprovable += underWay();
     m_provableFrom = m_orders + 1;
     m_live.clear();
     m_flying.clear();
@@ -263,6 +270,14 @@ qint64 DeliveryLedger::behind()
     const qint64 named = m_cursor.owed.count() + m_cursor.held.count();
     if (m_isBorn) return named + m_waiting.count();
     return named + std::max<qint64>(m_cursor.end - m_cursor.top, 0);
+}
+
+qint64 DeliveryLedger::unproven()
+{
+    if (!m_log) return 0;
+    settle();
+    const qint64 unsent = std::max<qint64>(m_cursor.end - m_cursor.top, 0);
+    return m_cursor.owed.count() + m_cursor.held.count() + underWay() + unsent;
 }
 
 qint64 DeliveryLedger::dropped() const

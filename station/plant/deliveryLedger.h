@@ -102,6 +102,9 @@ public:
     qint64 behind();
     qint64 dropped() const;
 
+    /// What behind() would tell if the MQTT session ended now: rows under way are among them.
+    qint64 unproven();
+
 private:
     /// A mark that waits for its acknowledgement, and what it proves.
     struct Sent
@@ -124,6 +127,7 @@ private:
 
     void load();
     void store();
+    qint64 underWay() const;
     void settle();
     bool isFileKnown() const;
     void map(const LogPosition& position, qint64 upTo);

@@ -54,6 +54,7 @@ void EdgeNode::delivered(int request)
     const auto mark = state.marks.find(request);
     if (mark == state.marks.end()) return;
     state.ledger.proven(mark->second);
+    state.provenAt = state.clock.steady();
     state.marks.erase(mark);
 }
 

@@ -227,7 +227,7 @@ PlantStanding EdgeNode::standing() const
     standing.server = state.server;
     standing.trouble = state.trouble;
     standing.since = state.since;
-    standing.behind = state.ledger.behind();
+    standing.behind = state.behind();
     standing.dropped = state.dropped();
     standing.sessions = state.sessions;
     standing.sent = state.data.sent();

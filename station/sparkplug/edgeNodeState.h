@@ -69,6 +69,8 @@ struct EdgeNode::State
     void receive(const BrokerMessage& message);
     void receiveCommand(const BrokerMessage& message);
     qint64 dropped() const; ///< rows that no host will ever have
+    qint64 behind() const;  ///< rows that the broker does not surely have
+    void noteProof();
 
     const EdgeNodeSettings settings;
     BrokerSession& session;
@@ -101,6 +103,7 @@ struct EdgeNode::State
     bool areBirthsDue = false;
     bool isLeft = false;                       ///< LEAVING: because the primary host is offline
     qint64 goodAt = 0, tickAt = 0, markAt = 0; ///< steady
+    qint64 provenAt = 0;                       ///< see noteProof(), steady
     std::map<int, DeliveryLedger::Mark> marks; ///< that wait for their acknowledgement, by request
 
     quint64 lastNumber = 0; ///< of the rows that came

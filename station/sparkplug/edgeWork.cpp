@@ -9,8 +9,9 @@
 namespace {
 
 enum {
-    TICK = SECOND,                 ///< from figure to figure
-    MARK_PAUSE = 100 * MILLISECOND ///< from look to look whether a mark proves something new
+    TICK = SECOND,                  ///< from figure to figure
+    MARK_PAUSE = 100 * MILLISECOND, ///< from look to look whether a mark proves something new
+    PROOF_LIMIT = 2 * SECOND        ///< a broker that takes longer may have nothing
 };
 
 QByteArray markText(const DeliveryLedger::Mark& mark)
@@ -34,6 +35,7 @@ void EdgeNode::State::bear()
     goodAt = now + qint64(ServerWalk::GOOD_SESSION_MS) * MILLISECOND;
     tickAt = now + TICK;
     markAt = now + MARK_PAUSE;
+    provenAt = now;
     isLeft = false;
     data.begin();
     ledger.born(lastNumber);
@@ -48,6 +50,7 @@ void EdgeNode::State::sendBirths()
 
 void EdgeNode::State::work()
 {
+    noteProof();
     if (session.isDrained() && std::exchange(areBirthsDue, false)) sendBirths();
     if (areBirthsDue) return;
     while (data.isWaiting() && session.isDrained())
@@ -102,7 +105,7 @@ void EdgeNode::State::tellFigures()
 {
     const qint64 now = clock.wall();
     node.set(NodeMetrics::DROPPED, dropped(), now);
-    node.set(NodeMetrics::BEHIND, ledger.behind(), now);
+    node.set(NodeMetrics::BEHIND, behind(), now);
     node.set(NodeMetrics::REFUSED, qint64(commands.refused()), now);
 }
 
@@ -190,4 +193,17 @@ void EdgeNode::State::take(const Sample& sample)
 qint64 EdgeNode::State::dropped() const
 {
     return ledger.dropped() + data.lost() + history.lost();
+}
+
+/// When the broker had everything for sure, or acknowledged a part of it.
+void EdgeNode::State::noteProof()
+{
+    if (marks.empty() && session.isDrained()) provenAt = clock.steady();
+}
+
+/// What is under way counts only when it takes long: else the figure would jump with each commit.
+qint64 EdgeNode::State::behind() const
+{
+    const bool isLate = step == BORN && clock.steady() - provenAt > PROOF_LIMIT;
+    return isLate ? ledger.unproven() : ledger.behind();
 }

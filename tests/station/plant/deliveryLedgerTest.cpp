@@ -144,6 +144,25 @@ TEST_F(DeliveryLedgerTest, OwesNothingThatAMarkHasProven)
     EXPECT_EQ("5 6", history());
 }
 
+TEST_F(DeliveryLedgerTest, TellsWhatWouldBeOwedIfTheSessionEndedNow)
+{
+    note("a", 3);
+    commit();
+    ledger->born(last);
+    EXPECT_EQ("1 2 3", history());
+    note("a", 2);
+    ledger->sent(last);
+    note("a", 4);
+    commit();
+    EXPECT_EQ(0, ledger->behind());
+    EXPECT_EQ(9, ledger->unproven()) << "history, live values, and rows that nobody sent yet";
+    EXPECT_EQ(5, prove());
+    EXPECT_EQ(4, ledger->unproven());
+    ledger->ended();
+    EXPECT_EQ(4, ledger->behind());
+    EXPECT_EQ(4, ledger->unproven());
+}
+
 TEST_F(DeliveryLedgerTest, OwesAgainWhatNoMarkHasProven)
 {
     note("a", 4);

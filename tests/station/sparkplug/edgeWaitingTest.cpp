@@ -31,12 +31,47 @@ TEST(EdgeWaiting, TheLastReadingAheadOfItsConfigurationCountsAlsoWhenTooManyWait
     EXPECT_EQ(quint64((READINGS - 1) % 60000), force->bits);
 }
 
-/// The disk is full, and no broker is there: nobody will ever tell these values.
-TEST(EdgeWaiting, ValuesThatNeitherTheHistoryNorABrokerTakesAreCountedAsDropped)
+namespace {
+
+EdgeBench::Setup keepingRows()
 {
     EdgeBench::Setup setup;
     setup.keepsHistory = true;
-    EdgeBench bench(setup);
+    return setup;
+}
+
+/// The oven's count goes up by one a second, and its rows are committed.
+struct Counting : EdgeBench
+{
+    Counting() : EdgeBench(keepingRows())
+    {
+        beBorn();
+        stand("oven", 1, true);
+    }
+
+    void count(int seconds)
+    {
+        for (int i = 0; i < seconds; ++i) {
+            read("oven", "count", ++m_value);
+            commitRows();
+            passMs(1000);
+        }
+    }
+    qint64 behind() const
+    {
+        return node.standing().behind;
+    }
+
+private:
+    int m_value = 0;
+};
+
+} // namespace
+
+/// The disk is full, and no broker is there: nobody will ever tell these values.
+TEST(EdgeWaiting, ValuesThatNeitherTheHistoryNorABrokerTakesAreCountedAsDropped)
+{
+    EdgeBench bench(keepingRows());
     bench.beBorn();
     bench.stand("oven", 1, true);
     bench.cut();
@@ -50,4 +85,34 @@ TEST(EdgeWaiting, ValuesThatNeitherTheHistoryNorABrokerTakesAreCountedAsDropped)
     bench.grant();
     bench.passMs(1000);
     EXPECT_EQ(3, bench.node.standing().dropped);
+}
+
+/// A broker that hangs keeps its connection for long.
+TEST(EdgeWaiting, RowsThatABrokerDoesNotAcknowledgeAreBehindAfterTwoSeconds)
+{
+    Counting bench;
+    bench.count(2);
+    EXPECT_EQ(0, bench.behind());
+    bench.count(3);
+    EXPECT_EQ(5, bench.behind());
+    EXPECT_EQ(PlantStanding::BORN, bench.node.standing().state);
+    bench.acknowledge(); // the first mark, which proves one row or two
+    EXPECT_EQ(0, bench.behind());
+    bench.passMs(1000);
+    bench.acknowledge();
+    bench.passMs(10000);
+    EXPECT_EQ(0, bench.behind()) << "nothing is under way";
+}
+
+TEST(EdgeWaiting, RowsThatTheSocketDoesNotTakeAreBehindAfterTwoSeconds)
+{
+    Counting bench;
+    bench.session.isFull = true;
+    bench.count(5);
+    EXPECT_EQ(5, bench.behind());
+    bench.session.isFull = false;
+    bench.turn();
+    bench.passMs(1000);
+    bench.acknowledge();
+    EXPECT_EQ(0, bench.behind());
 }
