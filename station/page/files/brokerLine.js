@@ -1,6 +1,6 @@
 // The line that tells how the station stands with its broker. A station without one has no line.
 import { byId, make, setAttribute, setText } from "./dom.js";
-import { clockText } from "./format.js";
+import { dateText } from "./format.js";
 import { getJson } from "./station.js";
 
 /** As /api/v1/plant has it.
@@ -11,7 +11,7 @@ import { getJson } from "./station.js";
 function sentence(standing) {
     const parts = [`${standing.dialect}: ${standing.state}`];
     if (standing.server) parts.push(standing.server);
-    if (standing.since) parts.push(`since ${clockText(standing.since)}`);
+    if (standing.since) parts.push(`since ${dateText(standing.since)}`);
     if (standing.dialect === "sparkplug")
         parts.push(`behind by ${standing.behind}`, `dropped ${standing.dropped}`);
     if (standing.trouble) parts.push(standing.trouble);

@@ -1,6 +1,7 @@
 """The page's line that tells how the station stands with its broker."""
 
 import json
+import signal
 import urllib.request
 
 from cappedHistory import TABLE, CappedHistory, configuration
@@ -8,6 +9,7 @@ from mosquittoBroker import MosquittoBroker
 from stationBrowser import BrowserTest
 
 LINE = "#broker-line"
+DAY = r"20\d\d-\d\d-\d\d"  # "since 10:31:07" would be of today, and sessions last for months
 RETURN_S = 40  # the pause of a station that has tried for long, and the delivery
 ASKED = ("return performance.getEntriesByType('resource')"
          ".filter((entry) => entry.name.endsWith(arguments[0])).length;")
@@ -48,9 +50,10 @@ class BrowserBroker(BrowserTest):
         self.assertTrue(self.browser.one(LINE).is_displayed())
         self.assertRegex(
             line(self.browser),
-            rf"^sparkplug: connected, {self.broker.url}, since [0-9:]+, behind by \d+, dropped 0$")
+            rf"^sparkplug: connected, {self.broker.url}, since {DAY} [0-9:]+, behind by \d+, "
+            "dropped 0$")
         self.assertRegex(line(self.browser, "json"),
-                         rf"^json: connected, {self.broker.url}, since [0-9:]+$")
+                         rf"^json: connected, {self.broker.url}, since {DAY} [0-9:]+$")
         before = {name: asked(self.browser, name) for name in ("plant", "station")}
         self.broker.kill()
         self.awaits(lambda: not self.browser.all(dialect("sparkplug", "connected")),
@@ -62,6 +65,22 @@ class BrowserBroker(BrowserTest):
         # A page that lost its stream for a moment asks once for each time that it reads the station.
         more = {name: asked(self.browser, name) - count for name, count in before.items()}
         self.assertLessEqual(more["plant"], more["station"], "the stream tells it all")
+
+    def colours(self):
+        """The filters that the line is seen through."""
+        return self.browser.script(
+            f"return getComputedStyle(document.querySelector('{LINE}')).filter;")
+
+    def test_line_of_a_station_that_stands_still_is_grey(self):
+        self.browse(800, 480)
+        self.awaits_dialects("connected")
+        self.awaits(lambda: self.colours() == "none", "it is not live")
+        self.station.process.send_signal(signal.SIGSTOP)
+        self.addCleanup(self.station.process.send_signal, signal.SIGCONT)
+        self.awaits_stream("lost")
+        self.assertEqual("grayscale(1)", self.colours(), "connected, as far as anybody knows")
+        self.station.process.send_signal(signal.SIGCONT)
+        self.awaits(lambda: self.colours() == "none", "it does not come back")
 
 
 class BrowserDropped(BrowserTest):
