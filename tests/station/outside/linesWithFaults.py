@@ -11,6 +11,7 @@ from stationProgram import StationTest
 SEED = int.from_bytes(os.urandom(4), "big")
 FAULT_SECONDS = 20
 WRITES = 300
+BUSY_S = 1  # a machine that runs other tests, too
 
 
 @unittest.skipIf(SLOWER > 1, "the time-outs of the run are too short for a sanitizer")
@@ -18,7 +19,7 @@ class FaultsOfALine(StationTest):
     """The seed is printed, so that a failure can be made again."""
 
     def test_value_shown_as_good_was_true_at_its_time(self):
-        run = self.keep(StationFaults(self.programs, self.folder, SEED))
+        run = self.keep(StationFaults(self.programs, self.folder, SEED, BUSY_S))
         run.run(FAULT_SECONDS)
         print(f"seed {SEED}: {run.counts}")
         self.assertEqual([], run.found[:10], f"seed {SEED}")

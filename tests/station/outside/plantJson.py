@@ -13,7 +13,8 @@ from tcpRelay import TcpRelay
 STILL = "MW100"  # of the tag "still"
 HERE = "plc/1/availability"
 ALL_TOPICS = ("status", HERE, "plc/still", "plc/offset", "plc/count")
-WAIT_MS = 500 + 100  # a value is as old as its answer can be: as the time-out, and the pace
+CHANGES = range(41, 46)
+WAIT_MS = 100  # a value is as old as its answer can be: as the wait for it, and the pace
 
 
 class PlantJson(StationTest):
@@ -68,17 +69,20 @@ class PlantJson(StationTest):
     def test_a_value_that_changes_is_told_once_with_the_time_of_its_answer(self):
         _, topics = self.online()
         topics.await_state("plc/still", 0)
-        first = topics.kept["plc/still"]["t"]
-        before = int(time.time() * 1000)
-        self.control.command(f"set {STILL}=41")
-        topics.await_state("plc/still", 41)
-        state = topics.kept["plc/still"]
-        self.assertLessEqual(max(before - WAIT_MS, first + 1), state["t"])
-        self.assertLessEqual(state["t"], int(time.time() * 1000))
-        self.control.command(f"set {STILL}=42")
-        topics.await_state("plc/still", 42)
-        values = [state["v"] for state in topics.on("plc/still")]
-        self.assertEqual([41, 42], values[-2:])
+        ages, times = [], []
+        for value in CHANGES:
+            before = time.time() * 1000
+            self.control.command(f"set {STILL}={value}")
+            topics.await_state("plc/still", value)
+            told = topics.kept["plc/still"]["t"]
+            self.assertLessEqual(told, time.time() * 1000)
+            ages.append(before - told)
+            times.append(told)
+        # An answer may be as old as the one before it, or as a request that a busy machine left without
+        # an answer.
+        self.assertLessEqual(min(ages), WAIT_MS, ages)
+        self.assertLess(times[0], times[-1])
+        self.assertEqual([*CHANGES], [state["v"] for state in topics.on("plc/still")][-len(CHANGES):])
 
     def test_a_silent_plc_is_offline_until_its_values_are_good_again(self):
         _, topics = self.online()
@@ -103,7 +107,7 @@ class PlantJson(StationTest):
 
     def test_a_station_that_ends_says_so_itself(self):
         station, topics = self.online()
-        self.assertEqual(0, station.end(seconds=3))
+        self.assertEqual(0, station.end())
         topics.await_word("status", "offline")
         words = [(topic, word) for topic, word, _ in topics.came if topic in (HERE, "status")]
         self.assertEqual([(HERE, "offline"), ("status", "offline")], words[-2:])

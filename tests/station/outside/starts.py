@@ -79,7 +79,7 @@ class Starts(StationTest):
         self.tags("still")
         station = self.station(f"--link {plc.link} --tags tags.csv")
         with station.events():
-            self.assertEqual(0, station.end(seconds=5))
+            self.assertEqual(0, station.end())
 
     def test_the_end_of_the_simulated_plc_is_said_and_everything_goes_on(self):
         station = self.station(f"--pause-ms {LONGEST_PAUSE_MS}")  # the loss lasts
