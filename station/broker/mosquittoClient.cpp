@@ -61,6 +61,11 @@ bool MosquittoClient::isConnectSent() const
     return m_state->isConnectSent;
 }
 
+int MosquittoClient::keepAliveS() const
+{
+    return m_state->keepAliveS;
+}
+
 int MosquittoClient::subscribe(const QStringList& topics)
 {
     if (m_state->stage != State::OPEN) return 0;

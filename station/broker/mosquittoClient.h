@@ -67,6 +67,7 @@ public:
     bool isReached() const;
     bool isConnectSent() const;
     bool isOver() const;
+    int keepAliveS() const; ///< as the broker was told
 
     int subscribe(const QStringList& topics);
     int publish(const BrokerMessage& message);

@@ -6,7 +6,12 @@
 
 namespace {
 
-enum : qint64 { DIAL_LIMIT_US = 3000000, LOOK_AFTER_US = 1000000, OLDEST_ANSWER_US = 60000000 };
+enum : qint64 {
+    SECOND_US = 1000000,
+    DIAL_LIMIT_US = 3 * SECOND_US,
+    LOOK_AFTER_US = SECOND_US,
+    OLDEST_ANSWER_US = 60 * SECOND_US
+};
 
 } // namespace
 
@@ -40,6 +45,7 @@ qint64 MosquittoSession::due() const
 
 void MosquittoSession::drive(short found)
 {
+    noteSleep();
     if (m_lookup)
         look();
     else if (m_client)
@@ -138,6 +144,14 @@ void MosquittoSession::lookAfter()
     if (!m_client || m_clock.steady() < m_lookAfterAt) return;
     m_lookAfterAt = m_clock.steady() + LOOK_AFTER_US;
     m_client->lookAfter();
+}
+
+void MosquittoSession::noteSleep()
+{
+    const qint64 now = m_clock.steady();
+    const qint64 undriven = now - std::exchange(m_drivenAt, now);
+    if (m_client && undriven * 2 > 3 * SECOND_US * m_client->keepAliveS())
+        m_client->giveUp(QLatin1String("this station stood still for too long"));
 }
 
 /// Each event may end the session, and begin another one.

@@ -22,6 +22,10 @@
 /// only one CONNECT may hold. An address that does not answer has 3 s, unless it is the last one:
 /// that one has the patience of the listener.
 ///
+/// A session that nobody drove for one and a half keep-alives, because the machine slept or the
+/// process was stopped, is over for the broker. It ends, and what the broker had sent before is not
+/// told: nobody wants an old command executed.
+///
 /// The lookup of the host's name runs in a thread of its own. One that is given up serves the next
 /// session with that host, unless its answer may be old: so a host has one thread however long the
 /// servers of names are silent, and slow ones are waited for over several tries.
@@ -64,6 +68,7 @@ private:
     void tryNext();
     bool isNextDue() const;
     void lookAfter();
+    void noteSleep();
     void tellEvents();
     void tell(const ClientEvent& event);
     void tellEnd(const QString& reason);
@@ -83,6 +88,7 @@ private:
     QString m_failure;                         ///< why there is no client; not empty: to be told
     qint64 m_dialledAt = 0;                    ///< steady clock, microseconds
     qint64 m_lookAfterAt = 0;                  ///< steady clock, microseconds
+    qint64 m_drivenAt = 0;                     ///< the last time, steady clock, microseconds
 };
 
 #endif

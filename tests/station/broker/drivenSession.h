@@ -10,13 +10,30 @@
 #include <algorithm>
 #include <functional>
 
+/// The system's clock, on a machine that may sleep.
+class SleepingClock : public SystemClock
+{
+public:
+    qint64 steady() const override
+    {
+        return SystemClock::steady() + m_slept;
+    }
+    void sleepMs(qint64 ms)
+    {
+        m_slept += ms * 1000;
+    }
+
+private:
+    qint64 m_slept = 0;
+};
+
 /// A session with a peer of its own, driven by the test's thread; what it tells is noted in words.
 class DrivenSession : public SessionListener
 {
 public:
     explicit DrivenSession(const ClientSettings& settings = named(),
                            const HostLookup::Resolve& resolve = HostLookup::bySystem)
-        : session(settings, m_clock, resolve)
+        : session(settings, clock, resolve)
     {
         session.setListener(*this);
     }
@@ -45,11 +62,11 @@ public:
     void until(const std::function<bool()>& isDone)
     {
         enum { LIMIT_US = 20000000, TURN_MS = 10 };
-        const qint64 limit = m_clock.steady() + LIMIT_US;
+        const qint64 limit = clock.steady() + LIMIT_US;
         while (!isDone()) {
-            ASSERT_LT(m_clock.steady(), limit) << told.join('\n').toStdString();
+            ASSERT_LT(clock.steady(), limit) << told.join('\n').toStdString();
             pollfd awaited = session.awaited();
-            ::poll(&awaited, 1, session.due() <= m_clock.steady() ? 0 : TURN_MS);
+            ::poll(&awaited, 1, session.due() <= clock.steady() ? 0 : TURN_MS);
             session.drive(awaited.revents);
             if (isPeerReading) peer.read();
         }
@@ -101,6 +118,7 @@ public:
     bool isPeerReading = true;
     QByteArrayList told;
     std::function<void(const QByteArray&)> react; ///< called with what is told
+    SleepingClock clock;
     MosquittoSession session;
 
 private:
@@ -109,8 +127,6 @@ private:
         told << text;
         if (react) react(text);
     }
-
-    const SystemClock m_clock{};
 };
 
 #endif

@@ -245,6 +245,48 @@ TEST(MosquittoSession, MessagesComeWithTheirFlag)
               driven.told);
 }
 
+/// The broker has given the session up, and what it had sent before is old.
+TEST(MosquittoSession, WhatCameBeforeALongSleepOfTheMachineIsNotTold)
+{
+    ClientSettings settings = DrivenSession::named();
+    settings.keepAliveS = 20;
+    DrivenSession driven(settings);
+    driven.open();
+    driven.peer.send(publish("valve/set", "1"));
+    pollfd awaited = driven.session.awaited();
+    ASSERT_EQ(1, ::poll(&awaited, 1, 20000));
+    driven.clock.sleepMs(30001);
+    driven.session.drive(awaited.revents);
+    EXPECT_EQ((QByteArrayList{"connected", "ended sent this station stood still for too long"}),
+              driven.told);
+}
+
+TEST(MosquittoSession, AShortSleepOfTheMachineEndsNoSession)
+{
+    ClientSettings settings = DrivenSession::named();
+    settings.keepAliveS = 20;
+    DrivenSession driven(settings);
+    driven.open();
+    driven.peer.send(publish("valve/set", "1"));
+    driven.clock.sleepMs(20000);
+    driven.untilTold("received valve/set 1");
+    EXPECT_FALSE(driven.hasTold("ended"));
+}
+
+TEST(MosquittoSession, ASleepBetweenTwoSessionsEndsNone)
+{
+    DrivenSession driven;
+    driven.open();
+    driven.session.leave();
+    driven.peer.hangUp();
+    driven.clock.sleepMs(3600000);
+    driven.session.connect(driven.address(), DrivenSession::will());
+    driven.until([&] { return driven.peer.hasClient(); });
+    driven.peer.send(QByteArray::fromHex("20020000"));
+    driven.until([&] { return driven.told.size() > 1; });
+    EXPECT_EQ((QByteArrayList{"connected", "connected"}), driven.told);
+}
+
 TEST(MosquittoSession, NothingIsToldOfASessionThatWasDroppedMeanwhile)
 {
     DrivenSession driven;
