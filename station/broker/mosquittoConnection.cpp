@@ -15,7 +15,11 @@
 
 namespace {
 
-enum { SHORTEST_KEEP_ALIVE_S = 5, LONGEST_KEEP_ALIVE_S = 65535, MOST_UNACKNOWLEDGED = 1000 };
+enum { SHORTEST_KEEP_ALIVE_S = 5, LONGEST_KEEP_ALIVE_S = 65535 };
+
+/// All that have a number. With fewer the library holds the others back, and messages with QoS 0
+/// overtake them.
+enum { MOST_UNACKNOWLEDGED = 65535 };
 
 /// What the system noted against a socket whose connection is made, and clears; 0: nothing.
 int socketError(int socket)

@@ -249,6 +249,20 @@ TEST(SessionPackets, NothingIsPublishedAheadOfTheBrokersYes)
     EXPECT_EQ(sent.toHex(), driven.peer.taken().toHex());
 }
 
+/// A state must not overtake the message that clears its topic.
+TEST(SessionPackets, MessagesKeepTheirOrderHoweverManyWaitForTheirAcknowledgement)
+{
+    enum { WAITING = 3000, BYTES = 8 }; ///< of each: head, length, topic "q", number, payload
+    DrivenSession driven;
+    driven.open();
+    const int before = int(driven.peer.taken().size());
+    for (int i = 0; i < WAITING; ++i)
+        driven.session.publish({QLatin1String("q"), "v", 1, false});
+    driven.session.publish({QLatin1String("last"), "v", 0, false});
+    driven.until([&] { return driven.peer.taken().contains("last"); });
+    EXPECT_EQ(before + WAITING * BYTES + 2, driven.peer.taken().indexOf(QByteArray("\0\4last", 6)));
+}
+
 /// Without it the broker would take the station for anybody.
 TEST(SessionPackets, AUserThatNoConnectCanHoldIsNotLeftOut)
 {
