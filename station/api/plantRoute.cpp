@@ -5,13 +5,23 @@
 
 namespace {
 
+void appendRows(JsonText& json, const char* key, std::optional<qint64> rows)
+{
+    json.key(key);
+    if (rows)
+        json.integer(*rows);
+    else
+        json.null();
+}
+
 void appendStanding(JsonText& json, const PlantStanding& standing)
 {
     json.beginObject().key("dialect").text(standing.dialect);
     json.key("state").word(plantStateText(standing.state));
     json.key("server").text(standing.server).key("since").integer(standing.since);
     json.key("trouble").textOrNull(standing.trouble);
-    json.key("behind").integer(standing.behind).key("dropped").integer(standing.dropped);
+    appendRows(json, "behind", standing.behind);
+    appendRows(json, "dropped", standing.dropped);
     json.key("sessions").integer(qint64(standing.sessions));
     json.key("sent").integer(qint64(standing.sent));
     json.key("historical").integer(qint64(standing.historical));

@@ -8,6 +8,7 @@
 ///     [{"dialect","state","server","since","trouble","behind","dropped","sessions","sent",
 ///       "historical","commands","refusedCommands"}]
 /// `state` is "connected", "connecting" or "pausing"; `trouble` is null unless there is a reason.
+/// `behind` and `dropped` are null for the dialect json.
 QByteArray plantDocument(const std::vector<PlantStanding>& standings);
 
 void addPlantRoute(HttpRoutes& routes, const StationParts& parts);

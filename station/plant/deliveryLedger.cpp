@@ -222,6 +222,13 @@ void DeliveryLedger::missed(quint64 first, quint64 last)
     m_cursor.owed.add(sequenceOf(position, inFile), sequenceOf(position, known));
 }
 
+void DeliveryLedger::cameUnsent(quint64 number)
+{
+    if (m_log || m_isBorn) return;
+    m_cursor.dropped += std::max<qint64>(qint64(number) - m_sent, 0);
+    m_sent = std::max(m_sent, qint64(number));
+}
+
 void DeliveryLedger::sent(quint64 number)
 {
     if (m_isBorn) m_sent = std::max(m_sent, qint64(number));

@@ -75,6 +75,9 @@ public:
     /// Rows from `first` to `last` were not sent live although a session was there.
     void missed(quint64 first, quint64 last);
 
+    /// Rows up to `number` came while no session was there: without a history they are lost.
+    void cameUnsent(quint64 number);
+
     /// All samples up to `number` were sent live or are owed.
     void sent(quint64 number);
 

@@ -3,6 +3,8 @@
 
 #include <QString>
 
+#include <optional>
+
 /// How MQTT stands, for the page, the API and /metrics. One for each dialect that is spoken.
 struct PlantStanding
 {
@@ -14,11 +16,11 @@ struct PlantStanding
 
     QString dialect; ///< "sparkplug" or "json"
     State state = PAUSING;
-    QString server;     ///< "mqtt://HOST:PORT" of the present or last session
-    QString trouble;    ///< why there is no session; else empty
-    qint64 since = 0;   ///< of `state`, ms since 1970
-    qint64 behind = 0;  ///< rows that the broker does not surely have; Sparkplug only
-    qint64 dropped = 0; ///< rows that it will never have; Sparkplug only
+    QString server;                ///< "mqtt://HOST:PORT" of the present or last session
+    QString trouble;               ///< why there is no session; else empty
+    qint64 since = 0;              ///< of `state`, ms since 1970
+    std::optional<qint64> behind;  ///< rows that the broker does not surely have
+    std::optional<qint64> dropped; ///< rows that it will never have; both empty: JSON keeps states
     quint64 sessions = 0, sent = 0, historical = 0, commands = 0, refusedCommands = 0;
 };
 

@@ -186,6 +186,7 @@ void EdgeNode::State::take(const Sample& sample)
 {
     const quint64 before = lastNumber;
     lastNumber = std::max(lastNumber, sample.number);
+    if (step != BORN) ledger.cameUnsent(lastNumber);
     if (sample.kind != Sample::GAP) return step == BORN ? data.push(sample) : data.lookOn(sample);
     if (step == BORN && lastNumber > before) ledger.missed(before + 1, lastNumber);
 }

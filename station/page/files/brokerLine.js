@@ -5,14 +5,14 @@ import { getJson } from "./station.js";
 
 /** As /api/v1/plant has it.
  * @typedef {{dialect: string, state: "pausing"|"connecting"|"connected", server: string,
- *     since: number, trouble: string|null, behind: number, dropped: number}} BrokerStanding */
+ *     since: number, trouble: string|null, behind: number|null, dropped: number|null}} BrokerStanding */
 
 /** @param {BrokerStanding} standing */
 function sentence(standing) {
     const parts = [`${standing.dialect}: ${standing.state}`];
     if (standing.server) parts.push(standing.server);
     if (standing.since) parts.push(`since ${dateText(standing.since)}`);
-    if (standing.dialect === "sparkplug")
+    if (standing.behind !== null)
         parts.push(`behind by ${standing.behind}`, `dropped ${standing.dropped}`);
     if (standing.trouble) parts.push(standing.trouble);
     return parts.join(", ");

@@ -43,7 +43,7 @@ TEST_F(PlantRoute, TellsHowEachDialectStands)
               "\"behind\":12,\"dropped\":3,\"sessions\":4,\"sent\":500,\"historical\":60,"
               "\"commands\":7,\"refusedCommands\":2},"
               "{\"dialect\":\"json\",\"state\":\"pausing\",\"server\":\"\",\"since\":0,"
-              "\"trouble\":\"the broker \\\"b\\\" refused\",\"behind\":0,\"dropped\":0,"
+              "\"trouble\":\"the broker \\\"b\\\" refused\",\"behind\":null,\"dropped\":null,"
               "\"sessions\":0,\"sent\":0,\"historical\":0,\"commands\":0,"
               "\"refusedCommands\":0}]",
               summaryOf(get("/api/v1/plant")));
@@ -64,4 +64,7 @@ TEST_F(PlantRoute, MetricsTellTheSame)
                                    "kakb_mqtt_commands_total{dialect=\"sparkplug\"} 7\n",
                                    "kakb_mqtt_refused_commands_total{dialect=\"sparkplug\"} 2\n"})
         EXPECT_TRUE(text.contains(line)) << line;
+    for (const char* const name : {"kakb_mqtt_behind_rows", "kakb_mqtt_dropped_rows_total"})
+        EXPECT_FALSE(text.contains(name + QByteArray("{dialect=\"json\"}")))
+            << "it keeps states, not rows";
 }

@@ -59,7 +59,7 @@ struct Counting : EdgeBench
     }
     qint64 behind() const
     {
-        return node.standing().behind;
+        return node.standing().behind.value_or(-1);
     }
 
 private:
@@ -85,6 +85,26 @@ TEST(EdgeWaiting, ValuesThatNeitherTheHistoryNorABrokerTakesAreCountedAsDropped)
     bench.grant();
     bench.passMs(1000);
     EXPECT_EQ(3, bench.node.standing().dropped);
+}
+
+TEST(EdgeWaiting, WithoutAHistoryValuesAreDroppedAsTheyComeWhileNoBrokerIsThere)
+{
+    EdgeBench bench;
+    bench.beBorn();
+    bench.stand("oven", 1, true);
+    bench.read("oven", "count", 1);
+    bench.passMs(1000);
+    EXPECT_EQ(0, bench.node.standing().dropped);
+    bench.cut();
+    for (int i = 1; i <= 3; ++i) {
+        bench.read("oven", "count", 1 + i);
+        EXPECT_EQ(i, bench.node.standing().dropped);
+    }
+    bench.passMs(5000);
+    bench.accept();
+    bench.grant();
+    bench.passMs(1000);
+    EXPECT_EQ(3, bench.node.standing().dropped) << "each counts once";
 }
 
 /// A broker that hangs keeps its connection for long.
