@@ -6,7 +6,8 @@ void EdgeNode::State::receive(const BrokerMessage& message)
     if (step != SUBSCRIBING && step != BORN) return;
     if (message.topic != host.topic()) return receiveCommand(message);
     const HostState::News told = host.told(walk.server(), message.payload);
-    if (told == HostState::NOTHING) return;
+    news.isHostOld = news.isHostOld || told == HostState::OLD;
+    if (told == HostState::NOTHING || told == HostState::OLD) return;
     const bool isLost = step == BORN && news.host == HostState::OFFLINE;
     if (!isLost) news.host = told; // a loss in a session with births is not taken back
 }

@@ -142,12 +142,19 @@ void EdgeNode::State::awaitBirth()
     if (news.host == HostState::OFFLINE)
         return giveUp(QLatin1String("the primary host is offline"));
     if (news.granted && (!host.isWanted() || news.host == HostState::ONLINE)) return bear();
-    if (clock.steady() < deadline) return;
+    if (deadline != NEVER && clock.steady() < deadline) return;
     if (!news.granted) return giveUp(QLatin1String(NO_GRANT));
-    if (settings.servers.size() > 1)
-        return giveUp(QLatin1String("nothing is known of the primary host there"));
-    trouble = QLatin1String("nothing is known of the primary host");
+    if (settings.servers.size() > 1) return giveUp(hostTrouble());
+    trouble = hostTrouble();
     deadline = NEVER;
+}
+
+/// Why the primary host is waited for.
+QString EdgeNode::State::hostTrouble() const
+{
+    return news.isHostOld
+               ? QLatin1String("the primary host's STATE has an older time than one before it")
+               : QLatin1String("nothing is known of the primary host");
 }
 
 /// Ends a session that has no births: no NDEATH is due.

@@ -30,7 +30,8 @@ struct EdgeNode::State
     {
         bool isAccepted = false;
         std::optional<bool> granted;
-        HostState::News host = HostState::NOTHING; ///< what counts last
+        HostState::News host = HostState::NOTHING; ///< what counts last; never OLD
+        bool isHostOld = false;                    ///< a STATE came that does not count
         bool isDeathDelivered = false;
     };
 
@@ -47,6 +48,7 @@ struct EdgeNode::State
     void begin();
     void subscribe();
     void awaitBirth();
+    QString hostTrouble() const;
     void giveUp(const QString& reason);
     void over(const QString& reason, bool connectSent, bool isServerLeft);
 

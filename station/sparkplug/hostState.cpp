@@ -29,7 +29,7 @@ HostState::News HostState::told(const BrokerAddress& server, const QByteArray& p
     const std::optional<HostStatement> state = hostStatement(payload);
     if (!state) return NOTHING;
     const QString at = server.text();
-    if (m_times.contains(at) && state->time < m_times.value(at)) return NOTHING;
+    if (m_times.contains(at) && state->time < m_times.value(at)) return OLD;
     m_times.insert(at, state->time);
     return state->isOnline ? ONLINE : OFFLINE;
 }

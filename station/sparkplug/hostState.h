@@ -18,7 +18,8 @@ class HostState
 {
 public:
     enum News {
-        NOTHING, ///< no STATE, or an old one
+        NOTHING, ///< no STATE
+        OLD,     ///< its time is before that of another one; it does not count
         ONLINE,
         OFFLINE
     };

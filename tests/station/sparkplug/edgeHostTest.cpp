@@ -270,3 +270,38 @@ TEST(HostState, IsAnObjectWithATruthAndAWholeNumber)
     EXPECT_EQ(1795305860123, state->time);
     EXPECT_FALSE(hostStatement(QByteArray(100000, ' ') + R"({"online":true,"timestamp":5})"));
 }
+
+/// The clock of the host was set back: who reads that nothing is known of it would look elsewhere.
+TEST(EdgeNode, AnOlderStateOfThePrimaryHostIsNamedAsTheTrouble)
+{
+    Waiting bench;
+    bench.state(true, 2000);
+    ASSERT_TRUE(bench.isBorn());
+    bench.passMs(2000);
+    bench.cut();
+    bench.accept();
+    bench.grant();
+    bench.passMs(10000);
+    EXPECT_EQ("nothing is known of the primary host", bench.node.standing().trouble.toStdString());
+    bench.state(true, 1000);
+    EXPECT_EQ("the primary host's STATE has an older time than one before it",
+              bench.node.standing().trouble.toStdString());
+    bench.state(true, 2000);
+    EXPECT_EQ("", bench.node.standing().trouble.toStdString());
+}
+
+TEST(EdgeNode, AServerWhoseStateIsOlderIsLeftForThatReason)
+{
+    Waiting bench(2);
+    bench.state(true, 2000);
+    bench.passMs(2000);
+    bench.cut();
+    ASSERT_EQ(QLatin1String("broker1"), triedAt(bench));
+    bench.accept();
+    bench.grant();
+    bench.state(true, 1000);
+    bench.passMs(10000);
+    EXPECT_EQ(QLatin1String("broker2"), triedAt(bench));
+    EXPECT_EQ("the primary host's STATE has an older time than one before it",
+              bench.node.standing().trouble.toStdString());
+}
