@@ -134,7 +134,7 @@ class LinkAndDriver(CommandLineTest):
             self.fails(4, f"read MW100 --link {plc.link} --timeout-ms 300",
                        "station 1 gave no usable answer: an answer of another station, [0-9]+$")
         with self.plc("pty", "--echo --silent 1") as plc:
-            self.fails(4, f"read MW100 --link {plc.link} --echo no --timeout-ms 50",
+            self.fails(4, f"read MW100 --link {plc.link} --echo no --timeout-ms 300",
                        "station 1 gave no usable answer: the request itself came back: an echoing "
                        "adapter$")
 

@@ -47,7 +47,7 @@ class HealthChecks(CommandLineTest):
     def test_tag_that_is_bad_for_too_long_ends_with_9_its_name_and_the_reason(self):
         self.tags("still", "silent word")
         with self.plc("pty", "--stations 1-2 --silent 2") as plc:
-            run = self.watch(plc, "--fail-when-bad 0.5 --timeout-ms 50", 9)
+            run = self.watch(plc, "--fail-when-bad 0.5 --timeout-ms 150", 9)
             self.assertEqual(1, len(run.errors), run)
             self.assertRegex(run.errors[0], r"^kakb-host: silent word \(2:MW0\) has been bad for "
                              r"[0-9]+\.[0-9] s: station 2 does not answer$")
@@ -58,7 +58,7 @@ class HealthChecks(CommandLineTest):
     def test_tag_that_becomes_bad_ends_the_watch(self):
         with self.plc("pty") as plc:
             run = self.watching(f"--tags tags.csv --link {plc.link} --fail-when-bad 0.5 "
-                                "--timeout-ms 50", "still  MW100 = 0")
+                                "--timeout-ms 150", "still  MW100 = 0")
             plc.run.process.send_signal(signal.SIGSTOP)
             self.assertEqual(9, run.wait(IN_TIME_S), run)
             plc.run.process.send_signal(signal.SIGCONT)
@@ -89,13 +89,13 @@ class HealthChecks(CommandLineTest):
         self.tags("still", "silent word")
         shell = self.keep(ShellTerminal(self.folder, self.programs, columns=120))
         with self.plc("pty", "--stations 1-2 --silent 2") as plc:
-            shell.line(f"kakb-host watch --tags tags.csv --link {plc.link} --timeout-ms 50 "
+            shell.line(f"kakb-host watch --tags tags.csv --link {plc.link} --timeout-ms 150 "
                        "--fail-when-bad 0.5; echo status $?")
             self.assertTrue(shell.shows("^status 9$"), "\n".join(shell.screen()))
             self.assert_matches(
                 shell.screen(), "^still +MW100 +0 .* good$",
                 "^silent word +2:MW0 .* bad: station 2 does not answer$", "^[0-9.]+ exchanges/s ",
                 r"^kakb-host: silent word \(2:MW0\) has been bad for [0-9.]+ s: station 2 does not ")
-            shell.line(f"clear; kakb-host watch --tags tags.csv --link {plc.link} --timeout-ms 50 "
+            shell.line(f"clear; kakb-host watch --tags tags.csv --link {plc.link} --timeout-ms 150 "
                        "--until still=0; echo status $?")
             self.assertTrue(shell.shows("^status 0$"), "\n".join(shell.screen()))

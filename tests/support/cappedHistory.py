@@ -15,7 +15,7 @@ LAST_TAG = f"b{WORDS - 1}.{BITS - 1}"
 TABLE = "name,station,area,address,type\n" + "".join(
     f"b{word}.{bit},1,MX,{2 * word + bit // 8}.{bit % 8},bool\n"
     for word in range(WORDS) for bit in range(BITS))
-COMMIT_S = 10 * SLOWER  # of the history, on a busy machine
+COMMIT_S = 60 * SLOWER  # of the history, on a busy machine
 MOST_CHANGES = 30
 
 

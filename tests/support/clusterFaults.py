@@ -7,7 +7,7 @@ from rabbitCluster import RabbitCluster
 from sparkplugHost import SparkplugHost
 from tcpRelay import TcpRelay
 
-RETURN_S = 60  # of a station whose server was killed
+RETURN_S = 120  # of a station whose server was killed
 
 
 class ClusterFaults(PlantFaults):

@@ -23,7 +23,8 @@ DEVICE = "plc-1"
 KINDS = ("broker", "network", "station")
 # A row is noted a little later than its time; the mark tells when it was noted.
 NOTED_S = 0.3
-SETTLE_S = 60
+SETTLE_S = 120
+RETURN_S = 120  # the longest pause of a station that has tried for long, on a busy machine
 QUIET_S = 3  # without a historical value all of them are out
 LIVE_S = 4  # changes that are sent live, and have no acknowledged mark behind them yet
 
@@ -56,7 +57,7 @@ class PlantFaults:
             births = self.host.births
             if self.random.random() < 0.8:  # else the next fault falls into the return of this one
                 self.host.await_that(lambda host, births=births: DEVICE in host.born and (
-                    host.births > births or time.time() - self.cuts[-1] > 3), 40)
+                    host.births > births or time.time() - self.cuts[-1] > 3), RETURN_S)
         self._settle()
         self._judge()
 

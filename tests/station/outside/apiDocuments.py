@@ -35,7 +35,7 @@ class ApiDocuments(StationTest):
             station["station"], station["state"], station["trouble"]))
 
     def test_a_lost_link_and_a_silent_station_say_why(self):
-        simulator, served = self.station_with_plc("still", "total", options="--timeout-ms 100")
+        simulator, served = self.station_with_plc("still", "total", options="--timeout-ms 200")
         served.await_values(lambda values: values["still"]["quality"] == "good"
                             and "station 2" in (values["total"]["trouble"] or ""))
         [link] = served.get("/api/v1/station").json["links"]

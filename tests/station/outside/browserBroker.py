@@ -10,7 +10,7 @@ from stationBrowser import BrowserTest
 
 LINE = "#broker-line"
 DAY = r"20\d\d-\d\d-\d\d"  # "since 10:31:07" would be of today, and sessions last for months
-RETURN_S = 40  # the pause of a station that has tried for long, and the delivery
+RETURN_S = 120  # the pause of a station that has tried for long, and the delivery
 ASKED = ("return performance.getEntriesByType('resource')"
          ".filter((entry) => entry.name.endsWith(arguments[0])).length;")
 
