@@ -71,9 +71,19 @@ void serve(const StationOptions& options, const StationConfig& config, const Dri
     std::printf("%s\n", qUtf8Printable(station.url()));
     std::fflush(stdout);
     tellReady();
-    while (nextStationOrder() == RELOAD_STATION)
-        reload(station, options, driver);
-    tellStopping();
+    for (;;) {
+        switch (nextStationOrder()) {
+        case STOP_STATION:
+            tellStopping();
+            return;
+        case RELOAD_STATION:
+            reload(station, options, driver);
+            break;
+        case NO_ORDER:
+            giveBackFreedHeap(); // of what waited in memory while the machine was busy
+            break;
+        }
+    }
 }
 
 void run(const StationOptions& options)

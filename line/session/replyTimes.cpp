@@ -3,6 +3,14 @@
 #include <algorithm>
 #include <cmath>
 
+namespace {
+
+const qint64 USUAL_LONGEST = 1000000; // microseconds
+
+} // namespace
+
+ReplyTimes::ReplyTimes() : m_counts(std::size_t(bucketOf(USUAL_LONGEST)) + 1) {}
+
 void ReplyTimes::add(qint64 time)
 {
     if (time < 0) return;

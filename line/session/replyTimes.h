@@ -6,10 +6,12 @@
 #include <vector>
 
 /// A histogram of reply times in microseconds. Its size does not depend on the number of replies:
-/// it grows with the logarithm of the longest one.
+/// it grows with the logarithm of the longest one, and not at all up to one second.
 class ReplyTimes
 {
 public:
+    ReplyTimes();
+
     /// Adds a reply's time. A negative time means that no reply came and does not count.
     void add(qint64 time);
 
@@ -34,7 +36,9 @@ private:
     static int bucketOf(qint64 time);
     static qint64 middleOf(int bucket);
 
-    std::vector<qint64> m_counts; ///< up to the bucket of the longest time so far
+    /// Up to the bucket of the longest time so far, one second at least: the memory of many links
+    /// would creep up as one after the other meets a slow reply.
+    std::vector<qint64> m_counts;
     qint64 m_count = 0;
 };
 

@@ -6,8 +6,9 @@
 /// first thread starts.
 void boundHeaps();
 
-/// Gives free memory back to the system. Call it when much was freed at once: reading the
-/// configuration takes several times the memory of what the links keep of it.
+/// Gives free memory back to the system. Call it when much was freed at once, as reading the
+/// configuration takes several times the memory of what the links keep of it, and now and then:
+/// otherwise the station's memory is that of its busiest moment for ever.
 void giveBackFreedHeap();
 
 #endif

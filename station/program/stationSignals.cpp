@@ -9,6 +9,8 @@
 
 namespace {
 
+enum { LONGEST_WAIT_MS = 60000 };
+
 // A signal handler has no argument that could name anything else than what lies here.
 volatile std::sig_atomic_t isStop = 0;   ///< set by a handler
 volatile std::sig_atomic_t isReload = 0; ///< set by a handler, cleared by the main thread
@@ -68,7 +70,9 @@ StationOrder nextStationOrder()
     while (isStop == 0 && isReload == 0) {
         // A signal ends poll(), also for the thread sanitizer, which holds signals back in read().
         pollfd waiting = {orders, POLLIN, 0};
-        if (::poll(&waiting, 1, -1) <= 0) continue;
+        const int ready = ::poll(&waiting, 1, LONGEST_WAIT_MS);
+        if (ready == 0) return NO_ORDER;
+        if (ready < 0) continue;
         eventfd_t count = 0;
         (void)!::read(orders, &count, sizeof count);
     }
