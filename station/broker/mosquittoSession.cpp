@@ -116,7 +116,26 @@ void MosquittoSession::look()
     m_addresses = found->addresses;
     m_failure = found->problem;
     m_lookup.reset();
+    putSilentLast();
     if (m_failure.isEmpty()) tryNext();
+}
+
+/// When all were silent, the row begins anew.
+void MosquittoSession::putSilentLast()
+{
+    QStringList& silent = m_silent[m_server.host];
+    const auto isHeard = [&silent](const QString& address) { return !silent.contains(address); };
+    const auto firstSilent = std::stable_partition(m_addresses.begin(), m_addresses.end(), isHeard);
+    silent = m_addresses.mid(int(firstSilent - m_addresses.begin()));
+    if (silent.size() == m_addresses.size()) silent.clear();
+}
+
+void MosquittoSession::noteSilence()
+{
+    if (!m_client) return;
+    QStringList& silent = m_silent[m_server.host];
+    silent.removeAll(m_address);
+    if (!m_client->isReached() && !m_client->isOver()) silent.push_back(m_address);
 }
 
 /// Whether the address that is tried is no good, and there is another one.
@@ -128,12 +147,13 @@ bool MosquittoSession::isNextDue() const
 
 void MosquittoSession::tryNext()
 {
-    const QString address = m_addresses.takeFirst();
+    noteSilence();
+    m_address = m_addresses.takeFirst();
     m_client.reset();
     m_dialledAt = m_clock.steady();
     m_lookAfterAt = m_dialledAt + LOOK_AFTER_US;
     try {
-        m_client = std::make_unique<MosquittoClient>(m_settings, m_server, address, m_will);
+        m_client = std::make_unique<MosquittoClient>(m_settings, m_server, m_address, m_will);
     } catch (const std::exception& error) {
         m_failure = QString::fromUtf8(error.what());
     }
@@ -195,6 +215,7 @@ void MosquittoSession::close()
     m_isConnectSent = isConnectSent();
     if (m_lookup) m_givenUp[m_server.host] = {std::move(m_lookup), m_clock.steady()};
     m_addresses.clear();
+    noteSilence();
     m_client.reset();
     m_failure.clear();
 }

@@ -20,7 +20,8 @@
 ///
 /// Once the TCP connection to an address is made, no other address is tried: the will holds what
 /// only one CONNECT may hold. An address that does not answer has 3 s, unless it is the last one:
-/// that one has the patience of the listener.
+/// that one has the patience of the listener. The next session tries it behind the others: however
+/// many are silent, each one has its turn.
 ///
 /// A session that nobody drove for one and a half keep-alives, because the machine slept or the
 /// process was stopped, is over for the broker. It ends, and what the broker had sent before is not
@@ -65,6 +66,8 @@ private:
 
     std::unique_ptr<HostLookup> lookupOf(const QString& host);
     void look();
+    void putSilentLast();
+    void noteSilence();
     void tryNext();
     bool isNextDue() const;
     void lookAfter();
@@ -83,6 +86,8 @@ private:
     std::unique_ptr<HostLookup> m_lookup;      ///< only in LOOKING
     std::map<QString, GivenUp> m_givenUp;      ///< by host
     QStringList m_addresses;                   ///< that were not tried yet
+    QString m_address;                         ///< of m_client
+    std::map<QString, QStringList> m_silent;   ///< addresses that did not answer, by host
     std::unique_ptr<MosquittoClient> m_client; ///< only in TRYING
     bool m_isConnectSent = false;              ///< by a client that is gone
     QString m_failure;                         ///< why there is no client; not empty: to be told

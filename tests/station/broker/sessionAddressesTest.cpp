@@ -8,6 +8,8 @@
 #include <unistd.h>
 
 #include <array>
+#include <memory>
+#include <vector>
 
 // Which of a name's addresses gets the session, and which no longer can.
 
@@ -36,12 +38,12 @@ public:
 class SilentPort
 {
 public:
-    explicit SilentPort(quint16 port)
+    explicit SilentPort(quint16 port, const char* ip = SILENT)
     {
         sockaddr_in address{};
         address.sin_family = AF_INET;
         address.sin_port = htons(port);
-        inet_pton(AF_INET, SILENT, &address.sin_addr);
+        inet_pton(AF_INET, ip, &address.sin_addr);
         const auto* const place = reinterpret_cast<const sockaddr*>(&address);
         EXPECT_EQ(0, bind(m_port.number, place, sizeof address));
         EXPECT_EQ(0, listen(m_port.number, 0));
@@ -86,4 +88,29 @@ TEST(SessionAddresses, NoOtherOneIsTriedOnceAConnectionIsMade)
     driven.until([&] { return driven.hasTold("ended sent ") || driven.peer.hasClient(); });
     EXPECT_TRUE(driven.hasTold("ended sent "));
     EXPECT_FALSE(driven.peer.hasClient());
+}
+
+/// Who tries has a patience of 10 s, and begins anew then.
+TEST(SessionAddresses, ThoseThatDidNotAnswerAreTriedBehindTheOthers)
+{
+    enum { ADDRESSES_OF_A_TRY = 3, PATIENCE_MS = 3000 };
+    const QStringList silentOnes{QLatin1String("127.0.0.2"), QLatin1String("127.0.0.3"),
+                                 QLatin1String("127.0.0.4"), QLatin1String("127.0.0.5")};
+    DrivenSession driven(DrivenSession::named(),
+                         finding(silentOnes + QStringList(QLatin1String(PEER))));
+    std::vector<std::unique_ptr<SilentPort>> silent;
+    for (const QString& ip : silentOnes)
+        silent.push_back(
+            std::make_unique<SilentPort>(driven.peer.port(), ip.toLatin1().constData()));
+    const auto isAsked = [&driven] { return driven.session.awaited().events == POLLOUT; };
+    for (int tries = 0; tries < 3 && !driven.peer.hasClient(); ++tries) {
+        driven.session.connect(driven.address("plant"), DrivenSession::will());
+        driven.until([&] { return isAsked() || driven.peer.hasClient(); });
+        for (int i = 0; i < ADDRESSES_OF_A_TRY && !driven.peer.hasClient(); ++i) {
+            driven.clock.sleepMs(PATIENCE_MS);
+            driven.session.drive(0);
+        }
+        if (!driven.peer.hasClient()) driven.session.drop();
+    }
+    EXPECT_TRUE(driven.peer.hasClient());
 }
