@@ -8,6 +8,7 @@
 
 #include <sys/types.h>
 
+#include <cstdio>
 #include <vector>
 
 /// A script in place of the simulated PLC. It notes each of its starts, and can be changed.
@@ -18,7 +19,7 @@ public:
     struct Start
     {
         pid_t process = 0;
-        qint64 time = 0; ///< microseconds since 1970
+        qint64 time = 0; ///< ms since the machine started, in steps of 10
     };
 
     SimulatorScript() : m_program(m_folder.filePath(QLatin1String("plc")))
@@ -37,12 +38,12 @@ public:
         const QString next = m_program + QLatin1String(".next");
         QFile file(next);
         ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(QByteArray("#!/bin/sh\necho $$ $(date +%s%N) >> \"$0.started\"\n") + commands +
-                   '\n');
+        file.write(QByteArray("#!/bin/sh\nread now rest </proc/uptime\n"
+                              "echo $$ $now >> \"$0.started\"\n") +
+                   commands + '\n');
         file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
         file.close();
-        QFile::remove(m_program);
-        ASSERT_TRUE(QFile::rename(next, m_program));
+        ASSERT_EQ(0, std::rename(qPrintable(next), qPrintable(m_program)));
     }
 
     void becomePlc()
@@ -57,7 +58,7 @@ public:
         if (!file.open(QIODevice::ReadOnly)) return all;
         for (QByteArray line = file.readLine(); line.endsWith('\n'); line = file.readLine()) {
             const QByteArrayList words = line.trimmed().split(' ');
-            all.push_back({words.first().toInt(), words.last().toLongLong() / 1000});
+            all.push_back({words.first().toInt(), qRound64(words.last().toDouble() * 1000)});
         }
         return all;
     }
