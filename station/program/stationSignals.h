@@ -9,7 +9,8 @@ enum StationOrder { STOP_STATION, RELOAD_STATION, NO_ORDER };
 /// that closes sends it; it stays ignored when it was ignored before, as under nohup.
 void takeStationSignals(bool canReload);
 
-/// Waits for the next order, a minute at the longest. Several signals may count as one order. A stop comes first.
+/// Waits for the next order, a minute at the longest. Several signals may count as one order. A
+/// stop comes first.
 StationOrder nextStationOrder();
 
 #endif
