@@ -158,7 +158,7 @@ void EdgeNode::State::tellOutcome(const EdgeCommands::Outcome& outcome)
 /// whose links have ended. A primary host that is offline would not see it: that stays owed.
 void EdgeNode::State::sayFarewell()
 {
-    isLeft = !isStopping;
+    isLeft = news.host == HostState::OFFLINE;
     if (!isLeft && !areBirthsDue) {
         if (session.isDrained()) tellLastOutcomes();
         while (data.isWaiting() && session.isDrained())

@@ -79,6 +79,22 @@ TEST(EdgeFarewell, ToAPrimaryHostThatIsOfflineTellsNoValueMore)
     EXPECT_EQ("NDEATH", bench.kindsSince(before));
 }
 
+TEST(EdgeFarewell, ToAPrimaryHostThatIsOfflineTellsNoValueMoreAlsoWhenTheStationEnds)
+{
+    Leaving bench(keeping("scada"));
+    bench.session.isFull = true;
+    bench.read("oven", "temperature", 21);
+    bench.commitRows();
+    bench.session.isFull = false;
+    const size_t before = bench.mark();
+    bench.session.send(QLatin1String("spBv1.0/STATE/scada"), R"({"online":false,"timestamp":6})");
+    bench.node.leave();
+    EXPECT_EQ("NDEATH", bench.kindsSince(before));
+    bench.acknowledge();
+    EXPECT_TRUE(bench.node.isOver());
+    EXPECT_EQ(1, bench.ledger.behind()) << "it stays owed";
+}
+
 TEST(EdgeFarewell, AheadOfBirthsThatAreDueTellsNoDataOfTheOldOnes)
 {
     Leaving bench;
