@@ -158,6 +158,7 @@ private:
             devices.push_back({QLatin1String("press"), 3, {tagOf("force", 3, Tag::UINT16)}});
         else
             m_answers.erase({QLatin1String("press"), 3});
+        if (draw(3) == 0) std::reverse(devices.begin(), devices.end());
         bench.node.setDevices(devices);
         bench.turn();
     }
