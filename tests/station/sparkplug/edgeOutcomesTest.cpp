@@ -12,7 +12,7 @@
 
 namespace {
 
-enum { DAYS = 40, STEPS = 200 };
+enum { DAYS = 20, STEPS = 200 };
 
 /// Writes end in any order, late or at once.
 class CommandedDay : public EdgeBench
