@@ -32,6 +32,7 @@ const open = () => {
     return tab;
 };
 const wait = (ms) => new Promise((after) => setTimeout(after, ms));
+const until = async (isTrue) => { while (!isTrue()) await wait(20); };
 const leaders = () => tabs.map((tab) => tab.leads);
 """
 
@@ -153,25 +154,26 @@ class BrowserLogic(BrowserTest):
     def one_tab_leads_and_the_next_takes_over(self):
         self.assertEqual([[1, 0, 0], [0, 1], 0, True], self.runs(LEADERS + """
             const first = open();
-            await wait(200);
+            await until(() => first.leads === 1);
             open();
             open();
             await wait(300);
             const begun = leaders();
             first.leadership.stop(); // resigns
-            await wait(300);
+            await until(() => leaders().slice(1).includes(1));
             const next = leaders().slice(1).sort();
             const silent = tabs.find((tab) => tab.leads === 1);
             silent.leadership.say = () => {}; // as one that crashed
-            await wait(2000);
-            const after = tabs.find((tab) => tab.leads === 1 && tab !== silent);
-            return [begun, next, silent.leads, after !== undefined]; // it heard the claim
+            const after = () => tabs.find((tab) => tab.leads === 1 && tab !== silent);
+            await until(() => after() && silent.leads === 0); // it heard the claim
+            return [begun, next, silent.leads, after() !== undefined];
         """))
 
     def tabs_that_begin_at_once_agree_on_one_leader(self):
         self.assertEqual([0, 0, 0, 0, 1], self.runs(LEADERS + """
             for (let i = 0; i < 5; ++i) open();
             await wait(1000);
+            await until(() => leaders().filter((leads) => leads === 1).length === 1);
             return leaders().sort();
         """))
 
