@@ -120,7 +120,7 @@ TEST(EdgeFarewell, TellsTheEndsOfWritesAheadOfTheDeathOfTheirDevice)
     bench.node.leave();
     EXPECT_EQ("DDATA DDEATH NDEATH", bench.kindsSince(before));
     EXPECT_EQ(QLatin1String("oven-1"), bench.since(before)[0].device);
-    const auto& metrics = bench.since(before)[0].payload.metrics;
+    const auto metrics = bench.since(before)[0].payload.metrics;
     ASSERT_EQ(1u, metrics.size());
     EXPECT_TRUE(metrics[0].text.contains(QLatin1String("the station stopped")));
 }
@@ -135,7 +135,7 @@ TEST(EdgeFarewell, TellsTheEndsOfWritesToDeadDevicesByTheNode)
     const size_t before = bench.mark();
     bench.node.leave();
     EXPECT_EQ("NDATA NDEATH", bench.kindsSince(before));
-    const auto& metrics = bench.since(before)[0].payload.metrics;
+    const auto metrics = bench.since(before)[0].payload.metrics;
     ASSERT_EQ(1u, metrics.size());
     EXPECT_TRUE(metrics[0].text.contains(QLatin1String("no answer")));
 }
