@@ -3,6 +3,7 @@
 import re
 import time
 from pathlib import Path
+from statistics import median
 
 from plantTest import PlantTest
 from processes import SLOWER, eventually
@@ -18,7 +19,7 @@ class PlantManyMetrics(PlantTest):
     REBIRTHS = 8
     REBIRTH_S = 5 * SLOWER  # from the request to the last birth at a subscriber
     MOST_KB = 400 * 1024 * SLOWER
-    GROWTH_KB = 10 * 1024 * SLOWER
+    GROWTH_KB = 1024 * SLOWER  # a kept message of a birth alone has more
 
     def setUp(self):
         super().setUp()
@@ -60,7 +61,9 @@ class PlantManyMetrics(PlantTest):
         self.assertEqual(1, self.standing(station)["sessions"])
         self.assertLess(min(taken), self.REBIRTH_S, taken)  # a busy machine makes single ones late
         self.assertLess(max(sizes), self.MOST_KB)
-        self.assertLess(sizes[-1] - sizes[2], self.GROWTH_KB, sizes)
+        # What is kept of each rebirth shows in each growth, a heap that found its size in one or two.
+        growths = [after - before for before, after in zip(sizes[1:], sizes[2:])]
+        self.assertLess(median(growths), self.GROWTH_KB, sizes)
         for message in births.messages[-self.LINKS:]:
             self.assertEqual(self.count, len(payload_of(message.payload).metrics), message.topic)
 
