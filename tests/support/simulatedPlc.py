@@ -7,11 +7,21 @@ import socket
 import subprocess
 import time
 import tty
+from pathlib import Path
 
 from processes import PATIENCE_S, Program
 
 LINKS = ("pty", "tcp")
 CHUNK_BYTES = 4096
+LOCKS = Path("/run/lock")
+
+
+def forget_locks(terminal):
+    """Takes away the locks of a new pseudo-terminal. The system gives its number again and again: they
+    are of programs that were killed, whose process numbers others may have by now."""
+    name = "LCK.." + terminal.removeprefix("/dev/").replace("/", "_")
+    for lock in (LOCKS / name, *LOCKS.glob(f"{name}.rmlock*")):
+        lock.unlink(missing_ok=True)
 
 
 class SimulatedPlc:
@@ -30,6 +40,8 @@ class SimulatedPlc:
         self.run = Program(command, folder, stdin=subprocess.PIPE)
         self.run.await_that(lambda: self.run.out.endswith("\n"))
         self.address = self.run.lines[0]
+        if kind == "pty":
+            forget_locks(self.address)
         self.link = self.address if kind == "tcp" else f"serial:{folder / 'plc'}"
 
     def _line_arguments(self, port):
